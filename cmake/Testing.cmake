@@ -1,0 +1,15 @@
+# dtv_add_test(NAME sources... LIBRARIES targets...): one GoogleTest program; every test in it becomes a ctest test of
+# its own and so runs in a process of its own, which the library's process-wide objects need.
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+function(dtv_add_test name)
+  cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  add_executable(${name} ${TEST_SOURCES})
+  target_link_libraries(${name} PRIVATE dtv_warnings GTest::gmock GTest::gtest_main ${TEST_LIBRARIES})
+  if(NOT TEST_TIMEOUT)
+    set(TEST_TIMEOUT 120)
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}")
+endfunction()

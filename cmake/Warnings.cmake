@@ -1,0 +1,6 @@
+# One warning level for every target of the project; both compilers build without a warning.
+add_library(dtv_warnings INTERFACE)
+target_compile_options(dtv_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor)
+if(DTV_WERROR)
+  target_compile_options(dtv_warnings INTERFACE -Werror)
+endif()
