@@ -1,0 +1,33 @@
+// InterfaceRegistry: the interfaces of this process by name.
+// Threads: any.   Blocks: never.
+// Locks:   mutex guards interfaces; nobody is called while it is held.
+// Fails:   -1, for the reasons given at each operation.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "frame/process.h"
+
+namespace platform_common {
+
+class InterfaceRegistry {
+public:
+    /// The registry of the process. Never destroyed: members unregister themselves while the process ends.
+    static InterfaceRegistry& instance();
+
+    /// -1 for a null pointer, an empty name or a name that is taken.
+    int add(void* pointer, const std::string& name);
+    /// -1 when the pointer is not registered.
+    int remove(const void* pointer);
+    /// An empty reference when the name is unknown.
+    boost::shared_ptr<frame::Interface> find(const std::string& name);
+
+private:
+    std::mutex mutex;
+    std::vector<boost::shared_ptr<frame::Interface>> interfaces;
+};
+
+}  // namespace platform_common

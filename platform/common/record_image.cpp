@@ -1,0 +1,165 @@
+// Record images: one walk over a byte-order table, used for both directions.
+#include "platform_common/record_image.h"
+
+#include <arpa/inet.h>
+#include <endian.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace platform_common {
+
+namespace {
+
+/// Calls visit(kind, offset in memory) for every scalar and every carrier pointer of a record, in order of offset.
+template <typename Visitor>
+void walkFields(const ovxEndianTable& table, std::size_t base, Visitor&& visit) {
+    for (const ovxEndianEntry* entry = table.entries; !entry->isEnd(); ++entry) {
+        if (entry->kind() == ovxEndianKindNested) {
+            walkFields(*entry->nested, base + entry->offset(), visit);
+        } else {
+            visit(entry->kind(), base + entry->offset());
+        }
+    }
+}
+
+/// Width on the wire: a carrier's pointer is 32 bits of zero there, whatever it is in memory.
+std::size_t wireWidth(std::uint32_t kind) {
+    return kind == ovxEndianKindCarriedBytes ? 4 : kind;
+}
+
+template <typename Word>
+Word loadWord(const void* at) {
+    Word value;
+    std::memcpy(&value, at, sizeof value);
+    return value;
+}
+
+template <typename Word>
+void storeWord(void* at, Word value) {
+    std::memcpy(at, &value, sizeof value);
+}
+
+/// Copies a scalar between host and network byte order; the conversion is its own inverse.
+void convertScalar(std::uint32_t kind, const std::uint8_t* from, std::uint8_t* to) {
+    switch (kind) {
+        case ovxEndianKind16:
+            storeWord(to, htons(loadWord<std::uint16_t>(from)));
+            break;
+        case ovxEndianKind32:
+            storeWord(to, htonl(loadWord<std::uint32_t>(from)));
+            break;
+        case ovxEndianKind64:
+            storeWord(to, htobe64(loadWord<std::uint64_t>(from)));
+            break;
+        default:
+            *to = *from;
+    }
+}
+
+}  // namespace
+
+std::size_t wireSizeOf(const ovxEndianTable& table) {
+    std::size_t size = 0;
+    walkFields(table, 0, [&size](std::uint32_t kind, std::size_t) { size += wireWidth(kind); });
+    return std::max<std::size_t>(size, 1);
+}
+
+std::vector<std::uint8_t> encodeRecord(const ovxEndianTable& table, const void* record) {
+    const auto* bytes = static_cast<const std::uint8_t*>(record);
+    std::vector<std::uint8_t> image(wireSizeOf(table));
+    std::vector<std::uint8_t> carried;
+    std::size_t at = 0;
+    std::uint32_t carriedLength = 0;
+    walkFields(table, 0, [&](std::uint32_t kind, std::size_t offset) {
+        if (kind == ovxEndianKindCarriedBytes) {
+            const auto* data = loadWord<const std::uint8_t*>(bytes + offset);
+            if (data != nullptr) {
+                carried.insert(carried.end(), data, data + carriedLength);
+            }
+        } else {
+            if (kind == ovxEndianKind32) {
+                carriedLength = loadWord<std::uint32_t>(bytes + offset);
+            }
+            convertScalar(kind, bytes + offset, image.data() + at);
+        }
+        at += wireWidth(kind);
+    });
+    image.insert(image.end(), carried.begin(), carried.end());
+    return image;
+}
+
+/// Walks an image once: scalars into the record, carried bytes into buffers of their own.
+class RecordDecoder {
+public:
+    RecordDecoder(const std::uint8_t* newImage, std::size_t newLength, std::size_t fixedSize, DecodedRecord& newTarget)
+        : image(newImage), length(newLength), carriedAt(fixedSize), target(newTarget) {}
+
+    void field(std::uint32_t kind, std::size_t offset) {
+        std::uint8_t* to = target.bytes.data() + offset;
+        if (kind == ovxEndianKindCarriedBytes) {
+            carriedBytes(to);
+        } else {
+            convertScalar(kind, image + at, to);
+            if (kind == ovxEndianKind32) {
+                carriedLength = loadWord<std::uint32_t>(to);
+            }
+        }
+        at += wireWidth(kind);
+    }
+
+    std::size_t end() const { return carriedAt; }
+    const std::string& error() const { return problem; }
+
+    static void resize(DecodedRecord& decoded, std::size_t size) {
+        decoded.bytes.assign(size, 0);
+        decoded.carried.clear();
+    }
+
+private:
+    // The word before a carrier's pointer is its length. Nothing of it is believed before it has been compared with
+    // what is there.
+    void carriedBytes(std::uint8_t* pointerField) {
+        if (!problem.empty()) {
+            return;
+        }
+        if (carriedLength > length - carriedAt) {
+            problem = "carrier at offset " + std::to_string(at - 4) + " names " + std::to_string(carriedLength) +
+                      " bytes, " + std::to_string(length - carriedAt) + " are left";
+            return;
+        }
+        std::unique_ptr<char[]> copy(new char[std::size_t{carriedLength} + 1]);
+        std::memcpy(copy.get(), image + carriedAt, carriedLength);
+        copy[carriedLength] = '\0';
+        storeWord(pointerField, copy.get());
+        target.carried.push_back(std::move(copy));
+        carriedAt += carriedLength;
+    }
+
+    const std::uint8_t* image;
+    std::size_t length;
+    std::size_t at = 0;
+    std::size_t carriedAt;
+    std::uint32_t carriedLength = 0;
+    DecodedRecord& target;
+    std::string problem;
+};
+
+bool decodeRecord(const ovxEndianTable& table, const std::uint8_t* image, std::size_t length, DecodedRecord& decoded,
+                  std::string& error) {
+    const std::size_t fixedSize = wireSizeOf(table);
+    if (length < fixedSize) {
+        error = "record of " + std::to_string(length) + " bytes, " + std::to_string(fixedSize) + " expected";
+        return false;
+    }
+    RecordDecoder::resize(decoded, table.recordSize);
+    RecordDecoder decoder(image, length, fixedSize, decoded);
+    walkFields(table, 0, [&decoder](std::uint32_t kind, std::size_t offset) { decoder.field(kind, offset); });
+    error = decoder.error();
+    if (error.empty() && decoder.end() != length) {
+        error = std::to_string(length - decoder.end()) + " bytes behind the record's end";
+    }
+    return error.empty();
+}
+
+}  // namespace platform_common

@@ -1,0 +1,56 @@
+// A section message's bytes in the queue: length of the name, the name, length of the section, the section. Both ends
+// run on one machine, so the lengths stand in its own byte order.
+#include <cstring>
+
+#include "velmora/msgqueue/ipc_message_queue.h"
+
+namespace velmora::msgqueue {
+
+IPCMessage::~IPCMessage() = default;
+
+SectionDataIPCMessage::~SectionDataIPCMessage() {
+    delete[] data;
+}
+
+std::size_t SectionDataIPCMessage::encode(std::uint8_t* bytes, std::size_t capacity) const {
+    const auto nameLength = static_cast<std::uint32_t>(sessionName.size());
+    const std::size_t total = 2 * sizeof nameLength + sessionName.size() + dataLength;
+    if (total > capacity) {
+        return 0;
+    }
+    std::uint8_t* at = bytes;
+    const auto put = [&at](const void* from, std::size_t length) {
+        if (length != 0) {
+            std::memcpy(at, from, length);
+            at += length;
+        }
+    };
+    put(&nameLength, sizeof nameLength);
+    put(sessionName.data(), sessionName.size());
+    put(&dataLength, sizeof dataLength);
+    put(data, dataLength);
+    return total;
+}
+
+bool SectionDataIPCMessage::decode(const std::uint8_t* bytes, std::size_t length) {
+    std::uint32_t nameLength = 0;
+    std::uint32_t sectionLength = 0;
+    constexpr std::size_t kLengths = sizeof nameLength + sizeof sectionLength;
+    if (data == nullptr || length < kLengths) {
+        return false;
+    }
+    std::memcpy(&nameLength, bytes, sizeof nameLength);
+    if (nameLength > length - kLengths) {
+        return false;
+    }
+    std::memcpy(&sectionLength, bytes + sizeof nameLength + nameLength, sizeof sectionLength);
+    if (sectionLength != length - kLengths - nameLength || sectionLength > kBufferSize) {
+        return false;
+    }
+    sessionName.assign(reinterpret_cast<const char*>(bytes + sizeof nameLength), nameLength);
+    dataLength = sectionLength;
+    std::memcpy(data, bytes + kLengths + nameLength, sectionLength);
+    return true;
+}
+
+}  // namespace velmora::msgqueue

@@ -1,0 +1,18 @@
+// Scoped lock over a POSIX mutex: taken by the constructor, released by the destructor. A mutex that cannot be taken or
+// released is a programming error and ends the process.
+#pragma once
+
+#include <pthread.h>
+
+#include "frame/api.h"
+
+class DTV_PLATFORM_API ltGuard {
+public:
+    explicit ltGuard(pthread_mutex_t& mutexToHold);
+    ltGuard(const ltGuard&) = delete;
+    ltGuard& operator=(const ltGuard&) = delete;
+    ~ltGuard();
+
+private:
+    pthread_mutex_t& mutex;
+};

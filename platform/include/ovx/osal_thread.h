@@ -1,0 +1,18 @@
+// Thread creation through the OS layer, which records where in the source a thread was started. Results are those of
+// the POSIX functions of the same name: 0 or an error number.
+#pragma once
+
+#include <pthread.h>
+
+#include "frame/api.h"
+
+extern "C" {
+
+DTV_PLATFORM_API int _ovxOsalPOSIX_pthread_attr_init(pthread_attr_t* attributes);
+DTV_PLATFORM_API int _ovxOsalPOSIX_pthread_attr_destroy(pthread_attr_t* attributes);
+
+/// As pthread_create; `attributes` may be null. `file` and `line` name the creating place and are kept, not copied.
+DTV_PLATFORM_API int _ovxOsalPOSIX_pthread_create_line(pthread_t* thread, const pthread_attr_t* attributes,
+                                                       void* (*entry)(void*), void* argument, const char* file,
+                                                       int line);
+}
