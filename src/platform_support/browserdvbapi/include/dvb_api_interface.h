@@ -1,0 +1,76 @@
+// DvbAPIInterface ("DvbAPIInterface"): tuning, the current channel, components, and the requests whose answers come as
+// events to the registered listeners.
+// Threads: any. Only setAudioSource() waits for the DTV service; the other operations return at once.
+// Fails:   where an int is returned: 0 when the request was handed to the DTV service, negative when it was not (-1
+// when
+//          no DTV service was ever found). Where nothing is returned, a failure is logged. Nothing is thrown but what
+//          the first use of the DTV service may throw. Arguments are not checked here; they reach the service as they
+//          are.
+// The binary rules at the top of idtv_unknown.h hold.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "dvb_service_listener.h"
+#include "idtv_unknown.h"
+
+namespace velmora::dtv {
+
+class DvbAPIInterface : public IDTVUnknown {
+public:
+    /// The triplet of the service being presented. 0, or -1 with the outputs untouched while any of the three is
+    /// unknown.
+    virtual int getCurrentChannelInfo(int& onid, int& tsid, int& sid) = 0;
+    /// "ccid:" and the triplet in decimal, parts joined by ":"; -1 for an unknown part.
+    virtual std::string getCurrentCCID() = 0;
+    /// The delivery system descriptor of the last tune by descriptor, while its service is presented; else empty.
+    virtual std::string getCurrentDsd() = 0;
+    /// Tells the TV that the broadcast-related application could not be started. 0.
+    virtual int sendApplicationStartedFailed() = 0;
+    /// Tells the TV that the broadcast-related application runs. 0.
+    virtual int sendApplicationStartedSucceeded() = 0;
+    /// Asks for the presented service's AIT sections again.
+    virtual void triggerAitRestart() = 0;
+    /// Tunes by triplet: OIPF channel idType (OIPF DAE, clause 7.13.11), original_network_id, transport_stream_id,
+    /// service_id, and a value that passes through to the service. OnChannelChanged() reports the outcome.
+    virtual void tuneToService(int idType, int onid, int tsid, int sid, int flags) = 0;
+    /// Tunes by the bytes of a delivery system descriptor (EN 300 468, clause 6.2.13), one character a byte, the
+    /// service_id, and a value that passes through to the service.
+    virtual void tuneToService(const std::string& dsd, int sid, int flags) = 0;
+    /// Presents one elementary stream of the service; the three values pass through in order.
+    virtual void tuneToComponent(int, int, int) = 0;
+    /// Presents, or stops presenting, the components of a type: 0 video, 1 audio, 2 subtitle.
+    virtual void selectComponent(int type) = 0;
+    virtual void unselectComponent(int type) = 0;
+    /// Chooses the audio source and waits until the TV has changed over; without an answer it does not return. Must not
+    /// be called from a listener. The TV's result: 0 for success.
+    virtual int setAudioSource(std::string source) = 0;
+    /// Registers a listener; the library shares its ownership. A listener that is registered already is not added
+    /// again.
+    virtual void addListener(std::shared_ptr<DVBServiceListener> listener) = 0;
+    /// Removes a listener; it still sees an event whose fan-out is under way.
+    virtual void removeListener(std::shared_ptr<DVBServiceListener> listener) = 0;
+    /// Tells the TV that the browser has started, upon which it sends what it knows of the current service.
+    virtual void notifyMwhbStart() = 0;
+    /// Asks for the presentation time stamp now; answered by onPtsNotify().
+    virtual int sendPtsRequest(std::uint32_t) = 0;
+    /// Starts reporting a TEMI timeline by onTimelineInfoDataChange(); HbbTV names it by component_tag and timeline_id
+    /// (TS 103 286-2, clause 13.3.2). The three values pass through in order.
+    virtual int startTemiTimelineRequest(std::uint32_t, std::uint32_t, std::uint32_t) = 0;
+    virtual int stopTemiTimelineRequest() = 0;
+    /// Starts, or stops, reports of an on-screen display layer by onOSDStateChanged().
+    virtual int startOSDDetection(std::uint32_t layer) = 0;
+    virtual int stopOSDDetection(std::uint32_t layer) = 0;
+    /// Sends a message to a CA/DRM system (OIPF DAE, clause 7.6.1); answered by onDrmResultReply().
+    virtual int sendDrmMessage(std::uint64_t sessionId, std::uint16_t caSystemId, std::uint16_t, const std::string&,
+                               const std::string&) = 0;
+    virtual int connectCa(std::uint64_t session) = 0;
+    virtual int disconnectCa(std::uint16_t slot) = 0;
+    /// Reports an operator application's installation; a type or status other than 0 and 1 is sent as 0.
+    virtual int sendOpAppInstallStatus(int type, int status) = 0;
+    virtual void vbStartDtvInfoRequest() = 0;
+};
+
+}  // namespace velmora::dtv

@@ -1,0 +1,47 @@
+// Singleton: one object of a class for the life of the process, made at first use and never deleted.
+// Threads: any; a full barrier stands before the address is published, so whoever reads it sees the whole object.
+// Blocks:  while another thread constructs the object.
+// Fails:   an exception of the constructor passes on and leaves the being-created marker for good: later calls wait.
+#pragma once
+
+#include <cstdint>
+#include <new>
+
+#include "velmora/base/wait_for_instance.h"
+
+namespace velmora::base {
+
+template <typename T>
+struct DefaultSingletonTraits {
+    static T* create() { return new T; }
+};
+
+template <typename T, typename Traits = DefaultSingletonTraits<T>, typename Unique = T>
+class Singleton {
+public:
+    static T* get() {
+        const std::intptr_t seen = __atomic_load_n(&instance_, __ATOMIC_SEQ_CST);
+        if (seen > kBeingCreated || seen < kNone) {
+            return reinterpret_cast<T*>(seen);
+        }
+        std::intptr_t expected = kNone;
+        if (!__atomic_compare_exchange_n(&instance_, &expected, kBeingCreated, false, __ATOMIC_SEQ_CST,
+                                         __ATOMIC_SEQ_CST)) {
+            return reinterpret_cast<T*>(internal::WaitForInstance(&instance_));
+        }
+        T* const created = Traits::create();
+        __atomic_store_n(&instance_, reinterpret_cast<std::intptr_t>(created), __ATOMIC_SEQ_CST);
+        return created;
+    }
+
+    static constexpr std::intptr_t kNone = 0;
+    static constexpr std::intptr_t kBeingCreated = 1;
+
+    /// 0 none, 1 being created, else the object's address. Exported by the library.
+    static std::intptr_t instance_;
+};
+
+template <typename T, typename Traits, typename Unique>
+__attribute__((visibility("default"))) std::intptr_t Singleton<T, Traits, Unique>::instance_ = 0;
+
+}  // namespace velmora::base
