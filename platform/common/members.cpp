@@ -48,7 +48,7 @@ int AbstractProcessMember::unregisterInterface(void* pointer) {
 
 AbstractComponent::AbstractComponent() {
     static std::atomic<std::uint32_t> lastServiceId{0};
-    serviceId = ++lastServiceId;
+    componentNumber = ++lastServiceId;
     pthread_mutex_init(&mutex, nullptr);
     pthread_mutex_init(&handlersMutex, nullptr);
 }
@@ -59,7 +59,7 @@ AbstractComponent::~AbstractComponent() {
 }
 
 std::uint32_t AbstractComponent::getServiceId() const {
-    return serviceId;
+    return componentNumber;
 }
 int AbstractComponent::deliverEvent(const Event& event) {
     return handleEvent(event);

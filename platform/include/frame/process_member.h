@@ -85,7 +85,7 @@ private:
     pthread_mutex_t mutex;          // the derived class's; never taken by the platform
     pthread_mutex_t handlersMutex;  // guards handlers; released before a handler is called
     std::map<std::uint32_t, Registration> handlers;
-    std::uint32_t serviceId;
+    std::uint32_t componentNumber;
 };
 
 /// A component with an event queue, drained by whoever calls scheduleEvents().
