@@ -1,0 +1,196 @@
+// The AIT catcher: filing, delivery, and replays.
+#include "browser_AIT_catcher.h"
+
+#include <sstream>
+
+#include "browser_AIT_storage.h"
+#include "browser_log.h"
+#include "dvbaitsection_apis.h"
+#include "ovx/guard.h"
+#include "ovx/osal_thread.h"
+#include "singleton.h"
+
+namespace velmora::dvbservice {
+
+namespace {
+
+constexpr const char* kBlogTag = kTagBrowser;
+constexpr std::size_t kShortestSection = 8;
+constexpr std::size_t kKeyPieces = 3;
+
+/// The pieces between the colons, empty ones included, but not an empty one behind the last colon.
+std::vector<std::string> splitKey(const std::string& ccid) {
+    std::vector<std::string> pieces;
+    std::istringstream text(ccid);
+    for (std::string piece; std::getline(text, piece, ':');) {
+        pieces.push_back(piece);
+    }
+    return pieces;
+}
+
+std::uint16_t toId(const std::string& piece) {
+    return static_cast<std::uint16_t>(std::stoi(piece));
+}
+
+}  // namespace
+
+BrowserAITCatcher::BrowserAITCatcher() {
+    pthread_mutex_init(&mutex, nullptr);
+}
+
+BrowserAITCatcher::~BrowserAITCatcher() {
+    pthread_mutex_destroy(&mutex);
+}
+
+BrowserAITCatcher* BrowserAITCatcher::GetInstance() {
+    return base::Singleton<BrowserAITCatcher>::get();
+}
+
+BrowserAITCatcher* BrowserAITCatcher::getInstance() {
+    static const boost::shared_ptr<BrowserAITCatcher> instance(GetInstance());
+    return instance.get();
+}
+
+std::string BrowserAITCatcher::convertToCCId(std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId) {
+    std::ostringstream key;
+    key << onId << ":" << tsId << ":" << sId;
+    return key.str();
+}
+
+int BrowserAITCatcher::updateCurrentChannelInfo(std::uint16_t first, std::uint16_t onId, std::uint16_t tsId,
+                                                std::uint16_t sId) {
+    BLOG_TAGGED(blog::kOrdinary, "Broadcast Channel switch In.\n");
+    const boost::shared_ptr<ChannelInfo> reported(new ChannelInfo{first, onId, tsId, sId});
+    const std::lock_guard<std::mutex> lock(stateLock);
+    // Compared by identity, on purpose: every report counts as another channel, the same one again included.
+    if (reported != currentChannel) {
+        BLOG_TAGGED(blog::kOrdinary, "Change to Different Channel.\n");
+        currentChannel = reported;
+    } else {
+        BLOG_TAGGED(blog::kOrdinary, "Change to Same Channel\n");
+    }
+    currentCCId = convertToCCId(onId, tsId, sId);
+    return 0;
+}
+
+/// Files a section; whether it is to be delivered. The first section of a channel always is, stored or not.
+bool BrowserAITCatcher::store(const std::string& ccid, const std::vector<std::uint8_t>& section) {
+    const auto found = aitStorages.find(ccid);
+    if (found == aitStorages.end()) {
+        aitStorages.emplace(ccid, boost::shared_ptr<AITStorage>(new AITStorage(section)));
+        return true;
+    }
+    BLOG_TAGGED_AS(blog::kOrdinary, "updateAIT", "The AIT for this channel exist.\n");
+    if (found->second->saveAITSection(section)) {
+        return true;
+    }
+    BLOG_TAGGED_AS(blog::kOrdinary, "updateAIT", "No need to pass same AIT.\n");
+    return false;
+}
+
+int BrowserAITCatcher::updateAIT(std::string section) {
+    BLOG_TAGGED(blog::kOrdinary, "section length:%d.\n\n", static_cast<int>(section.size()));
+    if (section.size() < kShortestSection) {
+        BLOG_TAGGED(blog::kFailure, "Invalid AIT Section length %d\n", static_cast<int>(section.size()));
+        return -1;
+    }
+    const std::vector<std::uint8_t> bytes(section.begin(), section.end());
+    std::string ccid;
+    {
+        const std::lock_guard<std::mutex> lock(stateLock);
+        ccid = currentCCId;
+        if (!store(ccid, bytes)) {
+            return 0;
+        }
+    }
+    sendAITData(ccid, bytes);
+    return 0;
+}
+
+int BrowserAITCatcher::getCurrentChannelAIT(std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId) {
+    {
+        const std::lock_guard<std::mutex> lock(stateLock);
+        requestedCCId = convertToCCId(onId, tsId, sId);
+    }
+    BLOG_TAGGED(blog::kOrdinary, "onId:%d,tsId:%d,sId:%d\n", onId, tsId, sId);
+    thread_proc_AITData();
+    return 1;
+}
+
+void BrowserAITCatcher::thread_proc_AITData() {
+    pthread_attr_t attributes;
+    _ovxOsalPOSIX_pthread_attr_init(&attributes);
+    const pthread_attr_t* chosen = &attributes;
+    if (pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED) != 0) {
+        BLOG_TAGGED(blog::kFailure, "pthread_attr_setdetachstate() failed.\n\n");
+        chosen = nullptr;
+    }
+    pthread_t worker{};
+    const int result = _ovxOsalPOSIX_pthread_create_line(&worker, chosen, &BrowserAITCatcher::AITDataHandler, this,
+                                                         __FILE__, __LINE__);
+    _ovxOsalPOSIX_pthread_attr_destroy(&attributes);
+    if (result != 0) {
+        BLOG_TAGGED(blog::kFailure, "pthread_create() failed.\n\n");
+    }
+}
+
+/// The channel is read when the worker runs: of two quick requests both may replay the later channel.
+void* BrowserAITCatcher::AITDataHandler(void* catcher) {
+    auto* const self = static_cast<BrowserAITCatcher*>(catcher);
+    std::string ccid;
+    {
+        const std::lock_guard<std::mutex> lock(self->stateLock);
+        ccid = self->requestedCCId;
+    }
+    self->getAITDataAsyc(ccid);
+    return nullptr;
+}
+
+int BrowserAITCatcher::getAITDataAsyc(std::string ccid) {
+    boost::shared_ptr<AITStorage> storage;
+    int count = 0;
+    {
+        const std::lock_guard<std::mutex> lock(stateLock);
+        const auto found = aitStorages.find(ccid);
+        if (found != aitStorages.end()) {
+            storage = found->second;
+            count = storage->getAITSectionCount();
+        }
+    }
+    if (!storage) {
+        BLOG_TAGGED(blog::kFailure, "This Channel AIT is not stored.\n");
+        return 1;
+    }
+    BLOG_TAGGED(blog::kOrdinary, "This channel has %d sections.\n", count);
+    // Slots go out as they are: an empty one as an empty vector, and the last one again for each number above 11.
+    for (int index = 0; index < count; ++index) {
+        std::vector<std::uint8_t> bytes;
+        {
+            const std::lock_guard<std::mutex> lock(stateLock);
+            bytes = storage->getAITSection(index).data;
+        }
+        sendAITData(ccid, bytes);
+    }
+    return 1;
+}
+
+void BrowserAITCatcher::sendAITData(std::string ccid, const std::vector<std::uint8_t>& section) {
+    const ltGuard guard(mutex);
+    DvbAITSectionAPI* const api = DvbAITSectionAPI::getInstance();
+    if (api == nullptr) {
+        BLOG_TAGGED(blog::kFailure, "sendAITData aitAPI is NULL \n");
+        return;
+    }
+    const std::vector<std::string> pieces = splitKey(ccid);
+    if (pieces.size() < kKeyPieces) {
+        BLOG_TAGGED(blog::kFailure, "channelInfo.size() =%d  error!!!\n", static_cast<int>(pieces.size()));
+        return;
+    }
+    const std::uint16_t onId = toId(pieces[0]);
+    const std::uint16_t tsId = toId(pieces[1]);
+    const std::uint16_t sId = toId(pieces[2]);
+    BLOG_TAGGED(blog::kOrdinary, "ccId:%s,onId:%d,tsId:%d,sId:%d\n", ccid.c_str(), onId, tsId, sId);
+    api->notifyCurrentChannelAIT(onId, tsId, sId, section);
+}
+
+}  // namespace velmora::dvbservice

@@ -1,0 +1,59 @@
+// The service object's life: made once, connected to the DTV service, and destroyed when the process ends.
+#include "browser_dvb_service.h"
+
+#include <unistd.h>
+
+#include "app-browserdvbservice-proxy-main.h"
+#include "browser_log.h"
+
+namespace velmora::dvbservice {
+
+namespace {
+
+constexpr const char* kBlogTag = kTagService;
+
+}  // namespace
+
+BrowserDVBService* BrowserDVBService::getInstance() {
+    static boost::shared_ptr<BrowserDVBService> instance;
+    // Published last: whoever finds it here finds an object that is connected.
+    static std::atomic<BrowserDVBService*> started{nullptr};
+    static std::mutex creationLock;
+
+    if (BrowserDVBService* const found = started.load(std::memory_order_acquire)) {
+        return found;
+    }
+    const std::lock_guard<std::mutex> lock(creationLock);
+    if (!instance) {
+        instance.reset(new BrowserDVBService);
+        instance->start();
+        instance->TriggerServiceInfoAcquire();
+        started.store(instance.get(), std::memory_order_release);
+    }
+    return instance.get();
+}
+
+BrowserDVBService::BrowserDVBService() {
+    frame::Process::getInstance().startAppMembersSync(CreateBrowserDvbServiceProxy);
+    BLOG_TAGGED(blog::kAlways, "Creating BrowserDVBService(%p) in %d\n", static_cast<void*>(this), getpid());
+    sessionName = generateSessionName();
+    sectionDataChannelName.set("");
+    secondChannelName.set("");
+}
+
+BrowserDVBService::~BrowserDVBService() {
+    BLOG_TAGGED(blog::kAlways, "Destroy BrowserDVBService(%p) in %d\n", static_cast<void*>(this), getpid());
+}
+
+bool BrowserDVBService::keepRunning() {
+    return true;
+}
+
+void BrowserDVBService::updateIPCChannelNames() {
+    frame::MsgIds ids;
+    const frame::TransportInfo transport;
+    getServiceInterface()->cmdUpdateIPCChannelNames(ids, transport, sectionDataChannelName.get(), "",
+                                                    secondChannelName.get());
+}
+
+}  // namespace velmora::dvbservice

@@ -1,0 +1,151 @@
+// The section-data channel: the IPC queue that the DTV service writes sections to, and the delivery thread that reads
+// it and hands each section to the client of its filter.
+#include <pthread.h>
+#include <unistd.h>
+
+#include <boost/interprocess/exceptions.hpp>
+#include <memory>
+#include <new>
+
+#include "browser_dvb_service.h"
+#include "browser_log.h"
+#include "ovx/guard.h"
+#include "ovx/osal_thread.h"
+#include "trace_scope.h"
+
+namespace velmora::dvbservice {
+
+using msgqueue::IPCMessageQueue;
+using msgqueue::SectionDataIPCMessage;
+
+namespace {
+
+constexpr const char* kBlogTag = kTagService;
+constexpr std::size_t kQueueMessageSize = 4500;
+constexpr std::size_t kQueueMessages = 128;
+constexpr useconds_t kPauseAfterReceiveError = 100000;
+
+// The start of the delivery thread: its creator waits once on the condition, under the lock, and counts any wake-up.
+// Racing creators are serialised by the lock too.
+pthread_mutex_t startLock = PTHREAD_MUTEX_INITIALIZER;
+pthread_cond_t startCondition = PTHREAD_COND_INITIALIZER;
+
+/// The thread's message with the thread's buffer. The message must never free the buffer, so it is taken back first.
+class SectionReceiver {
+public:
+    SectionReceiver()
+        : message(new (std::nothrow) SectionDataIPCMessage),
+          buffer(new (std::nothrow) std::uint8_t[SectionDataIPCMessage::kBufferSize]) {
+        if (ready()) {
+            message->data = buffer.get();
+        }
+    }
+    ~SectionReceiver() {
+        if (message) {
+            message->data = nullptr;
+        }
+    }
+    SectionReceiver(const SectionReceiver&) = delete;
+    SectionReceiver& operator=(const SectionReceiver&) = delete;
+
+    bool ready() const { return message && buffer; }
+
+    std::unique_ptr<SectionDataIPCMessage> message;
+    std::unique_ptr<std::uint8_t[]> buffer;
+};
+
+}  // namespace
+
+bool BrowserDVBService::createIPCChannelForSectionData() {
+    TRACE_SCOPE();
+    if (sectionDataQueue.load(std::memory_order_acquire) != nullptr) {
+        return true;
+    }
+    const ltGuard guard(startLock);
+    if (sectionDataQueue.load(std::memory_order_acquire) != nullptr) {
+        return true;
+    }
+    const std::string name = "SECTION-" + sessionName;
+    sectionDataChannelName.set(name);
+    IPCMessageQueue* const queue = IPCMessageQueue::create(name, kQueueMessageSize, kQueueMessages);
+    if (queue == nullptr) {
+        BLOG_TAGGED(blog::kFailure, "Failed to create IPC message queue[%s] \n\n", name.c_str());
+        return false;
+    }
+    sectionDataQueue.store(queue, std::memory_order_release);
+    pthread_t thread{};
+    _ovxOsalPOSIX_pthread_create_line(&thread, nullptr, &BrowserDVBService::thread_proc_section_data, this, __FILE__,
+                                      __LINE__);
+    BLOG_TAGGED(blog::kOrdinary, "Wait thread_proc_section_data create 0\n\n");
+    pthread_cond_wait(&startCondition, &startLock);
+    BLOG_TAGGED(blog::kOrdinary, "thread_proc_section_data create OK 2\n\n");
+    return true;
+}
+
+void* BrowserDVBService::thread_proc_section_data(void* arg) {
+    auto* const service = static_cast<BrowserDVBService*>(arg);
+    SectionReceiver receiver;
+    {
+        const ltGuard guard(startLock);
+        if (service == nullptr) {
+            BLOG_TAGGED(blog::kFailure, "Invalid Thread data.\n");
+            pthread_cond_signal(&startCondition);
+            return nullptr;
+        }
+        if (!receiver.ready()) {
+            BLOG_TAGGED(blog::kFailure, "Error Allocate memory: %p,%p\n", static_cast<void*>(receiver.message.get()),
+                        static_cast<void*>(receiver.buffer.get()));
+            pthread_cond_signal(&startCondition);
+            return nullptr;
+        }
+        // The DTV service knows the queue before the creator goes on to open a filter.
+        service->updateIPCChannelNames();
+        pthread_cond_signal(&startCondition);
+    }
+    BLOG_TAGGED(blog::kOrdinary, "thread_proc_section_data create Signal 1\n\n");
+    service->deliverSections(*receiver.message);
+    return nullptr;
+}
+
+/// The thread's loop. A receive error ends it for good: the queue's handle stays set, so no other thread is made.
+void BrowserDVBService::deliverSections(SectionDataIPCMessage& message) {
+    IPCMessageQueue* const queue = sectionDataQueue.load(std::memory_order_acquire);
+    while (keepRunning()) {
+        try {
+            queue->Receive(message);
+        } catch (const boost::interprocess::interprocess_exception& error) {
+            BLOG_TAGGED_AS(blog::kFailure, "thread_proc_section_data",
+                           "Failed to received DTV data. Exception occured: %s\n", error.what());
+            usleep(kPauseAfterReceiveError);
+            return;
+        }
+        deliverSection(message);
+    }
+}
+
+/// A section of a filter that is closed by now, or was never opened here, is dropped without a word.
+void BrowserDVBService::deliverSection(const SectionDataIPCMessage& message) {
+    const boost::shared_ptr<FilterParameter> filter =
+        findFilterParameterBySessionName(std::string(message.sessionName));
+    if (!filter) {
+        return;
+    }
+    dtv::SectionFilterClient* const client = filter->client();
+    if (client == nullptr || !isRegistered(client)) {
+        BLOG_TAGGED_AS(blog::kFailure, "thread_proc_section_data", "Invalid Message for Client: %p\n",
+                       static_cast<void*>(client));
+        return;
+    }
+    client->onSectionData(filter->sessionName(), filter->pid(), message.data, message.dataLength);
+}
+
+int BrowserDVBService::onFilterSectionDataArrived(frame::MsgIds&, const frame::TransportInfo&,
+                                                  const std::string& session, const std::string&, unsigned int length) {
+    BLOG_TAGGED(blog::kFailure,
+                "Sending section through shared memory is removed due to performance issue. Please using IPC message "
+                "instead.\n");
+    BLOG_TAGGED(blog::kOrdinary, "session: %s, len:%d\n", session.c_str(), static_cast<int>(length));
+    return 0;
+}
+
+}  // namespace velmora::dvbservice

@@ -1,0 +1,56 @@
+// FilterParameter: one section filter or PMT request, from its opening to its closing.
+// Threads: built on a browser thread; its state is set on the transport thread; the rest never changes.
+// Blocks:  never.   Fails: the constructor for lack of memory only.
+#pragma once
+
+#include <atomic>
+#include <boost/enable_shared_from_this.hpp>
+#include <boost/shared_ptr.hpp>
+#include <string>
+#include <vector>
+
+#include "dvb_section_interface.h"
+#include "snapshot_text.h"
+
+namespace velmora::dvbservice {
+
+class FilterParameter : public boost::enable_shared_from_this<FilterParameter> {
+public:
+    /// Copies `length` bytes of both patterns; with 0 or less the patterns are empty and may be null.
+    FilterParameter(dtv::SectionFilterClient* client, const std::string& sessionName, unsigned int pid,
+                    const unsigned char* mask, const unsigned char* maskBits, int length);
+
+    static boost::shared_ptr<FilterParameter> create(dtv::SectionFilterClient* client, const std::string& sessionName,
+                                                     unsigned int pid, const unsigned char* mask,
+                                                     const unsigned char* maskBits, int length);
+
+    void setDataSlot(const std::string& newDataSlot) { dataSlot.set(newDataSlot); }
+    /// Adds the failed bit and keeps the others.
+    void setFailed() { state.fetch_or(kFailed, std::memory_order_relaxed); }
+    /// Drops every earlier bit, a failure included.
+    void closed() { state.store(kClosed, std::memory_order_relaxed); }
+
+    unsigned int pid() const { return pid_; }
+    const std::vector<unsigned char>& mask() const { return mask_; }
+    const std::vector<unsigned char>& mask_bits() const { return maskBits; }
+    dtv::SectionFilterClient* client() const { return client_; }
+    std::string sessionName() const { return sessionName_; }
+
+private:
+    friend struct FilterParameterTestAccess;
+
+    static constexpr unsigned int kRequested = 0x01;
+    static constexpr unsigned int kClosed = 0x20;
+    static constexpr unsigned int kFailed = 0x40;
+
+    const std::string sessionName_;
+    const unsigned int pid_;  // of a PMT request the service_id
+    std::vector<unsigned char> mask_;
+    std::vector<unsigned char> maskBits;
+    // What the DTV service reported of the filter; nothing here reads either of them back.
+    std::atomic<unsigned int> state{kRequested};
+    SnapshotText dataSlot;
+    dtv::SectionFilterClient* const client_;  // the browser's; never dereferenced here
+};
+
+}  // namespace velmora::dvbservice
