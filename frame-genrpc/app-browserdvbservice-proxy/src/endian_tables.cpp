@@ -1,30 +1,5 @@
-// The byte-order tables of all records: entries from the catalogue's fields, offsets from the packed records. Each
-// record's size is held against the summed widths of its fields, so that a gap or an overlap does not compile.
-#include "browserdvbservice_records.h"
-
-namespace lo::browserdvbservice {
-
-namespace {
-
-#define NESTED(Record, fields)                                                        \
-    namespace table_##Record {                                                        \
-        using Described = _##Record##_struct;                                         \
-        constexpr ovxEndianEntry kEntries[] = {FIELDS_ENTRIES(fields){}};             \
-        static_assert(sizeof(Described) == FIELDS_WIDTH(fields), "record is packed"); \
-    }
-#define COMMAND(identifier, operation, Message, fields)                                            \
-    namespace table_##Message {                                                                    \
-        using Described [[maybe_unused]] = browserdvbserviceMsg##Message##_t;                      \
-        constexpr ovxEndianEntry kEntries[] = {FIELDS_ENTRIES(fields){}};                          \
-        static_assert(sizeof(Described) == (FIELDS_WIDTH(fields) == 0 ? 1 : FIELDS_WIDTH(fields)), \
-                      "record is packed");                                                         \
-    }
-#define EVENT(identifier, operation, Message, decoder, fields) COMMAND(identifier, operation, Message, fields)
-#include "browserdvbservice_messages.inc"
-
-}  // namespace
-
-}  // namespace lo::browserdvbservice
+// The exported byte-order tables: heads over the field lists.
+#include "endian_entries.h"
 
 using namespace lo::browserdvbservice;
 

@@ -1,0 +1,175 @@
+// Section queues inside the process, and thread creation that can be made to fail.
+#include <pthread.h>
+
+#include <algorithm>
+#include <boost/interprocess/exceptions.hpp>
+#include <deque>
+
+#include "ovx/osal_thread.h"
+#include "recorder.h"
+#include "velmora/msgqueue/ipc_message_queue.h"
+
+namespace velmora::msgqueue {
+
+namespace {
+
+/// What all handles of a name share; lives as long as the process.
+struct Channel {
+    std::mutex mutex;  // guards the members
+    std::condition_variable changed;
+    std::deque<std::vector<std::uint8_t>> messages;
+    std::size_t maxMessageSize = 0;
+    std::size_t maxMessages = 0;
+    bool failing = false;
+};
+
+/// The channels by name.
+class Channels {
+public:
+    static Channels& instance() {
+        static auto* const channels = new Channels;
+        return *channels;
+    }
+
+    Channel* add(const std::string& name, std::size_t maxMessageSize, std::size_t maxMessages) {
+        auto* const channel = new Channel;
+        channel->maxMessageSize = maxMessageSize;
+        channel->maxMessages = maxMessages;
+        const std::lock_guard<std::mutex> lock(mutex);
+        byName[name] = channel;
+        return channel;
+    }
+
+    Channel* find(const std::string& name) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        const auto found = byName.find(name);
+        return found == byName.end() ? nullptr : found->second;
+    }
+
+    std::vector<std::string> names() {
+        const std::lock_guard<std::mutex> lock(mutex);
+        std::vector<std::string> names;
+        for (const auto& entry : byName) {
+            names.push_back(entry.first);
+        }
+        return names;
+    }
+
+private:
+    std::mutex mutex;  // guards byName
+    std::map<std::string, Channel*> byName;
+};
+
+}  // namespace
+
+struct IPCMessageQueue::State {
+    Channel* channel;
+};
+
+IPCMessageQueue::IPCMessageQueue(std::unique_ptr<State> newState) : state(std::move(newState)) {}
+IPCMessageQueue::~IPCMessageQueue() = default;
+
+IPCMessageQueue* IPCMessageQueue::create(const std::string& name, std::size_t maxMessageSize, std::size_t maxMessages) {
+    recording::Recorder& recorder = recording::Recorder::instance();
+    {
+        const std::lock_guard<std::mutex> lock(recorder.mutex);
+        if (recorder.queueCreationFails) {
+            return nullptr;
+        }
+    }
+    Channel* const channel = Channels::instance().add(name, maxMessageSize, maxMessages);
+    return new IPCMessageQueue(std::make_unique<State>(State{channel}));
+}
+
+IPCMessageQueue* IPCMessageQueue::open(const std::string& name) {
+    Channel* const channel = Channels::instance().find(name);
+    return channel == nullptr ? nullptr : new IPCMessageQueue(std::make_unique<State>(State{channel}));
+}
+
+void IPCMessageQueue::Receive(IPCMessage& message) {
+    Channel& channel = *state->channel;
+    std::unique_lock<std::mutex> lock(channel.mutex);
+    while (true) {
+        channel.changed.wait(lock, [&channel] { return channel.failing || !channel.messages.empty(); });
+        if (channel.failing) {
+            throw boost::interprocess::interprocess_exception(boost::interprocess::error_info(EIO), "receive failed");
+        }
+        const std::vector<std::uint8_t> bytes = std::move(channel.messages.front());
+        channel.messages.pop_front();
+        channel.changed.notify_all();
+        if (message.decode(bytes.data(), bytes.size())) {
+            return;
+        }
+    }
+}
+
+bool IPCMessageQueue::TrySend(const IPCMessage& message) {
+    Channel& channel = *state->channel;
+    std::vector<std::uint8_t> bytes(channel.maxMessageSize);
+    bytes.resize(message.encode(bytes.data(), bytes.size()));
+    const std::lock_guard<std::mutex> lock(channel.mutex);
+    if (bytes.empty() || channel.messages.size() >= channel.maxMessages) {
+        return false;
+    }
+    channel.messages.push_back(std::move(bytes));
+    channel.changed.notify_all();
+    return true;
+}
+
+}  // namespace velmora::msgqueue
+
+namespace recording {
+
+void setThreadCreateResult(int error) {
+    Recorder& recorder = Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    recorder.threadCreateResult = error;
+}
+
+void setQueueCreationFails(bool fails) {
+    Recorder& recorder = Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    recorder.queueCreationFails = fails;
+}
+
+std::vector<std::string> queueNames() {
+    return velmora::msgqueue::Channels::instance().names();
+}
+
+bool writeSection(const std::string& queue, const std::string& session, const std::vector<std::uint8_t>& section) {
+    const std::unique_ptr<velmora::msgqueue::IPCMessageQueue> handle(velmora::msgqueue::IPCMessageQueue::open(queue));
+    if (!handle) {
+        return false;
+    }
+    velmora::msgqueue::SectionDataIPCMessage message;
+    message.sessionName = session;
+    message.dataLength = static_cast<std::uint32_t>(section.size());
+    message.data = new std::uint8_t[section.size()];
+    std::copy(section.begin(), section.end(), message.data);
+    return handle->TrySend(message);
+}
+
+bool failReceive(const std::string& queue) {
+    velmora::msgqueue::Channel* const channel = velmora::msgqueue::Channels::instance().find(queue);
+    if (channel == nullptr) {
+        return false;
+    }
+    const std::lock_guard<std::mutex> lock(channel->mutex);
+    channel->failing = true;
+    channel->changed.notify_all();
+    return true;
+}
+
+}  // namespace recording
+
+int _ovxOsalPOSIX_pthread_create_line(pthread_t* thread, const pthread_attr_t* attributes, void* (*entry)(void*),
+                                      void* argument, const char*, int) {
+    recording::Recorder& recorder = recording::Recorder::instance();
+    {
+        const std::lock_guard<std::mutex> lock(recorder.mutex);
+        if (recorder.threadCreateResult != 0) {
+            return recorder.threadCreateResult;
+        }
+    }
+    return pthread_create(thread, attributes, entry, argument);
+}

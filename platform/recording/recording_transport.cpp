@@ -1,0 +1,244 @@
+// The recording transport: sends are kept, events are injected on one thread.
+#include <algorithm>
+#include <deque>
+#include <future>
+#include <thread>
+
+#include "platform_common/io_backend.h"
+#include "recorder.h"
+
+/// A handle; all state is the recorder's.
+struct frameLmqIOService {
+    bool started = false;
+};
+
+namespace recording {
+
+Recorder& Recorder::instance() {
+    static auto* const recorder = new Recorder;
+    return *recorder;
+}
+
+namespace {
+
+/// Runs functions one after the other on a thread that lives as long as the process.
+class InjectionThread {
+public:
+    static InjectionThread& instance() {
+        static auto* const thread = new InjectionThread;
+        return *thread;
+    }
+
+    void run(const std::function<void()>& function) {
+        if (std::this_thread::get_id() == id) {
+            function();
+            return;
+        }
+        std::packaged_task<void()> task(function);
+        std::future<void> done = task.get_future();
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            tasks.push_back(std::move(task));
+        }
+        filled.notify_one();
+        done.get();
+    }
+
+private:
+    InjectionThread() {
+        std::thread thread([this] { loop(); });
+        id = thread.get_id();
+        thread.detach();
+    }
+
+    [[noreturn]] void loop() {
+        while (true) {
+            std::packaged_task<void()> task;
+            {
+                std::unique_lock<std::mutex> lock(mutex);
+                filled.wait(lock, [this] { return !tasks.empty(); });
+                task = std::move(tasks.front());
+                tasks.pop_front();
+            }
+            task();
+        }
+    }
+
+    std::mutex mutex;  // guards tasks
+    std::condition_variable filled;
+    std::deque<std::packaged_task<void()>> tasks;
+    std::thread::id id;
+};
+
+bool sameHeader(const frame::MsgMeta& left, const frame::MsgMeta& right) {
+    return left.interfaceId == right.interfaceId && left.messageId == right.messageId &&
+           left.direction == right.direction;
+}
+
+Registration findRegistration(const frame::MsgMeta& header) {
+    Recorder& recorder = Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    for (auto known = recorder.registrations.rbegin(); known != recorder.registrations.rend(); ++known) {
+        if (sameHeader(known->header, header)) {
+            return *known;
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+void reset() {
+    Recorder& recorder = Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    recorder.sent.clear();
+    recorder.sendAction = nullptr;
+    recorder.sendResult = 0;
+    recorder.log.clear();
+    recorder.dumps.clear();
+    recorder.startResult = 0;
+    recorder.threadCreateResult = 0;
+    recorder.queueCreationFails = false;
+    recorder.logThreshold = 0xFFFF;
+    recorder.levelChecks = 0;
+    recorder.formattedLines = 0;
+}
+
+std::vector<SentMessage> sent() {
+    Recorder& recorder = Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    return recorder.sent;
+}
+
+bool waitForSent(std::size_t count) {
+    Recorder& recorder = Recorder::instance();
+    return recorder.waitFor([&] { return recorder.sent.size() >= count; });
+}
+
+void setSendResult(int result) {
+    Recorder& recorder = Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    recorder.sendResult = result;
+}
+
+void setSendAction(std::function<int(const SentMessage&)> action) {
+    Recorder& recorder = Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    recorder.sendAction = std::move(action);
+}
+
+std::vector<Registration> registrations() {
+    Recorder& recorder = Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    return recorder.registrations;
+}
+
+frameLmqIOService* ioService() {
+    static auto* const service = new frameLmqIOService;
+    return service;
+}
+
+bool inject(const frame::MsgMeta& header, const std::vector<std::uint8_t>& image, int* handlerResult,
+            frame::TransportInfo transport) {
+    const Registration registration = findRegistration(header);
+    if (registration.handler == nullptr) {
+        return false;
+    }
+    bool delivered = false;
+    onInjectionThread([&] {
+        platform_common::DecodedRecord record;
+        std::string error;
+        if (!platform_common::decodeRecord(*registration.table, image.data(), image.size(), record, error)) {
+            return;
+        }
+        const int result = registration.handler(header, transport, record.record(), registration.context);
+        if (handlerResult != nullptr) {
+            *handlerResult = result;
+        }
+        delivered = true;
+    });
+    return delivered;
+}
+
+void onInjectionThread(const std::function<void()>& function) {
+    InjectionThread::instance().run(function);
+}
+
+void setStartResult(int result) {
+    Recorder& recorder = Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    recorder.startResult = result;
+}
+
+}  // namespace recording
+
+namespace platform_common {
+
+frameLmqIOService* createIOService(frame::AbstractMarshallingImpl&) {
+    return new frameLmqIOService;
+}
+
+int startIOService(frameLmqIOService* service) {
+    recording::Recorder& recorder = recording::Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    if (service != nullptr) {
+        service->started = recorder.startResult >= 0;
+    }
+    return recorder.startResult;
+}
+
+/// An empty turn of the injection thread: what was injected before has been handled.
+void stopIOService(frameLmqIOService* service) {
+    if (service != nullptr && service->started) {
+        service->started = false;
+        recording::onInjectionThread([] {});
+    }
+}
+
+void destroyIOService(frameLmqIOService* service) {
+    recording::Recorder& recorder = recording::Recorder::instance();
+    {
+        const std::lock_guard<std::mutex> lock(recorder.mutex);
+        auto& known = recorder.registrations;
+        known.erase(std::remove_if(known.begin(), known.end(),
+                                   [service](const auto& registration) { return registration.service == service; }),
+                    known.end());
+    }
+    delete service;
+}
+
+}  // namespace platform_common
+
+int frameLmqIOServiceSendStructure(frameLmqIOService* service, frame::MsgIds& ids, const frame::MsgMeta& header,
+                                   int reserved, const ovxEndianTable* table, const void* record) {
+    recording::SentMessage message{service, ids, header, reserved, table, {}, {}};
+    message.wire = platform_common::encodeRecord(*table, record);
+    message.record = std::make_shared<platform_common::DecodedRecord>();
+    std::string error;
+    if (!platform_common::decodeRecord(*table, message.wire.data(), message.wire.size(), *message.record, error)) {
+        return -1;
+    }
+    recording::Recorder& recorder = recording::Recorder::instance();
+    std::function<int(const recording::SentMessage&)> action;
+    int result = 0;
+    {
+        const std::lock_guard<std::mutex> lock(recorder.mutex);
+        recorder.sent.push_back(message);
+        action = recorder.sendAction;
+        result = recorder.sendResult;
+    }
+    recorder.changed.notify_all();
+    return action ? action(message) : result;
+}
+
+int frameLmqIOServiceRegisterMessageHandlerFunction(frameLmqIOService* service, const frame::MsgMeta& header,
+                                                    frameLmqMessageHandler handler, void* context,
+                                                    const ovxEndianTable* table) {
+    if (service == nullptr || handler == nullptr || table == nullptr) {
+        return -1;
+    }
+    recording::Recorder& recorder = recording::Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    recorder.registrations.push_back({service, header, handler, context, table});
+    return 0;
+}

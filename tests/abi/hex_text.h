@@ -1,0 +1,31 @@
+// Bytes as hexadecimal text, in groups of eight digits, for comparing and for reading differences.
+#pragma once
+
+#include <cctype>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// Brings digits with any spacing into the one form that is compared.
+inline std::string hexText(const std::string& digits) {
+    std::string text;
+    int count = 0;
+    for (const char digit : digits) {
+        if (std::isxdigit(static_cast<unsigned char>(digit)) != 0) {
+            text += (count != 0 && count % 8 == 0) ? " " : "";
+            text += digit;
+            ++count;
+        }
+    }
+    return text;
+}
+
+inline std::string hexText(const std::vector<std::uint8_t>& bytes) {
+    static const char* const kDigits = "0123456789ABCDEF";
+    std::string digits;
+    for (const std::uint8_t byte : bytes) {
+        digits += kDigits[byte >> 4U];
+        digits += kDigits[byte & 0x0FU];
+    }
+    return hexText(digits);
+}
