@@ -1,0 +1,155 @@
+// The proxy as a member of the process: hooks, handler registration, setup, start, stop, destruction.
+#include <cstdlib>
+
+#include "proxy_fixture.h"
+
+using lo::browserdvbservice::Proxy;
+using lo::browserdvbservice::ServiceInterface;
+
+namespace {
+
+constexpr const char* kName = "tarno.lm.interfaces.browserdvbservice";
+
+/// A member that takes names in the interface registry.
+class OtherMember : public frame::AbstractProcessMember {};
+
+class AProxyAsAMember : public testing::Test {
+protected:
+    AProxyAsAMember() { recording::reset(); }
+    ~AProxyAsAMember() override { frame::Process::getInstance().stopAppMembers(); }
+};
+
+std::vector<recording::LogLine> linesOfProxy() {
+    std::vector<recording::LogLine> lines;
+    for (const recording::LogLine& line : recording::log()) {
+        if (line.file == kProxyFile) {
+            lines.push_back(line);
+        }
+    }
+    return lines;
+}
+
+auto called(const std::string& function) {
+    return logged::plain(0x5F0FA0, kProxyFile, function, "Called.\n");
+}
+
+}  // namespace
+
+TEST_F(AProxyAsAMember, IsMadeByTheHookAsTheOnlyOneOfAnArray) {
+    frame::AbstractApplication** members = CreateBrowserDvbServiceProxy();
+    ASSERT_NE(members, nullptr);
+    ASSERT_NE(members[0], nullptr);
+    EXPECT_EQ(members[1], nullptr);
+    auto* const proxy = dynamic_cast<Proxy*>(members[0]);
+    ASSERT_NE(proxy, nullptr);
+    EXPECT_EQ(proxy->serviceName(), "browserdvbservice");
+    EXPECT_EQ(proxy->couplingMode(), 0);
+    EXPECT_THAT(recording::log(), testing::ElementsAre(called("CreateBrowserDvbServiceProxy"), called("Proxy")));
+    delete proxy;
+    std::free(members);
+}
+
+TEST_F(AProxyAsAMember, IsMadeByTheProcessModelsHookTheSameWay) {
+    frame::AbstractApplication** members = frameCreateApplicationArray();
+    EXPECT_NE(dynamic_cast<Proxy*>(members[0]), nullptr);
+    EXPECT_EQ(members[1], nullptr);
+    delete members[0];
+    std::free(members);
+}
+
+TEST_F(AProxyAsAMember, RegistersTheThirtyTwoDecodersInOrder) {
+    Proxy proxy;
+    const std::size_t before = recording::registrations().size();
+    recording::reset();
+    EXPECT_EQ(proxy.setLmqIOModule(recording::ioService()), 0);
+    EXPECT_THAT(recording::log(), testing::ElementsAre(called("registerMessageHandlers")));
+
+    std::vector<recording::Registration> registered = recording::registrations();
+    registered.erase(registered.begin(), registered.begin() + static_cast<std::ptrdiff_t>(before));
+    std::size_t index = 0;
+#define EXPECTED_EVENT(operation, Message, decimal, hexadecimal, bytes, layout)                             \
+    ASSERT_LT(index, registered.size());                                                                    \
+    EXPECT_EQ(registered[index].service, recording::ioService()) << #operation;                             \
+    EXPECT_EQ(registered[index].header.firstWord, -1) << #operation;                                        \
+    EXPECT_EQ(registered[index].header.interfaceId, 0x1CCD7774U) << #operation;                             \
+    EXPECT_EQ(registered[index].header.messageId, std::uint32_t{decimal}) << #operation;                    \
+    EXPECT_EQ(registered[index].header.direction, 1) << #operation;                                         \
+    EXPECT_EQ(registered[index].context, &proxy) << #operation;                                             \
+    EXPECT_EQ(registered[index].table, &__ovx_EndianTable_browserdvbserviceMsg##Message##_t) << #operation; \
+    ++index;
+#include "expected_messages.inc"
+    EXPECT_EQ(index, 32U);
+    EXPECT_EQ(registered.size(), 32U);
+}
+
+TEST_F(AProxyAsAMember, IgnoresTheResultOfRegistrations) {
+    Proxy proxy;
+    EXPECT_EQ(proxy.setLmqIOModule(nullptr), 0);
+}
+
+TEST_F(AProxyAsAMember, PublishesItsServiceInterfaceWhenItIsSetUpAndWithdrawsItWhenItIsDestroyed) {
+    boost::shared_ptr<frame::Interface> found;
+    {
+        Proxy proxy;
+        recording::reset();
+        EXPECT_LT(frame::Process::getInstance().getInterfaceReference(found, kName), 0);
+        EXPECT_EQ(proxy.setupDone(), 0);
+        ASSERT_EQ(frame::Process::getInstance().getInterfaceReference(found, kName), 0);
+        EXPECT_EQ(found->pointer(), static_cast<ServiceInterface*>(&proxy));
+        EXPECT_EQ(proxy.stop(), 0);
+        EXPECT_EQ(frame::Process::getInstance().getInterfaceReference(found, kName), 0);
+    }
+    EXPECT_LT(frame::Process::getInstance().getInterfaceReference(found, kName), 0);
+    EXPECT_THAT(recording::log(),
+                testing::ElementsAre(called("performSetupDone"), called("performStopping"), called("~Proxy")));
+}
+
+TEST_F(AProxyAsAMember, ReturnsTheRegistrysRefusalWithALine) {
+    OtherMember other;
+    int someObject = 0;
+    ASSERT_EQ(other.registerInterface(&someObject, kName), 0);
+    Proxy proxy;
+    recording::reset();
+    EXPECT_EQ(proxy.setupDone(), -1);
+    EXPECT_THAT(recording::log(),
+                testing::ElementsAre(called("performSetupDone"), logged::plain(0x5F03E8, kProxyFile, "performSetupDone",
+                                                                               "Unable to register interface: -1.\n")));
+    other.unregisterInterface(&someObject);
+}
+
+TEST_F(AProxyAsAMember, ReturnsAFailedStartOfItsBaseWithALine) {
+    Proxy proxy;
+    proxy.setLmqIOModule(recording::ioService());
+    recording::reset();
+    recording::setStartResult(-5);
+    EXPECT_EQ(proxy.start(), -5);
+    EXPECT_THAT(recording::log(), testing::ElementsAre(called("performStarting"),
+                                                       logged::plain(0x5F03E8, kProxyFile, "performStarting",
+                                                                     "Parent class performStarting() returned -5.\n")));
+}
+
+TEST_F(AProxyAsAMember, StartsAndStopsWithALineEach) {
+    Proxy proxy;
+    proxy.setLmqIOModule(recording::ioService());
+    recording::reset();
+    EXPECT_EQ(proxy.start(), 0);
+    EXPECT_EQ(proxy.stop(), 0);
+    EXPECT_THAT(recording::log(), testing::ElementsAre(called("performStarting"), called("performStopping")));
+}
+
+TEST_F(AProxyAsAMember, GoesThroughItsStepsInOrder) {
+    ASSERT_EQ(frame::Process::getInstance().startAppMembersSync(CreateBrowserDvbServiceProxy), 0);
+    frame::Process::getInstance().stopAppMembers();
+    EXPECT_THAT(linesOfProxy(),
+                testing::ElementsAre(called("CreateBrowserDvbServiceProxy"), called("Proxy"),
+                                     called("registerMessageHandlers"), called("performSetupDone"),
+                                     called("performStarting"), called("performStopping"), called("~Proxy")));
+}
+
+TEST_F(AProxyAsAMember, IsDestroyedWhenAStepFails) {
+    recording::setStartResult(-9);
+    EXPECT_EQ(frame::Process::getInstance().startAppMembersSync(CreateBrowserDvbServiceProxy), -9);
+    EXPECT_THAT(linesOfProxy().back(), called("~Proxy"));
+    boost::shared_ptr<frame::Interface> found;
+    EXPECT_LT(frame::Process::getInstance().getInterfaceReference(found, kName), 0);
+}

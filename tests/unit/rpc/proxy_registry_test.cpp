@@ -1,0 +1,110 @@
+// The proxy's clients: who is registered, who is called, and who stays alive how long.
+#include <boost/weak_ptr.hpp>
+
+#include "proxy_fixture.h"
+
+namespace messages = lo::browserdvbservice::messages;
+
+TEST_F(AProxy, RefusesAClientThatIsRegisteredAlready) {
+    const boost::shared_ptr<RecordingClient> client = addedClient();
+    recording::reset();
+    EXPECT_EQ(proxy->addClient(client), -17);
+    EXPECT_THAT(recording::log(), testing::ElementsAre(logged::plain(0x5F03E8, kProxyFile, "addClient",
+                                                                     "Client already exists, 1 total.\n")));
+    injectEvent<messages::OnAllTerminalStoped>();
+    EXPECT_EQ(client->calls().size(), 1U);
+}
+
+TEST_F(AProxy, CountsItsClientsAsTheyComeAndGo) {
+    const boost::shared_ptr<RecordingClient> first(new RecordingClient);
+    const boost::shared_ptr<RecordingClient> second(new RecordingClient);
+    EXPECT_EQ(proxy->addClient(first), 0);
+    EXPECT_EQ(proxy->addClient(second), 0);
+    EXPECT_EQ(proxy->removeClient(first), 0);
+    EXPECT_THAT(recording::log(),
+                testing::ElementsAre(logged::plain(0x5F0FA0, kProxyFile, "addClient", "success, 1 total.\n"),
+                                     logged::plain(0x5F0FA0, kProxyFile, "addClient", "success, 2 total.\n"),
+                                     logged::plain(0x5F0FA0, kProxyFile, "removeClient", "success, 1 remaining.\n")));
+}
+
+TEST_F(AProxy, DoesNotKnowAClientThatWasNeverAdded) {
+    addedClient();
+    recording::reset();
+    EXPECT_EQ(proxy->removeClient(boost::shared_ptr<RecordingClient>(new RecordingClient)), -2);
+    EXPECT_THAT(recording::log(), testing::ElementsAre(logged::plain(0x5F03E8, kProxyFile, "removeClient",
+                                                                     "client not found (of 1 known ones)\n")));
+}
+
+TEST_F(AProxy, CallsItsClientsInOrderOfRegistration) {
+    std::vector<int> order;
+    const boost::shared_ptr<RecordingClient> first = addedClient();
+    const boost::shared_ptr<RecordingClient> second = addedClient();
+    first->reaction = [&order] { order.push_back(1); };
+    second->reaction = [&order] { order.push_back(2); };
+    injectEvent<messages::OnAllTerminalStoped>();
+    EXPECT_THAT(order, testing::ElementsAre(1, 2));
+}
+
+TEST_F(AProxy, CallsTheOthersWhenAClientReturnsAFailure) {
+    const boost::shared_ptr<RecordingClient> first = addedClient();
+    const boost::shared_ptr<RecordingClient> second = addedClient();
+    first->answer = -1;
+    injectEvent<messages::OnAllTerminalStoped>();
+    EXPECT_EQ(second->calls().size(), 1U);
+}
+
+TEST_F(AProxy, ReturnsZeroForAnEventThatNobodyHears) {
+    int result = -1;
+    ASSERT_TRUE(recording::inject(messages::OnAllTerminalStoped::header(), {0}, &result));
+    EXPECT_EQ(result, 0);
+}
+
+TEST_F(AProxy, KeepsAClientThatRemovesItselfAliveUntilTheEventIsOver) {
+    boost::shared_ptr<RecordingClient> leaving(new RecordingClient);
+    boost::weak_ptr<RecordingClient> observed = leaving;
+    proxy->addClient(leaving);
+    const boost::shared_ptr<RecordingClient> staying = addedClient();
+    leaving->reaction = [this, &leaving] {
+        EXPECT_EQ(proxy->removeClient(leaving), 0);
+        leaving.reset();
+    };
+    bool aliveInNext = false;
+    staying->reaction = [&] { aliveInNext = !observed.expired(); };
+
+    injectEvent<messages::OnAllTerminalStoped>();
+    EXPECT_TRUE(aliveInNext);
+    EXPECT_TRUE(observed.expired());
+    EXPECT_EQ(staying->calls().size(), 1U);
+
+    injectEvent<messages::OnAllTerminalStoped>();
+    EXPECT_EQ(staying->calls().size(), 2U);
+}
+
+TEST_F(AProxy, StillCallsAClientThatAnotherRemovesDuringTheEvent) {
+    const boost::shared_ptr<RecordingClient> first = addedClient();
+    const boost::shared_ptr<RecordingClient> second = addedClient();
+    first->reaction = [&] { proxy->removeClient(second); };
+    injectEvent<messages::OnAllTerminalStoped>();
+    EXPECT_EQ(second->calls().size(), 1U);
+    first->reaction = nullptr;
+    injectEvent<messages::OnAllTerminalStoped>();
+    EXPECT_EQ(second->calls().size(), 1U);
+}
+
+TEST_F(AProxy, DoesNotCallAClientThatIsAddedDuringTheEvent) {
+    const boost::shared_ptr<RecordingClient> first = addedClient();
+    const boost::shared_ptr<RecordingClient> late(new RecordingClient);
+    first->reaction = [&] { proxy->addClient(late); };
+    injectEvent<messages::OnAllTerminalStoped>();
+    EXPECT_TRUE(late->calls().empty());
+}
+
+TEST_F(AProxy, LetsAClientSendACommandFromInsideAnEvent) {
+    const boost::shared_ptr<RecordingClient> client = addedClient();
+    client->reaction = [this] {
+        frame::MsgIds ids;
+        EXPECT_EQ(proxy->cmdDtvInfoRequest(ids, {}), 0);
+    };
+    injectEvent<messages::OnAllTerminalStoped>();
+    EXPECT_EQ(recording::sent().size(), 1U);
+}
