@@ -1,0 +1,172 @@
+// The current channel: the texts that the DTV service reports, and what is read back.
+#include "service_fixture.h"
+
+namespace {
+
+constexpr const char* kFile = "browser_dvb_service_channel.cpp";
+
+/// A listener that hears channel changes only.
+class ChannelListener : public velmora::dtv::DVBServiceListener {
+public:
+    struct Change {
+        bool started;
+        int onid;
+        int tsid;
+        int sid;
+        bool operator==(const Change& other) const {
+            return started == other.started && onid == other.onid && tsid == other.tsid && sid == other.sid;
+        }
+    };
+    std::vector<Change> changes;
+
+    void OnChannelChanged(bool started, std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid) override {
+        changes.push_back({started, onid, tsid, sid});
+    }
+    void onAITChannelInfoChanged() override {}
+    void onSelectedComponentChanged(std::uint32_t, std::uint32_t, std::uint16_t, std::uint16_t, std::uint16_t,
+                                    std::uint16_t) override {}
+    void onComponentInfoChanged(std::uint16_t, std::uint32_t, std::uint32_t, std::uint16_t, std::uint16_t,
+                                std::uint16_t, std::uint16_t, std::uint16_t, std::uint32_t, std::uint16_t) override {}
+    void onAITSectionUpdated(std::uint16_t, std::uint16_t, std::uint16_t, const std::string&) override {}
+    void onHbbTVEngineStatusChanged(velmora::dtv::HbbTVEngineStatus) override {}
+    void onPMTSectionUpdated(std::uint16_t, std::uint16_t, std::uint16_t, int, std::string) override {}
+    void onEITSectionUpdated(int, std::string) override {}
+    void onTimelineInfoDataChange(std::uint8_t, std::uint8_t, std::uint8_t, std::uint32_t, std::uint64_t,
+                                  std::uint64_t) override {}
+    void onAllTerminalStoped() override {}
+    void onPtsNotify(std::uint64_t, std::uint64_t) override {}
+    void onOSDStateChanged(std::uint32_t, std::uint32_t) override {}
+    void onDrmResultReply(std::uint64_t, std::uint8_t, const std::string&, std::uint16_t) override {}
+    void onCaDrmConnected(std::uint64_t, std::uint16_t, std::uint16_t) override {}
+    void onCaDrmDisonnected(std::uint16_t, std::uint16_t) override {}
+    void onCaDrmSystemStatusChanged(std::uint16_t, std::uint16_t) override {}
+    void onDATagsServicePmtSectionUpdated(std::uint16_t, std::uint16_t, std::uint16_t, int, std::string) override {}
+};
+
+struct Read {
+    const char* text;
+    const char* ccid;
+    int result;
+};
+
+/// Texts that are read without a word.
+const Read kSilentTexts[] = {
+    {"1:1025:28106", "ccid:1:1025:28106", 0},
+    {"0:0:0", "ccid:0:0:0", 0},
+    {"1:1025", "ccid:-1:-1:-1", -1},
+    {"1:2:3:4", "ccid:-1:-1:-1", -1},
+    {"1:2:3:", "ccid:-1:-1:-1", -1},
+    {"", "ccid:-1:-1:-1", -1},
+    {"1::28106", "ccid:1:-1:28106", -1},
+    {"::", "ccid:-1:-1:-1", -1},
+    {":2:3", "ccid:-1:2:3", -1},
+    {"-5:2:3", "ccid:-5:2:3", -1},
+    {"70000:65536:2147483647", "ccid:70000:65536:2147483647", 0},
+};
+
+/// Texts with something that is not a number: the parts before it count.
+const Read kBadNumbers[] = {
+    {"1:x:3", "ccid:1:-1:-1", -1},         {"x:2:3", "ccid:-1:-1:-1", -1},   {"1:2:3 ", "ccid:1:2:-1", -1},
+    {"1:2:2147483648", "ccid:1:2:-1", -1}, {"0x1:2:3", "ccid:-1:-1:-1", -1},
+};
+
+}  // namespace
+
+TEST_F(AServiceObject, ReadsTheTripletOfATextWithoutAWord) {
+    for (const Read& read : kSilentTexts) {
+        SCOPED_TRACE(read.text);
+        service->updateCurrentChannelInfo("9:9:9");
+        recording::reset();
+        service->updateCurrentChannelInfo(read.text);
+        int onid = 0;
+        int tsid = 0;
+        int sid = 0;
+        EXPECT_EQ(service->getCurrentCCID(), read.ccid);
+        EXPECT_EQ(service->getCurrentChannelInfo(onid, tsid, sid), read.result);
+        EXPECT_TRUE(recording::log().empty());
+    }
+}
+
+TEST_F(AServiceObject, LogsTheWholeTextWhenAPartIsNoNumberAndKeepsThePartsBeforeIt) {
+    for (const Read& read : kBadNumbers) {
+        SCOPED_TRACE(read.text);
+        service->updateCurrentChannelInfo("9:9:9");
+        recording::reset();
+        service->updateCurrentChannelInfo(read.text);
+        EXPECT_EQ(service->getCurrentCCID(), read.ccid);
+        EXPECT_THAT(recording::log(), testing::ElementsAre(logged::tagged(
+                                          kFailure, kTag, kFile, "updateCurrentChannelInfo",
+                                          "Cpmpute Current Channel Info Failed: [" + std::string(read.text) + "]\n")));
+    }
+}
+
+TEST_F(AServiceObject, GivesTheTripletAsNumbers) {
+    service->updateCurrentChannelInfo("1:1025:28106");
+    int onid = 0;
+    int tsid = 0;
+    int sid = 0;
+    EXPECT_EQ(service->getCurrentChannelInfo(onid, tsid, sid), 0);
+    EXPECT_EQ(onid, 1);
+    EXPECT_EQ(tsid, 1025);
+    EXPECT_EQ(sid, 28106);
+}
+
+TEST_F(AServiceObject, TellsListenersOfAChannelChange) {
+    const auto listener = std::make_shared<ChannelListener>();
+    velmora::dvbservice::BrowserDvbAPI::getInstance()->addListener(listener);
+    injectEvent<messages::OnServiceChanged>("service_started", "1:1025:28106");
+    EXPECT_THAT(lines(), testing::ElementsAre(logged::plain(kOrdinary, kFile, "onServiceChanged",
+                                                            "called,state:service_started,service:1:1025:28106.\n")));
+    std::vector<std::string> expected = tracePair("onServiceChanged", kFile);
+    expected.insert(expected.begin() + 1, "[TRACE] browser_dvb_apis_listeners.cpp:OnChannelChanged\n");
+    EXPECT_EQ(logged::traces(), expected);
+    injectEvent<messages::OnServiceChanged>("service_stopped", "1:1025:28107");
+    injectEvent<messages::OnServiceChanged>("Service_started", "1:2");
+    injectEvent<messages::OnServiceChanged>("", "65537:65538:-3");
+    velmora::dvbservice::BrowserDvbAPI::getInstance()->removeListener(listener);
+    EXPECT_THAT(listener->changes, testing::ElementsAre(ChannelListener::Change{true, 1, 1025, 28106},
+                                                        ChannelListener::Change{false, 1, 1025, 28107},
+                                                        ChannelListener::Change{false, 65535, 65535, 65535},
+                                                        ChannelListener::Change{false, 1, 2, 65533}));
+}
+
+TEST_F(AServiceObject, UpdatesTheChannelBeforeListenersHearOfTheChange) {
+    class Reader : public ChannelListener {
+    public:
+        explicit Reader(velmora::dvbservice::BrowserDVBService& newService) : service(newService) {}
+        void OnChannelChanged(bool, std::uint16_t, std::uint16_t, std::uint16_t) override {
+            ccid = service.getCurrentCCID();
+        }
+        std::string ccid;
+
+    private:
+        velmora::dvbservice::BrowserDVBService& service;
+    };
+    const auto listener = std::make_shared<Reader>(*service);
+    velmora::dvbservice::BrowserDvbAPI::getInstance()->addListener(listener);
+    injectEvent<messages::OnServiceChanged>("service_started", "3:4:5");
+    velmora::dvbservice::BrowserDvbAPI::getInstance()->removeListener(listener);
+    EXPECT_EQ(listener->ccid, "ccid:3:4:5");
+}
+
+TEST_F(AServiceObject, RefreshesTheChannelFromAServiceInfoAndTellsNobody) {
+    const auto listener = std::make_shared<ChannelListener>();
+    velmora::dvbservice::BrowserDvbAPI::getInstance()->addListener(listener);
+    injectEvent<messages::OnAcquireDtvServiceInfo>("2:3:4");
+    velmora::dvbservice::BrowserDvbAPI::getInstance()->removeListener(listener);
+    EXPECT_EQ(service->getCurrentCCID(), "ccid:2:3:4");
+    EXPECT_TRUE(listener->changes.empty());
+    EXPECT_THAT(lines(),
+                testing::ElementsAre(
+                    logged::plain(kOrdinary, kFile, "onAcquireDtvServiceInfo", "channelInfo:2:3:4.\n"),
+                    logged::plain(kOrdinary, kFile, "onAcquireDtvServiceInfo", "channel onid:2, tsid:3, sid:4.\n")));
+    EXPECT_TRUE(logged::traces().empty());
+}
+
+TEST_F(AServiceObject, ShowsTheStoredDescriptorWhenItIsRead) {
+    service->tuneToService("abc", 1, 2);
+    recording::reset();
+    EXPECT_EQ(service->getCurrentDsd(), "abc");
+    EXPECT_THAT(recording::log(),
+                testing::ElementsAre(logged::tagged(kOrdinary, kTag, kFile, "getCurrentDsd", "Called,Dsd:[abc]\n")));
+}
