@@ -31,7 +31,7 @@ struct ChannelInfo {
     std::uint16_t sId;
 };
 
-class BrowserAITCatcher {
+class DTV_BROWSER_API BrowserAITCatcher {
 public:
     BrowserAITCatcher();
     ~BrowserAITCatcher();
@@ -40,14 +40,13 @@ public:
 
     static BrowserAITCatcher* GetInstance();
     /// The one catcher of the process. Destroyed at process exit.
-    DTV_BROWSER_API static BrowserAITCatcher* getInstance();
+    static BrowserAITCatcher* getInstance();
 
     /// Says which channel the AIT sections that follow belong to. 0. Nothing stored is dropped.
-    DTV_BROWSER_API int updateCurrentChannelInfo(std::uint16_t first, std::uint16_t onId, std::uint16_t tsId,
-                                                 std::uint16_t sId);
+    int updateCurrentChannelInfo(std::uint16_t first, std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId);
     /// Files one whole AIT section (TS 102 809, clause 5.3.4) under the current channel and delivers it to the AIT
     /// client when it is new. 0, also for a repetition; -1 for fewer than 8 bytes.
-    DTV_BROWSER_API int updateAIT(std::string section);
+    int updateAIT(std::string section);
 
     /// "onid:tsid:sid" in decimal: the key of a channel. Unlike the CCID it has no prefix; the two are never compared.
     std::string convertToCCId(std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId);

@@ -1,7 +1,9 @@
 // Singleton: one object of a class for the life of the process, made at first use and never deleted.
 // Threads: any; a full barrier stands before the address is published, so whoever reads it sees the whole object.
 // Blocks:  while another thread constructs the object.
-// Fails:   an exception of the constructor passes on and leaves the being-created marker for good: later calls wait.
+// The classes that are made this way are marked visible, so that their instance_ words are; the library's list of
+// exports keeps the rest of them inside. Fails:   an exception of the constructor passes on and leaves the
+// being-created marker for good: later calls wait.
 #pragma once
 
 #include <cstdint>
@@ -12,16 +14,16 @@
 namespace velmora::base {
 
 template <typename T>
-struct DefaultSingletonTraits {
+struct __attribute__((visibility("default"))) DefaultSingletonTraits {
     static T* create() { return new T; }
 };
 
 template <typename T, typename Traits = DefaultSingletonTraits<T>, typename Unique = T>
-class Singleton {
+class __attribute__((visibility("default"))) Singleton {
 public:
     static T* get() {
         const std::intptr_t seen = __atomic_load_n(&instance_, __ATOMIC_SEQ_CST);
-        if (seen > kBeingCreated || seen < kNone) {
+        if (static_cast<std::uintptr_t>(seen) > std::uintptr_t{kBeingCreated}) {
             return reinterpret_cast<T*>(seen);
         }
         std::intptr_t expected = kNone;
@@ -42,6 +44,6 @@ public:
 };
 
 template <typename T, typename Traits, typename Unique>
-__attribute__((visibility("default"))) std::intptr_t Singleton<T, Traits, Unique>::instance_ = 0;
+std::intptr_t Singleton<T, Traits, Unique>::instance_ = 0;
 
 }  // namespace velmora::base

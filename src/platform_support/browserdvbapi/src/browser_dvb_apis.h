@@ -15,7 +15,7 @@
 
 namespace velmora::dvbservice {
 
-class BrowserDvbAPI : public dtv::DvbAPIInterface {
+class DTV_BROWSER_API BrowserDvbAPI : public dtv::DvbAPIInterface {
 public:
     BrowserDvbAPI();
     ~BrowserDvbAPI() override;

@@ -8,7 +8,7 @@
 
 namespace velmora::dvbservice {
 
-class DvbAITSectionAPI : public dtv::DVBAITSectionInterface {
+class DTV_BROWSER_API DvbAITSectionAPI : public dtv::DVBAITSectionInterface {
 public:
     static DvbAITSectionAPI* GetInstance();
     static DvbAITSectionAPI* getInstance();

@@ -7,7 +7,7 @@
 
 namespace velmora::dvbservice {
 
-class SectionFilterAPI : public dtv::DVBSectionInterface {
+class DTV_BROWSER_API SectionFilterAPI : public dtv::DVBSectionInterface {
 public:
     static SectionFilterAPI* GetInstance();
     static SectionFilterAPI* getInstance();
