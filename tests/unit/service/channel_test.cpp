@@ -1,47 +1,10 @@
 // The current channel: the texts that the DTV service reports, and what is read back.
+#include "recording_listener.h"
 #include "service_fixture.h"
 
 namespace {
 
 constexpr const char* kFile = "browser_dvb_service_channel.cpp";
-
-/// A listener that hears channel changes only.
-class ChannelListener : public velmora::dtv::DVBServiceListener {
-public:
-    struct Change {
-        bool started;
-        int onid;
-        int tsid;
-        int sid;
-        bool operator==(const Change& other) const {
-            return started == other.started && onid == other.onid && tsid == other.tsid && sid == other.sid;
-        }
-    };
-    std::vector<Change> changes;
-
-    void OnChannelChanged(bool started, std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid) override {
-        changes.push_back({started, onid, tsid, sid});
-    }
-    void onAITChannelInfoChanged() override {}
-    void onSelectedComponentChanged(std::uint32_t, std::uint32_t, std::uint16_t, std::uint16_t, std::uint16_t,
-                                    std::uint16_t) override {}
-    void onComponentInfoChanged(std::uint16_t, std::uint32_t, std::uint32_t, std::uint16_t, std::uint16_t,
-                                std::uint16_t, std::uint16_t, std::uint16_t, std::uint32_t, std::uint16_t) override {}
-    void onAITSectionUpdated(std::uint16_t, std::uint16_t, std::uint16_t, const std::string&) override {}
-    void onHbbTVEngineStatusChanged(velmora::dtv::HbbTVEngineStatus) override {}
-    void onPMTSectionUpdated(std::uint16_t, std::uint16_t, std::uint16_t, int, std::string) override {}
-    void onEITSectionUpdated(int, std::string) override {}
-    void onTimelineInfoDataChange(std::uint8_t, std::uint8_t, std::uint8_t, std::uint32_t, std::uint64_t,
-                                  std::uint64_t) override {}
-    void onAllTerminalStoped() override {}
-    void onPtsNotify(std::uint64_t, std::uint64_t) override {}
-    void onOSDStateChanged(std::uint32_t, std::uint32_t) override {}
-    void onDrmResultReply(std::uint64_t, std::uint8_t, const std::string&, std::uint16_t) override {}
-    void onCaDrmConnected(std::uint64_t, std::uint16_t, std::uint16_t) override {}
-    void onCaDrmDisonnected(std::uint16_t, std::uint16_t) override {}
-    void onCaDrmSystemStatusChanged(std::uint16_t, std::uint16_t) override {}
-    void onDATagsServicePmtSectionUpdated(std::uint16_t, std::uint16_t, std::uint16_t, int, std::string) override {}
-};
 
 struct Read {
     const char* text;
@@ -112,7 +75,7 @@ TEST_F(AServiceObject, GivesTheTripletAsNumbers) {
 }
 
 TEST_F(AServiceObject, TellsListenersOfAChannelChange) {
-    const auto listener = std::make_shared<ChannelListener>();
+    const auto listener = std::make_shared<RecordingListener>();
     velmora::dvbservice::BrowserDvbAPI::getInstance()->addListener(listener);
     injectEvent<messages::OnServiceChanged>("service_started", "1:1025:28106");
     EXPECT_THAT(lines(), testing::ElementsAre(logged::plain(kOrdinary, kFile, "onServiceChanged",
@@ -124,38 +87,28 @@ TEST_F(AServiceObject, TellsListenersOfAChannelChange) {
     injectEvent<messages::OnServiceChanged>("Service_started", "1:2");
     injectEvent<messages::OnServiceChanged>("", "65537:65538:-3");
     velmora::dvbservice::BrowserDvbAPI::getInstance()->removeListener(listener);
-    EXPECT_THAT(listener->changes, testing::ElementsAre(ChannelListener::Change{true, 1, 1025, 28106},
-                                                        ChannelListener::Change{false, 1, 1025, 28107},
-                                                        ChannelListener::Change{false, 65535, 65535, 65535},
-                                                        ChannelListener::Change{false, 1, 2, 65533}));
+    EXPECT_THAT(listener->calls(),
+                testing::ElementsAre("OnChannelChanged(1, 1, 1025, 28106)", "OnChannelChanged(0, 1, 1025, 28107)",
+                                     "OnChannelChanged(0, 65535, 65535, 65535)", "OnChannelChanged(0, 1, 2, 65533)"));
 }
 
 TEST_F(AServiceObject, UpdatesTheChannelBeforeListenersHearOfTheChange) {
-    class Reader : public ChannelListener {
-    public:
-        explicit Reader(velmora::dvbservice::BrowserDVBService& newService) : service(newService) {}
-        void OnChannelChanged(bool, std::uint16_t, std::uint16_t, std::uint16_t) override {
-            ccid = service.getCurrentCCID();
-        }
-        std::string ccid;
-
-    private:
-        velmora::dvbservice::BrowserDVBService& service;
-    };
-    const auto listener = std::make_shared<Reader>(*service);
+    const auto listener = std::make_shared<RecordingListener>();
+    std::string ccid;
+    listener->reaction = [&] { ccid = service->getCurrentCCID(); };
     velmora::dvbservice::BrowserDvbAPI::getInstance()->addListener(listener);
     injectEvent<messages::OnServiceChanged>("service_started", "3:4:5");
     velmora::dvbservice::BrowserDvbAPI::getInstance()->removeListener(listener);
-    EXPECT_EQ(listener->ccid, "ccid:3:4:5");
+    EXPECT_EQ(ccid, "ccid:3:4:5");
 }
 
 TEST_F(AServiceObject, RefreshesTheChannelFromAServiceInfoAndTellsNobody) {
-    const auto listener = std::make_shared<ChannelListener>();
+    const auto listener = std::make_shared<RecordingListener>();
     velmora::dvbservice::BrowserDvbAPI::getInstance()->addListener(listener);
     injectEvent<messages::OnAcquireDtvServiceInfo>("2:3:4");
     velmora::dvbservice::BrowserDvbAPI::getInstance()->removeListener(listener);
     EXPECT_EQ(service->getCurrentCCID(), "ccid:2:3:4");
-    EXPECT_TRUE(listener->changes.empty());
+    EXPECT_TRUE(listener->calls().empty());
     EXPECT_THAT(lines(),
                 testing::ElementsAre(
                     logged::plain(kOrdinary, kFile, "onAcquireDtvServiceInfo", "channelInfo:2:3:4.\n"),
