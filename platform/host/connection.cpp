@@ -1,0 +1,103 @@
+// Sending packets on a connection.
+#include "connection.h"
+
+#include <sys/socket.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "host_log.h"
+
+namespace host {
+
+namespace {
+
+constexpr int kQueued = 1;
+
+/// One system call. The number of an error, or 0.
+int sendPacket(int descriptor, const iovec* pieces, std::size_t count) {
+    msghdr message{};
+    message.msg_iov = const_cast<iovec*>(pieces);
+    message.msg_iovlen = count;
+    ssize_t sent = 0;
+    do {
+        sent = sendmsg(descriptor, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
+    } while (sent < 0 && errno == EINTR);
+    return sent < 0 ? errno : 0;
+}
+
+bool noRoom(int error) {
+    return error == EAGAIN || error == EWOULDBLOCK || error == ENOBUFS;
+}
+
+}  // namespace
+
+Connection::Connection(int connectedSocket, std::uint32_t peerNumber)
+    : descriptor(connectedSocket), peerNumber_(peerNumber) {}
+
+Connection::~Connection() {
+    close(descriptor);
+}
+
+int Connection::send(const void* head, std::size_t headLength, const void* body, std::size_t bodyLength) {
+    const iovec pieces[] = {{const_cast<void*>(head), headLength}, {const_cast<void*>(body), bodyLength}};
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (stalled) {
+        return -ENOTCONN;
+    }
+    const int error = outgoing.empty() ? sendPacket(descriptor, pieces, 2) : EAGAIN;
+    if (error == 0) {
+        return 0;
+    }
+    if (error == EMSGSIZE) {
+        BLOG_TAGGED(blog::kFailure, "message of %zu bytes does not fit a packet; not sent\n", headLength + bodyLength);
+        return -EMSGSIZE;
+    }
+    if (!noRoom(error)) {
+        return -ENOTCONN;
+    }
+    if (waitingBytes + headLength + bodyLength > kMostWaiting) {
+        BLOG_TAGGED(blog::kFailure, "peer %u has stalled with %zu bytes waiting; cut off\n", peerNumber_, waitingBytes);
+        stalled = true;
+        shutdown(descriptor, SHUT_RDWR);
+        return -ENOTCONN;
+    }
+    const auto* headBytes = static_cast<const std::uint8_t*>(head);
+    const auto* bodyBytes = static_cast<const std::uint8_t*>(body);
+    std::vector<std::uint8_t> packet(headBytes, headBytes + headLength);
+    packet.insert(packet.end(), bodyBytes, bodyBytes + bodyLength);
+    waitingBytes += packet.size();
+    outgoing.push_back(std::move(packet));
+    return kQueued;
+}
+
+bool Connection::waiting() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return !outgoing.empty();
+}
+
+bool Connection::flush() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    while (!outgoing.empty()) {
+        const iovec piece{outgoing.front().data(), outgoing.front().size()};
+        const int error = sendPacket(descriptor, &piece, 1);
+        if (error != 0) {
+            return noRoom(error);
+        }
+        waitingBytes -= outgoing.front().size();
+        outgoing.pop_front();
+    }
+    return true;
+}
+
+bool peerIsOurs(int socket) {
+    ucred credentials{};
+    socklen_t length = sizeof credentials;
+    if (getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &length) != 0) {
+        return false;
+    }
+    return credentials.uid == geteuid();
+}
+
+}  // namespace host

@@ -1,0 +1,158 @@
+// The host's debug library: one line, one write. Works until the very end of the process.
+#include <fcntl.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <string>
+
+#include "ovx/debug.h"
+#include "settings.h"
+
+namespace {
+
+constexpr std::uint32_t kUnread = 0xFFFFFFFF;
+constexpr std::uint32_t kImportanceMask = 0xFFFF;
+constexpr std::size_t kDumpBytesPerLine = 16;
+
+/// Read from the settings by whoever asks first; from then on one load is all that an unwanted line costs.
+std::atomic<std::uint32_t> threshold{kUnread};
+
+std::uint32_t readThreshold() {
+    const std::uint32_t read = host::settings().logThreshold;
+    threshold.store(read, std::memory_order_relaxed);
+    return read;
+}
+
+int openSink() {
+    const std::string& file = host::settings().logFile;
+    if (file.empty()) {
+        return STDERR_FILENO;
+    }
+    const int descriptor = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    if (descriptor < 0) {
+        std::fprintf(stderr, "DTV_LOG_FILE: cannot open %s: %s; standard error is used\n", file.c_str(),
+                     std::strerror(errno));
+        return STDERR_FILENO;
+    }
+    return descriptor;
+}
+
+int sink() {
+    static const int descriptor = openSink();
+    return descriptor;
+}
+
+char levelLetter(std::uint32_t level) {
+    const std::uint32_t importance = level & kImportanceMask;
+    return importance < 1000 ? '*' : importance < 3000 ? 'F' : importance < 4000 ? 'W' : importance < 5000 ? 'O' : 'T';
+}
+
+std::string prefix(std::uint32_t level) {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    tm local{};
+    localtime_r(&now.tv_sec, &local);
+    char text[64];
+    const int length = std::snprintf(text, sizeof text, "%02d:%02d:%02d.%03ld %d %c ", local.tm_hour, local.tm_min,
+                                     local.tm_sec, now.tv_nsec / 1000000, getpid(), levelLetter(level));
+    return std::string(text, static_cast<std::size_t>(length));
+}
+
+/// Appends a text so that it stays one line: line ends at its end go, everything else below a blank is escaped.
+void appendEscaped(std::string& line, const char* text, std::size_t length) {
+    while (length != 0 && text[length - 1] == '\n') {
+        --length;
+    }
+    for (std::size_t at = 0; at < length; ++at) {
+        const auto byte = static_cast<unsigned char>(text[at]);
+        if (byte >= 0x20 && byte != 0x7F) {
+            line += text[at];
+        } else {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\x%02X", byte);
+            line += escaped;
+        }
+    }
+}
+
+void writeLine(std::string& line) {
+    line += '\n';
+    std::size_t written = 0;
+    while (written < line.size()) {
+        const ssize_t count = write(sink(), line.data() + written, line.size() - written);
+        if (count < 0 && errno != EINTR) {
+            return;
+        }
+        written += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+}
+
+std::string dumpRow(const std::uint8_t* bytes, std::size_t at, std::size_t count) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%04zX ", at);
+    std::string row = text;
+    std::string characters;
+    for (std::size_t column = 0; column < kDumpBytesPerLine; ++column) {
+        if (at + column < count) {
+            const std::uint8_t byte = bytes[at + column];
+            std::snprintf(text, sizeof text, " %02X", byte);
+            row += text;
+            characters += byte >= 0x20 && byte < 0x7F ? static_cast<char>(byte) : '.';
+        } else {
+            row += "   ";
+        }
+    }
+    return row + "  " + characters;
+}
+
+}  // namespace
+
+int ovxDebugCheckLevelGetFrameAndChunk(std::uint32_t level, ovxDebugFrame** frame, ovxDebugChunk** chunk) {
+    std::uint32_t limit = threshold.load(std::memory_order_relaxed);
+    if (limit == kUnread) {
+        limit = readThreshold();
+    }
+    *frame = nullptr;
+    *chunk = nullptr;
+    return (level & kImportanceMask) <= limit ? 1 : 0;
+}
+
+void ovxDebugOutput0(ovxDebugFrame*, ovxDebugChunk*, std::uint32_t level, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    va_list again;
+    va_copy(again, arguments);
+    char shortText[512];
+    const int length = std::vsnprintf(shortText, sizeof shortText, format, arguments);
+    va_end(arguments);
+    std::string line = prefix(level);
+    if (length >= 0 && static_cast<std::size_t>(length) < sizeof shortText) {
+        appendEscaped(line, shortText, static_cast<std::size_t>(length));
+    } else if (length >= 0) {
+        std::string longText(static_cast<std::size_t>(length), '\0');
+        std::vsnprintf(longText.data(), longText.size() + 1, format, again);
+        appendEscaped(line, longText.data(), longText.size());
+    }
+    va_end(again);
+    writeLine(line);
+}
+
+void dump_memory(const char* title, const void* bytes, std::uint32_t count, int value) {
+    constexpr std::uint32_t kOrdinary = 0x5F0FA0;
+    ovxDebugFrame* frame = nullptr;
+    ovxDebugChunk* chunk = nullptr;
+    if (ovxDebugCheckLevelGetFrameAndChunk(kOrdinary, &frame, &chunk) == 0) {
+        return;
+    }
+    ovxDebugOutput0(frame, chunk, kOrdinary, "%s (%d), %u bytes\n", title, value, count);
+    for (std::size_t at = 0; at < count; at += kDumpBytesPerLine) {
+        ovxDebugOutput0(frame, chunk, kOrdinary, "%s\n",
+                        dumpRow(static_cast<const std::uint8_t*>(bytes), at, count).c_str());
+    }
+}

@@ -1,0 +1,136 @@
+// Connecting and listening on Unix-domain sockets that keep packet boundaries.
+#include "endpoint.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "connection.h"
+#include "host_log.h"
+#include "run_directory.h"
+#include "settings.h"
+
+namespace host {
+
+namespace {
+
+constexpr int kBacklog = 64;
+constexpr int kSendBuffer = 1 << 20;
+
+std::string pathOf(const std::string& serviceName, const char* suffix) {
+    return settings().runDirectory + "/" + serviceName + suffix;
+}
+
+bool fillAddress(const std::string& path, sockaddr_un& address) {
+    address = {};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) {
+        BLOG_TAGGED(blog::kFailure, "socket path %s is too long\n", path.c_str());
+        return false;
+    }
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    return true;
+}
+
+int newSocket() {
+    const int descriptor = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (descriptor < 0) {
+        BLOG_TAGGED(blog::kFailure, "cannot create a socket: %s\n", std::strerror(errno));
+    }
+    return descriptor;
+}
+
+void widenSendBuffer(int descriptor) {
+    setsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof kSendBuffer);
+}
+
+}  // namespace
+
+int connectToService(const std::string& serviceName) {
+    const std::string path = pathOf(serviceName, ".sock");
+    sockaddr_un address;
+    if (!fillAddress(path, address)) {
+        return -1;
+    }
+    const int descriptor = newSocket();
+    if (descriptor < 0) {
+        return -1;
+    }
+    if (connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        ::close(descriptor);
+        return -1;
+    }
+    if (!peerIsOurs(descriptor)) {
+        BLOG_TAGGED(blog::kFailure, "the service at %s belongs to another user; refused\n", path.c_str());
+        ::close(descriptor);
+        return -1;
+    }
+    widenSendBuffer(descriptor);
+    return descriptor;
+}
+
+ServiceEndpoint::~ServiceEndpoint() {
+    close();
+}
+
+int ServiceEndpoint::open(const std::string& serviceName) {
+    if (!prepareRunDirectory(settings().runDirectory)) {
+        return -EACCES;
+    }
+    // The lock, not the socket file, says whether a service lives: it goes with its process, however that ends.
+    const std::string lockPath = pathOf(serviceName, ".lock");
+    lockFile = ::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (lockFile < 0 || flock(lockFile, LOCK_EX | LOCK_NB) != 0) {
+        const int error = errno;
+        BLOG_TAGGED(blog::kFailure, "cannot take %s: %s\n", lockPath.c_str(),
+                    error == EWOULDBLOCK ? "another service runs under this name" : std::strerror(error));
+        close();
+        return error == EWOULDBLOCK ? -EADDRINUSE : -error;
+    }
+    path = pathOf(serviceName, ".sock");
+    unlink(path.c_str());
+    sockaddr_un address;
+    listening = fillAddress(path, address) ? newSocket() : -1;
+    if (listening < 0 || bind(listening, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        chmod(path.c_str(), 0600) != 0 || listen(listening, kBacklog) != 0) {
+        const int error = listening < 0 ? EINVAL : errno;
+        BLOG_TAGGED(blog::kFailure, "cannot listen at %s: %s\n", path.c_str(), std::strerror(error));
+        close();
+        return -error;
+    }
+    return 0;
+}
+
+void ServiceEndpoint::close() {
+    if (listening >= 0) {
+        unlink(path.c_str());
+        ::close(listening);
+        listening = -1;
+    }
+    if (lockFile >= 0) {
+        ::close(lockFile);
+        lockFile = -1;
+    }
+}
+
+int ServiceEndpoint::accept() {
+    const int descriptor = accept4(listening, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    if (descriptor < 0) {
+        return -1;
+    }
+    if (!peerIsOurs(descriptor)) {
+        BLOG_TAGGED(blog::kFailure, "a client of another user was refused\n");
+        ::close(descriptor);
+        return -1;
+    }
+    widenSendBuffer(descriptor);
+    return descriptor;
+}
+
+}  // namespace host

@@ -1,0 +1,144 @@
+// The transport's sending half, its life, and the platform's entry points to it.
+#include "io_service.h"
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "envelope.h"
+#include "host_log.h"
+#include "platform_common/io_backend.h"
+#include "platform_common/record_image.h"
+
+/// The handle that members hold. The transport thread keeps the service alive as long as it runs.
+struct frameLmqIOService {
+    std::shared_ptr<host::IOService> service;
+};
+
+namespace host {
+
+IOService::IOService(frame::AbstractMarshallingImpl& newOwner)
+    : owner(newOwner), wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+IOService::~IOService() {
+    if (wakeUp >= 0) {
+        close(wakeUp);
+    }
+}
+
+int IOService::registerHandler(const frame::MsgMeta& header, frameLmqMessageHandler handler, void* context,
+                               const ovxEndianTable* table) {
+    handlers[{header.interfaceId, header.messageId, header.direction}] = {handler, context, table};
+    return 0;
+}
+
+IOService::Connections IOService::connectionsNow() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return connections;
+}
+
+int IOService::send(const frame::MsgIds& ids, const frame::MsgMeta& header, const ovxEndianTable& table,
+                    const void* record) {
+    const Connections targets = connectionsNow();
+    if (targets.empty()) {
+        return isService() && ids.peer == frame::kAnyId && !stopping ? 0 : -ENOTCONN;
+    }
+    const std::vector<std::uint8_t> image = platform_common::encodeRecord(table, record);
+    const auto head = packEnvelope({header, ids.transaction, static_cast<std::uint32_t>(image.size())});
+    int result = ids.peer == frame::kAnyId ? 0 : -ENOTCONN;
+    for (const std::shared_ptr<Connection>& target : targets) {
+        if (ids.peer != frame::kAnyId && ids.peer != target->peer()) {
+            continue;
+        }
+        const int sent = target->send(head.data(), head.size(), image.data(), image.size());
+        if (sent > 0) {
+            wake();
+        }
+        // A browser that goes while all are told is no failure of telling.
+        const bool toOne = !isService() || ids.peer != frame::kAnyId;
+        if (toOne || sent == -EMSGSIZE) {
+            result = std::min(sent, 0);
+        }
+    }
+    return result;
+}
+
+int IOService::start() {
+    if (thread.joinable() || wakeUp < 0) {
+        return -EALREADY;
+    }
+    stopping = false;
+    if (isService()) {
+        const int result = endpoint.open(owner.serviceName());
+        if (result < 0) {
+            return result;
+        }
+    } else {
+        tryToConnect();
+    }
+    thread = std::thread([self = shared_from_this()] { self->run(); });
+    return 0;
+}
+
+void IOService::stop() {
+    if (!thread.joinable()) {
+        return;
+    }
+    stopping = true;
+    wake();
+    if (thread.get_id() == std::this_thread::get_id()) {
+        // Called from a handler: the thread ends behind it, on its own.
+        thread.detach();
+    } else {
+        thread.join();
+    }
+}
+
+void IOService::wake() {
+    const std::uint64_t one = 1;
+    // A full counter wakes as well.
+    [[maybe_unused]] const ssize_t written = write(wakeUp, &one, sizeof one);
+}
+
+}  // namespace host
+
+namespace platform_common {
+
+frameLmqIOService* createIOService(frame::AbstractMarshallingImpl& owner) {
+    return new frameLmqIOService{std::make_shared<host::IOService>(owner)};
+}
+
+int startIOService(frameLmqIOService* service) {
+    return service == nullptr ? -EINVAL : service->service->start();
+}
+
+void stopIOService(frameLmqIOService* service) {
+    if (service != nullptr) {
+        service->service->stop();
+    }
+}
+
+void destroyIOService(frameLmqIOService* service) {
+    delete service;
+}
+
+}  // namespace platform_common
+
+int frameLmqIOServiceSendStructure(frameLmqIOService* service, frame::MsgIds& ids, const frame::MsgMeta& header,
+                                   int reserved, const ovxEndianTable* table, const void* record) {
+    if (service == nullptr || reserved != 0 || table == nullptr || record == nullptr) {
+        return -EINVAL;
+    }
+    return service->service->send(ids, header, *table, record);
+}
+
+int frameLmqIOServiceRegisterMessageHandlerFunction(frameLmqIOService* service, const frame::MsgMeta& header,
+                                                    frameLmqMessageHandler handler, void* context,
+                                                    const ovxEndianTable* table) {
+    if (service == nullptr || handler == nullptr || table == nullptr) {
+        return -EINVAL;
+    }
+    return service->service->registerHandler(header, handler, context, table);
+}

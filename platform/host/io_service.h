@@ -1,0 +1,73 @@
+// IOService: the message transport of one marshalling member: its connections, its handlers and its transport thread.
+// Threads: send() from any; handlers and connection callbacks on the transport thread, one at a time.
+// Blocks:  stop() until no handler runs, unless it is called from one; everything else never.
+// Locks:   mutex guards connections; it is not held across a send, a handler or a callback.
+// Fails:   sends with negative error numbers; start() likewise, when the transport itself cannot run.
+#pragma once
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+#include "connection.h"
+#include "endpoint.h"
+#include "frame/process_member.h"
+
+namespace host {
+
+class IOService : public std::enable_shared_from_this<IOService> {
+public:
+    explicit IOService(frame::AbstractMarshallingImpl& newOwner);
+    IOService(const IOService&) = delete;
+    IOService& operator=(const IOService&) = delete;
+    ~IOService();
+
+    int registerHandler(const frame::MsgMeta& header, frameLmqMessageHandler handler, void* context,
+                        const ovxEndianTable* table);
+    int send(const frame::MsgIds& ids, const frame::MsgMeta& header, const ovxEndianTable& table, const void* record);
+    int start();
+    void stop();
+
+private:
+    struct Handler {
+        frameLmqMessageHandler function;
+        void* context;
+        const ovxEndianTable* table;
+    };
+    using HandlerKey = std::tuple<std::uint32_t, std::uint32_t, std::uint8_t>;
+    using Connections = std::vector<std::shared_ptr<Connection>>;
+
+    bool isService() const { return owner.couplingMode() == frame::CouplingModeService; }
+    Connections connectionsNow();
+    void run();
+    void pollOnce();
+    void wake();
+    void drainWakeUps();
+    bool tryToConnect();
+    void adopt(int connectedSocket);
+    void tellOfNewConnections();
+    void closeConnection(const std::shared_ptr<Connection>& connection);
+    bool receiveAll(Connection& connection);
+    void take(Connection& connection, const std::uint8_t* packet, std::size_t length);
+    void drop(Connection& connection, const std::string& reason);
+
+    frame::AbstractMarshallingImpl& owner;
+    std::map<HandlerKey, Handler> handlers;  // written before start only
+    ServiceEndpoint endpoint;                // transport thread, and start() before it runs
+    int wakeUp;                              // an eventfd
+
+    std::mutex mutex;
+    Connections connections;  // guarded by mutex
+    Connections untold;       // guarded by mutex; connected, the member not told yet
+
+    std::vector<std::uint8_t> receiveBuffer;  // transport thread
+    bool failureTold = false;                 // transport thread
+    std::atomic<bool> stopping{false};
+    std::thread thread;  // whoever starts and stops
+};
+
+}  // namespace host

@@ -1,0 +1,184 @@
+// The transport thread: waits for the sockets, takes packets in, flushes what waited, and keeps the connection.
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "envelope.h"
+#include "host_log.h"
+#include "io_service.h"
+#include "platform_common/record_image.h"
+
+namespace host {
+
+namespace {
+
+/// How often a client looks for its service while that is away.
+constexpr int kRetryMilliseconds = 100;
+constexpr int kForever = -1;
+constexpr std::size_t kLargestPacket = 1U << 20U;
+/// Packets taken from one connection before the others get their turn.
+constexpr int kPacketsInARow = 64;
+
+std::uint32_t nextPeerNumber() {
+    static std::atomic<std::uint32_t> last{0};
+    return ++last;
+}
+
+}  // namespace
+
+void IOService::run() {
+    receiveBuffer.resize(kLargestPacket);
+    if (!isService() && connectionsNow().empty()) {
+        failureTold = true;
+        owner.onIOConnectionConnectionFailed({});
+    }
+    while (!stopping) {
+        tellOfNewConnections();
+        pollOnce();
+    }
+    tellOfNewConnections();
+    for (const std::shared_ptr<Connection>& connection : connectionsNow()) {
+        closeConnection(connection);
+    }
+    endpoint.close();
+}
+
+void IOService::pollOnce() {
+    const Connections polled = connectionsNow();
+    const bool lookingForService = !isService() && polled.empty();
+    std::vector<pollfd> descriptors = {{wakeUp, POLLIN, 0}, {endpoint.socket(), POLLIN, 0}};
+    for (const std::shared_ptr<Connection>& connection : polled) {
+        const short events = connection->waiting() ? POLLIN | POLLOUT : POLLIN;
+        descriptors.push_back({connection->socket(), events, 0});
+    }
+    poll(descriptors.data(), descriptors.size(), lookingForService ? kRetryMilliseconds : kForever);
+    drainWakeUps();
+    for (std::size_t index = 0; index < polled.size() && !stopping; ++index) {
+        const short ready = descriptors[index + 2].revents;
+        bool good = (ready & POLLOUT) == 0 || polled[index]->flush();
+        if (good && (ready & (POLLIN | POLLHUP | POLLERR)) != 0) {
+            good = receiveAll(*polled[index]);
+        }
+        if (!good) {
+            closeConnection(polled[index]);
+        }
+    }
+    if ((descriptors[1].revents & POLLIN) != 0) {
+        adopt(endpoint.accept());
+    }
+    if (lookingForService && !stopping) {
+        tryToConnect();
+    }
+}
+
+void IOService::drainWakeUps() {
+    std::uint64_t count = 0;
+    [[maybe_unused]] const ssize_t read = ::read(wakeUp, &count, sizeof count);
+}
+
+bool IOService::tryToConnect() {
+    const int connected = connectToService(owner.serviceName());
+    adopt(connected);
+    return connected >= 0;
+}
+
+void IOService::adopt(int connectedSocket) {
+    if (connectedSocket < 0) {
+        return;
+    }
+    const auto connection = std::make_shared<Connection>(connectedSocket, nextPeerNumber());
+    const std::lock_guard<std::mutex> lock(mutex);
+    connections.push_back(connection);
+    untold.push_back(connection);
+}
+
+/// Callbacks belong to this thread, also for the connection that start() made on its caller's.
+void IOService::tellOfNewConnections() {
+    Connections news;
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        news.swap(untold);
+    }
+    for (const std::shared_ptr<Connection>& connection : news) {
+        failureTold = false;
+        frame::TransportInfo transport;
+        transport.peer = connection->peer();
+        owner.onIOConnectionConnected(transport);
+    }
+}
+
+void IOService::closeConnection(const std::shared_ptr<Connection>& connection) {
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        connections.erase(std::remove(connections.begin(), connections.end(), connection), connections.end());
+    }
+    // Sends that still hold the connection find the socket shut.
+    shutdown(connection->socket(), SHUT_RDWR);
+    if (connection->dropped > 1) {
+        BLOG_TAGGED(blog::kFailure, "peer %u: %llu messages were dropped in all\n", connection->peer(),
+                    static_cast<unsigned long long>(connection->dropped));
+    }
+    frame::TransportInfo transport;
+    transport.peer = connection->peer();
+    owner.onIOConnectionDisconnected(transport);
+}
+
+/// False when the peer is gone.
+bool IOService::receiveAll(Connection& connection) {
+    for (int count = 0; count < kPacketsInARow && !stopping; ++count) {
+        iovec piece{receiveBuffer.data(), receiveBuffer.size()};
+        msghdr message{};
+        message.msg_iov = &piece;
+        message.msg_iovlen = 1;
+        const ssize_t received = recvmsg(connection.socket(), &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
+        if (received < 0) {
+            return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
+        }
+        if (received == 0) {
+            return false;
+        }
+        if ((message.msg_flags & MSG_TRUNC) != 0) {
+            drop(connection, "packet is longer than " + std::to_string(receiveBuffer.size()) + " bytes");
+        } else {
+            take(connection, receiveBuffer.data(), static_cast<std::size_t>(received));
+        }
+    }
+    return true;
+}
+
+void IOService::take(Connection& connection, const std::uint8_t* packet, std::size_t length) {
+    Envelope envelope;
+    std::string error;
+    if (!unpackEnvelope(packet, length, envelope, error)) {
+        drop(connection, error);
+        return;
+    }
+    const frame::MsgMeta& header = envelope.header;
+    const auto handler = handlers.find({header.interfaceId, header.messageId, header.direction});
+    const std::string name = "message " + std::to_string(header.messageId);
+    if (handler == handlers.end()) {
+        drop(connection, name + " has no handler");
+        return;
+    }
+    platform_common::DecodedRecord record;
+    if (!platform_common::decodeRecord(*handler->second.table, packet + kEnvelopeSize, length - kEnvelopeSize, record,
+                                       error)) {
+        drop(connection, name + ": " + error);
+        return;
+    }
+    frame::TransportInfo transport;
+    transport.peer = connection.peer();
+    handler->second.function(header, transport, record.record(), handler->second.context);
+}
+
+void IOService::drop(Connection& connection, const std::string& reason) {
+    if (++connection.dropped == 1) {
+        BLOG_TAGGED(blog::kFailure, "peer %u: %s; dropped, as further ones will be without a line\n", connection.peer(),
+                    reason.c_str());
+    }
+}
+
+}  // namespace host

@@ -1,0 +1,153 @@
+// The section queue over shared memory. A process that is killed inside of the queue leaves its lock taken; nobody
+// waits for such a lock longer than the time that this unit is built with.
+#include <dirent.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <boost/interprocess/ipc/message_queue.hpp>
+#include <cerrno>
+#include <cstdlib>
+#include <mutex>
+#include <vector>
+
+#include "host_log.h"
+#include "velmora/msgqueue/ipc_message_queue.h"
+
+namespace velmora::msgqueue {
+
+using Queue = boost::interprocess::message_queue;
+
+namespace {
+
+constexpr const char* kBlogTag = host::kBlogTag;
+constexpr unsigned int kPriority = 0;
+constexpr const char* kSharedMemory = "/dev/shm";
+constexpr const char* kSectionPrefix = "SECTION-";
+
+/// Queues are never closed by the library; their names go when the process ends in good order.
+class CreatedQueues {
+public:
+    static CreatedQueues& instance() {
+        static CreatedQueues queues;
+        return queues;
+    }
+    ~CreatedQueues() {
+        for (const std::string& name : names) {
+            Queue::remove(name.c_str());
+        }
+    }
+    void add(const std::string& name) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        names.push_back(name);
+    }
+
+private:
+    std::mutex mutex;  // guards names
+    std::vector<std::string> names;
+};
+
+/// The process that a section queue's name begins with, or 0.
+pid_t processOf(const std::string& name) {
+    const std::string prefix = kSectionPrefix;
+    constexpr std::size_t kDigits = 8;
+    if (name.compare(0, prefix.size(), prefix) != 0 || name.size() <= prefix.size() + kDigits) {
+        return 0;
+    }
+    return static_cast<pid_t>(std::strtoul(name.substr(prefix.size(), kDigits).c_str(), nullptr, 16));
+}
+
+/// Removes the section queues of our user whose processes were killed before they could.
+void removeLeftOvers() {
+    DIR* const directory = opendir(kSharedMemory);
+    if (directory == nullptr) {
+        return;
+    }
+    while (const dirent* const entry = readdir(directory)) {
+        const std::string name = entry->d_name;
+        const pid_t process = processOf(name);
+        struct stat found {};
+        if (process > 0 && stat((std::string(kSharedMemory) + "/" + name).c_str(), &found) == 0 &&
+            found.st_uid == geteuid() && kill(process, 0) != 0 && errno == ESRCH) {
+            Queue::remove(name.c_str());
+        }
+    }
+    closedir(directory);
+}
+
+}  // namespace
+
+struct IPCMessageQueue::State {
+    std::string name;
+    bool creator;
+    Queue queue;
+    std::vector<std::uint8_t> received;  // the one reader's
+
+    template <typename... Arguments>
+    State(std::string newName, bool isCreator, Arguments&&... arguments)
+        : name(std::move(newName)), creator(isCreator), queue(std::forward<Arguments>(arguments)...) {
+        received.resize(queue.get_max_msg_size());
+    }
+};
+
+IPCMessageQueue::IPCMessageQueue(std::unique_ptr<State> newState) : state(std::move(newState)) {}
+
+IPCMessageQueue::~IPCMessageQueue() {
+    if (state->creator) {
+        Queue::remove(state->name.c_str());
+    }
+}
+
+IPCMessageQueue* IPCMessageQueue::create(const std::string& name, std::size_t maxMessageSize, std::size_t maxMessages) {
+    removeLeftOvers();
+    try {
+        Queue::remove(name.c_str());
+        auto state = std::make_unique<State>(name, true, boost::interprocess::create_only, name.c_str(), maxMessages,
+                                             maxMessageSize, boost::interprocess::permissions(0600));
+        CreatedQueues::instance().add(name);
+        return new IPCMessageQueue(std::move(state));
+    } catch (const std::exception& error) {
+        BLOG_TAGGED(blog::kFailure, "cannot create queue %s: %s\n", name.c_str(), error.what());
+        return nullptr;
+    }
+}
+
+IPCMessageQueue* IPCMessageQueue::open(const std::string& name) {
+    try {
+        return new IPCMessageQueue(std::make_unique<State>(name, false, boost::interprocess::open_only, name.c_str()));
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+}
+
+void IPCMessageQueue::Receive(IPCMessage& message) {
+    while (true) {
+        Queue::size_type length = 0;
+        unsigned int priority = 0;
+        state->queue.receive(state->received.data(), state->received.size(), length, priority);
+        if (message.decode(state->received.data(), length)) {
+            return;
+        }
+        BLOG_TAGGED(blog::kFailure, "queue %s: %zu bytes that are no message of its kind; dropped\n",
+                    state->name.c_str(), static_cast<std::size_t>(length));
+    }
+}
+
+bool IPCMessageQueue::TrySend(const IPCMessage& message) {
+    thread_local std::vector<std::uint8_t> bytes;
+    bytes.resize(state->queue.get_max_msg_size());
+    const std::size_t length = message.encode(bytes.data(), bytes.size());
+    if (length == 0) {
+        BLOG_TAGGED(blog::kFailure, "queue %s: a message does not fit %zu bytes; dropped\n", state->name.c_str(),
+                    bytes.size());
+        return false;
+    }
+    try {
+        return state->queue.try_send(bytes.data(), length, kPriority);
+    } catch (const boost::interprocess::interprocess_exception&) {
+        // The lock is held by a process that was killed; as good as full.
+        return false;
+    }
+}
+
+}  // namespace velmora::msgqueue

@@ -1,0 +1,25 @@
+// Settings of the host platform, read once from the environment. The library above has none.
+//   DTV_RUN_DIR    directory of sockets and locks      default $XDG_RUNTIME_DIR/dtv, else /tmp/dtv-<uid>
+//   DTV_LOG_LEVEL  off, failure, warning, ordinary, trace   default warning
+//   DTV_LOG_FILE   file that lines are appended to     default standard error
+// Threads: any.   Blocks: never.   Fails: an invalid value gets a line on standard error, and the default holds.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace host {
+
+struct Settings {
+    std::string runDirectory;
+    std::uint32_t logThreshold;  ///< lines whose importance is above it are not written
+    std::string logFile;         ///< empty for standard error
+};
+
+/// The settings of the process; never destroyed.
+const Settings& settings();
+
+/// Reads them from the environment.
+Settings readSettings();
+
+}  // namespace host
