@@ -1,0 +1,51 @@
+// AIT sections as plain values (TS 102 809, clause 5.3.4).
+// Threads: any.   Blocks: never.   Fails: no value, and `error` says what was wrong and where.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "si/section.h"
+
+namespace si {
+
+constexpr std::uint16_t kApplicationTypeHbbTv = 0x0010;
+
+struct Ait {
+    struct Name {
+        std::string language;
+        std::string text;  ///< UTF-8
+    };
+    struct Transport {
+        std::uint16_t protocolId = 0;  ///< 1 object carousel, 3 HTTP
+        std::uint8_t label = 0;
+        std::string urlBase;  ///< of HTTP
+    };
+    struct Application {
+        std::uint32_t organisationId = 0;
+        std::uint16_t applicationId = 0;
+        std::uint8_t controlCode = 0;
+        std::vector<Name> names;
+        std::vector<Transport> transports;
+        std::string initialPath;
+        Descriptors descriptors;  ///< all of them, as they came
+
+        /// Where the application starts: the HTTP base with the initial path, the path alone, or empty.
+        std::string url() const;
+    };
+    std::uint16_t applicationType = 0;
+    bool testApplication = false;
+    std::uint8_t version = 0;
+    std::uint8_t sectionNumber = 0;
+    std::uint8_t lastSectionNumber = 0;
+    Descriptors commonDescriptors;
+    std::vector<Application> applications;
+};
+
+std::optional<Ait> parseAit(Bytes section, std::string& error);
+
+/// "AUTOSTART" for 1 and so on; the number for a code that is not defined.
+std::string controlCodeName(std::uint8_t controlCode);
+
+}  // namespace si

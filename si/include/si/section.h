@@ -1,0 +1,44 @@
+// Sections as bytes: what every table shares (ISO/IEC 13818-1, clause 2.4.4; EN 300 468, clause 5.1).
+// Threads: any.   Blocks: never.   Fails: as each function says; nothing is read outside of the given bytes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace si {
+
+/// Bytes that belong to somebody else.
+struct Bytes {
+    const std::uint8_t* data = nullptr;
+    std::size_t size = 0;
+
+    Bytes() = default;
+    Bytes(const std::uint8_t* first, std::size_t count) : data(first), size(count) {}
+    Bytes(const std::vector<std::uint8_t>& bytes) : data(bytes.data()), size(bytes.size()) {}
+    Bytes(const std::string& bytes) : data(reinterpret_cast<const std::uint8_t*>(bytes.data())), size(bytes.size()) {}
+};
+
+constexpr std::size_t kSectionHeaderSize = 3;
+constexpr std::size_t kLongestSection = 4096;
+
+/// section_length + 3: the whole section, as its first three bytes announce it. The bytes have to be there.
+std::size_t announcedSize(const std::uint8_t* section);
+
+/// Whether CRC_32 is right, for sections that have one: those with section_syntax_indicator, and the TOT. Others pass.
+bool crcIsRight(Bytes section);
+
+/// Computes CRC_32 over bytes.
+std::uint32_t crc32(Bytes bytes);
+
+struct Descriptor {
+    std::uint8_t tag = 0;
+    std::vector<std::uint8_t> bytes;  ///< behind tag and length
+};
+using Descriptors = std::vector<Descriptor>;
+
+/// Reads a descriptor loop. False when the last one does not fit; those before it are kept.
+bool readDescriptors(Bytes loop, Descriptors& descriptors);
+
+}  // namespace si

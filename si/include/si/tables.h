@@ -1,0 +1,89 @@
+// PAT, PMT, SDT and EIT sections as plain values (ISO/IEC 13818-1, clauses 2.4.4.3 and 2.4.4.8; EN 300 468,
+// clauses 5.2.3 and 5.2.4). Threads: any.   Blocks: never. Fails:   no value, and `error` says what was wrong. A
+// section is taken whole or not at all.
+#pragma once
+
+#include <ctime>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "si/section.h"
+
+namespace si {
+
+struct Pat {
+    struct Program {
+        std::uint16_t serviceId = 0;  ///< never 0: the network PID is left out
+        std::uint16_t pmtPid = 0;
+    };
+    std::uint16_t transportStreamId = 0;
+    std::uint8_t version = 0;
+    std::uint8_t sectionNumber = 0;
+    std::uint8_t lastSectionNumber = 0;
+    std::vector<Program> programs;
+};
+
+struct Pmt {
+    struct Stream {
+        std::uint8_t streamType = 0;
+        std::uint16_t pid = 0;
+        Descriptors descriptors;
+    };
+    std::uint16_t serviceId = 0;
+    std::uint8_t version = 0;
+    std::uint16_t pcrPid = 0;
+    Descriptors descriptors;
+    std::vector<Stream> streams;
+};
+
+struct Sdt {
+    struct Service {
+        std::uint16_t serviceId = 0;
+        std::uint8_t serviceType = 0;  ///< 0 without a service descriptor
+        std::string name;              ///< UTF-8
+        std::string provider;
+    };
+    bool actual = false;
+    std::uint16_t transportStreamId = 0;
+    std::uint16_t originalNetworkId = 0;
+    std::uint8_t version = 0;
+    std::uint8_t sectionNumber = 0;
+    std::uint8_t lastSectionNumber = 0;
+    std::vector<Service> services;
+};
+
+struct Eit {
+    struct Event {
+        std::uint16_t eventId = 0;
+        std::optional<std::time_t> start;  ///< UTC; absent when undefined
+        std::uint32_t durationSeconds = 0;
+        std::uint8_t runningStatus = 0;
+        std::string language;  ///< ISO 639-2, of the first short event descriptor
+        std::string name;      ///< UTF-8
+        std::string text;
+    };
+    std::uint8_t tableId = 0;
+    std::uint16_t serviceId = 0;
+    std::uint16_t transportStreamId = 0;
+    std::uint16_t originalNetworkId = 0;
+    std::uint8_t version = 0;
+    std::uint8_t sectionNumber = 0;
+    std::vector<Event> events;
+};
+
+std::optional<Pat> parsePat(Bytes section, std::string& error);
+std::optional<Pmt> parsePmt(Bytes section, std::string& error);
+std::optional<Sdt> parseSdt(Bytes section, std::string& error);
+std::optional<Eit> parseEit(Bytes section, std::string& error);
+
+/// What a stream of a PMT carries, in a few words; descriptors tell private streams apart.
+std::string streamName(const Pmt::Stream& stream);
+/// component_tag of the stream_identifier_descriptor (EN 300 468, clause 6.2.39).
+std::optional<std::uint8_t> componentTag(const Pmt::Stream& stream);
+/// First language of the ISO 639, subtitling or teletext descriptor; empty without one.
+std::string language(const Pmt::Stream& stream);
+/// PIDs whose application_signalling_descriptor lists HbbTV's application_type (TS 102 809, clause 5.3.5.1).
+std::vector<std::uint16_t> hbbtvAitPids(const Pmt& pmt);
+
+}  // namespace si

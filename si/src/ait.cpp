@@ -1,0 +1,166 @@
+// Reading AIT sections.
+#include "si/ait.h"
+
+#include "checked_section.h"
+#include "si/text.h"
+
+namespace si {
+
+namespace {
+
+constexpr std::uint8_t kAitTableId = 0x74;
+constexpr std::uint8_t kNameDescriptor = 0x01;
+constexpr std::uint8_t kTransportDescriptor = 0x02;
+constexpr std::uint8_t kLocationDescriptor = 0x15;
+constexpr std::uint16_t kProtocolHttp = 0x0003;
+constexpr std::size_t kHeader = 8;
+constexpr std::size_t kCrc = 4;
+constexpr std::size_t kApplicationHeader = 9;
+
+/// Reads from the front, and remembers when there was not enough.
+class Cursor {
+public:
+    explicit Cursor(Bytes newBytes) : bytes(newBytes) {}
+
+    std::size_t left() const { return bytes.size - at; }
+    std::size_t position() const { return at; }
+    bool good() const { return !failed; }
+
+    std::uint32_t number(std::size_t width) {
+        const Bytes field = take(width);
+        std::uint32_t value = 0;
+        for (std::size_t index = 0; index < field.size; ++index) {
+            value = value << 8U | field.data[index];
+        }
+        return value;
+    }
+    Bytes take(std::size_t count) {
+        if (count > left()) {
+            failed = true;
+            at = bytes.size;
+            return {};
+        }
+        at += count;
+        return {bytes.data + at - count, count};
+    }
+    /// Bytes behind a length field of 12 bits in two bytes, or of one byte.
+    Bytes takeLong() { return take(number(2) & 0x0FFFU); }
+    Bytes takeShort() { return take(number(1)); }
+
+private:
+    Bytes bytes;
+    std::size_t at = 0;
+    bool failed = false;
+};
+
+std::string plainText(Bytes bytes) {
+    return {reinterpret_cast<const char*>(bytes.data), bytes.size};
+}
+
+void readNames(Bytes bytes, Ait::Application& application) {
+    Cursor cursor(bytes);
+    while (cursor.left() != 0 && cursor.good()) {
+        Ait::Name name;
+        name.language = plainText(cursor.take(3));
+        name.text = toUtf8(cursor.takeShort());
+        if (cursor.good()) {
+            application.names.push_back(name);
+        }
+    }
+}
+
+void readTransport(Bytes bytes, Ait::Application& application) {
+    Cursor cursor(bytes);
+    Ait::Transport transport;
+    transport.protocolId = static_cast<std::uint16_t>(cursor.number(2));
+    transport.label = static_cast<std::uint8_t>(cursor.number(1));
+    if (transport.protocolId == kProtocolHttp) {
+        transport.urlBase = plainText(cursor.takeShort());
+    }
+    if (cursor.good()) {
+        application.transports.push_back(transport);
+    }
+}
+
+void readApplicationDescriptors(Ait::Application& application) {
+    for (const Descriptor& descriptor : application.descriptors) {
+        if (descriptor.tag == kNameDescriptor) {
+            readNames(descriptor.bytes, application);
+        } else if (descriptor.tag == kTransportDescriptor) {
+            readTransport(descriptor.bytes, application);
+        } else if (descriptor.tag == kLocationDescriptor) {
+            application.initialPath = plainText(descriptor.bytes);
+        }
+    }
+}
+
+bool readApplications(Bytes loop, Ait& ait) {
+    Cursor cursor(loop);
+    while (cursor.left() != 0) {
+        if (cursor.left() < kApplicationHeader) {
+            return false;
+        }
+        Ait::Application application;
+        application.organisationId = cursor.number(4);
+        application.applicationId = static_cast<std::uint16_t>(cursor.number(2));
+        application.controlCode = static_cast<std::uint8_t>(cursor.number(1));
+        if (!readDescriptors(cursor.takeLong(), application.descriptors) || !cursor.good()) {
+            return false;
+        }
+        readApplicationDescriptors(application);
+        ait.applications.push_back(application);
+    }
+    return true;
+}
+
+constexpr const char* kControlCodes[] = {"",         "AUTOSTART", "PRESENT",  "DESTROY",           "KILL",
+                                         "PREFETCH", "REMOTE",    "DISABLED", "PLAYBACK_AUTOSTART"};
+
+}  // namespace
+
+std::string Ait::Application::url() const {
+    for (const Transport& transport : transports) {
+        if (transport.protocolId == kProtocolHttp) {
+            return transport.urlBase + initialPath;
+        }
+    }
+    return initialPath;
+}
+
+std::optional<Ait> parseAit(Bytes section, std::string& error) {
+    const std::vector<std::uint8_t> bytes = checkedSection(section, "AIT", error);
+    if (bytes.empty()) {
+        return std::nullopt;
+    }
+    if (bytes[0] != kAitTableId) {
+        error = "AIT section: table_id is " + std::to_string(bytes[0]);
+        return std::nullopt;
+    }
+    Ait ait;
+    ait.testApplication = (bytes[3] & 0x80) != 0;
+    ait.applicationType = static_cast<std::uint16_t>((bytes[3] & 0x7F) << 8 | bytes[4]);
+    ait.version = (bytes[5] >> 1) & 0x1F;
+    ait.sectionNumber = bytes[6];
+    ait.lastSectionNumber = bytes[7];
+    Cursor cursor({bytes.data() + kHeader, bytes.size() - kHeader - kCrc});
+    const bool commonFits = readDescriptors(cursor.takeLong(), ait.commonDescriptors);
+    const Bytes loop = cursor.takeLong();
+    if (!commonFits || !cursor.good()) {
+        error = "AIT section: common descriptors do not fit";
+        return std::nullopt;
+    }
+    if (cursor.left() != 0 || !readApplications(loop, ait)) {
+        error = "AIT section: application loop does not fit, application " + std::to_string(ait.applications.size());
+        return std::nullopt;
+    }
+    return ait;
+}
+
+std::string controlCodeName(std::uint8_t controlCode) {
+    if (controlCode == 0 || controlCode >= std::size(kControlCodes)) {
+        return std::to_string(controlCode);
+    }
+    return kControlCodes[controlCode];
+}
+
+}  // namespace si

@@ -1,0 +1,35 @@
+// The checks that come before the fields of a long-form section are read.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "si/section.h"
+
+namespace si {
+
+/// A copy of the section (the field library takes writable bytes) when it is whole, long-form and with a right CRC_32;
+/// else empty, with the reason.
+inline std::vector<std::uint8_t> checkedSection(Bytes section, const char* table, std::string& error) {
+    constexpr std::size_t kShortest = 12;  // eight bytes of header and CRC_32
+    const auto fail = [&](const std::string& reason) {
+        error = std::string(table) + " section: " + reason;
+        return std::vector<std::uint8_t>();
+    };
+    if (section.size < kShortest) {
+        return fail("only " + std::to_string(section.size) + " bytes");
+    }
+    if (announcedSize(section.data) != section.size) {
+        return fail(std::to_string(section.size) + " bytes, " + std::to_string(announcedSize(section.data)) +
+                    " announced");
+    }
+    if ((section.data[1] & 0x80U) == 0) {
+        return fail("section_syntax_indicator is 0");
+    }
+    if (!crcIsRight(section)) {
+        return fail("wrong CRC_32");
+    }
+    return {section.data, section.data + section.size};
+}
+
+}  // namespace si

@@ -1,0 +1,59 @@
+// Section lengths, CRC_32 and descriptor loops.
+#include "si/section.h"
+
+#include <array>
+
+namespace si {
+
+namespace {
+
+constexpr std::uint32_t kPolynomial = 0x04C11DB7;
+constexpr std::uint8_t kTotTableId = 0x73;
+
+constexpr std::array<std::uint32_t, 256> makeCrcTable() {
+    std::array<std::uint32_t, 256> table{};
+    for (std::uint32_t byte = 0; byte < 256; ++byte) {
+        std::uint32_t remainder = byte << 24U;
+        for (int bit = 0; bit < 8; ++bit) {
+            remainder = (remainder & 0x80000000U) != 0 ? (remainder << 1U) ^ kPolynomial : remainder << 1U;
+        }
+        table[byte] = remainder;
+    }
+    return table;
+}
+
+constexpr std::array<std::uint32_t, 256> kCrcTable = makeCrcTable();
+
+}  // namespace
+
+std::size_t announcedSize(const std::uint8_t* section) {
+    return kSectionHeaderSize + ((static_cast<std::size_t>(section[1] & 0x0FU) << 8U) | section[2]);
+}
+
+std::uint32_t crc32(Bytes bytes) {
+    std::uint32_t crc = 0xFFFFFFFF;
+    for (std::size_t at = 0; at < bytes.size; ++at) {
+        crc = (crc << 8U) ^ kCrcTable[(crc >> 24U) ^ bytes.data[at]];
+    }
+    return crc;
+}
+
+bool crcIsRight(Bytes section) {
+    const bool hasCrc = section.size >= 2 && ((section.data[1] & 0x80U) != 0 || section.data[0] == kTotTableId);
+    return !hasCrc || crc32(section) == 0;
+}
+
+bool readDescriptors(Bytes loop, Descriptors& descriptors) {
+    std::size_t at = 0;
+    while (at < loop.size) {
+        if (loop.size - at < 2 || loop.size - at - 2 < loop.data[at + 1]) {
+            return false;
+        }
+        const std::uint8_t* const first = loop.data + at + 2;
+        descriptors.push_back({loop.data[at], std::vector<std::uint8_t>(first, first + loop.data[at + 1])});
+        at += std::size_t{2} + loop.data[at + 1];
+    }
+    return true;
+}
+
+}  // namespace si

@@ -1,0 +1,99 @@
+// What the streams of a PMT are.
+#include <bitstream/mpeg/psi.h>
+
+#include "si/ait.h"
+#include "si/tables.h"
+
+namespace si {
+
+namespace {
+
+constexpr std::uint8_t kPrivateSections = 0x05;
+constexpr std::uint8_t kPesPrivate = 0x06;
+constexpr std::uint8_t kLanguageDescriptor = 0x0A;
+constexpr std::uint8_t kStreamIdentifierDescriptor = 0x52;
+constexpr std::uint8_t kTeletextDescriptor = 0x56;
+constexpr std::uint8_t kSubtitlingDescriptor = 0x59;
+constexpr std::uint8_t kAc3Descriptor = 0x6A;
+constexpr std::uint8_t kApplicationSignallingDescriptor = 0x6F;
+constexpr std::uint8_t kEnhancedAc3Descriptor = 0x7A;
+
+const Descriptor* find(const Pmt::Stream& stream, std::uint8_t tag) {
+    for (const Descriptor& descriptor : stream.descriptors) {
+        if (descriptor.tag == tag) {
+            return &descriptor;
+        }
+    }
+    return nullptr;
+}
+
+struct PrivateStream {
+    std::uint8_t tag;
+    const char* name;
+};
+
+constexpr PrivateStream kPrivateStreams[] = {{kTeletextDescriptor, "teletext"},
+                                             {kSubtitlingDescriptor, "DVB subtitles"},
+                                             {kAc3Descriptor, "AC-3 audio"},
+                                             {kEnhancedAc3Descriptor, "Enhanced AC-3 audio"}};
+
+/// Whether the descriptor lists HbbTV's application_type: entries of 3 bytes, a reserved bit before the type.
+bool listsHbbTv(const Descriptor& descriptor) {
+    for (std::size_t at = 0; at + 3 <= descriptor.bytes.size(); at += 3) {
+        if (((descriptor.bytes[at] & 0x7F) << 8 | descriptor.bytes[at + 1]) == kApplicationTypeHbbTv) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool carriesAit(const Pmt::Stream& stream) {
+    return stream.streamType == kPrivateSections && find(stream, kApplicationSignallingDescriptor) != nullptr;
+}
+
+}  // namespace
+
+std::string streamName(const Pmt::Stream& stream) {
+    if (carriesAit(stream)) {
+        return listsHbbTv(*find(stream, kApplicationSignallingDescriptor)) ? "AIT (HbbTV)" : "AIT (not HbbTV)";
+    }
+    if (stream.streamType == kPesPrivate) {
+        for (const PrivateStream& known : kPrivateStreams) {
+            if (find(stream, known.tag) != nullptr) {
+                return known.name;
+            }
+        }
+    }
+    return pmt_get_streamtype_txt(stream.streamType);
+}
+
+std::optional<std::uint8_t> componentTag(const Pmt::Stream& stream) {
+    const Descriptor* const descriptor = find(stream, kStreamIdentifierDescriptor);
+    if (descriptor == nullptr || descriptor->bytes.empty()) {
+        return std::nullopt;
+    }
+    return descriptor->bytes[0];
+}
+
+std::string language(const Pmt::Stream& stream) {
+    constexpr std::size_t kCode = 3;
+    for (const std::uint8_t tag : {kLanguageDescriptor, kSubtitlingDescriptor, kTeletextDescriptor}) {
+        const Descriptor* const descriptor = find(stream, tag);
+        if (descriptor != nullptr && descriptor->bytes.size() >= kCode) {
+            return {descriptor->bytes.begin(), descriptor->bytes.begin() + kCode};
+        }
+    }
+    return {};
+}
+
+std::vector<std::uint16_t> hbbtvAitPids(const Pmt& pmt) {
+    std::vector<std::uint16_t> pids;
+    for (const Pmt::Stream& stream : pmt.streams) {
+        if (carriesAit(stream) && listsHbbTv(*find(stream, kApplicationSignallingDescriptor))) {
+            pids.push_back(stream.pid);
+        }
+    }
+    return pids;
+}
+
+}  // namespace si

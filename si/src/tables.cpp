@@ -1,0 +1,197 @@
+// PAT, PMT, SDT and EIT: fields read by libbitstream, behind its own checks and ours.
+#include "si/tables.h"
+
+#include <bitstream/dvb/si.h>
+#include <bitstream/mpeg/psi.h>
+
+#include "checked_section.h"
+#include "si/text.h"
+
+namespace si {
+
+namespace {
+
+constexpr std::uint8_t kServiceDescriptor = 0x48;
+constexpr std::uint8_t kShortEventDescriptor = 0x4D;
+constexpr std::uint8_t kUndefinedTime = 0xFF;
+
+Descriptors descriptorsOf(const std::uint8_t* loop, std::size_t length) {
+    Descriptors descriptors;
+    readDescriptors({loop, length}, descriptors);
+    return descriptors;
+}
+
+std::uint32_t fromBcd(std::uint8_t byte) {
+    return (byte >> 4U) * 10U + (byte & 0x0FU);
+}
+
+/// Text with a length byte in front, at `at`; moves `at` behind it. Empty when it does not fit.
+std::string lengthText(const std::vector<std::uint8_t>& bytes, std::size_t& at) {
+    if (at >= bytes.size() || bytes.size() - at - 1 < bytes[at]) {
+        at = bytes.size();
+        return {};
+    }
+    const std::string text = toUtf8({bytes.data() + at + 1, bytes[at]});
+    at += std::size_t{1} + bytes[at];
+    return text;
+}
+
+void readService(const Descriptors& descriptors, Sdt::Service& service) {
+    for (const Descriptor& descriptor : descriptors) {
+        if (descriptor.tag == kServiceDescriptor && !descriptor.bytes.empty()) {
+            service.serviceType = descriptor.bytes[0];
+            std::size_t at = 1;
+            service.provider = lengthText(descriptor.bytes, at);
+            service.name = lengthText(descriptor.bytes, at);
+            return;
+        }
+    }
+}
+
+void readShortEvent(const Descriptors& descriptors, Eit::Event& event) {
+    constexpr std::size_t kLanguage = 3;
+    for (const Descriptor& descriptor : descriptors) {
+        if (descriptor.tag == kShortEventDescriptor && descriptor.bytes.size() > kLanguage) {
+            event.language.assign(descriptor.bytes.begin(), descriptor.bytes.begin() + kLanguage);
+            std::size_t at = kLanguage;
+            event.name = lengthText(descriptor.bytes, at);
+            event.text = lengthText(descriptor.bytes, at);
+            return;
+        }
+    }
+}
+
+/// start_time: 16 bits of Modified Julian Date, then six BCD digits of UTC (EN 300 468, Annex C).
+std::optional<std::time_t> startTime(const std::uint8_t* field) {
+    constexpr std::time_t kEpochMjd = 40587;
+    constexpr std::time_t kDay = 86400;
+    bool defined = false;
+    for (int index = 0; index < 5; ++index) {
+        defined = defined || field[index] != kUndefinedTime;
+    }
+    if (!defined) {
+        return std::nullopt;
+    }
+    const std::time_t mjd = (field[0] << 8) | field[1];
+    return (mjd - kEpochMjd) * kDay +
+           static_cast<std::time_t>(fromBcd(field[2]) * 3600U + fromBcd(field[3]) * 60U + fromBcd(field[4]));
+}
+
+}  // namespace
+
+std::optional<Pat> parsePat(Bytes section, std::string& error) {
+    std::vector<std::uint8_t> bytes = checkedSection(section, "PAT", error);
+    if (bytes.empty()) {
+        return std::nullopt;
+    }
+    if (!pat_validate(bytes.data())) {
+        error = "PAT section: fields do not fit";
+        return std::nullopt;
+    }
+    Pat pat;
+    pat.transportStreamId = psi_get_tableidext(bytes.data());
+    pat.version = psi_get_version(bytes.data());
+    pat.sectionNumber = psi_get_section(bytes.data());
+    pat.lastSectionNumber = psi_get_lastsection(bytes.data());
+    std::uint8_t index = 0;
+    while (const std::uint8_t* const program = pat_get_program(bytes.data(), index++)) {
+        if (patn_get_program(program) != 0) {
+            pat.programs.push_back({patn_get_program(program), patn_get_pid(program)});
+        }
+        if (index == 0) {
+            break;
+        }
+    }
+    return pat;
+}
+
+std::optional<Pmt> parsePmt(Bytes section, std::string& error) {
+    std::vector<std::uint8_t> bytes = checkedSection(section, "PMT", error);
+    if (bytes.empty()) {
+        return std::nullopt;
+    }
+    if (bytes.size() < PMT_HEADER_SIZE + PSI_CRC_SIZE || !pmt_validate(bytes.data())) {
+        error = "PMT section: fields do not fit";
+        return std::nullopt;
+    }
+    Pmt pmt;
+    pmt.serviceId = psi_get_tableidext(bytes.data());
+    pmt.version = psi_get_version(bytes.data());
+    pmt.pcrPid = pmt_get_pcrpid(bytes.data());
+    pmt.descriptors = descriptorsOf(pmt_get_descs(bytes.data()) + DESCS_HEADER_SIZE, pmt_get_desclength(bytes.data()));
+    for (int index = 0; index < 256; ++index) {
+        std::uint8_t* const stream = pmt_get_es(bytes.data(), static_cast<std::uint8_t>(index));
+        if (stream == nullptr) {
+            break;
+        }
+        pmt.streams.push_back({pmtn_get_streamtype(stream), pmtn_get_pid(stream),
+                               descriptorsOf(pmtn_get_descs(stream) + DESCS_HEADER_SIZE, pmtn_get_desclength(stream))});
+    }
+    return pmt;
+}
+
+std::optional<Sdt> parseSdt(Bytes section, std::string& error) {
+    std::vector<std::uint8_t> bytes = checkedSection(section, "SDT", error);
+    if (bytes.empty()) {
+        return std::nullopt;
+    }
+    if (bytes.size() < SDT_HEADER_SIZE + PSI_CRC_SIZE || !sdt_validate(bytes.data())) {
+        error = "SDT section: fields do not fit";
+        return std::nullopt;
+    }
+    Sdt sdt;
+    sdt.actual = psi_get_tableid(bytes.data()) == SDT_TABLE_ID_ACTUAL;
+    sdt.transportStreamId = psi_get_tableidext(bytes.data());
+    sdt.originalNetworkId = sdt_get_onid(bytes.data());
+    sdt.version = psi_get_version(bytes.data());
+    sdt.sectionNumber = psi_get_section(bytes.data());
+    sdt.lastSectionNumber = psi_get_lastsection(bytes.data());
+    for (int index = 0; index < 256; ++index) {
+        std::uint8_t* const entry = sdt_get_service(bytes.data(), static_cast<std::uint8_t>(index));
+        if (entry == nullptr) {
+            break;
+        }
+        Sdt::Service service;
+        service.serviceId = sdtn_get_sid(entry);
+        readService(descriptorsOf(sdtn_get_descs(entry) + DESCS_HEADER_SIZE, sdtn_get_desclength(entry)), service);
+        sdt.services.push_back(service);
+    }
+    return sdt;
+}
+
+std::optional<Eit> parseEit(Bytes section, std::string& error) {
+    std::vector<std::uint8_t> bytes = checkedSection(section, "EIT", error);
+    if (bytes.empty()) {
+        return std::nullopt;
+    }
+    if (bytes.size() < EIT_HEADER_SIZE + PSI_CRC_SIZE || !eit_validate(bytes.data())) {
+        error = "EIT section: fields do not fit";
+        return std::nullopt;
+    }
+    Eit eit;
+    eit.tableId = psi_get_tableid(bytes.data());
+    eit.serviceId = psi_get_tableidext(bytes.data());
+    eit.transportStreamId = eit_get_tsid(bytes.data());
+    eit.originalNetworkId = eit_get_onid(bytes.data());
+    eit.version = psi_get_version(bytes.data());
+    eit.sectionNumber = psi_get_section(bytes.data());
+    for (int index = 0; index < 256; ++index) {
+        std::uint8_t* const entry = eit_get_event(bytes.data(), static_cast<std::uint8_t>(index));
+        if (entry == nullptr) {
+            break;
+        }
+        constexpr std::size_t kStartAt = 2;
+        constexpr std::size_t kDurationAt = 7;
+        Eit::Event event;
+        event.eventId = eitn_get_event_id(entry);
+        event.start = startTime(entry + kStartAt);
+        event.durationSeconds = fromBcd(entry[kDurationAt]) * 3600U + fromBcd(entry[kDurationAt + 1]) * 60U +
+                                fromBcd(entry[kDurationAt + 2]);
+        event.runningStatus = eitn_get_running(entry);
+        readShortEvent(descriptorsOf(eitn_get_descs(entry) + DESCS_HEADER_SIZE, eitn_get_desclength(entry)), event);
+        eit.events.push_back(event);
+    }
+    return eit;
+}
+
+}  // namespace si

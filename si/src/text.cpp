@@ -1,0 +1,103 @@
+// Character tables: which one a text is in is read by libbitstream, the conversion is iconv's.
+#include "si/text.h"
+
+#include <bitstream/dvb/si.h>
+#include <iconv.h>
+
+#include <cerrno>
+#include <vector>
+
+namespace si {
+
+namespace {
+
+constexpr const char* kReplacement = "\xEF\xBF\xBD";
+
+/// Converts what can be converted; a unit that cannot be becomes a replacement character.
+std::string convert(const char* encoding, Bytes text) {
+    const iconv_t converter = iconv_open("UTF-8", encoding);
+    if (converter == reinterpret_cast<iconv_t>(-1)) {
+        return std::string(reinterpret_cast<const char*>(text.data), text.size);
+    }
+    std::string result;
+    auto* in = reinterpret_cast<char*>(const_cast<std::uint8_t*>(text.data));
+    std::size_t left = text.size;
+    while (left != 0) {
+        char buffer[256];
+        char* out = buffer;
+        std::size_t room = sizeof buffer;
+        const std::size_t converted = iconv(converter, &in, &left, &out, &room);
+        result.append(buffer, sizeof buffer - room);
+        if (converted == static_cast<std::size_t>(-1) && errno != E2BIG) {
+            result += kReplacement;
+            ++in;
+            --left;
+        }
+    }
+    iconv_close(converter);
+    return result;
+}
+
+/// Emphasis marks and line breaks: 0x86, 0x87, 0x8A in one-byte tables, the same at U+E0xx in others, and the C1
+/// controls that iconv makes of them.
+std::string withoutControls(const std::string& text) {
+    std::string result;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(text[at]);
+        const auto next = static_cast<unsigned char>(at + 1 < text.size() ? text[at + 1] : 0);
+        const auto third = static_cast<unsigned char>(at + 2 < text.size() ? text[at + 2] : 0);
+        if (byte == 0xC2 && next >= 0x80 && next < 0xA0) {
+            result += next == 0x8A ? " " : "";
+            at += 1;
+        } else if (byte == 0xEE && next == 0x82 && third >= 0x80 && third < 0xA0) {
+            result += third == 0x8A ? " " : "";
+            at += 2;
+        } else if (byte >= 0x20 && byte != 0x7F) {
+            result += text[at];
+        } else if (byte == '\n' || byte == '\r') {
+            result += ' ';
+        }
+    }
+    return result;
+}
+
+/// In the default table (and other one-byte tables) the marks have to go before the conversion, which does not know
+/// them.
+std::vector<std::uint8_t> withoutMarks(Bytes text) {
+    std::vector<std::uint8_t> kept;
+    for (std::size_t at = 0; at < text.size; ++at) {
+        const std::uint8_t byte = text.data[at];
+        if (byte == 0x8A) {
+            kept.push_back(' ');
+        } else if (byte < 0x80 || byte >= 0xA0) {
+            kept.push_back(byte);
+        }
+    }
+    return kept;
+}
+
+bool hasWideUnits(const std::string& encoding) {
+    return encoding.find("UTF") != std::string::npos || encoding.find("UCS") != std::string::npos ||
+           encoding.find("BIG5") != std::string::npos || encoding.find("GB") != std::string::npos ||
+           encoding.find("KSC") != std::string::npos || encoding.find("10646") != std::string::npos;
+}
+
+}  // namespace
+
+std::string toUtf8(Bytes text) {
+    const std::uint8_t* first = text.data;
+    std::size_t length = text.size;
+    const bool sixteenBit = length != 0 && (first[0] == 0x11 || first[0] == 0x14);
+    const char* encoding = length == 0 ? nullptr : dvb_string_get_encoding(&first, &length, "ISO6937");
+    if (sixteenBit) {
+        // Both tables are big-endian here, whatever order the converter would take for its own.
+        return withoutControls(convert("UTF-16BE", {first, length}));
+    }
+    if (encoding != nullptr && hasWideUnits(encoding)) {
+        return withoutControls(convert(encoding, {first, length}));
+    }
+    const std::vector<std::uint8_t> kept = withoutMarks({first, length});
+    return withoutControls(convert(encoding == nullptr ? "ISO6937" : encoding, kept));
+}
+
+}  // namespace si
