@@ -93,13 +93,13 @@ std::optional<Pat> parsePat(Bytes section, std::string& error) {
     pat.version = psi_get_version(bytes.data());
     pat.sectionNumber = psi_get_section(bytes.data());
     pat.lastSectionNumber = psi_get_lastsection(bytes.data());
-    std::uint8_t index = 0;
-    while (const std::uint8_t* const program = pat_get_program(bytes.data(), index++)) {
+    for (int index = 0; index < 256; ++index) {
+        const std::uint8_t* const program = pat_get_program(bytes.data(), static_cast<std::uint8_t>(index));
+        if (program == nullptr) {
+            break;
+        }
         if (patn_get_program(program) != 0) {
             pat.programs.push_back({patn_get_program(program), patn_get_pid(program)});
-        }
-        if (index == 0) {
-            break;
         }
     }
     return pat;

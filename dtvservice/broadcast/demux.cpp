@@ -1,0 +1,108 @@
+// Subscriptions by PID.
+#include "demux.h"
+
+#include <algorithm>
+
+namespace broadcast {
+
+struct Demux::Subscriber {
+    Subscription subscription;
+    std::shared_ptr<Handler> handler;  // null once ended
+};
+
+struct Demux::Pid {
+    Pid() : assembler([this](si::Bytes section) { deliver(section); }) {}
+
+    /// Only those subscribed when the section begins its round hear of it.
+    void deliver(si::Bytes section) {
+        const std::size_t count = subscribers.size();
+        for (std::size_t index = 0; index < count; ++index) {
+            const std::shared_ptr<Handler> handler = subscribers[index].handler;
+            if (handler) {
+                (*handler)(section);
+            }
+        }
+    }
+
+    SectionAssembler assembler;
+    std::vector<Subscriber> subscribers;
+    bool feeding = false;
+};
+
+Demux::Demux() = default;
+Demux::~Demux() = default;
+
+Demux::Subscription Demux::subscribe(std::uint16_t pid, Handler handler) {
+    std::unique_ptr<Pid>& entry = pids[pid % kPidCount];
+    if (!entry) {
+        entry = std::make_unique<Pid>();
+    }
+    // The PID stands in the low bits, so that ending a subscription finds it.
+    const Subscription subscription = ++lastSubscription * kPidCount + pid % kPidCount;
+    entry->subscribers.push_back({subscription, std::make_shared<Handler>(std::move(handler))});
+    return subscription;
+}
+
+void Demux::unsubscribe(Subscription subscription) {
+    const auto pid = static_cast<std::uint16_t>(subscription % kPidCount);
+    if (!pids[pid]) {
+        return;
+    }
+    for (Subscriber& subscriber : pids[pid]->subscribers) {
+        if (subscriber.subscription == subscription) {
+            subscriber.handler.reset();
+        }
+    }
+    if (!pids[pid]->feeding) {
+        sweep(pid);
+    }
+}
+
+void Demux::feed(TsPacket packet) {
+    const std::uint16_t pid = packet.pid();
+    if (!pids[pid]) {
+        return;
+    }
+    pids[pid]->feeding = true;
+    pids[pid]->assembler.feed(packet);
+    pids[pid]->feeding = false;
+    sweep(pid);
+}
+
+/// Forgets ended subscriptions, and a PID that nobody follows.
+void Demux::sweep(std::uint16_t pid) {
+    std::vector<Subscriber>& subscribers = pids[pid]->subscribers;
+    subscribers.erase(std::remove_if(subscribers.begin(), subscribers.end(),
+                                     [](const Subscriber& subscriber) { return !subscriber.handler; }),
+                      subscribers.end());
+    if (subscribers.empty()) {
+        pids[pid].reset();
+    }
+}
+
+void Demux::discontinuity() {
+    for (const std::unique_ptr<Pid>& pid : pids) {
+        if (pid) {
+            pid->assembler.discontinuity();
+        }
+    }
+}
+
+SectionCounts Demux::counts() const {
+    SectionCounts sum;
+    for (const std::unique_ptr<Pid>& pid : pids) {
+        if (pid) {
+            const SectionCounts& counts = pid->assembler.counts();
+            sum.packets += counts.packets;
+            sum.sections += counts.sections;
+            sum.continuityErrors += counts.continuityErrors;
+            sum.duplicates += counts.duplicates;
+            sum.unusable += counts.unusable;
+            sum.cut += counts.cut;
+            sum.crcErrors += counts.crcErrors;
+        }
+    }
+    return sum;
+}
+
+}  // namespace broadcast

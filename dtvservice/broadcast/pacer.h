@@ -1,0 +1,35 @@
+// Pacer: says when each packet is due, so that a file plays as fast as it was broadcast.
+//
+//  1. The first PID that carries a PCR sets the pace. Packets between two of its PCRs are due with the one before.
+//  2. A PCR that goes back, or on by more than a second, begins a new time base at the moment that it comes.
+//  3. Where no PCR comes for about a second's worth of packets, packets are due at kDefaultBitRate.
+//
+// Threads: one.   Blocks: never: waiting is the caller's.   Fails: never.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+
+#include "ts_packet.h"
+
+namespace broadcast {
+
+class Pacer {
+public:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::uint64_t kDefaultBitRate = 5000000;
+
+    /// When the packet is due; `now` is the time of the call.
+    Clock::time_point due(TsPacket packet, Clock::time_point now);
+    /// The packets that follow belong to another time base.
+    void discontinuity();
+
+private:
+    std::optional<std::uint16_t> pcrPid;
+    std::optional<std::uint64_t> lastPcr;
+    std::uint64_t packetsSincePcr = 0;
+    std::optional<Clock::time_point> dueNow;  // of the last packet
+};
+
+}  // namespace broadcast

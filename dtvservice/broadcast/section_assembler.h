@@ -1,0 +1,63 @@
+// SectionAssembler: the packets of one PID to complete sections (ISO/IEC 13818-1, clauses 2.4.3.3 and 2.4.4).
+//
+//  1. Packets with transport_error_indicator or scrambling bits are not used.
+//  2. A gap in the continuity counter drops the section in progress. A packet that repeats its predecessor bit for bit,
+//     but for the PCR, is ignored once; one that repeats only its counter is a gap.
+//  3. Where a packet starts a section, whatever is incomplete before that start was cut and is dropped.
+//  4. A section may have up to 4096 bytes. One with a wrong CRC_32 is counted and never handed on.
+//
+// Threads: one.   Blocks: never.   Fails: never; what is wrong is counted.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "si/section.h"
+#include "ts_packet.h"
+
+namespace broadcast {
+
+struct SectionCounts {
+    std::uint64_t packets = 0;
+    std::uint64_t sections = 0;
+    std::uint64_t continuityErrors = 0;
+    std::uint64_t duplicates = 0;
+    std::uint64_t unusable = 0;  ///< transport errors and scrambled packets
+    std::uint64_t cut = 0;
+    std::uint64_t crcErrors = 0;
+};
+
+class SectionAssembler {
+public:
+    using Handler = std::function<void(si::Bytes section)>;
+
+    /// The handler is called for each good section; its bytes are valid during the call.
+    explicit SectionAssembler(Handler newHandler);
+
+    void feed(TsPacket packet);
+    /// The packets that follow have nothing to do with those before: no gap is counted.
+    void discontinuity();
+    const SectionCounts& counts() const { return counts_; }
+
+private:
+    enum class Order { next, duplicate, broken };
+
+    Order orderOf(TsPacket packet);
+    void remember(TsPacket packet);
+    bool isCopyOfLast(TsPacket packet) const;
+    void startUnit(const std::uint8_t* payload, std::size_t size);
+    std::size_t append(const std::uint8_t* bytes, std::size_t size);
+    void dropInProgress();
+    void finish();
+
+    Handler handler;
+    std::vector<std::uint8_t> section;  // in progress; empty when none is
+    std::array<std::uint8_t, kPacketSize> last{};
+    bool haveLast = false;
+    bool lastWasDuplicate = false;
+    SectionCounts counts_;
+};
+
+}  // namespace broadcast

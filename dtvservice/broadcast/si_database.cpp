@@ -1,0 +1,274 @@
+// Following the tables of a multiplex.
+#include "si_database.h"
+
+#include <algorithm>
+
+#include "si/ait.h"
+
+namespace broadcast {
+
+namespace {
+
+constexpr std::uint16_t kPatPid = 0x0000;
+constexpr std::uint16_t kSdtPid = 0x0011;
+constexpr std::uint16_t kEitPid = 0x0012;
+constexpr std::uint8_t kPatTableId = 0x00;
+constexpr std::uint8_t kPmtTableId = 0x02;
+constexpr std::uint8_t kSdtActualTableId = 0x42;
+constexpr std::uint8_t kEitPresentFollowingActualTableId = 0x4E;
+constexpr std::uint8_t kAitTableId = 0x74;
+constexpr std::size_t kLongHeader = 8;
+
+std::uint16_t tableIdExtension(si::Bytes section) {
+    return static_cast<std::uint16_t>(section.data[3] << 8 | section.data[4]);
+}
+
+/// A long-form section of that table which is valid now.
+bool isCurrent(si::Bytes section, std::uint8_t tableId) {
+    return section.size > kLongHeader && section.data[0] == tableId && (section.data[1] & 0x80) != 0 &&
+           (section.data[5] & 0x01) != 0;
+}
+
+}  // namespace
+
+std::string Channel::triplet() const {
+    return (originalNetworkId ? std::to_string(*originalNetworkId) : std::string()) + ":" +
+           std::to_string(transportStreamId) + ":" + std::to_string(serviceId);
+}
+
+SiDatabase::SiDatabase(Demux& newDemux, SiListener& newListener) : demux(newDemux), listener(newListener) {
+    subscriptions = {
+        demux.subscribe(kPatPid, [this](si::Bytes section) { onPatSection(section); }),
+        demux.subscribe(kSdtPid, [this](si::Bytes section) { onSdtSection(section); }),
+        demux.subscribe(kEitPid, [this](si::Bytes section) { onEitSection(section); }),
+    };
+}
+
+SiDatabase::~SiDatabase() {
+    for (const Demux::Subscription subscription : subscriptions) {
+        demux.unsubscribe(subscription);
+    }
+    for (auto& entry : services) {
+        dropService(entry.second);
+    }
+}
+
+const Channel* SiDatabase::find(std::uint16_t serviceId) const {
+    const auto found = std::find_if(channels_.begin(), channels_.end(),
+                                    [serviceId](const Channel& channel) { return channel.serviceId == serviceId; });
+    return found == channels_.end() ? nullptr : &*found;
+}
+
+Section SiDatabase::pmt(std::uint16_t serviceId) const {
+    const auto found = services.find(serviceId);
+    if (found == services.end() || found->second.pmt.sections.empty()) {
+        return {};
+    }
+    return found->second.pmt.sections.begin()->second;
+}
+
+std::vector<Section> SiDatabase::eit(std::uint16_t serviceId) const {
+    std::vector<Section> sections;
+    const auto found = services.find(serviceId);
+    if (found != services.end()) {
+        for (const auto& entry : found->second.eit.sections) {
+            sections.push_back(entry.second);
+        }
+    }
+    return sections;
+}
+
+std::vector<Section> SiDatabase::ait(std::uint16_t serviceId) const {
+    std::vector<Section> sections;
+    const auto found = services.find(serviceId);
+    if (found != services.end()) {
+        for (const auto& entry : found->second.ait.sections) {
+            sections.push_back(entry.second);
+        }
+    }
+    return sections;
+}
+
+bool SiDatabase::signalsHbbTv(std::uint16_t serviceId) const {
+    const auto found = services.find(serviceId);
+    return found != services.end() && !found->second.aitPids.empty();
+}
+
+/// Files a section under its number. A new version forgets the sections of the old one.
+SiDatabase::Update SiDatabase::file(SubTable& table, si::Bytes section) {
+    const std::uint8_t version = (section.data[5] >> 1) & 0x1F;
+    const std::uint8_t number = section.data[6];
+    if (table.version != version) {
+        table.changed = table.version.has_value();
+        table.version = version;
+        table.sections.clear();
+    }
+    Section bytes(section.data, section.data + section.size);
+    const auto known = table.sections.find(number);
+    if (known != table.sections.end() && known->second == bytes) {
+        return Update::none;
+    }
+    table.changed = table.changed || known != table.sections.end();
+    table.sections[number] = std::move(bytes);
+    return table.changed ? Update::changed : Update::first;
+}
+
+void SiDatabase::onPatSection(si::Bytes section) {
+    if (!isCurrent(section, kPatTableId) || file(pat, section) == Update::none) {
+        return;
+    }
+    // A PAT counts when all of its sections are there.
+    const std::uint8_t lastNumber = section.data[7];
+    if (pat.sections.size() == std::size_t{1} + lastNumber) {
+        applyPat();
+    }
+}
+
+void SiDatabase::applyPat() {
+    std::vector<Channel> list;
+    for (const auto& entry : pat.sections) {
+        std::string error;
+        const std::optional<si::Pat> parsed = si::parsePat(entry.second, error);
+        if (!parsed) {
+            ++unreadable_;
+            continue;
+        }
+        transportStreamId = parsed->transportStreamId;
+        for (const si::Pat::Program& program : parsed->programs) {
+            list.push_back({std::nullopt, parsed->transportStreamId, program.serviceId, program.pmtPid, {}});
+        }
+    }
+    for (auto service = services.begin(); service != services.end();) {
+        const Channel* const before = find(service->first);
+        const auto now = std::find_if(list.begin(), list.end(), [&service](const Channel& channel) {
+            return channel.serviceId == service->first;
+        });
+        if (now != list.end() && before != nullptr && before->pmtPid == now->pmtPid) {
+            ++service;
+        } else {
+            dropService(service->second);
+            service = services.erase(service);
+        }
+    }
+    channels_ = std::move(list);
+    for (const Channel& channel : channels_) {
+        const std::uint16_t serviceId = channel.serviceId;
+        if (services.find(serviceId) == services.end()) {
+            services[serviceId].pmtSubscription = demux.subscribe(
+                channel.pmtPid, [this, serviceId](si::Bytes section) { onPmtSection(serviceId, section); });
+        }
+    }
+    nameChannels();
+}
+
+/// Gives every channel what is known of its multiplex, and tells of the list.
+void SiDatabase::nameChannels() {
+    for (Channel& channel : channels_) {
+        Multiplex& multiplex = multiplexes[channel.transportStreamId];
+        channel.originalNetworkId = multiplex.originalNetworkId;
+        channel.name = multiplex.names[channel.serviceId];
+    }
+    listener.onChannelList();
+}
+
+void SiDatabase::dropService(Service& service) {
+    demux.unsubscribe(service.pmtSubscription);
+    for (const Demux::Subscription subscription : service.aitSubscriptions) {
+        demux.unsubscribe(subscription);
+    }
+}
+
+void SiDatabase::onSdtSection(si::Bytes section) {
+    if (!isCurrent(section, kSdtActualTableId)) {
+        return;
+    }
+    Multiplex& multiplex = multiplexes[tableIdExtension(section)];
+    if (file(multiplex.sdt, section) == Update::none) {
+        return;
+    }
+    std::string error;
+    const std::optional<si::Sdt> parsed = si::parseSdt(section, error);
+    if (!parsed) {
+        ++unreadable_;
+        return;
+    }
+    multiplex.originalNetworkId = parsed->originalNetworkId;
+    for (const si::Sdt::Service& service : parsed->services) {
+        multiplex.names[service.serviceId] = service.name;
+    }
+    nameChannels();
+}
+
+void SiDatabase::onEitSection(si::Bytes section) {
+    constexpr std::size_t kTransportStreamAt = 8;
+    constexpr std::size_t kNetworkAt = 10;
+    constexpr std::size_t kShortest = 18;
+    if (!isCurrent(section, kEitPresentFollowingActualTableId) || section.size < kShortest || !transportStreamId) {
+        return;
+    }
+    const auto stream =
+        static_cast<std::uint16_t>(section.data[kTransportStreamAt] << 8 | section.data[kTransportStreamAt + 1]);
+    const auto service = services.find(tableIdExtension(section));
+    if (service == services.end() || stream != *transportStreamId) {
+        return;
+    }
+    Multiplex& multiplex = multiplexes[stream];
+    if (!multiplex.originalNetworkId) {
+        multiplex.originalNetworkId =
+            static_cast<std::uint16_t>(section.data[kNetworkAt] << 8 | section.data[kNetworkAt + 1]);
+        nameChannels();
+    }
+    const Update update = file(service->second.eit, section);
+    if (update != Update::none) {
+        listener.onEit(service->first, {section.data, section.data + section.size}, update == Update::changed);
+    }
+}
+
+void SiDatabase::onPmtSection(std::uint16_t serviceId, si::Bytes section) {
+    if (!isCurrent(section, kPmtTableId) || tableIdExtension(section) != serviceId) {
+        return;
+    }
+    std::string error;
+    const std::optional<si::Pmt> parsed = si::parsePmt(section, error);
+    if (!parsed) {
+        ++unreadable_;
+        return;
+    }
+    const Update update = file(services[serviceId].pmt, section);
+    if (update != Update::none) {
+        followAit(serviceId, *parsed);
+        listener.onPmt(serviceId, {section.data, section.data + section.size}, update == Update::changed);
+    }
+}
+
+/// Another PID, another AIT: what was stored goes with the PID.
+void SiDatabase::followAit(std::uint16_t serviceId, const si::Pmt& pmt) {
+    Service& service = services[serviceId];
+    std::vector<std::uint16_t> pids = si::hbbtvAitPids(pmt);
+    if (pids == service.aitPids) {
+        return;
+    }
+    for (const Demux::Subscription subscription : service.aitSubscriptions) {
+        demux.unsubscribe(subscription);
+    }
+    service.aitSubscriptions.clear();
+    service.ait = {};
+    service.aitPids = std::move(pids);
+    for (const std::uint16_t pid : service.aitPids) {
+        service.aitSubscriptions.push_back(
+            demux.subscribe(pid, [this, serviceId](si::Bytes section) { onAitSection(serviceId, section); }));
+    }
+}
+
+void SiDatabase::onAitSection(std::uint16_t serviceId, si::Bytes section) {
+    constexpr std::uint16_t kTypeMask = 0x7FFF;
+    if (!isCurrent(section, kAitTableId) || (tableIdExtension(section) & kTypeMask) != si::kApplicationTypeHbbTv) {
+        return;
+    }
+    const Update update = file(services[serviceId].ait, section);
+    if (update != Update::none) {
+        listener.onAit(serviceId, {section.data, section.data + section.size}, update == Update::changed);
+    }
+}
+
+}  // namespace broadcast

@@ -1,0 +1,107 @@
+// SiDatabase: what a multiplex says of itself: its services by PAT and SDT, and of each the sections of its PMT, its
+// EIT present/following and its HbbTV AIT, as they came. Told of changes only. Threads: one.   Blocks: never. Fails:
+// never; sections that cannot be read are passed over and counted.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "demux.h"
+#include "si/tables.h"
+
+namespace broadcast {
+
+struct Channel {
+    std::optional<std::uint16_t> originalNetworkId;  ///< absent until an SDT of the multiplex has come
+    std::uint16_t transportStreamId = 0;
+    std::uint16_t serviceId = 0;
+    std::uint16_t pmtPid = 0;
+    std::string name;  ///< UTF-8; empty until an SDT has named it
+
+    /// "onid:tsid:sid" in decimal, with nothing before the first colon while that is unknown.
+    std::string triplet() const;
+};
+
+using Section = std::vector<std::uint8_t>;
+
+/// Told on the feeding thread. `changed` tells a new version from the first.
+class SiListener {
+public:
+    virtual ~SiListener() = default;
+    virtual void onChannelList() = 0;
+    virtual void onPmt(std::uint16_t serviceId, const Section& section, bool changed) = 0;
+    virtual void onEit(std::uint16_t serviceId, const Section& section, bool changed) = 0;
+    virtual void onAit(std::uint16_t serviceId, const Section& section, bool changed) = 0;
+};
+
+class SiDatabase {
+public:
+    /// Both must outlive the database.
+    SiDatabase(Demux& newDemux, SiListener& newListener);
+    ~SiDatabase();
+    SiDatabase(const SiDatabase&) = delete;
+    SiDatabase& operator=(const SiDatabase&) = delete;
+
+    /// In the order of the PAT.
+    const std::vector<Channel>& channels() const { return channels_; }
+    const Channel* find(std::uint16_t serviceId) const;
+    /// The latest section; empty when none has come.
+    Section pmt(std::uint16_t serviceId) const;
+    /// Present, then following, as far as they have come.
+    std::vector<Section> eit(std::uint16_t serviceId) const;
+    /// The AIT's sections by number, as far as they have come.
+    std::vector<Section> ait(std::uint16_t serviceId) const;
+    /// Whether the service's PMT signals an HbbTV AIT.
+    bool signalsHbbTv(std::uint16_t serviceId) const;
+    std::uint64_t unreadable() const { return unreadable_; }
+
+private:
+    /// Sections by number, of one version.
+    struct SubTable {
+        std::optional<std::uint8_t> version;
+        std::map<std::uint8_t, Section> sections;
+        bool changed = false;  ///< since its first version
+    };
+    enum class Update { none, first, changed };
+    /// What SDT and EIT "actual" say of a transport stream.
+    struct Multiplex {
+        SubTable sdt;
+        std::optional<std::uint16_t> originalNetworkId;
+        std::map<std::uint16_t, std::string> names;  // by service_id
+    };
+    struct Service {
+        Demux::Subscription pmtSubscription = 0;
+        SubTable pmt;
+        SubTable eit;
+        SubTable ait;
+        std::vector<Demux::Subscription> aitSubscriptions;
+        std::vector<std::uint16_t> aitPids;
+    };
+
+    static Update file(SubTable& table, si::Bytes section);
+    void onPatSection(si::Bytes section);
+    void onSdtSection(si::Bytes section);
+    void onEitSection(si::Bytes section);
+    void onPmtSection(std::uint16_t serviceId, si::Bytes section);
+    void onAitSection(std::uint16_t serviceId, si::Bytes section);
+    void applyPat();
+    void dropService(Service& service);
+    void followAit(std::uint16_t serviceId, const si::Pmt& pmt);
+    void nameChannels();
+
+    Demux& demux;
+    SiListener& listener;
+    std::vector<Demux::Subscription> subscriptions;
+    SubTable pat;
+    std::optional<std::uint16_t> transportStreamId;
+    std::vector<Channel> channels_;
+    std::map<std::uint16_t, Multiplex> multiplexes;  // by transport_stream_id: an SDT may come before the PAT
+    std::map<std::uint16_t, Service> services;
+    std::uint64_t unreadable_ = 0;
+};
+
+}  // namespace broadcast

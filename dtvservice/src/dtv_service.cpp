@@ -1,0 +1,186 @@
+// Presenting a service and telling browsers of it.
+#include "dtv_service.h"
+
+namespace dtvservice {
+
+using broadcast::Channel;
+using broadcast::Section;
+using lo::browserdvbservice::TuneInfoChannel;
+
+namespace {
+
+/// OIPF's channel idType of a tune by delivery system descriptor.
+constexpr unsigned int kIdTypeSiDirect = 13;
+constexpr unsigned short kUnknownId = 0xFFFF;
+constexpr int kFirst = 0;
+constexpr int kChanged = 1;
+constexpr const char* kStarted = "service_started";
+constexpr const char* kFailed = "service_failed";
+
+std::string asText(const Section& section) {
+    return {section.begin(), section.end()};
+}
+
+unsigned short networkOf(const Channel& channel) {
+    return channel.originalNetworkId.value_or(kUnknownId);
+}
+
+/// A network that no SDT has named yet is any.
+bool matches(const Channel& channel, const TuneInfoChannel& wanted) {
+    return (!channel.originalNetworkId || *channel.originalNetworkId == wanted.onid) &&
+           channel.transportStreamId == wanted.tsid && channel.serviceId == wanted.sid;
+}
+
+const frame::TransportInfo kNoTransport;
+
+}  // namespace
+
+DtvService::DtvService(EventLoop& newLoop, broadcast::Demux& demux) : loop(newLoop), si(demux, *this) {}
+
+int DtvService::cmdTuneToService(frame::MsgIds& ids, const frame::TransportInfo&, const TuneInfoChannel& channel) {
+    loop.post([this, ids, channel] { tune(ids, channel); });
+    return 0;
+}
+
+int DtvService::cmdTriggerServiceInfoAcquire(frame::MsgIds& ids, const frame::TransportInfo&) {
+    loop.post([this, ids] { tellServiceInfo(ids); });
+    return 0;
+}
+
+int DtvService::cmdSendPMTCache(frame::MsgIds& ids, const frame::TransportInfo&) {
+    loop.post([this, ids] {
+        const Channel* const channel = presentedChannel();
+        if (channel != nullptr && !si.pmt(channel->serviceId).empty()) {
+            tellPmt(ids, *channel, si.pmt(channel->serviceId), false);
+        }
+    });
+    return 0;
+}
+
+int DtvService::cmdTriggerAitReparse(frame::MsgIds& ids, const frame::TransportInfo&) {
+    loop.post([this, ids] {
+        if (const Channel* const channel = presentedChannel()) {
+            tellAit(ids, *channel);
+        }
+    });
+    return 0;
+}
+
+/// A browser that was there before the service asked for the channel in vain, so it is told.
+void DtvService::browserConnected(const frame::TransportInfo& peer) {
+    BLOG_TAGGED(blog::kOrdinary, "browser %u connected\n", peer.peer);
+    frame::MsgIds ids;
+    ids.peer = peer.peer;
+    loop.post([this, ids] {
+        if (presentedChannel() != nullptr) {
+            tellServiceInfo(ids);
+        }
+    });
+}
+
+void DtvService::browserDisconnected(const frame::TransportInfo& peer) {
+    BLOG_TAGGED(blog::kOrdinary, "browser %u disconnected\n", peer.peer);
+}
+
+const Channel* DtvService::presentedChannel() const {
+    return presented ? si.find(*presented) : nullptr;
+}
+
+bool DtvService::isPresented(std::uint16_t serviceId) const {
+    return events != nullptr && presented == serviceId && si.find(serviceId) != nullptr;
+}
+
+void DtvService::tune(frame::MsgIds asker, const TuneInfoChannel& wanted) {
+    if (wanted.idType == kIdTypeSiDirect) {
+        BLOG_TAGGED_AS(blog::kUnsupported, "cmdTuneToService",
+                       "refused: this service does not tune by delivery system descriptor yet\n");
+    } else {
+        for (const Channel& channel : si.channels()) {
+            if (matches(channel, wanted)) {
+                present(channel);
+                return;
+            }
+        }
+        BLOG_TAGGED(blog::kUnsupported, "no service %u:%u:%u in this multiplex\n", wanted.onid, wanted.tsid,
+                    wanted.sid);
+    }
+    // What is presented stays, and its triplet is what the asker is to believe.
+    const Channel* const current = presentedChannel();
+    events->onServiceChanged(asker, kNoTransport, kFailed, current == nullptr ? std::string() : current->triplet());
+}
+
+void DtvService::present(const Channel& channel) {
+    presented = channel.serviceId;
+    BLOG_TAGGED(blog::kOrdinary, "presenting %s %s\n", channel.triplet().c_str(), channel.name.c_str());
+    if (events == nullptr) {
+        return;
+    }
+    frame::MsgIds everyone;
+    events->onServiceChanged(everyone, kNoTransport, kStarted, channel.triplet());
+    const Section pmt = si.pmt(channel.serviceId);
+    if (!pmt.empty()) {
+        tellPmt(everyone, channel, pmt, false);
+    }
+    for (const Section& section : si.eit(channel.serviceId)) {
+        events->onEitDataChange(everyone, kNoTransport, kFirst, asText(section));
+    }
+    tellAit(everyone, channel);
+}
+
+void DtvService::tellServiceInfo(frame::MsgIds ids) {
+    const Channel* const channel = presentedChannel();
+    events->onAcquireDtvServiceInfo(ids, kNoTransport, channel == nullptr ? std::string() : channel->triplet());
+}
+
+void DtvService::tellPmt(frame::MsgIds ids, const Channel& channel, const Section& section, bool changed) {
+    events->onPmtDataChange(ids, kNoTransport, networkOf(channel), channel.transportStreamId, channel.serviceId,
+                            changed ? kChanged : kFirst, asText(section));
+}
+
+void DtvService::tellAitChannel(frame::MsgIds ids, const Channel& channel) {
+    events->onAitChannelInfoUpdated(ids, kNoTransport, 0, networkOf(channel), channel.transportStreamId,
+                                    channel.serviceId);
+}
+
+/// The channel first, so that a browser knows whose the sections are.
+void DtvService::tellAit(frame::MsgIds ids, const Channel& channel) {
+    tellAitChannel(ids, channel);
+    for (const Section& section : si.ait(channel.serviceId)) {
+        events->onAitSectionAvailable(ids, kNoTransport, asText(section));
+    }
+}
+
+void DtvService::onChannelList() {
+    BLOG_TAGGED(blog::kOrdinary, "%zu services\n", si.channels().size());
+    const Channel* const channel = presentedChannel();
+    if (presented && channel == nullptr) {
+        presented.reset();
+    }
+}
+
+/// A set always presents something: until a browser tunes, the first service whose PMT has come.
+void DtvService::onPmt(std::uint16_t serviceId, const Section& section, bool changed) {
+    const Channel* const channel = si.find(serviceId);
+    if (!presented && channel != nullptr) {
+        present(*channel);
+    } else if (isPresented(serviceId)) {
+        frame::MsgIds everyone;
+        tellPmt(everyone, *channel, section, changed);
+    }
+}
+
+void DtvService::onEit(std::uint16_t serviceId, const Section& section, bool changed) {
+    if (isPresented(serviceId)) {
+        frame::MsgIds everyone;
+        events->onEitDataChange(everyone, kNoTransport, changed ? kChanged : kFirst, asText(section));
+    }
+}
+
+void DtvService::onAit(std::uint16_t serviceId, const Section& section, bool) {
+    if (isPresented(serviceId)) {
+        frame::MsgIds everyone;
+        events->onAitSectionAvailable(everyone, kNoTransport, asText(section));
+    }
+}
+
+}  // namespace dtvservice

@@ -1,0 +1,173 @@
+// dtvserviced: the reference DTV service. Plays a transport stream file and answers browsers.
+#include <getopt.h>
+#include <signal.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+#include "dtv_service.h"
+#include "frame/process.h"
+#include "player.h"
+
+namespace {
+
+constexpr int kUsageError = 2;
+
+constexpr const char* kUsage =
+    "usage: dtvserviced --input FILE [--once]   play FILE and answer browsers, again and again\n"
+    "       dtvserviced --list FILE             print the services of FILE and end\n"
+    "\n"
+    "  --input FILE   a transport stream of 188-byte packets\n"
+    "  --once         end with the file\n"
+    "  --list FILE    one line a service: onid:tsid:sid, pmt or nopmt, hbbtv or no-hbbtv, name; tabs between them\n"
+    "                 (onid 0 where the file does not tell it)\n";
+
+struct Options {
+    std::string input;
+    std::string list;
+    dtvservice::Repeat repeat = dtvservice::Repeat::forever;
+};
+
+[[noreturn]] void endWithUsage(const std::string& error) {
+    std::fprintf(stderr, "dtvserviced: %s\n%s", error.c_str(), kUsage);
+    std::exit(kUsageError);
+}
+
+Options parseOptions(int argc, char** argv) {
+    enum { kInput = 1, kList, kOnce, kHelp };
+    static const option kOptions[] = {{"input", required_argument, nullptr, kInput},
+                                      {"list", required_argument, nullptr, kList},
+                                      {"once", no_argument, nullptr, kOnce},
+                                      {"help", no_argument, nullptr, kHelp},
+                                      {}};
+    Options options;
+    opterr = 0;
+    while (true) {
+        const int found = getopt_long(argc, argv, ":", kOptions, nullptr);
+        if (found == -1) {
+            break;
+        }
+        switch (found) {
+            case kInput:
+                options.input = optarg;
+                break;
+            case kList:
+                options.list = optarg;
+                break;
+            case kOnce:
+                options.repeat = dtvservice::Repeat::once;
+                break;
+            case kHelp:
+                std::fputs(kUsage, stdout);
+                std::exit(0);
+            case ':':
+                endWithUsage(std::string(argv[optind - 1]) + " needs a value");
+            default:
+                endWithUsage(std::string("unknown option ") + argv[optind - 1]);
+        }
+    }
+    if (optind < argc) {
+        endWithUsage(std::string("unexpected argument ") + argv[optind]);
+    }
+    if (options.input.empty() == options.list.empty()) {
+        endWithUsage("one of --input and --list is needed");
+    }
+    return options;
+}
+
+std::unique_ptr<broadcast::PacketFile> openOrEnd(const std::string& path) {
+    std::string error;
+    std::unique_ptr<broadcast::PacketFile> file = broadcast::PacketFile::open(path, error);
+    if (!file) {
+        std::fprintf(stderr, "dtvserviced: %s\n", error.c_str());
+        std::exit(1);
+    }
+    return file;
+}
+
+int list(const std::string& path) {
+    const std::unique_ptr<broadcast::PacketFile> file = openOrEnd(path);
+    dtvservice::EventLoop loop;
+    broadcast::Demux demux;
+    const dtvservice::DtvService service(loop, demux);
+    dtvservice::scan(*file, demux);
+    const broadcast::SiDatabase& database = service.database();
+    if (database.channels().empty()) {
+        std::fprintf(stderr, "dtvserviced: %s: no service: there is no PAT in the file, or it lists none\n",
+                     path.c_str());
+        return 1;
+    }
+    for (const broadcast::Channel& channel : database.channels()) {
+        std::printf("%u:%u:%u\t%s\t%s\t%s\n", channel.originalNetworkId.value_or(0), channel.transportStreamId,
+                    channel.serviceId, database.pmt(channel.serviceId).empty() ? "nopmt" : "pmt",
+                    database.signalsHbbTv(channel.serviceId) ? "hbbtv" : "no-hbbtv", channel.name.c_str());
+    }
+    return 0;
+}
+
+dtvservice::DtvService* theService = nullptr;
+
+/// The process model's hook: one member, the stub over the service.
+frame::AbstractApplication** createServiceStub() {
+    auto** const members =
+        static_cast<frame::AbstractApplication**>(std::calloc(2, sizeof(frame::AbstractApplication*)));
+    auto* const stub = new lo::browserdvbservice::ServiceStub(*theService);
+    theService->connect(*stub);
+    members[0] = stub;
+    return members;
+}
+
+/// SIGINT and SIGTERM stop the loop. They are blocked everywhere and taken by a thread of their own.
+class SignalWaiter {
+public:
+    explicit SignalWaiter(dtvservice::EventLoop& loop) {
+        sigemptyset(&signals);
+        for (const int signal : {SIGINT, SIGTERM, SIGUSR1}) {
+            sigaddset(&signals, signal);
+        }
+        pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+        thread = std::thread([this, &loop] {
+            int signal = 0;
+            sigwait(&signals, &signal);
+            loop.stop();
+        });
+    }
+    SignalWaiter(const SignalWaiter&) = delete;
+    SignalWaiter& operator=(const SignalWaiter&) = delete;
+    ~SignalWaiter() {
+        pthread_kill(thread.native_handle(), SIGUSR1);
+        thread.join();
+    }
+
+private:
+    sigset_t signals{};
+    std::thread thread;
+};
+
+int serve(const Options& options) {
+    const std::unique_ptr<broadcast::PacketFile> file = openOrEnd(options.input);
+    dtvservice::EventLoop loop;
+    const SignalWaiter signals(loop);
+    broadcast::Demux demux;
+    dtvservice::DtvService service(loop, demux);
+    theService = &service;
+    frame::Process process = frame::Process::getInstance();
+    const int started = process.startAppMembersSync(createServiceStub);
+    if (started < 0) {
+        std::fprintf(stderr, "dtvserviced: cannot take browsers (%d); the log says why\n", started);
+        return 1;
+    }
+    std::printf("ready: playing %s\n", options.input.c_str());
+    std::fflush(stdout);
+    dtvservice::play(*file, demux, loop, options.repeat);
+    process.stopAppMembers();
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const Options options = parseOptions(argc, argv);
+    return options.list.empty() ? serve(options) : list(options.list);
+}
