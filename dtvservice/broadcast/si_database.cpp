@@ -200,19 +200,17 @@ void SiDatabase::onSdtSection(si::Bytes section) {
 }
 
 void SiDatabase::onEitSection(si::Bytes section) {
-    constexpr std::size_t kTransportStreamAt = 8;
     constexpr std::size_t kNetworkAt = 10;
     constexpr std::size_t kShortest = 18;
     if (!isCurrent(section, kEitPresentFollowingActualTableId) || section.size < kShortest || !transportStreamId) {
         return;
     }
-    const auto stream =
-        static_cast<std::uint16_t>(section.data[kTransportStreamAt] << 8 | section.data[kTransportStreamAt + 1]);
+    // "Actual" says whose table it is; recorders that rewrite the PAT leave another transport_stream_id here.
     const auto service = services.find(tableIdExtension(section));
-    if (service == services.end() || stream != *transportStreamId) {
+    if (service == services.end()) {
         return;
     }
-    Multiplex& multiplex = multiplexes[stream];
+    Multiplex& multiplex = multiplexes[*transportStreamId];
     if (!multiplex.originalNetworkId) {
         multiplex.originalNetworkId =
             static_cast<std::uint16_t>(section.data[kNetworkAt] << 8 | section.data[kNetworkAt + 1]);

@@ -1,0 +1,57 @@
+// The description of a multiplex: what is broadcast. Tables and streams are made from it.
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <string>
+#include <vector>
+
+namespace tsmake {
+
+struct Application {
+    std::uint32_t organisationId = 0;
+    std::uint16_t applicationId = 0;
+    std::uint8_t controlCode = 0;
+    std::string name;
+    std::string urlBase;
+    std::string initialPath;
+};
+
+struct Event {
+    std::uint16_t eventId = 0;
+    std::string name;
+    std::string text;
+};
+
+/// Texts are bytes as they stand in the tables, the character table's mark in front where there is one.
+struct Service {
+    std::uint16_t serviceId = 0;
+    std::uint8_t serviceType = 0;  ///< 0x19 HD television, 0x02 radio
+    std::string name;
+    bool hasVideo = true;
+    Event present;
+    Event following;
+    std::vector<Application> applications;  ///< none: no AIT
+
+    // PIDs, given by the multiplex in order.
+    std::uint16_t pmtPid = 0;
+    std::uint16_t videoPid = 0;
+    std::uint16_t audioPid = 0;
+    std::uint16_t aitPid = 0;
+
+    std::uint16_t pcrPid() const { return hasVideo ? videoPid : audioPid; }
+};
+
+struct Multiplex {
+    std::uint16_t originalNetworkId = 0;
+    std::uint16_t transportStreamId = 0;
+    std::string networkName;
+    std::string provider;
+    std::time_t start = 0;  ///< UTC of the first packet; the present events began then
+    std::vector<Service> services;
+};
+
+/// The project's sample: three television services and a radio, two of them with HbbTV applications.
+Multiplex sampleMultiplex();
+
+}  // namespace tsmake

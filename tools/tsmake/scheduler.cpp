@@ -1,0 +1,220 @@
+// Scheduling packets.
+#include "scheduler.h"
+
+#include <algorithm>
+#include <array>
+#include <deque>
+#include <map>
+
+#include "tables.h"
+
+namespace tsmake {
+
+namespace {
+
+constexpr std::size_t kPacketSize = 188;
+constexpr std::uint64_t kBitRate = 1504000;
+constexpr std::uint64_t kPacketsPerSecond = kBitRate / (kPacketSize * 8);
+constexpr std::uint64_t kTicks = 27000000;
+constexpr std::uint64_t kTicksPerPacket = kTicks / kPacketsPerSecond;
+constexpr std::uint64_t kMillisecond = kTicks / 1000;
+/// What a decoder has to buffer before it presents.
+constexpr std::uint64_t kPresentationDelay = 500 * kMillisecond;
+
+using Packet = std::array<std::uint8_t, kPacketSize>;
+using Bytes = std::vector<std::uint8_t>;
+
+/// Makes the packets of one PID and counts them.
+class PidWriter {
+public:
+    explicit PidWriter(std::uint16_t newPid) : pid(newPid) {}
+
+    /// A packet with as much of the payload as fits; stuffing stands in the adaptation field.
+    Packet next(const Bytes& payload, std::size_t& at, bool unitStart, const std::uint64_t* pcr) {
+        Packet packet;
+        packet.fill(0xFF);
+        std::size_t adaptation = pcr != nullptr ? 8 : 0;
+        const std::size_t room = kPacketSize - 4 - adaptation;
+        const std::size_t count = std::min(room, payload.size() - at);
+        adaptation += room - count;
+        packet[0] = 0x47;
+        packet[1] = static_cast<std::uint8_t>((unitStart ? 0x40U : 0U) | pid >> 8U);
+        packet[2] = static_cast<std::uint8_t>(pid & 0xFFU);
+        packet[3] = static_cast<std::uint8_t>((adaptation != 0 ? 0x30U : 0x10U) | (counter++ & 0x0FU));
+        writeAdaptation(packet, adaptation, pcr);
+        std::copy_n(payload.begin() + static_cast<std::ptrdiff_t>(at), count,
+                    packet.begin() + static_cast<std::ptrdiff_t>(kPacketSize - count));
+        at += count;
+        return packet;
+    }
+
+private:
+    static void writeAdaptation(Packet& packet, std::size_t length, const std::uint64_t* pcr) {
+        if (length == 0) {
+            return;
+        }
+        packet[4] = static_cast<std::uint8_t>(length - 1);
+        if (length == 1) {
+            return;
+        }
+        packet[5] = pcr != nullptr ? 0x10 : 0x00;
+        if (pcr != nullptr) {
+            const std::uint64_t base = *pcr / 300;
+            const std::uint64_t extension = *pcr % 300;
+            const std::uint64_t field = base << 15U | 0x7E00U | extension;
+            for (unsigned int index = 0; index < 6; ++index) {
+                packet[6 + index] = static_cast<std::uint8_t>(field >> (40U - 8U * index));
+            }
+        }
+    }
+
+    std::uint16_t pid;
+    unsigned int counter = 0;
+};
+
+/// Something that is sent again and again: at its time it gives the payload of one unit.
+struct Source {
+    std::uint16_t pid;
+    std::uint64_t interval;  // ticks
+    std::uint64_t due;       // ticks
+    bool carriesPcr;
+    std::function<Bytes(std::uint64_t ticks)> unit;
+};
+
+/// Sections go into the payload behind a pointer_field and are filled up with stuffing bytes.
+Bytes sectionUnit(const Section& section) {
+    Bytes unit = {0};
+    unit.insert(unit.end(), section.begin(), section.end());
+    constexpr std::size_t kRoom = kPacketSize - 4;
+    unit.resize((unit.size() + kRoom - 1) / kRoom * kRoom, 0xFF);
+    return unit;
+}
+
+Bytes pesUnit(std::uint8_t streamId, std::uint64_t ticks, const Bytes& data) {
+    const std::uint64_t pts = (ticks + kPresentationDelay) / 300;
+    constexpr std::size_t kHeaderBehindLength = 8;
+    const std::size_t length = data.size() + kHeaderBehindLength;
+    Bytes unit = {
+        0,    0,    1, streamId, static_cast<std::uint8_t>(length >> 8U), static_cast<std::uint8_t>(length & 0xFFU),
+        0x84, 0x80, 5};
+    unit.push_back(static_cast<std::uint8_t>(0x21U | (pts >> 29U & 0x0EU)));
+    unit.push_back(static_cast<std::uint8_t>(pts >> 22U));
+    unit.push_back(static_cast<std::uint8_t>(0x01U | (pts >> 14U & 0xFEU)));
+    unit.push_back(static_cast<std::uint8_t>(pts >> 7U));
+    unit.push_back(static_cast<std::uint8_t>(0x01U | (pts << 1U & 0xFEU)));
+    unit.insert(unit.end(), data.begin(), data.end());
+    return unit;
+}
+
+/// An access unit of H.264 that holds nothing but its delimiter and filler.
+Bytes videoUnit(std::uint64_t ticks) {
+    Bytes data = {0, 0, 0, 1, 0x09, 0xF0, 0, 0, 0, 1, 0x0C};
+    data.resize(data.size() + 64, 0xFF);
+    data.push_back(0x80);
+    return pesUnit(0xE0, ticks, data);
+}
+
+/// A frame of silence: MPEG-1 Layer II, 48 kHz, 64 kbit/s, mono; 24 ms.
+Bytes audioUnit(std::uint64_t ticks) {
+    Bytes frame = {0xFF, 0xFD, 0x44, 0xC0};
+    frame.resize(192, 0);
+    return pesUnit(0xC0, ticks, frame);
+}
+
+class Scheduler {
+public:
+    explicit Scheduler(const Multiplex& newMultiplex) : multiplex(newMultiplex) {
+        for (const Service& service : multiplex.services) {
+            addStreams(service);
+        }
+        addTable(0x0000, 100, patSection(multiplex));
+        for (const Service& service : multiplex.services) {
+            addTable(service.pmtPid, 100, pmtSection(service));
+        }
+        addTable(0x0010, 2000, nitSection(multiplex));
+        addTable(0x0011, 1000, sdtSection(multiplex));
+        for (const Service& service : multiplex.services) {
+            addTable(0x0012, 1000, eitSection(multiplex, service, false));
+            addTable(0x0012, 1000, eitSection(multiplex, service, true));
+            if (!service.applications.empty()) {
+                addTable(service.aitPid, 200, aitSection(service));
+            }
+        }
+        sources.push_back({0x0014, kTicks, 0, false, [this](std::uint64_t ticks) {
+                               return sectionUnit(tdtSection(multiplex, static_cast<std::time_t>(ticks / kTicks)));
+                           }});
+    }
+
+    void run(unsigned int seconds, const PacketSink& sink) {
+        for (std::uint64_t slot = 0; slot < seconds * kPacketsPerSecond; ++slot) {
+            const Packet packet = packetAt(slot * kTicksPerPacket);
+            sink(packet.data());
+        }
+    }
+
+private:
+    /// A unit that is being sent, packet after packet.
+    struct Sending {
+        const Source* source;
+        Bytes unit;
+        std::size_t at;
+    };
+
+    void addTable(std::uint16_t pid, std::uint64_t milliseconds, const Section& section) {
+        const Bytes unit = sectionUnit(section);
+        // Tables begin one after the other, so that they do not all fall due together for ever.
+        const std::uint64_t begin = sources.size() * kMillisecond;
+        sources.push_back({pid, milliseconds * kMillisecond, begin, false, [unit](std::uint64_t) { return unit; }});
+    }
+
+    void addStreams(const Service& service) {
+        const std::uint64_t begin = sources.size() * 2 * kMillisecond;
+        if (service.hasVideo) {
+            sources.push_back({service.videoPid, 20 * kMillisecond, begin, true, videoUnit});
+        }
+        sources.push_back({service.audioPid, 24 * kMillisecond, begin, !service.hasVideo, audioUnit});
+    }
+
+    Packet packetAt(std::uint64_t ticks) {
+        for (Source& source : sources) {
+            if (source.due <= ticks) {
+                queue.push_back({&source, source.unit(source.due), 0});
+                source.due += source.interval;
+            }
+        }
+        if (queue.empty()) {
+            return nullPacket();
+        }
+        Sending& sending = queue.front();
+        const bool begins = sending.at == 0;
+        const std::uint64_t* const pcr = begins && sending.source->carriesPcr ? &ticks : nullptr;
+        const std::uint16_t pid = sending.source->pid;
+        const Packet packet = writers.try_emplace(pid, pid).first->second.next(sending.unit, sending.at, begins, pcr);
+        if (sending.at == sending.unit.size()) {
+            queue.pop_front();
+        }
+        return packet;
+    }
+
+    static Packet nullPacket() {
+        Packet packet;
+        packet.fill(0xFF);
+        packet[0] = 0x47;
+        packet[1] = 0x1F;
+        packet[3] = 0x10;
+        return packet;
+    }
+
+    const Multiplex& multiplex;
+    std::vector<Source> sources;
+    std::deque<Sending> queue;
+    std::map<std::uint16_t, PidWriter> writers;
+};
+
+}  // namespace
+
+void writeMultiplex(const Multiplex& multiplex, unsigned int seconds, const PacketSink& sink) {
+    Scheduler(multiplex).run(seconds, sink);
+}
+
+}  // namespace tsmake
