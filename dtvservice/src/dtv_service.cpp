@@ -111,6 +111,7 @@ void DtvService::tune(frame::MsgIds asker, const TuneInfoChannel& wanted) {
 
 void DtvService::present(const Channel& channel) {
     presented = channel.serviceId;
+    toldTriplet = channel.triplet();
     BLOG_TAGGED(blog::kOrdinary, "presenting %s %s\n", channel.triplet().c_str(), channel.name.c_str());
     if (events == nullptr) {
         return;
@@ -153,8 +154,14 @@ void DtvService::tellAit(frame::MsgIds ids, const Channel& channel) {
 void DtvService::onChannelList() {
     BLOG_TAGGED(blog::kOrdinary, "%zu services\n", si.channels().size());
     const Channel* const channel = presentedChannel();
-    if (presented && channel == nullptr) {
+    if (channel == nullptr) {
         presented.reset();
+    } else if (events != nullptr && channel->triplet() != toldTriplet) {
+        // Its network has become known: the same service under its whole name.
+        toldTriplet = channel->triplet();
+        frame::MsgIds everyone;
+        tellServiceInfo(everyone);
+        tellAitChannel(everyone, *channel);
     }
 }
 

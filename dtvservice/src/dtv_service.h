@@ -49,6 +49,7 @@ private:
     lo::browserdvbservice::ClientInterface* events = nullptr;
     broadcast::SiDatabase si;
     std::optional<std::uint16_t> presented;  // service_id
+    std::string toldTriplet;                 // of the presented service, as browsers know it
 };
 
 }  // namespace dtvservice

@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Runs the reference service on a broadcast and a browser host beside it, in a run directory of their own.
+#   demo.sh BUILD_FOLDER FILE.ts
+set -euo pipefail
+build=$1 file=$2
+
+DTV_RUN_DIR=$(mktemp -d)
+export DTV_RUN_DIR
+service=
+cleanup() {
+    if [ -n "$service" ]; then
+        kill "$service" 2>/dev/null || true
+        wait "$service" 2>/dev/null || true
+    fi
+    rm -rf "$DTV_RUN_DIR"
+}
+trap cleanup EXIT
+trap 'exit 130' INT TERM
+
+echo "broadcast: $file"
+"$build/bin/dtvserviced" --list "$file" >"$DTV_RUN_DIR/services"
+echo "services:  $(wc -l <"$DTV_RUN_DIR/services")"
+
+# The service's log goes to a file; the browser's lines stay away from the picture.
+DTV_LOG_FILE="$DTV_RUN_DIR/service.log" "$build/bin/dtvserviced" --input "$file" >"$DTV_RUN_DIR/service.out" &
+service=$!
+for _ in $(seq 250); do
+    grep -q '^ready' "$DTV_RUN_DIR/service.out" && break
+    kill -0 "$service" 2>/dev/null || break
+    sleep 0.02
+done
+if ! grep -q '^ready' "$DTV_RUN_DIR/service.out"; then
+    echo "the DTV service did not start:" >&2
+    cat "$DTV_RUN_DIR/service.log" >&2 2>/dev/null || true
+    exit 1
+fi
+
+DTV_LOG_FILE="$DTV_RUN_DIR/browser.log" "$build/bin/dvbshell" demo "$DTV_RUN_DIR/services"

@@ -1,0 +1,41 @@
+// The demonstration: tunes through services and watches what arrives for each, then sums up.
+// Threads: one; events come through the queue.   Blocks: until it has seen everything or its time is up.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "dvb_api_interface.h"
+#include "events.h"
+#include "printer.h"
+
+namespace dvbshell {
+
+struct Triplet {
+    int onid = 0;
+    int tsid = 0;
+    int sid = 0;
+};
+
+/// A service as the list of the broadcast tells it.
+struct ListedService {
+    Triplet triplet;
+    bool hasPmt = false;      ///< its PMT is in the broadcast
+    bool signalsAit = false;  ///< its PMT signals an HbbTV AIT
+    std::string name;
+};
+
+/// Reads "onid:tsid:sid"; false when it is not three numbers.
+bool parseTriplet(const std::string& text, Triplet& triplet);
+/// Reads the lines that the reference service lists; false, with the reason, for a line that is none.
+bool parseServiceList(const std::string& text, std::vector<ListedService>& services, std::string& error);
+
+/// Which services the demonstration tunes to, in order: those with AIT, then those with PMT, then one of the rest; four
+/// at most.
+std::vector<ListedService> chooseServices(const std::vector<ListedService>& listed);
+
+/// 0 when channel, PMT and every signalled AIT arrived for each service that has a PMT, and at least one AIT did.
+int runDemo(velmora::dtv::DvbAPIInterface& api, EventQueue& queue, Printer& printer,
+            const std::vector<ListedService>& services);
+
+}  // namespace dvbshell

@@ -1,0 +1,47 @@
+// Loading the library.
+#include "library.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <climits>
+
+namespace dvbshell {
+
+namespace {
+
+using QueryInterface = int (*)(const char*, velmora::dtv::IDTVUnknown**);
+
+std::string programDirectory() {
+    char path[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+    const std::string program(path, length > 0 ? static_cast<std::size_t>(length) : 0);
+    return program.substr(0, program.rfind('/'));
+}
+
+}  // namespace
+
+std::string defaultLibraryPath() {
+    return programDirectory() + "/../lib/libbrowserdvbapi.so";
+}
+
+velmora::dtv::DvbAPIInterface* loadDvbApi(const std::string& path, std::string& error) {
+    void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) {
+        error = "cannot load " + path + ": " + dlerror();
+        return nullptr;
+    }
+    const auto query = reinterpret_cast<QueryInterface>(dlsym(handle, "DTVAPI_QueryInterface"));
+    if (query == nullptr) {
+        error = path + " has no DTVAPI_QueryInterface";
+        return nullptr;
+    }
+    velmora::dtv::IDTVUnknown* found = nullptr;
+    if (query("DvbAPIInterface", &found) != 0) {
+        error = path + " does not give the interface DvbAPIInterface";
+        return nullptr;
+    }
+    return static_cast<velmora::dtv::DvbAPIInterface*>(found);
+}
+
+}  // namespace dvbshell

@@ -1,0 +1,149 @@
+// Printing events.
+#include "printer.h"
+
+#include <ctime>
+
+#include "si/ait.h"
+#include "si/tables.h"
+
+namespace dvbshell {
+
+namespace {
+
+std::string triplet(const Event& event) {
+    return std::to_string(event.onid) + ":" + std::to_string(event.tsid) + ":" + std::to_string(event.sid);
+}
+
+const char* updateName(int update) {
+    return update == 0 ? "" : ", changed";
+}
+
+std::string clockText(std::time_t time, const char* format) {
+    tm utc{};
+    gmtime_r(&time, &utc);
+    char text[64];
+    const std::size_t length = std::strftime(text, sizeof text, format, &utc);
+    return {text, length};
+}
+
+std::string eventTime(const si::Eit::Event& event) {
+    if (!event.start) {
+        return "time undefined";
+    }
+    return clockText(*event.start, "%Y-%m-%d %H:%M") + clockText(*event.start + event.durationSeconds, "-%H:%M UTC");
+}
+
+std::string hexOf(const std::string& bytes, std::size_t most) {
+    std::string text;
+    for (std::size_t at = 0; at < bytes.size() && at < most; ++at) {
+        char digits[4];
+        std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned char>(bytes[at]));
+        text += digits;
+    }
+    return text + (bytes.size() > most ? "..." : "");
+}
+
+}  // namespace
+
+void Printer::head(Clock::time_point time, const char* what, const std::string& text) {
+    const double seconds = std::chrono::duration<double>(time - begin).count();
+    std::fprintf(output, "%8.3f  %-8s %s\n", seconds < 0 ? 0.0 : seconds, what, text.c_str());
+}
+
+void Printer::note(const std::string& text) {
+    std::fprintf(output, "%s\n", text.c_str());
+    std::fflush(output);
+}
+
+void Printer::print(const Event& event, const std::string& ccid) {
+    switch (event.kind) {
+        case EventKind::channel:
+            head(event.time, "channel", ccid + (event.started ? "  started" : "  not started"));
+            break;
+        case EventKind::aitChannel:
+            head(event.time, "AIT", "of another channel follows");
+            break;
+        case EventKind::pmt:
+            printPmt(event);
+            break;
+        case EventKind::eit:
+            printEit(event);
+            break;
+        case EventKind::ait:
+            printAit(event);
+            break;
+        case EventKind::other: {
+            std::string text = event.name;
+            for (const auto& value : event.values) {
+                text += "  " + value.first + "=" + value.second;
+            }
+            head(event.time, "event", text);
+        }
+    }
+    std::fflush(output);
+}
+
+void Printer::printPmt(const Event& event) {
+    std::string error;
+    const std::optional<si::Pmt> pmt = si::parsePmt(event.section, error);
+    if (!pmt) {
+        printUnreadable(event, "PMT", error);
+        return;
+    }
+    head(event.time, "PMT",
+         triplet(event) + "  version " + std::to_string(pmt->version) + ", PCR PID " + std::to_string(pmt->pcrPid) +
+             updateName(event.update));
+    for (const si::Pmt::Stream& stream : pmt->streams) {
+        const std::optional<std::uint8_t> tag = si::componentTag(stream);
+        char tagText[16] = "";
+        if (tag) {
+            std::snprintf(tagText, sizeof tagText, "tag %02x", *tag);
+        }
+        std::fprintf(output, "%20sPID %4u  type %02x  %-42.42s %-3s %s\n", "", stream.pid, stream.streamType,
+                     si::streamName(stream).c_str(), si::language(stream).c_str(), tagText);
+    }
+}
+
+void Printer::printEit(const Event& event) {
+    std::string error;
+    const std::optional<si::Eit> eit = si::parseEit(event.section, error);
+    if (!eit) {
+        printUnreadable(event, "EIT", error);
+        return;
+    }
+    head(event.time, "EIT",
+         std::string(eit->sectionNumber == 0 ? "present" : "following") + " of service " +
+             std::to_string(eit->serviceId) + ", version " + std::to_string(eit->version) + updateName(event.update));
+    if (eit->events.empty()) {
+        std::fprintf(output, "%20sno event\n", "");
+    }
+    for (const si::Eit::Event& item : eit->events) {
+        std::fprintf(output, "%20s%s  %s\n", "", eventTime(item).c_str(), item.name.c_str());
+    }
+}
+
+void Printer::printAit(const Event& event) {
+    std::string error;
+    const std::optional<si::Ait> ait = si::parseAit(event.section, error);
+    if (!ait) {
+        printUnreadable(event, "AIT", error);
+        return;
+    }
+    char type[8];
+    std::snprintf(type, sizeof type, "%04x", ait->applicationType);
+    head(event.time, "AIT",
+         triplet(event) + "  application_type " + type + ", version " + std::to_string(ait->version) + ", section " +
+             std::to_string(ait->sectionNumber) + "/" + std::to_string(ait->lastSectionNumber));
+    for (const si::Ait::Application& application : ait->applications) {
+        const std::string name = application.names.empty() ? "(no name)" : application.names.front().text;
+        std::fprintf(output, "%20s%x:%x  %-9s  %s\n%29s%s\n", "", application.organisationId, application.applicationId,
+                     si::controlCodeName(application.controlCode).c_str(), name.c_str(), "", application.url().c_str());
+    }
+}
+
+void Printer::printUnreadable(const Event& event, const char* what, const std::string& error) {
+    constexpr std::size_t kMostBytes = 32;
+    head(event.time, what, "cannot be read: " + error + ": " + hexOf(event.section, kMostBytes));
+}
+
+}  // namespace dvbshell
