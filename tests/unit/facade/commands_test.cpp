@@ -1,0 +1,195 @@
+// Every operation of the DVB API, called through the pointer that the entry point gave: what it sends, what it returns,
+// which lines and traces are the facade's own.
+#include <future>
+
+#include "facade_fixture.h"
+#include "vtable_slot.h"
+
+using velmora::dtv::DvbAPIInterface;
+
+namespace {
+
+constexpr const char* kFile = "browser_dvb_apis.cpp";
+constexpr int kNothing = 12345;  // for operations without a result
+
+struct Operation {
+    const char* name;
+    std::function<int(DvbAPIInterface&)> call;
+    std::uint32_t messageId;
+    const char* wire;
+    enum class Result { none, zero, ofSend } result;
+    bool traced;
+    const char* line;  // the facade's own; null for none
+};
+
+using Result = Operation::Result;
+
+template <typename Call>
+std::function<int(DvbAPIInterface&)> noResult(Call call) {
+    return [call](DvbAPIInterface& api) {
+        call(api);
+        return kNothing;
+    };
+}
+
+std::vector<Operation> operations() {
+    return {
+        {"sendApplicationStartedFailed", [](auto& api) { return api.sendApplicationStartedFailed(); }, 0x2867123D,
+         "00000001", Result::zero, false, nullptr},
+        {"sendApplicationStartedSucceeded", [](auto& api) { return api.sendApplicationStartedSucceeded(); }, 0x2867123D,
+         "00000000", Result::zero, false, nullptr},
+        {"triggerAitRestart", noResult([](auto& api) { api.triggerAitRestart(); }), 0x2867123B, "00", Result::none,
+         false, nullptr},
+        {"tuneToService", noResult([](auto& api) { api.tuneToService(1, 2, 3, 4, 5); }), 0x28671236,
+         "00000001 00000000 00000000 00000002 00000003 00000004 00000005", Result::none, true, nullptr},
+        {"tuneToService", noResult([](auto& api) { api.tuneToService("D", 4, 5); }), 0x28671236,
+         "0000000D 00000001 00000000 00000000 00000000 00000004 00000005 44", Result::none, true, nullptr},
+        {"tuneToComponent", noResult([](auto& api) { api.tuneToComponent(1, 2, 3); }), 0x28671237,
+         "00000001 00000002 00000003", Result::none, true, nullptr},
+        {"selectComponent", noResult([](auto& api) { api.selectComponent(-1); }), 0x28671239, "FFFFFFFF", Result::none,
+         false, nullptr},
+        {"unselectComponent", noResult([](auto& api) { api.unselectComponent(1); }), 0x28671238, "00000001",
+         Result::none, true, nullptr},
+        {"notifyMwhbStart", noResult([](auto& api) { api.notifyMwhbStart(); }), 0x2867123C, "00", Result::none, false,
+         "called.\n"},
+        {"sendPtsRequest", [](auto& api) { return api.sendPtsRequest(0xFFFFFFFFU); }, 0x28671249, "FFFFFFFF",
+         Result::ofSend, false, nullptr},
+        {"startTemiTimelineRequest", [](auto& api) { return api.startTemiTimelineRequest(1, 2, 3); }, 0x2867124A,
+         "00000001 00000002 00000003", Result::ofSend, false, nullptr},
+        {"stopTemiTimelineRequest", [](auto& api) { return api.stopTemiTimelineRequest(); }, 0x2867124B, "00",
+         Result::ofSend, false, nullptr},
+        {"startOSDDetection", [](auto& api) { return api.startOSDDetection(7); }, 0x2867124C, "00000007",
+         Result::ofSend, false, nullptr},
+        {"stopOSDDetection", [](auto& api) { return api.stopOSDDetection(7); }, 0x2867124D, "00000007", Result::ofSend,
+         false, nullptr},
+        {"sendDrmMessage", [](auto& api) { return api.sendDrmMessage(1, 0xFFFF, 3, "a", "b"); }, 0x2867124E,
+         "00000000 00000001 FFFF0003 00000001 00000000 00000001 00000000 6162", Result::ofSend, false,
+         "session id = 1, ca system id = 65535\n"},
+        {"connectCa", [](auto& api) { return api.connectCa(0x100000000ULL); }, 0x2867124F, "00000001 00000000",
+         Result::ofSend, false, nullptr},
+        {"disconnectCa", [](auto& api) { return api.disconnectCa(9); }, 0x28671250, "0009", Result::ofSend, false,
+         nullptr},
+        {"sendOpAppInstallStatus", [](auto& api) { return api.sendOpAppInstallStatus(1, 1); }, 0x28671251,
+         "00000001 00000001", Result::ofSend, false, nullptr},
+        {"vbStartDtvInfoRequest", noResult([](auto& api) { api.vbStartDtvInfoRequest(); }), 0x28671252, "00",
+         Result::none, false, nullptr},
+    };
+}
+
+int expectedResult(Result result, int ofSend) {
+    return result == Result::none ? kNothing : result == Result::zero ? 0 : ofSend;
+}
+
+std::vector<std::string> ownTraces() {
+    std::vector<std::string> own;
+    for (const std::string& trace : logged::traces()) {
+        if (trace.find(std::string(" ") + kFile) != std::string::npos) {
+            own.push_back(trace);
+        }
+    }
+    return own;
+}
+
+std::vector<recording::LogLine> ownLines() {
+    std::vector<recording::LogLine> own;
+    for (recording::LogLine& line : logged::withoutTraces()) {
+        if (line.file == kFile) {
+            own.push_back(std::move(line));
+        }
+    }
+    return own;
+}
+
+}  // namespace
+
+TEST_F(TheDvbApi, ForwardsEveryCommandUnchangedAndReturnsTheResultUntouched) {
+    for (const Operation& operation : operations()) {
+        SCOPED_TRACE(operation.name);
+        for (const int ofSend : {0, -107, 3}) {
+            recording::reset();
+            recording::setSendResult(ofSend);
+            EXPECT_EQ(operation.call(*api), expectedResult(operation.result, ofSend));
+            const std::vector<recording::SentMessage> sent = recording::sent();
+            ASSERT_EQ(sent.size(), 1U);
+            EXPECT_EQ(sent[0].header.messageId, operation.messageId);
+            EXPECT_EQ(hexText(sent[0].wire), hexText(operation.wire));
+        }
+    }
+}
+
+TEST_F(TheDvbApi, TracesItsOperationsOnlyWhereTheyAreNamedSo) {
+    for (const Operation& operation : operations()) {
+        SCOPED_TRACE(operation.name);
+        recording::reset();
+        operation.call(*api);
+        const std::string name = operation.name;
+        const std::vector<std::string> expected = {"[TRACE -> " + name + "(IN)] " + kFile + ":" + name + "() \n",
+                                                   "[TRACE <- " + name + "(OUT)] " + kFile + ":" + name + "() \n"};
+        EXPECT_EQ(ownTraces(), operation.traced ? expected : std::vector<std::string>{});
+        if (operation.traced) {
+            EXPECT_EQ(recording::log().front().level, 0x5F1388U);
+            EXPECT_EQ(recording::log().back().level, 0x5F1388U);
+        }
+    }
+}
+
+TEST_F(TheDvbApi, WritesALineOfItsOwnBeforeForwardingOnlyWhereItHasOne) {
+    for (const Operation& operation : operations()) {
+        SCOPED_TRACE(operation.name);
+        recording::reset();
+        operation.call(*api);
+        if (operation.line == nullptr) {
+            EXPECT_TRUE(ownLines().empty());
+        } else {
+            EXPECT_THAT(ownLines(),
+                        testing::ElementsAre(logged::tagged(0x5F0FA0, "B-LOG", kFile, operation.name, operation.line)));
+            EXPECT_EQ(recording::log().front().file, kFile);
+        }
+    }
+}
+
+TEST_F(TheDvbApi, WaitsForTheEndOfAnAudioSourceChange) {
+    std::future<int> result = std::async(std::launch::async, [this] { return api->setAudioSource("hdmi"); });
+    ASSERT_TRUE(recording::waitForSent(1));
+    const recording::SentMessage sent = recording::sent()[0];
+    EXPECT_EQ(sent.header.messageId, 0x2867123AU);
+    const auto session =
+        static_cast<unsigned int>(sent.wire[0] << 24 | sent.wire[1] << 16 | sent.wire[2] << 8 | sent.wire[3]);
+    injectEvent<messages::OnSetAudioSourceFinished>(session, -4);
+    EXPECT_EQ(result.get(), -4);
+    EXPECT_EQ(ownTraces().size(), 2U);
+}
+
+TEST_F(TheDvbApi, ReadsTheChannelBack) {
+    injectEvent<messages::OnAcquireDtvServiceInfo>("");
+    int onid = 7;
+    int tsid = 8;
+    int sid = 9;
+    EXPECT_EQ(api->getCurrentChannelInfo(onid, tsid, sid), -1);
+    EXPECT_EQ(onid, 7);
+    injectEvent<messages::OnAcquireDtvServiceInfo>("1:2:3");
+    recording::reset();
+    EXPECT_EQ(api->getCurrentChannelInfo(onid, tsid, sid), 0);
+    EXPECT_EQ(onid, 1);
+    EXPECT_EQ(tsid, 2);
+    EXPECT_EQ(sid, 3);
+    EXPECT_EQ(api->getCurrentCCID(), "ccid:1:2:3");
+    EXPECT_TRUE(recording::log().empty());
+    api->tuneToService("descriptor", 1, 0);
+    EXPECT_EQ(api->getCurrentDsd(), "descriptor");
+}
+
+TEST_F(TheDvbApi, AnswersThroughItsTableByPosition) {
+    // Slot 6 gives a string by value: what a browser compiled against the header calls blind.
+    injectEvent<messages::OnAcquireDtvServiceInfo>("4:5:6");
+    using Slot = std::string (*)(DvbAPIInterface*);
+    void* const* const table = *reinterpret_cast<void* const* const*>(api);
+    const auto getCurrentCCID = reinterpret_cast<Slot>(reinterpret_cast<std::uintptr_t>(table[6]));
+    EXPECT_EQ(getCurrentCCID(api), "ccid:4:5:6");
+    using PtsSlot = int (*)(DvbAPIInterface*, std::uint32_t);
+    const auto sendPtsRequest = reinterpret_cast<PtsSlot>(reinterpret_cast<std::uintptr_t>(table[20]));
+    recording::reset();
+    recording::setSendResult(-5);
+    EXPECT_EQ(sendPtsRequest(api, 1), -5);
+    EXPECT_EQ(recording::sent().at(0).header.messageId, 0x28671249U);
+}
