@@ -1,0 +1,158 @@
+// What the database of a multiplex keeps and tells.
+#include "si_database.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "packets.h"
+#include "scheduler.h"
+#include "tables.h"
+
+namespace {
+
+/// Keeps what it is told, as text.
+class KeepingListener : public broadcast::SiListener {
+public:
+    std::vector<std::string> told;
+
+    void onChannelList() override { told.emplace_back("list"); }
+    void onPmt(std::uint16_t serviceId, const broadcast::Section&, bool changed) override {
+        tell("pmt", serviceId, changed);
+    }
+    void onEit(std::uint16_t serviceId, const broadcast::Section&, bool changed) override {
+        tell("eit", serviceId, changed);
+    }
+    void onAit(std::uint16_t serviceId, const broadcast::Section&, bool changed) override {
+        tell("ait", serviceId, changed);
+    }
+
+private:
+    void tell(const char* what, std::uint16_t serviceId, bool changed) {
+        told.push_back(std::string(what) + " " + std::to_string(serviceId) + (changed ? " changed" : ""));
+    }
+};
+
+class ADatabase : public testing::Test {
+protected:
+    void play(const tsmake::Multiplex& multiplex, unsigned int seconds = 1) {
+        demux.discontinuity();
+        tsmake::writeMultiplex(multiplex, seconds,
+                               [this](const std::uint8_t* packet) { demux.feed(broadcast::TsPacket{packet}); });
+    }
+    void send(std::uint16_t pid, const tsmake::Section& section) {
+        PacketMaker maker(pid);
+        demux.discontinuity();
+        for (const Packet& packet : maker.packets({section})) {
+            demux.feed(broadcast::TsPacket{packet.data()});
+        }
+    }
+    /// The section with another version_number.
+    static tsmake::Section versioned(tsmake::Section section, unsigned int version) {
+        section[5] = static_cast<std::uint8_t>((section[5] & 0xC1U) | version << 1U);
+        return withCrc(std::move(section));
+    }
+
+    tsmake::Multiplex sample = tsmake::sampleMultiplex();
+    broadcast::Demux demux;
+    KeepingListener listener;
+    broadcast::SiDatabase database{demux, listener};
+};
+
+}  // namespace
+
+TEST_F(ADatabase, ListsTheServicesOfTheBroadcastInItsOrder) {
+    play(sample);
+    std::vector<std::string> list;
+    for (const broadcast::Channel& channel : database.channels()) {
+        list.push_back(channel.triplet() + " " + channel.name);
+    }
+    EXPECT_THAT(list, testing::ElementsAre("1:1025:28106 Velmora One HD", "1:1025:28107 Velmora Zwei Föhn",
+                                           "1:1025:28108 Velmora Τρία", "1:1025:28120 Velmora Radio"));
+}
+
+TEST_F(ADatabase, KeepsTheSectionsAsTheyWereBroadcast) {
+    play(sample);
+    const tsmake::Service& service = sample.services[0];
+    EXPECT_EQ(database.pmt(28106), tsmake::pmtSection(service));
+    EXPECT_THAT(database.eit(28106), testing::ElementsAre(tsmake::eitSection(sample, service, false),
+                                                          tsmake::eitSection(sample, service, true)));
+    EXPECT_THAT(database.ait(28106), testing::ElementsAre(tsmake::aitSection(service)));
+    EXPECT_TRUE(database.signalsHbbTv(28106));
+    EXPECT_FALSE(database.signalsHbbTv(28108));
+    EXPECT_TRUE(database.ait(28108).empty());
+    EXPECT_TRUE(database.pmt(1).empty());
+}
+
+TEST_F(ADatabase, TellsOfEverySectionOnce) {
+    play(sample, 3);
+    for (const char* const told : {"pmt 28106", "ait 28106", "ait 28107", "pmt 28120"}) {
+        EXPECT_EQ(std::count(listener.told.begin(), listener.told.end(), told), 1) << told;
+    }
+    EXPECT_EQ(std::count(listener.told.begin(), listener.told.end(), "eit 28106"), 2);
+    const std::size_t before = listener.told.size();
+    play(sample, 2);
+    EXPECT_EQ(listener.told.size(), before);
+}
+
+TEST_F(ADatabase, TellsANewVersionFromTheFirst) {
+    play(sample);
+    listener.told.clear();
+    const tsmake::Service& service = sample.services[0];
+    send(service.aitPid, versioned(tsmake::aitSection(service), 2));
+    send(service.pmtPid, versioned(tsmake::pmtSection(service), 1));
+    send(0x12, versioned(tsmake::eitSection(sample, service, true), 1));
+    EXPECT_THAT(listener.told, testing::ElementsAre("ait 28106 changed", "pmt 28106 changed", "eit 28106 changed"));
+}
+
+TEST_F(ADatabase, ForgetsTheSectionsOfAnOldVersion) {
+    play(sample);
+    send(0x12, versioned(tsmake::eitSection(sample, sample.services[0], false), 1));
+    EXPECT_EQ(database.eit(28106).size(), 1U);
+}
+
+TEST_F(ADatabase, PassesOverSectionsThatAreNotValidYet) {
+    play(sample);
+    listener.told.clear();
+    tsmake::Section next = tsmake::aitSection(sample.services[0]);
+    next[5] &= 0xFE;
+    send(sample.services[0].aitPid, versioned(next, 9));
+    EXPECT_TRUE(listener.told.empty());
+}
+
+TEST_F(ADatabase, TakesAnAitOfAnotherTypeForNoHbbTvApplication) {
+    play(sample);
+    listener.told.clear();
+    tsmake::Section other = tsmake::aitSection(sample.services[0]);
+    other[4] = 0x01;
+    send(sample.services[0].aitPid, versioned(other, 9));
+    EXPECT_TRUE(listener.told.empty());
+}
+
+TEST_F(ADatabase, FollowsServicesThatGoAndComeBack) {
+    play(sample);
+    tsmake::Multiplex fewer = sample;
+    fewer.services.erase(fewer.services.begin());
+    send(0, versioned(tsmake::patSection(fewer), 1));
+    EXPECT_EQ(database.find(28106), nullptr);
+    EXPECT_TRUE(database.pmt(28106).empty());
+    EXPECT_EQ(database.channels().size(), 3U);
+    send(0, versioned(tsmake::patSection(sample), 2));
+    listener.told.clear();
+    play(sample);
+    EXPECT_THAT(listener.told, testing::Contains("pmt 28106"));
+    EXPECT_EQ(database.find(28106)->name, "Velmora One HD");
+}
+
+TEST_F(ADatabase, NamesServicesWhoseSdtCameBeforeThePat) {
+    send(0x11, tsmake::sdtSection(sample));
+    send(0, tsmake::patSection(sample));
+    EXPECT_EQ(database.channels().at(0).name, "Velmora One HD");
+    EXPECT_EQ(database.channels().at(0).triplet(), "1:1025:28106");
+}
+
+TEST_F(ADatabase, LearnsTheNetworkFromTheEitWhereThereIsNoSdt) {
+    send(0, tsmake::patSection(sample));
+    EXPECT_EQ(database.channels().at(0).triplet(), ":1025:28106");
+    send(0x12, tsmake::eitSection(sample, sample.services[0], false));
+    EXPECT_EQ(database.channels().at(0).triplet(), "1:1025:28106");
+}

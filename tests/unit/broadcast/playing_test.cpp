@@ -1,0 +1,206 @@
+// Files as rows of packets, and the time at which each is due.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "pacer.h"
+#include "packet_file.h"
+#include "packets.h"
+#include "scheduler.h"
+
+namespace {
+
+/// A file for the length of a test.
+class AFile : public testing::Test {
+protected:
+    AFile() {
+        const int descriptor = mkstemp(path);
+        file = fdopen(descriptor, "wb");
+    }
+    ~AFile() override { std::remove(path); }
+    void write(const Bytes& bytes) { std::fwrite(bytes.data(), 1, bytes.size(), file); }
+    void writePackets(std::uint16_t pid, int count) {
+        PacketMaker maker(pid);
+        for (int index = 0; index < count; ++index) {
+            const Packet packet = maker.packet({}, false);
+            write({packet.begin(), packet.end()});
+        }
+    }
+    std::unique_ptr<broadcast::PacketFile> open() {
+        std::fclose(file);
+        return broadcast::PacketFile::open(path, error);
+    }
+    static int count(broadcast::PacketFile& packets) {
+        int number = 0;
+        while (packets.next() != nullptr) {
+            ++number;
+        }
+        return number;
+    }
+
+    char path[32] = "/tmp/packets-test-XXXXXX";
+    std::FILE* file = nullptr;
+    std::string error;
+};
+
+using Clock = broadcast::Pacer::Clock;
+
+Packet withPcr(std::uint16_t pid, std::uint64_t pcr) {
+    Packet packet = PacketMaker(pid).packet({}, false);
+    packet[3] = 0x30;
+    packet[4] = 7;
+    packet[5] = 0x10;
+    const std::uint64_t field = (pcr / 300) << 15U | 0x7E00U | pcr % 300;
+    for (unsigned int index = 0; index < 6; ++index) {
+        packet[6 + index] = static_cast<std::uint8_t>(field >> (40U - 8U * index));
+    }
+    return packet;
+}
+
+}  // namespace
+
+TEST_F(AFile, GivesItsPacketsAgainAfterItWasRewound) {
+    writePackets(100, 3000);
+    const auto packets = open();
+    ASSERT_TRUE(packets) << error;
+    EXPECT_EQ(count(*packets), 3000);
+    packets->rewind();
+    EXPECT_EQ(count(*packets), 3000);
+    EXPECT_EQ(packets->skippedBytes(), 0U);
+}
+
+TEST_F(AFile, FindsTheFirstPacketBehindOtherBytes) {
+    write(Bytes(77, 0x47));
+    writePackets(100, 10);
+    const auto packets = open();
+    ASSERT_TRUE(packets) << error;
+    EXPECT_EQ(count(*packets), 10);
+    EXPECT_EQ(packets->skippedBytes(), 77U);
+}
+
+TEST_F(AFile, FindsItsStepAgainAfterLostBytes) {
+    writePackets(100, 10);
+    write(Bytes(50, 0x00));
+    writePackets(100, 10);
+    const auto packets = open();
+    ASSERT_TRUE(packets) << error;
+    EXPECT_EQ(count(*packets), 20);
+    EXPECT_EQ(packets->skippedBytes(), 50U);
+}
+
+TEST_F(AFile, LeavesAnIncompletePacketAtItsEnd) {
+    writePackets(100, 5);
+    write(Bytes(100, 0x47));
+    const auto packets = open();
+    ASSERT_TRUE(packets) << error;
+    EXPECT_EQ(count(*packets), 5);
+    EXPECT_EQ(packets->skippedBytes(), 100U);
+}
+
+TEST_F(AFile, WithOnePacketIsARowOfOne) {
+    writePackets(100, 1);
+    const auto packets = open();
+    ASSERT_TRUE(packets) << error;
+    EXPECT_EQ(count(*packets), 1);
+}
+
+TEST_F(AFile, ThatIsEmptyIsSaidToBe) {
+    EXPECT_FALSE(open());
+    EXPECT_EQ(error, std::string(path) + " is empty");
+}
+
+TEST_F(AFile, WithoutPacketsIsSaidToHaveNone) {
+    write(Bytes(1000, 0x12));
+    EXPECT_FALSE(open());
+    EXPECT_EQ(error, std::string(path) + ": no transport stream packets found in 1000 bytes");
+}
+
+TEST_F(AFile, ThatIsNotThereIsNamedWithTheReason) {
+    std::fclose(file);
+    EXPECT_FALSE(broadcast::PacketFile::open("/nonexistent/file.ts", error));
+    EXPECT_EQ(error, "cannot open /nonexistent/file.ts: No such file or directory");
+    EXPECT_FALSE(broadcast::PacketFile::open("/tmp", error));
+    EXPECT_EQ(error, "/tmp is a directory");
+}
+
+TEST(APacer, IsDueByThePcr) {
+    broadcast::Pacer pacer;
+    const Clock::time_point begin{};
+    const auto due = [&](const Packet& packet) { return pacer.due(broadcast::TsPacket{packet.data()}, begin); };
+    const Clock::time_point first = due(withPcr(100, 1000));
+    EXPECT_EQ(due(withPcr(100, 1000 + 27000 * 40)) - first, std::chrono::milliseconds(40));
+    EXPECT_EQ(due(withPcr(200, 5)) - first, std::chrono::milliseconds(40));
+    EXPECT_EQ(due(PacketMaker(300).packet({}, false)) - first, std::chrono::milliseconds(40));
+    EXPECT_EQ(due(withPcr(100, 1000 + 27000 * 100)) - first, std::chrono::milliseconds(100));
+}
+
+TEST(APacer, GoesOnWhereThePcrStartsOver) {
+    broadcast::Pacer pacer;
+    const Clock::time_point begin{};
+    const Packet before = withPcr(100, broadcast::kPcrWrap - 27000 * 10);
+    const Packet after = withPcr(100, 27000 * 30);
+    const Clock::time_point first = pacer.due(broadcast::TsPacket{before.data()}, begin);
+    EXPECT_EQ(pacer.due(broadcast::TsPacket{after.data()}, begin) - first, std::chrono::milliseconds(40));
+}
+
+TEST(APacer, BeginsANewTimeBaseWhereThePcrJumps) {
+    broadcast::Pacer pacer;
+    const Clock::time_point begin{};
+    const Clock::time_point later = begin + std::chrono::seconds(7);
+    for (const std::uint64_t jump : {std::uint64_t{27000000} * 100, std::uint64_t{5}}) {
+        const Packet first = withPcr(100, 27000000);
+        const Packet jumped = withPcr(100, jump);
+        pacer.due(broadcast::TsPacket{first.data()}, begin);
+        EXPECT_EQ(pacer.due(broadcast::TsPacket{jumped.data()}, later), later);
+    }
+}
+
+TEST(APacer, GoesByTheDefaultRateWhereThereIsNoPcr) {
+    broadcast::Pacer pacer;
+    const Packet packet = PacketMaker(100).packet({}, false);
+    const Clock::time_point begin{};
+    const Clock::time_point first = pacer.due(broadcast::TsPacket{packet.data()}, begin);
+    Clock::time_point last = first;
+    constexpr int kPackets = 3324;  // a second of 5 Mbit/s
+    for (int count = 0; count < kPackets; ++count) {
+        last = pacer.due(broadcast::TsPacket{packet.data()}, begin);
+    }
+    EXPECT_NEAR(std::chrono::duration<double>(last - first).count(), 1.0, 0.001);
+}
+
+TEST(TheGenerator, WritesTheSameBytesEveryTime) {
+    const auto bytes = [] {
+        Bytes all;
+        tsmake::writeMultiplex(tsmake::sampleMultiplex(), 1, [&all](const std::uint8_t* packet) {
+            all.insert(all.end(), packet, packet + broadcast::kPacketSize);
+        });
+        return all;
+    };
+    EXPECT_EQ(bytes(), bytes());
+}
+
+TEST(TheGenerator, CountsContinuouslyAndPutsAPcrAtLeastEveryFortyMilliseconds) {
+    std::array<int, broadcast::kPidCount> counters;
+    counters.fill(-1);
+    std::map<std::uint16_t, std::uint64_t> lastPcr;
+    std::uint64_t slot = 0;
+    constexpr std::uint64_t kTicksPerPacket = 27000;
+    tsmake::writeMultiplex(tsmake::sampleMultiplex(), 4, [&](const std::uint8_t* bytes) {
+        const broadcast::TsPacket packet{bytes};
+        int& counter = counters[packet.pid()];
+        if (packet.pid() != broadcast::kNullPid) {
+            EXPECT_TRUE(counter < 0 || packet.continuityCounter() == (counter + 1) % 16) << packet.pid();
+            counter = packet.continuityCounter();
+        }
+        if (packet.hasPcr()) {
+            EXPECT_EQ(packet.pcr(), slot * kTicksPerPacket) << "the PCR is the time of its own place";
+            const auto last = lastPcr.find(packet.pid());
+            EXPECT_TRUE(last == lastPcr.end() || packet.pcr() - last->second <= 27000U * 40) << packet.pid();
+            lastPcr[packet.pid()] = packet.pcr();
+        }
+        ++slot;
+    });
+    EXPECT_EQ(lastPcr.size(), 4U);
+}

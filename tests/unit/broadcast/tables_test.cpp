@@ -1,0 +1,166 @@
+// Reading tables: what the generator writes comes back as it was meant, and nothing broken is taken.
+#include "tables.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "packets.h"
+#include "si/ait.h"
+#include "si/tables.h"
+#include "si/text.h"
+
+namespace {
+
+const tsmake::Multiplex kSample = tsmake::sampleMultiplex();
+constexpr std::uint8_t kTellingBytes[] = {0x00, 0x7F, 0xFF};
+
+std::string utf8(const std::string& bytes) {
+    return si::toUtf8(bytes);
+}
+
+template <typename Parse>
+void expectNothingBrokenIsTaken(const tsmake::Section& good, Parse parse) {
+    std::string error;
+    ASSERT_TRUE(parse(good, error)) << error;
+    for (std::size_t length = 0; length < good.size(); ++length) {
+        error.clear();
+        EXPECT_FALSE(parse(tsmake::Section(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length)), error));
+        EXPECT_FALSE(error.empty());
+    }
+    // Any byte may be anything behind a right CRC_32: then the fields have to fit, or it is refused. The sanitizers
+    // watch that nothing outside of the section is read.
+    for (std::size_t at = 3; at + 4 < good.size(); ++at) {
+        for (const std::uint8_t value : kTellingBytes) {
+            tsmake::Section changed = good;
+            changed[at] = value;
+            parse(withCrc(changed), error);
+        }
+    }
+}
+
+}  // namespace
+
+TEST(APat, ListsItsProgramsWithoutTheNetworkPid) {
+    std::string error;
+    const auto pat = si::parsePat(tsmake::patSection(kSample), error);
+    ASSERT_TRUE(pat) << error;
+    EXPECT_EQ(pat->transportStreamId, 1025);
+    ASSERT_EQ(pat->programs.size(), 4U);
+    EXPECT_EQ(pat->programs[0].serviceId, 28106);
+    EXPECT_EQ(pat->programs[0].pmtPid, 0x100);
+    EXPECT_EQ(pat->programs[3].serviceId, 28120);
+    expectNothingBrokenIsTaken(tsmake::patSection(kSample), si::parsePat);
+}
+
+TEST(APmt, TellsItsStreamsApart) {
+    std::string error;
+    const auto pmt = si::parsePmt(tsmake::pmtSection(kSample.services[0]), error);
+    ASSERT_TRUE(pmt) << error;
+    EXPECT_EQ(pmt->serviceId, 28106);
+    EXPECT_EQ(pmt->pcrPid, 0x101);
+    ASSERT_EQ(pmt->streams.size(), 3U);
+    EXPECT_EQ(pmt->streams[0].streamType, 0x1B);
+    EXPECT_EQ(si::language(pmt->streams[1]), "eng");
+    EXPECT_EQ(si::componentTag(pmt->streams[1]), 2);
+    EXPECT_EQ(si::streamName(pmt->streams[2]), "AIT (HbbTV)");
+    EXPECT_THAT(si::hbbtvAitPids(*pmt), testing::ElementsAre(0x105));
+    expectNothingBrokenIsTaken(tsmake::pmtSection(kSample.services[0]), si::parsePmt);
+}
+
+TEST(APmt, WithAnAitOfAnotherTypeOrNoneSignalsNoHbbTv) {
+    si::Pmt pmt;
+    pmt.streams = {{0x05, 300, {{0x6F, {0x80, 0x01, 0xE0}}}},
+                   {0x05, 301, {{0x6F, {}}}},
+                   {0x06, 302, {{0x6F, {0x80, 0x10, 0xE0}}}}};
+    EXPECT_TRUE(si::hbbtvAitPids(pmt).empty());
+    EXPECT_EQ(si::streamName(pmt.streams[0]), "AIT (not HbbTV)");
+    pmt.streams.push_back({0x05, 303, {{0x6F, {0x80, 0x01, 0xE0, 0x80, 0x10, 0xE1}}}});
+    EXPECT_THAT(si::hbbtvAitPids(pmt), testing::ElementsAre(303));
+}
+
+TEST(AnSdt, NamesItsServicesInUtf8) {
+    std::string error;
+    const auto sdt = si::parseSdt(tsmake::sdtSection(kSample), error);
+    ASSERT_TRUE(sdt) << error;
+    EXPECT_TRUE(sdt->actual);
+    EXPECT_EQ(sdt->originalNetworkId, 1);
+    ASSERT_EQ(sdt->services.size(), 4U);
+    EXPECT_EQ(sdt->services[0].name, "Velmora One HD");
+    EXPECT_EQ(sdt->services[0].serviceType, 0x19);
+    EXPECT_EQ(sdt->services[1].name, "Velmora Zwei Föhn");
+    EXPECT_EQ(sdt->services[2].name, "Velmora Τρία");
+    EXPECT_EQ(sdt->services[2].provider, "Velmora");
+    expectNothingBrokenIsTaken(tsmake::sdtSection(kSample), si::parseSdt);
+}
+
+TEST(AnEit, GivesTimesInUtcAndTextsInUtf8) {
+    std::string error;
+    const auto eit = si::parseEit(tsmake::eitSection(kSample, kSample.services[1], false), error);
+    ASSERT_TRUE(eit) << error;
+    EXPECT_EQ(eit->tableId, 0x4E);
+    EXPECT_EQ(eit->serviceId, 28107);
+    ASSERT_EQ(eit->events.size(), 1U);
+    EXPECT_EQ(eit->events[0].start, kSample.start);
+    EXPECT_EQ(eit->events[0].durationSeconds, 3600U);
+    EXPECT_EQ(eit->events[0].runningStatus, 4);
+    EXPECT_EQ(eit->events[0].name, "Die große Küche");
+    EXPECT_EQ(eit->events[0].text, "Heute: Käsespätzle.");
+    expectNothingBrokenIsTaken(tsmake::eitSection(kSample, kSample.services[1], false), si::parseEit);
+}
+
+TEST(AnAit, GivesItsApplicationsWithTheirUrls) {
+    std::string error;
+    const auto ait = si::parseAit(tsmake::aitSection(kSample.services[0]), error);
+    ASSERT_TRUE(ait) << error;
+    EXPECT_EQ(ait->applicationType, 0x0010);
+    EXPECT_EQ(ait->version, 1);
+    ASSERT_EQ(ait->applications.size(), 2U);
+    EXPECT_EQ(ait->applications[0].organisationId, 0x190U);
+    EXPECT_EQ(ait->applications[0].applicationId, 1);
+    EXPECT_EQ(si::controlCodeName(ait->applications[0].controlCode), "AUTOSTART");
+    EXPECT_EQ(ait->applications[0].names.at(0).text, "Red Button");
+    EXPECT_EQ(ait->applications[0].url(), "http://hbbtv.one.example/redbutton/index.html?lang=en");
+    EXPECT_EQ(si::controlCodeName(ait->applications[1].controlCode), "PRESENT");
+    expectNothingBrokenIsTaken(tsmake::aitSection(kSample.services[0]), si::parseAit);
+}
+
+TEST(AText, IsReadInItsAnnouncedCharacterTable) {
+    EXPECT_EQ(utf8(""), "");
+    EXPECT_EQ(utf8("plain"), "plain");
+    EXPECT_EQ(utf8("\xC8"
+                   "u"),
+              "ü");
+    EXPECT_EQ(utf8("\x01"
+                   "\xB0"),
+              "А");
+    EXPECT_EQ(utf8(std::string("\x10\x00\x02"
+                               "\xE8",
+                               4)),
+              "č");
+    EXPECT_EQ(utf8(std::string("\x11\x83\xEF\x89\x96", 5)), "華視");
+    EXPECT_EQ(utf8(std::string("\x14\x83\xEF\x89\x96", 5)), "華視");
+    EXPECT_EQ(utf8("\x15"
+                   "F\xC3\xB6hn"),
+              "Föhn");
+}
+
+TEST(AText, LosesItsEmphasisMarksAndKeepsItsLineBreaksAsBlanks) {
+    EXPECT_EQ(utf8("a\x86"
+                   "b\x87"
+                   "c\x8A"
+                   "d"),
+              "abc d");
+    EXPECT_EQ(utf8("\x15"
+                   "a\xEE\x82\x86"
+                   "b\xEE\x82\x8A"
+                   "c"),
+              "ab c");
+}
+
+TEST(AText, ThatCannotBeReadLosesNothingBesideIt) {
+    EXPECT_EQ(utf8("\x15"
+                   "a\xFF"
+                   "b"),
+              "a\xEF\xBF\xBD"
+              "b");
+}
