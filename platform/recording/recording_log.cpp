@@ -1,7 +1,6 @@
 // The recording debug library: every wanted line is kept, taken apart into its fields.
 #include <cstdarg>
 #include <cstdio>
-#include <regex>
 
 #include "ovx/debug.h"
 #include "recorder.h"
@@ -20,15 +19,37 @@ std::string formatText(const char* format, va_list arguments) {
     return text;
 }
 
+/// The text up to a mark, which is passed over; nothing when the mark does not come.
+bool takeUntil(std::string& rest, const std::string& mark, std::string& field) {
+    const std::size_t at = rest.find(mark);
+    if (at == std::string::npos) {
+        return false;
+    }
+    field = rest.substr(0, at);
+    rest.erase(0, at + mark.size());
+    return true;
+}
+
+/// "[tag] file:line:function(): message", with or without the tag. A line of another shape keeps its text alone.
 void takeApart(LogLine& line) {
-    static const std::regex shape(R"((?:\[([^\]]*)\] )?([^\s:]+):(\d+):([^\s(]+)\(\): ([^]*))");
-    std::smatch fields;
-    if (std::regex_match(line.text, fields, shape)) {
-        line.tag = fields[1];
-        line.file = fields[2];
-        line.line = std::stoi(fields[3]);
-        line.function = fields[4];
-        line.message = fields[5];
+    LogLine parts;
+    std::string rest = line.text;
+    std::string number;
+    if (!rest.empty() && rest[0] == '[') {
+        rest.erase(0, 1);
+        if (!takeUntil(rest, "] ", parts.tag)) {
+            return;
+        }
+    }
+    const bool shaped = takeUntil(rest, ":", parts.file) && takeUntil(rest, ":", number) &&
+                        takeUntil(rest, "(): ", parts.function) && !number.empty() &&
+                        number.find_first_not_of("0123456789") == std::string::npos;
+    if (shaped) {
+        line.tag = parts.tag;
+        line.file = parts.file;
+        line.line = std::stoi(number);
+        line.function = parts.function;
+        line.message = rest;
     }
 }
 

@@ -32,13 +32,14 @@ inline constexpr FieldType kFieldTypes[] = {
     {"OpenFilterMatchMask_t", 3, 16, &__ovx_EndianTable_serializable_OpenFilterMatchMask_t},
 };
 
-constexpr const FieldType* findType(std::string_view name) {
+/// By value: a type that is not there has no name.
+constexpr FieldType findType(std::string_view name) {
     for (const FieldType& type : kFieldTypes) {
         if (type.name == name) {
-            return &type;
+            return type;
         }
     }
-    return nullptr;
+    return {{}, 0, 0, nullptr};
 }
 
 constexpr std::uint32_t toNumber(std::string_view digits) {
@@ -61,13 +62,12 @@ constexpr bool matches(const ovxEndianEntry* entry, std::string_view text, std::
         const std::string_view field = text.substr(0, comma);
         text.remove_prefix(comma == std::string_view::npos ? text.size() : comma + 2);
         const std::size_t colon = field.find(':');
-        const FieldType* const type = findType(field.substr(colon + 1));
-        if (type == nullptr || entry->isEnd() || toNumber(field.substr(0, colon)) != wireOffset ||
-            entry->kind() != type->kind || entry->nested != type->nested ||
-            (kNarrow && entry->offset() != wireOffset)) {
+        const FieldType type = findType(field.substr(colon + 1));
+        if (type.name.empty() || entry->isEnd() || toNumber(field.substr(0, colon)) != wireOffset ||
+            entry->kind() != type.kind || entry->nested != type.nested || (kNarrow && entry->offset() != wireOffset)) {
             return false;
         }
-        wireOffset += type->wireWidth;
+        wireOffset += type.wireWidth;
         ++entry;
     }
     return entry->isEnd() && entry->mark == 0xFFFFFFFFU && (wireOffset == 0 ? 1 : wireOffset) == size;

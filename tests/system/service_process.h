@@ -1,0 +1,80 @@
+// The reference service as a process of its own, started, watched and ended by a test.
+#pragma once
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "eventually.h"
+#include "run_directory.h"
+
+inline std::string fileText(const std::string& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/// A program with its output in files of the run directory.
+class ChildProcess {
+public:
+    ChildProcess(const std::string& program, std::vector<std::string> arguments, const std::string& name)
+        : outputPath(OwnRunDirectory::instance().path() + "/" + name + ".out"),
+          logPath(OwnRunDirectory::instance().path() + "/" + name + ".log") {
+        arguments.insert(arguments.begin(), program);
+        std::vector<char*> pointers;
+        for (std::string& argument : arguments) {
+            pointers.push_back(argument.data());
+        }
+        pointers.push_back(nullptr);
+        process = fork();
+        if (process == 0) {
+            setenv("DTV_LOG_FILE", logPath.c_str(), 1);
+            const int output = open(outputPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+            dup2(output, STDOUT_FILENO);
+            dup2(output, STDERR_FILENO);
+            execv(program.c_str(), pointers.data());
+            _exit(127);
+        }
+    }
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+    ~ChildProcess() { end(SIGKILL); }
+
+    std::string output() const { return fileText(outputPath); }
+    std::string log() const { return fileText(logPath); }
+
+    /// Sends the signal and waits for the end; the exit code, or -1 when a signal ended it.
+    int end(int signal) {
+        if (process <= 0) {
+            return -1;
+        }
+        kill(process, signal);
+        return wait();
+    }
+    int wait() {
+        int status = 0;
+        waitpid(process, &status, 0);
+        process = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+private:
+    std::string outputPath;
+    std::string logPath;
+    pid_t process = -1;
+};
+
+/// dtvserviced on a file; ready when the constructor returns.
+class ServiceProcess : public ChildProcess {
+public:
+    explicit ServiceProcess(const std::string& file = SAMPLE_FILE, const std::string& name = "service")
+        : ChildProcess(DTVSERVICED, {"--input", file}, name) {
+        eventually([this] { return output().find("ready") != std::string::npos; });
+    }
+};

@@ -1,0 +1,196 @@
+// The log's lines, the settings, and the section queue.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+
+#include <boost/interprocess/ipc/message_queue.hpp>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <thread>
+
+#include "ovx/log.h"
+#include "run_directory.h"
+#include "velmora/msgqueue/ipc_message_queue.h"
+
+namespace {
+
+const std::string kDirectory = OwnRunDirectory::instance().path();
+
+using velmora::msgqueue::IPCMessageQueue;
+using velmora::msgqueue::SectionDataIPCMessage;
+
+std::vector<std::string> logLines() {
+    std::ifstream file(kDirectory + "/log");
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+std::string queueName(const char* what) {
+    char name[64];
+    std::snprintf(name, sizeof name, "SECTION-%08X-%s", static_cast<unsigned int>(getpid()), what);
+    return name;
+}
+
+bool sendSection(IPCMessageQueue& queue, const std::string& session, const std::vector<std::uint8_t>& section) {
+    SectionDataIPCMessage message;
+    message.sessionName = session;
+    message.dataLength = static_cast<std::uint32_t>(section.size());
+    message.data = const_cast<std::uint8_t*>(section.data());
+    const bool sent = queue.TrySend(message);
+    message.data = nullptr;
+    return sent;
+}
+
+/// A message with a buffer of its own, as the reader has it.
+struct Reader {
+    Reader() { message.data = new std::uint8_t[SectionDataIPCMessage::kBufferSize]; }
+    std::vector<std::uint8_t> section() const { return {message.data, message.data + message.dataLength}; }
+    SectionDataIPCMessage message;
+};
+
+constexpr std::size_t kMessageSize = 4500;
+constexpr std::size_t kMessages = 128;
+
+}  // namespace
+
+TEST(TheHostsLog, WritesOneLineACallWhateverIsInIt) {
+    BLOG_WRITE(blog::kOrdinary, "%s", "two breaks at its end\n\n");
+    BLOG_WRITE(blog::kOrdinary, "%s", "a break\nand a \x01 inside\n");
+    BLOG_WRITE(blog::kOrdinary, "%s", std::string(5000, 'x').c_str());
+    const std::vector<std::string> lines = logLines();
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_THAT(lines[0], testing::EndsWith(" O two breaks at its end"));
+    EXPECT_THAT(lines[1], testing::EndsWith(" O a break\\x0Aand a \\x01 inside"));
+    EXPECT_THAT(lines[2], testing::EndsWith(std::string(5000, 'x')));
+}
+
+TEST(TheHostsLog, WritesNoLineAboveItsLevel) {
+    BLOG_WRITE(blog::kTrace, "%s", "trace");
+    BLOG_WRITE(blog::kAlways, "%s", "always");
+    BLOG_WRITE(blog::kFailure, "%s", "failure");
+    BLOG_WRITE(blog::kUnsupported, "%s", "unsupported");
+    const std::vector<std::string> lines = logLines();
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_THAT(lines[0], testing::EndsWith(" * always"));
+    EXPECT_THAT(lines[1], testing::EndsWith(" F failure"));
+    EXPECT_THAT(lines[2], testing::EndsWith(" W unsupported"));
+}
+
+TEST(TheHostsLog, KeepsLinesOfManyThreadsWhole) {
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([thread] {
+            for (int count = 0; count < 200; ++count) {
+                BLOG_WRITE(blog::kOrdinary, "<%s>", std::string(300, static_cast<char>('a' + thread)).c_str());
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    const std::vector<std::string> lines = logLines();
+    ASSERT_EQ(lines.size(), 800U);
+    for (const std::string& line : lines) {
+        const std::size_t at = line.find('<');
+        ASSERT_NE(at, std::string::npos);
+        EXPECT_EQ(line.substr(at), "<" + std::string(300, line[at + 1]) + ">");
+    }
+}
+
+TEST(TheHostsLog, DumpsBytesInRows) {
+    const std::uint8_t bytes[] = {'A', 0x00, 0xFF, 'z', 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 'Q'};
+    dump_memory("Title: ", bytes, sizeof bytes, 1);
+    const std::vector<std::string> lines = logLines();
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_THAT(lines[0], testing::HasSubstr("Title:  (1), 17 bytes"));
+    EXPECT_THAT(lines[1], testing::HasSubstr("0000  41 00 FF 7A 01 02 03 04 05 06 07 08 09 0A 0B 0C  A..z"));
+    EXPECT_THAT(lines[2], testing::HasSubstr("0010  51"));
+}
+
+TEST(TheHostsLog, NamesAPathsLastPart) {
+    EXPECT_STREQ(blog_base_name("/a/b/c.cpp"), "c.cpp");
+    EXPECT_STREQ(blog_base_name("c.cpp"), "c.cpp");
+    EXPECT_STREQ(blog_base_name("a/"), "");
+    EXPECT_STREQ(blog_base_name(nullptr), "");
+}
+
+TEST(ASectionQueue, CarriesSectionsBitExactAndInOrder) {
+    const std::string name = queueName("exact");
+    const std::unique_ptr<IPCMessageQueue> reader(IPCMessageQueue::create(name, kMessageSize, kMessages));
+    ASSERT_TRUE(reader);
+    const std::unique_ptr<IPCMessageQueue> writer(IPCMessageQueue::open(name));
+    ASSERT_TRUE(writer);
+    Reader received;
+    for (const std::size_t size : {0U, 3U, 188U, 1024U, 4093U, 4096U}) {
+        std::vector<std::uint8_t> section(size);
+        for (std::size_t at = 0; at < size; ++at) {
+            section[at] = static_cast<std::uint8_t>(at * 7);
+        }
+        ASSERT_TRUE(sendSection(*writer, "session", section));
+        reader->Receive(received.message);
+        EXPECT_EQ(received.message.sessionName, "session");
+        EXPECT_EQ(received.section(), section);
+    }
+}
+
+TEST(ASectionQueue, IsFullAfterItsMessagesAndNeverWaits) {
+    const std::string name = queueName("full");
+    const std::unique_ptr<IPCMessageQueue> reader(IPCMessageQueue::create(name, kMessageSize, kMessages));
+    const std::unique_ptr<IPCMessageQueue> writer(IPCMessageQueue::open(name));
+    for (std::size_t count = 0; count < kMessages; ++count) {
+        ASSERT_TRUE(sendSection(*writer, "s", {1, 2, 3}));
+    }
+    EXPECT_FALSE(sendSection(*writer, "s", {1, 2, 3}));
+    Reader received;
+    reader->Receive(received.message);
+    EXPECT_TRUE(sendSection(*writer, "s", {1, 2, 3}));
+}
+
+TEST(ASectionQueue, RefusesASectionThatDoesNotFit) {
+    const std::unique_ptr<IPCMessageQueue> queue(IPCMessageQueue::create(queueName("fit"), kMessageSize, kMessages));
+    EXPECT_FALSE(sendSection(*queue, "s", std::vector<std::uint8_t>(5000)));
+    EXPECT_THAT(logLines().back(), testing::HasSubstr("does not fit 4500 bytes; dropped"));
+}
+
+TEST(ASectionQueue, DropsBytesThatAreNoSectionMessageWithALine) {
+    const std::string name = queueName("bytes");
+    const std::unique_ptr<IPCMessageQueue> reader(IPCMessageQueue::create(name, kMessageSize, kMessages));
+    const std::unique_ptr<IPCMessageQueue> writer(IPCMessageQueue::open(name));
+    boost::interprocess::message_queue raw(boost::interprocess::open_only, name.c_str());
+    raw.send("garbage", 7, 0);
+    ASSERT_TRUE(sendSection(*writer, "good", {1}));
+    Reader received;
+    reader->Receive(received.message);
+    EXPECT_EQ(received.message.sessionName, "good");
+    EXPECT_THAT(logLines().back(), testing::HasSubstr("no message of its kind; dropped"));
+}
+
+TEST(ASectionQueue, ThatNobodyMadeIsNotOpened) {
+    EXPECT_EQ(IPCMessageQueue::open(queueName("none")), nullptr);
+}
+
+TEST(ASectionQueue, GoesWithItsCreator) {
+    const std::string name = queueName("gone");
+    delete IPCMessageQueue::create(name, kMessageSize, kMessages);
+    EXPECT_EQ(IPCMessageQueue::open(name), nullptr);
+}
+
+TEST(ASectionQueue, OfAKilledProcessIsRemovedWhenTheNextIsMade) {
+    const pid_t child = fork();
+    if (child == 0) {
+        IPCMessageQueue::create(queueName("killed"), kMessageSize, kMessages);
+        raise(SIGKILL);
+    }
+    waitpid(child, nullptr, 0);
+    char name[64];
+    std::snprintf(name, sizeof name, "SECTION-%08X-killed", static_cast<unsigned int>(child));
+    const std::unique_ptr<IPCMessageQueue> before(IPCMessageQueue::open(name));
+    EXPECT_TRUE(before);
+    const std::unique_ptr<IPCMessageQueue> next(IPCMessageQueue::create(queueName("next"), kMessageSize, kMessages));
+    EXPECT_EQ(IPCMessageQueue::open(name), nullptr);
+}

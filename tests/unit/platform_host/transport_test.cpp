@@ -1,0 +1,326 @@
+// The transport between processes: connecting, sending, losing the other side, and bytes that are not messages.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+
+#include <fstream>
+#include <iterator>
+#include <memory>
+
+#include "eventually.h"
+#include "members.h"
+#include "run_directory.h"
+
+namespace {
+
+const std::string& runDirectory() {
+    return OwnRunDirectory::instance().path();
+}
+const std::string kMade = runDirectory();
+
+using toy::Member;
+constexpr int kClient = frame::CouplingModeClient;
+constexpr int kService = frame::CouplingModeService;
+
+std::string logText() {
+    std::ifstream file(runDirectory() + "/log");
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/// A client that knows nothing of envelopes.
+class RawClient {
+public:
+    explicit RawClient(const std::string& name) : descriptor(socket(AF_UNIX, SOCK_SEQPACKET, 0)) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const std::string path = runDirectory() + "/" + name + ".sock";
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        good = connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    }
+    RawClient(const RawClient&) = delete;
+    RawClient& operator=(const RawClient&) = delete;
+    ~RawClient() { close(descriptor); }
+    void send(const std::vector<std::uint8_t>& bytes) {
+        EXPECT_EQ(::send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
+    }
+    bool good = false;
+
+private:
+    int descriptor;
+};
+
+/// A whole packet of the toy command, as it stands on the socket.
+std::vector<std::uint8_t> goodPacket() {
+    return {'D',  'T',  'V', '1', 0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0,    100, 0, 0, 0, 1, 0, 0, 0, 0,   0xFF, 0xFF,
+            0xFF, 0xFF, 0,   0,   0,    15,   7,    0,    0, 1, 0x2C, 0,   0, 0, 2, 0, 0, 0, 0, 'h', 'i'};
+}
+
+pid_t startServiceProcess(const std::string& name) {
+    const pid_t child = fork();
+    if (child == 0) {
+        Member service(kService, name);
+        if (service.start() != 0) {
+            _exit(1);
+        }
+        while (true) {
+            pause();
+        }
+    }
+    return child;
+}
+
+void killAndReap(pid_t child) {
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+}
+
+}  // namespace
+
+TEST(TheTransport, CarriesAMessageEachWay) {
+    Member service(kService);
+    Member client(kClient);
+    ASSERT_EQ(service.start(), 0);
+    ASSERT_EQ(client.start(), 0);
+    EXPECT_EQ(client.send(0x12345678, std::string("a\0b", 3)), 0);
+    ASSERT_TRUE(eventually([&] { return service.received().size() == 1; }));
+    EXPECT_EQ(service.received()[0].number, 0x12345678U);
+    EXPECT_EQ(service.received()[0].text, std::string("a\0b", 3));
+    EXPECT_EQ(service.received()[0].peer, service.lastPeer);
+    EXPECT_EQ(service.send(9, "back"), 0);
+    ASSERT_TRUE(eventually([&] { return client.received().size() == 1; }));
+    EXPECT_EQ(client.received()[0].text, "back");
+}
+
+TEST(TheTransport, CarriesWhatIsSentRightAfterTheStart) {
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    Member client(kClient);
+    ASSERT_EQ(client.start(), 0);
+    EXPECT_EQ(client.send(1), 0);
+    EXPECT_TRUE(eventually([&] { return service.received().size() == 1; }));
+}
+
+TEST(TheTransport, KeepsTheOrderOfTenThousandMessages) {
+    Member service(kService);
+    Member client(kClient);
+    ASSERT_EQ(service.start(), 0);
+    ASSERT_EQ(client.start(), 0);
+    constexpr std::uint32_t kCount = 10000;
+    for (std::uint32_t number = 0; number < kCount; ++number) {
+        ASSERT_EQ(client.send(number, "some text that fills the socket"), 0);
+    }
+    ASSERT_TRUE(eventually([&] { return service.received().size() == kCount; }));
+    const std::vector<toy::Message> received = service.received();
+    for (std::uint32_t number = 0; number < kCount; ++number) {
+        ASSERT_EQ(received[number].number, number);
+    }
+}
+
+TEST(TheTransport, AnswersOneOfItsClientsOrTellsAll) {
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    Member first(kClient);
+    ASSERT_EQ(first.start(), 0);
+    ASSERT_TRUE(eventually([&] { return service.connected == 1; }));
+    const std::uint32_t firstPeer = service.lastPeer;
+    Member second(kClient);
+    ASSERT_EQ(second.start(), 0);
+    ASSERT_TRUE(eventually([&] { return service.connected == 2; }));
+    EXPECT_EQ(service.send(1, "to one", firstPeer), 0);
+    EXPECT_EQ(service.send(2, "to all"), 0);
+    ASSERT_TRUE(eventually([&] { return first.received().size() == 2 && second.received().size() == 1; }));
+    EXPECT_EQ(second.received()[0].number, 2U);
+    EXPECT_LT(service.send(3, "to nobody", 4711), 0);
+}
+
+TEST(TheTransport, RefusesSendsAtOnceWhileTheServiceIsAway) {
+    Member client(kClient);
+    ASSERT_EQ(client.start(), 0);
+    EXPECT_LT(client.send(1), 0);
+    ASSERT_TRUE(eventually([&] { return client.failed == 1; }));
+    EXPECT_EQ(client.connected, 0);
+}
+
+TEST(TheTransport, FindsAServiceThatComesLater) {
+    Member client(kClient);
+    ASSERT_EQ(client.start(), 0);
+    ASSERT_TRUE(eventually([&] { return client.failed == 1; }));
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    ASSERT_TRUE(eventually([&] { return client.connected == 1; }));
+    EXPECT_EQ(client.send(1), 0);
+    EXPECT_TRUE(eventually([&] { return service.received().size() == 1; }));
+    EXPECT_EQ(client.failed, 1);
+}
+
+TEST(TheTransport, ComesBackByItselfAfterItsServiceWasKilled) {
+    Member client(kClient, "killed");
+    pid_t process = startServiceProcess("killed");
+    ASSERT_EQ(client.start(), 0);
+    for (int round = 1; round <= 3; ++round) {
+        ASSERT_TRUE(eventually([&] { return client.connected == round; }));
+        EXPECT_EQ(client.send(1), 0);
+        killAndReap(process);
+        ASSERT_TRUE(eventually([&] { return client.disconnected == round; }));
+        EXPECT_LT(client.send(2), 0);
+        process = startServiceProcess("killed");
+    }
+    killAndReap(process);
+}
+
+TEST(TheTransport, TellsTheServiceOfAClientThatGoes) {
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    {
+        Member client(kClient);
+        ASSERT_EQ(client.start(), 0);
+        ASSERT_TRUE(eventually([&] { return service.connected == 1; }));
+    }
+    EXPECT_TRUE(eventually([&] { return service.disconnected == 1; }));
+    EXPECT_EQ(service.send(1), 0) << "telling nobody is no failure";
+}
+
+TEST(TheTransport, RefusesASecondServiceOfTheSameName) {
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    Member second(kService);
+    EXPECT_LT(second.start(), 0);
+    EXPECT_THAT(logText(), testing::HasSubstr("another service runs under this name"));
+    Member client(kClient);
+    ASSERT_EQ(client.start(), 0);
+    EXPECT_EQ(client.send(1), 0);
+}
+
+TEST(TheTransport, TakesOverWhatAKilledServiceLeft) {
+    const pid_t process = startServiceProcess("left");
+    ASSERT_TRUE(eventually([] { return RawClient("left").good; }));
+    killAndReap(process);
+    Member service(kService, "left");
+    EXPECT_EQ(service.start(), 0);
+    EXPECT_TRUE(RawClient("left").good);
+}
+
+TEST(TheTransport, DropsWhatIsNoMessageAndGoesOn) {
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    RawClient raw("toy");
+    ASSERT_TRUE(raw.good);
+    const std::vector<std::uint8_t> good = goodPacket();
+    raw.send({1});
+    raw.send(std::vector<std::uint8_t>(200, 0xEE));
+    for (std::size_t length = 1; length < good.size(); ++length) {
+        raw.send({good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length)});
+    }
+    for (std::size_t at = 0; at < good.size() - 2; ++at) {
+        std::vector<std::uint8_t> changed = good;
+        changed[at] ^= 0x80;
+        raw.send(changed);
+    }
+    raw.send(good);
+    ASSERT_TRUE(eventually([&] {
+        const std::vector<toy::Message> received = service.received();
+        return !received.empty() && received.back().text == "hi" && received.back().number == 300;
+    }));
+    EXPECT_EQ(service.disconnected, 0);
+    EXPECT_THAT(logText(), testing::HasSubstr("shorter than an envelope; dropped"));
+}
+
+TEST(TheTransport, LogsTheFirstBadMessageOfAPeerAlone) {
+    Member service(kService, "once");
+    ASSERT_EQ(service.start(), 0);
+    {
+        RawClient raw("once");
+        for (int count = 0; count < 50; ++count) {
+            raw.send({9, 9, 9});
+        }
+    }
+    ASSERT_TRUE(eventually([&] { return service.disconnected == 1; }));
+    const std::string log = logText();
+    std::size_t lines = 0;
+    for (std::size_t at = log.find("packet of 3 bytes"); at != std::string::npos;
+         at = log.find("packet of 3 bytes", at + 1)) {
+        ++lines;
+    }
+    EXPECT_EQ(lines, 1U);
+    EXPECT_THAT(log, testing::HasSubstr("50 messages were dropped in all"));
+}
+
+TEST(TheTransport, RefusesAMessageThatFitsNoPacket) {
+    Member service(kService);
+    Member client(kClient);
+    ASSERT_EQ(service.start(), 0);
+    ASSERT_EQ(client.start(), 0);
+    EXPECT_LT(client.send(1, std::string(std::size_t{8} << 20U, 'x')), 0);
+    EXPECT_EQ(client.send(2), 0);
+    EXPECT_TRUE(eventually([&] { return service.received().size() == 1; }));
+}
+
+TEST(TheTransport, CutsAStalledClientOffAndServesTheOthers) {
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    const RawClient stalled("toy");
+    Member client(kClient);
+    ASSERT_EQ(client.start(), 0);
+    ASSERT_TRUE(eventually([&] { return service.connected == 2; }));
+    const std::string text(4096, 'x');
+    std::uint32_t sent = 0;
+    ASSERT_TRUE(eventually([&] {
+        constexpr int kBurst = 64;
+        for (int count = 0; count < kBurst; ++count) {
+            EXPECT_EQ(service.send(sent++, text), 0);
+        }
+        return service.disconnected == 1;
+    }));
+    EXPECT_TRUE(eventually([&] { return client.received().size() == sent; }));
+    EXPECT_THAT(logText(), testing::HasSubstr("has stalled"));
+}
+
+TEST(TheTransport, MayBeStoppedFromInsideAHandler) {
+    Member service(kService);
+    Member client(kClient);
+    ASSERT_EQ(service.start(), 0);
+    ASSERT_EQ(client.start(), 0);
+    client.stopFromHandler = true;
+    ASSERT_TRUE(eventually([&] { return service.connected == 1; }));
+    EXPECT_EQ(service.send(1), 0);
+    ASSERT_TRUE(eventually([&] { return client.disconnected == 1; }));
+    EXPECT_LT(client.send(1), 0);
+}
+
+TEST(TheTransport, RunsNoHandlerOnceItIsStopped) {
+    Member service(kService);
+    Member client(kClient);
+    ASSERT_EQ(service.start(), 0);
+    ASSERT_EQ(client.start(), 0);
+    ASSERT_TRUE(eventually([&] { return service.connected == 1; }));
+    service.send(1);
+    EXPECT_EQ(client.stop(), 0);
+    const std::size_t received = client.received().size();
+    service.send(2);
+    EXPECT_EQ(client.received().size(), received);
+    EXPECT_LT(client.send(1), 0);
+    EXPECT_EQ(client.start(), 0);
+    EXPECT_TRUE(eventually([&] { return client.connected == 2; }));
+}
+
+TEST(TheRunDirectory, AdmitsItsOwnerAlone) {
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    struct stat found {};
+    ASSERT_EQ(stat((runDirectory() + "/toy.sock").c_str(), &found), 0);
+    EXPECT_EQ(found.st_mode & 0777U, 0600U);
+    ASSERT_EQ(stat(runDirectory().c_str(), &found), 0);
+    EXPECT_EQ(found.st_mode & 0777U, 0700U);
+}
+
+TEST(TheRunDirectory, IsRefusedWhenItIsOpenToOthers) {
+    ASSERT_EQ(chmod(runDirectory().c_str(), 0755), 0);
+    Member service(kService);
+    EXPECT_LT(service.start(), 0);
+    ASSERT_EQ(chmod(runDirectory().c_str(), 0700), 0);
+    EXPECT_THAT(logText(), testing::HasSubstr("is open to others (mode 755, 700 needed)"));
+}
