@@ -139,7 +139,8 @@ AbstractMarshallingImpl::AbstractMarshallingImpl(int couplingMode) : couplingMod
 AbstractMarshallingImpl::~AbstractMarshallingImpl() = default;
 
 int AbstractMarshallingImpl::performSetupDone() {
-    return AbstractApplication::performSetupDone();
+    const int base = AbstractApplication::performSetupDone();
+    return base < 0 ? base : platform_common::setUpIOService(ioService);
 }
 
 int AbstractMarshallingImpl::performStarting() {
@@ -148,8 +149,9 @@ int AbstractMarshallingImpl::performStarting() {
 }
 
 int AbstractMarshallingImpl::performStopping() {
-    platform_common::stopIOService(ioService);
-    return AbstractApplication::performStopping();
+    const int stopped = platform_common::stopIOService(ioService);
+    const int base = AbstractApplication::performStopping();
+    return stopped < 0 ? stopped : base;
 }
 
 int AbstractMarshallingImpl::setLmqIOModule(frameLmqIOService* service) {

@@ -66,7 +66,7 @@ int IOService::send(const frame::MsgIds& ids, const frame::MsgMeta& header, cons
 }
 
 int IOService::start() {
-    if (thread.joinable() || wakeUp < 0) {
+    if (thread.joinable() || !ready()) {
         return -EALREADY;
     }
     stopping = false;
@@ -110,14 +110,19 @@ frameLmqIOService* createIOService(frame::AbstractMarshallingImpl& owner) {
     return new frameLmqIOService{std::make_shared<host::IOService>(owner)};
 }
 
+int setUpIOService(frameLmqIOService* service) {
+    return service == nullptr || service->service->ready() ? 0 : -EMFILE;
+}
+
 int startIOService(frameLmqIOService* service) {
     return service == nullptr ? -EINVAL : service->service->start();
 }
 
-void stopIOService(frameLmqIOService* service) {
+int stopIOService(frameLmqIOService* service) {
     if (service != nullptr) {
         service->service->stop();
     }
+    return 0;
 }
 
 void destroyIOService(frameLmqIOService* service) {

@@ -29,6 +29,8 @@ public:
     int registerHandler(const frame::MsgMeta& header, frameLmqMessageHandler handler, void* context,
                         const ovxEndianTable* table);
     int send(const frame::MsgIds& ids, const frame::MsgMeta& header, const ovxEndianTable& table, const void* record);
+    /// Whether the service could be made whole.
+    bool ready() const { return wakeUp >= 0; }
     int start();
     void stop();
 

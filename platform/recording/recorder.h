@@ -23,7 +23,9 @@ struct Recorder {
     std::vector<Registration> registrations;
     std::vector<LogLine> log;
     std::vector<MemoryDump> dumps;
+    int setUpResult = 0;
     int startResult = 0;
+    int stopResult = 0;
     int threadCreateResult = 0;
     bool queueCreationFails = false;
 

@@ -96,7 +96,9 @@ void reset() {
     recorder.sendResult = 0;
     recorder.log.clear();
     recorder.dumps.clear();
+    recorder.setUpResult = 0;
     recorder.startResult = 0;
+    recorder.stopResult = 0;
     recorder.threadCreateResult = 0;
     recorder.queueCreationFails = false;
     recorder.logThreshold = 0xFFFF;
@@ -170,6 +172,18 @@ void setStartResult(int result) {
     recorder.startResult = result;
 }
 
+void setSetUpResult(int result) {
+    Recorder& recorder = Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    recorder.setUpResult = result;
+}
+
+void setStopResult(int result) {
+    Recorder& recorder = Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    recorder.stopResult = result;
+}
+
 }  // namespace recording
 
 namespace platform_common {
@@ -187,12 +201,21 @@ int startIOService(frameLmqIOService* service) {
     return recorder.startResult;
 }
 
+int setUpIOService(frameLmqIOService*) {
+    recording::Recorder& recorder = recording::Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    return recorder.setUpResult;
+}
+
 /// An empty turn of the injection thread: what was injected before has been handled.
-void stopIOService(frameLmqIOService* service) {
+int stopIOService(frameLmqIOService* service) {
     if (service != nullptr && service->started) {
         service->started = false;
         recording::onInjectionThread([] {});
     }
+    recording::Recorder& recorder = recording::Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    return recorder.stopResult;
 }
 
 void destroyIOService(frameLmqIOService* service) {

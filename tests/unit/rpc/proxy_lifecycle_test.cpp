@@ -128,6 +128,29 @@ TEST_F(AProxyAsAMember, ReturnsAFailedStartOfItsBaseWithALine) {
                                                                      "Parent class performStarting() returned -5.\n")));
 }
 
+TEST_F(AProxyAsAMember, ReturnsAFailedSetupOfItsBaseWithALineAndPublishesNothing) {
+    Proxy proxy;
+    recording::reset();
+    recording::setSetUpResult(-6);
+    EXPECT_EQ(proxy.setupDone(), -6);
+    EXPECT_THAT(recording::log(),
+                testing::ElementsAre(called("performSetupDone"),
+                                     logged::plain(0x5F03E8, kProxyFile, "performSetupDone",
+                                                   "Parent class performSetupDone() returned -6.\n")));
+    boost::shared_ptr<frame::Interface> found;
+    EXPECT_LT(frame::Process::getInstance().getInterfaceReference(found, kName), 0);
+}
+
+TEST_F(AProxyAsAMember, ReturnsAFailedStopOfItsBaseWithALine) {
+    Proxy proxy;
+    recording::reset();
+    recording::setStopResult(-7);
+    EXPECT_EQ(proxy.stop(), -7);
+    EXPECT_THAT(recording::log(), testing::ElementsAre(called("performStopping"),
+                                                       logged::plain(0x5F03E8, kProxyFile, "performStopping",
+                                                                     "Parent class performStopping() returned -7.\n")));
+}
+
 TEST_F(AProxyAsAMember, StartsAndStopsWithALineEach) {
     Proxy proxy;
     proxy.setLmqIOModule(recording::ioService());

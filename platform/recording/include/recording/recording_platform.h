@@ -94,8 +94,10 @@ std::uint64_t formattedLines();
 
 // --- lifecycle, threads, queues ------------------------------------------------------------------------------------
 
-/// What starting an I/O service returns from now on.
+/// What setting up, starting and stopping an I/O service return from now on.
+void setSetUpResult(int result);
 void setStartResult(int result);
+void setStopResult(int result);
 /// What creating a thread returns from now on, when not 0; no thread is created then.
 void setThreadCreateResult(int error);
 /// Lets the creation of section queues fail.
