@@ -28,7 +28,7 @@ public:
 
 private:
     struct Closer {
-        void operator()(std::FILE* file) const { std::fclose(file); }
+        void operator()(std::FILE* closing) const { std::fclose(closing); }
     };
     PacketFile(std::string newPath, std::FILE* newFile);
 

@@ -62,13 +62,8 @@ std::vector<std::uint8_t> goodPacket() {
 pid_t startServiceProcess(const std::string& name) {
     const pid_t child = fork();
     if (child == 0) {
-        Member service(kService, name);
-        if (service.start() != 0) {
-            _exit(1);
-        }
-        while (true) {
-            pause();
-        }
+        execl(TOY_SERVICE, TOY_SERVICE, name.c_str(), nullptr);
+        _exit(127);
     }
     return child;
 }
