@@ -1,6 +1,7 @@
 // Printing events.
 #include "printer.h"
 
+#include <algorithm>
 #include <ctime>
 
 #include "si/ait.h"
@@ -46,13 +47,24 @@ std::string hexOf(const std::string& bytes, std::size_t most) {
 }  // namespace
 
 void Printer::head(Clock::time_point time, const char* what, const std::string& text) {
-    const double seconds = std::chrono::duration<double>(time - begin).count();
-    std::fprintf(output, "%8.3f  %-8s %s\n", seconds < 0 ? 0.0 : seconds, what, text.c_str());
+    std::fprintf(output(), "%8.3f  %-8s %s\n", secondsOf(time), what, text.c_str());
+}
+
+double Printer::secondsOf(Clock::time_point time) const {
+    return std::max(0.0, std::chrono::duration<double>(time - begin).count());
+}
+
+void Printer::result(const Operation& operation, const Outcome& outcome) {
+    std::string text = operation.slot;
+    text += outcome.text ? "  " + *outcome.text : "";
+    text += outcome.result ? "  result " + std::to_string(*outcome.result) : "";
+    text += !outcome.text && !outcome.result ? "  done" : "";
+    note(text);
 }
 
 void Printer::note(const std::string& text) {
-    std::fprintf(output, "%s\n", text.c_str());
-    std::fflush(output);
+    std::fprintf(output(), "%s\n", text.c_str());
+    std::fflush(output());
 }
 
 void Printer::print(const Event& event, const std::string& ccid) {
@@ -80,7 +92,7 @@ void Printer::print(const Event& event, const std::string& ccid) {
             head(event.time, "event", text);
         }
     }
-    std::fflush(output);
+    std::fflush(output());
 }
 
 void Printer::printPmt(const Event& event) {
@@ -99,7 +111,7 @@ void Printer::printPmt(const Event& event) {
         if (tag) {
             std::snprintf(tagText, sizeof tagText, "tag %02x", *tag);
         }
-        std::fprintf(output, "%20sPID %4u  type %02x  %-42.42s %-3s %s\n", "", stream.pid, stream.streamType,
+        std::fprintf(output(), "%20sPID %4u  type %02x  %-42.42s %-3s %s\n", "", stream.pid, stream.streamType,
                      si::streamName(stream).c_str(), si::language(stream).c_str(), tagText);
     }
 }
@@ -115,10 +127,10 @@ void Printer::printEit(const Event& event) {
          std::string(eit->sectionNumber == 0 ? "present" : "following") + " of service " +
              std::to_string(eit->serviceId) + ", version " + std::to_string(eit->version) + updateName(event.update));
     if (eit->events.empty()) {
-        std::fprintf(output, "%20sno event\n", "");
+        std::fprintf(output(), "%20sno event\n", "");
     }
     for (const si::Eit::Event& item : eit->events) {
-        std::fprintf(output, "%20s%s  %s\n", "", eventTime(item).c_str(), item.name.c_str());
+        std::fprintf(output(), "%20s%s  %s\n", "", eventTime(item).c_str(), item.name.c_str());
     }
 }
 
@@ -136,8 +148,9 @@ void Printer::printAit(const Event& event) {
              std::to_string(ait->sectionNumber) + "/" + std::to_string(ait->lastSectionNumber));
     for (const si::Ait::Application& application : ait->applications) {
         const std::string name = application.names.empty() ? "(no name)" : application.names.front().text;
-        std::fprintf(output, "%20s%x:%x  %-9s  %s\n%29s%s\n", "", application.organisationId, application.applicationId,
-                     si::controlCodeName(application.controlCode).c_str(), name.c_str(), "", application.url().c_str());
+        std::fprintf(output(), "%20s%x:%x  %-9s  %s\n%29s%s\n", "", application.organisationId,
+                     application.applicationId, si::controlCodeName(application.controlCode).c_str(), name.c_str(), "",
+                     application.url().c_str());
     }
 }
 

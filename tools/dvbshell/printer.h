@@ -7,18 +7,28 @@
 #include <string>
 
 #include "events.h"
+#include "operations.h"
 
 namespace dvbshell {
 
 class Printer {
 public:
     /// Times are shown since the printer was made.
-    explicit Printer(std::FILE* newOutput) : output(newOutput) {}
+    explicit Printer(std::FILE* newOutput) : output_(newOutput) {}
+    Printer(const Printer&) = delete;
+    Printer& operator=(const Printer&) = delete;
+    virtual ~Printer() = default;
 
     /// `ccid` is what the library says of the current channel, for channel changes.
-    void print(const Event& event, const std::string& ccid);
+    virtual void print(const Event& event, const std::string& ccid);
     /// A line of the shell's own.
-    void note(const std::string& text);
+    virtual void note(const std::string& text);
+    /// What an operation gave back.
+    virtual void result(const Operation& operation, const Outcome& outcome);
+
+protected:
+    std::FILE* output() const { return output_; }
+    double secondsOf(Clock::time_point time) const;
 
 private:
     void head(Clock::time_point time, const char* what, const std::string& text);
@@ -27,7 +37,7 @@ private:
     void printAit(const Event& event);
     void printUnreadable(const Event& event, const char* what, const std::string& error);
 
-    std::FILE* output;
+    std::FILE* output_;
     Clock::time_point begin = Clock::now();
 };
 

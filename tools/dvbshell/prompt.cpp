@@ -1,0 +1,166 @@
+// Reading lines.
+#include "prompt.h"
+
+#include <editline/readline.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <thread>
+
+#include "operations.h"
+
+namespace dvbshell {
+
+namespace {
+
+/// Events that belong to a line of a script are shown with it.
+constexpr std::chrono::milliseconds kQuiet{200};
+/// How long the editor looks for events between two looks for a key.
+constexpr std::chrono::milliseconds kBetweenKeys{20};
+constexpr const char* kPrompt = "dvb> ";
+constexpr const char* kHelp = "help";
+constexpr const char* kQuit = "quit";
+
+void printHelp(Printer& printer) {
+    for (const Operation& operation : operations()) {
+        std::string line = synopsis(operation);
+        line.resize(std::max<std::size_t>(line.size() + 2, 52), ' ');
+        printer.note(line + operation.help);
+    }
+    printer.note("help, quit");
+}
+
+/// What the line editor's hooks work on; they come without a context.
+struct Session {
+    Host& host;
+    Printer& printer;
+    EventQueue& queue;
+};
+Session* theSession = nullptr;
+
+/// False at the end of the conversation.
+bool runLine(Session& session, const std::string& line, bool& good) {
+    const std::vector<std::string> words = splitWords(line);
+    good = true;
+    if (words.empty()) {
+        return true;
+    }
+    if (words[0] == kQuit) {
+        return false;
+    }
+    if (words[0] == kHelp) {
+        printHelp(session.printer);
+    } else {
+        good = runOperation(session.host, session.printer, words);
+    }
+    return true;
+}
+
+char* nextName(const char* begin, int state) {
+    static std::size_t index;
+    index = state == 0 ? 0 : index;
+    while (index < operations().size()) {
+        const char* const name = operations()[index++].name;
+        if (std::strncmp(name, begin, std::strlen(begin)) == 0) {
+            return strdup(name);
+        }
+    }
+    return nullptr;
+}
+
+/// The first word is an operation's name; arguments are not completed.
+char** completeName(const char* word, int start, int) {
+    rl_attempted_completion_over = 1;
+    return start == 0 ? rl_completion_matches(word, nextName) : nullptr;
+}
+
+/// Called again and again while the editor waits for a key: shows events above the line being typed.
+int showEvents() {
+    std::optional<Event> event = theSession->queue.take(Clock::now() + kBetweenKeys);
+    if (event) {
+        std::printf("\r\033[K");
+        for (; event; event = theSession->queue.take(Clock::now())) {
+            theSession->printer.print(*event, theSession->host.api.getCurrentCCID());
+        }
+        rl_forced_update_display();
+    }
+    return 0;
+}
+
+void converse(Session& session) {
+    theSession = &session;
+    rl_readline_name = "dvbshell";
+    rl_attempted_completion_function = completeName;
+    rl_event_hook = showEvents;
+    using_history();
+    while (char* const line = readline(kPrompt)) {
+        const std::string text = line;
+        std::free(line);
+        if (!text.empty()) {
+            add_history(text.c_str());
+        }
+        bool good = true;
+        if (!runLine(session, text, good)) {
+            return;
+        }
+    }
+}
+
+int runScript(Session& session) {
+    int result = 0;
+    for (std::string line; std::getline(std::cin, line);) {
+        bool good = true;
+        if (!runLine(session, line, good)) {
+            break;
+        }
+        result = good ? result : 1;
+        while (const std::optional<Event> event = session.queue.take(Clock::now() + kQuiet)) {
+            session.printer.print(*event, session.host.api.getCurrentCCID());
+        }
+    }
+    return result;
+}
+
+}  // namespace
+
+bool runOperation(Host& host, Printer& printer, const std::vector<std::string>& words) {
+    const Operation* const operation = findOperation(words[0]);
+    if (operation == nullptr) {
+        printer.note("unknown operation " + words[0] + "; help lists them");
+        return false;
+    }
+    Values values;
+    std::string error;
+    if (!parseValues(*operation, {words.begin() + 1, words.end()}, values, error)) {
+        printer.note(error);
+        return false;
+    }
+    printer.result(*operation, operation->call(host, values));
+    return true;
+}
+
+void awaitChannel(Host& host) {
+    constexpr std::chrono::milliseconds kLongest{500};
+    constexpr std::chrono::milliseconds kBetweenLooks{5};
+    const Clock::time_point end = Clock::now() + kLongest;
+    int onid = 0;
+    int tsid = 0;
+    int sid = 0;
+    while (host.api.getCurrentChannelInfo(onid, tsid, sid) != 0 && Clock::now() < end) {
+        std::this_thread::sleep_for(kBetweenLooks);
+    }
+}
+
+int runPrompt(Host& host, EventQueue& queue, Printer& printer) {
+    Session session{host, printer, queue};
+    awaitChannel(host);
+    if (isatty(STDIN_FILENO) == 0) {
+        return runScript(session);
+    }
+    converse(session);
+    return 0;
+}
+
+}  // namespace dvbshell

@@ -1,0 +1,20 @@
+// The prompt: operations typed one a line, with history and completion, while events are shown as they come.
+// Threads: one; it waits for the terminal and the event queue together.   Blocks: until the input ends.
+#pragma once
+
+#include "events.h"
+#include "operations.h"
+#include "printer.h"
+
+namespace dvbshell {
+
+/// Runs one operation by its words; false when they are none, with a line that says why.
+bool runOperation(Host& host, Printer& printer, const std::vector<std::string>& words);
+
+/// Connects, and waits a moment for the current channel: its report is no event of the listener's.
+void awaitChannel(Host& host);
+
+/// Reads operations from standard input until it ends or "quit"; 0, or 1 when input that is no terminal had a bad line.
+int runPrompt(Host& host, EventQueue& queue, Printer& printer);
+
+}  // namespace dvbshell
