@@ -1,0 +1,204 @@
+// The shell's table of operations, its words and arguments, its output.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <set>
+
+#include "demo.h"
+#include "json_printer.h"
+#include "operations.h"
+#include "prompt.h"
+#include "tables.h"
+
+namespace {
+
+using namespace dvbshell;
+
+const tsmake::Multiplex kSample = tsmake::sampleMultiplex();
+
+std::string errorOf(const std::string& line) {
+    const std::vector<std::string> words = splitWords(line);
+    Values values;
+    std::string error;
+    EXPECT_FALSE(parseValues(*findOperation(words[0]), {words.begin() + 1, words.end()}, values, error)) << line;
+    return error;
+}
+
+Values valuesOf(const std::string& line) {
+    const std::vector<std::string> words = splitWords(line);
+    Values values;
+    std::string error;
+    EXPECT_TRUE(parseValues(*findOperation(words[0]), {words.begin() + 1, words.end()}, values, error)) << error;
+    return values;
+}
+
+/// What a printer writes.
+class Output {
+public:
+    Output() : file(open_memstream(&text, &size)) {}
+    Output(const Output&) = delete;
+    Output& operator=(const Output&) = delete;
+    ~Output() {
+        std::fclose(file);
+        std::free(text);
+    }
+    std::string written() {
+        std::fflush(file);
+        return {text, size};
+    }
+    std::FILE* stream() { return file; }
+
+private:
+    char* text = nullptr;
+    std::size_t size = 0;
+    std::FILE* file;
+};
+
+Event sectionEvent(EventKind kind, const char* name, const tsmake::Section& section) {
+    Event event;
+    event.kind = kind;
+    event.name = name;
+    event.onid = 1;
+    event.tsid = 1025;
+    event.sid = 28107;
+    event.section.assign(section.begin(), section.end());
+    return event;
+}
+
+}  // namespace
+
+TEST(TheShellsTable, HasARowForEverySlotOfTheInterface) {
+    std::set<std::string> slots;
+    std::set<std::string> names;
+    for (const Operation& operation : operations()) {
+        slots.insert(operation.slot);
+        EXPECT_TRUE(names.insert(operation.name).second) << operation.name;
+    }
+    // tuneToService stands for two slots, by triplet and by descriptor.
+    EXPECT_EQ(operations().size(), 25U);
+    EXPECT_THAT(
+        slots, testing::ElementsAre("addListener", "connectCa", "disconnectCa", "getCurrentCCID",
+                                    "getCurrentChannelInfo", "getCurrentDsd", "notifyMwhbStart", "removeListener",
+                                    "selectComponent", "sendApplicationStartedFailed",
+                                    "sendApplicationStartedSucceeded", "sendDrmMessage", "sendOpAppInstallStatus",
+                                    "sendPtsRequest", "setAudioSource", "startOSDDetection", "startTemiTimelineRequest",
+                                    "stopOSDDetection", "stopTemiTimelineRequest", "triggerAitRestart",
+                                    "tuneToComponent", "tuneToService", "unselectComponent", "vbStartDtvInfoRequest"));
+}
+
+TEST(AnArgument, IsTakenAtTheEndsOfItsRange) {
+    EXPECT_EQ(valuesOf("select -2147483648")[0].asInt(), -2147483647 - 1);
+    EXPECT_EQ(valuesOf("select 2147483647")[0].asInt(), 2147483647);
+    EXPECT_EQ(valuesOf("pts 4294967295")[0].asU32(), 4294967295U);
+    EXPECT_EQ(valuesOf("ca-connect 18446744073709551615")[0].number, 18446744073709551615ULL);
+    EXPECT_EQ(valuesOf("ca-disconnect 0xffff")[0].asU16(), 65535);
+    EXPECT_EQ(valuesOf("tune-dsd 5A000b 1 0")[0].text, std::string("\x5A\x00\x0B", 3));
+    EXPECT_EQ(valuesOf("audio-source \"two words\"")[0].text, "two words");
+    EXPECT_EQ(valuesOf("audio-source \"\"")[0].text, "");
+}
+
+TEST(AnArgument, ThatIsWrongIsNamedWithWhatItMayBe) {
+    EXPECT_EQ(errorOf("select 2147483648"),
+              "select: TYPE: \"2147483648\" is not a number from -2147483648 to 2147483647");
+    EXPECT_EQ(errorOf("pts -1"), "pts: REQUEST: \"-1\" is not a number from 0 to 4294967295");
+    EXPECT_EQ(errorOf("pts 1x"), "pts: REQUEST: \"1x\" is not a number from 0 to 4294967295");
+    EXPECT_EQ(errorOf("ca-disconnect 65536"), "ca-disconnect: SLOT: \"65536\" is not a number from 0 to 65535");
+    EXPECT_EQ(errorOf("tune-dsd 5A0 1 0"), "tune-dsd: DSD: \"5A0\" is not bytes in hexadecimal");
+    EXPECT_EQ(errorOf("tune-dsd zz 1 0"), "tune-dsd: DSD: \"zz\" is not bytes in hexadecimal");
+    EXPECT_EQ(errorOf("temi-start 1 2"), "temi-start takes 3 arguments: temi-start FIRST SECOND THIRD");
+}
+
+TEST(APrinter, ShowsASectionThatCannotBeReadAsItsBytes) {
+    Output output;
+    Printer printer(output.stream());
+    Event event;
+    event.kind = EventKind::pmt;
+    event.section = "bad";
+    printer.print(event, "");
+    EXPECT_THAT(output.written(), testing::HasSubstr("cannot be read: PMT section: only 3 bytes: 626164"));
+}
+
+TEST(APrinter, AlignsWhatATableHolds) {
+    Output output;
+    Printer printer(output.stream());
+    printer.print(
+        sectionEvent(EventKind::eit, "onEITSectionUpdated", tsmake::eitSection(kSample, kSample.services[1], false)),
+        "");
+    EXPECT_THAT(output.written(),
+                testing::HasSubstr("EIT      present of service 28107, version 0\n"
+                                   "                    2026-01-01 09:00-10:00 UTC  Die große Küche\n"));
+}
+
+TEST(AJsonPrinter, WritesOneObjectALineWithTheSectionReadAndInHexadecimal) {
+    Output output;
+    JsonPrinter printer(output.stream());
+    printer.print(sectionEvent(EventKind::ait, "onAITSectionUpdated", tsmake::aitSection(kSample.services[1])), "");
+    const std::string line = output.written();
+    EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1);
+    EXPECT_THAT(line, testing::StartsWith("{\"event\":\"onAITSectionUpdated\","));
+    EXPECT_THAT(line, testing::HasSubstr("\"url\":\"https://zwei.example/hbbtv/start.html\""));
+    EXPECT_THAT(line, testing::HasSubstr("\"section\":\"74"));
+}
+
+TEST(AJsonPrinter, EscapesWhatAPeerSends) {
+    Output output;
+    JsonPrinter printer(output.stream());
+    Event event;
+    event.name = "onDrmResultReply";
+    event.values = {{"message", std::string("a\"b\\c\n\x01\xFF", 8)}};
+    printer.print(event, "");
+    EXPECT_THAT(output.written(), testing::HasSubstr("\"message\":\"a\\\"b\\\\c\\n\\u0001\xEF\xBF\xBD\""));
+}
+
+TEST(AJsonPrinter, WritesAnOperationsResult) {
+    Output output;
+    JsonPrinter printer(output.stream());
+    printer.result(*findOperation("pts"), {-107, std::nullopt});
+    printer.result(*findOperation("dtv-info"), {});
+    EXPECT_EQ(output.written(),
+              "{\"operation\":\"sendPtsRequest\",\"result\":-107}\n{\"operation\":\"vbStartDtvInfoRequest\"}\n");
+}
+
+TEST(AServiceList, IsReadAsTheServiceWritesIt) {
+    std::vector<ListedService> services;
+    std::string error;
+    ASSERT_TRUE(parseServiceList("1:2:3\tpmt\thbbtv\tA name\n0:2:4\tnopmt\tno-hbbtv\t\n", services, error)) << error;
+    ASSERT_EQ(services.size(), 2U);
+    EXPECT_TRUE(services[0].hasPmt && services[0].signalsAit);
+    EXPECT_EQ(services[0].name, "A name");
+    EXPECT_FALSE(services[1].hasPmt || services[1].signalsAit);
+    EXPECT_FALSE(parseServiceList("1:2\tpmt\thbbtv\tx\n", services, error));
+    EXPECT_EQ(error, "\"1:2\tpmt\thbbtv\tx\" is no line of a service list");
+}
+
+TEST(TheDemonstration, TunesToServicesWithApplicationsFirstAndToOneWithoutAPmtAtMost) {
+    std::vector<ListedService> listed;
+    std::string error;
+    ASSERT_TRUE(
+        parseServiceList("1:1:1\tnopmt\tno-hbbtv\ta\n1:1:2\tpmt\tno-hbbtv\tb\n1:1:3\tpmt\thbbtv\tc\n"
+                         "1:1:4\tnopmt\tno-hbbtv\td\n",
+                         listed, error));
+    std::vector<std::string> names;
+    for (const ListedService& service : chooseServices(listed)) {
+        names.push_back(service.name);
+    }
+    EXPECT_THAT(names, testing::ElementsAre("c", "b", "a"));
+}
+
+TEST(AnEventQueue, GivesWhatTheListenerHeardInOrder) {
+    EventQueue queue;
+    const auto listener = makeListener(queue);
+    listener->OnChannelChanged(true, 1, 2, 3);
+    listener->onAITSectionUpdated(4, 5, 6, "ait");
+    listener->onPtsNotify(7, 8);
+    const auto now = Clock::now();
+    const std::optional<Event> channel = queue.take(now);
+    ASSERT_TRUE(channel);
+    EXPECT_EQ(channel->kind, EventKind::channel);
+    EXPECT_EQ(channel->sid, 3);
+    EXPECT_EQ(queue.take(now)->section, "ait");
+    EXPECT_EQ(queue.take(now)->values.at(1).second, "8");
+    EXPECT_FALSE(queue.take(now));
+}
