@@ -1,0 +1,83 @@
+// What the storage of a channel takes, and what it tells from it.
+#include "ait_fixture.h"
+
+using velmora::dvbservice::AITStorage;
+
+namespace {
+
+constexpr const char* kFile = "browser_AIT_storage.cpp";
+
+}  // namespace
+
+TEST(AnAitStorage, StoresASectionOnce) {
+    AITStorage storage(aitBytes(1, 0, 1, 100));
+    EXPECT_EQ(storage.getAITSectionCount(), 2);
+    EXPECT_FALSE(storage.saveAITSection(aitBytes(1, 0, 1, 100)));
+    EXPECT_TRUE(storage.saveAITSection(aitBytes(1, 1, 1, 101)));
+    EXPECT_EQ(storage.getAITSection(0).data, aitBytes(1, 0, 1, 100));
+    EXPECT_EQ(storage.getAITSection(1).data, aitBytes(1, 1, 1, 101));
+}
+
+TEST(AnAitStorage, WritesWhatItDoesWithASection) {
+    recording::reset();
+    AITStorage storage(aitBytes(3, 0, 1, 0xABCDEF01));
+    EXPECT_THAT(messagesOf(kFile),
+                testing::ElementsAre("AIT version changed: 0 -> 3\n", "Add AIT Section: 0/1, ver: 3,crc:ABCDEF01\n"));
+    EXPECT_THAT(messagesOf("aitsection.cpp"),
+                testing::ElementsAre("DumpAITSection: ver:3,sn:0/1,crc:ABCDEF01(valid:0)\n"));
+    recording::reset();
+    storage.saveAITSection(aitBytes(3, 0, 1, 0xABCDEF01));
+    EXPECT_THAT(messagesOf(kFile), testing::ElementsAre("No Need to update Section: 0/1, ver: 3,crc:ABCDEF01\n"));
+}
+
+TEST(AnAitStorage, KeepsItsCountAtZeroForAFirstVersionOfZero) {
+    AITStorage storage(aitBytes(0, 0, 2, 1));
+    EXPECT_EQ(storage.getAITSectionCount(), 0);
+    EXPECT_TRUE(storage.getAITSection(0).valid);
+    EXPECT_TRUE(storage.saveAITSection(aitBytes(1, 0, 4, 2)));
+    EXPECT_EQ(storage.getAITSectionCount(), 5);
+}
+
+TEST(AnAitStorage, GoesByTheCrcAlone) {
+    AITStorage storage(aitBytes(1, 0, 0, 1));
+    Bytes otherContent = aitBytes(1, 0, 0, 1);
+    otherContent[9] ^= 0xFF;
+    EXPECT_FALSE(storage.saveAITSection(otherContent));
+    EXPECT_TRUE(storage.saveAITSection(aitBytes(1, 0, 0, 2)));
+}
+
+TEST(AnAitStorage, NotesANewVersionEvenWhenTheCrcIsTheSame) {
+    AITStorage storage(aitBytes(1, 0, 0, 1));
+    EXPECT_FALSE(storage.saveAITSection(aitBytes(2, 0, 5, 1)));
+    EXPECT_EQ(storage.getAITSectionCount(), 6);
+    EXPECT_EQ(storage.getAITSection(0).version, 1);
+}
+
+TEST(AnAitStorage, DoesNotClearTheSlotsOfAnOldVersion) {
+    AITStorage storage(aitBytes(1, 0, 1, 1));
+    storage.saveAITSection(aitBytes(1, 1, 1, 2));
+    storage.saveAITSection(aitBytes(2, 0, 1, 3));
+    EXPECT_EQ(storage.getAITSection(1).version, 1);
+    EXPECT_TRUE(storage.getAITSection(1).valid);
+}
+
+TEST(AnAitStorage, TakesTwelveSectionsAndRefusesTheNextWithADump) {
+    AITStorage storage(aitBytes(1, 11, 20, 1));
+    EXPECT_TRUE(storage.getAITSection(11).valid);
+    recording::reset();
+    EXPECT_FALSE(storage.saveAITSection(aitBytes(2, 12, 30, 2)));
+    ASSERT_EQ(recording::dumps().size(), 1U);
+    EXPECT_EQ(recording::dumps()[0].title, "Too many AIT sections in this channel?");
+    EXPECT_EQ(recording::dumps()[0].bytes, aitBytes(2, 12, 30, 2));
+    EXPECT_EQ(recording::dumps()[0].value, 12);
+    EXPECT_EQ(storage.getAITSectionCount(), 21) << "nothing changes, the version neither";
+}
+
+TEST(AnAitStorage, GivesItsLastSlotForAnIndexAboveIt) {
+    AITStorage storage(aitBytes(1, 11, 11, 1));
+    recording::reset();
+    EXPECT_EQ(&storage.getAITSection(12), &storage.getAITSection(11));
+    EXPECT_THAT(
+        recording::logOf("getAITSection"),
+        testing::ElementsAre(logged::tagged(kFailure, kTag, kFile, "getAITSection", "AIT section index over flow.\n")));
+}
