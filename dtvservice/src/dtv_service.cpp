@@ -42,6 +42,17 @@ int DtvService::cmdTuneToService(frame::MsgIds& ids, const frame::TransportInfo&
     return 0;
 }
 
+/// Nothing is heard from this service, so every source is as good as another, and the change is over at once.
+int DtvService::cmdSetAudioSource(frame::MsgIds& ids, const frame::TransportInfo&, unsigned int session,
+                                  const std::string& source) {
+    BLOG_TAGGED(blog::kOrdinary, "audio source \"%s\", session %u\n", source.c_str(), session);
+    loop.post([this, ids, session]() mutable {
+        constexpr int kDone = 0;
+        events->onSetAudioSourceFinished(ids, kNoTransport, session, kDone);
+    });
+    return 0;
+}
+
 int DtvService::cmdTriggerServiceInfoAcquire(frame::MsgIds& ids, const frame::TransportInfo&) {
     loop.post([this, ids] { tellServiceInfo(ids); });
     return 0;

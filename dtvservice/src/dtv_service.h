@@ -24,6 +24,8 @@ public:
 
     int cmdTuneToService(frame::MsgIds& ids, const frame::TransportInfo& transport,
                          const lo::browserdvbservice::TuneInfoChannel& channel) override;
+    int cmdSetAudioSource(frame::MsgIds& ids, const frame::TransportInfo& transport, unsigned int session,
+                          const std::string& source) override;
     int cmdTriggerServiceInfoAcquire(frame::MsgIds& ids, const frame::TransportInfo& transport) override;
     int cmdSendPMTCache(frame::MsgIds& ids, const frame::TransportInfo& transport) override;
     int cmdTriggerAitReparse(frame::MsgIds& ids, const frame::TransportInfo& transport) override;

@@ -145,6 +145,13 @@ TEST_F(ABrowser, GetsPmtAndAitAgainWhenItAsks) {
     EXPECT_TRUE(sectionArrives(EventKind::ait, tsmake::aitSection(kSample.services[0])));
 }
 
+TEST_F(ABrowser, IsToldOfTheEndOfAnAudioSourceChange) {
+    const ServiceProcess service;
+    ASSERT_TRUE(connected());
+    EXPECT_EQ(api->setAudioSource("broadcast"), 0);
+    EXPECT_EQ(api->setAudioSource("broadband"), 0);
+}
+
 TEST_F(ABrowser, FindsARefusedCommandByNameInTheServicesLog) {
     const ServiceProcess service;
     ASSERT_TRUE(connected());

@@ -128,15 +128,28 @@ TEST_F(AnEvent, IsTracedOnlyWhereItIsNamedSo) {
     }
 }
 
-TEST_F(AnEvent, CarriesASectionOfAnyLength) {
+TEST_F(AnEvent, CarriesTextOfAnyLengthAndAnyBytes) {
+    const auto u16 = [](int value) { return static_cast<unsigned short>(value); };
     for (const std::size_t length : {std::size_t{0}, std::size_t{1}, std::size_t{4096}}) {
-        const std::string section(length, 'Z');
-        injectEvent<messages::OnEitDataChange>(1, section);
+        // Every second byte is zero, the first included.
+        std::string text(length, '\0');
         std::string hex = std::to_string(length) + ":";
-        for (std::size_t count = 0; count < length; ++count) {
-            hex += "5A";
+        for (std::size_t at = 0; at < length; ++at) {
+            text[at] = at % 2 == 0 ? '\0' : 'Z';
+            hex += at % 2 == 0 ? "00" : "5A";
         }
-        EXPECT_EQ(listener->calls().back(), "onEITSectionUpdated(1, " + hex + ")");
+        const auto expectLast = [&](const std::string& call) { EXPECT_EQ(listener->calls().back(), call); };
+        injectEvent<messages::OnEitDataChange>(1, text);
+        expectLast("onEITSectionUpdated(1, " + hex + ")");
+        injectEvent<messages::OnPmtDataChange>(u16(1), u16(2), u16(3), 4, text);
+        expectLast("onPMTSectionUpdated(1, 2, 3, 4, " + hex + ")");
+        injectEvent<messages::OnDATagsServicePmtDataChange>(u16(1), u16(2), u16(3), 4, text);
+        expectLast("onDATagsServicePmtSectionUpdated(1, 2, 3, 4, " + hex + ")");
+        injectEvent<messages::OnAitChannelInfoUpdated>(static_cast<short>(0), u16(1), u16(2), u16(3));
+        injectEvent<messages::OnAitSectionAvailable>(text);
+        expectLast("onAITSectionUpdated(1, 2, 3, " + hex + ")");
+        injectEvent<messages::OnDrmResultReply>(1ULL, static_cast<unsigned char>(2), text, u16(3));
+        expectLast("onDrmResultReply(1, 2, " + hex + ", 3)");
     }
 }
 

@@ -1,0 +1,127 @@
+// The section-data channel and its delivery thread.
+#include "eventually.h"
+#include "filter_fixture.h"
+
+namespace {
+
+constexpr const char* kFile = "browser_dvb_service_sections.cpp";
+
+class ADelivery : public AFilter {
+protected:
+    std::string queue() { return BrowserDVBServiceTestAccess::queueName(*service); }
+    void openFilter(const std::string& session, unsigned int pid = 100) {
+        answerWith(0);
+        ASSERT_EQ(service->startSection(&client, session, pid, nullptr, nullptr, 0), 0);
+    }
+    bool delivered(std::size_t count) {
+        return eventually([&] { return client.sections().size() == count; });
+    }
+};
+
+}  // namespace
+
+TEST_F(ADelivery, MakesQueueAndThreadOnceAndTellsTheirName) {
+    EXPECT_TRUE(service->createIPCChannelForSectionData());
+    EXPECT_EQ(recording::sent().size(), 1U);
+    const recording::SentMessage sent = recording::sent()[0];
+    EXPECT_EQ(sent.header.messageId, 0x28671242U);
+    EXPECT_EQ(sent.wire[3], 53U) << "SECTION- and 45 characters";
+    EXPECT_EQ(std::string(sent.wire.begin() + 24, sent.wire.end()), queue());
+    EXPECT_TRUE(recording::waitForLog("thread_proc_section_data create Signal 1"));
+    EXPECT_THAT(
+        messagesOf("createIPCChannelForSectionData"),
+        testing::ElementsAre("Wait thread_proc_section_data create 0\n\n", "thread_proc_section_data create OK 2\n\n"));
+    recording::reset();
+    EXPECT_TRUE(service->createIPCChannelForSectionData());
+    EXPECT_TRUE(lines().empty());
+    EXPECT_TRUE(recording::sent().empty());
+}
+
+TEST_F(ADelivery, GoesOnWithoutAQueueAndTriesAgainLater) {
+    recording::setQueueCreationFails(true);
+    EXPECT_FALSE(service->createIPCChannelForSectionData());
+    EXPECT_THAT(messagesOf("createIPCChannelForSectionData"),
+                testing::ElementsAre("Failed to create IPC message queue[" + queue() + "] \n\n"));
+    recording::setQueueCreationFails(false);
+    EXPECT_TRUE(service->createIPCChannelForSectionData());
+}
+
+TEST_F(ADelivery, HandsEachSectionToTheClientOfItsFilterBitExact) {
+    openFilter("a", 0x111);
+    openFilter("b", 0x222);
+    std::size_t count = 0;
+    for (const std::size_t size : {3U, 188U, 1024U, 4093U, 4096U}) {
+        std::vector<std::uint8_t> section(size);
+        for (std::size_t at = 0; at < size; ++at) {
+            section[at] = static_cast<std::uint8_t>(at * 13 + size);
+        }
+        ASSERT_TRUE(recording::writeSection(queue(), size % 2 == 0 ? "a" : "b", section));
+        ASSERT_TRUE(delivered(++count));
+        EXPECT_EQ(client.sections().back().bytes, section);
+        EXPECT_EQ(client.sections().back().session, size % 2 == 0 ? "a" : "b");
+        EXPECT_EQ(client.sections().back().pid, size % 2 == 0 ? 0x111U : 0x222U);
+    }
+}
+
+TEST_F(ADelivery, DropsASectionOfAnUnknownSessionWithoutAWord) {
+    openFilter("a");
+    recording::reset();
+    ASSERT_TRUE(recording::writeSection(queue(), "unknown", {1, 2, 3}));
+    ASSERT_TRUE(recording::writeSection(queue(), "a", {4}));
+    ASSERT_TRUE(delivered(1));
+    EXPECT_EQ(client.sections()[0].bytes, std::vector<unsigned char>{4});
+    EXPECT_TRUE(lines().empty());
+}
+
+TEST_F(ADelivery, DropsASectionOfAClientThatIsNotThere) {
+    answerWith(0);
+    service->startSection(nullptr, "null", 1, nullptr, nullptr, 0);
+    ASSERT_TRUE(recording::writeSection(queue(), "null", {1}));
+    EXPECT_TRUE(recording::waitForLog("Invalid Message for Client: (nil)\n"));
+    service->createIPCChannelForSectionData();
+    service->saveFilter(FilterParameter::create(&client, "unregistered", 1, nullptr, nullptr, 0));
+    recording::reset();
+    ASSERT_TRUE(recording::writeSection(queue(), "unregistered", {1}));
+    EXPECT_TRUE(recording::waitForLog("Invalid Message for Client: " + pointerText(&client) + "\n"));
+    EXPECT_EQ(recording::logOf("thread_proc_section_data").at(0).level, kFailure);
+    EXPECT_TRUE(client.sections().empty());
+}
+
+TEST_F(ADelivery, LetsAClientCloseItsFilterFromInside) {
+    openFilter("a");
+    std::atomic<int> result{-5};
+    client.reaction = [&] { result = service->stopSection(&client, "a"); };
+    ASSERT_TRUE(recording::writeSection(queue(), "a", {1}));
+    EXPECT_TRUE(eventually([&] { return result == 0; }));
+}
+
+TEST_F(ADelivery, EndsForGoodAfterAReceiveError) {
+    openFilter("a");
+    ASSERT_TRUE(recording::failReceive(queue()));
+    EXPECT_TRUE(recording::waitForLog("Failed to received DTV data. Exception occured: "));
+    EXPECT_THAT(recording::logOf("thread_proc_section_data").back(),
+                logged::tagged(kFailure, kTag, kFile, "thread_proc_section_data",
+                               "Failed to received DTV data. Exception occured: Input/output error\n"));
+    recording::reset();
+    openFilter("b");
+    EXPECT_TRUE(messagesOf("createIPCChannelForSectionData").empty()) << "no thread is made again";
+    EXPECT_TRUE(client.sections().empty());
+}
+
+TEST_F(ADelivery, RefusesAThreadWithoutItsObject) {
+    EXPECT_EQ(velmora::dvbservice::BrowserDVBService::thread_proc_section_data(nullptr), nullptr);
+    EXPECT_THAT(messagesOf("thread_proc_section_data"), testing::ElementsAre("Invalid Thread data.\n"));
+}
+
+TEST_F(ADelivery, NeverComesThroughTheRetiredEvent) {
+    openFilter("a");
+    recording::reset();
+    injectEvent<messages::OnFilterSectionDataArrived>("a", "bytes", 5U);
+    EXPECT_THAT(messagesOf("onFilterSectionDataArrived"),
+                testing::ElementsAre("Sending section through shared memory is removed due to performance issue. "
+                                     "Please using IPC message instead.\n",
+                                     "session: a, len:5\n"));
+    ASSERT_TRUE(recording::writeSection(queue(), "a", {9}));
+    ASSERT_TRUE(delivered(1));
+    EXPECT_EQ(client.sections()[0].bytes, std::vector<unsigned char>{9});
+}

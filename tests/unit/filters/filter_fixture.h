@@ -1,0 +1,104 @@
+// A service object with filters on the recording platform: what it sends is answered by the test, or at once.
+#pragma once
+
+#include "handshake_clock.h"
+#include "service_fixture.h"
+
+namespace velmora::dvbservice {
+
+/// Looks at what records and service object keep to themselves.
+struct FilterParameterTestAccess {
+    static unsigned int state(const FilterParameter& filter) { return filter.state; }
+    static std::string dataSlot(const FilterParameter& filter) { return filter.dataSlot.get(); }
+};
+struct BrowserDVBServiceTestAccess {
+    static std::size_t waitingResults(BrowserDVBService& service) {
+        const std::lock_guard<std::mutex> lock(service.handshakeLock);
+        return service.filterResults.size();
+    }
+    static std::string queueName(BrowserDVBService& service) { return "SECTION-" + service.sessionName; }
+};
+
+}  // namespace velmora::dvbservice
+
+using velmora::dvbservice::BrowserDVBServiceTestAccess;
+using velmora::dvbservice::FilterParameter;
+using velmora::dvbservice::FilterParameterTestAccess;
+
+/// Keeps the sections that it is given.
+class KeepingSectionClient final : public velmora::dtv::SectionFilterClient {
+public:
+    struct Section {
+        std::string session;
+        unsigned int pid;
+        std::vector<unsigned char> bytes;
+    };
+    std::function<void()> reaction;
+
+    void onSectionData(const std::string& sessionName, unsigned int pid, const unsigned char* data,
+                       unsigned int length) override {
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            kept.push_back({sessionName, pid, {data, data + length}});
+        }
+        if (reaction) {
+            reaction();
+        }
+    }
+    std::vector<Section> sections() const {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return kept;
+    }
+
+private:
+    mutable std::mutex mutex;  // guards kept
+    std::vector<Section> kept;
+};
+
+class AFilter : public AServiceObject {
+protected:
+    ~AFilter() override {
+        velmora::dvbservice::handshakeClock = &velmora::dvbservice::monotonicSeconds;
+        recording::setSendAction(nullptr);
+        // The delivery thread goes on for the life of the process, so its object does as well.
+        static auto* const kept = new std::vector<boost::shared_ptr<velmora::dvbservice::BrowserDVBService>>;
+        kept->push_back(service);
+    }
+
+    /// Answers every open and close with a result, from the thread that sends it.
+    void answerWith(short result) {
+        recording::setSendAction([this, result](const recording::SentMessage& message) {
+            const auto text = [&message](std::size_t fixed) {
+                return std::string(message.wire.begin() + static_cast<std::ptrdiff_t>(fixed), message.wire.end());
+            };
+            frame::MsgIds ids;
+            if (message.header.messageId == 0x28671243) {
+                const unsigned int pid = static_cast<unsigned int>(message.wire[10]) << 8U | message.wire[11];
+                const std::string session = text(28).substr(0, message.wire[3]);
+                service->onBrowserOpenFilterConf(ids, {}, pid, session, result);
+            } else if (message.header.messageId == 0x28671244) {
+                service->onBrowserOCloseFilterConf(ids, {}, text(8), result);
+            }
+            return 0;
+        });
+    }
+    boost::shared_ptr<FilterParameter> recordOf(const std::string& session) {
+        return service->findFilterParameterBySessionName(session);
+    }
+    static std::vector<std::string> messagesOf(const std::string& function) {
+        std::vector<std::string> messages;
+        for (const recording::LogLine& line : recording::logOf(function)) {
+            messages.push_back(line.message);
+        }
+        return messages;
+    }
+    static std::string pointerText(const void* pointer) {
+        char text[32];
+        std::snprintf(text, sizeof text, "%p", pointer);
+        return text;
+    }
+
+    KeepingSectionClient client;
+    const unsigned char match[3] = {0x42, 0x00, 0x01};
+    const unsigned char bits[3] = {0xFF, 0x00, 0xFF};
+};

@@ -1,0 +1,214 @@
+// Opening and closing filters.
+#include <future>
+
+#include "eventually.h"
+#include "filter_fixture.h"
+
+namespace {
+
+constexpr const char* kFile = "browser_dvb_service_handshake.cpp";
+
+/// Time as the test moves it.
+std::atomic<double> testSeconds{0};
+double readTestSeconds() {
+    return testSeconds;
+}
+
+class AHandshake : public AFilter {
+protected:
+    int open(const std::string& session, unsigned int pid = 100) {
+        return service->startSection(&client, session, pid, match, bits, 3);
+    }
+    static void confirmOpen(unsigned int pid, const std::string& session, int result) {
+        injectEvent<messages::OnBrowserOpenFilterConf>(pid, session, static_cast<short>(result));
+    }
+    static void confirmClose(const std::string& session, int result) {
+        injectEvent<messages::OnBrowserOCloseFilterConf>(session, static_cast<short>(result));
+    }
+};
+
+}  // namespace
+
+TEST_F(AHandshake, OpensAFilter) {
+    answerWith(0);
+    EXPECT_EQ(open("session-1", 0x1FFE), 0);
+    const std::vector<recording::SentMessage> sent = recording::sent();
+    ASSERT_EQ(sent.size(), 2U);
+    EXPECT_EQ(sent[0].header.messageId, 0x28671242U) << "the channel's name first";
+    EXPECT_EQ(sent[1].header.messageId, 0x28671243U);
+    EXPECT_EQ(hexText(sent[1].wire), hexText("00000009 00000000 00001FFE 00000003 00000000 00000003 00000000"
+                                             "73657373 696F6E2D 31 420001 FF00FF"));
+    EXPECT_THAT(messagesOf("startSection"),
+                testing::ElementsAre("Open Filter: " + pointerText(&client) + ", 8190,  session-1\n",
+                                     "startSection no error!\n"));
+    EXPECT_TRUE(recordOf("session-1"));
+    EXPECT_TRUE(service->isRegistered(&client));
+    EXPECT_EQ(BrowserDVBServiceTestAccess::waitingResults(*service), 0U);
+}
+
+TEST_F(AHandshake, EndsAtOnceWithARefusalAndLeavesTheRecord) {
+    answerWith(-1);
+    EXPECT_EQ(open("refused"), 1);
+    EXPECT_TRUE(recordOf("refused")) << "only a stop takes it away";
+    EXPECT_TRUE(service->isRegistered(&client));
+    EXPECT_THAT(messagesOf("startSection"), testing::SizeIs(1));
+}
+
+TEST_F(AHandshake, ClosesAFilterAndSaysInUseOfAClientThatIsNot) {
+    answerWith(0);
+    open("a");
+    recording::setSendAction([this](const recording::SentMessage& message) {
+        EXPECT_EQ(message.header.messageId, 0x28671244U);
+        EXPECT_FALSE(recordOf("a")) << "the record goes before the close is sent";
+        frame::MsgIds ids;
+        service->onBrowserOCloseFilterConf(ids, {}, "a", 0);
+        return 0;
+    });
+    recording::sent().clear();
+    EXPECT_EQ(service->stopSection(&client, "a"), 0);
+    EXPECT_THAT(messagesOf("stopSection"), testing::ElementsAre(" Closing  Filter: " + pointerText(&client) + ", a\n",
+                                                                "client is still inuse " + pointerText(&client) + "\n",
+                                                                "stopSection no error!\n"));
+    EXPECT_FALSE(service->isRegistered(&client));
+}
+
+TEST_F(AHandshake, SaysNothingOfAClientThatOwnsAnotherFilter) {
+    answerWith(0);
+    open("a");
+    open("b");
+    EXPECT_EQ(service->stopSection(&client, "a"), 0);
+    EXPECT_THAT(messagesOf("stopSection"), testing::SizeIs(2));
+    EXPECT_TRUE(service->isRegistered(&client));
+}
+
+TEST_F(AHandshake, RefusesToCloseWhatWasNeverOpened) {
+    service->registerClient(&client);
+    recording::reset();
+    EXPECT_EQ(service->stopSection(&client, "unknown"), -1);
+    EXPECT_TRUE(recording::sent().empty());
+    EXPECT_THAT(messagesOf("stopSection"),
+                testing::ElementsAre(" Closing  Filter: " + pointerText(&client) + ", unknown\n",
+                                     "Invalid Filter Session: unknown for " + pointerText(&client) + "\n"));
+    EXPECT_FALSE(service->isRegistered(&client)) << "the client is still offered";
+}
+
+TEST_F(AHandshake, ReportsACloseThatIsRefused) {
+    answerWith(0);
+    open("a");
+    answerWith(5);
+    EXPECT_EQ(service->stopSection(&client, "a"), 1);
+    EXPECT_FALSE(recordOf("a"));
+}
+
+TEST_F(AHandshake, FindsAConfirmationThatCameBeforeTheWait) {
+    confirmClose("early", 0);
+    EXPECT_THAT(messagesOf("onBrowserOCloseFilterConf"),
+                testing::ElementsAre("Filter Close Result :  early, 0, size:1\n"));
+    EXPECT_TRUE(service->waitForStopSectionResult("early"));
+    confirmOpen(7, "early", 0);
+    EXPECT_THAT(messagesOf("onBrowserOpenFilterConf"),
+                testing::ElementsAre("Filter Open Result :  early, 0, size:1\n"));
+    EXPECT_TRUE(service->waitForStartSectionResult(7, "early"));
+}
+
+TEST_F(AHandshake, GivesUpAfterTenSecondsAndLeavesALateConfirmationForGood) {
+    testSeconds = 1000;
+    velmora::dvbservice::handshakeClock = &readTestSeconds;
+    std::future<int> result = std::async(std::launch::async, [this] { return open("late"); });
+    ASSERT_TRUE(recording::waitForSent(2));
+    // Another PID's confirmation wakes the wait and is not taken, nor does ten seconds to the dot end it.
+    testSeconds = 1010;
+    confirmOpen(101, "late", 0);
+    testSeconds = 1010.1;
+    ASSERT_TRUE(eventually([&] {
+        confirmClose("somebody", 0);
+        return result.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    }));
+    EXPECT_EQ(result.get(), 1);
+    EXPECT_THAT(recording::logOf("waitForStartSectionResult"),
+                testing::ElementsAre(logged::tagged(kFailure, kTag, kFile, "waitForStartSectionResult",
+                                                    "Wait response timeout for late,  assume failed.\n")));
+    const std::size_t left = BrowserDVBServiceTestAccess::waitingResults(*service);
+    confirmOpen(100, "late", 0);
+    EXPECT_EQ(BrowserDVBServiceTestAccess::waitingResults(*service), left + 1);
+    EXPECT_TRUE(recordOf("late"));
+}
+
+TEST_F(AHandshake, WakesTwoWaitsAndSatisfiesOne) {
+    std::future<int> first = std::async(std::launch::async, [this] { return open("first"); });
+    ASSERT_TRUE(recording::waitForSent(2));
+    std::future<int> second = std::async(std::launch::async, [this] { return open("second"); });
+    ASSERT_TRUE(recording::waitForSent(3));
+    confirmOpen(100, "second", 0);
+    EXPECT_EQ(second.get(), 0);
+    confirmOpen(100, "first", -1);
+    EXPECT_EQ(first.get(), 1);
+}
+
+TEST_F(AHandshake, NotesWhatTheServiceReportsOfAFilter) {
+    answerWith(0);
+    open("a");
+    recording::reset();
+    injectEvent<messages::OnFilterOpened>("a", "slot");
+    EXPECT_EQ(FilterParameterTestAccess::dataSlot(*recordOf("a")), "slot");
+    EXPECT_EQ(FilterParameterTestAccess::state(*recordOf("a")), 0x01U);
+    injectEvent<messages::OnFilterOpened>("a", "");
+    EXPECT_EQ(FilterParameterTestAccess::state(*recordOf("a")), 0x41U);
+    injectEvent<messages::OnFilterOpened>("b", "slot");
+    EXPECT_THAT(recording::logOf("onFilterOpened"),
+                testing::ElementsAre(logged::tagged(kOrdinary, kTag, kFile, "onFilterOpened", "Filter Opened : a\n"),
+                                     logged::tagged(kOrdinary, kTag, kFile, "onFilterOpened", "Filter Opened : a\n"),
+                                     logged::plain(kFailure, kFile, "onFilterOpened", "Filter Open Failed.\n"),
+                                     logged::tagged(kOrdinary, kTag, kFile, "onFilterOpened", "Filter Opened : b\n"),
+                                     logged::plain(kFailure, kFile, "onFilterOpened", "Filter Not Found.\n")));
+    recording::reset();
+    injectEvent<messages::OnFilterClosed>("a");
+    EXPECT_EQ(FilterParameterTestAccess::state(*recordOf("a")), 0x20U);
+    injectEvent<messages::OnFilterClosed>("b");
+    EXPECT_THAT(messagesOf("onFilterClosed"),
+                testing::ElementsAre("Filter Closed: a\n", "Filter Closed: b\n", "Unknown Filter closed: b\n"));
+}
+
+TEST_F(AHandshake, SendsAPmtRequestWithoutWaiting) {
+    EXPECT_EQ(service->startPMTRequest(&client, "pmt", 28106), 0);
+    const recording::SentMessage sent = recording::sent().back();
+    EXPECT_EQ(sent.header.messageId, 0x28671247U);
+    EXPECT_EQ(hexText(sent.wire), hexText("00000003 00000000 00006DCA 706D74"));
+    EXPECT_TRUE(recordOf("pmt")->mask().empty());
+    EXPECT_THAT(messagesOf("startPMTRequest"),
+                testing::ElementsAre("Start PMT Filter for " + pointerText(&client) + " ,sid:28106, session:pmt \n"));
+    recording::reset();
+    EXPECT_EQ(service->stopPMTRequest(&client, "pmt"), 0);
+    EXPECT_EQ(recording::sent().back().header.messageId, 0x28671248U);
+    EXPECT_THAT(messagesOf("stopPMTRequest"),
+                testing::ElementsAre("Stop PMT Filter: " + pointerText(&client) + ", pmt\n",
+                                     "client is still inuse " + pointerText(&client) + "\n"));
+    EXPECT_FALSE(recordOf("pmt"));
+}
+
+TEST_F(AHandshake, RefusesToStopAPmtRequestWithoutClientOrSession) {
+    EXPECT_EQ(service->stopPMTRequest(nullptr, "pmt"), -1);
+    EXPECT_EQ(service->stopPMTRequest(&client, ""), -1);
+    EXPECT_EQ(service->stopPMTRequest(&client, "unknown"), -1);
+    EXPECT_TRUE(recording::sent().empty());
+    EXPECT_THAT(messagesOf("stopPMTRequest"),
+                testing::ElementsAre("Invalid Client\n", "Invalid Session\n",
+                                     "Stop PMT Filter: " + pointerText(&client) + ", unknown\n",
+                                     " Filter For Session Not Found: unknown for " + pointerText(&client) + "\n"));
+}
+
+TEST_F(AHandshake, TracesRequestsHandlersAndWaits) {
+    answerWith(0);
+    open("a");
+    service->stopSection(&client, "a");
+    injectEvent<messages::OnFilterOpened>("a", "");
+    injectEvent<messages::OnFilterClosed>("a");
+    const std::vector<std::string> traces = logged::traces();
+    for (const char* const function :
+         {"startSection", "stopSection", "waitForStartSectionResult", "waitForStopSectionResult",
+          "onBrowserOpenFilterConf", "onBrowserOCloseFilterConf", "onFilterOpened", "onFilterClosed"}) {
+        EXPECT_THAT(traces, testing::IsSupersetOf(tracePair(function, kFile)));
+    }
+    EXPECT_THAT(traces, testing::IsSupersetOf(tracePair("registerClient", "browser_dvb_service_filters.cpp")));
+    EXPECT_THAT(traces, testing::IsSupersetOf(tracePair("unRegisterClient", "browser_dvb_service_filters.cpp")));
+}
