@@ -77,6 +77,19 @@ std::optional<std::time_t> startTime(const std::uint8_t* field) {
            static_cast<std::time_t>(fromBcd(field[2]) * 3600U + fromBcd(field[3]) * 60U + fromBcd(field[4]));
 }
 
+/// Takes the entries of a table's loop, by number, until there are no more.
+template <typename Get, typename Take>
+void forEachEntry(Get get, Take take) {
+    constexpr int kMostEntries = 256;
+    for (int index = 0; index < kMostEntries; ++index) {
+        auto* const entry = get(static_cast<std::uint8_t>(index));
+        if (entry == nullptr) {
+            return;
+        }
+        take(entry);
+    }
+}
+
 }  // namespace
 
 std::optional<Pat> parsePat(Bytes section, std::string& error) {
@@ -93,15 +106,12 @@ std::optional<Pat> parsePat(Bytes section, std::string& error) {
     pat.version = psi_get_version(bytes.data());
     pat.sectionNumber = psi_get_section(bytes.data());
     pat.lastSectionNumber = psi_get_lastsection(bytes.data());
-    for (int index = 0; index < 256; ++index) {
-        const std::uint8_t* const program = pat_get_program(bytes.data(), static_cast<std::uint8_t>(index));
-        if (program == nullptr) {
-            break;
-        }
-        if (patn_get_program(program) != 0) {
-            pat.programs.push_back({patn_get_program(program), patn_get_pid(program)});
-        }
-    }
+    forEachEntry([&bytes](std::uint8_t index) { return pat_get_program(bytes.data(), index); },
+                 [&pat](const std::uint8_t* program) {
+                     if (patn_get_program(program) != 0) {
+                         pat.programs.push_back({patn_get_program(program), patn_get_pid(program)});
+                     }
+                 });
     return pat;
 }
 
@@ -119,14 +129,12 @@ std::optional<Pmt> parsePmt(Bytes section, std::string& error) {
     pmt.version = psi_get_version(bytes.data());
     pmt.pcrPid = pmt_get_pcrpid(bytes.data());
     pmt.descriptors = descriptorsOf(pmt_get_descs(bytes.data()) + DESCS_HEADER_SIZE, pmt_get_desclength(bytes.data()));
-    for (int index = 0; index < 256; ++index) {
-        std::uint8_t* const stream = pmt_get_es(bytes.data(), static_cast<std::uint8_t>(index));
-        if (stream == nullptr) {
-            break;
-        }
-        pmt.streams.push_back({pmtn_get_streamtype(stream), pmtn_get_pid(stream),
-                               descriptorsOf(pmtn_get_descs(stream) + DESCS_HEADER_SIZE, pmtn_get_desclength(stream))});
-    }
+    forEachEntry([&bytes](std::uint8_t index) { return pmt_get_es(bytes.data(), index); },
+                 [&](std::uint8_t* stream) {
+                     pmt.streams.push_back(
+                         {pmtn_get_streamtype(stream), pmtn_get_pid(stream),
+                          descriptorsOf(pmtn_get_descs(stream) + DESCS_HEADER_SIZE, pmtn_get_desclength(stream))});
+                 });
     return pmt;
 }
 
@@ -146,16 +154,14 @@ std::optional<Sdt> parseSdt(Bytes section, std::string& error) {
     sdt.version = psi_get_version(bytes.data());
     sdt.sectionNumber = psi_get_section(bytes.data());
     sdt.lastSectionNumber = psi_get_lastsection(bytes.data());
-    for (int index = 0; index < 256; ++index) {
-        std::uint8_t* const entry = sdt_get_service(bytes.data(), static_cast<std::uint8_t>(index));
-        if (entry == nullptr) {
-            break;
-        }
-        Sdt::Service service;
-        service.serviceId = sdtn_get_sid(entry);
-        readService(descriptorsOf(sdtn_get_descs(entry) + DESCS_HEADER_SIZE, sdtn_get_desclength(entry)), service);
-        sdt.services.push_back(service);
-    }
+    forEachEntry([&bytes](std::uint8_t index) { return sdt_get_service(bytes.data(), index); },
+                 [&](std::uint8_t* entry) {
+                     Sdt::Service service;
+                     service.serviceId = sdtn_get_sid(entry);
+                     readService(descriptorsOf(sdtn_get_descs(entry) + DESCS_HEADER_SIZE, sdtn_get_desclength(entry)),
+                                 service);
+                     sdt.services.push_back(service);
+                 });
     return sdt;
 }
 
@@ -175,22 +181,20 @@ std::optional<Eit> parseEit(Bytes section, std::string& error) {
     eit.originalNetworkId = eit_get_onid(bytes.data());
     eit.version = psi_get_version(bytes.data());
     eit.sectionNumber = psi_get_section(bytes.data());
-    for (int index = 0; index < 256; ++index) {
-        std::uint8_t* const entry = eit_get_event(bytes.data(), static_cast<std::uint8_t>(index));
-        if (entry == nullptr) {
-            break;
-        }
-        constexpr std::size_t kStartAt = 2;
-        constexpr std::size_t kDurationAt = 7;
-        Eit::Event event;
-        event.eventId = eitn_get_event_id(entry);
-        event.start = startTime(entry + kStartAt);
-        event.durationSeconds = fromBcd(entry[kDurationAt]) * 3600U + fromBcd(entry[kDurationAt + 1]) * 60U +
-                                fromBcd(entry[kDurationAt + 2]);
-        event.runningStatus = eitn_get_running(entry);
-        readShortEvent(descriptorsOf(eitn_get_descs(entry) + DESCS_HEADER_SIZE, eitn_get_desclength(entry)), event);
-        eit.events.push_back(event);
-    }
+    forEachEntry([&bytes](std::uint8_t index) { return eit_get_event(bytes.data(), index); },
+                 [&](std::uint8_t* entry) {
+                     constexpr std::size_t kStartAt = 2;
+                     constexpr std::size_t kDurationAt = 7;
+                     Eit::Event event;
+                     event.eventId = eitn_get_event_id(entry);
+                     event.start = startTime(entry + kStartAt);
+                     event.durationSeconds = fromBcd(entry[kDurationAt]) * 3600U +
+                                             fromBcd(entry[kDurationAt + 1]) * 60U + fromBcd(entry[kDurationAt + 2]);
+                     event.runningStatus = eitn_get_running(entry);
+                     readShortEvent(
+                         descriptorsOf(eitn_get_descs(entry) + DESCS_HEADER_SIZE, eitn_get_desclength(entry)), event);
+                     eit.events.push_back(event);
+                 });
     return eit;
 }
 

@@ -8,6 +8,11 @@
 #include <vector>
 
 #include "browserdvbservice_interfaces.h"
+#include "shown_values.h"
+
+inline std::string shownValue(const _ovxDeserVectorU8_struct& carrier) {
+    return shownBytes(carrier.data, carrier.count);
+}
 
 class RecordingClient : public lo::browserdvbservice::ClientInterface {
 public:
@@ -44,11 +49,7 @@ private:
     template <typename... Values>
     int keep(frame::MsgIds& ids, const frame::TransportInfo& transport, const char* operation,
              const Values&... values) {
-        std::string text = operation;
-        text += "(";
-        [[maybe_unused]] const char* separator = "";
-        ((text += separator, text += shown(values), separator = ", "), ...);
-        text += ")";
+        const std::string text = shownCall(operation, values...);
         {
             const std::lock_guard<std::mutex> lock(mutex);
             heard.push_back({text, &ids, transport});
@@ -57,28 +58,6 @@ private:
             reaction();
         }
         return answer;
-    }
-
-    template <typename Number>
-    static std::string shown(Number number) {
-        return std::to_string(number);
-    }
-    static std::string shown(const std::string& text) {
-        return hexOf(text.data(), text.size());
-    }
-    static std::string shown(const _ovxDeserVectorU8_struct& carrier) {
-        return hexOf(carrier.data, carrier.count);
-    }
-
-    static std::string hexOf(const void* bytes, std::size_t length) {
-        static const char* const kDigits = "0123456789ABCDEF";
-        std::string text = std::to_string(length) + ":";
-        for (std::size_t index = 0; index < length; ++index) {
-            const unsigned char byte = static_cast<const unsigned char*>(bytes)[index];
-            text += kDigits[byte >> 4U];
-            text += kDigits[byte & 0x0FU];
-        }
-        return text;
     }
 
     mutable std::mutex mutex;  // guards heard

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "dvb_service_listener.h"
+#include "shown_values.h"
 
 class RecordingListener : public velmora::dtv::DVBServiceListener {
 public:
@@ -75,11 +76,7 @@ public:
 private:
     template <typename... Values>
     void keep(const char* operation, const Values&... values) {
-        std::string text = operation;
-        text += "(";
-        [[maybe_unused]] const char* separator = "";
-        ((text += separator, text += shown(values), separator = ", "), ...);
-        text += ")";
+        std::string text = shownCall(operation, values...);
         {
             const std::lock_guard<std::mutex> lock(mutex);
             heard.push_back(std::move(text));
@@ -87,21 +84,6 @@ private:
         if (reaction) {
             reaction();
         }
-    }
-
-    template <typename Number>
-    static std::string shown(Number number) {
-        return std::to_string(number);
-    }
-    static std::string shown(const std::string& bytes) {
-        static const char* const kDigits = "0123456789ABCDEF";
-        std::string text = std::to_string(bytes.size()) + ":";
-        for (const char character : bytes) {
-            const auto byte = static_cast<unsigned char>(character);
-            text += kDigits[byte >> 4U];
-            text += kDigits[byte & 0x0FU];
-        }
-        return text;
     }
 
     mutable std::mutex mutex;  // guards heard

@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "hex.h"
 #include "si/ait.h"
 #include "si/tables.h"
 
@@ -54,16 +55,6 @@ void readSection(const Event& event, Json& object) {
     if (!error.empty()) {
         object["unreadable"] = error;
     }
-}
-
-std::string hexOf(const std::string& bytes) {
-    std::string digits;
-    for (const char character : bytes) {
-        char pair[4];
-        std::snprintf(pair, sizeof pair, "%02x", static_cast<unsigned char>(character));
-        digits += pair;
-    }
-    return digits;
 }
 
 void write(std::FILE* output, const Json& object) {

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <limits>
 
+#include "hex.h"
+
 namespace dvbshell {
 
 namespace {
@@ -43,16 +45,6 @@ Outcome gave(int result) {
 }
 Outcome gave(std::string result) {
     return {std::nullopt, std::move(result)};
-}
-
-std::string hexOf(const std::string& bytes) {
-    static const char* const kDigits = "0123456789abcdef";
-    std::string digits;
-    for (const char character : bytes) {
-        digits += kDigits[static_cast<unsigned char>(character) >> 4U];
-        digits += kDigits[static_cast<unsigned char>(character) & 0x0FU];
-    }
-    return digits;
 }
 
 Outcome currentChannel(DvbAPIInterface& api) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <ctime>
 
+#include "hex.h"
 #include "si/ait.h"
 #include "si/tables.h"
 
@@ -32,16 +33,6 @@ std::string eventTime(const si::Eit::Event& event) {
         return "time undefined";
     }
     return clockText(*event.start, "%Y-%m-%d %H:%M") + clockText(*event.start + event.durationSeconds, "-%H:%M UTC");
-}
-
-std::string hexOf(const std::string& bytes, std::size_t most) {
-    std::string text;
-    for (std::size_t at = 0; at < bytes.size() && at < most; ++at) {
-        char digits[4];
-        std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned char>(bytes[at]));
-        text += digits;
-    }
-    return text + (bytes.size() > most ? "..." : "");
 }
 
 }  // namespace
@@ -156,7 +147,9 @@ void Printer::printAit(const Event& event) {
 
 void Printer::printUnreadable(const Event& event, const char* what, const std::string& error) {
     constexpr std::size_t kMostBytes = 32;
-    head(event.time, what, "cannot be read: " + error + ": " + hexOf(event.section, kMostBytes));
+    head(event.time, what,
+         "cannot be read: " + error + ": " + hexOf(event.section.substr(0, kMostBytes)) +
+             (event.section.size() > kMostBytes ? "..." : ""));
 }
 
 }  // namespace dvbshell

@@ -6,6 +6,7 @@
 #include "empty_service_interface.h"
 #include "inject_event.h"
 #include "logged.h"
+#include "some_values.h"
 
 using namespace lo::browserdvbservice;
 
@@ -43,14 +44,6 @@ protected:
 
     boost::shared_ptr<Adapter> adapter{new Adapter};
 };
-
-/// Some values for the parameters of an operation.
-template <typename Interface, typename... Parameters>
-int callWithSomeValues(Interface& target,
-                       int (Interface::*operation)(frame::MsgIds&, const frame::TransportInfo&, Parameters...)) {
-    frame::MsgIds ids;
-    return (target.*operation)(ids, {}, std::decay_t<Parameters>()...);
-}
 
 }  // namespace
 

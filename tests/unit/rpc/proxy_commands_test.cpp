@@ -1,16 +1,11 @@
 // Sending: what reaches the transport for each command, and what of it comes back.
 #include "message_transfer.h"
 #include "proxy_fixture.h"
+#include "some_values.h"
 
 using namespace lo::browserdvbservice;
 
 namespace {
-
-/// Any value of a field's type.
-template <typename Type>
-Type someValue() {
-    return {};
-}
 
 struct ExpectedCommand {
     const char* operation;
@@ -23,14 +18,6 @@ struct ExpectedCommand {
 const ExpectedCommand kExpected[] = {
 #include "expected_messages.inc"
 };
-
-/// Calls an operation with values of its parameters' types.
-template <typename... Parameters>
-int callWithSomeValues(ServiceInterface& service,
-                       int (ServiceInterface::*operation)(frame::MsgIds&, const frame::TransportInfo&, Parameters...),
-                       frame::MsgIds& ids) {
-    return (service.*operation)(ids, {}, someValue<std::decay_t<Parameters>>()...);
-}
 
 /// All 29 commands, in order; their results.
 std::vector<int> callAllCommands(ServiceInterface& service, frame::MsgIds& ids) {

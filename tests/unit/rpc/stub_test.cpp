@@ -2,6 +2,7 @@
 // arrive at its handler.
 #include "browserdvbservice_stub.h"
 #include "proxy_fixture.h"
+#include "some_values.h"
 
 using namespace lo::browserdvbservice;
 
@@ -24,13 +25,6 @@ public:
     void browserConnected(const frame::TransportInfo&) override {}
     void browserDisconnected(const frame::TransportInfo&) override {}
 };
-
-template <typename Interface, typename... Parameters>
-void callWithSomeValues(Interface& target,
-                        int (Interface::*operation)(frame::MsgIds&, const frame::TransportInfo&, Parameters...)) {
-    frame::MsgIds ids;
-    (target.*operation)(ids, {}, std::decay_t<Parameters>()...);
-}
 
 }  // namespace
 
