@@ -35,7 +35,7 @@ const frame::TransportInfo kNoTransport;
 
 }  // namespace
 
-DtvService::DtvService(EventLoop& newLoop, broadcast::Demux& demux) : loop(newLoop), si(demux, *this) {}
+DtvService::DtvService(EventLoop& newLoop, broadcast::Demux& demux) : loop(newLoop), si(demux, *this), filters(demux) {}
 
 int DtvService::cmdTuneToService(frame::MsgIds& ids, const frame::TransportInfo&, const TuneInfoChannel& channel) {
     loop.post([this, ids, channel] { tune(ids, channel); });
@@ -91,6 +91,7 @@ void DtvService::browserConnected(const frame::TransportInfo& peer) {
 
 void DtvService::browserDisconnected(const frame::TransportInfo& peer) {
     BLOG_TAGGED(blog::kOrdinary, "browser %u disconnected\n", peer.peer);
+    loop.post([this, browser = peer.peer] { filters.forget(browser); });
 }
 
 const Channel* DtvService::presentedChannel() const {
@@ -178,6 +179,7 @@ void DtvService::onChannelList() {
 
 /// A set always presents something: until a browser tunes, the first service whose PMT has come.
 void DtvService::onPmt(std::uint16_t serviceId, const Section& section, bool changed) {
+    filters.pmtChanged(serviceId, section);
     const Channel* const channel = si.find(serviceId);
     if (!presented && channel != nullptr) {
         present(*channel);

@@ -9,6 +9,7 @@
 #include "browserdvbservice_stub.h"
 #include "event_loop.h"
 #include "refusing_handler.h"
+#include "section_filters.h"
 #include "si_database.h"
 
 namespace dtvservice {
@@ -29,6 +30,18 @@ public:
     int cmdTriggerServiceInfoAcquire(frame::MsgIds& ids, const frame::TransportInfo& transport) override;
     int cmdSendPMTCache(frame::MsgIds& ids, const frame::TransportInfo& transport) override;
     int cmdTriggerAitReparse(frame::MsgIds& ids, const frame::TransportInfo& transport) override;
+    int cmdUpdateIPCChannelNames(frame::MsgIds& ids, const frame::TransportInfo& transport,
+                                 const std::string& sectionDataChannel, const std::string& unusedChannel,
+                                 const std::string& secondChannel) override;
+    int cmdFilterOpen(frame::MsgIds& ids, const frame::TransportInfo& transport, const std::string& session,
+                      unsigned int pid, const lo::browserdvbservice::OpenFilterMatchMask_t& matchMask) override;
+    int cmdFilterClose(frame::MsgIds& ids, const frame::TransportInfo& transport, const std::string& session) override;
+    int cmdStartPMTRequest(frame::MsgIds& ids, const frame::TransportInfo& transport, const std::string& session,
+                           unsigned int serviceId) override;
+    int cmdStopPMTRequest(frame::MsgIds& ids, const frame::TransportInfo& transport,
+                          const std::string& session) override;
+    int cmdDataReadFinished(frame::MsgIds& ids, const frame::TransportInfo& transport, const std::string& session,
+                            const std::string& dataSlot) override;
     void browserConnected(const frame::TransportInfo& peer) override;
     void browserDisconnected(const frame::TransportInfo& peer) override;
 
@@ -50,6 +63,7 @@ private:
     EventLoop& loop;
     lo::browserdvbservice::ClientInterface* events = nullptr;
     broadcast::SiDatabase si;
+    SectionFilters filters;
     std::optional<std::uint16_t> presented;  // service_id
     std::string toldTriplet;                 // of the presented service, as browsers know it
 };

@@ -31,7 +31,7 @@ std::string lengthText(const std::vector<std::uint8_t>& bytes, std::size_t& at) 
         at = bytes.size();
         return {};
     }
-    const std::string text = toUtf8({bytes.data() + at + 1, bytes[at]});
+    std::string text = toUtf8({bytes.data() + at + 1, bytes[at]});
     at += std::size_t{1} + bytes[at];
     return text;
 }

@@ -2,6 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <mutex>
+#include <set>
+
+#include "dvb_section_interface.h"
 #include "events.h"
 #include "library.h"
 #include "service_process.h"
@@ -18,6 +22,24 @@ using dvbshell::EventKind;
 std::string asText(const tsmake::Section& section) {
     return {section.begin(), section.end()};
 }
+
+/// Keeps the different sections that it is given.
+class CountingSections final : public velmora::dtv::SectionFilterClient {
+public:
+    void onSectionData(const std::string&, unsigned int, const unsigned char* data, unsigned int length) override {
+        const std::lock_guard<std::mutex> lock(mutex);
+        sections.emplace(reinterpret_cast<const char*>(data), length);
+    }
+    std::size_t distinct() const { return all().size(); }
+    std::set<std::string> all() const {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return sections;
+    }
+
+private:
+    mutable std::mutex mutex;  // guards sections
+    std::set<std::string> sections;
+};
 
 class ABrowser : public testing::Test {
 protected:
@@ -150,6 +172,45 @@ TEST_F(ABrowser, IsToldOfTheEndOfAnAudioSourceChange) {
     ASSERT_TRUE(connected());
     EXPECT_EQ(api->setAudioSource("broadcast"), 0);
     EXPECT_EQ(api->setAudioSource("broadband"), 0);
+}
+
+TEST_F(ABrowser, ReceivesTheSectionsOfAFilterFromTheService) {
+    const ServiceProcess service;
+    ASSERT_TRUE(connected());
+    std::string error;
+    auto* const filters = static_cast<velmora::dtv::DVBSectionInterface*>(
+        dvbshell::loadInterface(LIBRARY_FILE, "SectionFilterAPI", error));
+    ASSERT_NE(filters, nullptr) << error;
+    CountingSections everything;
+    CountingSections following;
+    const std::string first = filters->generateSessionName();
+    const std::string second = filters->generateSessionName();
+    // EIT of one service, section_number 1: table_id, service_id, then the byte of version and the section's number.
+    const unsigned char match[] = {0x4E, 0x6D, 0xCA, 0x00, 0x01};
+    const unsigned char bits[] = {0xFF, 0xFF, 0xFF, 0x00, 0xFF};
+    ASSERT_TRUE(filters->startSection(&everything, first, 0x12, nullptr, nullptr, 0));
+    ASSERT_TRUE(filters->startSection(&following, second, 0x12, match, bits, sizeof match));
+    EXPECT_TRUE(eventually([&] { return everything.distinct() == 8 && following.distinct() == 1; }));
+    EXPECT_THAT(following.all(), testing::ElementsAre(asText(tsmake::eitSection(kSample, kSample.services[0], true))));
+    EXPECT_TRUE(filters->stopSection(&everything, first));
+    EXPECT_TRUE(filters->stopSection(&following, second));
+    EXPECT_FALSE(filters->stopSection(&following, second));
+    EXPECT_FALSE(filters->startSection(&everything, first, 0x2000, nullptr, nullptr, 0)) << "no such PID";
+    filters->stopSection(&everything, first);
+}
+
+TEST_F(ABrowser, ReceivesThePmtOfAServiceThatIsNotPresented) {
+    const ServiceProcess service;
+    ASSERT_TRUE(connected());
+    std::string error;
+    auto* const filters = static_cast<velmora::dtv::DVBSectionInterface*>(
+        dvbshell::loadInterface(LIBRARY_FILE, "SectionFilterAPI", error));
+    CountingSections client;
+    const std::string session = filters->generateSessionName();
+    EXPECT_EQ(filters->startPMTRequest(&client, session, 28108), 0);
+    EXPECT_TRUE(eventually([&] { return client.distinct() == 1; }));
+    EXPECT_THAT(client.all(), testing::ElementsAre(asText(tsmake::pmtSection(kSample.services[2]))));
+    EXPECT_EQ(filters->stopPMTRequest(&client, session), 0);
 }
 
 TEST_F(ABrowser, FindsARefusedCommandByNameInTheServicesLog) {

@@ -25,7 +25,7 @@ std::string defaultLibraryPath() {
     return programDirectory() + "/../lib/libbrowserdvbapi.so";
 }
 
-velmora::dtv::DvbAPIInterface* loadDvbApi(const std::string& path, std::string& error) {
+velmora::dtv::IDTVUnknown* loadInterface(const std::string& path, const char* name, std::string& error) {
     void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
         error = "cannot load " + path + ": " + dlerror();
@@ -37,11 +37,14 @@ velmora::dtv::DvbAPIInterface* loadDvbApi(const std::string& path, std::string& 
         return nullptr;
     }
     velmora::dtv::IDTVUnknown* found = nullptr;
-    if (query("DvbAPIInterface", &found) != 0) {
-        error = path + " does not give the interface DvbAPIInterface";
-        return nullptr;
+    if (query(name, &found) != 0) {
+        error = path + " does not give the interface " + name;
     }
-    return static_cast<velmora::dtv::DvbAPIInterface*>(found);
+    return found;
+}
+
+velmora::dtv::DvbAPIInterface* loadDvbApi(const std::string& path, std::string& error) {
+    return static_cast<velmora::dtv::DvbAPIInterface*>(loadInterface(path, "DvbAPIInterface", error));
 }
 
 }  // namespace dvbshell

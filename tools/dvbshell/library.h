@@ -12,6 +12,9 @@ namespace dvbshell {
 /// Where the library is when nobody says: beside the program, in ../lib.
 std::string defaultLibraryPath();
 
+/// Loads the library and gets an interface by its name. Null, with the reason, when that cannot be had.
+velmora::dtv::IDTVUnknown* loadInterface(const std::string& path, const char* name, std::string& error);
+
 /// Loads the library and gets the DVB API. Null, with the reason, when that cannot be had. The library stays loaded.
 velmora::dtv::DvbAPIInterface* loadDvbApi(const std::string& path, std::string& error);
 

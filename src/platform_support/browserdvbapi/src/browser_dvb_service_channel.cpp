@@ -65,7 +65,7 @@ std::string BrowserDVBService::getCurrentCCID() {
 }
 
 std::string BrowserDVBService::getCurrentDsd() {
-    const std::string current = dsd.get();
+    std::string current = dsd.get();
     BLOG_TAGGED(blog::kOrdinary, "Called,Dsd:[%s]\n", current.c_str());
     return current;
 }

@@ -1,0 +1,137 @@
+// Filtering sections and writing them to the browsers' queues.
+#include "section_filters.h"
+
+#include "service_log.h"
+
+namespace dtvservice {
+
+using velmora::msgqueue::IPCMessageQueue;
+using velmora::msgqueue::SectionDataIPCMessage;
+
+namespace {
+
+/// A message over bytes that are not its own.
+class BorrowedSection {
+public:
+    BorrowedSection(const std::string& session, si::Bytes section) {
+        message.sessionName = session;
+        message.dataLength = static_cast<std::uint32_t>(section.size);
+        message.data = const_cast<std::uint8_t*>(section.data);
+    }
+    BorrowedSection(const BorrowedSection&) = delete;
+    BorrowedSection& operator=(const BorrowedSection&) = delete;
+    ~BorrowedSection() { message.data = nullptr; }
+
+    SectionDataIPCMessage message;
+};
+
+}  // namespace
+
+bool passesFilter(si::Bytes section, const std::vector<std::uint8_t>& match, const std::vector<std::uint8_t>& mask) {
+    constexpr std::size_t kLengthBytes = 2;
+    for (std::size_t index = 0; index < match.size(); ++index) {
+        const std::size_t at = index == 0 ? 0 : index + kLengthBytes;
+        if (at >= section.size || ((section.data[at] ^ match[index]) & mask[index]) != 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+SectionFilters::~SectionFilters() {
+    while (!browsers.empty()) {
+        forget(browsers.begin()->first);
+    }
+}
+
+bool SectionFilters::setQueue(Peer peer, const std::string& name) {
+    Browser& browser = browsers[peer];
+    browser.queue.reset(name.empty() ? nullptr : IPCMessageQueue::open(name));
+    return name.empty() || browser.queue != nullptr;
+}
+
+bool SectionFilters::open(Peer peer, const std::string& session, unsigned int pid,
+                          const std::vector<std::uint8_t>& match, const std::vector<std::uint8_t>& mask,
+                          std::string& error) {
+    Browser& browser = browsers[peer];
+    if (pid >= broadcast::kPidCount) {
+        error = "PID " + std::to_string(pid) + " is above 8191";
+    } else if (match.size() != mask.size()) {
+        error = std::to_string(match.size()) + " bytes to match, " + std::to_string(mask.size()) + " of mask";
+    } else if (browser.queue == nullptr) {
+        error = "the browser has no section queue";
+    } else if (browser.filters.count(session) != 0) {
+        error = "the session is open already";
+    } else {
+        browser.filters[session].subscription =
+            demux.subscribe(static_cast<std::uint16_t>(pid), [this, peer, session, match, mask](si::Bytes section) {
+                if (passesFilter(section, match, mask)) {
+                    sendTo(peer, session, section);
+                }
+            });
+        return true;
+    }
+    return false;
+}
+
+void SectionFilters::openPmt(Peer peer, const std::string& session, unsigned int serviceId) {
+    browsers[peer].filters[session].serviceId = serviceId;
+}
+
+bool SectionFilters::close(Peer peer, const std::string& session) {
+    const auto browser = browsers.find(peer);
+    if (browser == browsers.end()) {
+        return false;
+    }
+    const auto filter = browser->second.filters.find(session);
+    if (filter == browser->second.filters.end()) {
+        return false;
+    }
+    demux.unsubscribe(filter->second.subscription);
+    browser->second.filters.erase(filter);
+    return true;
+}
+
+void SectionFilters::forget(Peer peer) {
+    const auto browser = browsers.find(peer);
+    if (browser == browsers.end()) {
+        return;
+    }
+    for (const auto& filter : browser->second.filters) {
+        demux.unsubscribe(filter.second.subscription);
+    }
+    browsers.erase(browser);
+}
+
+void SectionFilters::pmtChanged(unsigned int serviceId, si::Bytes section) {
+    for (const auto& browser : browsers) {
+        for (const auto& filter : browser.second.filters) {
+            if (filter.second.subscription == 0 && filter.second.serviceId == serviceId) {
+                sendTo(browser.first, filter.first, section);
+            }
+        }
+    }
+}
+
+void SectionFilters::sendTo(Peer peer, const std::string& session, si::Bytes section) {
+    const auto browser = browsers.find(peer);
+    if (browser == browsers.end() || browser->second.queue == nullptr) {
+        return;
+    }
+    const BorrowedSection borrowed(session, section);
+    if (!browser->second.queue->TrySend(borrowed.message)) {
+        noteDropped(peer, browser->second);
+    }
+}
+
+void SectionFilters::noteDropped(Peer peer, Browser& browser) {
+    ++browser.dropped;
+    const auto now = std::chrono::steady_clock::now();
+    if (now - browser.lastLine >= std::chrono::seconds(1)) {
+        browser.lastLine = now;
+        BLOG_TAGGED(blog::kUnsupported, "browser %u does not read its sections: %llu dropped so far\n", peer,
+                    static_cast<unsigned long long>(browser.dropped));
+    }
+}
+
+}  // namespace dtvservice

@@ -1,0 +1,129 @@
+// Section filters of the reference service.
+#include "section_filters.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "packets.h"
+#include "recording/recording_platform.h"
+
+namespace {
+
+using dtvservice::passesFilter;
+using velmora::msgqueue::IPCMessageQueue;
+using velmora::msgqueue::SectionDataIPCMessage;
+
+class SomeFilters : public testing::Test {
+protected:
+    SomeFilters() {
+        recording::reset();
+        queue.reset(IPCMessageQueue::create("SECTION-test", 4500, 4));
+        EXPECT_TRUE(filters.setQueue(1, "SECTION-test"));
+    }
+    void feed(std::uint16_t pid, const Bytes& section) {
+        PacketMaker maker(pid);
+        demux.discontinuity();
+        for (const Packet& packet : maker.packets({section})) {
+            demux.feed(broadcast::TsPacket{packet.data()});
+        }
+    }
+    bool open(const std::string& session, unsigned int pid, const Bytes& match = {}, const Bytes& mask = {}) {
+        return filters.open(1, session, pid, match, mask, error);
+    }
+    /// The session that the next section of the queue is for.
+    std::string receive() {
+        SectionDataIPCMessage message;
+        message.data = new std::uint8_t[SectionDataIPCMessage::kBufferSize];
+        queue->Receive(message);
+        return message.sessionName;
+    }
+
+    broadcast::Demux demux;
+    dtvservice::SectionFilters filters{demux};
+    std::unique_ptr<IPCMessageQueue> queue;
+    std::string error;
+};
+
+}  // namespace
+
+TEST(AFilterPattern, SkipsTheTwoBytesOfTheLength) {
+    const Bytes section = {0x4E, 0xF0, 0x0F, 0x6D, 0xCA, 0xC1, 0x01};
+    EXPECT_TRUE(passesFilter(section, {}, {}));
+    EXPECT_TRUE(passesFilter(section, {0x4E}, {0xFF}));
+    EXPECT_FALSE(passesFilter(section, {0x4F}, {0xFF}));
+    EXPECT_TRUE(passesFilter(section, {0x4F}, {0xFE}));
+    EXPECT_TRUE(passesFilter(section, {0x4E, 0x6D, 0xCA}, {0xFF, 0xFF, 0xFF}));
+    EXPECT_FALSE(passesFilter(section, {0x4E, 0xF0}, {0xFF, 0xFF}));
+    EXPECT_TRUE(passesFilter(section, {0x4E, 0x6D, 0xCA, 0xC1, 0x01}, Bytes(5, 0xFF)));
+    EXPECT_FALSE(passesFilter(section, {0x4E, 0x6D, 0xCA, 0xC1, 0x01, 0x00}, Bytes(6, 0xFF))) << "it is shorter";
+}
+
+TEST_F(SomeFilters, OfOnePidEachGetTheirSections) {
+    ASSERT_TRUE(open("all", 100));
+    ASSERT_TRUE(open("one", 100, {0x80, 0x00, 0x07}, {0xFF, 0x00, 0xFF}));
+    feed(100, sectionOf(60, 7));
+    EXPECT_EQ(receive(), "all");
+    EXPECT_EQ(receive(), "one");
+    feed(100, sectionOf(60, 8));
+    feed(100, sectionOf(60, 7));
+    EXPECT_EQ(receive(), "all");
+    EXPECT_EQ(receive(), "all");
+    EXPECT_EQ(receive(), "one");
+}
+
+TEST_F(SomeFilters, GetNothingOnceTheyAreClosed) {
+    ASSERT_TRUE(open("a", 100));
+    ASSERT_TRUE(open("b", 100));
+    EXPECT_TRUE(filters.close(1, "a"));
+    EXPECT_FALSE(filters.close(1, "a"));
+    EXPECT_FALSE(filters.close(2, "b")) << "another browser's";
+    feed(100, sectionOf(60));
+    EXPECT_EQ(receive(), "b");
+}
+
+TEST_F(SomeFilters, AreRefusedWithTheReason) {
+    EXPECT_FALSE(open("a", 8192));
+    EXPECT_EQ(error, "PID 8192 is above 8191");
+    EXPECT_FALSE(open("a", 1, {1}, {}));
+    EXPECT_EQ(error, "1 bytes to match, 0 of mask");
+    ASSERT_TRUE(open("a", 1));
+    EXPECT_FALSE(open("a", 1));
+    EXPECT_EQ(error, "the session is open already");
+    EXPECT_FALSE(filters.open(2, "a", 1, {}, {}, error));
+    EXPECT_EQ(error, "the browser has no section queue");
+    EXPECT_FALSE(filters.setQueue(2, "SECTION-nobody"));
+}
+
+TEST_F(SomeFilters, LoseWhatAStalledBrowserDoesNotReadWithOneLineASecond) {
+    ASSERT_TRUE(open("a", 100));
+    const auto begin = std::chrono::steady_clock::now();
+    for (std::uint8_t seed = 1; seed < 50; ++seed) {
+        feed(100, sectionOf(60, seed));
+    }
+    std::size_t lines = 0;
+    for (const recording::LogLine& line : recording::log()) {
+        lines += line.message.find("does not read its sections: ") != std::string::npos ? 1 : 0;
+    }
+    const auto passed = std::chrono::steady_clock::now() - begin;
+    EXPECT_GE(lines, 1U);
+    EXPECT_LE(lines, 1U + static_cast<std::size_t>(passed / std::chrono::seconds(1)));
+    EXPECT_EQ(receive(), "a");
+}
+
+TEST_F(SomeFilters, GoWithTheirBrowser) {
+    ASSERT_TRUE(open("a", 100));
+    filters.forget(1);
+    feed(100, sectionOf(60));
+    EXPECT_FALSE(filters.close(1, "a"));
+    EXPECT_EQ(demux.counts().packets, 0U) << "nobody follows the PID";
+}
+
+TEST_F(SomeFilters, BringAServicesPmtToWhoAskedForIt) {
+    filters.openPmt(1, "pmt", 28106);
+    const Bytes section = sectionOf(60, 1, 0x02);
+    filters.pmtChanged(28107, section);
+    filters.pmtChanged(28106, section);
+    EXPECT_EQ(receive(), "pmt");
+}
