@@ -181,8 +181,9 @@ TEST_F(ABrowser, ReceivesTheSectionsOfAFilterFromTheService) {
     auto* const filters = static_cast<velmora::dtv::DVBSectionInterface*>(
         dvbshell::loadInterface(LIBRARY_FILE, "SectionFilterAPI", error));
     ASSERT_NE(filters, nullptr) << error;
-    CountingSections everything;
-    CountingSections following;
+    // They outlive the test: a section may be on its way to them while it ends.
+    static auto& everything = *new CountingSections;
+    static auto& following = *new CountingSections;
     const std::string first = filters->generateSessionName();
     const std::string second = filters->generateSessionName();
     // EIT of one service, section_number 1: table_id, service_id, then the byte of version and the section's number.
@@ -205,7 +206,7 @@ TEST_F(ABrowser, ReceivesThePmtOfAServiceThatIsNotPresented) {
     std::string error;
     auto* const filters = static_cast<velmora::dtv::DVBSectionInterface*>(
         dvbshell::loadInterface(LIBRARY_FILE, "SectionFilterAPI", error));
-    CountingSections client;
+    static auto& client = *new CountingSections;
     const std::string session = filters->generateSessionName();
     EXPECT_EQ(filters->startPMTRequest(&client, session, 28108), 0);
     EXPECT_TRUE(eventually([&] { return client.distinct() == 1; }));

@@ -65,6 +65,7 @@ TEST_F(ADelivery, HandsEachSectionToTheClientOfItsFilterBitExact) {
 
 TEST_F(ADelivery, DropsASectionOfAnUnknownSessionWithoutAWord) {
     openFilter("a");
+    ASSERT_TRUE(recording::waitForLog("thread_proc_section_data create Signal 1"));
     recording::reset();
     ASSERT_TRUE(recording::writeSection(queue(), "unknown", {1, 2, 3}));
     ASSERT_TRUE(recording::writeSection(queue(), "a", {4}));
@@ -90,7 +91,7 @@ TEST_F(ADelivery, DropsASectionOfAClientThatIsNotThere) {
 TEST_F(ADelivery, LetsAClientCloseItsFilterFromInside) {
     openFilter("a");
     std::atomic<int> result{-5};
-    client.reaction = [&] { result = service->stopSection(&client, "a"); };
+    client.reaction = [this, &result] { result = service->stopSection(&client, "a"); };
     ASSERT_TRUE(recording::writeSection(queue(), "a", {1}));
     EXPECT_TRUE(eventually([&] { return result == 0; }));
 }

@@ -60,9 +60,11 @@ protected:
     ~AFilter() override {
         velmora::dvbservice::handshakeClock = &velmora::dvbservice::monotonicSeconds;
         recording::setSendAction(nullptr);
-        // The delivery thread goes on for the life of the process, so its object does as well.
+        // The delivery thread goes on for the life of the process, so its object and the client do as well.
         static auto* const kept = new std::vector<boost::shared_ptr<velmora::dvbservice::BrowserDVBService>>;
         kept->push_back(service);
+        static auto* const keptClients = new std::vector<std::shared_ptr<KeepingSectionClient>>;
+        keptClients->push_back(ownedClient);
     }
 
     /// Answers every open and close with a result, from the thread that sends it.
@@ -98,7 +100,8 @@ protected:
         return text;
     }
 
-    KeepingSectionClient client;
+    std::shared_ptr<KeepingSectionClient> ownedClient = std::make_shared<KeepingSectionClient>();
+    KeepingSectionClient& client = *ownedClient;
     const unsigned char match[3] = {0x42, 0x00, 0x01};
     const unsigned char bits[3] = {0xFF, 0x00, 0xFF};
 };

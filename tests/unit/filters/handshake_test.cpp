@@ -10,7 +10,9 @@ constexpr const char* kFile = "browser_dvb_service_handshake.cpp";
 
 /// Time as the test moves it.
 std::atomic<double> testSeconds{0};
+std::atomic<int> readings{0};
 double readTestSeconds() {
+    ++readings;
     return testSeconds;
 }
 
@@ -116,6 +118,8 @@ TEST_F(AHandshake, GivesUpAfterTenSecondsAndLeavesALateConfirmationForGood) {
     velmora::dvbservice::handshakeClock = &readTestSeconds;
     std::future<int> result = std::async(std::launch::async, [this] { return open("late"); });
     ASSERT_TRUE(recording::waitForSent(2));
+    // The wait has noted its begin, and looked once how much has passed.
+    ASSERT_TRUE(eventually([] { return readings >= 2; }));
     // Another PID's confirmation wakes the wait and is not taken, nor does ten seconds to the dot end it.
     testSeconds = 1010;
     confirmOpen(101, "late", 0);

@@ -10,6 +10,7 @@
 
 #include <pthread.h>
 
+#include <atomic>
 #include <boost/shared_ptr.hpp>
 #include <cstdint>
 #include <map>
@@ -60,6 +61,7 @@ public:
 private:
     friend struct BrowserAITCatcherTestAccess;
 
+    bool createWorker(const pthread_attr_t* attributes);
     bool store(const std::string& ccid, const std::vector<std::uint8_t>& section);
 
     boost::shared_ptr<ChannelInfo> currentChannel;                     // guarded by stateLock
@@ -68,6 +70,7 @@ private:
     std::string requestedCCId;                                         // guarded by stateLock
     pthread_mutex_t mutex;
     std::mutex stateLock;
+    std::atomic<int> workers{0};  // replays under way; the destructor waits for them
 };
 
 }  // namespace velmora::dvbservice

@@ -1,6 +1,8 @@
 // The AIT catcher: filing, delivery, and replays.
 #include "browser_AIT_catcher.h"
 
+#include <sched.h>
+
 #include <sstream>
 
 #include "browser_AIT_storage.h"
@@ -17,6 +19,9 @@ namespace {
 constexpr const char* kBlogTag = kTagBrowser;
 constexpr std::size_t kShortestSection = 8;
 constexpr std::size_t kKeyPieces = 3;
+
+/// Whether this thread is a replay's worker.
+thread_local bool insideWorker = false;
 
 /// The pieces between the colons, empty ones included, but not an empty one behind the last colon.
 std::vector<std::string> splitKey(const std::string& ccid) {
@@ -38,7 +43,12 @@ BrowserAITCatcher::BrowserAITCatcher() {
     pthread_mutex_init(&mutex, nullptr);
 }
 
+/// Replays are not joined, but none may outlive the catcher. One that ends the process from inside its client's call is
+/// not waited for: it is the caller.
 BrowserAITCatcher::~BrowserAITCatcher() {
+    while (workers.load(std::memory_order_acquire) > (insideWorker ? 1 : 0)) {
+        sched_yield();
+    }
     pthread_mutex_destroy(&mutex);
 }
 
@@ -125,24 +135,35 @@ void BrowserAITCatcher::thread_proc_AITData() {
         BLOG_TAGGED(blog::kFailure, "pthread_attr_setdetachstate() failed.\n\n");
         chosen = nullptr;
     }
-    pthread_t worker{};
-    const int result = _ovxOsalPOSIX_pthread_create_line(&worker, chosen, &BrowserAITCatcher::AITDataHandler, this,
-                                                         __FILE__, __LINE__);
+    const bool created = createWorker(chosen);
     _ovxOsalPOSIX_pthread_attr_destroy(&attributes);
-    if (result != 0) {
+    if (!created) {
         BLOG_TAGGED(blog::kFailure, "pthread_create() failed.\n\n");
     }
+}
+
+bool BrowserAITCatcher::createWorker(const pthread_attr_t* attributes) {
+    workers.fetch_add(1, std::memory_order_relaxed);
+    pthread_t worker{};
+    if (_ovxOsalPOSIX_pthread_create_line(&worker, attributes, &BrowserAITCatcher::AITDataHandler, this, __FILE__,
+                                          __LINE__) == 0) {
+        return true;
+    }
+    workers.fetch_sub(1, std::memory_order_relaxed);
+    return false;
 }
 
 /// The channel is read when the worker runs: of two quick requests both may replay the later channel.
 void* BrowserAITCatcher::AITDataHandler(void* catcher) {
     auto* const self = static_cast<BrowserAITCatcher*>(catcher);
+    insideWorker = true;
     std::string ccid;
     {
         const std::lock_guard<std::mutex> lock(self->stateLock);
         ccid = self->requestedCCId;
     }
     self->getAITDataAsyc(ccid);
+    self->workers.fetch_sub(1, std::memory_order_release);
     return nullptr;
 }
 
