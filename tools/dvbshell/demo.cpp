@@ -61,8 +61,8 @@ std::string tripletText(const Triplet& triplet) {
 
 class Demo {
 public:
-    Demo(velmora::dtv::DvbAPIInterface& newApi, EventQueue& newQueue, Printer& newPrinter)
-        : api(newApi), queue(newQueue), printer(newPrinter) {}
+    Demo(velmora::dtv::DvbAPIInterface& newApi, EventQueue& newQueue, Printer& newPrinter, Clock::time_point newLatest)
+        : api(newApi), queue(newQueue), printer(newPrinter), latest(newLatest) {}
 
     Arrived tuneTo(const ListedService& service) {
         printer.note("");
@@ -72,15 +72,16 @@ public:
         // A service is listed by its broadcast before the DTV service has read so far: the tune is sent again until
         // the channel has changed.
         const Clock::time_point begin = Clock::now();
-        const Clock::time_point end = begin + (service.hasPmt ? Clock::duration(kLongestForTables) : kWithoutPmt);
+        const Clock::time_point end =
+            std::min(latest, begin + (service.hasPmt ? Clock::duration(kLongestForTables) : kWithoutPmt));
         while (!arrived.channel && Clock::now() < end) {
             api.tuneToService(kIdTypeDvbTerrestrial, service.triplet.onid, service.triplet.tsid, service.triplet.sid,
                               0);
             watch(service, arrived, std::min(end, Clock::now() + kBetweenTries), true);
         }
         watch(service, arrived, end, false);
-        watchForEit(service, arrived, begin + kForEit);
-        while (take(service, arrived, Clock::now() + kQuiet)) {
+        watchForEit(service, arrived, std::min(latest, begin + kForEit));
+        while (Clock::now() < latest && take(service, arrived, Clock::now() + kQuiet)) {
         }
         return arrived;
     }
@@ -116,6 +117,7 @@ private:
     velmora::dtv::DvbAPIInterface& api;
     EventQueue& queue;
     Printer& printer;
+    Clock::time_point latest;
 };
 
 std::string mark(bool arrived, bool expected) {
@@ -229,8 +231,8 @@ std::vector<ListedService> chooseServices(const std::vector<ListedService>& list
 }
 
 int runDemo(velmora::dtv::DvbAPIInterface& api, EventQueue& queue, Printer& printer,
-            const std::vector<ListedService>& services) {
-    Demo demo(api, queue, printer);
+            const std::vector<ListedService>& services, Clock::duration longest) {
+    Demo demo(api, queue, printer, Clock::now() + longest);
     std::vector<Arrived> arrived;
     for (const ListedService& service : services) {
         arrived.push_back(demo.tuneTo(service));

@@ -2,6 +2,7 @@
 // Threads: one; events come through the queue.   Blocks: until it has seen everything or its time is up.
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -34,8 +35,12 @@ bool parseServiceList(const std::string& text, std::vector<ListedService>& servi
 /// at most.
 std::vector<ListedService> chooseServices(const std::vector<ListedService>& listed);
 
-/// 0 when channel, PMT and every signalled AIT arrived for each service that has a PMT, and at least one AIT did.
+/// No demonstration takes longer.
+constexpr std::chrono::seconds kLongestDemo{20};
+
+/// 0 when channel, PMT and every signalled AIT arrived for each service that has a PMT, and at least one AIT did. What
+/// has not come after `longest` in all is missing.
 int runDemo(velmora::dtv::DvbAPIInterface& api, EventQueue& queue, Printer& printer,
-            const std::vector<ListedService>& services);
+            const std::vector<ListedService>& services, Clock::duration longest);
 
 }  // namespace dvbshell

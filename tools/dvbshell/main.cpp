@@ -170,7 +170,7 @@ int demo(velmora::dtv::DvbAPIInterface& api, EventQueue& queue, Printer& printer
         std::fprintf(stderr, "dvbshell: %s: %s\n", path.c_str(), error.c_str());
         return 1;
     }
-    return runDemo(api, queue, printer, chooseServices(services));
+    return runDemo(api, queue, printer, chooseServices(services), kLongestDemo);
 }
 
 int run(Host& host, EventQueue& queue, Printer& printer, const Options& options) {

@@ -5,6 +5,7 @@
 #include <ctime>
 
 #include "hex.h"
+#include "printable.h"
 #include "si/ait.h"
 #include "si/tables.h"
 
@@ -38,7 +39,7 @@ std::string eventTime(const si::Eit::Event& event) {
 }  // namespace
 
 void Printer::head(Clock::time_point time, const char* what, const std::string& text) {
-    std::fprintf(output(), "%8.3f  %-8s %s\n", secondsOf(time), what, text.c_str());
+    std::fprintf(output(), "%8.3f  %-8s %s\n", secondsOf(time), what, printable(text).c_str());
 }
 
 double Printer::secondsOf(Clock::time_point time) const {
@@ -54,7 +55,7 @@ void Printer::result(const Operation& operation, const Outcome& outcome) {
 }
 
 void Printer::note(const std::string& text) {
-    std::fprintf(output(), "%s\n", text.c_str());
+    std::fprintf(output(), "%s\n", printable(text).c_str());
     std::fflush(output());
 }
 
@@ -103,7 +104,7 @@ void Printer::printPmt(const Event& event) {
             std::snprintf(tagText, sizeof tagText, "tag %02x", *tag);
         }
         std::fprintf(output(), "%20sPID %4u  type %02x  %-42.42s %-3s %s\n", "", stream.pid, stream.streamType,
-                     si::streamName(stream).c_str(), si::language(stream).c_str(), tagText);
+                     printable(si::streamName(stream)).c_str(), printable(si::language(stream)).c_str(), tagText);
     }
 }
 
@@ -121,7 +122,7 @@ void Printer::printEit(const Event& event) {
         std::fprintf(output(), "%20sno event\n", "");
     }
     for (const si::Eit::Event& item : eit->events) {
-        std::fprintf(output(), "%20s%s  %s\n", "", eventTime(item).c_str(), item.name.c_str());
+        std::fprintf(output(), "%20s%s  %s\n", "", eventTime(item).c_str(), printable(item.name).c_str());
     }
 }
 
@@ -140,8 +141,8 @@ void Printer::printAit(const Event& event) {
     for (const si::Ait::Application& application : ait->applications) {
         const std::string name = application.names.empty() ? "(no name)" : application.names.front().text;
         std::fprintf(output(), "%20s%x:%x  %-9s  %s\n%29s%s\n", "", application.organisationId,
-                     application.applicationId, si::controlCodeName(application.controlCode).c_str(), name.c_str(), "",
-                     application.url().c_str());
+                     application.applicationId, si::controlCodeName(application.controlCode).c_str(),
+                     printable(name).c_str(), "", printable(application.url()).c_str());
     }
 }
 

@@ -1,0 +1,118 @@
+// The demonstration against a library that a test plays: what it tunes to, what it waits for, what it says is missing.
+#include "demo.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "captured_output.h"
+#include "recording_api.h"
+#include "tables.h"
+
+namespace {
+
+using dvbshell::ListedService;
+using testing::HasSubstr;
+using testing::Not;
+
+const tsmake::Multiplex kSample = tsmake::sampleMultiplex();
+/// The answers are there when a tune returns; what is left out never comes.
+constexpr std::chrono::milliseconds kEnough{500};
+constexpr std::uint16_t kOnid = 1;
+constexpr std::uint16_t kTsid = 1025;
+
+std::string asText(const tsmake::Section& section) {
+    return {section.begin(), section.end()};
+}
+
+ListedService listed(const tsmake::Service& service) {
+    ListedService result;
+    result.triplet = {kOnid, kTsid, service.serviceId};
+    result.hasPmt = true;
+    result.signalsAit = !service.applications.empty();
+    result.name = "Name";
+    return result;
+}
+
+class ADemonstration : public testing::Test {
+protected:
+    /// Every tune is answered with what the sample has of the service, less what the test leaves out.
+    ADemonstration() {
+        api.tuned = [this](int sid) {
+            for (const tsmake::Service& service : kSample.services) {
+                if (service.serviceId == sid) {
+                    answer(service);
+                }
+            }
+        };
+    }
+
+    void answer(const tsmake::Service& service) {
+        if (answersChannel) {
+            listener->OnChannelChanged(true, kOnid, kTsid, service.serviceId);
+        }
+        if (answersPmt) {
+            listener->onPMTSectionUpdated(kOnid, kTsid, service.serviceId, 0, asText(tsmake::pmtSection(service)));
+        }
+        listener->onEITSectionUpdated(0, asText(tsmake::eitSection(kSample, service, false)));
+        if (answersAit && !service.applications.empty()) {
+            listener->onAITSectionUpdated(kOnid, kTsid, service.serviceId, asText(tsmake::aitSection(service)));
+        }
+    }
+
+    int run(const std::vector<ListedService>& services, dvbshell::Clock::duration longest = std::chrono::seconds(60)) {
+        dvbshell::Printer printer(output.file());
+        return dvbshell::runDemo(api, queue, printer, services, longest);
+    }
+
+    RecordingApi api;
+    dvbshell::EventQueue queue;
+    std::shared_ptr<velmora::dtv::DVBServiceListener> listener = dvbshell::makeListener(queue);
+    CapturedOutput output;
+    bool answersChannel = true;
+    bool answersPmt = true;
+    bool answersAit = true;
+};
+
+}  // namespace
+
+TEST_F(ADemonstration, SucceedsWhenEverythingArrives) {
+    EXPECT_EQ(run({listed(kSample.services[0]), listed(kSample.services[2])}), 0);
+    EXPECT_THAT(output.text(), HasSubstr("all arrived"));
+    EXPECT_THAT(output.text(), Not(HasSubstr("missing")));
+}
+
+TEST_F(ADemonstration, TunesOnceWhenTheChannelChanges) {
+    run({listed(kSample.services[0])});
+    EXPECT_THAT(api.calls, testing::Contains("tuneToService(12, 1, 1025, 28106, 0)").Times(1));
+}
+
+TEST_F(ADemonstration, NamesTheServiceWhosePmtDidNotArrive) {
+    answersPmt = false;
+    EXPECT_EQ(run({listed(kSample.services[0])}, kEnough), 1);
+    EXPECT_THAT(output.text(), HasSubstr("missing: no PMT arrived for 1:1025:28106 (Name)\n"));
+}
+
+TEST_F(ADemonstration, NamesTheServiceWhoseAitDidNotArrive) {
+    answersAit = false;
+    EXPECT_EQ(run({listed(kSample.services[0])}, kEnough), 1);
+    EXPECT_THAT(output.text(), HasSubstr("missing: no AIT arrived for 1:1025:28106 (Name), whose PMT signals one\n"));
+}
+
+TEST_F(ADemonstration, NamesTheServiceWhoseChannelDidNotChange) {
+    answersChannel = false;
+    EXPECT_EQ(run({listed(kSample.services[0])}, kEnough), 1);
+    EXPECT_THAT(output.text(), HasSubstr("missing: no channel change arrived for 1:1025:28106 (Name)\n"));
+}
+
+TEST_F(ADemonstration, FailsOnABroadcastWithoutAnAit) {
+    EXPECT_EQ(run({listed(kSample.services[2])}), 1);
+    EXPECT_THAT(output.text(), HasSubstr("no HbbTV AIT in this broadcast"));
+    EXPECT_THAT(output.text(), Not(HasSubstr("no PMT")));
+}
+
+TEST_F(ADemonstration, GivesUpWhatHasNotComeInTheTimeForAll) {
+    answersChannel = false;
+    EXPECT_EQ(run({listed(kSample.services[0]), listed(kSample.services[1])}, std::chrono::milliseconds(1)), 1);
+    EXPECT_THAT(output.text(), HasSubstr("missing: no channel change arrived for 1:1025:28106 (Name)\n"));
+    EXPECT_THAT(output.text(), HasSubstr("missing: no channel change arrived for 1:1025:28107 (Name)\n"));
+}
