@@ -137,8 +137,9 @@ bool runOperation(Host& host, Printer& printer, const std::vector<std::string>& 
         printer.note(error);
         return false;
     }
-    printer.result(*operation, operation->call(host, values));
-    return true;
+    const Outcome outcome = operation->call(host, values);
+    printer.result(*operation, outcome);
+    return outcome.result.value_or(0) >= 0;
 }
 
 void awaitChannel(Host& host) {

@@ -8,13 +8,15 @@
 
 namespace dvbshell {
 
-/// Runs one operation by its words; false when they are none, with a line that says why.
+/// Runs one operation by its words; false when they are none, with a line that says why, or when its result is
+/// negative.
 bool runOperation(Host& host, Printer& printer, const std::vector<std::string>& words);
 
 /// Connects, and waits a moment for the current channel: its report is no event of the listener's.
 void awaitChannel(Host& host);
 
-/// Reads operations from standard input until it ends or "quit"; 0, or 1 when input that is no terminal had a bad line.
+/// Reads operations from standard input until it ends or "quit"; 0, or 1 when a line of an input that is no terminal
+/// was none or failed.
 int runPrompt(Host& host, EventQueue& queue, Printer& printer);
 
 }  // namespace dvbshell
