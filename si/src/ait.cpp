@@ -2,6 +2,7 @@
 #include "si/ait.h"
 
 #include "checked_section.h"
+#include "cursor.h"
 #include "si/text.h"
 
 namespace si {
@@ -16,46 +17,6 @@ constexpr std::uint16_t kProtocolHttp = 0x0003;
 constexpr std::size_t kHeader = 8;
 constexpr std::size_t kCrc = 4;
 constexpr std::size_t kApplicationHeader = 9;
-
-/// Reads from the front, and remembers when there was not enough.
-class Cursor {
-public:
-    explicit Cursor(Bytes newBytes) : bytes(newBytes) {}
-
-    std::size_t left() const { return bytes.size - at; }
-    std::size_t position() const { return at; }
-    bool good() const { return !failed; }
-
-    std::uint32_t number(std::size_t width) {
-        const Bytes field = take(width);
-        std::uint32_t value = 0;
-        for (std::size_t index = 0; index < field.size; ++index) {
-            value = value << 8U | field.data[index];
-        }
-        return value;
-    }
-    Bytes take(std::size_t count) {
-        if (count > left()) {
-            failed = true;
-            at = bytes.size;
-            return {};
-        }
-        at += count;
-        return {bytes.data + at - count, count};
-    }
-    /// Bytes behind a length field of 12 bits in two bytes, or of one byte.
-    Bytes takeLong() { return take(number(2) & 0x0FFFU); }
-    Bytes takeShort() { return take(number(1)); }
-
-private:
-    Bytes bytes;
-    std::size_t at = 0;
-    bool failed = false;
-};
-
-std::string plainText(Bytes bytes) {
-    return {reinterpret_cast<const char*>(bytes.data), bytes.size};
-}
 
 void readNames(Bytes bytes, Ait::Application& application) {
     Cursor cursor(bytes);
@@ -101,7 +62,7 @@ bool readApplications(Bytes loop, Ait& ait) {
             return false;
         }
         Ait::Application application;
-        application.organisationId = cursor.number(4);
+        application.organisationId = static_cast<std::uint32_t>(cursor.number(4));
         application.applicationId = static_cast<std::uint16_t>(cursor.number(2));
         application.controlCode = static_cast<std::uint8_t>(cursor.number(1));
         if (!readDescriptors(cursor.takeLong(), application.descriptors) || !cursor.good()) {

@@ -5,7 +5,9 @@
 #include <bitstream/mpeg/psi.h>
 
 #include "checked_section.h"
+#include "entries.h"
 #include "si/text.h"
+#include "times.h"
 
 namespace si {
 
@@ -13,16 +15,11 @@ namespace {
 
 constexpr std::uint8_t kServiceDescriptor = 0x48;
 constexpr std::uint8_t kShortEventDescriptor = 0x4D;
-constexpr std::uint8_t kUndefinedTime = 0xFF;
 
 Descriptors descriptorsOf(const std::uint8_t* loop, std::size_t length) {
     Descriptors descriptors;
     readDescriptors({loop, length}, descriptors);
     return descriptors;
-}
-
-std::uint32_t fromBcd(std::uint8_t byte) {
-    return (byte >> 4U) * 10U + (byte & 0x0FU);
 }
 
 /// Text with a length byte in front, at `at`; moves `at` behind it. Empty when it does not fit.
@@ -58,35 +55,6 @@ void readShortEvent(const Descriptors& descriptors, Eit::Event& event) {
             event.text = lengthText(descriptor.bytes, at);
             return;
         }
-    }
-}
-
-/// start_time: 16 bits of Modified Julian Date, then six BCD digits of UTC (EN 300 468, Annex C).
-std::optional<std::time_t> startTime(const std::uint8_t* field) {
-    constexpr std::time_t kEpochMjd = 40587;
-    constexpr std::time_t kDay = 86400;
-    bool defined = false;
-    for (int index = 0; index < 5; ++index) {
-        defined = defined || field[index] != kUndefinedTime;
-    }
-    if (!defined) {
-        return std::nullopt;
-    }
-    const std::time_t mjd = (field[0] << 8) | field[1];
-    return (mjd - kEpochMjd) * kDay +
-           static_cast<std::time_t>(fromBcd(field[2]) * 3600U + fromBcd(field[3]) * 60U + fromBcd(field[4]));
-}
-
-/// Takes the entries of a table's loop, by number, until there are no more.
-template <typename Get, typename Take>
-void forEachEntry(Get get, Take take) {
-    constexpr int kMostEntries = 256;
-    for (int index = 0; index < kMostEntries; ++index) {
-        auto* const entry = get(static_cast<std::uint8_t>(index));
-        if (entry == nullptr) {
-            return;
-        }
-        take(entry);
     }
 }
 

@@ -7,10 +7,13 @@
 #include <cerrno>
 #include <vector>
 
+#include "text_conversion.h"
+
 namespace si {
 
 namespace {
 
+constexpr const char* kDefaultTable = "ISO6937";
 constexpr const char* kReplacement = "\xEF\xBF\xBD";
 
 /// Converts what can be converted; a unit that cannot be becomes a replacement character.
@@ -84,20 +87,23 @@ bool hasWideUnits(const std::string& encoding) {
 
 }  // namespace
 
+std::string toUtf8In(const char* encoding, Bytes text) {
+    if (hasWideUnits(encoding)) {
+        return withoutControls(convert(encoding, text));
+    }
+    return withoutControls(convert(encoding, withoutMarks(text)));
+}
+
 std::string toUtf8(Bytes text) {
     const std::uint8_t* first = text.data;
     std::size_t length = text.size;
     const bool sixteenBit = length != 0 && (first[0] == 0x11 || first[0] == 0x14);
-    const char* encoding = length == 0 ? nullptr : dvb_string_get_encoding(&first, &length, "ISO6937");
+    const char* const encoding = length == 0 ? nullptr : dvb_string_get_encoding(&first, &length, kDefaultTable);
     if (sixteenBit) {
         // Both tables are big-endian here, whatever order the converter would take for its own.
-        return withoutControls(convert("UTF-16BE", {first, length}));
+        return toUtf8In("UTF-16BE", {first, length});
     }
-    if (encoding != nullptr && hasWideUnits(encoding)) {
-        return withoutControls(convert(encoding, {first, length}));
-    }
-    const std::vector<std::uint8_t> kept = withoutMarks({first, length});
-    return withoutControls(convert(encoding == nullptr ? "ISO6937" : encoding, kept));
+    return toUtf8In(encoding == nullptr ? kDefaultTable : encoding, {first, length});
 }
 
 }  // namespace si

@@ -2,7 +2,7 @@
 #include "demo.h"
 
 #include <algorithm>
-#include <charconv>
+#include <set>
 #include <sstream>
 
 #include "si/tables.h"
@@ -41,7 +41,7 @@ void note(const Event& event, const Triplet& triplet, Arrived& arrived) {
         case EventKind::pmt:
             arrived.pmt = arrived.pmt || sameService(event, triplet);
             break;
-        case EventKind::ait:
+        case EventKind::application:
             arrived.ait = arrived.ait || sameService(event, triplet);
             break;
         case EventKind::eit: {
@@ -55,14 +55,11 @@ void note(const Event& event, const Triplet& triplet, Arrived& arrived) {
     }
 }
 
-std::string tripletText(const Triplet& triplet) {
-    return std::to_string(triplet.onid) + ":" + std::to_string(triplet.tsid) + ":" + std::to_string(triplet.sid);
-}
-
 class Demo {
 public:
-    Demo(velmora::dtv::DvbAPIInterface& newApi, EventQueue& newQueue, Printer& newPrinter, Clock::time_point newLatest)
-        : api(newApi), queue(newQueue), printer(newPrinter), latest(newLatest) {}
+    Demo(velmora::dtv::DvbAPIInterface& newApi, EventQueue& newQueue, Printer& newPrinter, AitReplay newReplay,
+         Clock::time_point newLatest)
+        : api(newApi), queue(newQueue), printer(newPrinter), replay(std::move(newReplay)), latest(newLatest) {}
 
     Arrived tuneTo(const ListedService& service) {
         printer.note("");
@@ -79,11 +76,33 @@ public:
                               0);
             watch(service, arrived, std::min(end, Clock::now() + kBetweenTries), true);
         }
+        // An AIT that was handed on before is not handed on again: it is asked for.
+        if (arrived.channel && !arrived.ait && handedOn.count(tripletText(service.triplet)) != 0) {
+            replay(service.triplet);
+        }
         watch(service, arrived, end, false);
         watchForEit(service, arrived, std::min(latest, begin + kForEit));
         while (Clock::now() < latest && take(service, arrived, Clock::now() + kQuiet)) {
         }
         return arrived;
+    }
+
+    /// Tunes to a service again and lets the catcher give its AIT from memory.
+    void comeBackTo(const ListedService& service) {
+        printer.note("");
+        printer.note("--- back to " + tripletText(service.triplet) + "  " + service.name + ", its AIT from memory");
+        api.tuneToService(kIdTypeDvbTerrestrial, service.triplet.onid, service.triplet.tsid, service.triplet.sid, 0);
+        Arrived arrived;
+        const Clock::time_point end = std::min(latest, Clock::now() + kWithoutPmt);
+        watch(service, arrived, end, true);
+        replay(service.triplet);
+        while (!arrived.ait && take(service, arrived, end)) {
+        }
+        while (take(service, arrived, std::min(latest, Clock::now() + kQuiet))) {
+        }
+        if (!arrived.ait) {
+            printer.note("nothing is stored of it: its AIT has version 0, or more than has come");
+        }
     }
 
 private:
@@ -111,13 +130,18 @@ private:
         }
         printer.print(*event, api.getCurrentCCID());
         note(*event, service.triplet, arrived);
+        if (event->kind == EventKind::application) {
+            handedOn.insert(tripletText({event->onid, event->tsid, event->sid}));
+        }
         return true;
     }
 
     velmora::dtv::DvbAPIInterface& api;
     EventQueue& queue;
     Printer& printer;
+    AitReplay replay;
     Clock::time_point latest;
+    std::set<std::string> handedOn;  // channels whose AIT the catcher has handed on
 };
 
 std::string mark(bool arrived, bool expected) {
@@ -174,31 +198,7 @@ private:
     bool anyAit = false;
 };
 
-bool parseNumber(const std::string& text, int& number) {
-    const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, number);
-    return result.ec == std::errc() && result.ptr == end && number >= 0 && number <= 0xFFFF;
-}
-
-std::vector<std::string> split(const std::string& text, char separator) {
-    std::vector<std::string> parts(1);
-    for (const char character : text) {
-        if (character == separator) {
-            parts.emplace_back();
-        } else {
-            parts.back() += character;
-        }
-    }
-    return parts;
-}
-
 }  // namespace
-
-bool parseTriplet(const std::string& text, Triplet& triplet) {
-    const std::vector<std::string> parts = split(text, ':');
-    return parts.size() == 3 && parseNumber(parts[0], triplet.onid) && parseNumber(parts[1], triplet.tsid) &&
-           parseNumber(parts[2], triplet.sid);
-}
 
 bool parseServiceList(const std::string& text, std::vector<ListedService>& services, std::string& error) {
     std::istringstream lines(text);
@@ -231,11 +231,15 @@ std::vector<ListedService> chooseServices(const std::vector<ListedService>& list
 }
 
 int runDemo(velmora::dtv::DvbAPIInterface& api, EventQueue& queue, Printer& printer,
-            const std::vector<ListedService>& services, Clock::duration longest) {
-    Demo demo(api, queue, printer, Clock::now() + longest);
+            const std::vector<ListedService>& services, const AitReplay& replay, Clock::duration longest) {
+    Demo demo(api, queue, printer, replay, Clock::now() + longest);
     std::vector<Arrived> arrived;
     for (const ListedService& service : services) {
         arrived.push_back(demo.tuneTo(service));
+    }
+    const auto first = std::find_if(arrived.begin(), arrived.end(), [](const Arrived& each) { return each.ait; });
+    if (first != arrived.end()) {
+        demo.comeBackTo(services[static_cast<std::size_t>(first - arrived.begin())]);
     }
     Summary summary(printer);
     for (std::size_t index = 0; index < services.size(); ++index) {

@@ -3,20 +3,16 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "dvb_api_interface.h"
 #include "events.h"
 #include "printer.h"
+#include "triplet.h"
 
 namespace dvbshell {
-
-struct Triplet {
-    int onid = 0;
-    int tsid = 0;
-    int sid = 0;
-};
 
 /// A service as the list of the broadcast tells it.
 struct ListedService {
@@ -26,8 +22,6 @@ struct ListedService {
     std::string name;
 };
 
-/// Reads "onid:tsid:sid"; false when it is not three numbers.
-bool parseTriplet(const std::string& text, Triplet& triplet);
 /// Reads the lines that the reference service lists; false, with the reason, for a line that is none.
 bool parseServiceList(const std::string& text, std::vector<ListedService>& services, std::string& error);
 
@@ -35,12 +29,16 @@ bool parseServiceList(const std::string& text, std::vector<ListedService>& servi
 /// at most.
 std::vector<ListedService> chooseServices(const std::vector<ListedService>& listed);
 
+/// Asks the AIT catcher for what it has stored of a channel.
+using AitReplay = std::function<void(const Triplet&)>;
+
 /// No demonstration takes longer.
 constexpr std::chrono::seconds kLongestDemo{20};
 
 /// 0 when channel, PMT and every signalled AIT arrived for each service that has a PMT, and at least one AIT did. What
-/// has not come after `longest` in all is missing.
+/// has not come after `longest` in all is missing. An AIT counts when the catcher has handed it on. At the end it goes
+/// back to the first service with one, whose AIT then comes from memory.
 int runDemo(velmora::dtv::DvbAPIInterface& api, EventQueue& queue, Printer& printer,
-            const std::vector<ListedService>& services, Clock::duration longest);
+            const std::vector<ListedService>& services, const AitReplay& replay, Clock::duration longest);
 
 }  // namespace dvbshell

@@ -42,9 +42,12 @@ std::pair<std::string, std::string> named(const char* name, const Value& value) 
 
 class QueueingListener : public velmora::dtv::DVBServiceListener {
 public:
-    explicit QueueingListener(EventQueue& newQueue) : queue(newQueue) {}
+    QueueingListener(EventQueue& newQueue, AitSink* newSink) : queue(newQueue), sink(newSink) {}
 
     void OnChannelChanged(bool started, std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid) override {
+        if (sink != nullptr && started) {
+            sink->onChannel(onid, tsid, sid);
+        }
         Event event = of(EventKind::channel, "OnChannelChanged", onid, tsid, sid);
         event.started = started;
         queue.put(std::move(event));
@@ -70,6 +73,9 @@ public:
         Event event = of(EventKind::ait, "onAITSectionUpdated", onId, tsId, sId);
         event.section = section;
         queue.put(std::move(event));
+        if (sink != nullptr) {
+            sink->onAit(onId, tsId, sId, section);
+        }
     }
     void onHbbTVEngineStatusChanged(velmora::dtv::HbbTVEngineStatus status) override {
         put(EventKind::other, "onHbbTVEngineStatusChanged", {named("status", static_cast<int>(status))});
@@ -148,12 +154,13 @@ private:
     }
 
     EventQueue& queue;
+    AitSink* sink;
 };
 
 }  // namespace
 
-std::shared_ptr<velmora::dtv::DVBServiceListener> makeListener(EventQueue& queue) {
-    return std::make_shared<QueueingListener>(queue);
+std::shared_ptr<velmora::dtv::DVBServiceListener> makeListener(EventQueue& queue, AitSink* sink) {
+    return std::make_shared<QueueingListener>(queue, sink);
 }
 
 }  // namespace dvbshell

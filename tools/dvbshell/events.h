@@ -19,7 +19,8 @@ namespace dvbshell {
 
 using Clock = std::chrono::steady_clock;
 
-enum class EventKind { channel, aitChannel, pmt, eit, ait, other };
+/// `application` is an AIT section that came back from the library's AIT catcher, `filtered` one of a section filter.
+enum class EventKind { channel, aitChannel, pmt, eit, ait, application, filtered, other };
 
 /// One event, as the listener got it.
 struct Event {
@@ -27,11 +28,11 @@ struct Event {
     std::string name;  ///< the listener's operation
     Clock::time_point time = Clock::now();
     bool started = false;  ///< of a channel change
-    int onid = -1;         ///< of channel, PMT and AIT
+    int onid = -1;         ///< of channel, PMT, AIT and application
     int tsid = -1;
     int sid = -1;
     int update = 0;                                           ///< of PMT and EIT
-    std::string section;                                      ///< of PMT, EIT and AIT
+    std::string section;                                      ///< of all that carry one
     std::vector<std::pair<std::string, std::string>> values;  ///< of the others, by name
 };
 
@@ -47,7 +48,16 @@ private:
     std::deque<Event> events;  // guarded by mutex
 };
 
-/// A listener that copies what it hears into the queue, which has to outlive it.
-std::shared_ptr<velmora::dtv::DVBServiceListener> makeListener(EventQueue& queue);
+/// Told, on the transport thread, which channel is current and what AIT sections come for it.
+class AitSink {
+public:
+    virtual ~AitSink() = default;
+    virtual void onChannel(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid) = 0;
+    virtual void onAit(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid, const std::string& section) = 0;
+};
+
+/// A listener that copies what it hears into the queue, and tells the sink, if there is one. Both have to
+/// outlive it.
+std::shared_ptr<velmora::dtv::DVBServiceListener> makeListener(EventQueue& queue, AitSink* sink = nullptr);
 
 }  // namespace dvbshell

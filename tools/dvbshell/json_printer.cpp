@@ -1,10 +1,12 @@
 // Writing JSON.
 #include "json_printer.h"
 
+#include <map>
 #include <nlohmann/json.hpp>
 
 #include "hex.h"
 #include "si/ait.h"
+#include "si/description.h"
 #include "si/tables.h"
 
 namespace dvbshell {
@@ -57,6 +59,29 @@ void readSection(const Event& event, Json& object) {
     }
 }
 
+/// Fields by their names; one that comes more than once, and nodes below by theirs, as arrays.
+Json treeOf(const si::Node& node) {
+    Json object = {{"name", node.name}};
+    std::map<std::string, int> times;
+    for (const si::Node::Field& field : node.fields) {
+        ++times[field.name];
+    }
+    for (const si::Node::Field& field : node.fields) {
+        const Json value = field.number ? Json(*field.number) : Json(field.text);
+        if (times[field.name] > 1) {
+            object[field.name].push_back(value);
+        } else {
+            object[field.name] = value;
+        }
+    }
+    for (const si::Node& below : node.nodes) {
+        Json child = treeOf(below);
+        child.erase("name");
+        object[below.name + "s"].push_back(std::move(child));
+    }
+    return object;
+}
+
 void write(std::FILE* output, const Json& object) {
     std::fprintf(output, "%s\n", object.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
     std::fflush(output);
@@ -78,8 +103,13 @@ void JsonPrinter::print(const Event& event, const std::string& ccid) {
     for (const auto& value : event.values) {
         object[value.first] = value.second;
     }
-    if (!event.section.empty()) {
+    if (event.kind == EventKind::pmt || event.kind == EventKind::eit) {
         object["update"] = event.update;
+    }
+    if (event.kind == EventKind::application || event.kind == EventKind::filtered) {
+        object["table"] = event.section.empty() ? Json() : treeOf(si::describeSection(event.section));
+        object["section"] = hexOf(event.section);
+    } else if (!event.section.empty()) {
         readSection(event, object);
         object["section"] = hexOf(event.section);
     }

@@ -25,19 +25,23 @@ std::string defaultLibraryPath() {
     return programDirectory() + "/../lib/libbrowserdvbapi.so";
 }
 
-velmora::dtv::IDTVUnknown* loadInterface(const std::string& path, const char* name, std::string& error) {
+void* loadFunction(const std::string& path, const char* name, std::string& error) {
     void* const handle = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
         error = "cannot load " + path + ": " + dlerror();
         return nullptr;
     }
-    const auto query = reinterpret_cast<QueryInterface>(dlsym(handle, "DTVAPI_QueryInterface"));
-    if (query == nullptr) {
-        error = path + " has no DTVAPI_QueryInterface";
-        return nullptr;
+    void* const function = dlsym(handle, name);
+    if (function == nullptr) {
+        error = path + " has no " + name;
     }
+    return function;
+}
+
+velmora::dtv::IDTVUnknown* loadInterface(const std::string& path, const char* name, std::string& error) {
+    const auto query = reinterpret_cast<QueryInterface>(loadFunction(path, "DTVAPI_QueryInterface", error));
     velmora::dtv::IDTVUnknown* found = nullptr;
-    if (query(name, &found) != 0) {
+    if (query != nullptr && query(name, &found) != 0) {
         error = path + " does not give the interface " + name;
     }
     return found;

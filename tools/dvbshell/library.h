@@ -15,6 +15,9 @@ std::string defaultLibraryPath();
 /// Loads the library and gets an interface by its name. Null, with the reason, when that cannot be had.
 velmora::dtv::IDTVUnknown* loadInterface(const std::string& path, const char* name, std::string& error);
 
+/// A function that the library exports, by its name for the linker. Null, with the reason, when that cannot be had.
+void* loadFunction(const std::string& path, const char* name, std::string& error);
+
 /// Loads the library and gets the DVB API. Null, with the reason, when that cannot be had. The library stays loaded.
 velmora::dtv::DvbAPIInterface* loadDvbApi(const std::string& path, std::string& error);
 

@@ -1,17 +1,20 @@
 // dvbshell: a browser host for the command line. It knows the library by its browser-facing headers alone.
 #include <getopt.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
 
+#include "ait_link.h"
 #include "demo.h"
 #include "json_printer.h"
 #include "library.h"
 #include "operations.h"
 #include "prompt.h"
+#include "sections.h"
 
 namespace {
 
@@ -25,13 +28,23 @@ constexpr const char* kUsage =
     "       dvbshell [options] tune ONID:TSID:SID    tune, and print what arrives\n"
     "       dvbshell [options] info                  print the current channel\n"
     "       dvbshell [options] OPERATION [ARGUMENT]  one operation of the DVB API, then print what arrives\n"
+    "       dvbshell [options] ait [ONID:TSID:SID]   follow the AIT of the current channel, or tune first; then replay "
+    "it\n"
+    "       dvbshell [options] sections PID          open a filter on a PID and print what comes\n"
+    "       dvbshell [options] pmt SID               print the PMT of a service\n"
     "       dvbshell [options] demo LIST             tune through the services of LIST, as dtvserviced --list prints "
     "them\n"
     "\n"
     "  --library PATH   the library; ../lib/libbrowserdvbapi.so beside this program unless given\n"
-    "  --seconds N      how long to print what arrives; watch and tune 5, an operation 1 unless given\n"
+    "  --seconds N      how long to print what arrives; an operation 1, sections with --count 60, else 5 unless given\n"
     "  --id-type N      OIPF's channel idType of a tune; 12 (DVB-T) unless given\n"
     "  --json           one JSON object a line\n"
+    "of sections:\n"
+    "  --table ID[/MASK]         sections of this table_id; of several with a mask\n"
+    "  --match HEX --mask HEX    a pattern: byte 0 stands for table_id, byte 1 for the section's byte 3 and so on\n"
+    "  --count N                 end after so many\n"
+    "  --hex                     one section a line, in hexadecimal\n"
+    "  --out FILE                the sections' bytes, one behind the other\n"
     "\n"
     "operations:\n";
 
@@ -47,6 +60,8 @@ struct Options {
     std::optional<int> seconds;
     int idType = 12;
     bool json = false;
+    SectionsRequest sections;
+    std::string sectionOption;  ///< the first one that is of sections alone
     std::vector<std::string> words;
 };
 
@@ -56,80 +71,200 @@ struct Options {
     std::exit(kUsageError);
 }
 
-int numberOf(const char* name, const char* text) {
-    char* end = nullptr;
-    errno = 0;
-    const long number = std::strtol(text, &end, 10);
-    constexpr long kMost = 86400;
-    if (*text == '\0' || *end != '\0' || errno != 0 || number < 0 || number > kMost) {
-        endWithUsage(std::string(name) + ": \"" + text + "\" is not a number from 0 to 86400");
+int numberOf(const char* name, const char* text, unsigned int most = 86400) {
+    unsigned int number = 0;
+    if (!parseUnsigned(text, most, number)) {
+        endWithUsage(std::string(name) + ": \"" + text + "\" is not a number from 0 to " + std::to_string(most));
     }
     return static_cast<int>(number);
 }
 
+/// The verbs of this program beside the operations, and how many arguments each takes.
+struct Verb {
+    const char* name;
+    std::size_t least;
+    std::size_t most;
+};
+constexpr Verb kVerbs[] = {{"watch", 0, 0},    {"info", 0, 0},     {"tune", 1, 1}, {"demo", 1, 1},
+                           {kReplayAit, 0, 1}, {"sections", 1, 1}, {"pmt", 1, 1}};
+
+const Verb* findVerb(const std::string& name) {
+    const auto* const found =
+        std::find_if(std::begin(kVerbs), std::end(kVerbs), [&name](const Verb& verb) { return name == verb.name; });
+    return found == std::end(kVerbs) ? nullptr : found;
+}
+
+void checkArgument(Options& options) {
+    constexpr unsigned int kMostPid = 0x1FFF;
+    constexpr unsigned int kMostSid = 0xFFFF;
+    const std::string& verb = options.words[0];
+    const std::string& argument = options.words[1];
+    Triplet triplet;
+    if ((verb == "tune" || verb == kReplayAit) && !parseTriplet(argument, triplet)) {
+        endWithUsage(verb + ": \"" + argument + "\" is not ONID:TSID:SID, each from 0 to 65535");
+    }
+    if (verb == "sections") {
+        options.sections.pid = static_cast<unsigned int>(numberOf("PID", argument.c_str(), kMostPid));
+    } else if (verb == "pmt") {
+        options.sections.pid = static_cast<unsigned int>(numberOf("SID", argument.c_str(), kMostSid));
+        options.sections.pmtOfService = true;
+        options.sections.count = 1;
+    }
+}
+
 /// Ends the program when the words are no command: what is wrong with them does not depend on the library.
-void checkWords(const std::vector<std::string>& words) {
-    const std::string& verb = words[0];
-    const bool takesArgument = verb == "tune" || verb == "demo";
-    if (takesArgument || verb == "watch" || verb == "info") {
-        if (words.size() != (takesArgument ? 2U : 1U)) {
-            endWithUsage(verb + (takesArgument ? " takes one argument" : " takes no argument"));
+void checkWords(Options& options) {
+    const std::string name = options.words.empty() ? std::string() : options.words[0];
+    if (!options.sectionOption.empty() && name != "sections") {
+        endWithUsage(options.sectionOption + " is an option of sections");
+    }
+    if (name.empty()) {
+        return;
+    }
+    const std::size_t arguments = options.words.size() - 1;
+    if (const Verb* const verb = findVerb(name)) {
+        if (arguments < verb->least || arguments > verb->most) {
+            endWithUsage(name + (verb->most == 0    ? " takes no argument"
+                                 : verb->least == 0 ? " takes one argument or none"
+                                                    : " takes one argument"));
         }
-        Triplet triplet;
-        if (verb == "tune" && !parseTriplet(words[1], triplet)) {
-            endWithUsage("tune: \"" + words[1] + "\" is not ONID:TSID:SID, each from 0 to 65535");
+        if (arguments != 0) {
+            checkArgument(options);
         }
         return;
     }
-    const Operation* const operation = findOperation(verb);
+    const Operation* const operation = findOperation(name);
     Values values;
-    std::string error = "unknown command " + verb;
-    if (operation == nullptr || !parseValues(*operation, {words.begin() + 1, words.end()}, values, error)) {
+    std::string error = "unknown command " + name;
+    if (operation == nullptr ||
+        !parseValues(*operation, {options.words.begin() + 1, options.words.end()}, values, error)) {
         endWithUsage(error);
     }
 }
 
-Options parseOptions(int argc, char** argv) {
-    enum { kLibrary = 1, kSeconds, kIdType, kJson, kHelp };
-    static const option kOptions[] = {{"library", required_argument, nullptr, kLibrary},
-                                      {"seconds", required_argument, nullptr, kSeconds},
-                                      {"id-type", required_argument, nullptr, kIdType},
-                                      {"json", no_argument, nullptr, kJson},
-                                      {"help", no_argument, nullptr, kHelp},
-                                      {}};
-    Options options;
-    opterr = 0;
-    while (true) {
-        const int found = getopt_long(argc, argv, "+:", kOptions, nullptr);
-        if (found == -1) {
+enum OptionId { kLibrary = 1, kSeconds, kIdType, kJson, kHelp, kTable, kMatch, kMask, kCount, kHex, kOut };
+
+constexpr option kOptions[] = {{"library", required_argument, nullptr, kLibrary},
+                               {"seconds", required_argument, nullptr, kSeconds},
+                               {"id-type", required_argument, nullptr, kIdType},
+                               {"json", no_argument, nullptr, kJson},
+                               {"help", no_argument, nullptr, kHelp},
+                               {"table", required_argument, nullptr, kTable},
+                               {"match", required_argument, nullptr, kMatch},
+                               {"mask", required_argument, nullptr, kMask},
+                               {"count", required_argument, nullptr, kCount},
+                               {"hex", no_argument, nullptr, kHex},
+                               {"out", required_argument, nullptr, kOut},
+                               {}};
+
+std::string hexOption(const char* name, const char* text) {
+    std::string bytes;
+    if (!parseHex(text, bytes)) {
+        endWithUsage(std::string(name) + ": \"" + text + "\" is not bytes in hexadecimal");
+    }
+    return bytes;
+}
+
+void takeSectionOption(int id, Options& options, std::string& table) {
+    SectionsRequest& request = options.sections;
+    switch (id) {
+        case kTable:
+            table = optarg;
             break;
+        case kMatch:
+            request.match = hexOption("--match", optarg);
+            break;
+        case kMask:
+            request.mask = hexOption("--mask", optarg);
+            break;
+        case kCount:
+            request.count = static_cast<unsigned int>(numberOf("--count", optarg, 1000000000));
+            break;
+        case kHex:
+            request.show = SectionsRequest::Show::hexadecimal;
+            break;
+        default:
+            request.show = SectionsRequest::Show::file;
+            request.path = optarg;
+    }
+    if (options.sectionOption.empty()) {
+        options.sectionOption = std::string("--") + kOptions[id - 1].name;
+    }
+}
+
+/// Match and mask belong together; --table stands above the pattern's first byte.
+void finishPattern(Options& options, const std::string& table) {
+    SectionsRequest& request = options.sections;
+    if (request.match.size() != request.mask.size()) {
+        endWithUsage("--match has " + std::to_string(request.match.size()) + " bytes, --mask " +
+                     std::to_string(request.mask.size()));
+    }
+    if (!table.empty() && !setTable(table, request)) {
+        endWithUsage("--table: \"" + table + "\" is not ID or ID/MASK, each from 0 to 255");
+    }
+}
+
+void takeOption(int id, Options& options, std::string& table) {
+    switch (id) {
+        case kLibrary:
+            options.library = optarg;
+            break;
+        case kSeconds:
+            options.seconds = numberOf("--seconds", optarg);
+            break;
+        case kIdType:
+            options.idType = numberOf("--id-type", optarg);
+            break;
+        case kJson:
+            options.json = true;
+            break;
+        case kHelp:
+            printUsage(stdout);
+            std::exit(0);
+        default:
+            takeSectionOption(id, options, table);
+    }
+}
+
+/// Options may stand anywhere; a word that begins with one dash is an operation's, as a negative number is.
+std::vector<char*> optionsFirst(int argc, char** argv) {
+    std::vector<char*> first(argv, argv + 1);
+    std::vector<char*> words;
+    for (int index = 1; index < argc; ++index) {
+        const std::string word = argv[index];
+        if (word.rfind("--", 0) != 0) {
+            words.push_back(argv[index]);
+            continue;
         }
-        switch (found) {
-            case kLibrary:
-                options.library = optarg;
-                break;
-            case kSeconds:
-                options.seconds = numberOf("--seconds", optarg);
-                break;
-            case kIdType:
-                options.idType = numberOf("--id-type", optarg);
-                break;
-            case kJson:
-                options.json = true;
-                break;
-            case kHelp:
-                printUsage(stdout);
-                std::exit(0);
-            case ':':
-                endWithUsage(std::string(argv[optind - 1]) + " needs a value");
-            default:
-                endWithUsage(std::string("unknown option ") + argv[optind - 1]);
+        first.push_back(argv[index]);
+        for (const option* known = kOptions; known->name != nullptr; ++known) {
+            if (word == std::string("--") + known->name && known->has_arg == required_argument && index + 1 < argc) {
+                first.push_back(argv[++index]);
+            }
         }
     }
-    options.words.assign(argv + optind, argv + argc);
-    if (!options.words.empty()) {
-        checkWords(options.words);
+    first.insert(first.end(), words.begin(), words.end());
+    return first;
+}
+
+Options parseOptions(int argc, char** argv) {
+    Options options;
+    std::string table;
+    std::vector<char*> ordered = optionsFirst(argc, argv);
+    ordered.push_back(nullptr);
+    opterr = 0;
+    for (int id = 0; (id = getopt_long(argc, ordered.data(), "+:", kOptions, nullptr)) != -1;) {
+        if (id == ':') {
+            endWithUsage(std::string(ordered[static_cast<std::size_t>(optind) - 1]) + " needs a value");
+        }
+        if (id == '?') {
+            endWithUsage(std::string("unknown option ") + ordered[static_cast<std::size_t>(optind) - 1]);
+        }
+        takeOption(id, options, table);
     }
+    options.words.assign(ordered.begin() + optind, ordered.end() - 1);
+    finishPattern(options, table);
+    checkWords(options);
     return options;
 }
 
@@ -157,7 +292,7 @@ int info(Host& host, Printer& printer) {
     return host.api.getCurrentChannelInfo(onid, tsid, sid) == 0 ? 0 : 1;
 }
 
-int demo(velmora::dtv::DvbAPIInterface& api, EventQueue& queue, Printer& printer, const std::string& path) {
+int demo(Host& host, EventQueue& queue, Printer& printer, const std::string& path) {
     std::ifstream file(path);
     if (!file) {
         std::fprintf(stderr, "dvbshell: cannot open %s: %s\n", path.c_str(), std::strerror(errno));
@@ -170,7 +305,48 @@ int demo(velmora::dtv::DvbAPIInterface& api, EventQueue& queue, Printer& printer
         std::fprintf(stderr, "dvbshell: %s: %s\n", path.c_str(), error.c_str());
         return 1;
     }
-    return runDemo(api, queue, printer, chooseServices(services), kLongestDemo);
+    const auto replay = [&host](const Triplet& channel) {
+        host.ait->replay(static_cast<std::uint16_t>(channel.onid), static_cast<std::uint16_t>(channel.tsid),
+                         static_cast<std::uint16_t>(channel.sid));
+    };
+    return runDemo(host.api, queue, printer, chooseServices(services), replay, kLongestDemo);
+}
+
+/// Watches until the AIT has come and nothing follows it for a moment, then asks for it again from memory.
+int ait(Host& host, EventQueue& queue, Printer& printer, const Options& options, Clock::time_point end) {
+    constexpr std::chrono::milliseconds kQuiet{500};
+    // What has been told is not told again unless it is asked for.
+    if (options.words.size() == 2) {
+        tune(host.api, options);
+    } else {
+        host.api.triggerAitRestart();
+    }
+    bool came = false;
+    Clock::time_point until = end;
+    while (const std::optional<Event> event = queue.take(until)) {
+        printer.print(*event, host.api.getCurrentCCID());
+        came = came || event->kind == EventKind::application;
+        until = came ? std::min(end, Clock::now() + kQuiet) : end;
+    }
+    if (!came) {
+        printer.note("no AIT came");
+        return 1;
+    }
+    printer.note("from memory:");
+    const bool asked = replayAit(host, printer, options.words);
+    while (const std::optional<Event> event = queue.take(Clock::now() + kQuiet)) {
+        printer.print(*event, host.api.getCurrentCCID());
+    }
+    return asked ? 0 : 1;
+}
+
+int sections(const Options& options, Printer& printer) {
+    constexpr int kSeconds = 5;
+    constexpr int kSecondsOfCount = 60;
+    SectionsRequest request = options.sections;
+    const bool counted = request.count && !request.pmtOfService;
+    request.longest = std::chrono::seconds(options.seconds.value_or(counted ? kSecondsOfCount : kSeconds));
+    return runSections(options.library, request, printer);
 }
 
 int run(Host& host, EventQueue& queue, Printer& printer, const Options& options) {
@@ -184,9 +360,15 @@ int run(Host& host, EventQueue& queue, Printer& printer, const Options& options)
         return info(host, printer);
     }
     if (verb == "demo") {
-        return demo(host.api, queue, printer, options.words[1]);
+        return demo(host, queue, printer, options.words[1]);
     }
     awaitChannel(host);
+    if (verb == "sections" || verb == "pmt") {
+        return sections(options, printer);
+    }
+    if (verb == kReplayAit) {
+        return ait(host, queue, printer, options, Clock::now() + std::chrono::seconds(options.seconds.value_or(kLong)));
+    }
     if (verb == "watch") {
         return watch(host.api, queue, printer, options.seconds.value_or(kLong));
     }
@@ -205,14 +387,16 @@ int main(int argc, char** argv) {
     const Options options = parseOptions(argc, argv);
     std::string error;
     velmora::dtv::DvbAPIInterface* const api = loadDvbApi(options.library, error);
-    if (api == nullptr) {
+    // Events may be on their way at any time, so what takes them lives as long as the process.
+    auto& queue = *new EventQueue;
+    AitLink* const link = api == nullptr ? nullptr : AitLink::load(options.library, queue, error);
+    if (api == nullptr || link == nullptr) {
         std::fprintf(stderr, "dvbshell: %s\n", error.c_str());
         return 1;
     }
-    EventQueue queue;
     const std::unique_ptr<Printer> printer =
         options.json ? std::make_unique<JsonPrinter>(stdout) : std::make_unique<Printer>(stdout);
-    Host host{*api, makeListener(queue)};
+    Host host{*api, makeListener(queue, link), link};
     api->addListener(host.listener);
     const int result = run(host, queue, *printer, options);
     api->removeListener(host.listener);

@@ -197,22 +197,6 @@ std::vector<Operation> makeOperations() {
     };
 }
 
-bool parseHex(const std::string& word, std::string& bytes) {
-    if (word.size() % 2 != 0) {
-        return false;
-    }
-    for (std::size_t at = 0; at < word.size(); at += 2) {
-        unsigned int byte = 0;
-        const char* const end = word.data() + at + 2;
-        const auto read = std::from_chars(word.data() + at, end, byte, 16);
-        if (read.ec != std::errc() || read.ptr != end) {
-            return false;
-        }
-        bytes += static_cast<char>(byte);
-    }
-    return true;
-}
-
 template <typename Number>
 bool parseWhole(const std::string& word, Number& number) {
     const bool hexadecimal = word.size() > 2 && word[0] == '0' && (word[1] == 'x' || word[1] == 'X');
@@ -294,6 +278,22 @@ bool parseValues(const Operation& operation, const std::vector<std::string>& wor
                     allowed(parameter);
             return false;
         }
+    }
+    return true;
+}
+
+bool parseHex(const std::string& word, std::string& bytes) {
+    if (word.size() % 2 != 0) {
+        return false;
+    }
+    for (std::size_t at = 0; at < word.size(); at += 2) {
+        unsigned int byte = 0;
+        const char* const end = word.data() + at + 2;
+        const auto read = std::from_chars(word.data() + at, end, byte, 16);
+        if (read.ec != std::errc() || read.ptr != end) {
+            return false;
+        }
+        bytes += static_cast<char>(byte);
     }
     return true;
 }

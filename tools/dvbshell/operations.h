@@ -15,6 +15,8 @@
 
 namespace dvbshell {
 
+class AitLink;
+
 /// What an argument may be: a number between two bounds, any text, or bytes in hexadecimal.
 struct Parameter {
     enum class Kind { number, text, hexBytes };
@@ -41,10 +43,11 @@ struct Outcome {
     std::optional<std::string> text;
 };
 
-/// What operations work on: the API, and the listener that the shell registers with it.
+/// What operations work on: the API, the listener that the shell registers with it, and the way to the AIT catcher.
 struct Host {
     velmora::dtv::DvbAPIInterface& api;
     std::shared_ptr<velmora::dtv::DVBServiceListener> listener;
+    AitLink* ait = nullptr;
 };
 
 struct Operation {
@@ -64,6 +67,9 @@ std::string synopsis(const Operation& operation);
 
 /// Reads the arguments behind an operation's name. False with the reason.
 bool parseValues(const Operation& operation, const std::vector<std::string>& words, Values& values, std::string& error);
+
+/// Bytes from hexadecimal digits, two a byte; false when they are none.
+bool parseHex(const std::string& word, std::string& bytes);
 
 /// Splits a line into words at blanks; double quotes keep blanks together.
 std::vector<std::string> splitWords(const std::string& line);

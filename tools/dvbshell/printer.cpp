@@ -8,6 +8,7 @@
 #include "printable.h"
 #include "si/ait.h"
 #include "si/tables.h"
+#include "tree_text.h"
 
 namespace dvbshell {
 
@@ -34,6 +35,13 @@ std::string eventTime(const si::Eit::Event& event) {
         return "time undefined";
     }
     return clockText(*event.start, "%Y-%m-%d %H:%M") + clockText(*event.start + event.durationSeconds, "-%H:%M UTC");
+}
+
+std::string aitHead(const si::Ait& ait) {
+    char type[8];
+    std::snprintf(type, sizeof type, "%04x", ait.applicationType);
+    return std::string("application_type ") + type + ", version " + std::to_string(ait.version) + ", section " +
+           std::to_string(ait.sectionNumber) + "/" + std::to_string(ait.lastSectionNumber);
 }
 
 }  // namespace
@@ -75,6 +83,12 @@ void Printer::print(const Event& event, const std::string& ccid) {
             break;
         case EventKind::ait:
             printAit(event);
+            break;
+        case EventKind::application:
+            printApplications(event);
+            break;
+        case EventKind::filtered:
+            printFiltered(event);
             break;
         case EventKind::other: {
             std::string text = event.name;
@@ -133,16 +147,50 @@ void Printer::printAit(const Event& event) {
         printUnreadable(event, "AIT", error);
         return;
     }
-    char type[8];
-    std::snprintf(type, sizeof type, "%04x", ait->applicationType);
-    head(event.time, "AIT",
-         triplet(event) + "  application_type " + type + ", version " + std::to_string(ait->version) + ", section " +
-             std::to_string(ait->sectionNumber) + "/" + std::to_string(ait->lastSectionNumber));
-    for (const si::Ait::Application& application : ait->applications) {
+    head(event.time, "AIT", triplet(event) + "  " + aitHead(*ait));
+}
+
+/// What the AIT catcher hands on: the applications one by one, each with its descriptors below.
+void Printer::printApplications(const Event& event) {
+    if (event.section.empty()) {
+        head(event.time, "apps", triplet(event) + "  this section has not come");
+        return;
+    }
+    std::string error;
+    const std::optional<si::Ait> ait = si::parseAit(event.section, error);
+    if (!ait) {
+        printUnreadable(event, "apps", error);
+        return;
+    }
+    constexpr int kApplicationIndent = 20;
+    constexpr int kUrlIndent = 29;
+    head(event.time, "apps", triplet(event) + "  " + aitHead(*ait));
+    const si::Node tree = si::describeSection(event.section);
+    std::vector<si::Node> common = tree.nodes;
+    common.resize(ait->commonDescriptors.size());
+    printLines(treeLines(common), kApplicationIndent);
+    for (std::size_t index = 0; index < ait->applications.size(); ++index) {
+        const si::Ait::Application& application = ait->applications[index];
+        char identifier[32];
+        std::snprintf(identifier, sizeof identifier, "%x:%x", application.organisationId, application.applicationId);
         const std::string name = application.names.empty() ? "(no name)" : application.names.front().text;
-        std::fprintf(output(), "%20s%x:%x  %-9s  %s\n%29s%s\n", "", application.organisationId,
-                     application.applicationId, si::controlCodeName(application.controlCode).c_str(),
-                     printable(name).c_str(), "", printable(application.url()).c_str());
+        printLines({std::string(identifier) + "  " + si::controlCodeName(application.controlCode) + "  " + name},
+                   kApplicationIndent);
+        printLines({application.url()}, kUrlIndent);
+        printLines(treeLines(tree.nodes[common.size() + index].nodes), kUrlIndent);
+    }
+}
+
+void Printer::printFiltered(const Event& event) {
+    constexpr int kIndent = 20;
+    const si::Node tree = si::describeSection(event.section);
+    head(event.time, "section", tree.name + "  " + fieldsText(tree));
+    printLines(treeLines(tree.nodes), kIndent);
+}
+
+void Printer::printLines(const std::vector<std::string>& lines, int indent) {
+    for (const std::string& line : lines) {
+        std::fprintf(output(), "%*s%s\n", indent, "", printable(line).c_str());
     }
 }
 

@@ -35,6 +35,9 @@ private:
     void printPmt(const Event& event);
     void printEit(const Event& event);
     void printAit(const Event& event);
+    void printApplications(const Event& event);
+    void printFiltered(const Event& event);
+    void printLines(const std::vector<std::string>& lines, int indent);
     void printUnreadable(const Event& event, const char* what, const std::string& error);
 
     std::FILE* output_;

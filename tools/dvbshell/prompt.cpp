@@ -9,7 +9,9 @@
 #include <iostream>
 #include <thread>
 
+#include "ait_link.h"
 #include "operations.h"
+#include "triplet.h"
 
 namespace dvbshell {
 
@@ -29,6 +31,8 @@ void printHelp(Printer& printer) {
         line.resize(std::max<std::size_t>(line.size() + 2, 52), ' ');
         printer.note(line + operation.help);
     }
+    printer.note(
+        "ait [ONID:TSID:SID]                                 what is stored of a channel's AIT; of the current one");
     printer.note("help, quit");
 }
 
@@ -52,17 +56,28 @@ bool runLine(Session& session, const std::string& line, bool& good) {
     }
     if (words[0] == kHelp) {
         printHelp(session.printer);
+    } else if (words[0] == kReplayAit) {
+        good = replayAit(session.host, session.printer, words);
     } else {
         good = runOperation(session.host, session.printer, words);
     }
     return true;
 }
 
+std::vector<std::string> firstWords() {
+    std::vector<std::string> words = {kReplayAit, kHelp, kQuit};
+    for (const Operation& operation : operations()) {
+        words.emplace_back(operation.name);
+    }
+    return words;
+}
+
 char* nextName(const char* begin, int state) {
+    static const std::vector<std::string> words = firstWords();
     static std::size_t index;
     index = state == 0 ? 0 : index;
-    while (index < operations().size()) {
-        const char* const name = operations()[index++].name;
+    while (index < words.size()) {
+        const char* const name = words[index++].c_str();
         if (std::strncmp(name, begin, std::strlen(begin)) == 0) {
             return strdup(name);
         }
@@ -124,6 +139,21 @@ int runScript(Session& session) {
 }
 
 }  // namespace
+
+bool replayAit(Host& host, Printer& printer, const std::vector<std::string>& words) {
+    Triplet channel;
+    if (words.size() > 2 || (words.size() == 2 && !parseTriplet(words[1], channel))) {
+        printer.note("ait takes a channel as ONID:TSID:SID, or nothing for the current one");
+        return false;
+    }
+    if (words.size() == 1 && host.api.getCurrentChannelInfo(channel.onid, channel.tsid, channel.sid) != 0) {
+        printer.note("ait: the current channel is not known");
+        return false;
+    }
+    return host.ait != nullptr &&
+           host.ait->replay(static_cast<std::uint16_t>(channel.onid), static_cast<std::uint16_t>(channel.tsid),
+                            static_cast<std::uint16_t>(channel.sid));
+}
 
 bool runOperation(Host& host, Printer& printer, const std::vector<std::string>& words) {
     const Operation* const operation = findOperation(words[0]);

@@ -8,6 +8,13 @@
 
 namespace dvbshell {
 
+/// The word for a replay of AIT sections, at the prompt and on the command line.
+constexpr const char* kReplayAit = "ait";
+
+/// Asks for the stored AIT sections of a channel by its triplet, or of the current one; false, with a line that says
+/// why, when there is none.
+bool replayAit(Host& host, Printer& printer, const std::vector<std::string>& words);
+
 /// Runs one operation by its words; false when they are none, with a line that says why, or when its result is
 /// negative.
 bool runOperation(Host& host, Printer& printer, const std::vector<std::string>& words);

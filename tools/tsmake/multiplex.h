@@ -32,6 +32,9 @@ struct Service {
     Event present;
     Event following;
     std::vector<Application> applications;  ///< none: no AIT
+    unsigned int aitSections = 1;           ///< the applications are dealt out among them
+    unsigned int aitInterval = 200;         ///< milliseconds between two repetitions
+    unsigned int aitLifetime = 0;           ///< seconds until the AIT changes its version; 0: it never does
 
     // PIDs, given by the multiplex in order.
     std::uint16_t pmtPid = 0;

@@ -137,7 +137,7 @@ public:
             addTable(0x0012, 1000, eitSection(multiplex, service, false));
             addTable(0x0012, 1000, eitSection(multiplex, service, true));
             if (!service.applications.empty()) {
-                addTable(service.aitPid, 200, aitSection(service));
+                addAit(service);
             }
         }
         sources.push_back({0x0014, kTicks, 0, false, [this](std::uint64_t ticks) {
@@ -165,6 +165,18 @@ private:
         // Tables begin one after the other, so that they do not all fall due together for ever.
         const std::uint64_t begin = sources.size() * kMillisecond;
         sources.push_back({pid, milliseconds * kMillisecond, begin, false, [unit](std::uint64_t) { return unit; }});
+    }
+
+    void addAit(const Service& service) {
+        for (unsigned int number = 0; number < service.aitSections; ++number) {
+            const std::uint64_t begin = sources.size() * kMillisecond;
+            sources.push_back({service.aitPid, service.aitInterval * kMillisecond, begin, false,
+                               [&service, number](std::uint64_t ticks) {
+                                   const std::uint64_t life = service.aitLifetime * kTicks;
+                                   const std::uint64_t changes = life == 0 ? 0 : ticks / life;
+                                   return sectionUnit(aitSection(service, number, static_cast<unsigned int>(changes)));
+                               }});
+        }
     }
 
     void addStreams(const Service& service) {

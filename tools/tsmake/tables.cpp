@@ -127,10 +127,17 @@ Section eitSection(const Multiplex& multiplex, const Service& service, bool foll
     return writer.finish();
 }
 
-Section aitSection(const Service& service) {
-    SectionWriter writer(0x74, kHbbTv, 1);
+Section aitSection(const Service& service, unsigned int number, unsigned int changes) {
+    constexpr unsigned int kVersions = 32;
+    const auto version = static_cast<std::uint8_t>((1 + changes) % kVersions);
+    SectionWriter writer(0x74, kHbbTv, version, static_cast<std::uint8_t>(number),
+                         static_cast<std::uint8_t>(service.aitSections - 1));
     writer.open12().close().open12();
-    for (const Application& application : service.applications) {
+    for (std::size_t index = number; index < service.applications.size(); index += service.aitSections) {
+        Application application = service.applications[index];
+        if (service.aitLifetime != 0) {
+            application.initialPath += "?changes=" + std::to_string(changes);
+        }
         writeApplication(writer, application);
     }
     writer.close();

@@ -13,7 +13,9 @@ Section nitSection(const Multiplex& multiplex);
 Section sdtSection(const Multiplex& multiplex);
 /// EIT present/following actual: section 0 the present event, section 1 the following.
 Section eitSection(const Multiplex& multiplex, const Service& service, bool following);
-Section aitSection(const Service& service);
+/// A section of the AIT after so many changes of its version, which begins with 1. An AIT that changes says in its
+/// paths how often it has.
+Section aitSection(const Service& service, unsigned int number = 0, unsigned int changes = 0);
 /// The time `secondsIn` after the start.
 Section tdtSection(const Multiplex& multiplex, std::time_t secondsIn);
 

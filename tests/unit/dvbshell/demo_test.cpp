@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "captured_output.h"
 #include "recording_api.h"
 #include "tables.h"
@@ -33,6 +35,32 @@ ListedService listed(const tsmake::Service& service) {
     return result;
 }
 
+/// Hands on each section once, and again on request, as the library's AIT catcher does.
+class PlayedCatcher : public dvbshell::AitSink {
+public:
+    explicit PlayedCatcher(dvbshell::EventQueue& newQueue) : queue(newQueue) {}
+
+    void onChannel(std::uint16_t, std::uint16_t, std::uint16_t) override {}
+    void onAit(std::uint16_t, std::uint16_t, std::uint16_t sid, const std::string& section) override {
+        if (stored.emplace(sid, section).second) {
+            handOn(sid);
+        }
+    }
+    void handOn(int sid) {
+        dvbshell::Event event;
+        event.kind = dvbshell::EventKind::application;
+        event.onid = kOnid;
+        event.tsid = kTsid;
+        event.sid = sid;
+        event.section = stored.at(sid);
+        queue.put(event);
+    }
+
+private:
+    dvbshell::EventQueue& queue;
+    std::map<int, std::string> stored;
+};
+
 class ADemonstration : public testing::Test {
 protected:
     /// Every tune is answered with what the sample has of the service, less what the test leaves out.
@@ -61,12 +89,14 @@ protected:
 
     int run(const std::vector<ListedService>& services, dvbshell::Clock::duration longest = std::chrono::seconds(60)) {
         dvbshell::Printer printer(output.file());
-        return dvbshell::runDemo(api, queue, printer, services, longest);
+        const auto replay = [this](const dvbshell::Triplet& channel) { catcher.handOn(channel.sid); };
+        return dvbshell::runDemo(api, queue, printer, services, replay, longest);
     }
 
     RecordingApi api;
     dvbshell::EventQueue queue;
-    std::shared_ptr<velmora::dtv::DVBServiceListener> listener = dvbshell::makeListener(queue);
+    PlayedCatcher catcher{queue};
+    std::shared_ptr<velmora::dtv::DVBServiceListener> listener = dvbshell::makeListener(queue, &catcher);
     CapturedOutput output;
     bool answersChannel = true;
     bool answersPmt = true;
@@ -82,8 +112,8 @@ TEST_F(ADemonstration, SucceedsWhenEverythingArrives) {
 }
 
 TEST_F(ADemonstration, TunesOnceWhenTheChannelChanges) {
-    run({listed(kSample.services[0])});
-    EXPECT_THAT(api.calls, testing::Contains("tuneToService(12, 1, 1025, 28106, 0)").Times(1));
+    run({listed(kSample.services[2])});
+    EXPECT_THAT(api.calls, testing::Contains("tuneToService(12, 1, 1025, 28108, 0)").Times(1));
 }
 
 TEST_F(ADemonstration, NamesTheServiceWhosePmtDidNotArrive) {
@@ -115,4 +145,19 @@ TEST_F(ADemonstration, GivesUpWhatHasNotComeInTheTimeForAll) {
     EXPECT_EQ(run({listed(kSample.services[0]), listed(kSample.services[1])}, std::chrono::milliseconds(1)), 1);
     EXPECT_THAT(output.text(), HasSubstr("missing: no channel change arrived for 1:1025:28106 (Name)\n"));
     EXPECT_THAT(output.text(), HasSubstr("missing: no channel change arrived for 1:1025:28107 (Name)\n"));
+}
+
+TEST_F(ADemonstration, GoesBackToTheFirstServiceWithAnAitAndShowsItFromMemory) {
+    EXPECT_EQ(run({listed(kSample.services[2]), listed(kSample.services[0]), listed(kSample.services[1])}), 0);
+    const std::string text = output.text();
+    const std::size_t back = text.find("--- back to 1:1025:28106  Name, its AIT from memory");
+    ASSERT_NE(back, std::string::npos);
+    EXPECT_THAT(text.substr(back), HasSubstr("190:1  AUTOSTART  Red Button"));
+    EXPECT_THAT(api.calls.back(), testing::AnyOf("tuneToService(12, 1, 1025, 28106, 0)", "getCurrentCCID()"));
+}
+
+TEST_F(ADemonstration, AsksForAnAitThatWasHandedOnBefore) {
+    const ListedService service = listed(kSample.services[0]);
+    EXPECT_EQ(run({service, listed(kSample.services[1]), service}), 0);
+    EXPECT_THAT(output.text(), HasSubstr("all arrived"));
 }

@@ -138,6 +138,15 @@ TEST_F(AHandshake, GivesUpAfterTenSecondsAndLeavesALateConfirmationForGood) {
     EXPECT_TRUE(recordOf("late"));
 }
 
+TEST_F(AHandshake, GivesUpAfterTenSecondsOfTheRealClock) {
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(open("nobody answers"), 1);
+    const auto passed = std::chrono::steady_clock::now() - begin;
+    EXPECT_GE(passed, std::chrono::seconds(10));
+    EXPECT_LT(passed, std::chrono::seconds(20)) << "nothing woke it in between";
+    EXPECT_EQ(messagesOf("waitForStartSectionResult").size(), 1U);
+}
+
 TEST_F(AHandshake, WakesTwoWaitsAndSatisfiesOne) {
     std::future<int> first = std::async(std::launch::async, [this] { return open("first"); });
     ASSERT_TRUE(recording::waitForSent(2));

@@ -96,7 +96,7 @@ TEST_F(AFilter, GetsASessionNameOfFortyFiveCharactersThatBeginsWithTheProcess) {
 }
 
 TEST_F(AFilter, NeverGetsASessionNameTwice) {
-    constexpr std::size_t kNames = 20000;
+    constexpr std::size_t kNames = 1000000;
     std::unordered_set<std::string> names;
     for (std::size_t count = 0; count < kNames; ++count) {
         names.insert(service->generateSessionName());

@@ -1,0 +1,32 @@
+// What describes the parts of a section, between the files that do it.
+#pragma once
+
+#include <string>
+
+#include "si/description.h"
+
+namespace si {
+
+/// Each adds to the table's node; false with the reason when the section is none of its kind.
+bool describeAit(Bytes section, Node& node, std::string& error);
+bool describeDsmccMessage(Bytes section, Node& node, std::string& error);
+bool describeStreamDescriptors(Bytes section, Node& node, std::string& error);
+
+/// Walks a loop of descriptors; what does not fit at its end is added as "unreadable".
+template <typename Describe>
+void forEachDescriptor(Bytes loop, Node& parent, Describe describe) {
+    Descriptors descriptors;
+    std::size_t read = 0;
+    readDescriptors(loop, descriptors);
+    for (const Descriptor& descriptor : descriptors) {
+        Node& node = parent.add("descriptor");
+        node.hex("tag", descriptor.tag, 2).number("length", descriptor.bytes.size());
+        describe(descriptor, node);
+        read += 2 + descriptor.bytes.size();
+    }
+    if (read < loop.size) {
+        parent.add("unreadable").bytes("bytes", {loop.data + read, loop.size - read});
+    }
+}
+
+}  // namespace si

@@ -1,0 +1,137 @@
+// The AIT end to end: from a broadcast through the service, the library and its catcher to a browser's AIT client.
+#include <fstream>
+
+#include "ait_link.h"
+#include "browser_fixture.h"
+#include "scheduler.h"
+#include "si/ait.h"
+
+namespace {
+
+/// Writes the first seconds of a multiplex to a file of the run directory.
+std::string writeBroadcast(const tsmake::Multiplex& multiplex, unsigned int seconds, const std::string& name) {
+    constexpr std::streamsize kPacketSize = 188;
+    std::string path = kRunDirectory + "/" + name;
+    std::ofstream file(path, std::ios::binary);
+    tsmake::writeMultiplex(multiplex, seconds, [&file](const std::uint8_t* packet) {
+        file.write(reinterpret_cast<const char*>(packet), kPacketSize);
+    });
+    return path;
+}
+
+class ABrowserWithAnAitClient : public testing::Test {
+protected:
+    ABrowserWithAnAitClient() {
+        std::string error;
+        link = dvbshell::AitLink::load(LIBRARY_FILE, queue, error);
+        EXPECT_NE(link, nullptr) << error;
+        api = dvbshell::loadDvbApi(LIBRARY_FILE, error);
+        EXPECT_NE(api, nullptr) << error;
+        listener = dvbshell::makeListener(queue, link);
+        api->addListener(listener);
+    }
+    ~ABrowserWithAnAitClient() override { api->removeListener(listener); }
+
+    /// The next section that the catcher hands on; none when it takes too long.
+    std::optional<Event> next(std::chrono::seconds longest = std::chrono::seconds(20)) {
+        const auto end = dvbshell::Clock::now() + longest;
+        while (std::optional<Event> event = queue.take(end)) {
+            if (event->kind == EventKind::application) {
+                return event;
+            }
+        }
+        return std::nullopt;
+    }
+    bool tunesTo(int sid) {
+        return eventually([this, sid] {
+            api->tuneToService(12, 1, 1025, sid, 0);
+            return api->getCurrentCCID() == "ccid:1:1025:" + std::to_string(sid);
+        });
+    }
+
+    dvbshell::EventQueue& queue = *new dvbshell::EventQueue;  // what is on its way may come after the test
+    dvbshell::AitLink* link = nullptr;
+    velmora::dtv::DvbAPIInterface* api = nullptr;
+    std::shared_ptr<velmora::dtv::DVBServiceListener> listener;
+};
+
+}  // namespace
+
+TEST_F(ABrowserWithAnAitClient, GetsEachChannelsAitOnceAndAfterAChangeBackFromMemory) {
+    const ServiceProcess service;
+    const std::string first = asText(tsmake::aitSection(kSample.services[0]));
+    const std::string second = asText(tsmake::aitSection(kSample.services[1]));
+    ASSERT_TRUE(tunesTo(28106));
+    std::optional<Event> event = next();
+    ASSERT_TRUE(event);
+    EXPECT_EQ(event->sid, 28106);
+    EXPECT_EQ(event->section, first);
+    ASSERT_TRUE(tunesTo(28107));
+    event = next();
+    ASSERT_TRUE(event);
+    EXPECT_EQ(event->sid, 28107);
+    EXPECT_EQ(event->section, second);
+    ASSERT_TRUE(tunesTo(28106));
+    EXPECT_FALSE(next(std::chrono::seconds(1))) << "it has been handed on";
+    EXPECT_TRUE(link->replay(1, 1025, 28106));
+    event = next();
+    ASSERT_TRUE(event);
+    EXPECT_EQ(event->section, first);
+    EXPECT_TRUE(link->replay(1, 1025, 28107)) << "of a channel that is not the current one";
+    event = next();
+    ASSERT_TRUE(event);
+    EXPECT_EQ(event->section, second);
+}
+
+TEST_F(ABrowserWithAnAitClient, GetsEachNewSectionOnceOfAnAitThatChangesEverySecondForAMinute) {
+    constexpr unsigned int kSeconds = 60;
+    constexpr unsigned int kSections = 3;
+    tsmake::Multiplex multiplex = kSample;
+    tsmake::Service& changing = multiplex.services[0];
+    changing.applications.push_back({0x190, 3, 2, "Third", "http://hbbtv.one.example/", "third.html"});
+    changing.aitSections = kSections;
+    changing.aitInterval = 100;
+    changing.aitLifetime = 1;
+    const ServiceProcess service(writeBroadcast(multiplex, kSeconds, "changing.ts"));
+    ASSERT_TRUE(tunesTo(28106));
+
+    // The sections that the broadcast has, in its order, from the first that arrives to the last of the minute.
+    std::vector<std::string> broadcast;
+    for (unsigned int change = 0; change < kSeconds; ++change) {
+        for (unsigned int number = 0; number < kSections; ++number) {
+            broadcast.push_back(asText(tsmake::aitSection(changing, number, change)));
+        }
+    }
+    std::optional<Event> event = next();
+    ASSERT_TRUE(event);
+    const auto begin = std::find(broadcast.begin(), broadcast.end(), event->section);
+    ASSERT_LT(begin - broadcast.begin(), std::ptrdiff_t{5 * kSections}) << "it came in the first seconds";
+    for (auto expected = begin; expected != broadcast.end(); ++expected) {
+        ASSERT_TRUE(event);
+        std::string error;
+        const auto ait = si::parseAit(event->section, error);
+        ASSERT_TRUE(ait) << error;
+        ASSERT_EQ(event->section, *expected)
+            << "version " << int{ait->version} << ", section " << int{ait->sectionNumber};
+        if (expected + 1 != broadcast.end()) {
+            event = next();
+        }
+    }
+}
+
+TEST(TheShell, FollowsTheAitAndReplaysIt) {
+    const ServiceProcess service;
+    ChildProcess current(DVBSHELL, {"ait"}, "current");
+    EXPECT_EQ(current.wait(), 0) << current.output();
+    const std::string output = current.output();
+    const std::size_t memory = output.find("from memory:");
+    ASSERT_NE(memory, std::string::npos) << output;
+    EXPECT_THAT(output.substr(0, memory), testing::HasSubstr("190:1  AUTOSTART  Red Button"));
+    EXPECT_THAT(output.substr(memory), testing::HasSubstr("190:1  AUTOSTART  Red Button"));
+    ChildProcess other(DVBSHELL, {"ait", "1:1025:28107"}, "other");
+    EXPECT_EQ(other.wait(), 0) << other.output();
+    EXPECT_THAT(other.output(), testing::HasSubstr("190:11  AUTOSTART  Zwei Text"));
+    ChildProcess without(DVBSHELL, {"ait", "1:1025:28108", "--seconds", "1"}, "without");
+    EXPECT_EQ(without.wait(), 1);
+    EXPECT_THAT(without.output(), testing::HasSubstr("no AIT came"));
+}

@@ -1,0 +1,56 @@
+// AitLink: the embedding side of the library's AIT catcher. What the DVB API reports is handed to the catcher, and what
+// the catcher hands on becomes events.
+// Threads: the sink's operations on the transport thread; replay() on any; events come from both and from a replay's
+// own. Blocks:  as the catcher does.   Fails: load() with a text that names the library and the reason.
+#pragma once
+
+#include <optional>
+
+#include "dvb_ait_section_interface.h"
+#include "events.h"
+
+namespace velmora::dvbservice {
+class BrowserAITCatcher;
+}
+
+namespace dvbshell {
+
+/// The catcher's operations, found in the library by name: it exports them for those who embed it.
+struct AitCatcher {
+    using Update = int (*)(velmora::dvbservice::BrowserAITCatcher*, std::uint16_t, std::uint16_t, std::uint16_t,
+                           std::uint16_t);
+    using UpdateAit = int (*)(velmora::dvbservice::BrowserAITCatcher*, std::string);
+
+    velmora::dvbservice::BrowserAITCatcher* catcher = nullptr;
+    Update updateCurrentChannelInfo = nullptr;
+    UpdateAit updateAIT = nullptr;
+};
+
+class AitLink : public AitSink, private velmora::dtv::AITSectionClient {
+public:
+    /// Null, with the reason, when the library does not have what it takes. The link lives as long as the process: the
+    /// library may be calling it at any time.
+    static AitLink* load(const std::string& libraryPath, EventQueue& queue, std::string& error);
+    AitLink(const AitCatcher& newCatcher, velmora::dtv::DVBAITSectionInterface& newInterface, EventQueue& newQueue);
+
+    void onChannel(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid) override;
+    void onAit(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid, const std::string& section) override;
+    /// Asks for what is stored of a channel; it comes as events.
+    bool replay(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid);
+
+private:
+    struct Channel {
+        std::uint16_t onid;
+        std::uint16_t tsid;
+        std::uint16_t sid;
+    };
+    void onCurrentChannelAIT(std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId,
+                             const std::vector<std::uint8_t>& section) override;
+
+    AitCatcher catcher;
+    velmora::dtv::DVBAITSectionInterface& ait;
+    EventQueue& queue;
+    std::optional<Channel> current;  // transport thread only
+};
+
+}  // namespace dvbshell

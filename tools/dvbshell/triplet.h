@@ -1,0 +1,22 @@
+// A service by its numbers.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace dvbshell {
+
+struct Triplet {
+    int onid = 0;
+    int tsid = 0;
+    int sid = 0;
+};
+
+/// Reads "onid:tsid:sid"; false when it is not three numbers up to 65535.
+bool parseTriplet(const std::string& text, Triplet& triplet);
+/// "onid:tsid:sid" in decimal.
+std::string tripletText(const Triplet& triplet);
+/// The parts of a text between separators; one more than there are separators.
+std::vector<std::string> split(const std::string& text, char separator);
+
+}  // namespace dvbshell
