@@ -149,6 +149,15 @@ bool writeSection(const std::string& queue, const std::string& session, const st
     return handle->TrySend(message);
 }
 
+std::size_t waitingSections(const std::string& queue) {
+    velmora::msgqueue::Channel* const channel = velmora::msgqueue::Channels::instance().find(queue);
+    if (channel == nullptr) {
+        return 0;
+    }
+    const std::lock_guard<std::mutex> lock(channel->mutex);
+    return channel->messages.size();
+}
+
 bool failReceive(const std::string& queue) {
     velmora::msgqueue::Channel* const channel = velmora::msgqueue::Channels::instance().find(queue);
     if (channel == nullptr) {

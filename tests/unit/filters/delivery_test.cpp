@@ -1,4 +1,6 @@
 // The section-data channel and its delivery thread.
+#include <future>
+
 #include "eventually.h"
 #include "filter_fixture.h"
 
@@ -107,6 +109,49 @@ TEST_F(ADelivery, EndsForGoodAfterAReceiveError) {
     openFilter("b");
     EXPECT_TRUE(messagesOf("createIPCChannelForSectionData").empty()) << "no thread is made again";
     EXPECT_TRUE(client.sections().empty());
+}
+
+TEST_F(ADelivery, OutlivesItsObjectAndTouchesItNoMore) {
+    openFilter("a");
+    const std::string name = queue();
+    ASSERT_TRUE(recording::writeSection(name, "a", {1}));
+    ASSERT_TRUE(delivered(1));
+    service->stop();  // the proxy holds it too
+    service.reset();
+    EXPECT_EQ(messagesOf("~BrowserDVBService").size(), 1U);
+    // The sanitizers watch that the thread, which takes the section, leaves the object alone.
+    EXPECT_TRUE(recording::writeSection(name, "a", {2}));
+    EXPECT_TRUE(eventually([&name] { return recording::waitingSections(name) == 0; }));
+    EXPECT_EQ(client.sections().size(), 1U);
+}
+
+TEST(ADeliveryGate, IsClosedToTheThreadOnceItsObjectGoes) {
+    velmora::dvbservice::DeliveryGate gate;
+    EXPECT_TRUE(velmora::dvbservice::DeliveryGate::Pass(gate));
+    EXPECT_TRUE(gate.close(std::chrono::milliseconds(0)));
+    EXPECT_FALSE(velmora::dvbservice::DeliveryGate::Pass(gate));
+}
+
+TEST(ADeliveryGate, WaitsForTheDeliveryUnderWayAndNoLongerThanItMay) {
+    velmora::dvbservice::DeliveryGate gate;
+    std::promise<void> entered;
+    std::promise<void> leave;
+    std::thread delivery([&] {
+        const velmora::dvbservice::DeliveryGate::Pass pass(gate);
+        entered.set_value();
+        leave.get_future().wait();
+    });
+    entered.get_future().wait();
+    EXPECT_FALSE(gate.close(std::chrono::milliseconds(1)));
+    leave.set_value();
+    EXPECT_TRUE(gate.close(std::chrono::seconds(20)));
+    delivery.join();
+}
+
+TEST(ADeliveryGate, DoesNotWaitForItsOwnThread) {
+    velmora::dvbservice::DeliveryGate gate;
+    const velmora::dvbservice::DeliveryGate::Pass pass(gate);
+    EXPECT_TRUE(gate.close(std::chrono::seconds(20)));
 }
 
 TEST_F(ADelivery, RefusesAThreadWithoutItsObject) {

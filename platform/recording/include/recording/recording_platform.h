@@ -106,6 +106,8 @@ void setQueueCreationFails(bool fails);
 std::vector<std::string> queueNames();
 /// Writes a section to the queue of that name; false when there is no such queue.
 bool writeSection(const std::string& queue, const std::string& session, const std::vector<std::uint8_t>& section);
+/// How many sections nobody has received yet; 0 when there is no such queue.
+std::size_t waitingSections(const std::string& queue);
 /// Lets the next receive on that queue throw an interprocess error; false when there is no such queue.
 bool failReceive(const std::string& queue);
 

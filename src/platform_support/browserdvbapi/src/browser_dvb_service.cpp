@@ -11,8 +11,17 @@ namespace velmora::dvbservice {
 namespace {
 
 constexpr const char* kBlogTag = kTagService;
+constexpr std::chrono::seconds kLongestDelivery{1};
 
 }  // namespace
+
+/// At process exit. A client that does not come back from its section keeps the object from being destroyed, but not
+/// the process from ending.
+void BrowserDVBService::destroyUnlessDelivering(BrowserDVBService* service) {
+    if (service->deliveryGate->close(kLongestDelivery)) {
+        delete service;
+    }
+}
 
 BrowserDVBService* BrowserDVBService::getInstance() {
     static boost::shared_ptr<BrowserDVBService> instance;
@@ -25,7 +34,7 @@ BrowserDVBService* BrowserDVBService::getInstance() {
     }
     const std::lock_guard<std::mutex> lock(creationLock);
     if (!instance) {
-        instance.reset(new BrowserDVBService);
+        instance.reset(new BrowserDVBService, &destroyUnlessDelivering);
         instance->start();
         instance->TriggerServiceInfoAcquire();
         started.store(instance.get(), std::memory_order_release);
@@ -42,6 +51,7 @@ BrowserDVBService::BrowserDVBService() {
 }
 
 BrowserDVBService::~BrowserDVBService() {
+    deliveryGate->close(kLongestDelivery);
     BLOG_TAGGED(blog::kAlways, "Destroy BrowserDVBService(%p) in %d\n", static_cast<void*>(this), getpid());
 }
 

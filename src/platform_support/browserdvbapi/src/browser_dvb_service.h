@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "adapter.h"
+#include "delivery_gate.h"
 #include "dvb_section_interface.h"
 #include "filter_parameter.h"
 #include "snapshot_text.h"
@@ -175,6 +176,7 @@ private:
     static constexpr int kCloseConfirmation = 2;
     static constexpr unsigned int kNoPid = 0xFFFF;
 
+    static void destroyUnlessDelivering(BrowserDVBService* service);
     template <typename Send>
     void sendGuarded(const char* function, Send send);
     template <typename Send>
@@ -183,7 +185,7 @@ private:
     bool waitForResult(const char* function, const std::string& sessionName, Matches matches);
     void releaseFilter(const char* function, dtv::SectionFilterClient* client,
                        const boost::shared_ptr<FilterParameter>& filter);
-    void deliverSections(msgqueue::SectionDataIPCMessage& message);
+    static void deliverSections(BrowserDVBService* service, msgqueue::SectionDataIPCMessage& message);
     void deliverSection(const msgqueue::SectionDataIPCMessage& message);
 
     std::vector<dtv::SectionFilterClient*> clients;           // guarded by registryLock
@@ -213,6 +215,8 @@ private:
     unsigned int audioSourceFinishedSession = 0;  // of the last report
     std::condition_variable audioSourceCondition;
     std::mutex audioSourceLock;
+
+    const std::shared_ptr<DeliveryGate> deliveryGate = std::make_shared<DeliveryGate>();
 };
 
 }  // namespace velmora::dvbservice

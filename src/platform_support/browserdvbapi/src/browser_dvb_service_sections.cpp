@@ -103,14 +103,19 @@ void* BrowserDVBService::thread_proc_section_data(void* arg) {
         pthread_cond_signal(&startCondition);
     }
     BLOG_TAGGED(blog::kOrdinary, "thread_proc_section_data create Signal 1\n\n");
-    service->deliverSections(*receiver.message);
+    deliverSections(service, *receiver.message);
     return nullptr;
 }
 
-/// The thread's loop. A receive error ends it for good: the queue's handle stays set, so no other thread is made.
-void BrowserDVBService::deliverSections(SectionDataIPCMessage& message) {
-    IPCMessageQueue* const queue = sectionDataQueue.load(std::memory_order_acquire);
-    while (keepRunning()) {
+/// The thread's loop. A receive error ends it for good: the queue's handle stays set, so no other thread is made. So
+/// does the end of the object, of which nothing is touched outside of a pass through the gate.
+void BrowserDVBService::deliverSections(BrowserDVBService* service, SectionDataIPCMessage& message) {
+    const std::shared_ptr<DeliveryGate> gate = service->deliveryGate;
+    IPCMessageQueue* const queue = service->sectionDataQueue.load(std::memory_order_acquire);
+    while (true) {
+        if (const DeliveryGate::Pass pass(*gate); !pass || !service->keepRunning()) {
+            return;
+        }
         try {
             queue->Receive(message);
         } catch (const boost::interprocess::interprocess_exception& error) {
@@ -119,7 +124,9 @@ void BrowserDVBService::deliverSections(SectionDataIPCMessage& message) {
             usleep(kPauseAfterReceiveError);
             return;
         }
-        deliverSection(message);
+        if (const DeliveryGate::Pass pass(*gate); pass) {
+            service->deliverSection(message);
+        }
     }
 }
 
