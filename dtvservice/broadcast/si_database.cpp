@@ -168,7 +168,7 @@ void SiDatabase::nameChannels() {
         channel.originalNetworkId = multiplex.originalNetworkId;
         channel.name = multiplex.names[channel.serviceId];
     }
-    listener.onChannelList();
+    listener.onChannelList(*this);
 }
 
 void SiDatabase::dropService(Service& service) {
@@ -218,7 +218,7 @@ void SiDatabase::onEitSection(si::Bytes section) {
     }
     const Update update = file(service->second.eit, section);
     if (update != Update::none) {
-        listener.onEit(service->first, {section.data, section.data + section.size}, update == Update::changed);
+        listener.onEit(*this, service->first, {section.data, section.data + section.size}, update == Update::changed);
     }
 }
 
@@ -235,7 +235,7 @@ void SiDatabase::onPmtSection(std::uint16_t serviceId, si::Bytes section) {
     const Update update = file(services[serviceId].pmt, section);
     if (update != Update::none) {
         followAit(serviceId, *parsed);
-        listener.onPmt(serviceId, {section.data, section.data + section.size}, update == Update::changed);
+        listener.onPmt(*this, serviceId, {section.data, section.data + section.size}, update == Update::changed);
     }
 }
 
@@ -265,7 +265,7 @@ void SiDatabase::onAitSection(std::uint16_t serviceId, si::Bytes section) {
     }
     const Update update = file(services[serviceId].ait, section);
     if (update != Update::none) {
-        listener.onAit(serviceId, {section.data, section.data + section.size}, update == Update::changed);
+        listener.onAit(*this, serviceId, {section.data, section.data + section.size}, update == Update::changed);
     }
 }
 

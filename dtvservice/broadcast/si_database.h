@@ -28,14 +28,16 @@ struct Channel {
 
 using Section = std::vector<std::uint8_t>;
 
-/// Told on the feeding thread. `changed` tells a new version from the first.
+class SiDatabase;
+
+/// Told on the feeding thread, by which database. `changed` tells a new version from the first.
 class SiListener {
 public:
     virtual ~SiListener() = default;
-    virtual void onChannelList() = 0;
-    virtual void onPmt(std::uint16_t serviceId, const Section& section, bool changed) = 0;
-    virtual void onEit(std::uint16_t serviceId, const Section& section, bool changed) = 0;
-    virtual void onAit(std::uint16_t serviceId, const Section& section, bool changed) = 0;
+    virtual void onChannelList(const SiDatabase& of) = 0;
+    virtual void onPmt(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) = 0;
+    virtual void onEit(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) = 0;
+    virtual void onAit(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) = 0;
 };
 
 class SiDatabase {

@@ -1,6 +1,8 @@
 // Presenting a service and telling browsers of it.
 #include "dtv_service.h"
 
+#include <algorithm>
+
 namespace dtvservice {
 
 using broadcast::Channel;
@@ -35,7 +37,29 @@ const frame::TransportInfo kNoTransport;
 
 }  // namespace
 
-DtvService::DtvService(EventLoop& newLoop, broadcast::Demux& demux) : loop(newLoop), si(demux, *this), filters(demux) {}
+broadcast::Demux& DtvService::addMultiplex() {
+    Multiplex& added = multiplexes.emplace_back(static_cast<broadcast::SiListener&>(*this));
+    if (current == nullptr) {
+        follow(added);
+    }
+    return added.demux;
+}
+
+DtvService::Multiplex* DtvService::multiplexOf(const broadcast::SiDatabase& si) {
+    const auto found = std::find_if(multiplexes.begin(), multiplexes.end(),
+                                    [&si](const Multiplex& multiplex) { return &multiplex.si == &si; });
+    return found == multiplexes.end() ? nullptr : &*found;
+}
+
+/// A tuner receives one multiplex: filters on another one end, and their browsers are told.
+void DtvService::follow(Multiplex& multiplex) {
+    current = &multiplex;
+    for (const SectionFilters::Name& ended : filters.follow(multiplex.demux)) {
+        frame::MsgIds ids;
+        ids.peer = ended.first;
+        events->onFilterClosed(ids, kNoTransport, ended.second);
+    }
+}
 
 int DtvService::cmdTuneToService(frame::MsgIds& ids, const frame::TransportInfo&, const TuneInfoChannel& channel) {
     loop.post([this, ids, channel] { tune(ids, channel); });
@@ -61,8 +85,8 @@ int DtvService::cmdTriggerServiceInfoAcquire(frame::MsgIds& ids, const frame::Tr
 int DtvService::cmdSendPMTCache(frame::MsgIds& ids, const frame::TransportInfo&) {
     loop.post([this, ids] {
         const Channel* const channel = presentedChannel();
-        if (channel != nullptr && !si.pmt(channel->serviceId).empty()) {
-            tellPmt(ids, *channel, si.pmt(channel->serviceId), false);
+        if (channel != nullptr && !current->si.pmt(channel->serviceId).empty()) {
+            tellPmt(ids, *channel, current->si.pmt(channel->serviceId), false);
         }
     });
     return 0;
@@ -95,11 +119,11 @@ void DtvService::browserDisconnected(const frame::TransportInfo& peer) {
 }
 
 const Channel* DtvService::presentedChannel() const {
-    return presented ? si.find(*presented) : nullptr;
+    return presented ? current->si.find(*presented) : nullptr;
 }
 
-bool DtvService::isPresented(std::uint16_t serviceId) const {
-    return events != nullptr && presented == serviceId && si.find(serviceId) != nullptr;
+bool DtvService::isPresented(const broadcast::SiDatabase& of, std::uint16_t serviceId) const {
+    return events != nullptr && &of == &current->si && presented == serviceId && of.find(serviceId) != nullptr;
 }
 
 void DtvService::tune(frame::MsgIds asker, const TuneInfoChannel& wanted) {
@@ -107,21 +131,24 @@ void DtvService::tune(frame::MsgIds asker, const TuneInfoChannel& wanted) {
         BLOG_TAGGED_AS(blog::kUnsupported, "cmdTuneToService",
                        "refused: this service does not tune by delivery system descriptor yet\n");
     } else {
-        for (const Channel& channel : si.channels()) {
-            if (matches(channel, wanted)) {
-                present(channel);
-                return;
+        for (Multiplex& multiplex : multiplexes) {
+            for (const Channel& channel : multiplex.si.channels()) {
+                if (matches(channel, wanted)) {
+                    present(multiplex, channel);
+                    return;
+                }
             }
         }
-        BLOG_TAGGED(blog::kUnsupported, "no service %u:%u:%u in this multiplex\n", wanted.onid, wanted.tsid,
+        BLOG_TAGGED(blog::kUnsupported, "no service %u:%u:%u in the channel list\n", wanted.onid, wanted.tsid,
                     wanted.sid);
     }
     // What is presented stays, and its triplet is what the asker is to believe.
-    const Channel* const current = presentedChannel();
-    events->onServiceChanged(asker, kNoTransport, kFailed, current == nullptr ? std::string() : current->triplet());
+    const Channel* const staying = presentedChannel();
+    events->onServiceChanged(asker, kNoTransport, kFailed, staying == nullptr ? std::string() : staying->triplet());
 }
 
-void DtvService::present(const Channel& channel) {
+void DtvService::present(Multiplex& multiplex, const Channel& channel) {
+    follow(multiplex);
     presented = channel.serviceId;
     toldTriplet = channel.triplet();
     BLOG_TAGGED(blog::kOrdinary, "presenting %s %s\n", channel.triplet().c_str(), channel.name.c_str());
@@ -130,11 +157,11 @@ void DtvService::present(const Channel& channel) {
     }
     frame::MsgIds everyone;
     events->onServiceChanged(everyone, kNoTransport, kStarted, channel.triplet());
-    const Section pmt = si.pmt(channel.serviceId);
+    const Section pmt = multiplex.si.pmt(channel.serviceId);
     if (!pmt.empty()) {
         tellPmt(everyone, channel, pmt, false);
     }
-    for (const Section& section : si.eit(channel.serviceId)) {
+    for (const Section& section : multiplex.si.eit(channel.serviceId)) {
         events->onEitDataChange(everyone, kNoTransport, kFirst, asText(section));
     }
     tellAit(everyone, channel);
@@ -158,13 +185,16 @@ void DtvService::tellAitChannel(frame::MsgIds ids, const Channel& channel) {
 /// The channel first, so that a browser knows whose the sections are.
 void DtvService::tellAit(frame::MsgIds ids, const Channel& channel) {
     tellAitChannel(ids, channel);
-    for (const Section& section : si.ait(channel.serviceId)) {
+    for (const Section& section : current->si.ait(channel.serviceId)) {
         events->onAitSectionAvailable(ids, kNoTransport, asText(section));
     }
 }
 
-void DtvService::onChannelList() {
-    BLOG_TAGGED(blog::kOrdinary, "%zu services\n", si.channels().size());
+void DtvService::onChannelList(const broadcast::SiDatabase& of) {
+    BLOG_TAGGED(blog::kOrdinary, "%zu services\n", of.channels().size());
+    if (&of != &current->si) {
+        return;
+    }
     const Channel* const channel = presentedChannel();
     if (channel == nullptr) {
         presented.reset();
@@ -178,26 +208,28 @@ void DtvService::onChannelList() {
 }
 
 /// A set always presents something: until a browser tunes, the first service whose PMT has come.
-void DtvService::onPmt(std::uint16_t serviceId, const Section& section, bool changed) {
-    filters.pmtChanged(serviceId, section);
-    const Channel* const channel = si.find(serviceId);
+void DtvService::onPmt(const broadcast::SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) {
+    const Channel* const channel = of.find(serviceId);
+    if (&of == &current->si) {
+        filters.pmtChanged(serviceId, section);
+    }
     if (!presented && channel != nullptr) {
-        present(*channel);
-    } else if (isPresented(serviceId)) {
+        present(*multiplexOf(of), *channel);
+    } else if (isPresented(of, serviceId)) {
         frame::MsgIds everyone;
         tellPmt(everyone, *channel, section, changed);
     }
 }
 
-void DtvService::onEit(std::uint16_t serviceId, const Section& section, bool changed) {
-    if (isPresented(serviceId)) {
+void DtvService::onEit(const broadcast::SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) {
+    if (isPresented(of, serviceId)) {
         frame::MsgIds everyone;
         events->onEitDataChange(everyone, kNoTransport, changed ? kChanged : kFirst, asText(section));
     }
 }
 
-void DtvService::onAit(std::uint16_t serviceId, const Section& section, bool) {
-    if (isPresented(serviceId)) {
+void DtvService::onAit(const broadcast::SiDatabase& of, std::uint16_t serviceId, const Section& section, bool) {
+    if (isPresented(of, serviceId)) {
         frame::MsgIds everyone;
         events->onAitSectionAvailable(everyone, kNoTransport, asText(section));
     }

@@ -1,9 +1,10 @@
-// DtvService: the reference DTV service over one multiplex: which service is presented, what browsers are told of it,
-// and what it does with their commands. Threads: commands arrive on the transport thread and are posted to the loop;
-// everything else runs on the loop's thread. Blocks:  never.   Locks: none of its own. Fails:   a command that cannot
-// be done is told in the log; a tune that fails also by onServiceChanged.
+// DtvService: the reference DTV service over one or more multiplexes: which service is presented, what browsers are
+// told of it, and what it does with their commands. Threads: commands arrive on the transport thread and are posted to
+// the loop; everything else runs on the loop's thread. Blocks:  never.   Locks: none of its own. Fails:   a command
+// that cannot be done is told in the log; a tune that fails also by onServiceChanged.
 #pragma once
 
+#include <deque>
 #include <optional>
 
 #include "browserdvbservice_stub.h"
@@ -16,12 +17,13 @@ namespace dtvservice {
 
 class DtvService : public RefusingHandler, private broadcast::SiListener {
 public:
-    /// The loop and the demultiplexer must outlive the service.
-    DtvService(EventLoop& newLoop, broadcast::Demux& demux);
+    /// The loop must outlive the service.
+    explicit DtvService(EventLoop& newLoop) : loop(newLoop) {}
 
+    /// One more multiplex. Its packets go into the demultiplexer that is given back, on the loop's thread.
+    broadcast::Demux& addMultiplex();
     /// Events leave through the stub from now on. Before that they are dropped.
     void connect(lo::browserdvbservice::ClientInterface& newEvents) { events = &newEvents; }
-    const broadcast::SiDatabase& database() const { return si; }
 
     int cmdTuneToService(frame::MsgIds& ids, const frame::TransportInfo& transport,
                          const lo::browserdvbservice::TuneInfoChannel& channel) override;
@@ -46,15 +48,26 @@ public:
     void browserDisconnected(const frame::TransportInfo& peer) override;
 
 private:
-    void onChannelList() override;
-    void onPmt(std::uint16_t serviceId, const broadcast::Section& section, bool changed) override;
-    void onEit(std::uint16_t serviceId, const broadcast::Section& section, bool changed) override;
-    void onAit(std::uint16_t serviceId, const broadcast::Section& section, bool changed) override;
+    struct Multiplex {
+        explicit Multiplex(broadcast::SiListener& listener) : si(demux, listener) {}
+        broadcast::Demux demux;
+        broadcast::SiDatabase si;
+    };
+
+    void onChannelList(const broadcast::SiDatabase& of) override;
+    void onPmt(const broadcast::SiDatabase& of, std::uint16_t serviceId, const broadcast::Section& section,
+               bool changed) override;
+    void onEit(const broadcast::SiDatabase& of, std::uint16_t serviceId, const broadcast::Section& section,
+               bool changed) override;
+    void onAit(const broadcast::SiDatabase& of, std::uint16_t serviceId, const broadcast::Section& section,
+               bool changed) override;
 
     const broadcast::Channel* presentedChannel() const;
-    bool isPresented(std::uint16_t serviceId) const;
+    bool isPresented(const broadcast::SiDatabase& of, std::uint16_t serviceId) const;
+    Multiplex* multiplexOf(const broadcast::SiDatabase& si);
+    void follow(Multiplex& multiplex);
     void tune(frame::MsgIds asker, const lo::browserdvbservice::TuneInfoChannel& wanted);
-    void present(const broadcast::Channel& channel);
+    void present(Multiplex& multiplex, const broadcast::Channel& channel);
     void tellServiceInfo(frame::MsgIds ids);
     void tellPmt(frame::MsgIds ids, const broadcast::Channel& channel, const broadcast::Section& section, bool changed);
     void tellAitChannel(frame::MsgIds ids, const broadcast::Channel& channel);
@@ -62,9 +75,10 @@ private:
 
     EventLoop& loop;
     lo::browserdvbservice::ClientInterface* events = nullptr;
-    broadcast::SiDatabase si;
+    std::deque<Multiplex> multiplexes;
+    Multiplex* current = nullptr;  // the one that is received, as with one tuner: the first until a tune says otherwise
     SectionFilters filters;
-    std::optional<std::uint16_t> presented;  // service_id
+    std::optional<std::uint16_t> presented;  // service_id, in the current multiplex
     std::string toldTriplet;                 // of the presented service, as browsers know it
 };
 

@@ -53,7 +53,8 @@ int DtvService::cmdStartPMTRequest(frame::MsgIds& ids, const frame::TransportInf
                                    unsigned int serviceId) {
     loop.post([this, browser = ids.peer, session, serviceId] {
         filters.openPmt(browser, session, serviceId);
-        const broadcast::Section known = si.pmt(static_cast<std::uint16_t>(serviceId));
+        const broadcast::Section known =
+            current == nullptr ? broadcast::Section() : current->si.pmt(static_cast<std::uint16_t>(serviceId));
         if (!known.empty()) {
             filters.sendTo(browser, session, known);
         }

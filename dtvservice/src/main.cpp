@@ -15,16 +15,18 @@ namespace {
 constexpr int kUsageError = 2;
 
 constexpr const char* kUsage =
-    "usage: dtvserviced --input FILE [--once]   play FILE and answer browsers, again and again\n"
-    "       dtvserviced --list FILE             print the services of FILE and end\n"
+    "usage: dtvserviced --input FILE... [--once]   play files and answer browsers, again and again\n"
+    "       dtvserviced --list FILE                print the services of FILE and end\n"
     "\n"
-    "  --input FILE   a transport stream of 188-byte packets\n"
-    "  --once         end with the file\n"
+    "  --input FILE   a transport stream of 188-byte packets; given several times, each is a multiplex of its own, "
+    "and\n"
+    "                 tuning switches between them\n"
+    "  --once         end with the files\n"
     "  --list FILE    one line a service: onid:tsid:sid, pmt or nopmt, hbbtv or no-hbbtv, name; tabs between them\n"
     "                 (onid 0 where the file does not tell it)\n";
 
 struct Options {
-    std::string input;
+    std::vector<std::string> inputs;
     std::string list;
     dtvservice::Repeat repeat = dtvservice::Repeat::forever;
 };
@@ -50,7 +52,7 @@ Options parseOptions(int argc, char** argv) {
         }
         switch (found) {
             case kInput:
-                options.input = optarg;
+                options.inputs.emplace_back(optarg);
                 break;
             case kList:
                 options.list = optarg;
@@ -70,7 +72,7 @@ Options parseOptions(int argc, char** argv) {
     if (optind < argc) {
         endWithUsage(std::string("unexpected argument ") + argv[optind]);
     }
-    if (options.input.empty() == options.list.empty()) {
+    if (options.inputs.empty() == options.list.empty()) {
         endWithUsage("one of --input and --list is needed");
     }
     return options;
@@ -88,11 +90,15 @@ std::unique_ptr<broadcast::PacketFile> openOrEnd(const std::string& path) {
 
 int list(const std::string& path) {
     const std::unique_ptr<broadcast::PacketFile> file = openOrEnd(path);
-    dtvservice::EventLoop loop;
     broadcast::Demux demux;
-    const dtvservice::DtvService service(loop, demux);
+    class : public broadcast::SiListener {
+        void onChannelList(const broadcast::SiDatabase&) override {}
+        void onPmt(const broadcast::SiDatabase&, std::uint16_t, const broadcast::Section&, bool) override {}
+        void onEit(const broadcast::SiDatabase&, std::uint16_t, const broadcast::Section&, bool) override {}
+        void onAit(const broadcast::SiDatabase&, std::uint16_t, const broadcast::Section&, bool) override {}
+    } nobody;
+    const broadcast::SiDatabase database(demux, nobody);
     dtvservice::scan(*file, demux);
-    const broadcast::SiDatabase& database = service.database();
     if (database.channels().empty()) {
         std::fprintf(stderr, "dtvserviced: %s: no service: there is no PAT in the file, or it lists none\n",
                      path.c_str());
@@ -146,11 +152,17 @@ private:
 };
 
 int serve(const Options& options) {
-    const std::unique_ptr<broadcast::PacketFile> file = openOrEnd(options.input);
+    std::vector<std::unique_ptr<broadcast::PacketFile>> files;
+    for (const std::string& input : options.inputs) {
+        files.push_back(openOrEnd(input));
+    }
     dtvservice::EventLoop loop;
     const SignalWaiter signals(loop);
-    broadcast::Demux demux;
-    dtvservice::DtvService service(loop, demux);
+    dtvservice::DtvService service(loop);
+    std::vector<dtvservice::Playback> playbacks;
+    for (std::unique_ptr<broadcast::PacketFile>& file : files) {
+        playbacks.emplace_back(std::move(file), service.addMultiplex(), options.repeat);
+    }
     theService = &service;
     frame::Process process = frame::Process::getInstance();
     const int started = process.startAppMembersSync(createServiceStub);
@@ -158,9 +170,13 @@ int serve(const Options& options) {
         std::fprintf(stderr, "dtvserviced: cannot take browsers (%d); the log says why\n", started);
         return 1;
     }
-    std::printf("ready: playing %s\n", options.input.c_str());
+    std::printf("ready: playing");
+    for (const std::string& input : options.inputs) {
+        std::printf(" %s", input.c_str());
+    }
+    std::printf("\n");
     std::fflush(stdout);
-    dtvservice::play(*file, demux, loop, options.repeat);
+    dtvservice::play(playbacks, loop);
     process.stopAppMembers();
     return 0;
 }

@@ -1,7 +1,6 @@
 // Playing files.
 #include "player.h"
 
-#include "pacer.h"
 #include "service_log.h"
 
 namespace dtvservice {
@@ -11,36 +10,55 @@ namespace {
 /// However short the file is, playing it again waits at least this long.
 constexpr std::chrono::milliseconds kShortestRound{50};
 
-/// False once the loop is stopped.
-bool playOnce(broadcast::PacketFile& file, broadcast::Demux& demux, broadcast::Pacer& pacer, EventLoop& loop) {
-    while (const std::uint8_t* const bytes = file.next()) {
-        const broadcast::TsPacket packet{bytes};
-        if (!loop.runUntil(pacer.due(packet, EventLoop::Clock::now()))) {
-            return false;
-        }
-        demux.feed(packet);
-    }
-    return true;
-}
-
 }  // namespace
 
-void play(broadcast::PacketFile& file, broadcast::Demux& demux, EventLoop& loop, Repeat repeat) {
-    broadcast::Pacer pacer;
-    while (true) {
-        const EventLoop::Clock::time_point begin = EventLoop::Clock::now();
-        if (!playOnce(file, demux, pacer, loop) || !loop.runUntil(begin + kShortestRound)) {
-            return;
+Playback::Playback(std::unique_ptr<broadcast::PacketFile> newFile, broadcast::Demux& newDemux, Repeat newRepeat)
+    : file(std::move(newFile)), demux(newDemux), repeat(newRepeat) {}
+
+std::optional<EventLoop::Clock::time_point> Playback::due() {
+    if (state == State::reading) {
+        packet = file->next();
+        if (packet != nullptr) {
+            state = State::packetDue;
+            dueAt = pacer.due(broadcast::TsPacket{packet}, EventLoop::Clock::now());
+        } else {
+            if (!file->error().empty()) {
+                BLOG_TAGGED(blog::kFailure, "%s\n", file->error().c_str());
+            }
+            state = repeat == Repeat::once ? State::ended : State::roundDue;
+            dueAt = roundBegin + kShortestRound;
         }
-        if (!file.error().empty()) {
-            BLOG_TAGGED(blog::kFailure, "%s\n", file.error().c_str());
-        }
-        if (repeat == Repeat::once) {
-            return;
-        }
-        file.rewind();
+    }
+    return state == State::ended ? std::nullopt : std::optional<EventLoop::Clock::time_point>(dueAt);
+}
+
+void Playback::feed() {
+    if (state == State::packetDue) {
+        demux.feed(broadcast::TsPacket{packet});
+    } else {
+        file->rewind();
         demux.discontinuity();
         pacer.discontinuity();
+        roundBegin = EventLoop::Clock::now();
+    }
+    state = State::reading;
+}
+
+void play(std::vector<Playback>& playbacks, EventLoop& loop) {
+    while (true) {
+        Playback* next = nullptr;
+        EventLoop::Clock::time_point dueAt;
+        for (Playback& playback : playbacks) {
+            const std::optional<EventLoop::Clock::time_point> due = playback.due();
+            if (due && (next == nullptr || *due < dueAt)) {
+                next = &playback;
+                dueAt = *due;
+            }
+        }
+        if (next == nullptr || !loop.runUntil(dueAt)) {
+            return;
+        }
+        next->feed();
     }
 }
 

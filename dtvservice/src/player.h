@@ -1,17 +1,44 @@
-// Player: plays a file into the demultiplexer, at the pace of its PCR, again and again.
-// Threads: the loop's.   Blocks: until the file has ended or the loop is stopped.
+// Player: plays files into demultiplexers, each at the pace of its PCR, again and again.
+// Threads: the loop's.   Blocks: play() until all files have ended or the loop is stopped.   Fails: a read error is
+//          told in the log; the file then begins again.
 #pragma once
+
+#include <memory>
+#include <optional>
+#include <vector>
 
 #include "demux.h"
 #include "event_loop.h"
+#include "pacer.h"
 #include "packet_file.h"
 
 namespace dtvservice {
 
 enum class Repeat { once, forever };
 
-/// Plays until the end or until the loop is stopped. Commands are handled between packets.
-void play(broadcast::PacketFile& file, broadcast::Demux& demux, EventLoop& loop, Repeat repeat);
+/// One file on its way into a demultiplexer, which must outlive it.
+class Playback {
+public:
+    Playback(std::unique_ptr<broadcast::PacketFile> newFile, broadcast::Demux& newDemux, Repeat newRepeat);
+
+    /// When feed() is to be called next; none once the file has ended for good.
+    std::optional<EventLoop::Clock::time_point> due();
+    /// Hands over the packet that is due, or begins the file again.
+    void feed();
+
+private:
+    std::unique_ptr<broadcast::PacketFile> file;
+    broadcast::Demux& demux;
+    Repeat repeat;
+    broadcast::Pacer pacer;
+    const std::uint8_t* packet = nullptr;  // the one that is due
+    EventLoop::Clock::time_point dueAt;    // of the packet, or of the next round
+    EventLoop::Clock::time_point roundBegin = EventLoop::Clock::now();
+    enum class State { reading, packetDue, roundDue, ended } state = State::reading;
+};
+
+/// Plays until all have ended or until the loop is stopped. Commands are handled between packets.
+void play(std::vector<Playback>& playbacks, EventLoop& loop);
 
 /// Reads the whole file as fast as it goes, without handling commands.
 void scan(broadcast::PacketFile& file, broadcast::Demux& demux);

@@ -44,6 +44,22 @@ SectionFilters::~SectionFilters() {
     }
 }
 
+std::vector<SectionFilters::Name> SectionFilters::follow(broadcast::Demux& newDemux) {
+    std::vector<Name> ended;
+    if (demux == &newDemux) {
+        return ended;
+    }
+    for (auto& browser : browsers) {
+        for (const auto& filter : browser.second.filters) {
+            demux->unsubscribe(filter.second.subscription);
+            ended.emplace_back(browser.first, filter.first);
+        }
+        browser.second.filters.clear();
+    }
+    demux = &newDemux;
+    return ended;
+}
+
 bool SectionFilters::setQueue(Peer peer, const std::string& name) {
     Browser& browser = browsers[peer];
     browser.queue.reset(name.empty() ? nullptr : IPCMessageQueue::open(name));
@@ -58,13 +74,15 @@ bool SectionFilters::open(Peer peer, const std::string& session, unsigned int pi
         error = "PID " + std::to_string(pid) + " is above 8191";
     } else if (match.size() != mask.size()) {
         error = std::to_string(match.size()) + " bytes to match, " + std::to_string(mask.size()) + " of mask";
+    } else if (demux == nullptr) {
+        error = "nothing is received";
     } else if (browser.queue == nullptr) {
         error = "the browser has no section queue";
     } else if (browser.filters.count(session) != 0) {
         error = "the session is open already";
     } else {
         browser.filters[session].subscription =
-            demux.subscribe(static_cast<std::uint16_t>(pid), [this, peer, session, match, mask](si::Bytes section) {
+            demux->subscribe(static_cast<std::uint16_t>(pid), [this, peer, session, match, mask](si::Bytes section) {
                 if (passesFilter(section, match, mask)) {
                     sendTo(peer, session, section);
                 }
@@ -87,7 +105,7 @@ bool SectionFilters::close(Peer peer, const std::string& session) {
     if (filter == browser->second.filters.end()) {
         return false;
     }
-    demux.unsubscribe(filter->second.subscription);
+    demux->unsubscribe(filter->second.subscription);
     browser->second.filters.erase(filter);
     return true;
 }
@@ -98,7 +116,7 @@ void SectionFilters::forget(Peer peer) {
         return;
     }
     for (const auto& filter : browser->second.filters) {
-        demux.unsubscribe(filter.second.subscription);
+        demux->unsubscribe(filter.second.subscription);
     }
     browsers.erase(browser);
 }

@@ -25,12 +25,17 @@ class SectionFilters {
 public:
     using Peer = std::uint32_t;
 
-    /// The demultiplexer must outlive the filters.
-    explicit SectionFilters(broadcast::Demux& newDemux) : demux(newDemux) {}
+    /// A filter or PMT request by its browser and session.
+    using Name = std::pair<Peer, std::string>;
+
+    SectionFilters() = default;
     SectionFilters(const SectionFilters&) = delete;
     SectionFilters& operator=(const SectionFilters&) = delete;
     ~SectionFilters();
 
+    /// Filters are opened on this demultiplexer from now on, which must outlive them. Those that are open on another
+    /// one end, PMT requests too; which they were.
+    std::vector<Name> follow(broadcast::Demux& newDemux);
     /// Opens the browser's queue; false when there is none of that name. An empty name closes it.
     bool setQueue(Peer browser, const std::string& name);
     /// False, with the reason, for a PID or patterns that are none, or a session that is open.
@@ -60,7 +65,7 @@ private:
 
     void noteDropped(Peer peer, Browser& browser);
 
-    broadcast::Demux& demux;
+    broadcast::Demux* demux = nullptr;
     std::map<Peer, Browser> browsers;
 };
 

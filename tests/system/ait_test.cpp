@@ -1,23 +1,9 @@
 // The AIT end to end: from a broadcast through the service, the library and its catcher to a browser's AIT client.
-#include <fstream>
-
+#include "si/ait.h"
 #include "ait_link.h"
 #include "browser_fixture.h"
-#include "scheduler.h"
-#include "si/ait.h"
 
 namespace {
-
-/// Writes the first seconds of a multiplex to a file of the run directory.
-std::string writeBroadcast(const tsmake::Multiplex& multiplex, unsigned int seconds, const std::string& name) {
-    constexpr std::streamsize kPacketSize = 188;
-    std::string path = kRunDirectory + "/" + name;
-    std::ofstream file(path, std::ios::binary);
-    tsmake::writeMultiplex(multiplex, seconds, [&file](const std::uint8_t* packet) {
-        file.write(reinterpret_cast<const char*>(packet), kPacketSize);
-    });
-    return path;
-}
 
 class ABrowserWithAnAitClient : public testing::Test {
 protected:

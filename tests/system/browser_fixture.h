@@ -6,6 +6,7 @@
 
 #include "events.h"
 #include "library.h"
+#include "scheduler.h"
 #include "service_process.h"
 #include "tables.h"
 
@@ -17,6 +18,17 @@ using dvbshell::EventKind;
 
 inline std::string asText(const tsmake::Section& section) {
     return {section.begin(), section.end()};
+}
+
+/// Writes the first seconds of a multiplex to a file of the run directory.
+inline std::string writeBroadcast(const tsmake::Multiplex& multiplex, unsigned int seconds, const std::string& name) {
+    constexpr std::streamsize kPacketSize = 188;
+    std::string path = kRunDirectory + "/" + name;
+    std::ofstream file(path, std::ios::binary);
+    tsmake::writeMultiplex(multiplex, seconds, [&file](const std::uint8_t* packet) {
+        file.write(reinterpret_cast<const char*>(packet), kPacketSize);
+    });
+    return path;
 }
 
 class ABrowser : public testing::Test {
@@ -64,10 +76,10 @@ protected:
         return eventually([&] { return api->getCurrentCCID() == ccid; });
     }
     /// Tunes until the service knows the broadcast so far.
-    bool tunesTo(int sid) {
-        return eventually([this, sid] {
-            tune(sid);
-            return api->getCurrentCCID() == "ccid:1:1025:" + std::to_string(sid);
+    bool tunesTo(int sid, int tsid = 1025) {
+        return eventually([this, sid, tsid] {
+            api->tuneToService(12, 1, tsid, sid, 0);
+            return api->getCurrentCCID() == "ccid:1:" + std::to_string(tsid) + ":" + std::to_string(sid);
         });
     }
 

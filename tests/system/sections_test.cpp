@@ -15,6 +15,10 @@ public:
         const std::lock_guard<std::mutex> lock(mutex);
         sections.emplace(reinterpret_cast<const char*>(data), length);
     }
+    void forget() {
+        const std::lock_guard<std::mutex> lock(mutex);
+        sections.clear();
+    }
     std::size_t distinct() const { return all().size(); }
     std::set<std::string> all() const {
         const std::lock_guard<std::mutex> lock(mutex);
@@ -66,6 +70,43 @@ TEST_F(ABrowser, ReceivesThePmtOfAServiceThatIsNotPresented) {
     EXPECT_TRUE(eventually([&] { return client.distinct() == 1; }));
     EXPECT_THAT(client.all(), testing::ElementsAre(asText(tsmake::pmtSection(kSample.services[2]))));
     EXPECT_EQ(filters->stopPMTRequest(&client, session), 0);
+}
+
+TEST_F(ABrowser, KeepsItsFiltersWithinTheMultiplexAndIsToldOfTheirEndOutsideOfIt) {
+    tsmake::Multiplex other = kSample;
+    other.transportStreamId = 1026;
+    for (tsmake::Service& service : other.services) {
+        service.serviceId = static_cast<std::uint16_t>(service.serviceId + 100);
+    }
+    const ServiceProcess service(std::vector<std::string>{SAMPLE_FILE, writeBroadcast(other, 4, "other.ts")});
+    ASSERT_TRUE(connected());
+    ASSERT_TRUE(tunesTo(28106));
+    std::string error;
+    auto* const filters = static_cast<velmora::dtv::DVBSectionInterface*>(
+        dvbshell::loadInterface(LIBRARY_FILE, "SectionFilterAPI", error));
+    static auto& first = *new CountingSections;
+    static auto& second = *new CountingSections;
+    const std::string session = filters->generateSessionName();
+    const auto closed = [&session] {
+        return fileText(kRunDirectory + "/log").find("Filter Closed: " + session) != std::string::npos;
+    };
+    ASSERT_TRUE(filters->startSection(&first, session, 0x00, nullptr, nullptr, 0));
+    ASSERT_TRUE(eventually([] { return first.distinct() == 1; }));
+    ASSERT_TRUE(tunesTo(28107));
+    first.forget();
+    EXPECT_TRUE(eventually([] { return first.distinct() == 1; })) << "it survives within the multiplex";
+    EXPECT_FALSE(closed());
+
+    ASSERT_TRUE(tunesTo(28206, 1026));
+    EXPECT_TRUE(eventually(closed));
+    const std::string next = filters->generateSessionName();
+    ASSERT_TRUE(filters->startSection(&second, next, 0x00, nullptr, nullptr, 0));
+    EXPECT_TRUE(eventually([] { return second.distinct() == 1; }));
+    EXPECT_THAT(second.all(), testing::ElementsAre(asText(tsmake::patSection(other))));
+    EXPECT_THAT(first.all(), testing::ElementsAre(asText(tsmake::patSection(kSample))));
+    EXPECT_FALSE(filters->stopSection(&first, session)) << "the service knows it no more";
+    EXPECT_TRUE(filters->stopSection(&second, next));
+    EXPECT_TRUE(tunesTo(28107)) << "and back";
 }
 
 TEST(TheShell, DecodesTheSectionsOfAFilter) {

@@ -73,8 +73,18 @@ private:
 /// dtvserviced on a file; ready when the constructor returns.
 class ServiceProcess : public ChildProcess {
 public:
-    explicit ServiceProcess(const std::string& file = SAMPLE_FILE, const std::string& name = "service")
-        : ChildProcess(DTVSERVICED, {"--input", file}, name) {
+    explicit ServiceProcess(const std::string& file = SAMPLE_FILE) : ServiceProcess(std::vector<std::string>{file}) {}
+    explicit ServiceProcess(const std::vector<std::string>& files)
+        : ChildProcess(DTVSERVICED, inputs(files), "service") {
         eventually([this] { return output().find("ready") != std::string::npos; });
+    }
+
+private:
+    static std::vector<std::string> inputs(const std::vector<std::string>& files) {
+        std::vector<std::string> arguments;
+        for (const std::string& file : files) {
+            arguments.insert(arguments.end(), {"--input", file});
+        }
+        return arguments;
     }
 };

@@ -57,7 +57,7 @@ TEST_F(ABrowser, IsToldOfATuneThatFailsAndKeepsItsChannel) {
     tune(4711);
     EXPECT_TRUE(arrives(EventKind::channel, [](const Event& event) { return !event.started && event.sid == 28106; }));
     EXPECT_TRUE(settlesOn("ccid:1:1025:28106"));
-    EXPECT_THAT(service.log(), testing::HasSubstr("no service 1:1025:4711 in this multiplex"));
+    EXPECT_THAT(service.log(), testing::HasSubstr("no service 1:1025:4711 in the channel list"));
 }
 
 TEST_F(ABrowser, GetsPmtAndAitAgainWhenItAsks) {

@@ -15,14 +15,17 @@ class KeepingListener : public broadcast::SiListener {
 public:
     std::vector<std::string> told;
 
-    void onChannelList() override { told.emplace_back("list"); }
-    void onPmt(std::uint16_t serviceId, const broadcast::Section&, bool changed) override {
+    void onChannelList(const broadcast::SiDatabase&) override { told.emplace_back("list"); }
+    void onPmt(const broadcast::SiDatabase&, std::uint16_t serviceId, const broadcast::Section&,
+               bool changed) override {
         tell("pmt", serviceId, changed);
     }
-    void onEit(std::uint16_t serviceId, const broadcast::Section&, bool changed) override {
+    void onEit(const broadcast::SiDatabase&, std::uint16_t serviceId, const broadcast::Section&,
+               bool changed) override {
         tell("eit", serviceId, changed);
     }
-    void onAit(std::uint16_t serviceId, const broadcast::Section&, bool changed) override {
+    void onAit(const broadcast::SiDatabase&, std::uint16_t serviceId, const broadcast::Section&,
+               bool changed) override {
         tell("ait", serviceId, changed);
     }
 

@@ -19,6 +19,7 @@ class SomeFilters : public testing::Test {
 protected:
     SomeFilters() {
         recording::reset();
+        filters.follow(demux);
         queue.reset(IPCMessageQueue::create("SECTION-test", 4500, 4));
         EXPECT_TRUE(filters.setQueue(1, "SECTION-test"));
     }
@@ -41,7 +42,7 @@ protected:
     }
 
     broadcast::Demux demux;
-    dtvservice::SectionFilters filters{demux};
+    dtvservice::SectionFilters filters;
     std::unique_ptr<IPCMessageQueue> queue;
     std::string error;
 };
@@ -126,4 +127,16 @@ TEST_F(SomeFilters, BringAServicesPmtToWhoAskedForIt) {
     filters.pmtChanged(28107, section);
     filters.pmtChanged(28106, section);
     EXPECT_EQ(receive(), "pmt");
+}
+
+TEST_F(SomeFilters, EndWhenAnotherMultiplexIsFollowed) {
+    broadcast::Demux other;
+    ASSERT_TRUE(open("a", 100));
+    filters.openPmt(1, "pmt", 28106);
+    EXPECT_TRUE(filters.follow(demux).empty()) << "the same one";
+    EXPECT_THAT(filters.follow(other), testing::UnorderedElementsAre(testing::Pair(1U, "a"), testing::Pair(1U, "pmt")));
+    feed(100, sectionOf(60));
+    EXPECT_EQ(demux.counts().packets, 0U) << "nobody follows the PID";
+    EXPECT_FALSE(filters.close(1, "a"));
+    EXPECT_TRUE(open("a", 100)) << "on the other one";
 }
