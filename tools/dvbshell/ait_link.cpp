@@ -1,6 +1,7 @@
 // Feeding the AIT catcher.
 #include "ait_link.h"
 
+#include "for_life.h"
 #include "library.h"
 
 namespace dvbshell {
@@ -33,7 +34,7 @@ AitLink* AitLink::load(const std::string& libraryPath, EventQueue& queue, std::s
     if (ait == nullptr || !loadCatcher(libraryPath, catcher, error)) {
         return nullptr;
     }
-    return new AitLink(catcher, *ait, queue);
+    return &forLife(new AitLink(catcher, *ait, queue));
 }
 
 AitLink::AitLink(const AitCatcher& newCatcher, velmora::dtv::DVBAITSectionInterface& newInterface, EventQueue& newQueue)

@@ -10,6 +10,7 @@
 
 #include "ait_link.h"
 #include "demo.h"
+#include "for_life.h"
 #include "json_printer.h"
 #include "library.h"
 #include "operations.h"
@@ -388,7 +389,7 @@ int main(int argc, char** argv) {
     std::string error;
     velmora::dtv::DvbAPIInterface* const api = loadDvbApi(options.library, error);
     // Events may be on their way at any time, so what takes them lives as long as the process.
-    auto& queue = *new EventQueue;
+    EventQueue& queue = forLife(new EventQueue);
     AitLink* const link = api == nullptr ? nullptr : AitLink::load(options.library, queue, error);
     if (api == nullptr || link == nullptr) {
         std::fprintf(stderr, "dvbshell: %s\n", error.c_str());

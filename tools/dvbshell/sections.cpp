@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "dvb_section_interface.h"
+#include "for_life.h"
 #include "hex.h"
 #include "library.h"
 
@@ -45,7 +46,7 @@ const unsigned char* bytesOf(const std::string& text) {
 class OpenFilter {
 public:
     OpenFilter(velmora::dtv::DVBSectionInterface& newFilters, EventQueue& queue, const SectionsRequest& newRequest)
-        : filters(newFilters), request(newRequest), client(*new QueueingClient(queue)) {
+        : filters(newFilters), request(newRequest), client(forLife(new QueueingClient(queue))) {
         session = filters.generateSessionName();
         opened = request.pmtOfService
                      ? filters.startPMTRequest(&client, session, request.pid) == 0
@@ -155,7 +156,7 @@ int runSections(const std::string& libraryPath, const SectionsRequest& request, 
             return fail("cannot write " + request.path + ": " + std::strerror(errno));
         }
     }
-    auto& queue = *new EventQueue;
+    EventQueue& queue = forLife(new EventQueue);
     int result = 0;
     {
         const OpenFilter filter(*filters, queue, request);

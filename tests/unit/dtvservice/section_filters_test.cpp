@@ -42,6 +42,7 @@ protected:
     }
 
     broadcast::Demux demux;
+    broadcast::Demux other;
     dtvservice::SectionFilters filters;
     std::unique_ptr<IPCMessageQueue> queue;
     std::string error;
@@ -130,7 +131,6 @@ TEST_F(SomeFilters, BringAServicesPmtToWhoAskedForIt) {
 }
 
 TEST_F(SomeFilters, EndWhenAnotherMultiplexIsFollowed) {
-    broadcast::Demux other;
     ASSERT_TRUE(open("a", 100));
     filters.openPmt(1, "pmt", 28106);
     EXPECT_TRUE(filters.follow(demux).empty()) << "the same one";

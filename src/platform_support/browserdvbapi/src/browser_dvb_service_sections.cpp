@@ -54,6 +54,9 @@ public:
     std::unique_ptr<std::uint8_t[]> buffer;
 };
 
+/// Nothing destroys a queue: the one whose object is gone stays where the process reaches it.
+std::atomic<IPCMessageQueue*> orphanedQueue{nullptr};
+
 }  // namespace
 
 bool BrowserDVBService::createIPCChannelForSectionData() {
@@ -114,6 +117,7 @@ void BrowserDVBService::deliverSections(BrowserDVBService* service, SectionDataI
     IPCMessageQueue* const queue = service->sectionDataQueue.load(std::memory_order_acquire);
     while (true) {
         if (const DeliveryGate::Pass pass(*gate); !pass || !service->keepRunning()) {
+            orphanedQueue.store(queue, std::memory_order_relaxed);
             return;
         }
         try {
