@@ -1,6 +1,12 @@
 # dtv_add_test(NAME sources... LIBRARIES targets...): one GoogleTest program; every test in it becomes a ctest test of
 # its own and so runs in a process of its own, which the library's process-wide objects need.
-find_package(GTest REQUIRED)
+# Where no GoogleTest is installed for the target it is built from the sources that Debian has of it.
+if(CMAKE_CROSSCOMPILING)
+  set(INSTALL_GTEST OFF)
+  add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+else()
+  find_package(GTest REQUIRED)
+endif()
 include(GoogleTest)
 
 function(dtv_add_test name)

@@ -3,6 +3,7 @@
 #   demo.sh BUILD_FOLDER FILE.ts
 set -euo pipefail
 build=$1 file=$2
+read -r -a emulator <<<"${DTV_EMULATOR:-}" # what runs the programs of another processor
 
 DTV_RUN_DIR=$(mktemp -d)
 export DTV_RUN_DIR
@@ -18,11 +19,11 @@ trap cleanup EXIT
 trap 'exit 130' INT TERM
 
 echo "broadcast: $file"
-"$build/bin/dtvserviced" --list "$file" >"$DTV_RUN_DIR/services"
+"${emulator[@]}" "$build/bin/dtvserviced" --list "$file" >"$DTV_RUN_DIR/services"
 echo "services:  $(wc -l <"$DTV_RUN_DIR/services")"
 
 # The service's log goes to a file; the browser's lines stay away from the picture.
-DTV_LOG_FILE="$DTV_RUN_DIR/service.log" "$build/bin/dtvserviced" --input "$file" >"$DTV_RUN_DIR/service.out" &
+DTV_LOG_FILE="$DTV_RUN_DIR/service.log" "${emulator[@]}" "$build/bin/dtvserviced" --input "$file" >"$DTV_RUN_DIR/service.out" &
 service=$!
 for _ in $(seq 250); do
     grep -q '^ready' "$DTV_RUN_DIR/service.out" && break
@@ -35,4 +36,4 @@ if ! grep -q '^ready' "$DTV_RUN_DIR/service.out"; then
     exit 1
 fi
 
-DTV_LOG_FILE="$DTV_RUN_DIR/browser.log" "$build/bin/dvbshell" demo "$DTV_RUN_DIR/services"
+DTV_LOG_FILE="$DTV_RUN_DIR/browser.log" "${emulator[@]}" "$build/bin/dvbshell" demo "$DTV_RUN_DIR/services"

@@ -32,8 +32,10 @@ public:
     }
     Bytes rest() { return take(left()); }
     /// Bytes behind a length field of 12 bits in two bytes, or of one byte.
-    Bytes takeLong() { return take(number(2) & 0x0FFFU); }
-    Bytes takeShort() { return take(number(1)); }
+    Bytes takeLong() { return take(size(2) & 0x0FFFU); }
+    Bytes takeShort() { return take(size(1)); }
+    /// A number of bytes that follow.
+    std::size_t size(std::size_t width) { return static_cast<std::size_t>(number(width)); }
 
 private:
     Bytes bytes;

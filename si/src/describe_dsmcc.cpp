@@ -41,16 +41,16 @@ void describeInfoIndication(Cursor& cursor, Node& node) {
     constexpr std::size_t kWindowsAndTimers = 10;
     node.hex("downloadId", cursor.number(4), 8).number("blockSize", cursor.number(2));
     cursor.take(kWindowsAndTimers);
-    node.bytes("compatibilityDescriptor", cursor.take(cursor.number(2)));
+    node.bytes("compatibilityDescriptor", cursor.take(cursor.size(2)));
     describeModules(cursor, node);
-    node.bytes("privateData", cursor.take(cursor.number(2)));
+    node.bytes("privateData", cursor.take(cursor.size(2)));
 }
 
 void describeServerInitiate(Cursor& cursor, Node& node) {
     constexpr std::size_t kServerId = 20;
     node.bytes("serverId", cursor.take(kServerId));
-    node.bytes("compatibilityDescriptor", cursor.take(cursor.number(2)));
-    node.bytes("privateData", cursor.take(cursor.number(2)));
+    node.bytes("compatibilityDescriptor", cursor.take(cursor.size(2)));
+    node.bytes("privateData", cursor.take(cursor.size(2)));
 }
 
 void describeDataBlock(Cursor& cursor, Node& node) {
@@ -87,7 +87,7 @@ bool describeDsmccMessage(Bytes section, Node& node, std::string& error) {
     node.text("message", messageName(messageId)).hex("messageId", messageId, 4);
     node.hex(messageId == kDownloadDataBlock ? "downloadId" : "transactionId", cursor.number(4), 8);
     cursor.number(1);
-    const std::uint64_t adaptation = cursor.number(1);
+    const std::size_t adaptation = cursor.size(1);
     node.number("messageLength", cursor.number(2));
     node.bytes("dsmccAdaptation", cursor.take(adaptation));
     if (messageId == kDownloadInfoIndication) {

@@ -35,7 +35,7 @@ protected:
         });
     }
 
-    dvbshell::EventQueue& queue = *new dvbshell::EventQueue;  // what is on its way may come after the test
+    dvbshell::EventQueue& queue = dvbshell::forLife(new dvbshell::EventQueue);
     dvbshell::AitLink* link = nullptr;
     velmora::dtv::DvbAPIInterface* api = nullptr;
     std::shared_ptr<velmora::dtv::DVBServiceListener> listener;

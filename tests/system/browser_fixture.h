@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "events.h"
+#include "for_life.h"
 #include "library.h"
 #include "scheduler.h"
 #include "service_process.h"
@@ -83,7 +84,8 @@ protected:
         });
     }
 
-    dvbshell::EventQueue queue;
+    /// An event may still be on its way to the listener when a test ends.
+    dvbshell::EventQueue& queue = dvbshell::forLife(new dvbshell::EventQueue);
     std::shared_ptr<velmora::dtv::DVBServiceListener> listener = dvbshell::makeListener(queue);
     velmora::dtv::DvbAPIInterface* api = nullptr;
 };

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "become.h"
 #include "eventually.h"
 #include "run_directory.h"
 
@@ -26,20 +27,13 @@ public:
     ChildProcess(const std::string& program, std::vector<std::string> arguments, const std::string& name)
         : outputPath(OwnRunDirectory::instance().path() + "/" + name + ".out"),
           logPath(OwnRunDirectory::instance().path() + "/" + name + ".log") {
-        arguments.insert(arguments.begin(), program);
-        std::vector<char*> pointers;
-        for (std::string& argument : arguments) {
-            pointers.push_back(argument.data());
-        }
-        pointers.push_back(nullptr);
         process = fork();
         if (process == 0) {
             setenv("DTV_LOG_FILE", logPath.c_str(), 1);
             const int output = open(outputPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
             dup2(output, STDOUT_FILENO);
             dup2(output, STDERR_FILENO);
-            execv(program.c_str(), pointers.data());
-            _exit(127);
+            become(program, std::move(arguments));
         }
     }
     ChildProcess(const ChildProcess&) = delete;

@@ -11,6 +11,7 @@
 #include <iterator>
 #include <memory>
 
+#include "become.h"
 #include "eventually.h"
 #include "members.h"
 #include "run_directory.h"
@@ -62,8 +63,7 @@ std::vector<std::uint8_t> goodPacket() {
 pid_t startServiceProcess(const std::string& name) {
     const pid_t child = fork();
     if (child == 0) {
-        execl(TOY_SERVICE, TOY_SERVICE, name.c_str(), nullptr);
-        _exit(127);
+        become(TOY_SERVICE, {name});
     }
     return child;
 }

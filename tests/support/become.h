@@ -1,0 +1,31 @@
+// Becoming another program after a fork, run by the emulator where the tests themselves are.
+#pragma once
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+/// The program by path with its arguments; ends with 127 when it cannot be run. A script is told of the emulator, for
+/// the programs that it starts.
+[[noreturn]] inline void become(const std::string& program, std::vector<std::string> arguments) {
+    const std::vector<std::string> emulator = EMULATOR;
+    std::string emulatorWords;
+    for (const std::string& word : emulator) {
+        emulatorWords += word + " ";
+    }
+    setenv("DTV_EMULATOR", emulatorWords.c_str(), 1);
+    arguments.insert(arguments.begin(), program);
+    const bool isScript = program.size() > 3 && program.compare(program.size() - 3, 3, ".sh") == 0;
+    if (!isScript) {
+        arguments.insert(arguments.begin(), emulator.begin(), emulator.end());
+    }
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments) {
+        pointers.push_back(argument.data());
+    }
+    pointers.push_back(nullptr);
+    execvp(pointers[0], pointers.data());
+    _exit(127);
+}
