@@ -1,0 +1,13 @@
+# dtv_split_debug(TARGET): the debug information goes to a file beside the library, where debuggers find it by the
+# library's link to it. Not with a sanitizer, whose reports name lines.
+function(dtv_split_debug target)
+  if(DTV_SANITIZE)
+    return()
+  endif()
+  set(file $<TARGET_FILE:${target}>)
+  add_custom_command(TARGET ${target} POST_BUILD
+    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ${file} ${file}.debug
+    COMMAND ${CMAKE_OBJCOPY} --strip-debug --add-gnu-debuglink=${file}.debug ${file}
+    BYPRODUCTS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/lib${target}.so.debug
+    VERBATIM)
+endfunction()
