@@ -24,6 +24,19 @@ constexpr const char* kBlogTag = host::kBlogTag;
 constexpr unsigned int kPriority = 0;
 constexpr const char* kSharedMemory = "/dev/shm";
 constexpr const char* kSectionPrefix = "SECTION-";
+// What lies in shared memory is laid out for processes of one width. Its object carries the width in its name, so that
+// no process ever opens one of the other.
+constexpr int kWidth = sizeof(void*) * 8;
+constexpr int kOtherWidth = 32 + 64 - kWidth;
+
+std::string objectName(const std::string& name, int width = kWidth) {
+    return name + "." + std::to_string(width);
+}
+
+bool isThere(const std::string& object) {
+    struct stat found {};
+    return stat((std::string(kSharedMemory) + "/" + object).c_str(), &found) == 0;
+}
 
 /// Queues are never closed by the library; their names go when the process ends in good order.
 class CreatedQueues {
@@ -84,8 +97,8 @@ struct IPCMessageQueue::State {
     std::vector<std::uint8_t> received;  // the one reader's
 
     template <typename... Arguments>
-    State(std::string newName, bool isCreator, Arguments&&... arguments)
-        : name(std::move(newName)), creator(isCreator), queue(std::forward<Arguments>(arguments)...) {
+    State(const std::string& newName, bool isCreator, Arguments&&... arguments)
+        : name(newName), creator(isCreator), queue(std::forward<Arguments>(arguments)...) {
         received.resize(queue.get_max_msg_size());
     }
 };
@@ -94,17 +107,18 @@ IPCMessageQueue::IPCMessageQueue(std::unique_ptr<State> newState) : state(std::m
 
 IPCMessageQueue::~IPCMessageQueue() {
     if (state->creator) {
-        Queue::remove(state->name.c_str());
+        Queue::remove(objectName(state->name).c_str());
     }
 }
 
 IPCMessageQueue* IPCMessageQueue::create(const std::string& name, std::size_t maxMessageSize, std::size_t maxMessages) {
     removeLeftOvers();
+    const std::string object = objectName(name);
     try {
-        Queue::remove(name.c_str());
-        auto state = std::make_unique<State>(name, true, boost::interprocess::create_only, name.c_str(), maxMessages,
+        Queue::remove(object.c_str());
+        auto state = std::make_unique<State>(name, true, boost::interprocess::create_only, object.c_str(), maxMessages,
                                              maxMessageSize, boost::interprocess::permissions(0600));
-        CreatedQueues::instance().add(name);
+        CreatedQueues::instance().add(object);
         return new IPCMessageQueue(std::move(state));
     } catch (const std::exception& error) {
         BLOG_TAGGED(blog::kFailure, "cannot create queue %s: %s\n", name.c_str(), error.what());
@@ -114,8 +128,14 @@ IPCMessageQueue* IPCMessageQueue::create(const std::string& name, std::size_t ma
 
 IPCMessageQueue* IPCMessageQueue::open(const std::string& name) {
     try {
-        return new IPCMessageQueue(std::make_unique<State>(name, false, boost::interprocess::open_only, name.c_str()));
+        return new IPCMessageQueue(
+            std::make_unique<State>(name, false, boost::interprocess::open_only, objectName(name).c_str()));
     } catch (const std::exception&) {
+        if (isThere(objectName(name, kOtherWidth))) {
+            BLOG_TAGGED(blog::kFailure,
+                        "queue %s belongs to a %d-bit process: sections do not reach it from this one of %d bits\n",
+                        name.c_str(), kOtherWidth, kWidth);
+        }
         return nullptr;
     }
 }

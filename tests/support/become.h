@@ -7,10 +7,17 @@
 #include <string>
 #include <vector>
 
+/// What runs a program: what runs the tests too, or the machine, for a program that was built for it.
+enum class Runner { emulator, machine };
+
 /// The program by path with its arguments; ends with 127 when it cannot be run. A script is told of the emulator, for
 /// the programs that it starts.
-[[noreturn]] inline void become(const std::string& program, std::vector<std::string> arguments) {
-    const std::vector<std::string> emulator = EMULATOR;
+[[noreturn]] inline void become(const std::string& program, std::vector<std::string> arguments,
+                                Runner runner = Runner::emulator) {
+    std::vector<std::string> emulator = EMULATOR;
+    if (runner == Runner::machine) {
+        emulator.clear();
+    }
     std::string emulatorWords;
     for (const std::string& word : emulator) {
         emulatorWords += word + " ";

@@ -24,7 +24,8 @@ inline std::string fileText(const std::string& path) {
 /// A program with its output in files of the run directory.
 class ChildProcess {
 public:
-    ChildProcess(const std::string& program, std::vector<std::string> arguments, const std::string& name)
+    ChildProcess(const std::string& program, std::vector<std::string> arguments, const std::string& name,
+                 Runner runner = Runner::emulator)
         : outputPath(OwnRunDirectory::instance().path() + "/" + name + ".out"),
           logPath(OwnRunDirectory::instance().path() + "/" + name + ".log") {
         process = fork();
@@ -33,7 +34,7 @@ public:
             const int output = open(outputPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
             dup2(output, STDOUT_FILENO);
             dup2(output, STDERR_FILENO);
-            become(program, std::move(arguments));
+            become(program, std::move(arguments), runner);
         }
     }
     ChildProcess(const ChildProcess&) = delete;
@@ -68,8 +69,9 @@ private:
 class ServiceProcess : public ChildProcess {
 public:
     explicit ServiceProcess(const std::string& file = SAMPLE_FILE) : ServiceProcess(std::vector<std::string>{file}) {}
-    explicit ServiceProcess(const std::vector<std::string>& files)
-        : ChildProcess(DTVSERVICED, inputs(files), "service") {
+    explicit ServiceProcess(const std::vector<std::string>& files, const std::string& program = DTVSERVICED,
+                            Runner runner = Runner::emulator)
+        : ChildProcess(program, inputs(files), "service", runner) {
         eventually([this] { return output().find("ready") != std::string::npos; });
     }
 

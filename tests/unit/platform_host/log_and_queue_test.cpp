@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 
 #include <boost/interprocess/ipc/message_queue.hpp>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -34,6 +35,13 @@ std::string queueName(const char* what) {
     char name[64];
     std::snprintf(name, sizeof name, "SECTION-%08X-%s", static_cast<unsigned int>(getpid()), what);
     return name;
+}
+
+constexpr int kWidth = sizeof(void*) * 8;
+
+/// The shared memory of a queue that processes of a width made.
+std::string objectName(const std::string& queue, int width) {
+    return queue + "." + std::to_string(width);
 }
 
 bool sendSection(IPCMessageQueue& queue, const std::string& session, const std::vector<std::uint8_t>& section) {
@@ -161,7 +169,7 @@ TEST(ASectionQueue, DropsBytesThatAreNoSectionMessageWithALine) {
     const std::string name = queueName("bytes");
     const std::unique_ptr<IPCMessageQueue> reader(IPCMessageQueue::create(name, kMessageSize, kMessages));
     const std::unique_ptr<IPCMessageQueue> writer(IPCMessageQueue::open(name));
-    boost::interprocess::message_queue raw(boost::interprocess::open_only, name.c_str());
+    boost::interprocess::message_queue raw(boost::interprocess::open_only, objectName(name, kWidth).c_str());
     raw.send("garbage", 7, 0);
     ASSERT_TRUE(sendSection(*writer, "good", {1}));
     Reader received;
@@ -172,6 +180,18 @@ TEST(ASectionQueue, DropsBytesThatAreNoSectionMessageWithALine) {
 
 TEST(ASectionQueue, ThatNobodyMadeIsNotOpened) {
     EXPECT_EQ(IPCMessageQueue::open(queueName("none")), nullptr);
+}
+
+TEST(ASectionQueue, OfTheOtherWidthIsRefusedWithALine) {
+    const std::string name = queueName("width");
+    const int other = 96 - kWidth;
+    const std::string path = "/dev/shm/" + objectName(name, other);
+    std::ofstream(path) << "laid out for others";
+    EXPECT_EQ(IPCMessageQueue::open(name), nullptr);
+    std::filesystem::remove(path);
+    EXPECT_THAT(logLines().back(), testing::HasSubstr("queue " + name + " belongs to a " + std::to_string(other) +
+                                                      "-bit process: sections do not reach it from this one of " +
+                                                      std::to_string(kWidth) + " bits"));
 }
 
 TEST(ASectionQueue, GoesWithItsCreator) {

@@ -50,7 +50,7 @@ public:
     /// Messages of at least `maxMessageSize` bytes are taken, and at least `maxMessages` of them are held.
     static IPCMessageQueue* create(const std::string& name, std::size_t maxMessageSize, std::size_t maxMessages);
 
-    /// Opens a queue that another process has created. Null when there is none.
+    /// Opens a queue that another process has created. Null when there is none, or none that this process can use.
     static IPCMessageQueue* open(const std::string& name);
 
     IPCMessageQueue(const IPCMessageQueue&) = delete;

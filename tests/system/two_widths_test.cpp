@@ -1,0 +1,61 @@
+// A 32-bit browser and a 64-bit service on one socket. Skipped where there is no service of the other width.
+#include <set>
+
+#include "browser_fixture.h"
+
+namespace {
+
+class ABrowserOfTheOtherWidth : public ABrowser {
+protected:
+    void SetUp() override {
+        if (access(kService.c_str(), X_OK) != 0) {
+            GTEST_SKIP() << "no service of the other width was built; ./run test --preset tv-arm has one";
+        }
+    }
+
+    inline static const std::string kService = OTHER_WIDTH_SERVICE;
+    /// The kinds that came of a service with its values and bytes, each once; their order is the broadcast's.
+    std::set<EventKind> eventsOf(const tsmake::Service& service) {
+        std::set<EventKind> came;
+        const auto end = dvbshell::Clock::now() + std::chrono::seconds(20);
+        while (came.size() < 4) {
+            const std::optional<Event> event = queue.take(end);
+            if (!event) {
+                break;
+            }
+            const bool ofService = event->sid == service.serviceId && event->onid == 1 && event->tsid == 1025;
+            if ((event->kind == EventKind::channel && event->started && ofService) ||
+                event->kind == EventKind::aitChannel ||
+                (event->kind == EventKind::pmt && event->section == asText(tsmake::pmtSection(service))) ||
+                (event->kind == EventKind::ait && event->section == asText(tsmake::aitSection(service)))) {
+                came.insert(event->kind);
+            }
+        }
+        return came;
+    }
+    static ServiceProcess start() { return ServiceProcess({SAMPLE_FILE}, kService, Runner::machine); }
+};
+
+}  // namespace
+
+TEST_F(ABrowserOfTheOtherWidth, IsToldOfTheBroadcastAsOneOfTheSameIs) {
+    const ServiceProcess service = start();
+    ASSERT_TRUE(connected());
+    for (const tsmake::Service& of : {kSample.services[0], kSample.services[1]}) {
+        ASSERT_TRUE(tunesTo(of.serviceId));
+        EXPECT_THAT(eventsOf(of),
+                    testing::ElementsAre(EventKind::channel, EventKind::aitChannel, EventKind::pmt, EventKind::ait));
+    }
+    EXPECT_EQ(api->setAudioSource("broadcast"), 0) << "the command's record and the answer's";
+}
+
+TEST_F(ABrowserOfTheOtherWidth, IsRefusedSectionFiltersWithTheReason) {
+    const ServiceProcess service = start();
+    ASSERT_TRUE(connected());
+    ChildProcess shell(DVBSHELL, {"sections", "0", "--seconds", "5"}, "shell");
+    EXPECT_EQ(shell.wait(), 1);
+    EXPECT_EQ(shell.output(), "dvbshell: the DTV service did not open a filter for sections of PID 0\n");
+    EXPECT_THAT(service.log(), testing::ContainsRegex("queue SECTION-.* belongs to a 32-bit process: sections do not "
+                                                      "reach it from this one of 64 bits"));
+    EXPECT_THAT(service.log(), testing::HasSubstr("refused: the browser has no section queue"));
+}
