@@ -6,6 +6,7 @@ set -euo pipefail
 cd "$1"
 
 contract=platform/include
+idiom=platform/idiom
 records=frame-genrpc/app-browserdvbservice-proxy/src
 adapter=browser/v3/dvb/api/src
 library=src/platform_support/browserdvbapi/src
@@ -13,16 +14,17 @@ headers=src/platform_support/browserdvbapi/include
 
 declare -A may=(
     [$contract]=""
-    [platform/common]="$contract"
-    [platform/host]="$contract platform/common"
-    [platform/recording]="$contract platform/common"
-    [$records]="$contract"
-    [$adapter]="$contract $records"
-    [$headers]="$contract"
-    [$library]="$contract $records $adapter $headers"
+    [$idiom]="$contract"
+    [platform/common]="$contract $idiom"
+    [platform/host]="$contract $idiom platform/common"
+    [platform/recording]="$contract $idiom platform/common"
+    [$records]="$contract $idiom"
+    [$adapter]="$contract $idiom $records"
+    [$headers]=""
+    [$library]="$contract $idiom $records $adapter $headers"
     [si]=""
     [dtvservice/broadcast]="si"
-    [dtvservice/src]="$contract $records si dtvservice/broadcast"
+    [dtvservice/src]="$contract $idiom $records si dtvservice/broadcast"
     [tools/tsmake]="si"
     [tools/dvbshell]="$headers si"
 )

@@ -36,11 +36,11 @@ expect 2 "run: unknown preset frobnicate" test --preset frobnicate
 expect 2 "run: build takes --preset NAME" build frobnicate
 expect 2 "run: build takes --preset NAME" build --preset
 expect 2 "run: unknown preset frobnicate" build --preset frobnicate
-for verb in help format lint accept-abi clean; do
+for verb in help package format lint accept-abi clean; do
     expect 2 "run: $verb takes no argument: extra" "$verb" extra
 done
 (cd / && "$copy/run") >"$folder/out" || broken=1
-for verb in demo test build format lint accept-abi clean; do
+for verb in demo test build package format lint accept-abi clean; do
     if [ "$(grep -c "./run $verb\b" "$folder/out")" -ne 1 ]; then
         echo "run: $verb is not listed in one line"
         broken=1

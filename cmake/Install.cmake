@@ -1,0 +1,53 @@
+# What `cmake --install` lays out: the library with its headers, its CMake package and its pkg-config file; on a desktop
+# also the host platform, the service and the tools. And the Debian package of it all, which `cpack` makes.
+include(CMakePackageConfigHelpers)
+
+# Programs find the library in ../lib beside them, so this is no place that differs from one distribution to the next.
+set(CMAKE_INSTALL_LIBDIR lib)
+set(library_headers ${PROJECT_SOURCE_DIR}/src/platform_support/browserdvbapi/include)
+
+install(TARGETS browserdvbapi LIBRARY DESTINATION lib)
+install(DIRECTORY ${library_headers}/ DESTINATION include/browserdvbapi)
+if(NOT DTV_SANITIZE)
+  install(FILES $<TARGET_FILE:browserdvbapi>.debug DESTINATION lib/.debug)
+endif()
+foreach(file browserdvbapi.pc browserdvbapiConfig.cmake)
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/${file}.in ${CMAKE_BINARY_DIR}/install/${file} @ONLY)
+endforeach()
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/install/browserdvbapiConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/install/browserdvbapi.pc DESTINATION lib/pkgconfig)
+install(FILES ${CMAKE_BINARY_DIR}/install/browserdvbapiConfig.cmake
+  ${CMAKE_BINARY_DIR}/install/browserdvbapiConfigVersion.cmake DESTINATION lib/cmake/browserdvbapi)
+
+if(DTV_PLATFORM_SDK)
+  return()
+endif()
+
+install(TARGETS dtvplatform LIBRARY DESTINATION lib)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/include/ ${PROJECT_SOURCE_DIR}/platform/idiom/
+  DESTINATION include/dtvplatform)
+set_target_properties(dtvserviced dvbshell tsmake PROPERTIES INSTALL_RPATH "$ORIGIN/../lib")
+install(TARGETS dtvserviced dvbshell tsmake RUNTIME DESTINATION bin)
+install(FILES ${CMAKE_BINARY_DIR}/share/dtv/sample.ts DESTINATION share/dtv)
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+  ${PROJECT_SOURCE_DIR}/docs/architecture.md ${PROJECT_SOURCE_DIR}/docs/host-platform.md
+  ${PROJECT_SOURCE_DIR}/docs/integrating.md ${PROJECT_SOURCE_DIR}/docs/reference-service.md
+  DESTINATION share/doc/browserdvbapi)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME browserdvbapi)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_CONTACT "The browserdvbapi developers <browserdvbapi@localhost>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Broadcast access for HbbTV browsers: desktop kit")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "The library that an HbbTV browser loads, a desktop platform for it, a
+reference DTV service over transport stream files, a browser host for the
+command line, a broadcast generator, and the headers.")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS libboost-dev)
+include(CPack)

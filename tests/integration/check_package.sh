@@ -1,0 +1,36 @@
+#!/bin/bash
+# Makes the desktop's Debian package, unpacks it as an installation would, and uses what came: the demonstration runs, and
+# a browser's source compiles with what pkg-config says.
+# A television's library comes with its firmware, so no package of a foreign processor is made.
+#   check_package.sh BUILD_FOLDER CPACK DEMO_SCRIPT EMULATOR_WORDS
+set -euo pipefail
+build=$1 cpack=$2 demo=$3 emulator=$4
+if [ -n "$emulator" ]; then
+    echo "no package of a foreign processor is made"
+    exit 77
+fi
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+
+(cd "$build" && "$cpack" -B "$folder/made") >"$folder/log" 2>&1 || {
+    cat "$folder/log"
+    exit 1
+}
+package=$(echo "$folder"/made/*.deb)
+dpkg-deb --field "$package" Package Version Architecture Depends
+dpkg-deb --extract "$package" "$folder/root"
+"$demo" "$folder/root/usr" "$folder/root/usr/share/dtv/sample.ts" | tail -n 7
+
+read -r -a flags < <(PKG_CONFIG_PATH="$folder/root/usr/lib/pkgconfig" pkg-config --cflags --libs browserdvbapi)
+cat >"$folder/browser.cpp" <<'SOURCE'
+#include <dvb_api_interface.h>
+#include <dvb_ait_section_interface.h>
+#include <dvb_section_interface.h>
+int main() {
+    velmora::dtv::IDTVUnknown* found = nullptr;
+    return DTVAPI_QueryInterface("no such interface", &found) == -1 ? 0 : 1;
+}
+SOURCE
+c++ -std=c++17 "$folder/browser.cpp" -o "$folder/browser" "${flags[@]}" -Wl,-rpath-link,"$folder/root/usr/lib"
+LD_LIBRARY_PATH="$folder/root/usr/lib" "$folder/browser"
+echo "a browser of one line builds and runs"
