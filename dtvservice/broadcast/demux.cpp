@@ -58,8 +58,20 @@ void Demux::unsubscribe(Subscription subscription) {
     }
 }
 
+void Demux::watch(std::uint16_t pid, Watcher watcher) {
+    if (watcher) {
+        watchers[pid] = std::move(watcher);
+    } else {
+        watchers.erase(pid);
+    }
+}
+
 void Demux::feed(TsPacket packet) {
     const std::uint16_t pid = packet.pid();
+    const auto watcher = watchers.find(pid);
+    if (watcher != watchers.end()) {
+        watcher->second(packet);
+    }
     if (!pids[pid]) {
         return;
     }

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <array>
+#include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -24,6 +26,11 @@ public:
     Subscription subscribe(std::uint16_t pid, Handler handler);
     void unsubscribe(Subscription subscription);
 
+    /// Every packet of the PID goes to the watcher, as it came. One watcher a PID; null ends it. To be called from
+    /// outside of the watcher.
+    using Watcher = std::function<void(TsPacket packet)>;
+    void watch(std::uint16_t pid, Watcher watcher);
+
     void feed(TsPacket packet);
     /// The packets that follow have nothing to do with those before, as where a file begins again.
     void discontinuity();
@@ -37,6 +44,7 @@ private:
     void sweep(std::uint16_t pid);
 
     std::array<std::unique_ptr<Pid>, kPidCount> pids;
+    std::map<std::uint16_t, Watcher> watchers;  // a few
     Subscription lastSubscription = 0;
 };
 

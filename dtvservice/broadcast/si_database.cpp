@@ -10,10 +10,12 @@ namespace broadcast {
 namespace {
 
 constexpr std::uint16_t kPatPid = 0x0000;
+constexpr std::uint16_t kNitPid = 0x0010;
 constexpr std::uint16_t kSdtPid = 0x0011;
 constexpr std::uint16_t kEitPid = 0x0012;
 constexpr std::uint8_t kPatTableId = 0x00;
 constexpr std::uint8_t kPmtTableId = 0x02;
+constexpr std::uint8_t kNitActualTableId = 0x40;
 constexpr std::uint8_t kSdtActualTableId = 0x42;
 constexpr std::uint8_t kEitPresentFollowingActualTableId = 0x4E;
 constexpr std::uint8_t kAitTableId = 0x74;
@@ -39,6 +41,7 @@ std::string Channel::triplet() const {
 SiDatabase::SiDatabase(Demux& newDemux, SiListener& newListener) : demux(newDemux), listener(newListener) {
     subscriptions = {
         demux.subscribe(kPatPid, [this](si::Bytes section) { onPatSection(section); }),
+        demux.subscribe(kNitPid, [this](si::Bytes section) { onNitSection(section); }),
         demux.subscribe(kSdtPid, [this](si::Bytes section) { onSdtSection(section); }),
         demux.subscribe(kEitPid, [this](si::Bytes section) { onEitSection(section); }),
     };
@@ -199,6 +202,44 @@ void SiDatabase::onSdtSection(si::Bytes section) {
     nameChannels();
 }
 
+/// The network's identifier is taken from it where no SDT tells it.
+void SiDatabase::onNitSection(si::Bytes section) {
+    if (!isCurrent(section, kNitActualTableId) || file(nit, section) == Update::none) {
+        return;
+    }
+    std::string error;
+    const std::optional<si::Nit> parsed = si::parseNit(section, error);
+    if (!parsed) {
+        ++unreadable_;
+        return;
+    }
+    bool named = false;
+    for (const si::Nit::TransportStream& stream : parsed->transportStreams) {
+        Multiplex& multiplex = multiplexes[stream.transportStreamId];
+        multiplex.deliverySystems = stream.descriptors;
+        if (!multiplex.originalNetworkId) {
+            multiplex.originalNetworkId = stream.originalNetworkId;
+            named = named || stream.transportStreamId == transportStreamId;
+        }
+    }
+    if (named) {
+        nameChannels();
+    }
+}
+
+bool SiDatabase::hasDeliverySystem(std::uint16_t transportStream, const std::string& descriptor) const {
+    const auto multiplex = multiplexes.find(transportStream);
+    if (multiplex == multiplexes.end()) {
+        return false;
+    }
+    const si::Descriptors& all = multiplex->second.deliverySystems;
+    return std::any_of(all.begin(), all.end(), [&descriptor](const si::Descriptor& known) {
+        std::string bytes = {static_cast<char>(known.tag), static_cast<char>(known.bytes.size())};
+        bytes.append(known.bytes.begin(), known.bytes.end());
+        return bytes == descriptor;
+    });
+}
+
 void SiDatabase::onEitSection(si::Bytes section) {
     constexpr std::size_t kNetworkAt = 10;
     constexpr std::size_t kShortest = 18;
@@ -251,10 +292,14 @@ void SiDatabase::followAit(std::uint16_t serviceId, const si::Pmt& pmt) {
     }
     service.aitSubscriptions.clear();
     service.ait = {};
+    const bool wasSignalled = !service.aitPids.empty();
     service.aitPids = std::move(pids);
     for (const std::uint16_t pid : service.aitPids) {
         service.aitSubscriptions.push_back(
             demux.subscribe(pid, [this, serviceId](si::Bytes section) { onAitSection(serviceId, section); }));
+    }
+    if (wasSignalled == service.aitPids.empty()) {
+        listener.onAitSignalled(*this, serviceId, !wasSignalled);
     }
 }
 

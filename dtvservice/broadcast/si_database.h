@@ -38,6 +38,8 @@ public:
     virtual void onPmt(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) = 0;
     virtual void onEit(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) = 0;
     virtual void onAit(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) = 0;
+    /// The service's PMT signals an HbbTV AIT for the first time, or does no longer.
+    virtual void onAitSignalled(const SiDatabase& /*of*/, std::uint16_t /*serviceId*/, bool /*signalled*/) {}
 };
 
 class SiDatabase {
@@ -59,6 +61,9 @@ public:
     std::vector<Section> ait(std::uint16_t serviceId) const;
     /// Whether the service's PMT signals an HbbTV AIT.
     bool signalsHbbTv(std::uint16_t serviceId) const;
+    /// Whether the NIT (actual) gives the transport stream a descriptor of exactly these bytes, tag and length
+    /// included.
+    bool hasDeliverySystem(std::uint16_t transportStream, const std::string& descriptor) const;
     std::uint64_t unreadable() const { return unreadable_; }
 
 private:
@@ -72,6 +77,7 @@ private:
     /// What SDT and EIT "actual" say of a transport stream.
     struct Multiplex {
         SubTable sdt;
+        si::Descriptors deliverySystems;  // of the NIT
         std::optional<std::uint16_t> originalNetworkId;
         std::map<std::uint16_t, std::string> names;  // by service_id
     };
@@ -87,6 +93,7 @@ private:
     static Update file(SubTable& table, si::Bytes section);
     void onPatSection(si::Bytes section);
     void onSdtSection(si::Bytes section);
+    void onNitSection(si::Bytes section);
     void onEitSection(si::Bytes section);
     void onPmtSection(std::uint16_t serviceId, si::Bytes section);
     void onAitSection(std::uint16_t serviceId, si::Bytes section);
@@ -99,6 +106,7 @@ private:
     SiListener& listener;
     std::vector<Demux::Subscription> subscriptions;
     SubTable pat;
+    SubTable nit;
     std::optional<std::uint16_t> transportStreamId;
     std::vector<Channel> channels_;
     std::map<std::uint16_t, Multiplex> multiplexes;  // by transport_stream_id: an SDT may come before the PAT

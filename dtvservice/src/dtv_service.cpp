@@ -23,10 +23,6 @@ std::string asText(const Section& section) {
     return {section.begin(), section.end()};
 }
 
-unsigned short networkOf(const Channel& channel) {
-    return channel.originalNetworkId.value_or(kUnknownId);
-}
-
 /// A network that no SDT has named yet is any.
 bool matches(const Channel& channel, const TuneInfoChannel& wanted) {
     return (!channel.originalNetworkId || *channel.originalNetworkId == wanted.onid) &&
@@ -36,6 +32,14 @@ bool matches(const Channel& channel, const TuneInfoChannel& wanted) {
 const frame::TransportInfo kNoTransport;
 
 }  // namespace
+
+DtvService::DtvService(EventLoop& newLoop)
+    : loop(newLoop),
+      timelines([this](auto... values) { tellPts(values...); }, [this](auto... values) { tellTimeline(values...); }) {}
+
+unsigned short DtvService::networkOf(const Channel& channel) {
+    return channel.originalNetworkId.value_or(kUnknownId);
+}
 
 broadcast::Demux& DtvService::addMultiplex() {
     Multiplex& added = multiplexes.emplace_back(static_cast<broadcast::SiListener&>(*this));
@@ -115,7 +119,10 @@ void DtvService::browserConnected(const frame::TransportInfo& peer) {
 
 void DtvService::browserDisconnected(const frame::TransportInfo& peer) {
     BLOG_TAGGED(blog::kOrdinary, "browser %u disconnected\n", peer.peer);
-    loop.post([this, browser = peer.peer] { filters.forget(browser); });
+    loop.post([this, browser = peer.peer] {
+        filters.forget(browser);
+        timelines.forget(browser);
+    });
 }
 
 const Channel* DtvService::presentedChannel() const {
@@ -128,8 +135,9 @@ bool DtvService::isPresented(const broadcast::SiDatabase& of, std::uint16_t serv
 
 void DtvService::tune(frame::MsgIds asker, const TuneInfoChannel& wanted) {
     if (wanted.idType == kIdTypeSiDirect) {
-        BLOG_TAGGED_AS(blog::kUnsupported, "cmdTuneToService",
-                       "refused: this service does not tune by delivery system descriptor yet\n");
+        if (tuneByDescriptor(wanted)) {
+            return;
+        }
     } else {
         for (Multiplex& multiplex : multiplexes) {
             for (const Channel& channel : multiplex.si.channels()) {
@@ -147,24 +155,57 @@ void DtvService::tune(frame::MsgIds asker, const TuneInfoChannel& wanted) {
     events->onServiceChanged(asker, kNoTransport, kFailed, staying == nullptr ? std::string() : staying->triplet());
 }
 
+/// The multiplex is the one whose NIT gives it these very bytes.
+bool DtvService::tuneByDescriptor(const TuneInfoChannel& wanted) {
+    for (Multiplex& multiplex : multiplexes) {
+        const Channel* const channel = multiplex.si.find(static_cast<std::uint16_t>(wanted.sid));
+        if (channel != nullptr && multiplex.si.hasDeliverySystem(channel->transportStreamId, wanted.dsd)) {
+            present(multiplex, *channel);
+            return true;
+        }
+    }
+    BLOG_TAGGED_AS(blog::kUnsupported, "cmdTuneToService",
+                   "no multiplex with service %u has this delivery system descriptor of %zu bytes\n", wanted.sid,
+                   wanted.dsd.size());
+    return false;
+}
+
 void DtvService::present(Multiplex& multiplex, const Channel& channel) {
     follow(multiplex);
     presented = channel.serviceId;
     toldTriplet = channel.triplet();
     BLOG_TAGGED(blog::kOrdinary, "presenting %s %s\n", channel.triplet().c_str(), channel.name.c_str());
     if (events == nullptr) {
+        updateComponents(channel, Components::ofAnotherService);
         return;
     }
     frame::MsgIds everyone;
     events->onServiceChanged(everyone, kNoTransport, kStarted, channel.triplet());
     const Section pmt = multiplex.si.pmt(channel.serviceId);
+    shown.begin({});
     if (!pmt.empty()) {
         tellPmt(everyone, channel, pmt, false);
+        updateComponents(channel, Components::ofAnotherService);
     }
     for (const Section& section : multiplex.si.eit(channel.serviceId)) {
         events->onEitDataChange(everyone, kNoTransport, kFirst, asText(section));
     }
     tellAit(everyone, channel);
+    tellAitState(everyone, channel);
+}
+
+void DtvService::onAitSignalled(const broadcast::SiDatabase& of, std::uint16_t serviceId, bool) {
+    if (isPresented(of, serviceId)) {
+        frame::MsgIds everyone;
+        tellAitState(everyone, *of.find(serviceId));
+    }
+}
+
+void DtvService::tellAitState(frame::MsgIds ids, const Channel& channel) {
+    constexpr unsigned short kNone = 0;
+    constexpr unsigned short kSignalled = 1;
+    events->onAitParsingStateChanged(ids, kNoTransport,
+                                     current->si.signalsHbbTv(channel.serviceId) ? kSignalled : kNone);
 }
 
 void DtvService::tellServiceInfo(frame::MsgIds ids) {
@@ -218,6 +259,7 @@ void DtvService::onPmt(const broadcast::SiDatabase& of, std::uint16_t serviceId,
     } else if (isPresented(of, serviceId)) {
         frame::MsgIds everyone;
         tellPmt(everyone, *channel, section, changed);
+        updateComponents(*channel, Components::ofTheSameService);
     }
 }
 
@@ -225,6 +267,7 @@ void DtvService::onEit(const broadcast::SiDatabase& of, std::uint16_t serviceId,
     if (isPresented(of, serviceId)) {
         frame::MsgIds everyone;
         events->onEitDataChange(everyone, kNoTransport, changed ? kChanged : kFirst, asText(section));
+        updateComponents(*of.find(serviceId), Components::ofTheSameService);
     }
 }
 

@@ -9,20 +9,23 @@
 
 #include "browserdvbservice_stub.h"
 #include "event_loop.h"
+#include "presented_components.h"
 #include "refusing_handler.h"
 #include "section_filters.h"
 #include "si_database.h"
+#include "timelines.h"
 
 namespace dtvservice {
 
 class DtvService : public RefusingHandler, private broadcast::SiListener {
 public:
     /// The loop must outlive the service.
-    explicit DtvService(EventLoop& newLoop) : loop(newLoop) {}
+    explicit DtvService(EventLoop& newLoop);
 
     /// One more multiplex. Its packets go into the demultiplexer that is given back, on the loop's thread.
     broadcast::Demux& addMultiplex();
     /// Events leave through the stub from now on. Before that they are dropped.
+    void setSerialNumber(const std::string& text) { serialNumber = text; }
     void connect(lo::browserdvbservice::ClientInterface& newEvents) { events = &newEvents; }
 
     int cmdTuneToService(frame::MsgIds& ids, const frame::TransportInfo& transport,
@@ -32,6 +35,25 @@ public:
     int cmdTriggerServiceInfoAcquire(frame::MsgIds& ids, const frame::TransportInfo& transport) override;
     int cmdSendPMTCache(frame::MsgIds& ids, const frame::TransportInfo& transport) override;
     int cmdTriggerAitReparse(frame::MsgIds& ids, const frame::TransportInfo& transport) override;
+    int cmdTuneToComponent(frame::MsgIds& ids, const frame::TransportInfo& transport,
+                           const lo::browserdvbservice::TuneInfoComponent& component) override;
+    int cmdSelectComponent(frame::MsgIds& ids, const frame::TransportInfo& transport,
+                           lo::browserdvbservice::ComponentType type) override;
+    int cmdUnselectComponent(frame::MsgIds& ids, const frame::TransportInfo& transport,
+                             lo::browserdvbservice::ComponentType type) override;
+    int cmdSendPtsRequest(frame::MsgIds& ids, const frame::TransportInfo& transport, unsigned int request) override;
+    int cmdStartTemiTimelineRequest(frame::MsgIds& ids, const frame::TransportInfo& transport,
+                                    unsigned int componentTag, unsigned int timelineId, unsigned int third) override;
+    int cmdStopTemiTimelineRequest(frame::MsgIds& ids, const frame::TransportInfo& transport) override;
+    int cmdHandleHbbtvStatus(frame::MsgIds& ids, const frame::TransportInfo& transport, int status) override;
+    int cmdSendOpAppInstallStatus(frame::MsgIds& ids, const frame::TransportInfo& transport,
+                                  lo::browserdvbservice::OpappType type,
+                                  lo::browserdvbservice::OpappInstallStatus status) override;
+    int cmdMountDsmcc(frame::MsgIds& ids, const frame::TransportInfo& transport, unsigned int request,
+                      unsigned short onid, unsigned short tsid, unsigned short sid, short componentTag) override;
+    int cmdVodGetMaxdomeSecureSerialNumber(frame::MsgIds& ids, const frame::TransportInfo& transport,
+                                           const std::string& request) override;
+    int cmdDtvInfoRequest(frame::MsgIds& ids, const frame::TransportInfo& transport) override;
     int cmdUpdateIPCChannelNames(frame::MsgIds& ids, const frame::TransportInfo& transport,
                                  const std::string& sectionDataChannel, const std::string& unusedChannel,
                                  const std::string& secondChannel) override;
@@ -62,12 +84,25 @@ private:
     void onAit(const broadcast::SiDatabase& of, std::uint16_t serviceId, const broadcast::Section& section,
                bool changed) override;
 
+    void onAitSignalled(const broadcast::SiDatabase& of, std::uint16_t serviceId, bool signalled) override;
+
+    static constexpr std::size_t kSectionNumberAt = 6;
+    static unsigned short networkOf(const broadcast::Channel& channel);
     const broadcast::Channel* presentedChannel() const;
     bool isPresented(const broadcast::SiDatabase& of, std::uint16_t serviceId) const;
     Multiplex* multiplexOf(const broadcast::SiDatabase& si);
     void follow(Multiplex& multiplex);
     void tune(frame::MsgIds asker, const lo::browserdvbservice::TuneInfoChannel& wanted);
     void present(Multiplex& multiplex, const broadcast::Channel& channel);
+    bool tuneByDescriptor(const lo::browserdvbservice::TuneInfoChannel& wanted);
+    enum class Components { ofTheSameService, ofAnotherService };
+    std::vector<si::Component> componentsOf(const broadcast::Channel& channel) const;
+    void updateComponents(const broadcast::Channel& channel, Components as);
+    void tellSelected(si::ComponentType type);
+    void tellPts(std::uint32_t browser, std::uint64_t pts, std::uint64_t pcrBase);
+    void tellTimeline(std::uint32_t browser, std::uint8_t componentTag, const broadcast::TemiTimeline& timeline,
+                      std::uint64_t pts);
+    void tellAitState(frame::MsgIds ids, const broadcast::Channel& channel);
     void tellServiceInfo(frame::MsgIds ids);
     void tellPmt(frame::MsgIds ids, const broadcast::Channel& channel, const broadcast::Section& section, bool changed);
     void tellAitChannel(frame::MsgIds ids, const broadcast::Channel& channel);
@@ -78,6 +113,9 @@ private:
     std::deque<Multiplex> multiplexes;
     Multiplex* current = nullptr;  // the one that is received, as with one tuner: the first until a tune says otherwise
     SectionFilters filters;
+    PresentedComponents shown;
+    Timelines timelines;
+    std::string serialNumber;
     std::optional<std::uint16_t> presented;  // service_id, in the current multiplex
     std::string toldTriplet;                 // of the presented service, as browsers know it
 };

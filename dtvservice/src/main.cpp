@@ -15,19 +15,21 @@ namespace {
 constexpr int kUsageError = 2;
 
 constexpr const char* kUsage =
-    "usage: dtvserviced --input FILE... [--once]   play files and answer browsers, again and again\n"
-    "       dtvserviced --list FILE                print the services of FILE and end\n"
+    "usage: dtvserviced --input FILE... [OPTION]...   play files and answer browsers, again and again\n"
+    "       dtvserviced --list FILE                   print the services of FILE and end\n"
     "\n"
     "  --input FILE   a transport stream of 188-byte packets; given several times, each is a multiplex of its own, "
     "and\n"
     "                 tuning switches between them\n"
     "  --once         end with the files\n"
+    "  --serial-number TEXT   what browsers get that ask for the serial number of video on demand; empty unless given\n"
     "  --list FILE    one line a service: onid:tsid:sid, pmt or nopmt, hbbtv or no-hbbtv, name; tabs between them\n"
     "                 (onid 0 where the file does not tell it)\n";
 
 struct Options {
     std::vector<std::string> inputs;
     std::string list;
+    std::string serialNumber;
     dtvservice::Repeat repeat = dtvservice::Repeat::forever;
 };
 
@@ -37,12 +39,11 @@ struct Options {
 }
 
 Options parseOptions(int argc, char** argv) {
-    enum { kInput = 1, kList, kOnce, kHelp };
-    static const option kOptions[] = {{"input", required_argument, nullptr, kInput},
-                                      {"list", required_argument, nullptr, kList},
-                                      {"once", no_argument, nullptr, kOnce},
-                                      {"help", no_argument, nullptr, kHelp},
-                                      {}};
+    enum { kInput = 1, kList, kOnce, kSerialNumber, kHelp };
+    static const option kOptions[] = {
+        {"input", required_argument, nullptr, kInput}, {"list", required_argument, nullptr, kList},
+        {"once", no_argument, nullptr, kOnce},         {"serial-number", required_argument, nullptr, kSerialNumber},
+        {"help", no_argument, nullptr, kHelp},         {}};
     Options options;
     opterr = 0;
     while (true) {
@@ -59,6 +60,9 @@ Options parseOptions(int argc, char** argv) {
                 break;
             case kOnce:
                 options.repeat = dtvservice::Repeat::once;
+                break;
+            case kSerialNumber:
+                options.serialNumber = optarg;
                 break;
             case kHelp:
                 std::fputs(kUsage, stdout);
@@ -159,6 +163,7 @@ int serve(const Options& options) {
     dtvservice::EventLoop loop;
     const SignalWaiter signals(loop);
     dtvservice::DtvService service(loop);
+    service.setSerialNumber(options.serialNumber);
     std::vector<dtvservice::Playback> playbacks;
     for (std::unique_ptr<broadcast::PacketFile>& file : files) {
         playbacks.emplace_back(std::move(file), service.addMultiplex(), options.repeat);

@@ -1,4 +1,4 @@
-// PAT, PMT, SDT and EIT: fields read by libbitstream, behind its own checks and ours.
+// PAT, PMT, NIT, SDT and EIT: fields read by libbitstream, behind its own checks and ours.
 #include "si/tables.h"
 
 #include <bitstream/dvb/si.h>
@@ -104,6 +104,27 @@ std::optional<Pmt> parsePmt(Bytes section, std::string& error) {
                           descriptorsOf(pmtn_get_descs(stream) + DESCS_HEADER_SIZE, pmtn_get_desclength(stream))});
                  });
     return pmt;
+}
+
+std::optional<Nit> parseNit(Bytes section, std::string& error) {
+    std::vector<std::uint8_t> bytes = checkedSection(section, "NIT", error);
+    if (bytes.empty()) {
+        return std::nullopt;
+    }
+    if (bytes.size() < NIT_HEADER_SIZE + NIT_HEADER2_SIZE + PSI_CRC_SIZE || !nit_validate(bytes.data())) {
+        error = "NIT section: fields do not fit";
+        return std::nullopt;
+    }
+    Nit nit;
+    nit.networkId = nit_get_nid(bytes.data());
+    nit.descriptors = descriptorsOf(nit_get_descs(bytes.data()) + DESCS_HEADER_SIZE, nit_get_desclength(bytes.data()));
+    forEachEntry([&bytes](std::uint8_t index) { return nit_get_ts(bytes.data(), index); },
+                 [&nit](std::uint8_t* stream) {
+                     nit.transportStreams.push_back(
+                         {nitn_get_tsid(stream), nitn_get_onid(stream),
+                          descriptorsOf(nitn_get_descs(stream) + DESCS_HEADER_SIZE, nitn_get_desclength(stream))});
+                 });
+    return nit;
 }
 
 std::optional<Sdt> parseSdt(Bytes section, std::string& error) {

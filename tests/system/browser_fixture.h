@@ -4,33 +4,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "broadcasts.h"
 #include "events.h"
 #include "for_life.h"
 #include "library.h"
-#include "scheduler.h"
 #include "service_process.h"
-#include "tables.h"
-
-inline const std::string kRunDirectory = OwnRunDirectory::instance().path();
-inline const tsmake::Multiplex kSample = tsmake::sampleMultiplex();
 
 using dvbshell::Event;
 using dvbshell::EventKind;
-
-inline std::string asText(const tsmake::Section& section) {
-    return {section.begin(), section.end()};
-}
-
-/// Writes the first seconds of a multiplex to a file of the run directory.
-inline std::string writeBroadcast(const tsmake::Multiplex& multiplex, unsigned int seconds, const std::string& name) {
-    constexpr std::streamsize kPacketSize = 188;
-    std::string path = kRunDirectory + "/" + name;
-    std::ofstream file(path, std::ios::binary);
-    tsmake::writeMultiplex(multiplex, seconds, [&file](const std::uint8_t* packet) {
-        file.write(reinterpret_cast<const char*>(packet), kPacketSize);
-    });
-    return path;
-}
 
 class ABrowser : public testing::Test {
 protected:

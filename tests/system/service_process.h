@@ -78,8 +78,14 @@ public:
 private:
     static std::vector<std::string> inputs(const std::vector<std::string>& files) {
         std::vector<std::string> arguments;
-        for (const std::string& file : files) {
-            arguments.insert(arguments.end(), {"--input", file});
+        // What stands behind the first option is passed on as it is.
+        bool options = false;
+        for (const std::string& word : files) {
+            options = options || word.compare(0, 2, "--") == 0;
+            if (!options) {
+                arguments.emplace_back("--input");
+            }
+            arguments.push_back(word);
         }
         return arguments;
     }

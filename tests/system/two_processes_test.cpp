@@ -82,9 +82,9 @@ TEST_F(ABrowser, IsToldOfTheEndOfAnAudioSourceChange) {
 TEST_F(ABrowser, FindsARefusedCommandByNameInTheServicesLog) {
     const ServiceProcess service;
     ASSERT_TRUE(connected());
-    EXPECT_EQ(api->startTemiTimelineRequest(1, 2, 3), 0);
+    EXPECT_EQ(api->startOSDDetection(1), 0);
     EXPECT_TRUE(eventually([&] {
-        return service.log().find("refused: this service does not handle cmdStartTemiTimelineRequest yet") !=
+        return service.log().find("refused: this service does not handle cmdStartOSDDetection yet") !=
                std::string::npos;
     }));
 }

@@ -36,12 +36,17 @@ struct Service {
     unsigned int aitInterval = 200;         ///< milliseconds between two repetitions
     unsigned int aitLifetime = 0;           ///< seconds until the AIT changes its version; 0: it never does
 
+    std::uint8_t timelineId = 0;  ///< of the TEMI timeline that the stream with the PCR carries
+    std::uint32_t timescale = 0;  ///< its ticks a second; 0: there is no timeline
+
     // PIDs, given by the multiplex in order.
     std::uint16_t pmtPid = 0;
     std::uint16_t videoPid = 0;
     std::uint16_t audioPid = 0;
     std::uint16_t aitPid = 0;
 
+    /// The timeline's value in the packet with that PCR (27 MHz). It began with the broadcast.
+    std::uint64_t mediaTimestampAt(std::uint64_t pcr) const { return pcr * timescale / 27000000; }
     std::uint16_t pcrPid() const { return hasVideo ? videoPid : audioPid; }
 };
 

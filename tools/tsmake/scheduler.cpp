@@ -29,11 +29,11 @@ class PidWriter {
 public:
     explicit PidWriter(std::uint16_t newPid) : pid(newPid) {}
 
-    /// A packet with as much of the payload as fits; stuffing stands in the adaptation field.
-    Packet next(const Bytes& payload, std::size_t& at, bool unitStart, const std::uint64_t* pcr) {
+    /// A packet with as much of the payload as fits; stuffing stands in the adaptation field, behind the given fields.
+    Packet next(const Bytes& payload, std::size_t& at, bool unitStart, const Bytes& fields) {
         Packet packet;
         packet.fill(0xFF);
-        std::size_t adaptation = pcr != nullptr ? 8 : 0;
+        std::size_t adaptation = fields.empty() ? 0 : fields.size() + 1;
         const std::size_t room = kPacketSize - 4 - adaptation;
         const std::size_t count = std::min(room, payload.size() - at);
         adaptation += room - count;
@@ -41,7 +41,7 @@ public:
         packet[1] = static_cast<std::uint8_t>((unitStart ? 0x40U : 0U) | pid >> 8U);
         packet[2] = static_cast<std::uint8_t>(pid & 0xFFU);
         packet[3] = static_cast<std::uint8_t>((adaptation != 0 ? 0x30U : 0x10U) | (counter++ & 0x0FU));
-        writeAdaptation(packet, adaptation, pcr);
+        writeAdaptation(packet, adaptation, fields);
         std::copy_n(payload.begin() + static_cast<std::ptrdiff_t>(at), count,
                     packet.begin() + static_cast<std::ptrdiff_t>(kPacketSize - count));
         at += count;
@@ -49,22 +49,14 @@ public:
     }
 
 private:
-    static void writeAdaptation(Packet& packet, std::size_t length, const std::uint64_t* pcr) {
+    static void writeAdaptation(Packet& packet, std::size_t length, const Bytes& fields) {
         if (length == 0) {
             return;
         }
         packet[4] = static_cast<std::uint8_t>(length - 1);
-        if (length == 1) {
-            return;
-        }
-        packet[5] = pcr != nullptr ? 0x10 : 0x00;
-        if (pcr != nullptr) {
-            const std::uint64_t base = *pcr / 300;
-            const std::uint64_t extension = *pcr % 300;
-            const std::uint64_t field = base << 15U | 0x7E00U | extension;
-            for (unsigned int index = 0; index < 6; ++index) {
-                packet[6 + index] = static_cast<std::uint8_t>(field >> (40U - 8U * index));
-            }
+        if (length > 1) {
+            packet[5] = 0x00;
+            std::copy(fields.begin(), fields.end(), packet.begin() + 5);
         }
     }
 
@@ -72,12 +64,39 @@ private:
     unsigned int counter = 0;
 };
 
+void append(Bytes& bytes, std::uint64_t value, unsigned int width) {
+    for (; width != 0; --width) {
+        bytes.push_back(static_cast<std::uint8_t>(value >> (8U * (width - 1))));
+    }
+}
+
+/// The fields of an adaptation field: flags, the PCR, and a TEMI timeline where the service has one (ISO/IEC 13818-1,
+/// clause 2.4.3.5 and Annex U).
+Bytes clockFields(std::uint64_t pcr, const Service* temi) {
+    constexpr std::uint8_t kPcr = 0x10;
+    constexpr std::uint8_t kExtension = 0x01;
+    constexpr std::uint8_t kOnlyDescriptors = 0x0F;
+    constexpr std::uint8_t kTimelineTag = 0x04;
+    constexpr std::uint8_t kLongTimestamp = 0x80;
+    Bytes fields = {static_cast<std::uint8_t>(kPcr | (temi != nullptr ? kExtension : 0))};
+    append(fields, pcr / 300 << 15U | 0x7E00U | pcr % 300, 6);
+    if (temi != nullptr) {
+        Bytes timeline = {kLongTimestamp, 0x7F, temi->timelineId};
+        append(timeline, temi->timescale, 4);
+        append(timeline, temi->mediaTimestampAt(pcr), 8);
+        fields.push_back(static_cast<std::uint8_t>(timeline.size() + 3));
+        fields.insert(fields.end(), {kOnlyDescriptors, kTimelineTag, static_cast<std::uint8_t>(timeline.size())});
+        fields.insert(fields.end(), timeline.begin(), timeline.end());
+    }
+    return fields;
+}
+
 /// Something that is sent again and again: at its time it gives the payload of one unit.
 struct Source {
     std::uint16_t pid;
     std::uint64_t interval;  // ticks
     std::uint64_t due;       // ticks
-    bool carriesPcr;
+    const Service* clockOf;  ///< whose PCR it carries; null for none
     std::function<Bytes(std::uint64_t ticks)> unit;
 };
 
@@ -140,7 +159,7 @@ public:
                 addAit(service);
             }
         }
-        sources.push_back({0x0014, kTicks, 0, false, [this](std::uint64_t ticks) {
+        sources.push_back({0x0014, kTicks, 0, nullptr, [this](std::uint64_t ticks) {
                                return sectionUnit(tdtSection(multiplex, static_cast<std::time_t>(ticks / kTicks)));
                            }});
     }
@@ -164,13 +183,13 @@ private:
         const Bytes unit = sectionUnit(section);
         // Tables begin one after the other, so that they do not all fall due together for ever.
         const std::uint64_t begin = sources.size() * kMillisecond;
-        sources.push_back({pid, milliseconds * kMillisecond, begin, false, [unit](std::uint64_t) { return unit; }});
+        sources.push_back({pid, milliseconds * kMillisecond, begin, nullptr, [unit](std::uint64_t) { return unit; }});
     }
 
     void addAit(const Service& service) {
         for (unsigned int number = 0; number < service.aitSections; ++number) {
             const std::uint64_t begin = sources.size() * kMillisecond;
-            sources.push_back({service.aitPid, service.aitInterval * kMillisecond, begin, false,
+            sources.push_back({service.aitPid, service.aitInterval * kMillisecond, begin, nullptr,
                                [&service, number](std::uint64_t ticks) {
                                    const std::uint64_t life = service.aitLifetime * kTicks;
                                    const std::uint64_t changes = life == 0 ? 0 : ticks / life;
@@ -182,9 +201,10 @@ private:
     void addStreams(const Service& service) {
         const std::uint64_t begin = sources.size() * 2 * kMillisecond;
         if (service.hasVideo) {
-            sources.push_back({service.videoPid, 20 * kMillisecond, begin, true, videoUnit});
+            sources.push_back({service.videoPid, 20 * kMillisecond, begin, &service, videoUnit});
         }
-        sources.push_back({service.audioPid, 24 * kMillisecond, begin, !service.hasVideo, audioUnit});
+        sources.push_back(
+            {service.audioPid, 24 * kMillisecond, begin, service.hasVideo ? nullptr : &service, audioUnit});
     }
 
     Packet packetAt(std::uint64_t ticks) {
@@ -199,9 +219,12 @@ private:
         }
         Sending& sending = queue.front();
         const bool begins = sending.at == 0;
-        const std::uint64_t* const pcr = begins && sending.source->carriesPcr ? &ticks : nullptr;
+        const Service* const clockOf = begins ? sending.source->clockOf : nullptr;
+        const Service* const temi = clockOf != nullptr && clockOf->timescale != 0 ? clockOf : nullptr;
+        const Bytes fields = clockOf == nullptr ? Bytes() : clockFields(ticks, temi);
         const std::uint16_t pid = sending.source->pid;
-        const Packet packet = writers.try_emplace(pid, pid).first->second.next(sending.unit, sending.at, begins, pcr);
+        const Packet packet =
+            writers.try_emplace(pid, pid).first->second.next(sending.unit, sending.at, begins, fields);
         if (sending.at == sending.unit.size()) {
             queue.pop_front();
         }

@@ -1,5 +1,5 @@
-// PAT, PMT, SDT and EIT sections as plain values (ISO/IEC 13818-1, clauses 2.4.4.3 and 2.4.4.8; EN 300 468,
-// clauses 5.2.3 and 5.2.4). Threads: any.   Blocks: never. Fails:   no value, and `error` says what was wrong. A
+// PAT, PMT, NIT, SDT and EIT sections as plain values (ISO/IEC 13818-1, clauses 2.4.4.3 and 2.4.4.8; EN 300 468,
+// clauses 5.2.1, 5.2.3 and 5.2.4). Threads: any.   Blocks: never. Fails:   no value, and `error` says what was wrong. A
 // section is taken whole or not at all.
 #pragma once
 
@@ -35,6 +35,17 @@ struct Pmt {
     std::uint16_t pcrPid = 0;
     Descriptors descriptors;
     std::vector<Stream> streams;
+};
+
+struct Nit {
+    struct TransportStream {
+        std::uint16_t transportStreamId = 0;
+        std::uint16_t originalNetworkId = 0;
+        Descriptors descriptors;
+    };
+    std::uint16_t networkId = 0;
+    Descriptors descriptors;
+    std::vector<TransportStream> transportStreams;
 };
 
 struct Sdt {
@@ -74,6 +85,7 @@ struct Eit {
 
 std::optional<Pat> parsePat(Bytes section, std::string& error);
 std::optional<Pmt> parsePmt(Bytes section, std::string& error);
+std::optional<Nit> parseNit(Bytes section, std::string& error);
 std::optional<Sdt> parseSdt(Bytes section, std::string& error);
 std::optional<Eit> parseEit(Bytes section, std::string& error);
 

@@ -1,0 +1,100 @@
+// Watching packets for their times.
+#include "timelines.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace dtvservice {
+
+using broadcast::TemiTimeline;
+using broadcast::TsPacket;
+
+void Timelines::unwatch() {
+    for (const auto& stream : streams) {
+        demux->watch(stream.first, nullptr);
+    }
+    streams.clear();
+}
+
+void Timelines::follow(broadcast::Demux& newDemux, const std::vector<si::Component>& components,
+                       std::uint16_t newPcrPid) {
+    const std::uint16_t before = ptsPid;
+    const bool same = demux == &newDemux && pcrPid == newPcrPid;
+    unwatch();
+    demux = &newDemux;
+    pcrPid = newPcrPid;
+    ptsPid = pcrPid;
+    streams[pcrPid];
+    const auto earlier = [](const si::Component& one, const si::Component& other) { return one.type < other.type; };
+    const auto reference = std::min_element(components.begin(), components.end(), earlier);
+    if (reference != components.end() && reference->type != si::ComponentType::subtitle) {
+        ptsPid = reference->pid;
+    }
+    for (const si::Component& component : components) {
+        streams[component.pid].tag = component.tag;
+    }
+    if (!same || ptsPid != before) {
+        pts.reset();
+        pcrBase.reset();
+    }
+    for (const auto& stream : streams) {
+        demux->watch(stream.first, [this, pid = stream.first](TsPacket packet) { onPacket(pid, packet); });
+    }
+}
+
+void Timelines::onPacket(std::uint16_t pid, TsPacket packet) {
+    constexpr std::uint64_t kTicksPerBase = 300;
+    if (pid == pcrPid && packet.hasPcr() && !packet.transportError()) {
+        pcrBase = packet.pcr() / kTicksPerBase;
+    }
+    Stream& stream = streams[pid];
+    if (!timelines.empty() && packet.hasAdaptation()) {
+        const std::vector<TemiTimeline> found = broadcast::temiTimelinesOf(packet);
+        stream.waiting.insert(stream.waiting.end(), found.begin(), found.end());
+    }
+    const std::optional<std::uint64_t> started = broadcast::ptsOf(packet);
+    if (!started) {
+        return;
+    }
+    tell(stream, *started);
+    stream.waiting.clear();
+    if (pid == ptsPid) {
+        pts = started;
+        answerPts();
+    }
+}
+
+void Timelines::tell(const Stream& stream, std::uint64_t ofPts) {
+    for (const TemiTimeline& timeline : stream.waiting) {
+        for (const auto& browser : timelines) {
+            if (stream.tag && browser.second.count({*stream.tag, timeline.id}) != 0) {
+                timelineSink(browser.first, *stream.tag, timeline, ofPts);
+            }
+        }
+    }
+}
+
+void Timelines::requestPts(Peer browser) {
+    askers.insert(browser);
+    answerPts();
+}
+
+void Timelines::answerPts() {
+    if (!pts || !pcrBase) {
+        return;
+    }
+    for (const Peer browser : std::exchange(askers, {})) {
+        ptsSink(browser, *pts, *pcrBase);
+    }
+}
+
+void Timelines::startTimeline(Peer browser, std::uint8_t componentTag, std::uint8_t timelineId) {
+    timelines[browser].insert({componentTag, timelineId});
+}
+
+void Timelines::forget(Peer browser) {
+    askers.erase(browser);
+    timelines.erase(browser);
+}
+
+}  // namespace dtvservice

@@ -1,0 +1,159 @@
+// From streams to components.
+#include "si/components.h"
+
+#include <algorithm>
+
+#include "cursor.h"
+
+namespace si {
+
+namespace {
+
+constexpr std::uint8_t kPesPrivate = 0x06;
+constexpr std::uint8_t kCaDescriptor = 0x09;
+constexpr std::uint8_t kComponentDescriptor = 0x50;
+constexpr std::uint8_t kTeletextDescriptor = 0x56;
+constexpr std::uint8_t kSubtitlingDescriptor = 0x59;
+constexpr std::uint8_t kAc3Descriptor = 0x6A;
+constexpr std::uint8_t kEnhancedAc3Descriptor = 0x7A;
+constexpr std::uint8_t kDtsDescriptor = 0x7B;
+constexpr std::uint8_t kAacDescriptor = 0x7C;
+constexpr std::uint8_t kAc4Extension = 0x15;
+constexpr std::uint8_t kExtensionDescriptor = 0x7F;
+constexpr std::uint16_t kSurround = 6;
+
+const Descriptor* find(const Descriptors& descriptors, std::uint8_t tag) {
+    const auto found = std::find_if(descriptors.begin(), descriptors.end(),
+                                    [tag](const Descriptor& descriptor) { return descriptor.tag == tag; });
+    return found == descriptors.end() ? nullptr : &*found;
+}
+
+bool isOneOf(std::uint8_t value, std::initializer_list<std::uint8_t> values) {
+    return std::find(values.begin(), values.end(), value) != values.end();
+}
+
+/// Type and encoding; no type for a stream that is no component.
+std::optional<ComponentType> typeOf(const Pmt::Stream& stream, std::uint16_t& encoding) {
+    encoding = stream.streamType;
+    // MPEG-1, MPEG-2, MPEG-4, AVC, its extensions, HEVC and VVC video; MPEG audio, AAC, LATM, AC-3 and its extension.
+    if (isOneOf(stream.streamType, {0x01, 0x02, 0x10, 0x1B, 0x1F, 0x20, 0x24, 0x25, 0x33, 0x42, 0xEA})) {
+        return ComponentType::video;
+    }
+    if (isOneOf(stream.streamType, {0x03, 0x04, 0x0F, 0x11, 0x1C, 0x2D, 0x2E, 0x81, 0x87})) {
+        return ComponentType::audio;
+    }
+    if (stream.streamType != kPesPrivate) {
+        return std::nullopt;
+    }
+    const auto named = [&](std::uint8_t tag) {
+        const bool is = find(stream.descriptors, tag) != nullptr;
+        encoding = is ? static_cast<std::uint16_t>(tag << 8U | kPesPrivate) : encoding;
+        return is;
+    };
+    if (named(kAc3Descriptor) || named(kEnhancedAc3Descriptor) || named(kDtsDescriptor) || named(kAacDescriptor)) {
+        return ComponentType::audio;
+    }
+    const Descriptor* const extension = find(stream.descriptors, kExtensionDescriptor);
+    if (extension != nullptr && !extension->bytes.empty() && extension->bytes[0] == kAc4Extension) {
+        encoding = static_cast<std::uint16_t>(kExtensionDescriptor << 8U | kPesPrivate);
+        return ComponentType::audio;
+    }
+    if (named(kSubtitlingDescriptor) || named(kTeletextDescriptor)) {
+        return ComponentType::subtitle;
+    }
+    return std::nullopt;
+}
+
+/// The EIT's component descriptor of a component_tag (EN 300 468, clause 6.2.8).
+struct EventComponent {
+    unsigned int content = 0;
+    unsigned int type = 0;
+};
+
+EventComponent eventComponent(const Descriptors& presentEvent, std::optional<std::uint8_t> tag) {
+    constexpr std::size_t kTagAt = 2;
+    for (const Descriptor& descriptor : presentEvent) {
+        if (tag && descriptor.tag == kComponentDescriptor && descriptor.bytes.size() > kTagAt &&
+            descriptor.bytes[kTagAt] == *tag) {
+            return {descriptor.bytes[0] & 0x0FU, descriptor.bytes[1]};
+        }
+    }
+    return {};
+}
+
+/// stream_content 1 and 5 (MPEG-2 and AVC): types repeat by four: 4:3, 16:9 with and without pan vectors, wider.
+std::uint16_t aspectRatio(EventComponent told) {
+    constexpr unsigned int kLastPictureType = 0x10;
+    if ((told.content != 1 && told.content != 5) || told.type == 0 || told.type > kLastPictureType) {
+        return 0;
+    }
+    constexpr std::uint16_t kRatios[] = {2, 3, 3, 4};
+    return kRatios[(told.type - 1) % 4];
+}
+
+std::uint16_t ac3Channels(const Descriptor& descriptor) {
+    constexpr std::uint8_t kHasComponentType = 0x80;
+    constexpr std::uint16_t kByMode[] = {1, 2, 2, 2, kSurround, kSurround, 0, 0};
+    if (descriptor.bytes.size() < 2 || (descriptor.bytes[0] & kHasComponentType) == 0) {
+        return 0;
+    }
+    return kByMode[descriptor.bytes[1] & 0x07];
+}
+
+std::uint16_t audioChannels(const Pmt::Stream& stream, EventComponent told) {
+    for (const std::uint8_t tag : {kAc3Descriptor, kEnhancedAc3Descriptor}) {
+        const Descriptor* const descriptor = find(stream.descriptors, tag);
+        if (descriptor != nullptr && ac3Channels(*descriptor) != 0) {
+            return ac3Channels(*descriptor);
+        }
+    }
+    // stream_content 2 and 6 (MPEG-1 layer 2, HE-AAC): 1 mono, 2 two languages, 3 stereo, 4 and 5 surround sound.
+    if ((told.content != 2 && told.content != 6) || told.type == 0 || told.type > 5) {
+        return 0;
+    }
+    constexpr std::uint16_t kByType[] = {1, 2, 2, kSurround, kSurround};
+    return kByType[told.type - 1];
+}
+
+}  // namespace
+
+std::vector<Component> components(const Pmt& pmt, const Descriptors& presentEvent) {
+    std::vector<Component> list;
+    const bool serviceScrambled = find(pmt.descriptors, kCaDescriptor) != nullptr;
+    for (const Pmt::Stream& stream : pmt.streams) {
+        Component component;
+        const std::optional<ComponentType> type = typeOf(stream, component.encoding);
+        if (!type) {
+            continue;
+        }
+        component.index = static_cast<std::uint16_t>(list.size());
+        component.type = *type;
+        component.pid = stream.pid;
+        component.tag = componentTag(stream);
+        component.scrambled = serviceScrambled || find(stream.descriptors, kCaDescriptor) != nullptr;
+        component.language = language(stream);
+        const EventComponent told = eventComponent(presentEvent, component.tag);
+        if (*type == ComponentType::video) {
+            component.aspectRatio = aspectRatio(told);
+        } else if (*type == ComponentType::audio) {
+            component.audioChannels = audioChannels(stream, told);
+        }
+        list.push_back(std::move(component));
+    }
+    return list;
+}
+
+Descriptors firstEventDescriptors(Bytes eitSection) {
+    constexpr std::size_t kBeforeEvents = 14;
+    constexpr std::size_t kBeforeLoop = 10;
+    constexpr std::size_t kCrc = 4;
+    Descriptors descriptors;
+    if (eitSection.size > kBeforeEvents + kBeforeLoop + kCrc) {
+        Cursor cursor({eitSection.data + kBeforeEvents, eitSection.size - kBeforeEvents - kCrc});
+        cursor.take(kBeforeLoop);
+        readDescriptors(cursor.takeLong(), descriptors);
+    }
+    return descriptors;
+}
+
+}  // namespace si

@@ -1,0 +1,179 @@
+// The reference service's answers, command by command and event by event, against what the broadcast says.
+#include "raw_browser.h"
+
+namespace {
+
+using lo::browserdvbservice::ComponentType;
+using lo::browserdvbservice::TuneInfoChannel;
+using lo::browserdvbservice::TuneInfoComponent;
+
+const tsmake::Service& kFirst = kSample.services[0];
+
+std::string number(std::uint64_t value) {
+    return std::to_string(value);
+}
+
+/// The triplet of the first service, as it ends an event.
+const std::string kTriplet = "1, 1025, " + number(kFirst.serviceId) + ")";
+
+/// "eng" in three bytes.
+constexpr std::uint32_t kEnglish = 0x656E67;
+
+std::string selected(unsigned int index, unsigned int type, unsigned int pid) {
+    return "onSelectedComponentChange(" + number(index) + ", " + number(type) + ", " + number(pid) + ", " + kTriplet;
+}
+
+}  // namespace
+
+TEST_F(ARawBrowser, IsToldOfTheComponentsOfThePresentedService) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kFirst));
+    EXPECT_TRUE(hears("onComponentInfoChange(0, 0, " + number(kFirst.videoPid) + ", 27, 0, 0, 1, 0, 0, 1)"));
+    EXPECT_TRUE(hears("onComponentInfoChange(1, 1, " + number(kFirst.audioPid) + ", 3, 0, 0, 2, 0, " +
+                      number(kEnglish) + ", 1)"));
+    EXPECT_TRUE(hears(selected(0, 0, kFirst.videoPid)));
+    EXPECT_TRUE(hears(selected(1, 1, kFirst.audioPid)));
+}
+
+TEST_F(ARawBrowser, StopsAndPresentsTheComponentsOfAType) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kFirst));
+    ASSERT_TRUE(hears(selected(1, 1, kFirst.audioPid)));
+    ASSERT_TRUE(sends(&Commands::cmdUnselectComponent, lo::browserdvbservice::ComponentTypeAudio));
+    EXPECT_TRUE(hears(selected(0xFFFFFFFF, 1, 0x1FFF)));
+    ASSERT_TRUE(sends(&Commands::cmdSelectComponent, lo::browserdvbservice::ComponentTypeAudio));
+    EXPECT_TRUE(eventually([&] {
+        const std::vector<std::string> texts = client->texts();
+        return std::count(texts.begin(), texts.end(), selected(1, 1, kFirst.audioPid)) >= 2;
+    }));
+    ASSERT_TRUE(sends(&Commands::cmdSelectComponent, lo::browserdvbservice::ComponentTypeSubtitle));
+    EXPECT_TRUE(eventually(
+        [&] { return process.log().find("cmdSelectComponent(): no component of type 2") != std::string::npos; }));
+}
+
+TEST_F(ARawBrowser, PresentsAComponentByItsPid) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kFirst));
+    ASSERT_TRUE(sends(&Commands::cmdUnselectComponent, lo::browserdvbservice::ComponentTypeVideo));
+    ASSERT_TRUE(hears(selected(0xFFFFFFFF, 0, 0x1FFF)));
+    const auto before = numbersOf("onSelectedComponentChange").size();
+    ASSERT_TRUE(sends(&Commands::cmdTuneToComponent, TuneInfoComponent{0, kFirst.videoPid, 0}));
+    ASSERT_TRUE(eventually([&] { return numbersOf("onSelectedComponentChange").size() > before; }));
+    EXPECT_EQ(numbersOf("onSelectedComponentChange").back(),
+              (std::vector<std::uint64_t>{0, 0, kFirst.videoPid, 1, 1025, kFirst.serviceId}));
+    ASSERT_TRUE(sends(&Commands::cmdTuneToComponent, TuneInfoComponent{1, kFirst.videoPid, 0}));
+    EXPECT_TRUE(eventually([&] {
+        return process.log().find("no component of type 1 on PID " + number(kFirst.videoPid)) != std::string::npos;
+    }));
+}
+
+TEST_F(ARawBrowser, IsToldThePtsAndThePcrOfThePresentedService) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kFirst));
+    ASSERT_TRUE(sends(&Commands::cmdSendPtsRequest, 7U));
+    ASSERT_TRUE(eventually([&] { return !numbersOf("onPtsNotify").empty(); }));
+    const std::vector<std::uint64_t> times = numbersOf("onPtsNotify")[0];
+    // The broadcast presents half a second behind its clock; a picture comes every 20 ms.
+    constexpr std::int64_t kDelay = 45000;
+    constexpr std::int64_t kPicture = 1800;
+    EXPECT_NEAR(static_cast<double>(times[0] - times[1]), kDelay, kPicture);
+}
+
+TEST_F(ARawBrowser, FollowsATemiTimelineUntilItStops) {
+    tsmake::Multiplex multiplex = kSample;
+    multiplex.services[0].timelineId = 9;
+    multiplex.services[0].timescale = 1000;
+    const ServiceProcess process(writeBroadcast(multiplex, 3, "temi.ts"));
+    ASSERT_TRUE(presents(kFirst));
+    ASSERT_TRUE(sends(&Commands::cmdStartTemiTimelineRequest, 1U, 9U, 0U));
+    ASSERT_TRUE(eventually([&] { return numbersOf("onTimelineInfoChange").size() >= 3; }));
+    for (const std::vector<std::uint64_t>& values : numbersOf("onTimelineInfoChange")) {
+        ASSERT_EQ(values.size(), 6U);
+        EXPECT_EQ(values[0], 1U) << "component_tag";
+        EXPECT_EQ(values[1], 9U) << "timeline_id";
+        EXPECT_EQ(values[2], 0U) << "neither paused nor discontinuous";
+        EXPECT_EQ(values[3], 1000U) << "timescale";
+        // Half a second lies between the packet's clock, which the time stamp counts, and the PTS of its picture.
+        EXPECT_NEAR(static_cast<double>(values[5]) / 90.0, static_cast<double>(values[4]) + 500.0, 20.0);
+    }
+    ASSERT_TRUE(sends(&Commands::cmdStopTemiTimelineRequest));
+    // The service stops before it answers what was asked later; the answer shows that it has.
+    ASSERT_TRUE(sends(&Commands::cmdVodGetMaxdomeSecureSerialNumber, std::string()));
+    ASSERT_TRUE(hears("onVodMaxdomeSecureSerialNumber(0:)"));
+    const auto heardSoFar = numbersOf("onTimelineInfoChange").size();
+    ASSERT_TRUE(sends(&Commands::cmdSendPtsRequest, 1U));
+    ASSERT_TRUE(eventually([&] { return !numbersOf("onPtsNotify").empty(); }));
+    EXPECT_EQ(numbersOf("onTimelineInfoChange").size(), heardSoFar);
+}
+
+TEST_F(ARawBrowser, IsRefusedATimelineThatNoStreamCanHave) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kFirst));
+    ASSERT_TRUE(sends(&Commands::cmdStartTemiTimelineRequest, 256U, 9U, 0U));
+    EXPECT_TRUE(eventually([&] {
+        return process.log().find("refused: component_tag 256, timeline_id 9: each is 0 to 255") != std::string::npos;
+    }));
+}
+
+TEST_F(ARawBrowser, TunesByTheDeliverySystemDescriptorOfTheNit) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kFirst));
+    TuneInfoChannel channel;
+    channel.idType = 13;
+    channel.dsd = std::string("\x44\x0B\x03\x46\x00\x00\xFF\xF2\x05\x00\x69\x00\x0F", 13);
+    channel.sid = kSample.services[2].serviceId;
+    const std::string triplet = "1:1025:" + number(channel.sid);
+    ASSERT_TRUE(eventually([&] {
+        sends(&Commands::cmdTuneToService, channel);
+        return heard("onServiceChanged(" + shownValue(std::string("service_started")) + ", " + shownValue(triplet) +
+                     ")");
+    }));
+    channel.dsd.back() = '\x00';
+    ASSERT_TRUE(sends(&Commands::cmdTuneToService, channel));
+    EXPECT_TRUE(
+        hears("onServiceChanged(" + shownValue(std::string("service_failed")) + ", " + shownValue(triplet) + ")"));
+    EXPECT_NE(process.log().find("no multiplex with service 28108 has this delivery system descriptor of 13 bytes"),
+              std::string::npos);
+}
+
+TEST_F(ARawBrowser, IsToldWhetherAnAitIsSignalled) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kFirst));
+    EXPECT_TRUE(hears("onAitParsingStateChanged(1)"));
+    ASSERT_TRUE(presents(kSample.services[2]));
+    EXPECT_TRUE(hears("onAitParsingStateChanged(0)"));
+}
+
+TEST_F(ARawBrowser, GetsTheServiceAndItsPmtAsDtvInfo) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kFirst));
+    ASSERT_TRUE(sends(&Commands::cmdDtvInfoRequest));
+    EXPECT_TRUE(hears("onAcquireDtvServiceInfo(" + shownValue("1:1025:" + number(kFirst.serviceId)) + ")"));
+    EXPECT_TRUE(hears("onDATagsServicePmtDataChange(1, 1025, " + number(kFirst.serviceId) + ", 0, " +
+                      shownValue(asText(tsmake::pmtSection(kFirst))) + ")"));
+}
+
+TEST_F(ARawBrowser, IsToldThatNoCarouselIsMounted) {
+    const ServiceProcess process;
+    ASSERT_TRUE(sends(&Commands::cmdMountDsmcc, 5U, static_cast<unsigned short>(1), static_cast<unsigned short>(1025),
+                      static_cast<unsigned short>(28106), static_cast<short>(7)));
+    EXPECT_TRUE(hears("onDsmccMounted(5, 1, 1025, 28106, 7, 1, 0:)"));
+}
+
+TEST_F(ARawBrowser, GetsTheConfiguredSerialNumber) {
+    const ServiceProcess process({SAMPLE_FILE, "--serial-number", "AB-12"});
+    ASSERT_TRUE(sends(&Commands::cmdVodGetMaxdomeSecureSerialNumber, std::string("anything")));
+    EXPECT_TRUE(hears("onVodMaxdomeSecureSerialNumber(" + shownValue(std::string("AB-12")) + ")"));
+}
+
+TEST_F(ARawBrowser, HasItsReportsNoted) {
+    const ServiceProcess process;
+    ASSERT_TRUE(sends(&Commands::cmdHandleHbbtvStatus, 1));
+    ASSERT_TRUE(sends(&Commands::cmdSendOpAppInstallStatus, lo::browserdvbservice::OpappType1,
+                      lo::browserdvbservice::OpappInstallStatus0));
+    EXPECT_TRUE(
+        eventually([&] { return process.log().find("browser 1: application start status 1") != std::string::npos; }));
+    EXPECT_TRUE(eventually([&] {
+        return process.log().find("browser 1: operator application of type 1, install status 0") != std::string::npos;
+    }));
+}
