@@ -27,8 +27,8 @@ endif()
 install(TARGETS dtvplatform LIBRARY DESTINATION lib)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/include/ ${PROJECT_SOURCE_DIR}/platform/idiom/
   DESTINATION include/dtvplatform)
-set_target_properties(dtvserviced dvbshell tsmake PROPERTIES INSTALL_RPATH "$ORIGIN/../lib")
-install(TARGETS dtvserviced dvbshell tsmake RUNTIME DESTINATION bin)
+set_target_properties(dtvserviced dvbshell dtvctl tsmake PROPERTIES INSTALL_RPATH "$ORIGIN/../lib")
+install(TARGETS dtvserviced dvbshell dtvctl tsmake RUNTIME DESTINATION bin)
 install(FILES ${CMAKE_BINARY_DIR}/share/dtv/sample.ts DESTINATION share/dtv)
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
   ${PROJECT_SOURCE_DIR}/docs/architecture.md ${PROJECT_SOURCE_DIR}/docs/host-platform.md

@@ -68,6 +68,7 @@ void Demux::watch(std::uint16_t pid, Watcher watcher) {
 
 void Demux::feed(TsPacket packet) {
     const std::uint16_t pid = packet.pid();
+    ++packets_;
     const auto watcher = watchers.find(pid);
     if (watcher != watchers.end()) {
         watcher->second(packet);

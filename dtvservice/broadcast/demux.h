@@ -36,6 +36,8 @@ public:
     void discontinuity();
     /// What all assemblers of the PIDs followed now have counted.
     SectionCounts counts() const;
+    /// Packets fed, of any PID.
+    std::uint64_t packets() const { return packets_; }
 
 private:
     struct Pid;
@@ -46,6 +48,7 @@ private:
     std::array<std::unique_ptr<Pid>, kPidCount> pids;
     std::map<std::uint16_t, Watcher> watchers;  // a few
     Subscription lastSubscription = 0;
+    std::uint64_t packets_ = 0;
 };
 
 }  // namespace broadcast

@@ -111,6 +111,7 @@ void DtvService::browserConnected(const frame::TransportInfo& peer) {
     frame::MsgIds ids;
     ids.peer = peer.peer;
     loop.post([this, ids] {
+        browsers.insert(ids.peer);
         if (presentedChannel() != nullptr) {
             tellServiceInfo(ids);
         }
@@ -122,6 +123,8 @@ void DtvService::browserDisconnected(const frame::TransportInfo& peer) {
     loop.post([this, browser = peer.peer] {
         filters.forget(browser);
         timelines.forget(browser);
+        forgetOperated(browser);
+        browsers.erase(browser);
     });
 }
 

@@ -5,7 +5,11 @@
 #pragma once
 
 #include <deque>
+#include <list>
+#include <map>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
+#include <set>
 
 #include "browserdvbservice_stub.h"
 #include "event_loop.h"
@@ -54,6 +58,15 @@ public:
     int cmdVodGetMaxdomeSecureSerialNumber(frame::MsgIds& ids, const frame::TransportInfo& transport,
                                            const std::string& request) override;
     int cmdDtvInfoRequest(frame::MsgIds& ids, const frame::TransportInfo& transport) override;
+    int cmdStartOSDDetection(frame::MsgIds& ids, const frame::TransportInfo& transport, unsigned int layer) override;
+    int cmdStopOSDDetection(frame::MsgIds& ids, const frame::TransportInfo& transport, unsigned int layer) override;
+    int cmdSendDrmMessage(frame::MsgIds& ids, const frame::TransportInfo& transport, unsigned long long session,
+                          unsigned short caSystemId, unsigned short second, const std::string& type,
+                          const std::string& message) override;
+    int cmdCaDrmRequestConnect(frame::MsgIds& ids, const frame::TransportInfo& transport,
+                               unsigned long long session) override;
+    int cmdCaDrmRequestDisconnect(frame::MsgIds& ids, const frame::TransportInfo& transport,
+                                  unsigned short slot) override;
     int cmdUpdateIPCChannelNames(frame::MsgIds& ids, const frame::TransportInfo& transport,
                                  const std::string& sectionDataChannel, const std::string& unusedChannel,
                                  const std::string& secondChannel) override;
@@ -68,6 +81,9 @@ public:
                             const std::string& dataSlot) override;
     void browserConnected(const frame::TransportInfo& peer) override;
     void browserDisconnected(const frame::TransportInfo& peer) override;
+
+    /// An operator's request, a line of JSON; its answer, another. On the loop's thread, once connected.
+    std::string operate(const std::string& request);
 
 private:
     struct Multiplex {
@@ -108,6 +124,29 @@ private:
     void tellAitChannel(frame::MsgIds ids, const broadcast::Channel& channel);
     void tellAit(frame::MsgIds ids, const broadcast::Channel& channel);
 
+    nlohmann::json operate(const std::string& command, const nlohmann::json& request);
+    nlohmann::json operateChannels(const nlohmann::json& request);
+    nlohmann::json operateStatus(const nlohmann::json& request);
+    nlohmann::json operateStatistics(const nlohmann::json& request);
+    nlohmann::json operateTune(const nlohmann::json& request);
+    nlohmann::json operateOsd(const nlohmann::json& request);
+    nlohmann::json operateCaInsert(const nlohmann::json& request);
+    nlohmann::json operateCaRemove(const nlohmann::json& request);
+    nlohmann::json operateCaReply(const nlohmann::json& request);
+    nlohmann::json operateEngine(const nlohmann::json& request);
+    nlohmann::json operateStopTerminals(const nlohmann::json& request);
+    nlohmann::json setCaSlot(unsigned short slot, bool inserted);
+    void forgetOperated(std::uint32_t browser);
+
+    /// A message to a CA system that an operator has not answered yet.
+    struct DrmMessage {
+        std::uint32_t browser;
+        unsigned long long session;
+        unsigned short caSystemId;
+        std::string type;
+        std::string text;
+    };
+
     EventLoop& loop;
     lo::browserdvbservice::ClientInterface* events = nullptr;
     std::deque<Multiplex> multiplexes;
@@ -116,6 +155,11 @@ private:
     PresentedComponents shown;
     Timelines timelines;
     std::string serialNumber;
+    std::map<unsigned int, std::set<std::uint32_t>> osdDetections;  // browsers by layer
+    std::set<unsigned int> osdLayers;                               // those that are shown
+    std::set<unsigned short> caSlots;                               // those with a module
+    std::list<DrmMessage> drmMessages;
+    std::set<std::uint32_t> browsers;        // connected
     std::optional<std::uint16_t> presented;  // service_id, in the current multiplex
     std::string toldTriplet;                 // of the presented service, as browsers know it
 };

@@ -8,6 +8,7 @@
 
 #include "dtv_service.h"
 #include "frame/process.h"
+#include "operator_server.h"
 #include "player.h"
 
 namespace {
@@ -174,6 +175,12 @@ int serve(const Options& options) {
     if (started < 0) {
         std::fprintf(stderr, "dtvserviced: cannot take browsers (%d); the log says why\n", started);
         return 1;
+    }
+    const dtvservice::OperatorServer operators(
+        control::defaultSocketPath(), loop,
+        [&service](const std::string& request) { return service.operate(request); });
+    if (!operators.error().empty()) {
+        std::fprintf(stderr, "dtvserviced: cannot take operators: %s\n", operators.error().c_str());
     }
     std::printf("ready: playing");
     for (const std::string& input : options.inputs) {

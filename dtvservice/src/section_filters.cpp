@@ -121,6 +121,15 @@ void SectionFilters::forget(Peer peer) {
     browsers.erase(browser);
 }
 
+SectionFilters::Totals SectionFilters::totals() const {
+    Totals totals;
+    for (const auto& browser : browsers) {
+        totals.filters += browser.second.filters.size();
+        totals.dropped += browser.second.dropped;
+    }
+    return totals;
+}
+
 void SectionFilters::pmtChanged(unsigned int serviceId, si::Bytes section) {
     for (const auto& browser : browsers) {
         for (const auto& filter : browser.second.filters) {

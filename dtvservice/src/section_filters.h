@@ -48,6 +48,12 @@ public:
     /// Everything of a browser that is gone.
     void forget(Peer browser);
 
+    struct Totals {
+        std::size_t filters = 0;    ///< open, PMT requests included
+        std::uint64_t dropped = 0;  ///< sections that connected browsers did not read in time
+    };
+    Totals totals() const;
+
     void pmtChanged(unsigned int serviceId, si::Bytes section);
     void sendTo(Peer browser, const std::string& session, si::Bytes section);
 

@@ -24,8 +24,10 @@ declare -A may=(
     [$library]="$contract $idiom $records $adapter $headers"
     [si]=""
     [dtvservice/broadcast]="si"
-    [dtvservice/src]="$contract $idiom $records si dtvservice/broadcast"
+    [dtvservice/control]=""
+    [dtvservice/src]="$contract $idiom $records si dtvservice/broadcast dtvservice/control"
     [tools/tsmake]="si"
+    [tools/dtvctl]="dtvservice/control"
     [tools/dvbshell]="$headers si"
 )
 

@@ -75,6 +75,13 @@ protected:
         return all;
     }
 
+    /// What dtvctl prints for its arguments.
+    static std::string operate(const std::vector<std::string>& arguments) {
+        ChildProcess console(DTVCTL, arguments, "dtvctl");
+        console.wait();
+        return console.output();
+    }
+
     using Commands = lo::browserdvbservice::ServiceInterface;
     boost::shared_ptr<frame::Interface> reference;
     lo::browserdvbservice::ServiceInterface* service = nullptr;

@@ -166,6 +166,86 @@ TEST_F(ARawBrowser, GetsTheConfiguredSerialNumber) {
     EXPECT_TRUE(hears("onVodMaxdomeSecureSerialNumber(" + shownValue(std::string("AB-12")) + ")"));
 }
 
+TEST_F(ARawBrowser, IsToldOfALayerThatItAskedFor) {
+    const ServiceProcess process;
+    ASSERT_TRUE(sends(&Commands::cmdStartOSDDetection, 3U));
+    ASSERT_TRUE(hears("onOSDStateChanged(3, 0)"));
+    EXPECT_EQ(operate({"osd", "4", "on"}), "changed      true\n");
+    EXPECT_EQ(operate({"osd", "3", "on"}), "changed      true\n");
+    EXPECT_TRUE(hears("onOSDStateChanged(3, 1)"));
+    EXPECT_EQ(operate({"osd", "3", "on"}), "changed      false\n");
+    EXPECT_EQ(operate({"osd", "3", "off"}), "changed      true\n");
+    EXPECT_TRUE(eventually([&] { return numbersOf("onOSDStateChanged").size() == 3; }));
+    ASSERT_TRUE(sends(&Commands::cmdStopOSDDetection, 3U));
+    ASSERT_TRUE(sends(&Commands::cmdStartOSDDetection, 4U));
+    ASSERT_TRUE(hears("onOSDStateChanged(4, 1)"));
+    operate({"osd", "3", "on"});
+    operate({"osd", "4", "off"});
+    EXPECT_TRUE(hears("onOSDStateChanged(4, 0)"));
+    EXPECT_EQ(numbersOf("onOSDStateChanged").size(), 5U) << "layer 3 is no longer told";
+}
+
+TEST_F(ARawBrowser, MeetsTheCaModuleThatTheOperatorInserts) {
+    const ServiceProcess process;
+    ASSERT_TRUE(sends(&Commands::cmdCaDrmRequestConnect, 77ULL));
+    EXPECT_TRUE(hears("onCaDrmConnected(77, 65535, 1)")) << "there is none";
+    const auto message = [this](unsigned long long session) {
+        return sends(&Commands::cmdSendDrmMessage, session, static_cast<unsigned short>(0x4AD4),
+                     static_cast<unsigned short>(0), std::string("application/x"), std::string("hello"));
+    };
+    ASSERT_TRUE(message(78));
+    EXPECT_TRUE(hears("onDrmResultReply(78, 5, 0:, 65535)")) << "unknown DRM system";
+    operate({"ca", "insert", "2"});
+    EXPECT_TRUE(hears("onCaDrmSystemStatusChanged(2, 1)"));
+    ASSERT_TRUE(sends(&Commands::cmdCaDrmRequestConnect, 79ULL));
+    EXPECT_TRUE(hears("onCaDrmConnected(79, 2, 0)"));
+    ASSERT_TRUE(message(79));
+    EXPECT_TRUE(eventually([this] { return operate({"status"}).find("\"hello\"") != std::string::npos; }));
+    EXPECT_EQ(operate({"ca", "reply", "79", "0", "fine"}), "");
+    EXPECT_TRUE(hears("onDrmResultReply(79, 0, " + shownValue(std::string("fine")) + ", 2)"));
+    EXPECT_EQ(operate({"ca", "reply", "79", "0"}), "dtvctl: no message of session 79 waits for an answer\n");
+    ASSERT_TRUE(sends(&Commands::cmdCaDrmRequestDisconnect, static_cast<unsigned short>(2)));
+    EXPECT_TRUE(hears("onCaDrmDisonnected(2, 0)"));
+    operate({"ca", "remove", "2"});
+    EXPECT_TRUE(hears("onCaDrmSystemStatusChanged(2, 0)"));
+    ASSERT_TRUE(sends(&Commands::cmdCaDrmRequestDisconnect, static_cast<unsigned short>(2)));
+    EXPECT_TRUE(hears("onCaDrmDisonnected(2, 1)"));
+}
+
+TEST_F(ARawBrowser, IsToldOfTheEngineAndTheTerminals) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kFirst));
+    EXPECT_EQ(operate({"engine", "4"}), "");
+    EXPECT_TRUE(hears("onHbbtvEngineStatusChanged(4)"));
+    EXPECT_EQ(operate({"stop-terminals"}), "");
+    EXPECT_TRUE(hears("onAllTerminalStoped()"));
+}
+
+TEST_F(ARawBrowser, FollowsTheOperatorToAnotherService) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kFirst));
+    EXPECT_EQ(operate({"tune", "1:1025:28107"}), "");
+    EXPECT_TRUE(hears("onServiceChanged(" + shownValue(std::string("service_started")) + ", " +
+                      shownValue(std::string("1:1025:28107")) + ")"));
+    EXPECT_EQ(operate({"tune", "1:1025:1"}), "dtvctl: no service 1:1025:1 in the channel list\n");
+}
+
+TEST_F(ARawBrowser, IsSeenByTheOperator) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kFirst));
+    EXPECT_TRUE(eventually([this] {
+        return operate({"channels"}) ==
+               "* 1:1025:28106          input 1  pmt    hbbtv     Velmora One HD\n"
+               "  1:1025:28107          input 1  pmt    hbbtv     Velmora Zwei F\u00f6hn\n"
+               "  1:1025:28108          input 1  pmt    no-hbbtv  Velmora \u03a4\u03c1\u03af\u03b1\n"
+               "  1:1025:28120          input 1  pmt    no-hbbtv  Velmora Radio\n";
+    })) << operate({"channels"});
+    EXPECT_THAT(operate({"status"}), testing::HasSubstr("browsers     [1]\n"));
+    EXPECT_THAT(operate({"status"}), testing::HasSubstr("presented    1:1025:28106\n"));
+    EXPECT_THAT(operate({"--json", "statistics"}), testing::HasSubstr(R"("continuityErrors":0,"crcErrors":0)"));
+    EXPECT_THAT(operate({"--json", "channels"}), testing::HasSubstr("\"name\":\"Velmora Zwei F\u00f6hn\",\"onid\":1"));
+}
+
 TEST_F(ARawBrowser, HasItsReportsNoted) {
     const ServiceProcess process;
     ASSERT_TRUE(sends(&Commands::cmdHandleHbbtvStatus, 1));

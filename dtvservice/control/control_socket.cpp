@@ -1,0 +1,167 @@
+// Unix-domain stream sockets.
+#include "control_socket.h"
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+namespace control {
+
+namespace {
+
+/// False for a path that is too long for a socket.
+bool makeAddress(const std::string& path, sockaddr_un& address, std::string& error) {
+    address = {};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path) {
+        error = path + ": too long for a socket";
+        return false;
+    }
+    std::memcpy(address.sun_path, path.c_str(), path.size());
+    return true;
+}
+
+const sockaddr* asGeneric(const sockaddr_un& address) {
+    return reinterpret_cast<const sockaddr*>(&address);
+}
+
+int makeSocket() {
+    return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+}
+
+}  // namespace
+
+std::string defaultSocketPath() {
+    constexpr const char* kName = "/dtvctl.sock";
+    if (const char* const directory = std::getenv("DTV_RUN_DIR"); directory != nullptr && directory[0] == '/') {
+        return std::string(directory) + kName;
+    }
+    if (const char* const runtime = std::getenv("XDG_RUNTIME_DIR"); runtime != nullptr && runtime[0] == '/') {
+        return std::string(runtime) + "/dtv" + kName;
+    }
+    return "/tmp/dtv-" + std::to_string(getuid()) + kName;
+}
+
+Connection::Connection(Connection&& other) noexcept
+    : descriptor(std::exchange(other.descriptor, -1)), received(std::move(other.received)) {}
+
+Connection& Connection::operator=(Connection&& other) noexcept {
+    std::swap(descriptor, other.descriptor);
+    std::swap(received, other.received);
+    return *this;
+}
+
+Connection::~Connection() {
+    if (descriptor >= 0) {
+        close(descriptor);
+    }
+}
+
+Connection Connection::connectTo(const std::string& path, std::string& error) {
+    sockaddr_un address{};
+    if (!makeAddress(path, address, error)) {
+        return Connection();
+    }
+    Connection connection(makeSocket());
+    if (!connection || connect(connection.fd(), asGeneric(address), sizeof address) != 0) {
+        error = path + ": " + std::strerror(errno) + "; is dtvserviced running?";
+        return Connection();
+    }
+    return connection;
+}
+
+bool Connection::sendLine(const std::string& line) {
+    const std::string bytes = line + "\n";
+    std::size_t sent = 0;
+    while (sent < bytes.size()) {
+        const ssize_t count = send(descriptor, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            return false;
+        }
+        sent += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+bool Connection::fill() {
+    char bytes[4096];
+    ssize_t count = 0;
+    do {
+        count = recv(descriptor, bytes, sizeof bytes, 0);
+    } while (count < 0 && errno == EINTR);
+    if (count <= 0) {
+        return false;
+    }
+    received.append(bytes, static_cast<std::size_t>(count));
+    return true;
+}
+
+std::optional<std::string> Connection::takeLine() {
+    const std::size_t end = received.find('\n');
+    if (end == std::string::npos) {
+        return std::nullopt;
+    }
+    std::string line = received.substr(0, end);
+    received.erase(0, end + 1);
+    return line;
+}
+
+std::optional<std::string> Connection::receiveLine() {
+    while (!isTooLong()) {
+        if (std::optional<std::string> line = takeLine()) {
+            return line;
+        }
+        if (!fill()) {
+            break;
+        }
+    }
+    return std::nullopt;
+}
+
+Listener::Listener(const std::string& newPath, std::string& error) : path(newPath) {
+    sockaddr_un address{};
+    if (!makeAddress(path, address, error)) {
+        return;
+    }
+    // Who holds the service's name holds this path too, so what stands there is a left-over.
+    unlink(path.c_str());
+    const int made = makeSocket();
+    const mode_t before = umask(0177);
+    const bool listening =
+        made >= 0 && bind(made, asGeneric(address), sizeof address) == 0 && listen(made, SOMAXCONN) == 0;
+    umask(before);
+    if (listening) {
+        descriptor = made;
+        return;
+    }
+    error = path + ": " + std::strerror(errno);
+    if (made >= 0) {
+        close(made);
+    }
+}
+
+Listener::~Listener() {
+    if (descriptor >= 0) {
+        close(descriptor);
+        unlink(path.c_str());
+    }
+}
+
+Connection Listener::accept() const {
+    const int accepted = accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC);
+    // Whoever does not read its answers does not hold the others up for longer.
+    const timeval longest{1, 0};
+    setsockopt(accepted, SOL_SOCKET, SO_SNDTIMEO, &longest, sizeof longest);
+    return Connection(accepted);
+}
+
+}  // namespace control

@@ -1,0 +1,81 @@
+// Operators' connections.
+#include "operator_server.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <memory>
+#include <vector>
+
+namespace dtvservice {
+
+OperatorServer::OperatorServer(const std::string& path, EventLoop& newLoop, Handler newHandler)
+    : listener(path, error_), loop(newLoop), handler(std::move(newHandler)) {
+    if (listener) {
+        wakeUp = eventfd(0, EFD_CLOEXEC);
+        thread = std::thread([this] { run(); });
+    }
+}
+
+OperatorServer::~OperatorServer() {
+    if (thread.joinable()) {
+        const std::uint64_t one = 1;
+        [[maybe_unused]] const ssize_t written = write(wakeUp, &one, sizeof one);
+        thread.join();
+        close(wakeUp);
+    }
+}
+
+void OperatorServer::run() {
+    std::list<control::Connection> connections;
+    while (true) {
+        std::vector<pollfd> waits = {{wakeUp, POLLIN, 0}, {listener.fd(), POLLIN, 0}};
+        for (const control::Connection& connection : connections) {
+            waits.push_back({connection.fd(), POLLIN, 0});
+        }
+        poll(waits.data(), waits.size(), -1);
+        if (waits[0].revents != 0) {
+            return;
+        }
+        std::size_t index = 2;
+        for (auto connection = connections.begin(); connection != connections.end(); ++index) {
+            const bool stays = waits[index].revents == 0 || serve(*connection);
+            connection = stays ? std::next(connection) : connections.erase(connection);
+        }
+        if (waits[1].revents != 0) {
+            if (control::Connection connection = listener.accept()) {
+                connections.push_back(std::move(connection));
+            }
+        }
+    }
+}
+
+/// False when the connection is to be closed.
+bool OperatorServer::serve(control::Connection& connection) {
+    if (!connection.fill()) {
+        return false;
+    }
+    while (const std::optional<std::string> request = connection.takeLine()) {
+        if (!connection.sendLine(answer(*request))) {
+            return false;
+        }
+    }
+    return !connection.isTooLong();
+}
+
+/// Once the loop has ended nobody answers any more; its end comes before this object's.
+std::string OperatorServer::answer(const std::string& request) {
+    auto answered = std::make_shared<std::promise<std::string>>();
+    std::future<std::string> result = answered->get_future();
+    loop.post([this, request, answered] { answered->set_value(handler(request)); });
+    while (result.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready) {
+        pollfd end = {wakeUp, POLLIN, 0};
+        if (poll(&end, 1, 0) > 0) {
+            return R"({"ok":false,"error":"the service is ending"})";
+        }
+    }
+    return result.get();
+}
+
+}  // namespace dtvservice
