@@ -35,7 +35,8 @@ const frame::TransportInfo kNoTransport;
 
 DtvService::DtvService(EventLoop& newLoop)
     : loop(newLoop),
-      timelines([this](auto... values) { tellPts(values...); }, [this](auto... values) { tellTimeline(values...); }) {}
+      timelines([this](auto... values) { tellPts(values...); }, [this](auto... values) { tellTimeline(values...); }),
+      streamEvents([this](auto&&... values) { tellStreamEvent(values...); }) {}
 
 unsigned short DtvService::networkOf(const Channel& channel) {
     return channel.originalNetworkId.value_or(kUnknownId);
@@ -123,6 +124,7 @@ void DtvService::browserDisconnected(const frame::TransportInfo& peer) {
     loop.post([this, browser = peer.peer] {
         filters.forget(browser);
         timelines.forget(browser);
+        streamEvents.forget(browser);
         forgetOperated(browser);
         browsers.erase(browser);
     });

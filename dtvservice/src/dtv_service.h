@@ -14,14 +14,15 @@
 #include "browserdvbservice_stub.h"
 #include "event_loop.h"
 #include "presented_components.h"
-#include "refusing_handler.h"
 #include "section_filters.h"
+#include "service_log.h"
 #include "si_database.h"
+#include "stream_event_listeners.h"
 #include "timelines.h"
 
 namespace dtvservice {
 
-class DtvService : public RefusingHandler, private broadcast::SiListener {
+class DtvService : public lo::browserdvbservice::CommandHandler, private broadcast::SiListener {
 public:
     /// The loop must outlive the service.
     explicit DtvService(EventLoop& newLoop);
@@ -58,6 +59,12 @@ public:
     int cmdVodGetMaxdomeSecureSerialNumber(frame::MsgIds& ids, const frame::TransportInfo& transport,
                                            const std::string& request) override;
     int cmdDtvInfoRequest(frame::MsgIds& ids, const frame::TransportInfo& transport) override;
+    int cmdAddStreamEventListener(frame::MsgIds& ids, const frame::TransportInfo& transport, unsigned int request,
+                                  unsigned short onid, unsigned short tsid, unsigned short sid, short componentTag,
+                                  const std::string& objectPath, const std::string& eventName) override;
+    int cmdRemoveStreamEventListener(frame::MsgIds& ids, const frame::TransportInfo& transport, unsigned int request,
+                                     unsigned short onid, unsigned short tsid, unsigned short sid, short componentTag,
+                                     const std::string& objectPath, const std::string& eventName) override;
     int cmdStartOSDDetection(frame::MsgIds& ids, const frame::TransportInfo& transport, unsigned int layer) override;
     int cmdStopOSDDetection(frame::MsgIds& ids, const frame::TransportInfo& transport, unsigned int layer) override;
     int cmdSendDrmMessage(frame::MsgIds& ids, const frame::TransportInfo& transport, unsigned long long session,
@@ -118,6 +125,8 @@ private:
     void tellPts(std::uint32_t browser, std::uint64_t pts, std::uint64_t pcrBase);
     void tellTimeline(std::uint32_t browser, std::uint8_t componentTag, const broadcast::TemiTimeline& timeline,
                       std::uint64_t pts);
+    void tellStreamEvent(std::uint32_t browser, const StreamEventListeners::Target& target,
+                         const si::StreamEvent& event);
     void tellAitState(frame::MsgIds ids, const broadcast::Channel& channel);
     void tellServiceInfo(frame::MsgIds ids);
     void tellPmt(frame::MsgIds ids, const broadcast::Channel& channel, const broadcast::Section& section, bool changed);
@@ -154,6 +163,7 @@ private:
     SectionFilters filters;
     PresentedComponents shown;
     Timelines timelines;
+    StreamEventListeners streamEvents;
     std::string serialNumber;
     std::map<unsigned int, std::set<std::uint32_t>> osdDetections;  // browsers by layer
     std::set<unsigned int> osdLayers;                               // those that are shown

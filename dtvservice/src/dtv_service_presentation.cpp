@@ -101,6 +101,39 @@ int DtvService::cmdSendOpAppInstallStatus(frame::MsgIds& ids, const frame::Trans
     return 0;
 }
 
+int DtvService::cmdAddStreamEventListener(frame::MsgIds& ids, const frame::TransportInfo&, unsigned int request,
+                                          unsigned short onid, unsigned short tsid, unsigned short sid,
+                                          short componentTag, const std::string& objectPath,
+                                          const std::string& eventName) {
+    loop.post([=]() mutable {
+        const auto result = streamEvents.add(ids.peer, {onid, tsid, sid, componentTag, objectPath, eventName});
+        events->onStreamEventListenerAdded(ids, kNoTransport, request, onid, tsid, sid, componentTag, objectPath,
+                                           eventName, static_cast<std::uint32_t>(result));
+    });
+    return 0;
+}
+
+int DtvService::cmdRemoveStreamEventListener(frame::MsgIds& ids, const frame::TransportInfo&, unsigned int request,
+                                             unsigned short onid, unsigned short tsid, unsigned short sid,
+                                             short componentTag, const std::string& objectPath,
+                                             const std::string& eventName) {
+    loop.post([=]() mutable {
+        const auto result = streamEvents.remove(ids.peer, {onid, tsid, sid, componentTag, objectPath, eventName});
+        events->onStreamEventListenerRemoved(ids, kNoTransport, request, onid, tsid, sid, componentTag, objectPath,
+                                             eventName, static_cast<std::uint32_t>(result));
+    });
+    return 0;
+}
+
+void DtvService::tellStreamEvent(std::uint32_t browser, const StreamEventListeners::Target& target,
+                                 const si::StreamEvent& event) {
+    frame::MsgIds ids = only(browser);
+    const _ovxDeserVectorU8_struct data = {static_cast<std::uint32_t>(event.data.size()),
+                                           const_cast<std::uint8_t*>(event.data.data())};
+    events->onStreamEventListenerSignalled(ids, kNoTransport, target.onid, target.tsid, target.sid, target.componentTag,
+                                           target.objectPath, target.eventName, data);
+}
+
 /// Object carousels are not mounted here; whoever asks is told so.
 int DtvService::cmdMountDsmcc(frame::MsgIds& ids, const frame::TransportInfo&, unsigned int request,
                               unsigned short onid, unsigned short tsid, unsigned short sid, short componentTag) {
@@ -149,6 +182,7 @@ void DtvService::updateComponents(const broadcast::Channel& channel, Components 
     if (!pmt) {
         return;
     }
+    streamEvents.follow(current->demux, *pmt);
     std::vector<si::Component> list = componentsOf(channel);
     if (as == Components::ofAnotherService) {
         shown.begin(std::move(list));

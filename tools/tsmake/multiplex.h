@@ -23,6 +23,13 @@ struct Event {
     std::string text;
 };
 
+/// A stream event, sent again and again with its version until the next begins.
+struct StreamEvent {
+    std::uint16_t eventId = 0;
+    std::string data;
+    unsigned int second = 0;  ///< of the broadcast, in which it begins
+};
+
 /// Texts are bytes as they stand in the tables, the character table's mark in front where there is one.
 struct Service {
     std::uint16_t serviceId = 0;
@@ -36,14 +43,16 @@ struct Service {
     unsigned int aitInterval = 200;         ///< milliseconds between two repetitions
     unsigned int aitLifetime = 0;           ///< seconds until the AIT changes its version; 0: it never does
 
-    std::uint8_t timelineId = 0;  ///< of the TEMI timeline that the stream with the PCR carries
-    std::uint32_t timescale = 0;  ///< its ticks a second; 0: there is no timeline
+    std::vector<StreamEvent> streamEvents;  ///< by their beginning; on a stream of their own with component_tag 7
+    std::uint8_t timelineId = 0;            ///< of the TEMI timeline that the stream with the PCR carries
+    std::uint32_t timescale = 0;            ///< its ticks a second; 0: there is no timeline
 
     // PIDs, given by the multiplex in order.
     std::uint16_t pmtPid = 0;
     std::uint16_t videoPid = 0;
     std::uint16_t audioPid = 0;
     std::uint16_t aitPid = 0;
+    std::uint16_t streamEventPid = 0;
 
     /// The timeline's value in the packet with that PCR (27 MHz). It began with the broadcast.
     std::uint64_t mediaTimestampAt(std::uint64_t pcr) const { return pcr * timescale / 27000000; }

@@ -89,6 +89,7 @@ Multiplex sampleMultiplex() {
         service.videoPid = pid + 1;
         service.audioPid = pid + 2;
         service.aitPid = pid + 5;
+        service.streamEventPid = pid + 6;
         pid = static_cast<std::uint16_t>(pid + kPidsPerService);
     }
     return multiplex;

@@ -158,6 +158,9 @@ public:
             if (!service.applications.empty()) {
                 addAit(service);
             }
+            if (!service.streamEvents.empty()) {
+                addStreamEvents(service);
+            }
         }
         sources.push_back({0x0014, kTicks, 0, nullptr, [this](std::uint64_t ticks) {
                                return sectionUnit(tdtSection(multiplex, static_cast<std::time_t>(ticks / kTicks)));
@@ -196,6 +199,20 @@ private:
                                    return sectionUnit(aitSection(service, number, static_cast<unsigned int>(changes)));
                                }});
         }
+    }
+
+    /// The latest event that has begun; nothing but stuffing before the first.
+    void addStreamEvents(const Service& service) {
+        constexpr std::uint64_t kInterval = 100 * kMillisecond;
+        sources.push_back({service.streamEventPid, kInterval, sources.size() * kMillisecond, nullptr,
+                           [&service](std::uint64_t ticks) {
+                               std::size_t begun = 0;
+                               while (begun < service.streamEvents.size() &&
+                                      service.streamEvents[begun].second * kTicks <= ticks) {
+                                   ++begun;
+                               }
+                               return sectionUnit(begun == 0 ? Section() : streamEventSection(service, begun - 1));
+                           }});
     }
 
     void addStreams(const Service& service) {

@@ -71,6 +71,7 @@ Section pmtSection(const Service& service) {
     constexpr unsigned int kH264 = 0x1B;
     constexpr unsigned int kMpegAudio = 0x03;
     constexpr unsigned int kPrivateSections = 0x05;
+    constexpr unsigned int kStreamDescriptors = 0x0C;
     constexpr std::uint8_t kLanguage = 0x0A;
     constexpr std::uint8_t kApplicationSignalling = 0x6F;
     SectionWriter writer(0x02, service.serviceId, 0);
@@ -84,6 +85,10 @@ Section pmtSection(const Service& service) {
     if (!service.applications.empty()) {
         writeStream(writer, kPrivateSections, service.aitPid, 5);
         writer.openDescriptor(kApplicationSignalling).u16(0x8000U | kHbbTv).u8(0xE0).close().close();
+    }
+    if (!service.streamEvents.empty()) {
+        writeStream(writer, kStreamDescriptors, service.streamEventPid, 7);
+        writer.close();
     }
     return writer.finish();
 }
@@ -141,6 +146,17 @@ Section aitSection(const Service& service, unsigned int number, unsigned int cha
         writeApplication(writer, application);
     }
     writer.close();
+    return writer.finish();
+}
+
+Section streamEventSection(const Service& service, std::size_t number) {
+    constexpr std::uint8_t kTableId = 0x3D;
+    constexpr std::uint8_t kStreamEvent = 0x1A;
+    constexpr std::uint16_t kLowBits = 0x3FFF;  // those above say that it is to be done now
+    constexpr unsigned int kVersions = 32;
+    const StreamEvent& event = service.streamEvents[number];
+    SectionWriter writer(kTableId, event.eventId & kLowBits, static_cast<std::uint8_t>(number % kVersions));
+    writer.openDescriptor(kStreamEvent).u16(event.eventId).u32(0xFFFFFFFE).u32(0).text(event.data).close();
     return writer.finish();
 }
 

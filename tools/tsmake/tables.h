@@ -16,6 +16,8 @@ Section eitSection(const Multiplex& multiplex, const Service& service, bool foll
 /// A section of the AIT after so many changes of its version, which begins with 1. An AIT that changes says in its
 /// paths how often it has.
 Section aitSection(const Service& service, unsigned int number = 0, unsigned int changes = 0);
+/// The stream descriptor section of the service's event of that number.
+Section streamEventSection(const Service& service, std::size_t number);
 /// The time `secondsIn` after the start.
 Section tdtSection(const Multiplex& multiplex, std::time_t secondsIn);
 

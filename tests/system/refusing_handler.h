@@ -18,7 +18,7 @@ public:
 
 private:
     static int refuse(const char* operation) {
-        BLOG_TAGGED_AS(blog::kUnsupported, operation, "refused: this service does not handle %s yet\n", operation);
+        BLOG_TAGGED_AS(blog::kUnsupported, operation, "refused: this service does not handle %s\n", operation);
         return -1;
     }
 };
