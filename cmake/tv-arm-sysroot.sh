@@ -8,6 +8,7 @@ folder=$1
 
 packages=(
     libuuid1 uuid-dev                      # session names
+    zlib1g zlib1g-dev                      # compressed transport streams
     libedit2 libedit-dev libbsd0 libmd0 libtinfo6 # dvbshell's prompt, and what libedit needs
 )
 # The C library is the cross compiler's, which comes without the character tables of broadcast texts.
@@ -16,7 +17,7 @@ tables=./usr/lib/arm-linux-gnueabihf/gconv
 # Headers without machine code, from the packages that the host build needs anyway.
 headers=(boost bitstream nlohmann)
 
-stamp=$folder/complete
+stamp=$folder/complete-2 # with another number where the list above changes
 [ ! -e "$stamp" ] || exit 0
 rm -rf "$folder"
 mkdir -p "$folder/apt/lists/partial" "$folder/apt/cache/archives/partial" "$folder/packages" "$folder/usr/include"

@@ -1,7 +1,10 @@
-// Reading packets and finding their beginning.
+// Opening and reading files.
 #include "packet_file.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
+#include <zlib.h>
 
 #include <cerrno>
 #include <cstring>
@@ -10,98 +13,69 @@ namespace broadcast {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 1024 * kPacketSize;
-/// Sync bytes in step that make a beginning; fewer only where the file ends.
-constexpr std::size_t kStepsToBelieve = 4;
+/// zlib reads files that are not compressed as they are.
+class FileSource final : public ByteSource {
+public:
+    FileSource(std::string newPath, gzFile newFile) : path(std::move(newPath)), file(newFile) {}
+    ~FileSource() override { gzclose(file); }
+
+    std::size_t read(std::uint8_t* bytes, std::size_t capacity) override {
+        const int count = gzread(file, bytes, static_cast<unsigned int>(capacity));
+        if (count > 0) {
+            return static_cast<std::size_t>(count);
+        }
+        // A compressed file that is cut ends without a negative count.
+        int code = Z_OK;
+        const char* const text = gzerror(file, &code);
+        if (code == Z_ERRNO) {
+            problem = "cannot read " + path + ": " + std::strerror(errno);
+        } else if (code != Z_OK && code != Z_STREAM_END) {
+            // zlib puts a name of its own in front.
+            const char* const reason = std::strstr(text, ": ");
+            problem = "cannot read " + path + ": " + (reason == nullptr ? text : reason + 2);
+        }
+        return 0;
+    }
+    bool rewind() override {
+        problem.clear();
+        return gzrewind(file) == 0;
+    }
+
+private:
+    std::string path;
+    gzFile file;
+};
 
 }  // namespace
 
-PacketFile::PacketFile(std::string newPath, std::FILE* newFile)
-    : path(std::move(newPath)), file(newFile), buffer(kBufferSize) {}
-
 std::unique_ptr<PacketFile> PacketFile::open(const std::string& path, std::string& error) {
-    std::FILE* const opened = std::fopen(path.c_str(), "rbe");
-    if (opened == nullptr) {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
         error = "cannot open " + path + ": " + std::strerror(errno);
         return nullptr;
     }
-    std::unique_ptr<PacketFile> result(new PacketFile(path, opened));
     struct stat found {};
-    if (fstat(fileno(opened), &found) == 0 && S_ISDIR(found.st_mode)) {
+    if (fstat(descriptor, &found) == 0 && S_ISDIR(found.st_mode)) {
         error = path + " is a directory";
+        close(descriptor);
         return nullptr;
     }
+    gzFile const file = gzdopen(descriptor, "rb");
+    if (file == nullptr) {
+        error = "cannot open " + path + ": no memory";
+        close(descriptor);
+        return nullptr;
+    }
+    std::unique_ptr<PacketFile> result(new PacketFile(std::make_unique<FileSource>(path, file)));
     if (result->next() == nullptr) {
-        error = !result->problem.empty() ? result->problem
-                : result->skipped == 0
-                    ? path + " is empty"
-                    : path + ": no transport stream packets found in " + std::to_string(result->skipped) + " bytes";
+        const std::uint64_t skipped = result->skippedBytes();
+        error = !result->error().empty() ? result->error()
+                : skipped == 0           ? path + " is empty"
+                               : path + ": no transport stream packets found in " + std::to_string(skipped) + " bytes";
         return nullptr;
     }
     result->rewind();
     return result;
-}
-
-void PacketFile::rewind() {
-    std::rewind(file.get());
-    at = 0;
-    end = 0;
-    exhausted = false;
-    synchronised = false;
-    skipped = 0;
-}
-
-/// Moves what is left to the front and reads behind it; false when nothing came.
-bool PacketFile::fill() {
-    if (exhausted) {
-        return false;
-    }
-    std::memmove(buffer.data(), buffer.data() + at, end - at);
-    end -= at;
-    at = 0;
-    const std::size_t count = std::fread(buffer.data() + end, 1, buffer.size() - end, file.get());
-    if (count == 0) {
-        exhausted = true;
-        if (std::ferror(file.get()) != 0) {
-            problem = "cannot read " + path + ": " + std::strerror(errno);
-        }
-    }
-    end += count;
-    return count != 0;
-}
-
-bool PacketFile::inStep(std::size_t position) const {
-    for (std::size_t step = 0; step < kStepsToBelieve; ++step) {
-        const std::size_t where = position + step * kPacketSize;
-        if (where >= end) {
-            return step != 0 && position + kPacketSize <= end;
-        }
-        if (buffer[where] != kSyncByte) {
-            return false;
-        }
-    }
-    return true;
-}
-
-const std::uint8_t* PacketFile::next() {
-    while (true) {
-        const std::size_t needed = synchronised ? kPacketSize : kStepsToBelieve * kPacketSize;
-        while (end - at < needed && fill()) {
-        }
-        if (end - at < kPacketSize) {
-            skipped += end - at;
-            at = end;
-            return nullptr;
-        }
-        if (synchronised ? buffer[at] == kSyncByte : inStep(at)) {
-            synchronised = true;
-            at += kPacketSize;
-            return buffer.data() + at - kPacketSize;
-        }
-        synchronised = false;
-        ++at;
-        ++skipped;
-    }
 }
 
 }  // namespace broadcast

@@ -4,10 +4,12 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <list>
 #include <thread>
 
 #include "dtv_service.h"
 #include "frame/process.h"
+#include "live_input.h"
 #include "operator_server.h"
 #include "player.h"
 
@@ -16,19 +18,24 @@ namespace {
 constexpr int kUsageError = 2;
 
 constexpr const char* kUsage =
-    "usage: dtvserviced --input FILE... [OPTION]...   play files and answer browsers, again and again\n"
+    "usage: dtvserviced --input INPUT... [OPTION]...  play and answer browsers\n"
     "       dtvserviced --list FILE                   print the services of FILE and end\n"
     "\n"
-    "  --input FILE   a transport stream of 188-byte packets; given several times, each is a multiplex of its own, "
-    "and\n"
-    "                 tuning switches between them\n"
+    "  --input INPUT  a transport stream; given several times, each is a multiplex of its own, and tuning switches\n"
+    "                 between them:\n"
+    "                   FILE or file:FILE   played at the pace of its PCR, again and again; compressed by gzip or not\n"
+    "                   -                   standard input, at the pace of its PCR\n"
+    "                   udp://[@]HOST:PORT  datagrams, unicast or multicast; HOST a numeric address or nothing;\n"
+    "                   rtp://[@]HOST:PORT  the same with RTP; ?interface=ADDRESS chooses a multicast group's "
+    "interface\n"
+    "                 packets of 188 bytes, or of 192 or 204\n"
     "  --once         end with the files\n"
     "  --serial-number TEXT   what browsers get that ask for the serial number of video on demand; empty unless given\n"
     "  --list FILE    one line a service: onid:tsid:sid, pmt or nopmt, hbbtv or no-hbbtv, name; tabs between them\n"
     "                 (onid 0 where the file does not tell it)\n";
 
 struct Options {
-    std::vector<std::string> inputs;
+    std::vector<dtvservice::InputSpec> inputs;
     std::string list;
     std::string serialNumber;
     dtvservice::Repeat repeat = dtvservice::Repeat::forever;
@@ -37,6 +44,15 @@ struct Options {
 [[noreturn]] void endWithUsage(const std::string& error) {
     std::fprintf(stderr, "dtvserviced: %s\n%s", error.c_str(), kUsage);
     std::exit(kUsageError);
+}
+
+dtvservice::InputSpec inputOrEnd(const char* text) {
+    std::string error;
+    std::optional<dtvservice::InputSpec> spec = dtvservice::parseInput(text, error);
+    if (!spec) {
+        endWithUsage(error);
+    }
+    return *spec;
 }
 
 Options parseOptions(int argc, char** argv) {
@@ -54,7 +70,7 @@ Options parseOptions(int argc, char** argv) {
         }
         switch (found) {
             case kInput:
-                options.inputs.emplace_back(optarg);
+                options.inputs.push_back(inputOrEnd(optarg));
                 break;
             case kList:
                 options.list = optarg;
@@ -158,16 +174,22 @@ private:
 
 int serve(const Options& options) {
     std::vector<std::unique_ptr<broadcast::PacketFile>> files;
-    for (const std::string& input : options.inputs) {
-        files.push_back(openOrEnd(input));
+    for (const dtvservice::InputSpec& input : options.inputs) {
+        files.push_back(input.isFile() ? openOrEnd(input.path) : nullptr);
     }
     dtvservice::EventLoop loop;
     const SignalWaiter signals(loop);
     dtvservice::DtvService service(loop);
     service.setSerialNumber(options.serialNumber);
     std::vector<dtvservice::Playback> playbacks;
-    for (std::unique_ptr<broadcast::PacketFile>& file : files) {
-        playbacks.emplace_back(std::move(file), service.addMultiplex(), options.repeat);
+    std::vector<std::pair<dtvservice::InputSpec, broadcast::Demux*>> live;
+    for (std::size_t index = 0; index < files.size(); ++index) {
+        broadcast::Demux& demux = service.addMultiplex();
+        if (files[index] != nullptr) {
+            playbacks.emplace_back(std::move(files[index]), demux, options.repeat);
+        } else {
+            live.emplace_back(options.inputs[index], &demux);
+        }
     }
     theService = &service;
     frame::Process process = frame::Process::getInstance();
@@ -183,12 +205,16 @@ int serve(const Options& options) {
         std::fprintf(stderr, "dtvserviced: cannot take operators: %s\n", operators.error().c_str());
     }
     std::printf("ready: playing");
-    for (const std::string& input : options.inputs) {
-        std::printf(" %s", input.c_str());
+    for (const dtvservice::InputSpec& input : options.inputs) {
+        std::printf(" %s", input.text.c_str());
     }
     std::printf("\n");
     std::fflush(stdout);
-    dtvservice::play(playbacks, loop);
+    std::list<dtvservice::LiveInput> inputs;
+    for (const auto& [spec, demux] : live) {
+        inputs.emplace_back(spec, loop, *demux);
+    }
+    dtvservice::play(playbacks, loop, live.empty() ? dtvservice::Others::none : dtvservice::Others::live);
     process.stopAppMembers();
     return 0;
 }

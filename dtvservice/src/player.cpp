@@ -44,7 +44,7 @@ void Playback::feed() {
     state = State::reading;
 }
 
-void play(std::vector<Playback>& playbacks, EventLoop& loop) {
+void play(std::vector<Playback>& playbacks, EventLoop& loop, Others others) {
     while (true) {
         Playback* next = nullptr;
         EventLoop::Clock::time_point dueAt;
@@ -55,7 +55,13 @@ void play(std::vector<Playback>& playbacks, EventLoop& loop) {
                 dueAt = *due;
             }
         }
-        if (next == nullptr || !loop.runUntil(dueAt)) {
+        if (next == nullptr) {
+            if (others == Others::none || !loop.runUntil(EventLoop::Clock::now() + std::chrono::hours(1))) {
+                return;
+            }
+            continue;
+        }
+        if (!loop.runUntil(dueAt)) {
             return;
         }
         next->feed();

@@ -37,8 +37,10 @@ private:
     enum class State { reading, packetDue, roundDue, ended } state = State::reading;
 };
 
-/// Plays until all have ended or until the loop is stopped. Commands are handled between packets.
-void play(std::vector<Playback>& playbacks, EventLoop& loop);
+/// Plays until all have ended, where nothing else keeps the loop busy, or until the loop is stopped. Commands are
+/// handled between packets.
+enum class Others { none, live };
+void play(std::vector<Playback>& playbacks, EventLoop& loop, Others others);
 
 /// Reads the whole file as fast as it goes, without handling commands.
 void scan(broadcast::PacketFile& file, broadcast::Demux& demux);

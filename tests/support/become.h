@@ -15,14 +15,14 @@ enum class Runner { emulator, machine };
 [[noreturn]] inline void become(const std::string& program, std::vector<std::string> arguments,
                                 Runner runner = Runner::emulator) {
     std::vector<std::string> emulator = EMULATOR;
-    if (runner == Runner::machine) {
-        emulator.clear();
-    }
     std::string emulatorWords;
     for (const std::string& word : emulator) {
         emulatorWords += word + " ";
     }
     setenv("DTV_EMULATOR", emulatorWords.c_str(), 1);
+    if (runner == Runner::machine) {
+        emulator.clear();
+    }
     arguments.insert(arguments.begin(), program);
     const bool isScript = program.size() > 3 && program.compare(program.size() - 3, 3, ".sh") == 0;
     if (!isScript) {

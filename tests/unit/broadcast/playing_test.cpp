@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
+#include <zlib.h>
 
 #include <cstdio>
 
@@ -31,6 +32,19 @@ protected:
     std::unique_ptr<broadcast::PacketFile> open() {
         std::fclose(file);
         return broadcast::PacketFile::open(path, error);
+    }
+    /// So many packets of PID 100 in their order, and nothing between them.
+    void expectPackets(int expected) {
+        const auto packets = open();
+        ASSERT_TRUE(packets) << error;
+        int number = 0;
+        while (const std::uint8_t* const packet = packets->next()) {
+            EXPECT_EQ((broadcast::TsPacket{packet}.pid()), 100) << number;
+            EXPECT_EQ((broadcast::TsPacket{packet}.continuityCounter()), number % 16) << number;
+            ++number;
+        }
+        EXPECT_EQ(number, expected);
+        EXPECT_EQ(packets->skippedBytes(), 0U);
     }
     static int count(broadcast::PacketFile& packets) {
         int number = 0;
@@ -104,6 +118,48 @@ TEST_F(AFile, WithOnePacketIsARowOfOne) {
     const auto packets = open();
     ASSERT_TRUE(packets) << error;
     EXPECT_EQ(count(*packets), 1);
+}
+
+TEST_F(AFile, MayHaveATimeStampInFrontOfEachPacket) {
+    PacketMaker maker(100);
+    for (int index = 0; index < 20; ++index) {
+        write({static_cast<std::uint8_t>(0x47 + index), 0x00, 0x33, 0x00});  // the first looks like a sync byte
+        const Packet packet = maker.packet({0x47, 0x47}, false);
+        write({packet.begin(), packet.end()});
+    }
+    expectPackets(20);
+}
+
+TEST_F(AFile, MayHaveCheckBytesBehindEachPacket) {
+    PacketMaker maker(100);
+    for (int index = 0; index < 20; ++index) {
+        const Packet packet = maker.packet({}, false);
+        write({packet.begin(), packet.end()});
+        write(Bytes(16, 0x47));
+    }
+    expectPackets(20);
+}
+
+TEST_F(AFile, MayBeCompressed) {
+    gzFile const compressed = gzdopen(dup(fileno(file)), "wb");
+    PacketMaker maker(100);
+    for (int index = 0; index < 500; ++index) {
+        const Packet packet =
+            maker.packet({static_cast<std::uint8_t>(index), static_cast<std::uint8_t>(index / 7)}, false);
+        gzwrite(compressed, packet.data(), static_cast<unsigned int>(packet.size()));
+    }
+    gzclose(compressed);
+    const auto packets = open();
+    ASSERT_TRUE(packets) << error;
+    EXPECT_EQ(count(*packets), 500);
+    packets->rewind();
+    EXPECT_EQ(count(*packets), 500);
+    EXPECT_EQ(packets->error(), "");
+    ASSERT_EQ(truncate(path, 300), 0);
+    const auto cut = broadcast::PacketFile::open(path, error);
+    ASSERT_TRUE(cut) << error;
+    EXPECT_LT(count(*cut), 500);
+    EXPECT_EQ(cut->error(), "cannot read " + std::string(path) + ": unexpected end of file");
 }
 
 TEST_F(AFile, ThatIsEmptyIsSaidToBe) {

@@ -1,0 +1,26 @@
+// InputSpec: one --input of the command line: file:PATH or PATH, - for standard input, udp://[@]HOST:PORT or
+// rtp://[@]HOST:PORT, with ?interface=ADDRESS for the network interface of a multicast group.
+// Threads: any.   Blocks: never.   Fails: no value, and a text that says what is wrong.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace dtvservice {
+
+struct InputSpec {
+    enum class Kind { file, standardInput, udp, rtp };
+    Kind kind = Kind::file;
+    std::string text;  ///< as it was given
+    std::string path;  ///< of a file
+    std::string host;  ///< numeric address to listen at, a multicast group, or empty for every address of the machine
+    std::uint16_t port = 0;
+    std::string interface;  ///< numeric address of an interface, or empty for the system's choice
+
+    bool isFile() const { return kind == Kind::file; }
+};
+
+std::optional<InputSpec> parseInput(const std::string& text, std::string& error);
+
+}  // namespace dtvservice

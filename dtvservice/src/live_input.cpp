@@ -1,0 +1,114 @@
+// Carrying packets from a source to the loop.
+#include "live_input.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include "live_source.h"
+#include "pacer.h"
+#include "service_log.h"
+
+namespace dtvservice {
+
+namespace {
+
+constexpr std::size_t kBatch = 64 * broadcast::kPacketSize;
+/// What may wait for the loop: about a second of a full satellite transponder.
+constexpr int kMostUnderWay = 512;
+constexpr std::chrono::seconds kPause{1};
+
+}  // namespace
+
+LiveInput::LiveInput(InputSpec newSpec, EventLoop& newLoop, broadcast::Demux& newDemux)
+    : spec(std::move(newSpec)), loop(newLoop), demux(newDemux), wakeUp(eventfd(0, EFD_CLOEXEC)), thread([this] {
+          run();
+      }) {}
+
+LiveInput::~LiveInput() {
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = write(wakeUp, &one, sizeof one);
+    thread.join();
+    close(wakeUp);
+}
+
+/// False when the input is to end.
+bool LiveInput::waitUntil(EventLoop::Clock::time_point time) const {
+    pollfd end = {wakeUp, POLLIN, 0};
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(time - EventLoop::Clock::now());
+    return poll(&end, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0))) <= 0;
+}
+
+void LiveInput::run() {
+    std::string lastProblem;
+    do {
+        std::string problem;
+        std::unique_ptr<broadcast::ByteSource> source = openLive(spec, wakeUp, problem);
+        if (source) {
+            broadcast::PacketReader reader(std::move(source));
+            playFrom(reader);
+            problem = reader.error();
+            loop.post([&demux = demux] { demux.discontinuity(); });
+            if (problem.empty() && spec.kind == InputSpec::Kind::standardInput && waitUntil(EventLoop::Clock::now())) {
+                BLOG_TAGGED(blog::kOrdinary, "standard input has ended\n");
+                return;
+            }
+        }
+        if (!problem.empty() && problem != lastProblem) {
+            BLOG_TAGGED(blog::kFailure, "%s; trying again every second\n", problem.c_str());
+        }
+        lastProblem = problem;
+    } while (waitUntil(EventLoop::Clock::now() + kPause));
+}
+
+void LiveInput::playFrom(broadcast::PacketReader& reader) {
+    const bool paced = spec.kind == InputSpec::Kind::standardInput;
+    broadcast::Pacer pacer;
+    std::vector<std::uint8_t> batch;
+    while (const std::uint8_t* const packet = reader.next()) {
+        const auto now = EventLoop::Clock::now();
+        if (paced) {
+            const auto due = pacer.due(broadcast::TsPacket{packet}, now);
+            // Waits are counted in whole milliseconds; what is due within one goes together.
+            if (due - now >= std::chrono::milliseconds(1)) {
+                handOver(batch);
+                if (!waitUntil(due)) {
+                    return;
+                }
+            }
+        }
+        batch.insert(batch.end(), packet, packet + broadcast::kPacketSize);
+        if (batch.size() >= kBatch || !reader.hasBuffered()) {
+            handOver(batch);
+        }
+    }
+    handOver(batch);
+}
+
+/// A loop that does not keep up costs packets, which are counted and told once a second at most.
+void LiveInput::handOver(std::vector<std::uint8_t>& batch) {
+    if (batch.empty()) {
+        return;
+    }
+    if (underWay->load() >= kMostUnderWay) {
+        dropped += batch.size() / broadcast::kPacketSize;
+        const auto now = EventLoop::Clock::now();
+        if (now - lastLine >= kPause) {
+            lastLine = now;
+            BLOG_TAGGED(blog::kUnsupported, "%s: %llu packets came faster than they were taken, so far\n",
+                        spec.text.c_str(), static_cast<unsigned long long>(dropped));
+        }
+        batch.clear();
+        return;
+    }
+    ++*underWay;
+    loop.post([&demux = demux, underWay = underWay, packets = std::move(batch)] {
+        for (std::size_t at = 0; at < packets.size(); at += broadcast::kPacketSize) {
+            demux.feed(broadcast::TsPacket{packets.data() + at});
+        }
+        --*underWay;
+    });
+    batch = {};
+}
+
+}  // namespace dtvservice

@@ -1,0 +1,212 @@
+// Reading descriptors.
+#include "live_source.h"
+
+#include <arpa/inet.h>
+#include <net/if.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <vector>
+
+#include "rtp.h"
+#include "service_log.h"
+
+namespace dtvservice {
+
+namespace {
+
+/// False when the wake-up came.
+bool waitFor(int descriptor, int wakeUp) {
+    pollfd waits[] = {{wakeUp, POLLIN, 0}, {descriptor, POLLIN, 0}};
+    while (poll(waits, std::size(waits), -1) < 0 && errno == EINTR) {
+    }
+    return waits[0].revents == 0;
+}
+
+class StandardInput final : public broadcast::ByteSource {
+public:
+    explicit StandardInput(int newWakeUp) : wakeUp(newWakeUp) {}
+
+    std::size_t read(std::uint8_t* bytes, std::size_t capacity) override {
+        while (waitFor(STDIN_FILENO, wakeUp)) {
+            const ssize_t count = ::read(STDIN_FILENO, bytes, capacity);
+            if (count >= 0) {
+                return static_cast<std::size_t>(count);
+            }
+            if (errno != EINTR && errno != EAGAIN) {
+                problem = std::string("cannot read standard input: ") + std::strerror(errno);
+                return 0;
+            }
+        }
+        return 0;
+    }
+
+private:
+    int wakeUp;
+};
+
+class Datagrams final : public broadcast::ByteSource {
+public:
+    Datagrams(const InputSpec& newSpec, int newDescriptor, int newWakeUp)
+        : spec(newSpec), descriptor(newDescriptor), wakeUp(newWakeUp) {}
+    ~Datagrams() override { close(descriptor); }
+
+    std::size_t read(std::uint8_t* bytes, std::size_t capacity) override {
+        while (at == pending.size()) {
+            if (!receive()) {
+                return 0;
+            }
+        }
+        const std::size_t count = std::min(capacity, pending.size() - at);
+        std::copy_n(pending.begin() + static_cast<std::ptrdiff_t>(at), count, bytes);
+        at += count;
+        return count;
+    }
+
+private:
+    bool receive() {
+        constexpr std::size_t kLongestDatagram = 65536;
+        at = 0;
+        pending.resize(kLongestDatagram);
+        ssize_t count = 0;
+        do {
+            if (!waitFor(descriptor, wakeUp)) {
+                pending.clear();
+                return false;
+            }
+            count = recv(descriptor, pending.data(), pending.size(), MSG_DONTWAIT);
+        } while (count < 0 && (errno == EINTR || errno == EAGAIN));
+        if (count < 0) {
+            problem = spec.text + ": " + std::strerror(errno);
+            pending.clear();
+            return false;
+        }
+        pending.resize(static_cast<std::size_t>(count));
+        if (spec.kind == InputSpec::Kind::rtp) {
+            pending = reorderer.take(pending.data(), pending.size());
+            noteLoss();
+        }
+        return true;
+    }
+
+    /// Once a second at most.
+    void noteLoss() {
+        const auto now = std::chrono::steady_clock::now();
+        const std::uint64_t bad = reorderer.lost() + reorderer.unreadable();
+        if (bad != told && now - lastLine >= std::chrono::seconds(1)) {
+            told = bad;
+            lastLine = now;
+            BLOG_TAGGED(blog::kUnsupported, "%s: %llu RTP packets lost, %llu datagrams that are none, so far\n",
+                        spec.text.c_str(), static_cast<unsigned long long>(reorderer.lost()),
+                        static_cast<unsigned long long>(reorderer.unreadable()));
+        }
+    }
+
+    InputSpec spec;
+    int descriptor;
+    int wakeUp;
+    std::vector<std::uint8_t> pending;
+    std::size_t at = 0;
+    broadcast::RtpReorderer reorderer;
+    std::uint64_t told = 0;
+    std::chrono::steady_clock::time_point lastLine;
+};
+
+bool joinIpv4(int descriptor, const sockaddr_in& group, const InputSpec& spec, std::string& error) {
+    if (!IN_MULTICAST(ntohl(group.sin_addr.s_addr))) {
+        return true;
+    }
+    ip_mreq request{};
+    request.imr_multiaddr = group.sin_addr;
+    if (!spec.interface.empty() && inet_pton(AF_INET, spec.interface.c_str(), &request.imr_interface) != 1) {
+        error = "interface \"" + spec.interface + "\" is not an address";
+        return false;
+    }
+    if (setsockopt(descriptor, IPPROTO_IP, IP_ADD_MEMBERSHIP, &request, sizeof request) != 0) {
+        error = std::string("cannot join the group: ") + std::strerror(errno);
+        return false;
+    }
+    return true;
+}
+
+bool joinIpv6(int descriptor, const sockaddr_in6& group, const InputSpec& spec, std::string& error) {
+    if (!IN6_IS_ADDR_MULTICAST(&group.sin6_addr)) {
+        return true;
+    }
+    ipv6_mreq request{};
+    request.ipv6mr_multiaddr = group.sin6_addr;
+    request.ipv6mr_interface = spec.interface.empty() ? 0 : if_nametoindex(spec.interface.c_str());
+    if (!spec.interface.empty() && request.ipv6mr_interface == 0) {
+        error = "no interface is named \"" + spec.interface + "\"";
+        return false;
+    }
+    if (setsockopt(descriptor, IPPROTO_IPV6, IPV6_JOIN_GROUP, &request, sizeof request) != 0) {
+        error = std::string("cannot join the group: ") + std::strerror(errno);
+        return false;
+    }
+    return true;
+}
+
+/// Several may listen to one group, each with a socket of its own.
+int bindSocket(const addrinfo& address, const InputSpec& spec, std::string& error) {
+    const int made = socket(address.ai_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (made < 0) {
+        error = std::strerror(errno);
+        return -1;
+    }
+    const bool isIpv4 = address.ai_family == AF_INET;
+    const auto* const ipv4 = reinterpret_cast<const sockaddr_in*>(address.ai_addr);
+    const auto* const ipv6 = reinterpret_cast<const sockaddr_in6*>(address.ai_addr);
+    const bool isGroup = isIpv4 ? IN_MULTICAST(ntohl(ipv4->sin_addr.s_addr)) : IN6_IS_ADDR_MULTICAST(&ipv6->sin6_addr);
+    const int shared = isGroup ? 1 : 0;
+    constexpr int kBuffer = 2 * 1024 * 1024;
+    setsockopt(made, SOL_SOCKET, SO_REUSEADDR, &shared, sizeof shared);
+    setsockopt(made, SOL_SOCKET, SO_RCVBUF, &kBuffer, sizeof kBuffer);
+    if (bind(made, address.ai_addr, address.ai_addrlen) != 0) {
+        error = std::strerror(errno);
+    } else if (isIpv4 ? joinIpv4(made, *ipv4, spec, error) : joinIpv6(made, *ipv6, spec, error)) {
+        return made;
+    }
+    close(made);
+    return -1;
+}
+
+int openSocket(const InputSpec& spec, std::string& error) {
+    addrinfo hints{};
+    hints.ai_socktype = SOCK_DGRAM;
+    hints.ai_flags = AI_PASSIVE | AI_NUMERICHOST | AI_NUMERICSERV;
+    addrinfo* found = nullptr;
+    const int failure =
+        getaddrinfo(spec.host.empty() ? nullptr : spec.host.c_str(), std::to_string(spec.port).c_str(), &hints, &found);
+    if (failure != 0) {
+        error = "\"" + spec.host + "\" is not a numeric address";
+        return -1;
+    }
+    const int descriptor = bindSocket(*found, spec, error);
+    freeaddrinfo(found);
+    return descriptor;
+}
+
+}  // namespace
+
+std::unique_ptr<broadcast::ByteSource> openLive(const InputSpec& spec, int wakeUp, std::string& error) {
+    if (spec.kind == InputSpec::Kind::standardInput) {
+        return std::make_unique<StandardInput>(wakeUp);
+    }
+    std::string problem;
+    const int descriptor = openSocket(spec, problem);
+    if (descriptor < 0) {
+        error = "cannot listen at " + spec.text + ": " + problem;
+        return nullptr;
+    }
+    return std::make_unique<Datagrams>(spec, descriptor, wakeUp);
+}
+
+}  // namespace dtvservice

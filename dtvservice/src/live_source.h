@@ -1,0 +1,16 @@
+// Bytes of a transport stream as they come: standard input, and datagrams with or without RTP.
+// Threads: the input's own.   Blocks: read(), until there are bytes or until the wake-up is written.
+// Fails:   openLive() with a text that names the input; a read that fails ends the bytes.
+#pragma once
+
+#include <memory>
+
+#include "byte_source.h"
+#include "input_spec.h"
+
+namespace dtvservice {
+
+/// `wakeUp`: a descriptor that becomes readable when reading is to end.
+std::unique_ptr<broadcast::ByteSource> openLive(const InputSpec& spec, int wakeUp, std::string& error);
+
+}  // namespace dtvservice

@@ -1,0 +1,171 @@
+// Inputs that come by themselves: standard input and datagrams on the loopback.
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include "raw_browser.h"
+
+namespace {
+
+constexpr std::size_t kPacketSize = 188;
+constexpr std::size_t kPacketsADatagram = 7;
+
+sockaddr_in addressOf(const char* host, std::uint16_t port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    inet_pton(AF_INET, host, &address.sin_addr);
+    return address;
+}
+
+const sockaddr* asGeneric(const sockaddr_in& address) {
+    return reinterpret_cast<const sockaddr*>(&address);
+}
+
+class Socket {
+public:
+    Socket() : descriptor(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
+    ~Socket() { close(descriptor); }
+
+    /// Takes a port that is free.
+    std::uint16_t bindSomewhere() const {
+        sockaddr_in address = addressOf("127.0.0.1", 0);
+        EXPECT_EQ(bind(descriptor, asGeneric(address), sizeof address), 0);
+        socklen_t size = sizeof address;
+        getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size);
+        return ntohs(address.sin_port);
+    }
+    void send(const std::string& bytes, const sockaddr_in& to) const {
+        sendto(descriptor, bytes.data(), bytes.size(), 0, asGeneric(to), sizeof to);
+    }
+    void sendTo(const std::string& group) const {
+        in_addr interface {};
+        inet_pton(AF_INET, group.c_str(), &interface);
+        setsockopt(descriptor, IPPROTO_IP, IP_MULTICAST_IF, &interface, sizeof interface);
+    }
+
+private:
+    int descriptor;
+};
+
+std::uint16_t freePort() {
+    const Socket socket;
+    return socket.bindSomewhere();
+}
+
+std::vector<std::string> datagramsOf(const std::string& file) {
+    const std::string bytes = fileText(file);
+    std::vector<std::string> datagrams;
+    for (std::size_t at = 0; at < bytes.size(); at += kPacketSize * kPacketsADatagram) {
+        datagrams.push_back(bytes.substr(at, kPacketSize * kPacketsADatagram));
+    }
+    return datagrams;
+}
+
+std::string rtpOf(std::uint16_t sequence, const std::string& payload) {
+    std::string header(12, '\0');
+    header[0] = '\x80';
+    header[1] = 33;
+    header[2] = static_cast<char>(sequence >> 8U);
+    header[3] = static_cast<char>(sequence & 0xFFU);
+    return header + payload;
+}
+
+class AnInputThatComesByItself : public ARawBrowser {
+protected:
+    /// Sends datagrams one after the other until the service is presented.
+    template <typename Send>
+    bool arrives(Send send) {
+        lo::browserdvbservice::TuneInfoChannel channel;
+        channel.onid = 1;
+        channel.tsid = 1025;
+        channel.sid = kSample.services[1].serviceId;
+        const std::string pmt = shownValue(asText(tsmake::pmtSection(kSample.services[1])));
+        std::size_t index = 0;
+        return eventually([&] {
+            for (int count = 0; count < 20; ++count) {
+                send(datagrams[index % datagrams.size()], index);
+                ++index;
+            }
+            frame::MsgIds ids;
+            service->cmdTuneToService(ids, frame::TransportInfo(), channel);
+            return heard("onPmtDataChange(1, 1025, 28107, 0, " + pmt + ")");
+        });
+    }
+
+    const std::vector<std::string> datagrams = datagramsOf(SAMPLE_FILE);
+    const Socket sender;
+};
+
+}  // namespace
+
+TEST_F(AnInputThatComesByItself, MayBeDatagrams) {
+    const std::uint16_t port = freePort();
+    const ServiceProcess process("udp://127.0.0.1:" + std::to_string(port));
+    EXPECT_TRUE(arrives(
+        [&](const std::string& datagram, std::size_t) { sender.send(datagram, addressOf("127.0.0.1", port)); }));
+}
+
+TEST_F(AnInputThatComesByItself, MayBeSentToAGroup) {
+    const std::uint16_t port = freePort();
+    const ServiceProcess process("udp://@239.255.77.7:" + std::to_string(port) + "?interface=127.0.0.1");
+    sender.sendTo("127.0.0.1");
+    EXPECT_TRUE(arrives([&](const std::string& datagram, std::size_t) {
+        sender.send(datagram, addressOf("239.255.77.7", port));
+    })) << process.log();
+}
+
+TEST_F(AnInputThatComesByItself, MayBeRtpOutOfOrderWithLosses) {
+    const std::uint16_t port = freePort();
+    const ServiceProcess process("rtp://127.0.0.1:" + std::to_string(port));
+    const sockaddr_in to = addressOf("127.0.0.1", port);
+    std::string held;
+    EXPECT_TRUE(arrives([&](const std::string& datagram, std::size_t index) {
+        const std::string packet = rtpOf(static_cast<std::uint16_t>(index), datagram);
+        if (index == 100) {
+            return;  // lost
+        }
+        if (index % 10 == 3) {
+            held = packet;  // the one behind it comes first
+            return;
+        }
+        sender.send(packet, to);
+        if (!held.empty()) {
+            sender.send(held, to);
+            held.clear();
+        }
+    }));
+    EXPECT_TRUE(eventually([&] {
+        arrives([&](const std::string& datagram, std::size_t index) {
+            sender.send(rtpOf(static_cast<std::uint16_t>(40000 + index), datagram), to);
+        });
+        return process.log().find(" RTP packets lost, 0 datagrams that are none, so far") != std::string::npos;
+    }));
+}
+
+TEST_F(AnInputThatComesByItself, MayBeStandardInput) {
+    const std::string script = std::string("exec $DTV_EMULATOR ") + DTVSERVICED + " --input - < " + SAMPLE_FILE;
+    const ChildProcess process("/bin/sh", {"-c", script}, "service", Runner::machine);
+    EXPECT_TRUE(presents(kSample.services[0])) << process.output() << process.log();
+    EXPECT_TRUE(eventually([&] { return process.log().find("standard input has ended") != std::string::npos; }));
+    EXPECT_THAT(operate({"status"}), testing::HasSubstr("presented    1:1025:28106")) << "the service goes on";
+}
+
+TEST_F(AnInputThatComesByItself, IsTriedAgainWhereItFailsAndDoesNotStopTheOthers) {
+    auto occupied = std::make_unique<Socket>();
+    const std::uint16_t port = occupied->bindSomewhere();
+    const std::string input = "udp://127.0.0.1:" + std::to_string(port);
+    tsmake::Multiplex other = kSample;
+    other.transportStreamId = 2000;
+    const ServiceProcess process({writeBroadcast(other, 3, "other.ts"), input});
+    EXPECT_TRUE(eventually([&] {
+        return process.log().find("cannot listen at " + input +
+                                  ": Address already in use; trying again every second") != std::string::npos;
+    }));
+    EXPECT_TRUE(eventually([&] { return operate({"channels"}).find("1:2000:28106") != std::string::npos; }));
+    occupied.reset();
+    EXPECT_TRUE(arrives(
+        [&](const std::string& datagram, std::size_t) { sender.send(datagram, addressOf("127.0.0.1", port)); }));
+}

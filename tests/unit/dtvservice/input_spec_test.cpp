@@ -1,0 +1,51 @@
+// Inputs as they are named on the command line.
+#include "input_spec.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using dtvservice::InputSpec;
+using dtvservice::parseInput;
+
+std::string complaint(const std::string& text) {
+    std::string error;
+    EXPECT_FALSE(parseInput(text, error)) << text;
+    return error;
+}
+
+InputSpec parsed(const std::string& text) {
+    std::string error;
+    const std::optional<InputSpec> spec = parseInput(text, error);
+    EXPECT_TRUE(spec) << error;
+    return spec.value_or(InputSpec());
+}
+
+}  // namespace
+
+TEST(AnInput, IsAFileUnlessItSaysOtherwise) {
+    EXPECT_EQ(parsed("a/b.ts").path, "a/b.ts");
+    EXPECT_EQ(parsed("file:c.ts").path, "c.ts");
+    EXPECT_TRUE(parsed("file:-").isFile());
+    EXPECT_EQ(parsed("-").kind, InputSpec::Kind::standardInput);
+}
+
+TEST(AnInput, OfDatagramsHasAHostAndAPort) {
+    const InputSpec group = parsed("udp://@239.1.2.3:5000?interface=127.0.0.1");
+    EXPECT_EQ(group.kind, InputSpec::Kind::udp);
+    EXPECT_EQ(group.host, "239.1.2.3");
+    EXPECT_EQ(group.port, 5000);
+    EXPECT_EQ(group.interface, "127.0.0.1");
+    EXPECT_EQ(parsed("rtp://[::1]:1").host, "::1");
+    EXPECT_EQ(parsed("rtp://:65535").host, "");
+}
+
+TEST(AnInput, ThatCannotBeIsRefusedWithWhatIsWrong) {
+    EXPECT_EQ(complaint(""), "input \"\": no file is named");
+    EXPECT_EQ(complaint("file:"), "input \"file:\": no file is named");
+    EXPECT_EQ(complaint("http://x"), "input \"http://x\": unknown kind of input \"http\"");
+    EXPECT_EQ(complaint("udp://1.2.3.4"), "input \"udp://1.2.3.4\": no port: HOST:PORT is needed");
+    EXPECT_EQ(complaint("udp://1.2.3.4:0"), "input \"udp://1.2.3.4:0\": port \"0\" is not a number from 1 to 65535");
+    EXPECT_EQ(complaint("rtp://:70000"), "input \"rtp://:70000\": port \"70000\" is not a number from 1 to 65535");
+    EXPECT_EQ(complaint("rtp://:1?ttl=3"), "input \"rtp://:1?ttl=3\": \"ttl=3\" is not interface=ADDRESS");
+}
