@@ -8,6 +8,7 @@
 #include <boost/interprocess/ipc/message_queue.hpp>
 #include <cerrno>
 #include <cstdlib>
+#include <fstream>
 #include <mutex>
 #include <vector>
 
@@ -70,6 +71,27 @@ pid_t processOf(const std::string& name) {
     return static_cast<pid_t>(std::strtoul(name.substr(prefix.size(), kDigits).c_str(), nullptr, 16));
 }
 
+/// Whether the process has ended, or is about to be forgotten by its parent.
+bool isGone(pid_t process) {
+    if (kill(process, 0) != 0) {
+        return errno == ESRCH;
+    }
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::string text;
+    std::getline(file, text);
+    const std::size_t name = text.rfind(')');
+    return name != std::string::npos && name + 2 < text.size() && (text[name + 2] == 'Z' || text[name + 2] == 'X');
+}
+
+/// A process that was killed closes its connection a moment before it is gone.
+bool isGoneSoon(pid_t process) {
+    constexpr int kTries = 50;
+    for (int tries = 0; tries < kTries && !isGone(process); ++tries) {
+        usleep(1000);
+    }
+    return isGone(process);
+}
+
 /// Removes the section queues of our user whose processes were killed before they could.
 void removeLeftOvers() {
     DIR* const directory = opendir(kSharedMemory);
@@ -81,7 +103,7 @@ void removeLeftOvers() {
         const pid_t process = processOf(name);
         struct stat found {};
         if (process > 0 && stat((std::string(kSharedMemory) + "/" + name).c_str(), &found) == 0 &&
-            found.st_uid == geteuid() && kill(process, 0) != 0 && errno == ESRCH) {
+            found.st_uid == geteuid() && isGone(process)) {
             Queue::remove(name.c_str());
         }
     }
@@ -106,8 +128,10 @@ struct IPCMessageQueue::State {
 IPCMessageQueue::IPCMessageQueue(std::unique_ptr<State> newState) : state(std::move(newState)) {}
 
 IPCMessageQueue::~IPCMessageQueue() {
-    if (state->creator) {
-        Queue::remove(objectName(state->name).c_str());
+    const std::string object = objectName(state->name);
+    const pid_t process = processOf(state->name);
+    if (state->creator || (isThere(object) && process > 0 && process != getpid() && isGoneSoon(process))) {
+        Queue::remove(object.c_str());
     }
 }
 

@@ -41,6 +41,7 @@ public:
     ChildProcess& operator=(const ChildProcess&) = delete;
     ~ChildProcess() { end(SIGKILL); }
 
+    pid_t pid() const { return process; }
     std::string output() const { return fileText(outputPath); }
     std::string log() const { return fileText(logPath); }
 

@@ -1,0 +1,88 @@
+// Many browsers that are killed at any moment.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <list>
+#include <random>
+
+#include "service_process.h"
+
+namespace {
+
+const std::string kRunDirectory = OwnRunDirectory::instance().path();
+constexpr std::size_t kBrowsers = 24;
+
+/// DTV_CHAOS_SECONDS, or 15.
+std::chrono::seconds duration() {
+    constexpr int kUsual = 15;
+    const char* const given = std::getenv("DTV_CHAOS_SECONDS");
+    return std::chrono::seconds(given == nullptr ? kUsual : std::atoi(given));
+}
+
+/// A browser with a filter on a busy PID.
+class FilteringBrowser : public ChildProcess {
+public:
+    explicit FilteringBrowser(const std::string& name)
+        : ChildProcess(DVBSHELL, {"sections", "0x12", "--count", "1000000", "--seconds", "1000", "--hex"}, name) {}
+};
+
+std::size_t descriptorsOf(pid_t process) {
+    const std::filesystem::directory_iterator entries("/proc/" + std::to_string(process) + "/fd");
+    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+
+/// Queue objects in shared memory of any of the processes.
+std::size_t queuesOf(const std::vector<pid_t>& processes) {
+    std::size_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/dev/shm")) {
+        for (const pid_t process : processes) {
+            char prefix[32];
+            std::snprintf(prefix, sizeof prefix, "SECTION-%08X", static_cast<unsigned int>(process));
+            count += entry.path().filename().string().compare(0, std::strlen(prefix), prefix) == 0 ? 1 : 0;
+        }
+    }
+    return count;
+}
+
+std::string statistics() {
+    ChildProcess console(DTVCTL, {"--json", "statistics"}, "dtvctl");
+    console.wait();
+    return console.output();
+}
+
+bool isIdle() {
+    const std::string text = statistics();
+    return text.find(R"("browsers":[])") != std::string::npos && text.find(R"("filters":0)") != std::string::npos;
+}
+
+}  // namespace
+
+TEST(TheReferenceService, KeepsNothingOfBrowsersThatAreKilled) {
+    const ServiceProcess service;
+    ASSERT_TRUE(eventually(isIdle));
+    const std::size_t descriptors = descriptorsOf(service.pid());
+    std::vector<pid_t> all;
+    {
+        std::mt19937 random(1);
+        std::list<FilteringBrowser> browsers;
+        const auto end = std::chrono::steady_clock::now() + duration();
+        while (std::chrono::steady_clock::now() < end) {
+            while (browsers.size() < kBrowsers) {
+                all.push_back(browsers.emplace_back("browser" + std::to_string(all.size() % kBrowsers)).pid());
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(random() % 60));  // what the browsers do meanwhile
+            const auto victim = std::next(browsers.begin(), static_cast<std::ptrdiff_t>(random() % browsers.size()));
+            victim->end(SIGKILL);
+            browsers.erase(victim);
+        }
+    }
+    EXPECT_TRUE(eventually(isIdle)) << statistics();
+    EXPECT_TRUE(eventually([&] { return descriptorsOf(service.pid()) == descriptors; }))
+        << descriptorsOf(service.pid()) << " instead of " << descriptors;
+    // One that was killed between making its queue and telling its name is tidied up after by the next browser.
+    ChildProcess last(DVBSHELL, {"sections", "0", "--count", "1"}, "last");
+    EXPECT_EQ(last.wait(), 0);
+    EXPECT_TRUE(eventually([&] { return queuesOf(all) == 0; })) << queuesOf(all) << " of " << all.size();
+}
