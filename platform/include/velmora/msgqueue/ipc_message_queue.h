@@ -55,7 +55,8 @@ public:
 
     IPCMessageQueue(const IPCMessageQueue&) = delete;
     IPCMessageQueue& operator=(const IPCMessageQueue&) = delete;
-    /// The creator's handle removes the queue's name; so does that of another process where the creator has been killed.
+    /// The creator's handle removes the queue's name; so does that of another process where the creator has been
+    /// killed.
     ~IPCMessageQueue();
 
     /// Waits for a message and reads it into `message`. Bytes that are no message of that kind are dropped with a line,
