@@ -29,8 +29,6 @@ bool matches(const Channel& channel, const TuneInfoChannel& wanted) {
            channel.transportStreamId == wanted.tsid && channel.serviceId == wanted.sid;
 }
 
-const frame::TransportInfo kNoTransport;
-
 }  // namespace
 
 DtvService::DtvService(EventLoop& newLoop)
@@ -60,8 +58,7 @@ DtvService::Multiplex* DtvService::multiplexOf(const broadcast::SiDatabase& si) 
 void DtvService::follow(Multiplex& multiplex) {
     current = &multiplex;
     for (const SectionFilters::Name& ended : filters.follow(multiplex.demux)) {
-        frame::MsgIds ids;
-        ids.peer = ended.first;
+        frame::MsgIds ids = only(ended.first);
         events->onFilterClosed(ids, kNoTransport, ended.second);
     }
 }
@@ -109,8 +106,7 @@ int DtvService::cmdTriggerAitReparse(frame::MsgIds& ids, const frame::TransportI
 /// A browser that was there before the service asked for the channel in vain, so it is told.
 void DtvService::browserConnected(const frame::TransportInfo& peer) {
     BLOG_TAGGED(blog::kOrdinary, "browser %u connected\n", peer.peer);
-    frame::MsgIds ids;
-    ids.peer = peer.peer;
+    const frame::MsgIds ids = only(peer.peer);
     loop.post([this, ids] {
         browsers.insert(ids.peer);
         if (presentedChannel() != nullptr) {

@@ -11,6 +11,7 @@
 #include <optional>
 #include <set>
 
+#include "addressing.h"
 #include "browserdvbservice_stub.h"
 #include "event_loop.h"
 #include "presented_components.h"

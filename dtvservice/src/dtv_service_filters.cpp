@@ -7,7 +7,6 @@ namespace {
 
 constexpr short kDone = 0;
 constexpr short kRefused = -1;
-const frame::TransportInfo kNoTransport;
 
 }  // namespace
 

@@ -16,13 +16,6 @@ namespace {
 constexpr unsigned short kNoSlot = 0xFFFF;
 constexpr unsigned short kDone = 0;
 constexpr unsigned short kFailed = 1;
-const frame::TransportInfo kNoTransport;
-
-frame::MsgIds only(std::uint32_t browser) {
-    frame::MsgIds ids;
-    ids.peer = browser;
-    return ids;
-}
 
 /// A value of a request, or an exception that names it.
 template <typename Value>

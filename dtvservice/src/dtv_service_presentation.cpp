@@ -12,7 +12,6 @@ constexpr std::uint32_t kNoIndex = 0xFFFFFFFF;
 constexpr std::uint16_t kNoTag = 0xFFFF;
 constexpr int kFirst = 0;
 constexpr std::uint32_t kTypes = 3;
-const frame::TransportInfo kNoTransport;
 
 /// The three letters of a language, the first in the highest of the low 24 bits; 0 for none.
 std::uint32_t languageCode(const std::string& language) {
@@ -21,12 +20,6 @@ std::uint32_t languageCode(const std::string& language) {
         code = code << 8U | static_cast<std::uint8_t>(letter);
     }
     return code;
-}
-
-frame::MsgIds only(std::uint32_t browser) {
-    frame::MsgIds ids;
-    ids.peer = browser;
-    return ids;
 }
 
 }  // namespace

@@ -20,8 +20,8 @@ constexpr std::chrono::seconds kPause{1};
 
 }  // namespace
 
-LiveInput::LiveInput(InputSpec newSpec, EventLoop& newLoop, broadcast::Demux& newDemux)
-    : spec(std::move(newSpec)), loop(newLoop), demux(newDemux), wakeUp(eventfd(0, EFD_CLOEXEC)), thread([this] {
+LiveInput::LiveInput(InputName newInput, EventLoop& newLoop, broadcast::Demux& newDemux)
+    : input(std::move(newInput)), loop(newLoop), demux(newDemux), wakeUp(eventfd(0, EFD_CLOEXEC)), thread([this] {
           run();
       }) {}
 
@@ -43,13 +43,13 @@ void LiveInput::run() {
     std::string lastProblem;
     do {
         std::string problem;
-        std::unique_ptr<broadcast::ByteSource> source = openLive(spec, wakeUp, problem);
+        std::unique_ptr<broadcast::ByteSource> source = openLive(input, wakeUp, problem);
         if (source) {
             broadcast::PacketReader reader(std::move(source));
             playFrom(reader);
             problem = reader.error();
             loop.post([&demux = demux] { demux.discontinuity(); });
-            if (problem.empty() && spec.kind == InputSpec::Kind::standardInput && waitUntil(EventLoop::Clock::now())) {
+            if (problem.empty() && input.kind == InputName::Kind::standardInput && waitUntil(EventLoop::Clock::now())) {
                 BLOG_TAGGED(blog::kOrdinary, "standard input has ended\n");
                 return;
             }
@@ -62,7 +62,7 @@ void LiveInput::run() {
 }
 
 void LiveInput::playFrom(broadcast::PacketReader& reader) {
-    const bool paced = spec.kind == InputSpec::Kind::standardInput;
+    const bool paced = input.kind == InputName::Kind::standardInput;
     broadcast::Pacer pacer;
     std::vector<std::uint8_t> batch;
     while (const std::uint8_t* const packet = reader.next()) {
@@ -96,7 +96,7 @@ void LiveInput::handOver(std::vector<std::uint8_t>& batch) {
         if (now - lastLine >= kPause) {
             lastLine = now;
             BLOG_TAGGED(blog::kUnsupported, "%s: %llu packets came faster than they were taken, so far\n",
-                        spec.text.c_str(), static_cast<unsigned long long>(dropped));
+                        input.text.c_str(), static_cast<unsigned long long>(dropped));
         }
         batch.clear();
         return;

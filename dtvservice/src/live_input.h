@@ -12,7 +12,7 @@
 
 #include "demux.h"
 #include "event_loop.h"
-#include "input_spec.h"
+#include "input_name.h"
 #include "packet_reader.h"
 
 namespace dtvservice {
@@ -20,7 +20,7 @@ namespace dtvservice {
 class LiveInput {
 public:
     /// The demultiplexer must live as long as the loop runs.
-    LiveInput(InputSpec newSpec, EventLoop& newLoop, broadcast::Demux& newDemux);
+    LiveInput(InputName newInput, EventLoop& newLoop, broadcast::Demux& newDemux);
     LiveInput(const LiveInput&) = delete;
     LiveInput& operator=(const LiveInput&) = delete;
     ~LiveInput();
@@ -31,7 +31,7 @@ private:
     bool waitUntil(EventLoop::Clock::time_point time) const;
     void handOver(std::vector<std::uint8_t>& batch);
 
-    InputSpec spec;
+    InputName input;
     EventLoop& loop;
     broadcast::Demux& demux;
     std::shared_ptr<std::atomic<int>> underWay = std::make_shared<std::atomic<int>>(0);  // batches that are posted

@@ -54,8 +54,8 @@ private:
 
 class Datagrams final : public broadcast::ByteSource {
 public:
-    Datagrams(const InputSpec& newSpec, int newDescriptor, int newWakeUp)
-        : spec(newSpec), descriptor(newDescriptor), wakeUp(newWakeUp) {}
+    Datagrams(const InputName& newInput, int newDescriptor, int newWakeUp)
+        : input(newInput), descriptor(newDescriptor), wakeUp(newWakeUp) {}
     ~Datagrams() override { close(descriptor); }
 
     std::size_t read(std::uint8_t* bytes, std::size_t capacity) override {
@@ -84,12 +84,12 @@ private:
             count = recv(descriptor, pending.data(), pending.size(), MSG_DONTWAIT);
         } while (count < 0 && (errno == EINTR || errno == EAGAIN));
         if (count < 0) {
-            problem = spec.text + ": " + std::strerror(errno);
+            problem = input.text + ": " + std::strerror(errno);
             pending.clear();
             return false;
         }
         pending.resize(static_cast<std::size_t>(count));
-        if (spec.kind == InputSpec::Kind::rtp) {
+        if (input.kind == InputName::Kind::rtp) {
             pending = reorderer.take(pending.data(), pending.size());
             noteLoss();
         }
@@ -104,12 +104,12 @@ private:
             told = bad;
             lastLine = now;
             BLOG_TAGGED(blog::kUnsupported, "%s: %llu RTP packets lost, %llu datagrams that are none, so far\n",
-                        spec.text.c_str(), static_cast<unsigned long long>(reorderer.lost()),
+                        input.text.c_str(), static_cast<unsigned long long>(reorderer.lost()),
                         static_cast<unsigned long long>(reorderer.unreadable()));
         }
     }
 
-    InputSpec spec;
+    InputName input;
     int descriptor;
     int wakeUp;
     std::vector<std::uint8_t> pending;
@@ -119,14 +119,14 @@ private:
     std::chrono::steady_clock::time_point lastLine;
 };
 
-bool joinIpv4(int descriptor, const sockaddr_in& group, const InputSpec& spec, std::string& error) {
+bool joinIpv4(int descriptor, const sockaddr_in& group, const InputName& input, std::string& error) {
     if (!IN_MULTICAST(ntohl(group.sin_addr.s_addr))) {
         return true;
     }
     ip_mreq request{};
     request.imr_multiaddr = group.sin_addr;
-    if (!spec.interface.empty() && inet_pton(AF_INET, spec.interface.c_str(), &request.imr_interface) != 1) {
-        error = "interface \"" + spec.interface + "\" is not an address";
+    if (!input.interface.empty() && inet_pton(AF_INET, input.interface.c_str(), &request.imr_interface) != 1) {
+        error = "interface \"" + input.interface + "\" is not an address";
         return false;
     }
     if (setsockopt(descriptor, IPPROTO_IP, IP_ADD_MEMBERSHIP, &request, sizeof request) != 0) {
@@ -136,15 +136,15 @@ bool joinIpv4(int descriptor, const sockaddr_in& group, const InputSpec& spec, s
     return true;
 }
 
-bool joinIpv6(int descriptor, const sockaddr_in6& group, const InputSpec& spec, std::string& error) {
+bool joinIpv6(int descriptor, const sockaddr_in6& group, const InputName& input, std::string& error) {
     if (!IN6_IS_ADDR_MULTICAST(&group.sin6_addr)) {
         return true;
     }
     ipv6_mreq request{};
     request.ipv6mr_multiaddr = group.sin6_addr;
-    request.ipv6mr_interface = spec.interface.empty() ? 0 : if_nametoindex(spec.interface.c_str());
-    if (!spec.interface.empty() && request.ipv6mr_interface == 0) {
-        error = "no interface is named \"" + spec.interface + "\"";
+    request.ipv6mr_interface = input.interface.empty() ? 0 : if_nametoindex(input.interface.c_str());
+    if (!input.interface.empty() && request.ipv6mr_interface == 0) {
+        error = "no interface is named \"" + input.interface + "\"";
         return false;
     }
     if (setsockopt(descriptor, IPPROTO_IPV6, IPV6_JOIN_GROUP, &request, sizeof request) != 0) {
@@ -155,7 +155,7 @@ bool joinIpv6(int descriptor, const sockaddr_in6& group, const InputSpec& spec, 
 }
 
 /// Several may listen to one group, each with a socket of its own.
-int bindSocket(const addrinfo& address, const InputSpec& spec, std::string& error) {
+int bindSocket(const addrinfo& address, const InputName& input, std::string& error) {
     const int made = socket(address.ai_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (made < 0) {
         error = std::strerror(errno);
@@ -171,42 +171,42 @@ int bindSocket(const addrinfo& address, const InputSpec& spec, std::string& erro
     setsockopt(made, SOL_SOCKET, SO_RCVBUF, &kBuffer, sizeof kBuffer);
     if (bind(made, address.ai_addr, address.ai_addrlen) != 0) {
         error = std::strerror(errno);
-    } else if (isIpv4 ? joinIpv4(made, *ipv4, spec, error) : joinIpv6(made, *ipv6, spec, error)) {
+    } else if (isIpv4 ? joinIpv4(made, *ipv4, input, error) : joinIpv6(made, *ipv6, input, error)) {
         return made;
     }
     close(made);
     return -1;
 }
 
-int openSocket(const InputSpec& spec, std::string& error) {
+int openSocket(const InputName& input, std::string& error) {
     addrinfo hints{};
     hints.ai_socktype = SOCK_DGRAM;
     hints.ai_flags = AI_PASSIVE | AI_NUMERICHOST | AI_NUMERICSERV;
     addrinfo* found = nullptr;
-    const int failure =
-        getaddrinfo(spec.host.empty() ? nullptr : spec.host.c_str(), std::to_string(spec.port).c_str(), &hints, &found);
+    const int failure = getaddrinfo(input.host.empty() ? nullptr : input.host.c_str(),
+                                    std::to_string(input.port).c_str(), &hints, &found);
     if (failure != 0) {
-        error = "\"" + spec.host + "\" is not a numeric address";
+        error = "\"" + input.host + "\" is not a numeric address";
         return -1;
     }
-    const int descriptor = bindSocket(*found, spec, error);
+    const int descriptor = bindSocket(*found, input, error);
     freeaddrinfo(found);
     return descriptor;
 }
 
 }  // namespace
 
-std::unique_ptr<broadcast::ByteSource> openLive(const InputSpec& spec, int wakeUp, std::string& error) {
-    if (spec.kind == InputSpec::Kind::standardInput) {
+std::unique_ptr<broadcast::ByteSource> openLive(const InputName& input, int wakeUp, std::string& error) {
+    if (input.kind == InputName::Kind::standardInput) {
         return std::make_unique<StandardInput>(wakeUp);
     }
     std::string problem;
-    const int descriptor = openSocket(spec, problem);
+    const int descriptor = openSocket(input, problem);
     if (descriptor < 0) {
-        error = "cannot listen at " + spec.text + ": " + problem;
+        error = "cannot listen at " + input.text + ": " + problem;
         return nullptr;
     }
-    return std::make_unique<Datagrams>(spec, descriptor, wakeUp);
+    return std::make_unique<Datagrams>(input, descriptor, wakeUp);
 }
 
 }  // namespace dtvservice

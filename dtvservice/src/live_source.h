@@ -6,11 +6,11 @@
 #include <memory>
 
 #include "byte_source.h"
-#include "input_spec.h"
+#include "input_name.h"
 
 namespace dtvservice {
 
 /// `wakeUp`: a descriptor that becomes readable when reading is to end.
-std::unique_ptr<broadcast::ByteSource> openLive(const InputSpec& spec, int wakeUp, std::string& error);
+std::unique_ptr<broadcast::ByteSource> openLive(const InputName& input, int wakeUp, std::string& error);
 
 }  // namespace dtvservice

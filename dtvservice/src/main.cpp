@@ -35,7 +35,7 @@ constexpr const char* kUsage =
     "                 (onid 0 where the file does not tell it)\n";
 
 struct Options {
-    std::vector<dtvservice::InputSpec> inputs;
+    std::vector<dtvservice::InputName> inputs;
     std::string list;
     std::string serialNumber;
     dtvservice::Repeat repeat = dtvservice::Repeat::forever;
@@ -46,13 +46,13 @@ struct Options {
     std::exit(kUsageError);
 }
 
-dtvservice::InputSpec inputOrEnd(const char* text) {
+dtvservice::InputName inputOrEnd(const char* text) {
     std::string error;
-    std::optional<dtvservice::InputSpec> spec = dtvservice::parseInput(text, error);
-    if (!spec) {
+    std::optional<dtvservice::InputName> input = dtvservice::parseInput(text, error);
+    if (!input) {
         endWithUsage(error);
     }
-    return *spec;
+    return *input;
 }
 
 Options parseOptions(int argc, char** argv) {
@@ -174,7 +174,7 @@ private:
 
 int serve(const Options& options) {
     std::vector<std::unique_ptr<broadcast::PacketFile>> files;
-    for (const dtvservice::InputSpec& input : options.inputs) {
+    for (const dtvservice::InputName& input : options.inputs) {
         files.push_back(input.isFile() ? openOrEnd(input.path) : nullptr);
     }
     dtvservice::EventLoop loop;
@@ -182,7 +182,7 @@ int serve(const Options& options) {
     dtvservice::DtvService service(loop);
     service.setSerialNumber(options.serialNumber);
     std::vector<dtvservice::Playback> playbacks;
-    std::vector<std::pair<dtvservice::InputSpec, broadcast::Demux*>> live;
+    std::vector<std::pair<dtvservice::InputName, broadcast::Demux*>> live;
     for (std::size_t index = 0; index < files.size(); ++index) {
         broadcast::Demux& demux = service.addMultiplex();
         if (files[index] != nullptr) {
@@ -205,14 +205,14 @@ int serve(const Options& options) {
         std::fprintf(stderr, "dtvserviced: cannot take operators: %s\n", operators.error().c_str());
     }
     std::printf("ready: playing");
-    for (const dtvservice::InputSpec& input : options.inputs) {
+    for (const dtvservice::InputName& input : options.inputs) {
         std::printf(" %s", input.text.c_str());
     }
     std::printf("\n");
     std::fflush(stdout);
     std::list<dtvservice::LiveInput> inputs;
-    for (const auto& [spec, demux] : live) {
-        inputs.emplace_back(spec, loop, *demux);
+    for (const auto& [input, demux] : live) {
+        inputs.emplace_back(input, loop, *demux);
     }
     dtvservice::play(playbacks, loop, live.empty() ? dtvservice::Others::none : dtvservice::Others::live);
     process.stopAppMembers();

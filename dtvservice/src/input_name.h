@@ -1,4 +1,4 @@
-// InputSpec: one --input of the command line: file:PATH or PATH, - for standard input, udp://[@]HOST:PORT or
+// InputName: one --input of the command line: file:PATH or PATH, - for standard input, udp://[@]HOST:PORT or
 // rtp://[@]HOST:PORT, with ?interface=ADDRESS for the network interface of a multicast group.
 // Threads: any.   Blocks: never.   Fails: no value, and a text that says what is wrong.
 #pragma once
@@ -9,7 +9,7 @@
 
 namespace dtvservice {
 
-struct InputSpec {
+struct InputName {
     enum class Kind { file, standardInput, udp, rtp };
     Kind kind = Kind::file;
     std::string text;  ///< as it was given
@@ -21,6 +21,6 @@ struct InputSpec {
     bool isFile() const { return kind == Kind::file; }
 };
 
-std::optional<InputSpec> parseInput(const std::string& text, std::string& error);
+std::optional<InputName> parseInput(const std::string& text, std::string& error);
 
 }  // namespace dtvservice

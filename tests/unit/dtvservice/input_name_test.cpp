@@ -1,11 +1,11 @@
 // Inputs as they are named on the command line.
-#include "input_spec.h"
+#include "input_name.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using dtvservice::InputSpec;
+using dtvservice::InputName;
 using dtvservice::parseInput;
 
 std::string complaint(const std::string& text) {
@@ -14,11 +14,11 @@ std::string complaint(const std::string& text) {
     return error;
 }
 
-InputSpec parsed(const std::string& text) {
+InputName parsed(const std::string& text) {
     std::string error;
-    const std::optional<InputSpec> spec = parseInput(text, error);
-    EXPECT_TRUE(spec) << error;
-    return spec.value_or(InputSpec());
+    const std::optional<InputName> input = parseInput(text, error);
+    EXPECT_TRUE(input) << error;
+    return input.value_or(InputName());
 }
 
 }  // namespace
@@ -27,12 +27,12 @@ TEST(AnInput, IsAFileUnlessItSaysOtherwise) {
     EXPECT_EQ(parsed("a/b.ts").path, "a/b.ts");
     EXPECT_EQ(parsed("file:c.ts").path, "c.ts");
     EXPECT_TRUE(parsed("file:-").isFile());
-    EXPECT_EQ(parsed("-").kind, InputSpec::Kind::standardInput);
+    EXPECT_EQ(parsed("-").kind, InputName::Kind::standardInput);
 }
 
 TEST(AnInput, OfDatagramsHasAHostAndAPort) {
-    const InputSpec group = parsed("udp://@239.1.2.3:5000?interface=127.0.0.1");
-    EXPECT_EQ(group.kind, InputSpec::Kind::udp);
+    const InputName group = parsed("udp://@239.1.2.3:5000?interface=127.0.0.1");
+    EXPECT_EQ(group.kind, InputName::Kind::udp);
     EXPECT_EQ(group.host, "239.1.2.3");
     EXPECT_EQ(group.port, 5000);
     EXPECT_EQ(group.interface, "127.0.0.1");

@@ -1,5 +1,5 @@
-// Reading input specifications.
-#include "input_spec.h"
+// Reading the names of inputs.
+#include "input_name.h"
 
 #include <charconv>
 
@@ -12,7 +12,7 @@ bool startsWith(const std::string& text, const std::string& prefix) {
 }
 
 /// [@]HOST:PORT[?interface=ADDRESS]; an IPv6 address stands in brackets.
-bool parseAddress(std::string address, InputSpec& spec, std::string& error) {
+bool parseAddress(std::string address, InputName& input, std::string& error) {
     const std::string option = "interface=";
     if (const std::size_t query = address.find('?'); query != std::string::npos) {
         const std::string given = address.substr(query + 1);
@@ -21,7 +21,7 @@ bool parseAddress(std::string address, InputSpec& spec, std::string& error) {
             error = "\"" + given + "\" is not interface=ADDRESS";
             return false;
         }
-        spec.interface = given.substr(option.size());
+        input.interface = given.substr(option.size());
     }
     if (startsWith(address, "@")) {
         address.erase(0, 1);
@@ -31,14 +31,14 @@ bool parseAddress(std::string address, InputSpec& spec, std::string& error) {
         error = "no port: HOST:PORT is needed";
         return false;
     }
-    spec.host = address.substr(0, colon);
-    if (startsWith(spec.host, "[") && spec.host.back() == ']') {
-        spec.host = spec.host.substr(1, spec.host.size() - 2);
+    input.host = address.substr(0, colon);
+    if (startsWith(input.host, "[") && input.host.back() == ']') {
+        input.host = input.host.substr(1, input.host.size() - 2);
     }
     const char* const begin = address.data() + colon + 1;
     const char* const end = address.data() + address.size();
-    const auto [stopped, failure] = std::from_chars(begin, end, spec.port);
-    if (failure != std::errc() || stopped != end || spec.port == 0) {
+    const auto [stopped, failure] = std::from_chars(begin, end, input.port);
+    if (failure != std::errc() || stopped != end || input.port == 0) {
         error = "port \"" + address.substr(colon + 1) + "\" is not a number from 1 to 65535";
         return false;
     }
@@ -47,29 +47,29 @@ bool parseAddress(std::string address, InputSpec& spec, std::string& error) {
 
 }  // namespace
 
-std::optional<InputSpec> parseInput(const std::string& text, std::string& error) {
-    InputSpec spec;
-    spec.text = text;
+std::optional<InputName> parseInput(const std::string& text, std::string& error) {
+    InputName input;
+    input.text = text;
     std::string problem;
     if (text == "-") {
-        spec.kind = InputSpec::Kind::standardInput;
+        input.kind = InputName::Kind::standardInput;
     } else if (startsWith(text, "udp://") || startsWith(text, "rtp://")) {
-        spec.kind = text[0] == 'u' ? InputSpec::Kind::udp : InputSpec::Kind::rtp;
-        parseAddress(text.substr(6), spec, problem);
+        input.kind = text[0] == 'u' ? InputName::Kind::udp : InputName::Kind::rtp;
+        parseAddress(text.substr(6), input, problem);
     } else if (startsWith(text, "file:")) {
-        spec.path = text.substr(5);
-        problem = spec.path.empty() ? "no file is named" : "";
+        input.path = text.substr(5);
+        problem = input.path.empty() ? "no file is named" : "";
     } else if (const std::size_t scheme = text.find("://"); scheme != std::string::npos) {
         problem = "unknown kind of input \"" + text.substr(0, scheme) + "\"";
     } else {
-        spec.path = text;
+        input.path = text;
         problem = text.empty() ? "no file is named" : "";
     }
     if (!problem.empty()) {
         error = "input \"" + text + "\": " + problem;
         return std::nullopt;
     }
-    return spec;
+    return input;
 }
 
 }  // namespace dtvservice
