@@ -21,7 +21,7 @@ std::optional<RtpPacket> readPacket(const std::uint8_t* bytes, std::size_t size)
         if (size < header + 4) {
             return std::nullopt;
         }
-        header += 4 + std::size_t{4} * (bytes[header + 2] << 8U | bytes[header + 3]);
+        header += 4 + std::size_t{4} * (std::size_t{bytes[header + 2]} << 8U | bytes[header + 3]);
     }
     const std::size_t padding = (bytes[0] & 0x20) != 0 ? bytes[size - 1] : 0;
     if (header + padding > size) {

@@ -110,7 +110,6 @@ private:
 
     void onAitSignalled(const broadcast::SiDatabase& of, std::uint16_t serviceId, bool signalled) override;
 
-    static constexpr std::size_t kSectionNumberAt = 6;
     static unsigned short networkOf(const broadcast::Channel& channel);
     const broadcast::Channel* presentedChannel() const;
     bool isPresented(const broadcast::SiDatabase& of, std::uint16_t serviceId) const;
@@ -120,7 +119,7 @@ private:
     void present(Multiplex& multiplex, const broadcast::Channel& channel);
     bool tuneByDescriptor(const lo::browserdvbservice::TuneInfoChannel& wanted);
     enum class Components { ofTheSameService, ofAnotherService };
-    std::vector<si::Component> componentsOf(const broadcast::Channel& channel) const;
+    si::Descriptors presentEvent(const broadcast::Channel& channel) const;
     void updateComponents(const broadcast::Channel& channel, Components as);
     void tellSelected(si::ComponentType type);
     void tellPts(std::uint32_t browser, std::uint64_t pts, std::uint64_t pcrBase);

@@ -8,6 +8,7 @@ using lo::browserdvbservice::TuneInfoComponent;
 
 namespace {
 
+constexpr std::size_t kSectionNumberAt = 6;
 constexpr std::uint32_t kNoIndex = 0xFFFFFFFF;
 constexpr std::uint16_t kNoTag = 0xFFFF;
 constexpr int kFirst = 0;
@@ -148,7 +149,10 @@ int DtvService::cmdDtvInfoRequest(frame::MsgIds& ids, const frame::TransportInfo
     loop.post([this, ids]() mutable {
         tellServiceInfo(ids);
         const broadcast::Channel* const channel = presentedChannel();
-        const broadcast::Section pmt = channel == nullptr ? broadcast::Section() : current->si.pmt(channel->serviceId);
+        if (channel == nullptr) {
+            return;
+        }
+        const broadcast::Section pmt = current->si.pmt(channel->serviceId);
         if (!pmt.empty()) {
             events->onDATagsServicePmtDataChange(ids, kNoTransport, networkOf(*channel), channel->transportStreamId,
                                                  channel->serviceId, kFirst, {pmt.begin(), pmt.end()});
@@ -157,15 +161,11 @@ int DtvService::cmdDtvInfoRequest(frame::MsgIds& ids, const frame::TransportInfo
     return 0;
 }
 
-std::vector<si::Component> DtvService::componentsOf(const broadcast::Channel& channel) const {
-    std::string error;
-    const std::optional<si::Pmt> pmt = si::parsePmt(current->si.pmt(channel.serviceId), error);
-    if (!pmt) {
-        return {};
-    }
+/// What the EIT's present event tells of its components.
+si::Descriptors DtvService::presentEvent(const broadcast::Channel& channel) const {
     const std::vector<broadcast::Section> eit = current->si.eit(channel.serviceId);
     const bool hasPresent = !eit.empty() && eit[0].size() > kSectionNumberAt && eit[0][kSectionNumberAt] == 0;
-    return si::components(*pmt, hasPresent ? si::firstEventDescriptors(eit[0]) : si::Descriptors());
+    return hasPresent ? si::firstEventDescriptors(eit[0]) : si::Descriptors();
 }
 
 /// After a PMT or an EIT of the presented service.
@@ -176,7 +176,7 @@ void DtvService::updateComponents(const broadcast::Channel& channel, Components 
         return;
     }
     streamEvents.follow(current->demux, *pmt);
-    std::vector<si::Component> list = componentsOf(channel);
+    std::vector<si::Component> list = si::components(*pmt, presentEvent(channel));
     if (as == Components::ofAnotherService) {
         shown.begin(std::move(list));
     } else if (!shown.update(std::move(list))) {

@@ -236,7 +236,7 @@ TEST_F(ARawBrowser, MeetsTheCaModuleThatTheOperatorInserts) {
     ASSERT_TRUE(sends(&Commands::cmdCaDrmRequestConnect, 79ULL));
     EXPECT_TRUE(hears("onCaDrmConnected(79, 2, 0)"));
     ASSERT_TRUE(message(79));
-    EXPECT_TRUE(eventually([this] { return operate({"status"}).find("\"hello\"") != std::string::npos; }));
+    EXPECT_TRUE(eventually([] { return operate({"status"}).find("\"hello\"") != std::string::npos; }));
     EXPECT_EQ(operate({"ca", "reply", "79", "0", "fine"}), "");
     EXPECT_TRUE(hears("onDrmResultReply(79, 0, " + shownValue(std::string("fine")) + ", 2)"));
     EXPECT_EQ(operate({"ca", "reply", "79", "0"}), "dtvctl: no message of session 79 waits for an answer\n");
@@ -269,7 +269,7 @@ TEST_F(ARawBrowser, FollowsTheOperatorToAnotherService) {
 TEST_F(ARawBrowser, IsSeenByTheOperator) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kFirst));
-    EXPECT_TRUE(eventually([this] {
+    EXPECT_TRUE(eventually([] {
         return operate({"channels"}) ==
                "* 1:1025:28106          input 1  pmt    hbbtv     Velmora One HD\n"
                "  1:1025:28107          input 1  pmt    hbbtv     Velmora Zwei F\u00f6hn\n"

@@ -152,9 +152,7 @@ void printValues(const json& answer) {
     }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
     Words words(argv + 1, argv + argc);
     if (std::find(words.begin(), words.end(), "--help") != words.end()) {
         std::fputs(kUsage, stdout);
@@ -196,4 +194,15 @@ int main(int argc, char** argv) {
         printValues(answer);
     }
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "dtvctl: %s\n", error.what());
+        return 1;
+    }
 }

@@ -183,7 +183,7 @@ private:
     };
 
     void addTable(std::uint16_t pid, std::uint64_t milliseconds, const Section& section) {
-        const Bytes unit = sectionUnit(section);
+        Bytes unit = sectionUnit(section);
         // Tables begin one after the other, so that they do not all fall due together for ever.
         const std::uint64_t begin = sources.size() * kMillisecond;
         sources.push_back({pid, milliseconds * kMillisecond, begin, nullptr, [unit](std::uint64_t) { return unit; }});
