@@ -79,7 +79,8 @@ TEST(TheReferenceService, KeepsNothingOfBrowsersThatAreKilled) {
         }
     }
     EXPECT_TRUE(eventually(isIdle)) << statistics();
-    EXPECT_TRUE(eventually([&] { return descriptorsOf(service.pid()) == descriptors; }))
+    // The console's own connection may still be counted in the number before.
+    EXPECT_TRUE(eventually([&] { return descriptorsOf(service.pid()) <= descriptors; }))
         << descriptorsOf(service.pid()) << " instead of " << descriptors;
     // One that was killed between making its queue and telling its name is tidied up after by the next browser.
     ChildProcess last(DVBSHELL, {"sections", "0", "--count", "1"}, "last");
