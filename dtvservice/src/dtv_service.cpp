@@ -175,6 +175,8 @@ void DtvService::present(Multiplex& multiplex, const Channel& channel) {
     follow(multiplex);
     presented = channel.serviceId;
     toldTriplet = channel.triplet();
+    followStreamEvents(channel);
+    timelines.rest();
     BLOG_TAGGED(blog::kOrdinary, "presenting %s %s\n", channel.triplet().c_str(), channel.name.c_str());
     if (events == nullptr) {
         updateComponents(channel, Components::ofAnotherService);
@@ -260,6 +262,7 @@ void DtvService::onPmt(const broadcast::SiDatabase& of, std::uint16_t serviceId,
     } else if (isPresented(of, serviceId)) {
         frame::MsgIds everyone;
         tellPmt(everyone, *channel, section, changed);
+        followStreamEvents(*channel);
         updateComponents(*channel, Components::ofTheSameService);
     }
 }

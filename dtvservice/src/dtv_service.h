@@ -120,6 +120,7 @@ private:
     bool tuneByDescriptor(const lo::browserdvbservice::TuneInfoChannel& wanted);
     enum class Components { ofTheSameService, ofAnotherService };
     si::Descriptors presentEvent(const broadcast::Channel& channel) const;
+    void followStreamEvents(const broadcast::Channel& channel);
     void updateComponents(const broadcast::Channel& channel, Components as);
     void tellSelected(si::ComponentType type);
     void tellPts(std::uint32_t browser, std::uint64_t pts, std::uint64_t pcrBase);

@@ -168,6 +168,16 @@ si::Descriptors DtvService::presentEvent(const broadcast::Channel& channel) cons
     return hasPresent ? si::firstEventDescriptors(eit[0]) : si::Descriptors();
 }
 
+/// After a PMT of the presented service, or another service whose PMT may not have come.
+void DtvService::followStreamEvents(const broadcast::Channel& channel) {
+    std::string error;
+    if (const std::optional<si::Pmt> pmt = si::parsePmt(current->si.pmt(channel.serviceId), error)) {
+        streamEvents.follow(current->demux, *pmt);
+    } else {
+        streamEvents.rest();
+    }
+}
+
 /// After a PMT or an EIT of the presented service.
 void DtvService::updateComponents(const broadcast::Channel& channel, Components as) {
     std::string error;
@@ -175,7 +185,6 @@ void DtvService::updateComponents(const broadcast::Channel& channel, Components 
     if (!pmt) {
         return;
     }
-    streamEvents.follow(current->demux, *pmt);
     std::vector<si::Component> list = si::components(*pmt, presentEvent(channel));
     if (as == Components::ofAnotherService) {
         shown.begin(std::move(list));

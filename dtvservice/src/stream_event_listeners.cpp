@@ -19,16 +19,19 @@ std::optional<std::uint16_t> eventIdOf(const std::string& name) {
 }  // namespace
 
 StreamEventListeners::~StreamEventListeners() {
+    rest();
+}
+
+void StreamEventListeners::rest() {
     for (Listener& listener : listeners) {
         unsubscribe(listener);
     }
+    pmt.reset();
 }
 
 /// The versions that were signalled stay: a service that comes back does not signal them again.
 void StreamEventListeners::follow(broadcast::Demux& newDemux, const si::Pmt& newPmt) {
-    for (Listener& listener : listeners) {
-        unsubscribe(listener);
-    }
+    rest();
     demux = &newDemux;
     pmt = newPmt;
     for (Listener& listener : listeners) {

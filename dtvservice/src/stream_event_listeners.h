@@ -42,6 +42,8 @@ public:
     /// The presented service's streams from now on. Listeners of other services rest until theirs is presented again.
     /// The demultiplexer must outlive this.
     void follow(broadcast::Demux& newDemux, const si::Pmt& newPmt);
+    /// Nothing is presented, or nothing is known of it yet: all listeners rest.
+    void rest();
     Result add(Peer browser, const Target& target);
     Result remove(Peer browser, const Target& target);
     void forget(Peer browser);

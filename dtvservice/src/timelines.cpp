@@ -16,6 +16,13 @@ void Timelines::unwatch() {
     streams.clear();
 }
 
+void Timelines::rest() {
+    unwatch();
+    demux = nullptr;
+    pts.reset();
+    pcrBase.reset();
+}
+
 void Timelines::follow(broadcast::Demux& newDemux, const std::vector<si::Component>& components,
                        std::uint16_t newPcrPid) {
     const std::uint16_t before = ptsPid;

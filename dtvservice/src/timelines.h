@@ -26,11 +26,14 @@ public:
         : ptsSink(std::move(newPtsSink)), timelineSink(std::move(newTimelineSink)) {}
     Timelines(const Timelines&) = delete;
     Timelines& operator=(const Timelines&) = delete;
-    ~Timelines() { unwatch(); }
+    ~Timelines() { rest(); }
 
     /// Watches the components' streams and the PCR of the presented service from now on; the demultiplexer must outlive
     /// this. What was heard of another service is forgotten.
     void follow(broadcast::Demux& newDemux, const std::vector<si::Component>& components, std::uint16_t pcrPid);
+
+    /// Nothing is known of the presented service's streams yet.
+    void rest();
 
     /// Answered at once, or as soon as the service has a PTS and a PCR.
     void requestPts(Peer browser);

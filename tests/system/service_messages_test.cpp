@@ -79,6 +79,28 @@ TEST_F(ARawBrowser, IsToldThePtsAndThePcrOfThePresentedService) {
     EXPECT_NEAR(static_cast<double>(times[0] - times[1]), kDelay, kPicture);
 }
 
+TEST_F(ARawBrowser, IsToldNoTimeOfTheServiceBefore) {
+    // A service that the PAT lists and of which nothing else comes.
+    tsmake::Multiplex multiplex = kSample;
+    tsmake::Service silent;
+    silent.serviceId = 28999;
+    silent.pmtPid = 0x1E00;
+    silent.isSilent = true;
+    multiplex.services.push_back(silent);
+    const ServiceProcess process(writeBroadcast(multiplex, 3, "silent.ts"));
+    ASSERT_TRUE(presents(kFirst));
+    ASSERT_TRUE(sends(&Commands::cmdSendPtsRequest, 1U));
+    ASSERT_TRUE(eventually([&] { return numbersOf("onPtsNotify").size() == 1; }));
+    EXPECT_EQ(operate({"tune", "1:1025:28999"}), "");
+    ASSERT_TRUE(sends(&Commands::cmdSendPtsRequest, 2U));
+    // The answer to a later command shows that there was none to the one before.
+    ASSERT_TRUE(sends(&Commands::cmdVodGetMaxdomeSecureSerialNumber, std::string()));
+    ASSERT_TRUE(hears("onVodMaxdomeSecureSerialNumber(0:)"));
+    EXPECT_EQ(numbersOf("onPtsNotify").size(), 1U);
+    EXPECT_EQ(operate({"tune", "1:1025:28107"}), "");
+    EXPECT_TRUE(eventually([&] { return numbersOf("onPtsNotify").size() == 2; })) << "now there is one";
+}
+
 TEST_F(ARawBrowser, FollowsATemiTimelineUntilItStops) {
     tsmake::Multiplex multiplex = kSample;
     multiplex.services[0].timelineId = 9;

@@ -36,6 +36,7 @@ struct Service {
     std::uint8_t serviceType = 0;  ///< 0x19 HD television, 0x02 radio
     std::string name;
     bool hasVideo = true;
+    bool isSilent = false;  ///< the PAT and the SDT list it, and nothing else of it is sent
     Event present;
     Event following;
     std::vector<Application> applications;  ///< none: no AIT

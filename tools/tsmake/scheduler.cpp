@@ -144,15 +144,22 @@ class Scheduler {
 public:
     explicit Scheduler(const Multiplex& newMultiplex) : multiplex(newMultiplex) {
         for (const Service& service : multiplex.services) {
-            addStreams(service);
+            if (!service.isSilent) {
+                addStreams(service);
+            }
         }
         addTable(0x0000, 100, patSection(multiplex));
         for (const Service& service : multiplex.services) {
-            addTable(service.pmtPid, 100, pmtSection(service));
+            if (!service.isSilent) {
+                addTable(service.pmtPid, 100, pmtSection(service));
+            }
         }
         addTable(0x0010, 2000, nitSection(multiplex));
         addTable(0x0011, 1000, sdtSection(multiplex));
         for (const Service& service : multiplex.services) {
+            if (service.isSilent) {
+                continue;
+            }
             addTable(0x0012, 1000, eitSection(multiplex, service, false));
             addTable(0x0012, 1000, eitSection(multiplex, service, true));
             if (!service.applications.empty()) {
