@@ -14,6 +14,13 @@ constexpr std::uint16_t kNoTag = 0xFFFF;
 constexpr int kFirst = 0;
 constexpr std::uint32_t kTypes = 3;
 
+std::uint16_t tagOf(const si::Component& component) {
+    if (!component.tag) {
+        return kNoTag;
+    }
+    return *component.tag;
+}
+
 /// The three letters of a language, the first in the highest of the low 24 bits; 0 for none.
 std::uint32_t languageCode(const std::string& language) {
     std::uint32_t code = 0;
@@ -200,7 +207,7 @@ void DtvService::updateComponents(const broadcast::Channel& channel, Components 
         const bool selected = shown.selected(component.type) == &component;
         events->onComponentInfoChange(everyone, kNoTransport, component.index,
                                       static_cast<std::uint32_t>(component.type), component.pid, component.encoding,
-                                      component.aspectRatio, component.audioChannels, component.tag.value_or(kNoTag),
+                                      component.aspectRatio, component.audioChannels, tagOf(component),
                                       component.scrambled ? 1 : 0, languageCode(component.language), selected ? 1 : 0);
     }
     for (std::uint32_t type = 0; type < kTypes; ++type) {
