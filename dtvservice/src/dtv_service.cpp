@@ -243,11 +243,8 @@ void DtvService::onChannelList(const broadcast::SiDatabase& of) {
     if (channel == nullptr) {
         presented.reset();
     } else if (events != nullptr && channel->triplet() != toldTriplet) {
-        // Its network has become known: the same service under its whole name.
-        toldTriplet = channel->triplet();
-        frame::MsgIds everyone;
-        tellServiceInfo(everyone);
-        tellAitChannel(everyone, *channel);
+        // Its network has become known. What was told of it so far was told of another triplet.
+        present(*current, *channel);
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <fstream>
+#include <set>
 #include <string>
 
 #include "run_directory.h"
@@ -24,4 +25,19 @@ inline std::string writeBroadcast(const tsmake::Multiplex& multiplex, unsigned i
         file.write(reinterpret_cast<const char*>(packet), kPacketSize);
     });
     return path;
+}
+
+/// Packets without those of some PIDs.
+inline std::string withoutPids(const std::string& packets, const std::set<unsigned int>& pids) {
+    constexpr std::size_t kPacketSize = 188;
+    constexpr unsigned int kPidBits = 0x1FFF;
+    std::string kept;
+    for (std::size_t at = 0; at < packets.size(); at += kPacketSize) {
+        const auto high = static_cast<unsigned char>(packets[at + 1]);
+        const auto low = static_cast<unsigned char>(packets[at + 2]);
+        if (pids.count((static_cast<unsigned int>(high) << 8U | low) & kPidBits) == 0) {
+            kept += packets.substr(at, kPacketSize);
+        }
+    }
+    return kept;
 }

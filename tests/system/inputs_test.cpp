@@ -50,8 +50,7 @@ std::uint16_t freePort() {
     return socket.bindSomewhere();
 }
 
-std::vector<std::string> datagramsOf(const std::string& file) {
-    const std::string bytes = fileText(file);
+std::vector<std::string> datagramsOf(const std::string& bytes) {
     std::vector<std::string> datagrams;
     for (std::size_t at = 0; at < bytes.size(); at += kPacketSize * kPacketsADatagram) {
         datagrams.push_back(bytes.substr(at, kPacketSize * kPacketsADatagram));
@@ -90,7 +89,7 @@ protected:
         });
     }
 
-    const std::vector<std::string> datagrams = datagramsOf(SAMPLE_FILE);
+    const std::vector<std::string> datagrams = datagramsOf(fileText(SAMPLE_FILE));
     const Socket sender;
 };
 
@@ -138,6 +137,43 @@ TEST_F(AnInputThatComesByItself, MayBeRtpOutOfOrderWithLosses) {
         });
         return process.log().find(" RTP packets lost, 0 datagrams that are none, so far") != std::string::npos;
     }));
+}
+
+TEST_F(AnInputThatComesByItself, IsToldAnewWhenItsNetworkBecomesKnown) {
+    const std::uint16_t port = freePort();
+    const ServiceProcess process("udp://127.0.0.1:" + std::to_string(port));
+    const std::string ait =
+        "onAitSectionAvailable(" + shownValue(asText(tsmake::aitSection(kSample.services[0]))) + ")";
+    const auto playsUntil = [&](const std::vector<std::string>& broadcast, auto condition) {
+        std::size_t index = 0;
+        return eventually([&] {
+            sender.send(broadcast[index++ % broadcast.size()], addressOf("127.0.0.1", port));
+            return condition();
+        });
+    };
+    // NIT, SDT and EIT tell the network.
+    ASSERT_TRUE(playsUntil(datagramsOf(withoutPids(fileText(SAMPLE_FILE), {0x10, 0x11, 0x12})), [&] {
+        sends(&Commands::cmdTriggerAitReparse);
+        return heard(ait);
+    }));
+    EXPECT_TRUE(heard("onAitChannelInfoUpdated(0, 65535, 1025, 28106)"));
+    const auto times = [&](const std::string& event) {
+        const std::vector<std::string> texts = client->texts();
+        return std::count(texts.begin(), texts.end(), event);
+    };
+    const std::string channel = "onAitChannelInfoUpdated(0, 1, 1025, 28106)";
+    EXPECT_TRUE(playsUntil(datagrams, [&] { return heard(channel); }));
+    EXPECT_TRUE(eventually([&] {
+        const std::vector<std::string> texts = client->texts();
+        const auto told = std::find(texts.begin(), texts.end(), channel);
+        return std::find(told, texts.end(), ait) != texts.end();
+    })) << "the AIT again, for the channel by its whole name";
+    EXPECT_EQ(times("onServiceChanged(" + shownValue(std::string("service_started")) + ", " +
+                    shownValue(std::string("1:1025:28106")) + ")"),
+              1);
+    EXPECT_EQ(times("onPmtDataChange(1, 1025, 28106, 0, " +
+                    shownValue(asText(tsmake::pmtSection(kSample.services[0]))) + ")"),
+              1);
 }
 
 TEST_F(AnInputThatComesByItself, MayBeStandardInput) {
