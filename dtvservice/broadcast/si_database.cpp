@@ -21,10 +21,6 @@ constexpr std::uint8_t kEitPresentFollowingActualTableId = 0x4E;
 constexpr std::uint8_t kAitTableId = 0x74;
 constexpr std::size_t kLongHeader = 8;
 
-std::uint16_t tableIdExtension(si::Bytes section) {
-    return static_cast<std::uint16_t>(section.data[3] << 8 | section.data[4]);
-}
-
 /// A long-form section of that table which is valid now.
 bool isCurrent(si::Bytes section, std::uint8_t tableId) {
     return section.size > kLongHeader && section.data[0] == tableId && (section.data[1] & 0x80) != 0 &&
@@ -99,8 +95,8 @@ bool SiDatabase::signalsHbbTv(std::uint16_t serviceId) const {
 
 /// Files a section under its number. A new version forgets the sections of the old one.
 SiDatabase::Update SiDatabase::file(SubTable& table, si::Bytes section) {
-    const std::uint8_t version = (section.data[5] >> 1) & 0x1F;
-    const std::uint8_t number = section.data[6];
+    const std::uint8_t version = si::sectionVersion(section);
+    const std::uint8_t number = si::sectionNumber(section);
     if (table.version != version) {
         table.changed = table.version.has_value();
         table.version = version;
@@ -121,7 +117,7 @@ void SiDatabase::onPatSection(si::Bytes section) {
         return;
     }
     // A PAT counts when all of its sections are there.
-    const std::uint8_t lastNumber = section.data[7];
+    const std::uint8_t lastNumber = si::lastSectionNumber(section);
     if (pat.sections.size() == std::size_t{1} + lastNumber) {
         applyPat();
     }
@@ -185,7 +181,7 @@ void SiDatabase::onSdtSection(si::Bytes section) {
     if (!isCurrent(section, kSdtActualTableId)) {
         return;
     }
-    Multiplex& multiplex = multiplexes[tableIdExtension(section)];
+    Multiplex& multiplex = multiplexes[si::tableIdExtension(section)];
     if (file(multiplex.sdt, section) == Update::none) {
         return;
     }
@@ -247,7 +243,7 @@ void SiDatabase::onEitSection(si::Bytes section) {
         return;
     }
     // "Actual" says whose table it is; recorders that rewrite the PAT leave another transport_stream_id here.
-    const auto service = services.find(tableIdExtension(section));
+    const auto service = services.find(si::tableIdExtension(section));
     if (service == services.end()) {
         return;
     }
@@ -264,7 +260,7 @@ void SiDatabase::onEitSection(si::Bytes section) {
 }
 
 void SiDatabase::onPmtSection(std::uint16_t serviceId, si::Bytes section) {
-    if (!isCurrent(section, kPmtTableId) || tableIdExtension(section) != serviceId) {
+    if (!isCurrent(section, kPmtTableId) || si::tableIdExtension(section) != serviceId) {
         return;
     }
     std::string error;
@@ -305,7 +301,7 @@ void SiDatabase::followAit(std::uint16_t serviceId, const si::Pmt& pmt) {
 
 void SiDatabase::onAitSection(std::uint16_t serviceId, si::Bytes section) {
     constexpr std::uint16_t kTypeMask = 0x7FFF;
-    if (!isCurrent(section, kAitTableId) || (tableIdExtension(section) & kTypeMask) != si::kApplicationTypeHbbTv) {
+    if (!isCurrent(section, kAitTableId) || (si::tableIdExtension(section) & kTypeMask) != si::kApplicationTypeHbbTv) {
         return;
     }
     const Update update = file(services[serviceId].ait, section);

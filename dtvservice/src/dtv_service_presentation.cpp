@@ -8,7 +8,6 @@ using lo::browserdvbservice::TuneInfoComponent;
 
 namespace {
 
-constexpr std::size_t kSectionNumberAt = 6;
 constexpr std::uint32_t kNoIndex = 0xFFFFFFFF;
 constexpr std::uint16_t kNoTag = 0xFFFF;
 constexpr int kFirst = 0;
@@ -171,7 +170,7 @@ int DtvService::cmdDtvInfoRequest(frame::MsgIds& ids, const frame::TransportInfo
 /// What the EIT's present event tells of its components.
 si::Descriptors DtvService::presentEvent(const broadcast::Channel& channel) const {
     const std::vector<broadcast::Section> eit = current->si.eit(channel.serviceId);
-    const bool hasPresent = !eit.empty() && eit[0].size() > kSectionNumberAt && eit[0][kSectionNumberAt] == 0;
+    const bool hasPresent = !eit.empty() && si::sectionNumber(eit[0]) == 0;
     return hasPresent ? si::firstEventDescriptors(eit[0]) : si::Descriptors();
 }
 

@@ -100,7 +100,7 @@ void StreamEventListeners::onSection(Listener& listener, si::Bytes section) {
         if (event.id != listener.eventId) {
             continue;
         }
-        const auto extension = static_cast<std::uint16_t>(section.data[3] << 8 | section.data[4]);
+        const auto extension = si::tableIdExtension(section);
         const std::uint8_t version = si::sectionVersion(section);
         const auto [known, isNew] = listener.versions.try_emplace(extension, version);
         if (isNew || known->second != version) {

@@ -24,10 +24,30 @@ constexpr std::array<std::uint32_t, 256> makeCrcTable() {
 
 constexpr std::array<std::uint32_t, 256> kCrcTable = makeCrcTable();
 
+unsigned int byteAt(Bytes section, std::size_t index) {
+    return index < section.size ? section.data[index] : 0U;
+}
+
 }  // namespace
 
 std::size_t announcedSize(const std::uint8_t* section) {
     return kSectionHeaderSize + ((static_cast<std::size_t>(section[1] & 0x0FU) << 8U) | section[2]);
+}
+
+std::uint16_t tableIdExtension(Bytes section) {
+    return static_cast<std::uint16_t>(byteAt(section, 3) << 8U | byteAt(section, 4));
+}
+
+std::uint8_t sectionVersion(Bytes section) {
+    return static_cast<std::uint8_t>(byteAt(section, 5) >> 1U & 0x1FU);
+}
+
+std::uint8_t sectionNumber(Bytes section) {
+    return static_cast<std::uint8_t>(byteAt(section, 6));
+}
+
+std::uint8_t lastSectionNumber(Bytes section) {
+    return static_cast<std::uint8_t>(byteAt(section, 7));
 }
 
 std::uint32_t crc32(Bytes bytes) {

@@ -38,9 +38,4 @@ std::vector<StreamEvent> streamEvents(Bytes section) {
     return events;
 }
 
-std::uint8_t sectionVersion(Bytes section) {
-    constexpr std::size_t kVersionAt = 5;
-    return section.size > kVersionAt ? section.data[kVersionAt] >> 1U & 0x1FU : 0;
-}
-
 }  // namespace si

@@ -26,6 +26,12 @@ constexpr std::size_t kLongestSection = 4096;
 /// section_length + 3: the whole section, as its first three bytes announce it. The bytes have to be there.
 std::size_t announcedSize(const std::uint8_t* section);
 
+/// Fields of the long form; 0 where the section is too short to have them.
+std::uint16_t tableIdExtension(Bytes section);
+std::uint8_t sectionVersion(Bytes section);
+std::uint8_t sectionNumber(Bytes section);
+std::uint8_t lastSectionNumber(Bytes section);
+
 /// Whether CRC_32 is right, for sections that have one: those with section_syntax_indicator, and the TOT. Others pass.
 bool crcIsRight(Bytes section);
 

@@ -18,7 +18,5 @@ struct StreamEvent {
 
 /// The events of a section, in their order; none for a section of another table.
 std::vector<StreamEvent> streamEvents(Bytes section);
-/// version_number of a long-form section.
-std::uint8_t sectionVersion(Bytes section);
 
 }  // namespace si
