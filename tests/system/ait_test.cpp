@@ -77,10 +77,18 @@ TEST_F(ABrowserWithAnAitClient, GetsEachNewSectionOnceOfAnAitThatChangesEverySec
     constexpr unsigned int kSections = 3;
     tsmake::Multiplex multiplex = kSample;
     tsmake::Service& changing = multiplex.services[0];
-    changing.applications.push_back({0x190, 3, 2, "Third", "http://hbbtv.one.example/", "third.html"});
-    changing.aitSections = kSections;
-    changing.aitInterval = 100;
-    changing.aitLifetime = 1;
+    std::vector<tsmake::Application> applications = changing.ait.versions[0].applications;
+    applications.push_back({0x190, 3, 2, "Third", "http://hbbtv.one.example/", "third.html"});
+    changing.ait.sections = kSections;
+    changing.ait.interval = 100;
+    changing.ait.versions.clear();
+    for (unsigned int second = 0; second < kSeconds; ++second) {
+        constexpr unsigned int kVersions = 32;
+        for (tsmake::Application& application : applications) {
+            application.initialPath = "index.html?changes=" + std::to_string(second);
+        }
+        changing.ait.versions.push_back({second, static_cast<std::uint8_t>((1 + second) % kVersions), applications});
+    }
     const ServiceProcess service(writeBroadcast(multiplex, kSeconds, "changing.ts"));
     ASSERT_TRUE(tunesTo(28106));
 

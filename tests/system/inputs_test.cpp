@@ -89,6 +89,16 @@ protected:
         });
     }
 
+    /// Sends a broadcast again and again until the condition holds.
+    template <typename Condition>
+    bool playsUntil(std::uint16_t port, const std::vector<std::string>& broadcast, Condition condition) {
+        std::size_t index = 0;
+        return eventually([&] {
+            sender.send(broadcast[index++ % broadcast.size()], addressOf("127.0.0.1", port));
+            return condition();
+        });
+    }
+
     const std::vector<std::string> datagrams = datagramsOf(fileText(SAMPLE_FILE));
     const Socket sender;
 };
@@ -144,36 +154,73 @@ TEST_F(AnInputThatComesByItself, IsToldAnewWhenItsNetworkBecomesKnown) {
     const ServiceProcess process("udp://127.0.0.1:" + std::to_string(port));
     const std::string ait =
         "onAitSectionAvailable(" + shownValue(asText(tsmake::aitSection(kSample.services[0]))) + ")";
-    const auto playsUntil = [&](const std::vector<std::string>& broadcast, auto condition) {
-        std::size_t index = 0;
-        return eventually([&] {
-            sender.send(broadcast[index++ % broadcast.size()], addressOf("127.0.0.1", port));
-            return condition();
-        });
-    };
     // NIT, SDT and EIT tell the network.
-    ASSERT_TRUE(playsUntil(datagramsOf(withoutPids(fileText(SAMPLE_FILE), {0x10, 0x11, 0x12})), [&] {
+    ASSERT_TRUE(playsUntil(port, datagramsOf(withoutPids(fileText(SAMPLE_FILE), {0x10, 0x11, 0x12})), [&] {
         sends(&Commands::cmdTriggerAitReparse);
         return heard(ait);
     }));
     EXPECT_TRUE(heard("onAitChannelInfoUpdated(0, 65535, 1025, 28106)"));
-    const auto times = [&](const std::string& event) {
-        const std::vector<std::string> texts = client->texts();
-        return std::count(texts.begin(), texts.end(), event);
-    };
     const std::string channel = "onAitChannelInfoUpdated(0, 1, 1025, 28106)";
-    EXPECT_TRUE(playsUntil(datagrams, [&] { return heard(channel); }));
+    EXPECT_TRUE(playsUntil(port, datagrams, [&] { return heard(channel); }));
     EXPECT_TRUE(eventually([&] {
         const std::vector<std::string> texts = client->texts();
         const auto told = std::find(texts.begin(), texts.end(), channel);
         return std::find(told, texts.end(), ait) != texts.end();
     })) << "the AIT again, for the channel by its whole name";
-    EXPECT_EQ(times("onServiceChanged(" + shownValue(std::string("service_started")) + ", " +
-                    shownValue(std::string("1:1025:28106")) + ")"),
+    EXPECT_EQ(timesHeard("onServiceChanged(" + shownValue(std::string("service_started")) + ", " +
+                         shownValue(std::string("1:1025:28106")) + ")"),
               1);
-    EXPECT_EQ(times("onPmtDataChange(1, 1025, 28106, 0, " +
-                    shownValue(asText(tsmake::pmtSection(kSample.services[0]))) + ")"),
+    EXPECT_EQ(timesHeard("onPmtDataChange(1, 1025, 28106, 0, " +
+                         shownValue(asText(tsmake::pmtSection(kSample.services[0]))) + ")"),
               1);
+}
+
+TEST_F(AnInputThatComesByItself, IsToldOfEachChangeOnce) {
+    tsmake::Multiplex multiplex = kSample;
+    tsmake::Service& changing = multiplex.services[0];
+    changing.events = {{1, "First", "", 2}, {2, "Second", "", 3600}};
+    changing.ait.versions.push_back({2, 2, {}});
+    changing.ait.end = 4;
+    const std::string broadcast = fileText(writeBroadcast(multiplex, 6, "changes.ts"));
+    // From a little after a change to the next one, so that each part can be sent again and again.
+    const auto part = [&](std::size_t second) {
+        constexpr std::size_t kPacketsASecond = 1000;
+        constexpr std::size_t kSettled = 300;
+        return datagramsOf(broadcast.substr((second * kPacketsASecond + kSettled) * kPacketSize,
+                                            (2 * kPacketsASecond - kSettled) * kPacketSize));
+    };
+    const std::uint16_t port = freePort();
+    const ServiceProcess process("udp://127.0.0.1:" + std::to_string(port));
+    const auto eit = [&](int update, bool following, std::size_t present) {
+        return "onEitDataChange(" + std::to_string(update) + ", " +
+               shownValue(asText(tsmake::eitSection(multiplex, changing, following, present))) + ")";
+    };
+    const auto ait = [&](std::size_t state) {
+        return "onAitSectionAvailable(" + shownValue(asText(tsmake::aitSection(changing, 0, state))) + ")";
+    };
+    const auto pmt = [&](int update) {
+        return "onPmtDataChange(1, 1025, 28106, " + std::to_string(update) + ", " +
+               shownValue(asText(tsmake::pmtSection(changing, update != 0))) + ")";
+    };
+    lo::browserdvbservice::TuneInfoChannel channel;
+    channel.onid = 1;
+    channel.tsid = 1025;
+    channel.sid = changing.serviceId;
+    ASSERT_TRUE(playsUntil(port, part(0), [&] {
+        sends(&Commands::cmdTuneToService, channel);
+        return heard(pmt(0)) && heard(eit(0, false, 0)) && heard(eit(0, true, 0)) && heard(ait(0));
+    }));
+    EXPECT_TRUE(playsUntil(port, part(2), [&] {
+        return heard(eit(1, false, 1)) && heard(eit(1, true, 1)) && heard(ait(1));
+    })) << testing::PrintToString(client->texts());
+    EXPECT_TRUE(playsUntil(port, part(4), [&] { return heard("onAitParsingStateChanged(0)") && heard(pmt(1)); }));
+    // What is answered last shows that nothing else came.
+    sends(&Commands::cmdVodGetMaxdomeSecureSerialNumber, std::string());
+    ASSERT_TRUE(hears("onVodMaxdomeSecureSerialNumber(0:)"));
+    for (const std::string& once : {eit(1, false, 1), eit(1, true, 1), ait(1), pmt(1)}) {
+        EXPECT_EQ(timesHeard(once), 1) << once;
+    }
+    EXPECT_EQ(timesHeard("onAitParsingStateChanged(0)"), 1);
 }
 
 TEST_F(AnInputThatComesByItself, MayBeStandardInput) {

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <boost/make_shared.hpp>
 #include <sstream>
 
@@ -58,6 +59,11 @@ protected:
     bool heard(const std::string& text) const {
         const std::vector<std::string> texts = client->texts();
         return std::find(texts.begin(), texts.end(), text) != texts.end();
+    }
+    /// How often an event was heard so far.
+    std::ptrdiff_t timesHeard(const std::string& text) const {
+        const std::vector<std::string> texts = client->texts();
+        return std::count(texts.begin(), texts.end(), text);
     }
     /// The numbers of every event of that name so far.
     std::vector<std::vector<std::uint64_t>> numbersOf(const std::string& event) const {

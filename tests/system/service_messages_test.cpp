@@ -13,6 +13,9 @@ std::string number(std::uint64_t value) {
     return std::to_string(value);
 }
 
+const std::uint16_t kVideoPid = kFirst.components[0].pid;
+const std::uint16_t kAudioPid = kFirst.components[1].pid;
+
 /// The triplet of the first service, as it ends an event.
 const std::string kTriplet = "1, 1025, " + number(kFirst.serviceId) + ")";
 
@@ -28,24 +31,39 @@ std::string selected(unsigned int index, unsigned int type, unsigned int pid) {
 TEST_F(ARawBrowser, IsToldOfTheComponentsOfThePresentedService) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kFirst));
-    EXPECT_TRUE(hears("onComponentInfoChange(0, 0, " + number(kFirst.videoPid) + ", 27, 0, 0, 1, 0, 0, 1)"));
-    EXPECT_TRUE(hears("onComponentInfoChange(1, 1, " + number(kFirst.audioPid) + ", 3, 0, 0, 2, 0, " +
-                      number(kEnglish) + ", 1)"));
-    EXPECT_TRUE(hears(selected(0, 0, kFirst.videoPid)));
-    EXPECT_TRUE(hears(selected(1, 1, kFirst.audioPid)));
+    EXPECT_TRUE(hears("onComponentInfoChange(0, 0, " + number(kVideoPid) + ", 27, 0, 0, 1, 0, 0, 1)"));
+    EXPECT_TRUE(
+        hears("onComponentInfoChange(1, 1, " + number(kAudioPid) + ", 3, 0, 0, 2, 0, " + number(kEnglish) + ", 1)"));
+    EXPECT_TRUE(hears(selected(0, 0, kVideoPid)));
+    EXPECT_TRUE(hears(selected(1, 1, kAudioPid)));
+}
+
+TEST_F(ARawBrowser, IsToldOfComponentsAsTheirDescriptorsAre) {
+    tsmake::Multiplex multiplex = kSample;
+    using Kind = tsmake::Component::Kind;
+    std::vector<tsmake::Component>& components = multiplex.services[0].components;
+    components[1] = {Kind::audio, std::nullopt, "deu", kAudioPid};
+    components.push_back({Kind::subtitle, 4, "fra", 0x110});
+    const ServiceProcess process(writeBroadcast(multiplex, 2, "untagged.ts"));
+    ASSERT_TRUE(presents(multiplex.services[0]));
+    constexpr std::uint32_t kGerman = 0x646575;
+    constexpr std::uint32_t kFrench = 0x667261;
+    constexpr unsigned int kSubtitling = 0x5906;
+    EXPECT_TRUE(
+        hears("onComponentInfoChange(1, 1, " + number(kAudioPid) + ", 3, 0, 0, 65535, 0, " + number(kGerman) + ", 1)"))
+        << "it has no component_tag";
+    EXPECT_TRUE(
+        hears("onComponentInfoChange(2, 2, 272, " + number(kSubtitling) + ", 0, 0, 4, 0, " + number(kFrench) + ", 0)"));
 }
 
 TEST_F(ARawBrowser, StopsAndPresentsTheComponentsOfAType) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kFirst));
-    ASSERT_TRUE(hears(selected(1, 1, kFirst.audioPid)));
+    ASSERT_TRUE(hears(selected(1, 1, kAudioPid)));
     ASSERT_TRUE(sends(&Commands::cmdUnselectComponent, lo::browserdvbservice::ComponentTypeAudio));
     EXPECT_TRUE(hears(selected(0xFFFFFFFF, 1, 0x1FFF)));
     ASSERT_TRUE(sends(&Commands::cmdSelectComponent, lo::browserdvbservice::ComponentTypeAudio));
-    EXPECT_TRUE(eventually([&] {
-        const std::vector<std::string> texts = client->texts();
-        return std::count(texts.begin(), texts.end(), selected(1, 1, kFirst.audioPid)) >= 2;
-    }));
+    EXPECT_TRUE(eventually([&] { return timesHeard(selected(1, 1, kAudioPid)) >= 2; }));
     ASSERT_TRUE(sends(&Commands::cmdSelectComponent, lo::browserdvbservice::ComponentTypeSubtitle));
     EXPECT_TRUE(eventually(
         [&] { return process.log().find("cmdSelectComponent(): no component of type 2") != std::string::npos; }));
@@ -57,14 +75,13 @@ TEST_F(ARawBrowser, PresentsAComponentByItsPid) {
     ASSERT_TRUE(sends(&Commands::cmdUnselectComponent, lo::browserdvbservice::ComponentTypeVideo));
     ASSERT_TRUE(hears(selected(0xFFFFFFFF, 0, 0x1FFF)));
     const auto before = numbersOf("onSelectedComponentChange").size();
-    ASSERT_TRUE(sends(&Commands::cmdTuneToComponent, TuneInfoComponent{0, kFirst.videoPid, 0}));
+    ASSERT_TRUE(sends(&Commands::cmdTuneToComponent, TuneInfoComponent{0, kVideoPid, 0}));
     ASSERT_TRUE(eventually([&] { return numbersOf("onSelectedComponentChange").size() > before; }));
     EXPECT_EQ(numbersOf("onSelectedComponentChange").back(),
-              (std::vector<std::uint64_t>{0, 0, kFirst.videoPid, 1, 1025, kFirst.serviceId}));
-    ASSERT_TRUE(sends(&Commands::cmdTuneToComponent, TuneInfoComponent{1, kFirst.videoPid, 0}));
-    EXPECT_TRUE(eventually([&] {
-        return process.log().find("no component of type 1 on PID " + number(kFirst.videoPid)) != std::string::npos;
-    }));
+              (std::vector<std::uint64_t>{0, 0, kVideoPid, 1, 1025, kFirst.serviceId}));
+    ASSERT_TRUE(sends(&Commands::cmdTuneToComponent, TuneInfoComponent{1, kVideoPid, 0}));
+    EXPECT_TRUE(eventually(
+        [&] { return process.log().find("no component of type 1 on PID " + number(kVideoPid)) != std::string::npos; }));
 }
 
 TEST_F(ARawBrowser, IsToldThePtsAndThePcrOfThePresentedService) {
@@ -190,7 +207,9 @@ TEST_F(ARawBrowser, GetsTheConfiguredSerialNumber) {
 
 TEST_F(ARawBrowser, IsSignalledEachVersionOfAStreamEventOnce) {
     tsmake::Multiplex multiplex = kSample;
-    multiplex.services[0].streamEvents = {{5, "one", 1}, {6, "other", 2}, {5, "two", 3}};
+    multiplex.services[0].streamEvents.events = {{5, "", "one", 1}, {6, "", "other", 2}, {5, "", "two", 3}};
+    std::string error;
+    ASSERT_TRUE(tsmake::assignPids(multiplex, error)) << error;
     const ServiceProcess process({writeBroadcast(multiplex, 5, "events.ts"), "--once"});
     ASSERT_TRUE(eventually([&] {
         sends(&Commands::cmdDtvInfoRequest);
@@ -215,8 +234,7 @@ TEST_F(ARawBrowser, IsSignalledEachVersionOfAStreamEventOnce) {
     };
     EXPECT_TRUE(hears(signalled("one")));
     EXPECT_TRUE(hears(signalled("two")));
-    const std::vector<std::string> texts = client->texts();
-    EXPECT_EQ(std::count(texts.begin(), texts.end(), signalled("one")), 1);
+    EXPECT_EQ(timesHeard(signalled("one")), 1);
     EXPECT_FALSE(heard(signalled("other"))) << "event 6 is not listened to";
     ASSERT_TRUE(listens(&Commands::cmdRemoveStreamEventListener, "5", 7));
     EXPECT_TRUE(hears(answer("onStreamEventListenerRemoved", "5", 7, 0)));

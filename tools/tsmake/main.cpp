@@ -3,8 +3,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
 #include <string>
 
+#include "description.h"
 #include "scheduler.h"
 
 namespace {
@@ -14,12 +18,13 @@ constexpr unsigned int kDefaultSeconds = 4;
 constexpr unsigned int kMostSeconds = 3600;
 
 constexpr const char* kUsage =
-    "usage: tsmake OUT.ts [--seconds N]\n"
+    "usage: tsmake OUT.ts [--description FILE] [--seconds N]   write a multiplex\n"
+    "       tsmake --print-sample                             print the sample's description\n"
     "\n"
-    "Writes a multiplex of three television services and a radio, with PAT, PMT, NIT, SDT, EIT present/following, TDT "
-    "and\n"
-    "HbbTV AITs. The same call writes the same bytes.\n"
-    "  --seconds N   how long it plays, 1 to 3600; 4 unless given\n";
+    "Writes the multiplex that FILE describes, or the sample: three television services and a radio. The same call\n"
+    "writes the same bytes.\n"
+    "  --description FILE   JSON with // comments; docs/tsmake.md has the keys, and the sample is an example\n"
+    "  --seconds N          how long it plays, 1 to 3600; 4 unless given\n";
 
 [[noreturn]] void endWithUsage(const std::string& error) {
     std::fprintf(stderr, "tsmake: %s\n%s", error.c_str(), kUsage);
@@ -35,43 +40,95 @@ unsigned int secondsOf(const char* text) {
     return static_cast<unsigned int>(seconds);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    std::string path;
+struct Options {
+    std::string output;
+    std::string description;
     unsigned int seconds = kDefaultSeconds;
+};
+
+Options parseOptions(int argc, char** argv) {
+    Options options;
     for (int index = 1; index < argc; ++index) {
         const std::string argument = argv[index];
         if (argument == "--help") {
             std::fputs(kUsage, stdout);
-            return 0;
+            std::exit(0);
         }
-        if (argument == "--seconds") {
+        if (argument == "--print-sample") {
+            std::fputs(tsmake::sampleDescription(), stdout);
+            std::exit(0);
+        }
+        if (argument == "--seconds" || argument == "--description") {
             if (++index == argc) {
-                endWithUsage("--seconds needs a value");
+                endWithUsage(argument + " needs a value");
             }
-            seconds = secondsOf(argv[index]);
-        } else if (!path.empty() || argument[0] == '-') {
+            if (argument == "--seconds") {
+                options.seconds = secondsOf(argv[index]);
+            } else {
+                options.description = argv[index];
+            }
+        } else if (!options.output.empty() || argument[0] == '-') {
             endWithUsage("unexpected argument " + argument);
         } else {
-            path = argument;
+            options.output = argument;
         }
     }
-    if (path.empty()) {
+    if (options.output.empty()) {
         endWithUsage("no file named");
     }
-    std::FILE* const file = std::fopen(path.c_str(), "wbe");
-    if (file == nullptr) {
-        std::fprintf(stderr, "tsmake: cannot write %s: %s\n", path.c_str(), std::strerror(errno));
-        return 1;
+    return options;
+}
+
+[[noreturn]] void endWithError(const std::string& error) {
+    std::fprintf(stderr, "tsmake: %s\n", error.c_str());
+    std::exit(1);
+}
+
+tsmake::Multiplex multiplexOf(const std::string& path) {
+    if (path.empty()) {
+        return tsmake::sampleMultiplex();
     }
-    constexpr std::size_t kPacketSize = 188;
-    tsmake::writeMultiplex(tsmake::sampleMultiplex(), seconds,
-                           [file](const std::uint8_t* packet) { std::fwrite(packet, 1, kPacketSize, file); });
+    std::ifstream file(path, std::ios::binary);
+    const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    if (!file.is_open() || file.bad()) {
+        endWithError("cannot read " + path + ": " + std::strerror(errno));
+    }
+    std::string error;
+    const std::optional<tsmake::Multiplex> multiplex = tsmake::parseDescription(text, error);
+    if (!multiplex) {
+        endWithError(path + ": " + error);
+    }
+    return *multiplex;
+}
+
+void write(const tsmake::Multiplex& multiplex, const Options& options) {
+    std::FILE* const file = std::fopen(options.output.c_str(), "wbe");
+    if (file == nullptr) {
+        endWithError("cannot write " + options.output + ": " + std::strerror(errno));
+    }
+    std::string problem;
+    try {
+        constexpr std::size_t kPacketSize = 188;
+        tsmake::writeMultiplex(multiplex, options.seconds,
+                               [file](const std::uint8_t* packet) { std::fwrite(packet, 1, kPacketSize, file); });
+    } catch (const std::length_error& failure) {
+        problem = failure.what();
+    }
     const bool failed = std::ferror(file) != 0;
     if (std::fclose(file) != 0 || failed) {
-        std::fprintf(stderr, "tsmake: cannot write %s: %s\n", path.c_str(), std::strerror(errno));
-        return 1;
+        problem = std::strerror(errno);
     }
+    if (!problem.empty()) {
+        // Half a broadcast would look like a whole one.
+        std::remove(options.output.c_str());
+        endWithError("cannot write " + options.output + ": " + problem);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const Options options = parseOptions(argc, argv);
+    write(multiplexOf(options.description), options);
     return 0;
 }

@@ -3,10 +3,14 @@
 
 #include <cstdint>
 #include <ctime>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace tsmake {
+
+/// Where tables differ during the broadcast, each state has the second in which it begins.
+using Second = unsigned int;
 
 struct Application {
     std::uint32_t organisationId = 0;
@@ -17,17 +21,63 @@ struct Application {
     std::string initialPath;
 };
 
+/// The applications from a second on.
+struct AitVersion {
+    Second second = 0;
+    std::uint8_t version = 0;
+    std::vector<Application> applications;
+};
+
+struct Ait {
+    std::vector<AitVersion> versions;  ///< by their beginning; none: there is no AIT
+    std::optional<std::uint8_t> tag = 5;
+    unsigned int sections = 1;    ///< the applications are dealt out among them
+    unsigned int interval = 200;  ///< milliseconds between two repetitions
+    std::optional<Second> end;    ///< from then on neither the PMT signals it nor is it sent
+    std::uint16_t pid = 0;
+};
+
+/// An event of the EIT. The service's events follow one another, the first begins with the broadcast.
 struct Event {
     std::uint16_t eventId = 0;
     std::string name;
     std::string text;
+    unsigned int duration = 3600;  ///< seconds
+};
+
+struct Component {
+    enum class Kind { video, audio, subtitle };
+    Kind kind = Kind::video;
+    std::optional<std::uint8_t> tag;
+    std::string language;  ///< three letters, or empty
+    std::uint16_t pid = 0;
 };
 
 /// A stream event, sent again and again with its version until the next begins.
 struct StreamEvent {
     std::uint16_t eventId = 0;
+    std::string name;  ///< in the carousel's stream event object
     std::string data;
-    unsigned int second = 0;  ///< of the broadcast, in which it begins
+    Second second = 0;
+};
+
+struct StreamEvents {
+    std::vector<StreamEvent> events;  ///< by their beginning; none: there is no such component
+    std::optional<std::uint8_t> tag = 7;
+    std::uint16_t pid = 0;
+    /// Path of the object that names the events, in a carousel of its own; empty: there is no carousel.
+    std::string object;
+    std::uint8_t carouselTag = 8;
+    std::uint16_t carouselPid = 0;
+};
+
+/// Sections that carry nothing but their number, for measurements.
+struct PrivateSections {
+    std::optional<std::uint8_t> tag;
+    std::uint8_t tableId = 0x80;
+    unsigned int perSecond = 10;
+    unsigned int size = 1024;  ///< of a whole section, in bytes
+    std::uint16_t pid = 0;
 };
 
 /// Texts are bytes as they stand in the tables, the character table's mark in front where there is one.
@@ -35,41 +85,53 @@ struct Service {
     std::uint16_t serviceId = 0;
     std::uint8_t serviceType = 0;  ///< 0x19 HD television, 0x02 radio
     std::string name;
-    bool hasVideo = true;
     bool isSilent = false;  ///< the PAT and the SDT list it, and nothing else of it is sent
-    Event present;
-    Event following;
-    std::vector<Application> applications;  ///< none: no AIT
-    unsigned int aitSections = 1;           ///< the applications are dealt out among them
-    unsigned int aitInterval = 200;         ///< milliseconds between two repetitions
-    unsigned int aitLifetime = 0;           ///< seconds until the AIT changes its version; 0: it never does
-
-    std::vector<StreamEvent> streamEvents;  ///< by their beginning; on a stream of their own with component_tag 7
-    std::uint8_t timelineId = 0;            ///< of the TEMI timeline that the stream with the PCR carries
-    std::uint32_t timescale = 0;            ///< its ticks a second; 0: there is no timeline
-
-    // PIDs, given by the multiplex in order.
+    std::vector<Component> components;
+    std::vector<Event> events;
+    Ait ait;
+    StreamEvents streamEvents;
+    std::uint8_t timelineId = 0;  ///< of the TEMI timeline that the stream with the PCR carries
+    std::uint32_t timescale = 0;  ///< its ticks a second; 0: there is no timeline
+    std::vector<PrivateSections> privateSections;
     std::uint16_t pmtPid = 0;
-    std::uint16_t videoPid = 0;
-    std::uint16_t audioPid = 0;
-    std::uint16_t aitPid = 0;
-    std::uint16_t streamEventPid = 0;
 
     /// The timeline's value in the packet with that PCR (27 MHz). It began with the broadcast.
     std::uint64_t mediaTimestampAt(std::uint64_t pcr) const { return pcr * timescale / 27000000; }
-    std::uint16_t pcrPid() const { return hasVideo ? videoPid : audioPid; }
+    /// The first component carries the PCR.
+    std::uint16_t pcrPid() const { return components.empty() ? 0x1FFF : components.front().pid; }
+};
+
+/// A service of another transport stream, which only the SDT (other) tells of.
+struct OtherService {
+    std::uint16_t serviceId = 0;
+    std::uint8_t serviceType = 0;
+    std::string name;
+};
+
+struct OtherStream {
+    std::uint16_t originalNetworkId = 0;
+    std::uint16_t transportStreamId = 0;
+    std::string deliverySystem;  ///< as of the multiplex
+    std::vector<OtherService> services;
 };
 
 struct Multiplex {
+    std::uint64_t bitRate = 1504000;
     std::uint16_t originalNetworkId = 0;
     std::uint16_t transportStreamId = 0;
     std::string networkName;
     std::string provider;
-    std::time_t start = 0;  ///< UTC of the first packet; the present events began then
+    std::time_t start = 0;       ///< UTC of the first packet
+    std::string deliverySystem;  ///< the NIT's descriptor, tag and length included
     std::vector<Service> services;
+    std::vector<OtherStream> otherStreams;
 };
 
 /// The project's sample: three television services and a radio, two of them with HbbTV applications.
 Multiplex sampleMultiplex();
+
+/// Gives PIDs to what has none, service by service in their order. False, with what is wrong, when two things have the
+/// same PID or there are no more.
+bool assignPids(Multiplex& multiplex, std::string& error);
 
 }  // namespace tsmake

@@ -5,7 +5,11 @@
 #include <array>
 #include <deque>
 #include <map>
+#include <optional>
+#include <stdexcept>
+#include <string>
 
+#include "carousel.h"
 #include "tables.h"
 
 namespace tsmake {
@@ -13,10 +17,8 @@ namespace tsmake {
 namespace {
 
 constexpr std::size_t kPacketSize = 188;
-constexpr std::uint64_t kBitRate = 1504000;
-constexpr std::uint64_t kPacketsPerSecond = kBitRate / (kPacketSize * 8);
+constexpr std::uint64_t kPacketBits = kPacketSize * 8;
 constexpr std::uint64_t kTicks = 27000000;
-constexpr std::uint64_t kTicksPerPacket = kTicks / kPacketsPerSecond;
 constexpr std::uint64_t kMillisecond = kTicks / 1000;
 /// What a decoder has to buffer before it presents.
 constexpr std::uint64_t kPresentationDelay = 500 * kMillisecond;
@@ -140,43 +142,60 @@ Bytes audioUnit(std::uint64_t ticks) {
     return pesUnit(0xC0, ticks, frame);
 }
 
+/// A display set of DVB subtitles that shows nothing: end of display set (EN 300 743).
+Bytes subtitleUnit(std::uint64_t ticks) {
+    return pesUnit(0xBD, ticks, {0x20, 0x00, 0x0F, 0x80, 0x00, 0x01, 0x00, 0x00, 0xFF});
+}
+
+/// The latest of the states that have begun; none before the first.
+template <typename State>
+std::optional<std::size_t> stateAt(const std::vector<State>& states, std::uint64_t ticks) {
+    std::size_t begun = 0;
+    while (begun < states.size() && states[begun].second * kTicks <= ticks) {
+        ++begun;
+    }
+    return begun == 0 ? std::nullopt : std::optional(begun - 1);
+}
+
+/// The event that is present; the last one stays.
+std::size_t presentAt(const Service& service, std::uint64_t ticks) {
+    std::size_t present = 0;
+    std::uint64_t end = 0;
+    while (present + 1 < service.events.size() && (end += service.events[present].duration) * kTicks <= ticks) {
+        ++present;
+    }
+    return present;
+}
+
 class Scheduler {
 public:
     explicit Scheduler(const Multiplex& newMultiplex) : multiplex(newMultiplex) {
-        for (const Service& service : multiplex.services) {
-            if (!service.isSilent) {
-                addStreams(service);
-            }
-        }
+        forEachHeard([this](const Service& service) { addStreams(service); });
         addTable(0x0000, 100, patSection(multiplex));
-        for (const Service& service : multiplex.services) {
-            if (!service.isSilent) {
-                addTable(service.pmtPid, 100, pmtSection(service));
-            }
-        }
+        forEachHeard([this](const Service& service) { addPmt(service); });
         addTable(0x0010, 2000, nitSection(multiplex));
         addTable(0x0011, 1000, sdtSection(multiplex));
-        for (const Service& service : multiplex.services) {
-            if (service.isSilent) {
-                continue;
-            }
-            addTable(0x0012, 1000, eitSection(multiplex, service, false));
-            addTable(0x0012, 1000, eitSection(multiplex, service, true));
-            if (!service.applications.empty()) {
-                addAit(service);
-            }
-            if (!service.streamEvents.empty()) {
-                addStreamEvents(service);
-            }
+        for (const OtherStream& other : multiplex.otherStreams) {
+            addTable(0x0011, 2000, otherSdtSection(other, multiplex.provider));
         }
-        sources.push_back({0x0014, kTicks, 0, nullptr, [this](std::uint64_t ticks) {
-                               return sectionUnit(tdtSection(multiplex, static_cast<std::time_t>(ticks / kTicks)));
-                           }});
+        forEachHeard([this](const Service& service) {
+            addEit(service);
+            addAit(service);
+            addStreamEvents(service);
+            addPrivateSections(service);
+        });
+        add(0x0014, 1000, [this](std::uint64_t ticks) {
+            return sectionUnit(tdtSection(multiplex, static_cast<std::time_t>(ticks / kTicks)));
+        });
     }
 
     void run(unsigned int seconds, const PacketSink& sink) {
-        for (std::uint64_t slot = 0; slot < seconds * kPacketsPerSecond; ++slot) {
-            const Packet packet = packetAt(slot * kTicksPerPacket);
+        for (std::uint64_t slot = 0;; ++slot) {
+            const std::uint64_t ticks = slot * kPacketBits * kTicks / multiplex.bitRate;
+            if (ticks >= seconds * kTicks) {
+                break;
+            }
+            const Packet packet = packetAt(ticks);
             sink(packet.data());
         }
     }
@@ -187,56 +206,114 @@ private:
         const Source* source;
         Bytes unit;
         std::size_t at;
+        std::uint64_t since;  // ticks
     };
 
-    void addTable(std::uint16_t pid, std::uint64_t milliseconds, const Section& section) {
-        Bytes unit = sectionUnit(section);
-        // Tables begin one after the other, so that they do not all fall due together for ever.
-        const std::uint64_t begin = sources.size() * kMillisecond;
-        sources.push_back({pid, milliseconds * kMillisecond, begin, nullptr, [unit](std::uint64_t) { return unit; }});
+    template <typename Visit>
+    void forEachHeard(Visit visit) {
+        for (const Service& service : multiplex.services) {
+            if (!service.isSilent) {
+                visit(service);
+            }
+        }
     }
 
+    /// Tables begin one after the other, so that they do not all fall due together for ever.
+    void add(std::uint16_t pid, std::uint64_t milliseconds, std::function<Bytes(std::uint64_t)> unit) {
+        const std::uint64_t begin = sources.size() * kMillisecond;
+        sources.push_back({pid, milliseconds * kMillisecond, begin, nullptr, std::move(unit)});
+    }
+
+    void addTable(std::uint16_t pid, std::uint64_t milliseconds, const Section& section) {
+        add(pid, milliseconds, [unit = sectionUnit(section)](std::uint64_t) { return unit; });
+    }
+
+    static bool aitHasEnded(const Service& service, std::uint64_t ticks) {
+        return service.ait.end && *service.ait.end * kTicks <= ticks;
+    }
+
+    void addPmt(const Service& service) {
+        add(service.pmtPid, 100,
+            [&service](std::uint64_t ticks) { return sectionUnit(pmtSection(service, aitHasEnded(service, ticks))); });
+    }
+
+    void addEit(const Service& service) {
+        if (service.events.empty()) {
+            return;
+        }
+        for (const bool following : {false, true}) {
+            add(0x0012, 1000, [this, &service, following](std::uint64_t ticks) {
+                return sectionUnit(eitSection(multiplex, service, following, presentAt(service, ticks)));
+            });
+        }
+    }
+
+    /// Nothing but stuffing before the first version.
     void addAit(const Service& service) {
-        for (unsigned int number = 0; number < service.aitSections; ++number) {
-            const std::uint64_t begin = sources.size() * kMillisecond;
-            sources.push_back({service.aitPid, service.aitInterval * kMillisecond, begin, nullptr,
-                               [&service, number](std::uint64_t ticks) {
-                                   const std::uint64_t life = service.aitLifetime * kTicks;
-                                   const std::uint64_t changes = life == 0 ? 0 : ticks / life;
-                                   return sectionUnit(aitSection(service, number, static_cast<unsigned int>(changes)));
-                               }});
+        for (unsigned int number = 0; number < (service.ait.versions.empty() ? 0 : service.ait.sections); ++number) {
+            add(service.ait.pid, service.ait.interval, [&service, number](std::uint64_t ticks) {
+                const std::optional<std::size_t> state = stateAt(service.ait.versions, ticks);
+                const bool isSent = state && !aitHasEnded(service, ticks);
+                return sectionUnit(isSent ? aitSection(service, number, *state) : Section());
+            });
         }
     }
 
     /// The latest event that has begun; nothing but stuffing before the first.
     void addStreamEvents(const Service& service) {
-        constexpr std::uint64_t kInterval = 100 * kMillisecond;
-        sources.push_back({service.streamEventPid, kInterval, sources.size() * kMillisecond, nullptr,
-                           [&service](std::uint64_t ticks) {
-                               std::size_t begun = 0;
-                               while (begun < service.streamEvents.size() &&
-                                      service.streamEvents[begun].second * kTicks <= ticks) {
-                                   ++begun;
-                               }
-                               return sectionUnit(begun == 0 ? Section() : streamEventSection(service, begun - 1));
-                           }});
+        const StreamEvents& events = service.streamEvents;
+        if (events.events.empty()) {
+            return;
+        }
+        add(events.pid, 100, [&service](std::uint64_t ticks) {
+            const std::optional<std::size_t> state = stateAt(service.streamEvents.events, ticks);
+            return sectionUnit(state ? streamEventSection(service, *state) : Section());
+        });
+        if (!events.object.empty()) {
+            for (const Section& section : carouselSections(events)) {
+                addTable(events.carouselPid, 500, section);
+            }
+        }
+    }
+
+    void addPrivateSections(const Service& service) {
+        for (const PrivateSections& sections : service.privateSections) {
+            sources.push_back({sections.pid, kTicks / sections.perSecond, 0, nullptr,
+                               [&sections, number = std::uint32_t{0}](std::uint64_t) mutable {
+                                   return sectionUnit(privateSection(sections, number++));
+                               }});
+        }
     }
 
     void addStreams(const Service& service) {
         const std::uint64_t begin = sources.size() * 2 * kMillisecond;
-        if (service.hasVideo) {
-            sources.push_back({service.videoPid, 20 * kMillisecond, begin, &service, videoUnit});
+        for (const Component& component : service.components) {
+            const bool hasClock = component.pid == service.pcrPid();
+            const Service* const clockOf = hasClock ? &service : nullptr;
+            switch (component.kind) {
+                case Component::Kind::video:
+                    sources.push_back({component.pid, 20 * kMillisecond, begin, clockOf, videoUnit});
+                    break;
+                case Component::Kind::audio:
+                    sources.push_back({component.pid, 24 * kMillisecond, begin, clockOf, audioUnit});
+                    break;
+                case Component::Kind::subtitle:
+                    sources.push_back({component.pid, 40 * kMillisecond, begin, clockOf, subtitleUnit});
+                    break;
+            }
         }
-        sources.push_back(
-            {service.audioPid, 24 * kMillisecond, begin, service.hasVideo ? nullptr : &service, audioUnit});
     }
 
     Packet packetAt(std::uint64_t ticks) {
         for (Source& source : sources) {
             if (source.due <= ticks) {
-                queue.push_back({&source, source.unit(source.due), 0});
+                queue.push_back({&source, source.unit(source.due), 0, ticks});
                 source.due += source.interval;
             }
+        }
+        if (!queue.empty() && ticks - queue.front().since > kTicks / 2) {
+            throw std::length_error("more is to be sent than " + std::to_string(multiplex.bitRate) +
+                                    " bit/s have room for");
         }
         if (queue.empty()) {
             return nullPacket();

@@ -12,7 +12,6 @@ namespace {
 constexpr unsigned int kReservedPidBits = 0xE000;
 constexpr std::uint16_t kNitPid = 0x0010;
 constexpr std::uint16_t kHbbTv = 0x0010;
-constexpr std::time_t kEventLength = 3600;
 constexpr unsigned int kRunning = 4;
 constexpr unsigned int kNotRunning = 1;
 
@@ -33,10 +32,68 @@ void writeTime(SectionWriter& writer, std::time_t time) {
     writeClock(writer, time);
 }
 
-void writeStream(SectionWriter& writer, unsigned int streamType, std::uint16_t pid, unsigned int componentTag) {
+/// Leaves the stream's descriptor loop open.
+void writeStream(SectionWriter& writer, unsigned int streamType, std::uint16_t pid, std::optional<std::uint8_t> tag) {
     constexpr std::uint8_t kStreamIdentifier = 0x52;
     writer.u8(streamType).u16(kReservedPidBits | pid).open12();
-    writer.openDescriptor(kStreamIdentifier).u8(componentTag).close();
+    if (tag) {
+        writer.openDescriptor(kStreamIdentifier).u8(*tag).close();
+    }
+}
+
+void writeComponent(SectionWriter& writer, const Component& component) {
+    constexpr unsigned int kH264 = 0x1B;
+    constexpr unsigned int kMpegAudio = 0x03;
+    constexpr unsigned int kPesPrivate = 0x06;
+    constexpr std::uint8_t kLanguage = 0x0A;
+    constexpr std::uint8_t kSubtitling = 0x59;
+    switch (component.kind) {
+        case Component::Kind::video:
+            writeStream(writer, kH264, component.pid, component.tag);
+            break;
+        case Component::Kind::audio:
+            writeStream(writer, kMpegAudio, component.pid, component.tag);
+            if (!component.language.empty()) {
+                writer.openDescriptor(kLanguage).text(component.language).u8(0).close();
+            }
+            break;
+        case Component::Kind::subtitle:
+            // Normal subtitles without a monitor's shape, composition and ancillary page 1.
+            writeStream(writer, kPesPrivate, component.pid, component.tag);
+            writer.openDescriptor(kSubtitling).text(component.language.empty() ? "und" : component.language);
+            writer.u8(0x10).u16(1).u16(1).close();
+            break;
+    }
+    writer.close();
+}
+
+void writeStreamEvents(SectionWriter& writer, const StreamEvents& events) {
+    constexpr unsigned int kStreamDescriptors = 0x0C;
+    constexpr unsigned int kCarouselMessages = 0x0B;
+    constexpr std::uint8_t kCarouselIdentifier = 0x13;
+    constexpr std::uint8_t kDataBroadcastId = 0x66;
+    constexpr unsigned int kHbbTvCarousel = 0x0123;
+    constexpr std::uint32_t kCarouselId = 1;
+    writeStream(writer, kStreamDescriptors, events.pid, events.tag);
+    writer.close();
+    if (!events.object.empty()) {
+        writeStream(writer, kCarouselMessages, events.carouselPid, events.carouselTag);
+        writer.openDescriptor(kCarouselIdentifier).u32(kCarouselId).u8(0).close();
+        writer.openDescriptor(kDataBroadcastId).u16(kHbbTvCarousel).close().close();
+    }
+}
+
+void writeService(SectionWriter& writer, std::uint16_t id, std::uint8_t type, const std::string& provider,
+                  const std::string& name) {
+    constexpr std::uint8_t kServiceDescriptor = 0x48;
+    constexpr unsigned int kEitPresentFollowing = 0xFD;
+    writer.u16(id).u8(kEitPresentFollowing).open12(kRunning << 1U);
+    writer.openDescriptor(kServiceDescriptor).u8(type).lengthText(provider).lengthText(name).close().close();
+}
+
+void writeTransportStream(SectionWriter& writer, std::uint16_t tsid, std::uint16_t onid,
+                          const std::string& deliverySystem) {
+    writer.u16(tsid).u16(onid).open12().text(deliverySystem).close();
 }
 
 void writeApplication(SectionWriter& writer, const Application& application) {
@@ -67,27 +124,23 @@ Section patSection(const Multiplex& multiplex) {
     return writer.finish();
 }
 
-Section pmtSection(const Service& service) {
-    constexpr unsigned int kH264 = 0x1B;
-    constexpr unsigned int kMpegAudio = 0x03;
+Section pmtSection(const Service& service, bool aitHasEnded) {
     constexpr unsigned int kPrivateSections = 0x05;
-    constexpr unsigned int kStreamDescriptors = 0x0C;
-    constexpr std::uint8_t kLanguage = 0x0A;
     constexpr std::uint8_t kApplicationSignalling = 0x6F;
-    SectionWriter writer(0x02, service.serviceId, 0);
+    SectionWriter writer(0x02, service.serviceId, aitHasEnded ? 1 : 0);
     writer.u16(kReservedPidBits | service.pcrPid()).open12().close();
-    if (service.hasVideo) {
-        writeStream(writer, kH264, service.videoPid, 1);
-        writer.close();
+    for (const Component& component : service.components) {
+        writeComponent(writer, component);
     }
-    writeStream(writer, kMpegAudio, service.audioPid, 2);
-    writer.openDescriptor(kLanguage).text("eng").u8(0).close().close();
-    if (!service.applications.empty()) {
-        writeStream(writer, kPrivateSections, service.aitPid, 5);
+    if (!service.ait.versions.empty() && !aitHasEnded) {
+        writeStream(writer, kPrivateSections, service.ait.pid, service.ait.tag);
         writer.openDescriptor(kApplicationSignalling).u16(0x8000U | kHbbTv).u8(0xE0).close().close();
     }
-    if (!service.streamEvents.empty()) {
-        writeStream(writer, kStreamDescriptors, service.streamEventPid, 7);
+    if (!service.streamEvents.events.empty()) {
+        writeStreamEvents(writer, service.streamEvents);
+    }
+    for (const PrivateSections& sections : service.privateSections) {
+        writeStream(writer, kPrivateSections, sections.pid, sections.tag);
         writer.close();
     }
     return writer.finish();
@@ -95,55 +148,65 @@ Section pmtSection(const Service& service) {
 
 Section nitSection(const Multiplex& multiplex) {
     constexpr std::uint8_t kNetworkName = 0x40;
-    constexpr std::uint8_t kCableDelivery = 0x44;
     SectionWriter writer(0x40, multiplex.originalNetworkId, 0);
-    writer.open12().openDescriptor(kNetworkName).text(multiplex.networkName).close().close();
-    writer.open12().u16(multiplex.transportStreamId).u16(multiplex.originalNetworkId).open12();
-    // 346 MHz, 256-QAM, 6.9 Msymbol/s.
-    writer.openDescriptor(kCableDelivery).u32(0x03460000).u16(0xFFF2).u8(0x05).u32(0x00690000U | 0x0F).close();
-    writer.close().close();
+    writer.open12().openDescriptor(kNetworkName).text(multiplex.networkName).close().close().open12();
+    writeTransportStream(writer, multiplex.transportStreamId, multiplex.originalNetworkId, multiplex.deliverySystem);
+    for (const OtherStream& other : multiplex.otherStreams) {
+        writeTransportStream(writer, other.transportStreamId, other.originalNetworkId, other.deliverySystem);
+    }
+    writer.close();
     return writer.finish();
 }
 
 Section sdtSection(const Multiplex& multiplex) {
-    constexpr std::uint8_t kServiceDescriptor = 0x48;
     SectionWriter writer(0x42, multiplex.transportStreamId, 0);
     writer.u16(multiplex.originalNetworkId).u8(0xFF);
     for (const Service& service : multiplex.services) {
-        constexpr unsigned int kEitPresentFollowing = 0xFD;
-        writer.u16(service.serviceId).u8(kEitPresentFollowing).open12(kRunning << 1U);
-        writer.openDescriptor(kServiceDescriptor).u8(service.serviceType);
-        writer.lengthText(multiplex.provider).lengthText(service.name).close().close();
+        writeService(writer, service.serviceId, service.serviceType, multiplex.provider, service.name);
     }
     return writer.finish();
 }
 
-Section eitSection(const Multiplex& multiplex, const Service& service, bool following) {
+Section otherSdtSection(const OtherStream& stream, const std::string& provider) {
+    SectionWriter writer(0x46, stream.transportStreamId, 0);
+    writer.u16(stream.originalNetworkId).u8(0xFF);
+    for (const OtherService& service : stream.services) {
+        writeService(writer, service.serviceId, service.serviceType, provider, service.name);
+    }
+    return writer.finish();
+}
+
+Section eitSection(const Multiplex& multiplex, const Service& service, bool following, std::size_t present) {
     constexpr std::uint8_t kShortEvent = 0x4D;
     constexpr unsigned int kTableId = 0x4E;
-    const Event& event = following ? service.following : service.present;
-    SectionWriter writer(kTableId, service.serviceId, 0, following ? 1 : 0, 1);
+    constexpr unsigned int kVersions = 32;
+    const std::size_t number = present + (following ? 1 : 0);
+    SectionWriter writer(kTableId, service.serviceId, static_cast<std::uint8_t>(present % kVersions), following ? 1 : 0,
+                         1);
     writer.u16(multiplex.transportStreamId).u16(multiplex.originalNetworkId).u8(1).u8(kTableId);
+    if (number >= service.events.size()) {
+        return writer.finish();
+    }
+    std::time_t start = multiplex.start;
+    for (std::size_t earlier = 0; earlier < number; ++earlier) {
+        start += service.events[earlier].duration;
+    }
+    const Event& event = service.events[number];
     writer.u16(event.eventId);
-    writeTime(writer, multiplex.start + (following ? kEventLength : 0));
-    writeClock(writer, kEventLength);
+    writeTime(writer, start);
+    writeClock(writer, event.duration);
     writer.open12((following ? kNotRunning : kRunning) << 1U);
     writer.openDescriptor(kShortEvent).text("eng").lengthText(event.name).lengthText(event.text).close().close();
     return writer.finish();
 }
 
-Section aitSection(const Service& service, unsigned int number, unsigned int changes) {
-    constexpr unsigned int kVersions = 32;
-    const auto version = static_cast<std::uint8_t>((1 + changes) % kVersions);
-    SectionWriter writer(0x74, kHbbTv, version, static_cast<std::uint8_t>(number),
-                         static_cast<std::uint8_t>(service.aitSections - 1));
+Section aitSection(const Service& service, unsigned int number, std::size_t state) {
+    const AitVersion& current = service.ait.versions[state];
+    SectionWriter writer(0x74, kHbbTv, current.version, static_cast<std::uint8_t>(number),
+                         static_cast<std::uint8_t>(service.ait.sections - 1));
     writer.open12().close().open12();
-    for (std::size_t index = number; index < service.applications.size(); index += service.aitSections) {
-        Application application = service.applications[index];
-        if (service.aitLifetime != 0) {
-            application.initialPath += "?changes=" + std::to_string(changes);
-        }
-        writeApplication(writer, application);
+    for (std::size_t index = number; index < current.applications.size(); index += service.ait.sections) {
+        writeApplication(writer, current.applications[index]);
     }
     writer.close();
     return writer.finish();
@@ -154,10 +217,19 @@ Section streamEventSection(const Service& service, std::size_t number) {
     constexpr std::uint8_t kStreamEvent = 0x1A;
     constexpr std::uint16_t kLowBits = 0x3FFF;  // those above say that it is to be done now
     constexpr unsigned int kVersions = 32;
-    const StreamEvent& event = service.streamEvents[number];
+    const StreamEvent& event = service.streamEvents.events[number];
     SectionWriter writer(kTableId, event.eventId & kLowBits, static_cast<std::uint8_t>(number % kVersions));
     writer.openDescriptor(kStreamEvent).u16(event.eventId).u32(0xFFFFFFFE).u32(0).text(event.data).close();
     return writer.finish();
+}
+
+Section privateSection(const PrivateSections& sections, std::uint32_t number) {
+    constexpr std::size_t kFrame = 16;  // header, number and CRC_32
+    constexpr unsigned int kVersions = 32;
+    constexpr char kFiller = 0x55;
+    SectionWriter writer(sections.tableId, static_cast<std::uint16_t>(number),
+                         static_cast<std::uint8_t>(number % kVersions));
+    return writer.u32(number).text(std::string(sections.size - kFrame, kFiller)).finish();
 }
 
 Section tdtSection(const Multiplex& multiplex, std::time_t secondsIn) {

@@ -8,16 +8,21 @@
 namespace tsmake {
 
 Section patSection(const Multiplex& multiplex);
-Section pmtSection(const Service& service);
+/// Version 1 is the one after the end of the service's AIT.
+Section pmtSection(const Service& service, bool aitHasEnded = false);
+/// NIT actual, with the other transport streams.
 Section nitSection(const Multiplex& multiplex);
 Section sdtSection(const Multiplex& multiplex);
-/// EIT present/following actual: section 0 the present event, section 1 the following.
-Section eitSection(const Multiplex& multiplex, const Service& service, bool following);
-/// A section of the AIT after so many changes of its version, which begins with 1. An AIT that changes says in its
-/// paths how often it has.
-Section aitSection(const Service& service, unsigned int number = 0, unsigned int changes = 0);
+Section otherSdtSection(const OtherStream& stream, const std::string& provider);
+/// EIT present/following actual while the service's event of that number is present, which is its version too:
+/// section 0 the present event, section 1 the following, which may be missing.
+Section eitSection(const Multiplex& multiplex, const Service& service, bool following, std::size_t present = 0);
+/// A section of the AIT in the state of that number.
+Section aitSection(const Service& service, unsigned int number = 0, std::size_t state = 0);
 /// The stream descriptor section of the service's event of that number.
 Section streamEventSection(const Service& service, std::size_t number);
+/// The private section of that number: version_number, table_id_extension and the first four bytes count.
+Section privateSection(const PrivateSections& sections, std::uint32_t number);
 /// The time `secondsIn` after the start.
 Section tdtSection(const Multiplex& multiplex, std::time_t secondsIn);
 

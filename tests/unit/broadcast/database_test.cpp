@@ -101,7 +101,7 @@ TEST_F(ADatabase, TellsANewVersionFromTheFirst) {
     play(sample);
     listener.told.clear();
     const tsmake::Service& service = sample.services[0];
-    send(service.aitPid, versioned(tsmake::aitSection(service), 2));
+    send(service.ait.pid, versioned(tsmake::aitSection(service), 2));
     send(service.pmtPid, versioned(tsmake::pmtSection(service), 1));
     send(0x12, versioned(tsmake::eitSection(sample, service, true), 1));
     EXPECT_THAT(listener.told, testing::ElementsAre("ait 28106 changed", "pmt 28106 changed", "eit 28106 changed"));
@@ -118,7 +118,7 @@ TEST_F(ADatabase, PassesOverSectionsThatAreNotValidYet) {
     listener.told.clear();
     tsmake::Section next = tsmake::aitSection(sample.services[0]);
     next[5] &= 0xFE;
-    send(sample.services[0].aitPid, versioned(next, 9));
+    send(sample.services[0].ait.pid, versioned(next, 9));
     EXPECT_TRUE(listener.told.empty());
 }
 
@@ -127,7 +127,7 @@ TEST_F(ADatabase, TakesAnAitOfAnotherTypeForNoHbbTvApplication) {
     listener.told.clear();
     tsmake::Section other = tsmake::aitSection(sample.services[0]);
     other[4] = 0x01;
-    send(sample.services[0].aitPid, versioned(other, 9));
+    send(sample.services[0].ait.pid, versioned(other, 9));
     EXPECT_TRUE(listener.told.empty());
 }
 

@@ -30,7 +30,7 @@ ListedService listed(const tsmake::Service& service) {
     ListedService result;
     result.triplet = {kOnid, kTsid, service.serviceId};
     result.hasPmt = true;
-    result.signalsAit = !service.applications.empty();
+    result.signalsAit = !service.ait.versions.empty();
     result.name = "Name";
     return result;
 }
@@ -82,7 +82,7 @@ protected:
             listener->onPMTSectionUpdated(kOnid, kTsid, service.serviceId, 0, asText(tsmake::pmtSection(service)));
         }
         listener->onEITSectionUpdated(0, asText(tsmake::eitSection(kSample, service, false)));
-        if (answersAit && !service.applications.empty()) {
+        if (answersAit && !service.ait.versions.empty()) {
             listener->onAITSectionUpdated(kOnid, kTsid, service.serviceId, asText(tsmake::aitSection(service)));
         }
     }

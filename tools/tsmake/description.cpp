@@ -1,0 +1,294 @@
+// From JSON to the multiplex.
+#include "description.h"
+
+#include <iconv.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+
+#include "json_reader.h"
+#include "si/section.h"
+
+namespace tsmake {
+
+namespace {
+
+constexpr std::uint64_t kLeastPid = 0x0020;
+constexpr std::uint64_t kMostPid = 0x1FFE;
+constexpr std::uint64_t kMostSeconds = 86400;
+constexpr std::size_t kLongestText = 200;
+
+/// As a one-byte table has it; empty where a character is not in the table.
+std::string inTable(const std::string& encoding, std::string text) {
+    const iconv_t converter = iconv_open(encoding.c_str(), "UTF-8");
+    if (converter == reinterpret_cast<iconv_t>(-1)) {
+        return {};
+    }
+    std::string result(text.size(), '\0');
+    char* in = text.data();
+    char* out = result.data();
+    std::size_t left = text.size();
+    std::size_t room = result.size();
+    const std::size_t failed = iconv(converter, &in, &left, &out, &room);
+    iconv_close(converter);
+    result.resize(result.size() - room);
+    return failed == 0 ? result : std::string();
+}
+
+/// A text of DVB, with the mark of its character table in front (EN 300 468, Annex A): UTF-8 where it needs one, or
+/// ISO 8859 part 5 to 15 where an object asks for it.
+std::string dvbText(JsonReader& in, const std::string& key) {
+    const nlohmann::json* const value = in.member(key);
+    std::string text;
+    if (value != nullptr && value->is_object()) {
+        in.object(key, [&text](JsonReader& table) {
+            constexpr std::uint64_t kFirstPart = 5;
+            const std::uint64_t part = table.number("iso8859", kFirstPart, 15);
+            const std::string written = table.text("text");
+            const std::string bytes = inTable("ISO-8859-" + std::to_string(part), written);
+            if (bytes.empty() && !written.empty()) {
+                table.fail("text", "has a character that is not in ISO 8859-" + std::to_string(part));
+            }
+            text = static_cast<char>(part - kFirstPart + 1) + bytes;
+        });
+    } else {
+        constexpr char kUtf8 = 0x15;
+        text = in.text(key, "");
+        const bool isAscii =
+            std::all_of(text.begin(), text.end(), [](char letter) { return static_cast<signed char>(letter) >= 0; });
+        text = isAscii ? text : kUtf8 + text;
+    }
+    if (text.size() > kLongestText) {
+        in.fail(key, "is longer than " + std::to_string(kLongestText) + " bytes");
+    }
+    return text;
+}
+
+std::string hexBytes(JsonReader& in, const std::string& key) {
+    const std::string text = in.text(key, "");
+    std::string bytes;
+    for (std::size_t at = 0; at + 1 < text.size() && std::isxdigit(static_cast<unsigned char>(text[at])) != 0 &&
+                             std::isxdigit(static_cast<unsigned char>(text[at + 1])) != 0;
+         at += 2) {
+        bytes.push_back(static_cast<char>(std::stoi(text.substr(at, 2), nullptr, 16)));
+    }
+    si::Descriptors descriptors;
+    if (bytes.size() * 2 != text.size() || !si::readDescriptors(bytes, descriptors)) {
+        in.fail(key, "\"" + text + "\" is not a descriptor in hexadecimal digits");
+    }
+    return bytes;
+}
+
+std::uint16_t pidOf(JsonReader& in, const std::string& key = "pid") {
+    return static_cast<std::uint16_t>(in.has(key) ? in.number(key, kLeastPid, kMostPid) : 0);
+}
+
+/// `null` for a stream without a component_tag.
+std::optional<std::uint8_t> tagOf(JsonReader& in, std::optional<std::uint8_t> otherwise) {
+    const nlohmann::json* const value = in.member("tag");
+    if (value == nullptr) {
+        return otherwise;
+    }
+    return value->is_null() ? std::nullopt : std::optional(in.numberOf<std::uint8_t>("tag"));
+}
+
+std::time_t timeOf(JsonReader& in, const std::string& key) {
+    const std::string text = in.text(key, "2026-01-01T00:00:00Z");
+    std::tm parts{};
+    const char* const end = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts);
+    if (end == nullptr || *end != '\0') {
+        in.fail(key, "\"" + text + "\" is not a time like 2026-01-01T09:00:00Z");
+    }
+    return timegm(&parts);
+}
+
+/// Each state begins later than the one before.
+template <typename State>
+void checkOrder(const JsonReader& in, const std::string& key, const std::vector<State>& states) {
+    for (std::size_t index = 1; index < states.size(); ++index) {
+        if (states[index].second < states[index - 1].second) {
+            in.fail(key + "[" + std::to_string(index) + "].second", "is earlier than the one before");
+        }
+    }
+}
+
+Second secondOf(JsonReader& in, const std::string& key = "second") {
+    return static_cast<Second>(in.number(key, 0, kMostSeconds, 0));
+}
+
+/// One of a few words, by its place among them.
+template <std::size_t Count>
+std::size_t wordOf(JsonReader& in, const std::string& key, const std::array<const char*, Count>& words) {
+    const std::string text = in.text(key);
+    std::string known;
+    for (std::size_t index = 0; index < Count; ++index) {
+        if (text == words[index]) {
+            return index;
+        }
+        known += std::string(index == 0 ? "" : ", ") + words[index];
+    }
+    in.fail(key, "\"" + text + "\" is none of " + known);
+}
+
+Component readComponent(JsonReader& in) {
+    constexpr std::array<const char*, 3> kKinds = {"video", "audio", "subtitle"};
+    Component component;
+    component.kind = static_cast<Component::Kind>(wordOf(in, "kind", kKinds));
+    component.tag = tagOf(in, std::nullopt);
+    component.language = in.text("language", "");
+    if (!component.language.empty() && component.language.size() != 3) {
+        in.fail("language", "has three letters");
+    }
+    component.pid = pidOf(in);
+    return component;
+}
+
+Event readEvent(JsonReader& in) {
+    Event event;
+    event.eventId = in.numberOf<std::uint16_t>("id");
+    event.name = dvbText(in, "name");
+    event.text = dvbText(in, "text");
+    event.duration = static_cast<unsigned int>(in.number("seconds", 1, kMostSeconds, event.duration));
+    return event;
+}
+
+/// Control codes in the order of TS 102 809, table 3; the first has code 1.
+Application readApplication(JsonReader& in) {
+    constexpr std::array<const char*, 8> kControls = {"autostart", "present", "destroy",  "kill",
+                                                      "prefetch",  "remote",  "disabled", "playback_autostart"};
+    Application application;
+    application.organisationId = in.numberOf<std::uint32_t>("organisation");
+    application.applicationId = in.numberOf<std::uint16_t>("id");
+    application.controlCode = static_cast<std::uint8_t>(wordOf(in, "control", kControls) + 1);
+    application.name = dvbText(in, "name");
+    application.urlBase = in.text("urlBase");
+    application.initialPath = in.text("path");
+    return application;
+}
+
+void readAit(JsonReader& in, Ait& ait) {
+    ait.tag = tagOf(in, ait.tag);
+    ait.pid = pidOf(in);
+    ait.sections = static_cast<unsigned int>(in.number("sections", 1, 256, ait.sections));
+    ait.interval = static_cast<unsigned int>(in.number("interval", 10, 60000, ait.interval));
+    if (in.has("end")) {
+        ait.end = secondOf(in, "end");
+    }
+    in.list("versions", [&ait](JsonReader& one) {
+        AitVersion& version = ait.versions.emplace_back();
+        version.second = secondOf(one);
+        version.version = static_cast<std::uint8_t>(one.number("version", 0, 31));
+        one.list("applications",
+                 [&version](JsonReader& each) { version.applications.push_back(readApplication(each)); });
+    });
+    checkOrder(in, "versions", ait.versions);
+}
+
+void readStreamEvents(JsonReader& in, StreamEvents& all) {
+    all.tag = tagOf(in, all.tag);
+    all.pid = pidOf(in);
+    all.object = in.text("object", "");
+    all.carouselTag = in.numberOf<std::uint8_t>("carouselTag", all.carouselTag);
+    all.carouselPid = pidOf(in, "carouselPid");
+    in.list("events", [&all](JsonReader& one) {
+        StreamEvent& event = all.events.emplace_back();
+        event.eventId = one.numberOf<std::uint16_t>("id");
+        event.name = one.text("name", "");
+        event.data = one.text("data", "");
+        event.second = secondOf(one);
+        if (event.data.size() > kLongestText) {
+            one.fail("data", "is longer than " + std::to_string(kLongestText) + " bytes");
+        }
+    });
+    checkOrder(in, "events", all.events);
+}
+
+PrivateSections readPrivateSections(JsonReader& in) {
+    constexpr std::uint64_t kShortest = 16;
+    PrivateSections sections;
+    sections.tag = tagOf(in, std::nullopt);
+    sections.pid = pidOf(in);
+    sections.tableId = static_cast<std::uint8_t>(in.number("tableId", 0x40, 0xFE, sections.tableId));
+    sections.perSecond = static_cast<unsigned int>(in.number("perSecond", 1, 10000, sections.perSecond));
+    sections.size = static_cast<unsigned int>(in.number("size", kShortest, si::kLongestSection, sections.size));
+    return sections;
+}
+
+Service readService(JsonReader& in) {
+    Service service;
+    service.serviceId = static_cast<std::uint16_t>(in.number("id", 1, 0xFFFF));
+    service.serviceType = in.numberOf<std::uint8_t>("type", 0x19);
+    service.name = dvbText(in, "name");
+    service.isSilent = in.flag("silent");
+    service.pmtPid = pidOf(in, "pmtPid");
+    in.list("components", [&](JsonReader& one) { service.components.push_back(readComponent(one)); });
+    in.list("events", [&](JsonReader& one) { service.events.push_back(readEvent(one)); });
+    in.object("ait", [&](JsonReader& one) { readAit(one, service.ait); });
+    in.object("streamEvents", [&](JsonReader& one) { readStreamEvents(one, service.streamEvents); });
+    in.object("temi", [&](JsonReader& one) {
+        service.timelineId = one.numberOf<std::uint8_t>("timelineId");
+        service.timescale = static_cast<std::uint32_t>(one.number("timescale", 1, 0xFFFFFFFF));
+    });
+    in.list("privateSections", [&](JsonReader& one) { service.privateSections.push_back(readPrivateSections(one)); });
+    return service;
+}
+
+OtherStream readOtherStream(JsonReader& in) {
+    OtherStream stream;
+    stream.originalNetworkId = in.numberOf<std::uint16_t>("originalNetworkId");
+    stream.transportStreamId = in.numberOf<std::uint16_t>("transportStreamId");
+    stream.deliverySystem = hexBytes(in, "deliverySystem");
+    in.list("services", [&stream](JsonReader& one) {
+        OtherService& service = stream.services.emplace_back();
+        service.serviceId = static_cast<std::uint16_t>(one.number("id", 1, 0xFFFF));
+        service.serviceType = one.numberOf<std::uint8_t>("type", 0x19);
+        service.name = dvbText(one, "name");
+    });
+    return stream;
+}
+
+Multiplex readMultiplex(JsonReader& in) {
+    Multiplex multiplex;
+    multiplex.bitRate = in.number("bitRate", 100000, 200000000, multiplex.bitRate);
+    multiplex.originalNetworkId = in.numberOf<std::uint16_t>("originalNetworkId");
+    multiplex.transportStreamId = in.numberOf<std::uint16_t>("transportStreamId");
+    multiplex.networkName = dvbText(in, "networkName");
+    multiplex.provider = dvbText(in, "provider");
+    multiplex.start = timeOf(in, "start");
+    multiplex.deliverySystem = hexBytes(in, "deliverySystem");
+    in.list("services", [&](JsonReader& one) {
+        Service service = readService(one);
+        for (const Service& other : multiplex.services) {
+            if (other.serviceId == service.serviceId) {
+                one.fail("id", std::to_string(service.serviceId) + " is the id of an earlier service too");
+            }
+        }
+        multiplex.services.push_back(std::move(service));
+    });
+    in.list("otherStreams", [&](JsonReader& one) { multiplex.otherStreams.push_back(readOtherStream(one)); });
+    return multiplex;
+}
+
+}  // namespace
+
+std::optional<Multiplex> parseDescription(const std::string& text, std::string& error) {
+    constexpr bool kWithExceptions = true;
+    constexpr bool kWithComments = true;
+    try {
+        const nlohmann::json json = nlohmann::json::parse(text, nullptr, kWithExceptions, kWithComments);
+        JsonReader reader(json, "");
+        Multiplex multiplex = readMultiplex(reader);
+        reader.finish();
+        if (assignPids(multiplex, error)) {
+            return multiplex;
+        }
+    } catch (const nlohmann::json::exception& failure) {
+        error = failure.what();
+    } catch (const DescriptionError& failure) {
+        error = failure.what();
+    }
+    return std::nullopt;
+}
+
+}  // namespace tsmake
