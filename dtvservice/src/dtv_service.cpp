@@ -34,7 +34,7 @@ bool matches(const Channel& channel, const TuneInfoChannel& wanted) {
 DtvService::DtvService(EventLoop& newLoop)
     : loop(newLoop),
       timelines([this](auto... values) { tellPts(values...); }, [this](auto... values) { tellTimeline(values...); }),
-      streamEvents([this](auto&&... values) { tellStreamEvent(values...); }) {}
+      streamEvents(newLoop, [this](auto&&... values) { tellStreamEvent(values...); }) {}
 
 unsigned short DtvService::networkOf(const Channel& channel) {
     return channel.originalNetworkId.value_or(kUnknownId);

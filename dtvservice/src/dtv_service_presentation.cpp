@@ -106,9 +106,11 @@ int DtvService::cmdAddStreamEventListener(frame::MsgIds& ids, const frame::Trans
                                           short componentTag, const std::string& objectPath,
                                           const std::string& eventName) {
     loop.post([=]() mutable {
-        const auto result = streamEvents.add(ids.peer, {onid, tsid, sid, componentTag, objectPath, eventName});
-        events->onStreamEventListenerAdded(ids, kNoTransport, request, onid, tsid, sid, componentTag, objectPath,
-                                           eventName, static_cast<std::uint32_t>(result));
+        const StreamEventListeners::Target target = {onid, tsid, sid, componentTag, objectPath, eventName};
+        streamEvents.add(ids.peer, target, [=](StreamEventListeners::Result result) mutable {
+            events->onStreamEventListenerAdded(ids, kNoTransport, request, onid, tsid, sid, componentTag, objectPath,
+                                               eventName, static_cast<std::uint32_t>(result));
+        });
     });
     return 0;
 }
@@ -178,7 +180,7 @@ si::Descriptors DtvService::presentEvent(const broadcast::Channel& channel) cons
 void DtvService::followStreamEvents(const broadcast::Channel& channel) {
     std::string error;
     if (const std::optional<si::Pmt> pmt = si::parsePmt(current->si.pmt(channel.serviceId), error)) {
-        streamEvents.follow(current->demux, *pmt);
+        streamEvents.follow(current->demux, channel, *pmt);
     } else {
         streamEvents.rest();
     }

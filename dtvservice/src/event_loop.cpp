@@ -1,12 +1,22 @@
 // Running tasks and waiting for time.
 #include "event_loop.h"
 
+#include <algorithm>
+
 namespace dtvservice {
 
 void EventLoop::post(Task task) {
     {
         const std::lock_guard<std::mutex> lock(mutex);
         tasks.push_back(std::move(task));
+    }
+    changed.notify_one();
+}
+
+void EventLoop::postAt(Clock::time_point time, Task task) {
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        delayed.emplace(time, std::move(task));
     }
     changed.notify_one();
 }
@@ -22,6 +32,10 @@ void EventLoop::stop() {
 bool EventLoop::runUntil(Clock::time_point time) {
     std::unique_lock<std::mutex> lock(mutex);
     while (!stopped) {
+        while (!delayed.empty() && delayed.begin()->first <= Clock::now()) {
+            tasks.push_back(std::move(delayed.begin()->second));
+            delayed.erase(delayed.begin());
+        }
         if (!tasks.empty()) {
             const Task task = std::move(tasks.front());
             tasks.pop_front();
@@ -31,7 +45,7 @@ bool EventLoop::runUntil(Clock::time_point time) {
         } else if (Clock::now() >= time) {
             return true;
         } else {
-            changed.wait_until(lock, time);
+            changed.wait_until(lock, delayed.empty() ? time : std::min(time, delayed.begin()->first));
         }
     }
     return false;

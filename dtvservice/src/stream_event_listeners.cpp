@@ -1,4 +1,4 @@
-// Following stream descriptor sections.
+// Following stream descriptor sections, and the carousels that name their events.
 #include "stream_event_listeners.h"
 
 #include <algorithm>
@@ -6,9 +6,12 @@
 
 namespace dtvservice {
 
+using broadcast::EventObjects;
 using si::StreamEvent;
 
 namespace {
+
+constexpr std::chrono::seconds kLongestQuestion{10};
 
 std::optional<std::uint16_t> eventIdOf(const std::string& name) {
     std::uint16_t id = 0;
@@ -16,35 +19,107 @@ std::optional<std::uint16_t> eventIdOf(const std::string& name) {
     return failure == std::errc() && end == name.data() + name.size() ? std::optional<std::uint16_t>(id) : std::nullopt;
 }
 
+/// DSM-CC messages of a carousel (ISO/IEC 13818-6, type B), or of any type.
+std::set<std::uint16_t> carouselPids(const si::Pmt& pmt) {
+    constexpr std::uint8_t kTypeB = 0x0B;
+    constexpr std::uint8_t kTypeD = 0x0D;
+    std::set<std::uint16_t> pids;
+    for (const si::Pmt::Stream& stream : pmt.streams) {
+        if (stream.streamType == kTypeB || stream.streamType == kTypeD) {
+            pids.insert(stream.pid);
+        }
+    }
+    return pids;
+}
+
+std::string withoutSlash(const std::string& path) {
+    return path.substr(std::min(path.find_first_not_of('/'), path.size()));
+}
+
 }  // namespace
 
 StreamEventListeners::~StreamEventListeners() {
-    rest();
+    stopReading();
+    for (Listener& listener : listeners) {
+        unsubscribe(listener);
+    }
+}
+
+void StreamEventListeners::stopReading() {
+    if (carousels) {
+        for (const broadcast::Demux::Subscription subscription : carousels->subscriptions) {
+            demux->unsubscribe(subscription);
+        }
+        carousels.reset();
+    }
 }
 
 void StreamEventListeners::rest() {
+    stopReading();
     for (Listener& listener : listeners) {
         unsubscribe(listener);
     }
     pmt.reset();
+    close([](const Question&) { return true; }, Result::noSuchComponent);
 }
 
 /// The versions that were signalled stay: a service that comes back does not signal them again.
-void StreamEventListeners::follow(broadcast::Demux& newDemux, const si::Pmt& newPmt) {
-    rest();
+void StreamEventListeners::follow(broadcast::Demux& newDemux, const broadcast::Channel& channel,
+                                  const si::Pmt& newPmt) {
+    stopReading();
+    for (Listener& listener : listeners) {
+        unsubscribe(listener);
+    }
     demux = &newDemux;
+    presented = channel;
     pmt = newPmt;
     for (Listener& listener : listeners) {
         subscribe(listener);
     }
+    close([this](const Question& question) { return !isPresented(question.target); }, Result::noSuchComponent);
+    if (!questions.empty()) {
+        readCarousels();
+        answerQuestions();
+    }
 }
 
-StreamEventListeners::Result StreamEventListeners::add(Peer browser, const Target& target) {
-    const std::optional<std::uint16_t> id = eventIdOf(target.eventName);
-    if (!id) {
-        return Result::unknownName;
+void StreamEventListeners::readCarousels() {
+    if (carousels) {
+        return;
     }
-    listeners.push_back({browser, target, *id, 0, {}});
+    const std::set<std::uint16_t> pids = carouselPids(*pmt);
+    carousels = std::make_unique<Carousels>(pids);
+    for (const std::uint16_t pid : pids) {
+        carousels->subscriptions.push_back(demux->subscribe(pid, [this, pid](si::Bytes section) {
+            if (carousels && carousels->objects.onSection(pid, section)) {
+                answerQuestions();
+            }
+        }));
+    }
+}
+
+void StreamEventListeners::add(Peer browser, const Target& target, Answer answer) {
+    if (!isPresented(target)) {
+        answer(Result::noSuchComponent);
+        return;
+    }
+    if (const std::optional<std::uint16_t> id = eventIdOf(target.eventName)) {
+        answer(
+            start(browser, target, *id, {StreamTag::Kind::component, static_cast<std::uint16_t>(target.componentTag)}));
+        return;
+    }
+    const std::uint64_t number = ++lastQuestion;
+    questions.push_back({number, browser, target, std::move(answer)});
+    readCarousels();
+    answerQuestions();
+    loop.postAt(EventLoop::Clock::now() + kLongestQuestion, [this, number] {
+        close([number](const Question& question) { return question.number == number; }, Result::unknownName);
+    });
+}
+
+StreamEventListeners::Result StreamEventListeners::start(Peer browser, const Target& target, std::uint16_t eventId,
+                                                         StreamTag tag) {
+    listeners.push_back({browser, target, eventId, tag, 0, {}});
     if (!subscribe(listeners.back())) {
         listeners.pop_back();
         return Result::noSuchComponent;
@@ -52,7 +127,69 @@ StreamEventListeners::Result StreamEventListeners::add(Peer browser, const Targe
     return Result::done;
 }
 
+/// Whether the event has the name that was asked for, in the object and with the component that were.
+bool StreamEventListeners::isMeant(const Target& target, const EventObjects::Named& event) const {
+    const std::string path = withoutSlash(target.objectPath);
+    if (event.name != target.eventName || (!path.empty() && path != event.path)) {
+        return false;
+    }
+    if (target.componentTag < 0) {
+        return true;
+    }
+    const si::Pmt::Stream* const stream =
+        streamOf({StreamTag::Kind::component, static_cast<std::uint16_t>(target.componentTag)});
+    const auto& tags = event.associationTags;
+    return stream != nullptr &&
+           (stream->pid == event.carouselPid || std::any_of(tags.begin(), tags.end(), [stream](std::uint16_t tag) {
+                return si::hasAssociationTag(*stream, tag);
+            }));
+}
+
+/// No result while the carousels may still tell.
+std::optional<StreamEventListeners::Result> StreamEventListeners::resolve(const Question& question) {
+    for (const EventObjects::Named& event : carousels->objects.events()) {
+        if (!isMeant(question.target, event)) {
+            continue;
+        }
+        for (const std::uint16_t tag : event.associationTags) {
+            const StreamTag streamTag = {StreamTag::Kind::association, tag};
+            if (streamOf(streamTag) != nullptr) {
+                return start(question.browser, question.target, event.eventId, streamTag);
+            }
+        }
+        return Result::noSuchComponent;
+    }
+    return carousels->objects.isComplete() ? std::optional(Result::unknownName) : std::nullopt;
+}
+
+void StreamEventListeners::answerQuestions() {
+    for (auto question = questions.begin(); question != questions.end();) {
+        const std::optional<Result> result = resolve(*question);
+        if (result) {
+            question->answer(*result);
+            question = questions.erase(question);
+        } else {
+            ++question;
+        }
+    }
+}
+
+template <typename Condition>
+void StreamEventListeners::close(Condition condition, Result result) {
+    for (auto question = questions.begin(); question != questions.end();) {
+        if (condition(*question)) {
+            question->answer(result);
+            question = questions.erase(question);
+        } else {
+            ++question;
+        }
+    }
+}
+
+/// A listener that is still asked for ends as one that could not be made.
 StreamEventListeners::Result StreamEventListeners::remove(Peer browser, const Target& target) {
+    close([&](const Question& question) { return question.browser == browser && question.target == target; },
+          Result::unknownName);
     for (auto listener = listeners.begin(); listener != listeners.end(); ++listener) {
         if (listener->browser == browser && listener->target == target) {
             unsubscribe(*listener);
@@ -64,6 +201,7 @@ StreamEventListeners::Result StreamEventListeners::remove(Peer browser, const Ta
 }
 
 void StreamEventListeners::forget(Peer browser) {
+    questions.remove_if([browser](const Question& question) { return question.browser == browser; });
     listeners.remove_if([this, browser](Listener& listener) {
         if (listener.browser == browser) {
             unsubscribe(listener);
@@ -72,19 +210,28 @@ void StreamEventListeners::forget(Peer browser) {
     });
 }
 
+/// A network that nothing has told yet is any.
+bool StreamEventListeners::isPresented(const Target& target) const {
+    return pmt && pmt->serviceId == target.sid && presented.transportStreamId == target.tsid &&
+           presented.originalNetworkId.value_or(target.onid) == target.onid;
+}
+
+const si::Pmt::Stream* StreamEventListeners::streamOf(StreamTag tag) const {
+    const auto found = std::find_if(pmt->streams.begin(), pmt->streams.end(), [tag](const si::Pmt::Stream& stream) {
+        return tag.kind == StreamTag::Kind::association ? si::hasAssociationTag(stream, tag.value)
+                                                        : si::componentTag(stream) == tag.value;
+    });
+    return found == pmt->streams.end() ? nullptr : &*found;
+}
+
 bool StreamEventListeners::subscribe(Listener& listener) {
-    if (!pmt || pmt->serviceId != listener.target.sid) {
+    const si::Pmt::Stream* const stream = isPresented(listener.target) ? streamOf(listener.tag) : nullptr;
+    if (stream == nullptr) {
         return false;
     }
-    for (const si::Pmt::Stream& stream : pmt->streams) {
-        const std::optional<std::uint8_t> tag = si::componentTag(stream);
-        if (tag && *tag == listener.target.componentTag) {
-            listener.subscription =
-                demux->subscribe(stream.pid, [this, &listener](si::Bytes section) { onSection(listener, section); });
-            return true;
-        }
-    }
-    return false;
+    listener.subscription =
+        demux->subscribe(stream->pid, [this, &listener](si::Bytes section) { onSection(listener, section); });
+    return true;
 }
 
 void StreamEventListeners::unsubscribe(Listener& listener) {
@@ -100,7 +247,7 @@ void StreamEventListeners::onSection(Listener& listener, si::Bytes section) {
         if (event.id != listener.eventId) {
             continue;
         }
-        const auto extension = si::tableIdExtension(section);
+        const std::uint16_t extension = si::tableIdExtension(section);
         const std::uint8_t version = si::sectionVersion(section);
         const auto [known, isNew] = listener.versions.try_emplace(extension, version);
         if (isNew || known->second != version) {

@@ -75,6 +75,20 @@ std::optional<std::uint8_t> componentTag(const Pmt::Stream& stream) {
     return descriptor->bytes[0];
 }
 
+bool hasAssociationTag(const Pmt::Stream& stream, std::uint16_t tag) {
+    constexpr std::uint8_t kAssociationTagDescriptor = 0x14;
+    bool hasOwn = false;
+    for (const Descriptor& descriptor : stream.descriptors) {
+        if (descriptor.tag == kAssociationTagDescriptor && descriptor.bytes.size() >= 2) {
+            hasOwn = true;
+            if ((descriptor.bytes[0] << 8U | descriptor.bytes[1]) == tag) {
+                return true;
+            }
+        }
+    }
+    return !hasOwn && componentTag(stream) == tag;
+}
+
 std::string language(const Pmt::Stream& stream) {
     constexpr std::size_t kCode = 3;
     for (const std::uint8_t tag : {kLanguageDescriptor, kSubtitlingDescriptor, kTeletextDescriptor}) {

@@ -1,62 +1,7 @@
 // Inputs that come by themselves: standard input and datagrams on the loopback.
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-
-#include "raw_browser.h"
+#include "fed_input.h"
 
 namespace {
-
-constexpr std::size_t kPacketSize = 188;
-constexpr std::size_t kPacketsADatagram = 7;
-
-sockaddr_in addressOf(const char* host, std::uint16_t port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    inet_pton(AF_INET, host, &address.sin_addr);
-    return address;
-}
-
-const sockaddr* asGeneric(const sockaddr_in& address) {
-    return reinterpret_cast<const sockaddr*>(&address);
-}
-
-class Socket {
-public:
-    Socket() : descriptor(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {}
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
-    ~Socket() { close(descriptor); }
-
-    /// Takes a port of the loopback that is free.
-    std::uint16_t bindSomewhere() const {
-        sockaddr_in address = addressOf("127.0.0.1", 0);
-        EXPECT_EQ(bind(descriptor, asGeneric(address), sizeof address), 0);
-        socklen_t size = sizeof address;
-        getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size);
-        return ntohs(address.sin_port);
-    }
-    void send(const std::string& bytes, const sockaddr_in& to) const {
-        sendto(descriptor, bytes.data(), bytes.size(), 0, asGeneric(to), sizeof to);
-    }
-
-private:
-    int descriptor;
-};
-
-std::uint16_t freePort() {
-    const Socket socket;
-    return socket.bindSomewhere();
-}
-
-std::vector<std::string> datagramsOf(const std::string& bytes) {
-    std::vector<std::string> datagrams;
-    for (std::size_t at = 0; at < bytes.size(); at += kPacketSize * kPacketsADatagram) {
-        datagrams.push_back(bytes.substr(at, kPacketSize * kPacketsADatagram));
-    }
-    return datagrams;
-}
 
 std::string rtpOf(std::uint16_t sequence, const std::string& payload) {
     std::string header(12, '\0');
@@ -66,42 +11,6 @@ std::string rtpOf(std::uint16_t sequence, const std::string& payload) {
     header[3] = static_cast<char>(sequence & 0xFFU);
     return header + payload;
 }
-
-class AnInputThatComesByItself : public ARawBrowser {
-protected:
-    /// Sends datagrams one after the other until the service is presented.
-    template <typename Send>
-    bool arrives(Send send) {
-        lo::browserdvbservice::TuneInfoChannel channel;
-        channel.onid = 1;
-        channel.tsid = 1025;
-        channel.sid = kSample.services[1].serviceId;
-        const std::string pmt = shownValue(asText(tsmake::pmtSection(kSample.services[1])));
-        std::size_t index = 0;
-        return eventually([&] {
-            for (int count = 0; count < 20; ++count) {
-                send(datagrams[index % datagrams.size()], index);
-                ++index;
-            }
-            frame::MsgIds ids;
-            service->cmdTuneToService(ids, frame::TransportInfo(), channel);
-            return heard("onPmtDataChange(1, 1025, 28107, 0, " + pmt + ")");
-        });
-    }
-
-    /// Sends a broadcast again and again until the condition holds.
-    template <typename Condition>
-    bool playsUntil(std::uint16_t port, const std::vector<std::string>& broadcast, Condition condition) {
-        std::size_t index = 0;
-        return eventually([&] {
-            sender.send(broadcast[index++ % broadcast.size()], addressOf("127.0.0.1", port));
-            return condition();
-        });
-    }
-
-    const std::vector<std::string> datagrams = datagramsOf(fileText(SAMPLE_FILE));
-    const Socket sender;
-};
 
 }  // namespace
 
@@ -182,13 +91,6 @@ TEST_F(AnInputThatComesByItself, IsToldOfEachChangeOnce) {
     changing.ait.versions.push_back({2, 2, {}});
     changing.ait.end = 4;
     const std::string broadcast = fileText(writeBroadcast(multiplex, 6, "changes.ts"));
-    // From a little after a change to the next one, so that each part can be sent again and again.
-    const auto part = [&](std::size_t second) {
-        constexpr std::size_t kPacketsASecond = 1000;
-        constexpr std::size_t kSettled = 300;
-        return datagramsOf(broadcast.substr((second * kPacketsASecond + kSettled) * kPacketSize,
-                                            (2 * kPacketsASecond - kSettled) * kPacketSize));
-    };
     const std::uint16_t port = freePort();
     const ServiceProcess process("udp://127.0.0.1:" + std::to_string(port));
     const auto eit = [&](int update, bool following, std::size_t present) {
@@ -206,14 +108,15 @@ TEST_F(AnInputThatComesByItself, IsToldOfEachChangeOnce) {
     channel.onid = 1;
     channel.tsid = 1025;
     channel.sid = changing.serviceId;
-    ASSERT_TRUE(playsUntil(port, part(0), [&] {
+    ASSERT_TRUE(playsUntil(port, partOf(broadcast, 0, 2), [&] {
         sends(&Commands::cmdTuneToService, channel);
         return heard(pmt(0)) && heard(eit(0, false, 0)) && heard(eit(0, true, 0)) && heard(ait(0));
     }));
-    EXPECT_TRUE(playsUntil(port, part(2), [&] {
+    EXPECT_TRUE(playsUntil(port, partOf(broadcast, 2, 2), [&] {
         return heard(eit(1, false, 1)) && heard(eit(1, true, 1)) && heard(ait(1));
     })) << testing::PrintToString(client->texts());
-    EXPECT_TRUE(playsUntil(port, part(4), [&] { return heard("onAitParsingStateChanged(0)") && heard(pmt(1)); }));
+    EXPECT_TRUE(playsUntil(port, partOf(broadcast, 4, 2),
+                           [&] { return heard("onAitParsingStateChanged(0)") && heard(pmt(1)); }));
     // What is answered last shows that nothing else came.
     sends(&Commands::cmdVodGetMaxdomeSecureSerialNumber, std::string());
     ASSERT_TRUE(hears("onVodMaxdomeSecureSerialNumber(0:)"));

@@ -205,43 +205,6 @@ TEST_F(ARawBrowser, GetsTheConfiguredSerialNumber) {
     EXPECT_TRUE(hears("onVodMaxdomeSecureSerialNumber(" + shownValue(std::string("AB-12")) + ")"));
 }
 
-TEST_F(ARawBrowser, IsSignalledEachVersionOfAStreamEventOnce) {
-    tsmake::Multiplex multiplex = kSample;
-    multiplex.services[0].streamEvents.events = {{5, "", "one", 1}, {6, "", "other", 2}, {5, "", "two", 3}};
-    std::string error;
-    ASSERT_TRUE(tsmake::assignPids(multiplex, error)) << error;
-    const ServiceProcess process({writeBroadcast(multiplex, 5, "events.ts"), "--once"});
-    ASSERT_TRUE(eventually([&] {
-        sends(&Commands::cmdDtvInfoRequest);
-        return !numbersOf("onDATagsServicePmtDataChange").empty();
-    })) << "a listener needs a PMT";
-    const auto listens = [&](auto command, const std::string& event, short tag) {
-        return sends(command, 9U, static_cast<unsigned short>(1), static_cast<unsigned short>(1025), kFirst.serviceId,
-                     tag, std::string(), event);
-    };
-    const auto answer = [](const std::string& operation, const std::string& event, int tag, int result) {
-        return operation + "(9, 1, 1025, 28106, " + std::to_string(tag) + ", 0:, " + shownValue(event) + ", " +
-               std::to_string(result) + ")";
-    };
-    ASSERT_TRUE(listens(&Commands::cmdAddStreamEventListener, "5", 7));
-    EXPECT_TRUE(hears(answer("onStreamEventListenerAdded", "5", 7, 0)));
-    ASSERT_TRUE(listens(&Commands::cmdAddStreamEventListener, "5", 8));
-    EXPECT_TRUE(hears(answer("onStreamEventListenerAdded", "5", 8, 1))) << "no such component";
-    ASSERT_TRUE(listens(&Commands::cmdAddStreamEventListener, "goal", 7));
-    EXPECT_TRUE(hears(answer("onStreamEventListenerAdded", "goal", 7, 2))) << "no carousel tells the name";
-    const auto signalled = [](const std::string& data) {
-        return "onStreamEventListenerSignalled(1, 1025, 28106, 7, 0:, 1:35, " + shownValue(data) + ")";
-    };
-    EXPECT_TRUE(hears(signalled("one")));
-    EXPECT_TRUE(hears(signalled("two")));
-    EXPECT_EQ(timesHeard(signalled("one")), 1);
-    EXPECT_FALSE(heard(signalled("other"))) << "event 6 is not listened to";
-    ASSERT_TRUE(listens(&Commands::cmdRemoveStreamEventListener, "5", 7));
-    EXPECT_TRUE(hears(answer("onStreamEventListenerRemoved", "5", 7, 0)));
-    ASSERT_TRUE(listens(&Commands::cmdRemoveStreamEventListener, "5", 7));
-    EXPECT_TRUE(hears(answer("onStreamEventListenerRemoved", "5", 7, 3))) << "it is gone";
-}
-
 TEST_F(ARawBrowser, IsToldOfALayerThatItAskedFor) {
     const ServiceProcess process;
     ASSERT_TRUE(sends(&Commands::cmdStartOSDDetection, 3U));

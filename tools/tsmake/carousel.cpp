@@ -3,6 +3,7 @@
 
 #include <zlib.h>
 
+#include <map>
 #include <stdexcept>
 
 namespace tsmake {
@@ -76,19 +77,21 @@ std::string directory(const std::string& kind, std::uint8_t key, const std::stri
 
 std::string eventObject(std::uint8_t key, const StreamEvents& events) {
     constexpr std::uint16_t kEventUse = 0x000D;
-    std::string names;
-    std::string ids;
-    unsigned int count = 0;
+    std::map<std::string, std::uint16_t> named;
     for (const StreamEvent& event : events.events) {
         if (!event.name.empty()) {
-            names += withLength(event.name + '\0', 1);
-            ids += be(event.eventId, 2);
-            ++count;
+            named.emplace(event.name, event.eventId);
         }
     }
+    std::string names;
+    std::string ids;
+    for (const auto& [name, id] : named) {
+        names += withLength(name + '\0', 1);
+        ids += be(id, 2);
+    }
     // No description; no duration; neither audio nor video, but data.
-    const std::string info = be(0, 1) + be(0, 4) + be(0, 2) + be(0, 2) + be(1, 1) + be(count, 2) + names;
-    return object(kStreamEvent, key, info, be(1, 1) + tap(kEventUse, events.tag.value_or(0), {}) + be(count, 1) + ids);
+    const std::string info = be(0, 1) + be(0, 4) + be(0, 2) + be(0, 2) + be(1, 1) + be(named.size(), 2) + names;
+    return object(kStreamEvent, key, info, be(1, 1) + tap(kEventUse, events.tag.value_or(0), {}) + be(named.size(), 1) + ids);
 }
 
 std::vector<std::string> partsOf(const std::string& path) {

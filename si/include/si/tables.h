@@ -93,6 +93,9 @@ std::optional<Eit> parseEit(Bytes section, std::string& error);
 std::string streamName(const Pmt::Stream& stream);
 /// component_tag of the stream_identifier_descriptor (EN 300 468, clause 6.2.39).
 std::optional<std::uint8_t> componentTag(const Pmt::Stream& stream);
+/// Whether the stream has the association_tag: by its association_tag_descriptors, or where it has none by its
+/// component_tag, which is then the low byte (ISO/IEC 13818-6, clause 11.4.1; TS 102 809, Annex B.3.1).
+bool hasAssociationTag(const Pmt::Stream& stream, std::uint16_t tag);
 /// First language of the ISO 639, subtitling or teletext descriptor; empty without one.
 std::string language(const Pmt::Stream& stream);
 /// PIDs whose application_signalling_descriptor lists HbbTV's application_type (TS 102 809, clause 5.3.5.1).
