@@ -17,6 +17,9 @@ constexpr std::uint8_t kPatTableId = 0x00;
 constexpr std::uint8_t kPmtTableId = 0x02;
 constexpr std::uint8_t kNitActualTableId = 0x40;
 constexpr std::uint8_t kSdtActualTableId = 0x42;
+constexpr std::uint8_t kSdtOtherTableId = 0x46;
+/// A broadcast may not make this process keep more than any network has.
+constexpr std::size_t kMostOtherStreams = 1000;
 constexpr std::uint8_t kEitPresentFollowingActualTableId = 0x4E;
 constexpr std::uint8_t kAitTableId = 0x74;
 constexpr std::size_t kLongHeader = 8;
@@ -178,6 +181,9 @@ void SiDatabase::dropService(Service& service) {
 }
 
 void SiDatabase::onSdtSection(si::Bytes section) {
+    if (isCurrent(section, kSdtOtherTableId)) {
+        onOtherSdtSection(section);
+    }
     if (!isCurrent(section, kSdtActualTableId)) {
         return;
     }
@@ -198,6 +204,54 @@ void SiDatabase::onSdtSection(si::Bytes section) {
     nameChannels();
 }
 
+SiDatabase::OtherStream* SiDatabase::otherStream(std::uint16_t network, std::uint16_t transportStream) {
+    const std::pair<std::uint16_t, std::uint16_t> key = {network, transportStream};
+    const bool isKnown = otherStreams.find(key) != otherStreams.end();
+    return isKnown || otherStreams.size() < kMostOtherStreams ? &otherStreams[key] : nullptr;
+}
+
+void SiDatabase::onOtherSdtSection(si::Bytes section) {
+    std::string error;
+    const std::optional<si::Sdt> parsed = si::parseSdt(section, error);
+    if (!parsed) {
+        ++unreadable_;
+        return;
+    }
+    OtherStream* const stream = otherStream(parsed->originalNetworkId, parsed->transportStreamId);
+    if (stream == nullptr || file(stream->sdt, section) == Update::none) {
+        return;
+    }
+    for (const si::Sdt::Service& service : parsed->services) {
+        stream->names[service.serviceId] = service.name;
+    }
+}
+
+void SiDatabase::addServiceList(const si::Nit::TransportStream& stream) {
+    constexpr std::uint8_t kServiceList = 0x41;
+    constexpr std::size_t kEntry = 3;
+    for (const si::Descriptor& descriptor : stream.descriptors) {
+        for (std::size_t at = 0; descriptor.tag == kServiceList && at + kEntry <= descriptor.bytes.size();
+             at += kEntry) {
+            if (OtherStream* const other = otherStream(stream.originalNetworkId, stream.transportStreamId)) {
+                other->names.try_emplace(
+                    static_cast<std::uint16_t>(descriptor.bytes[at] << 8U | descriptor.bytes[at + 1]));
+            }
+        }
+    }
+}
+
+std::vector<Channel> SiDatabase::otherChannels() const {
+    std::vector<Channel> list;
+    for (const auto& [key, stream] : otherStreams) {
+        if (key.second != transportStreamId) {
+            for (const auto& [serviceId, name] : stream.names) {
+                list.push_back({key.first, key.second, serviceId, 0, name});
+            }
+        }
+    }
+    return list;
+}
+
 /// The network's identifier is taken from it where no SDT tells it.
 void SiDatabase::onNitSection(si::Bytes section) {
     if (!isCurrent(section, kNitActualTableId) || file(nit, section) == Update::none) {
@@ -213,6 +267,7 @@ void SiDatabase::onNitSection(si::Bytes section) {
     for (const si::Nit::TransportStream& stream : parsed->transportStreams) {
         Multiplex& multiplex = multiplexes[stream.transportStreamId];
         multiplex.deliverySystems = stream.descriptors;
+        addServiceList(stream);
         if (!multiplex.originalNetworkId) {
             multiplex.originalNetworkId = stream.originalNetworkId;
             named = named || stream.transportStreamId == transportStreamId;

@@ -53,6 +53,9 @@ public:
     /// In the order of the PAT.
     const std::vector<Channel>& channels() const { return channels_; }
     const Channel* find(std::uint16_t serviceId) const;
+    /// Services of other transport streams, by network, transport stream and service: those that the SDT (other) or the
+    /// NIT's service lists name. They have no PMT PID.
+    std::vector<Channel> otherChannels() const;
     /// The latest section; empty when none has come.
     Section pmt(std::uint16_t serviceId) const;
     /// Present, then following, as far as they have come.
@@ -90,7 +93,16 @@ private:
         std::vector<std::uint16_t> aitPids;
     };
 
+    /// A transport stream that is not this one.
+    struct OtherStream {
+        SubTable sdt;
+        std::map<std::uint16_t, std::string> names;  // by service_id; empty where only the NIT has the service
+    };
+
     static Update file(SubTable& table, si::Bytes section);
+    void onOtherSdtSection(si::Bytes section);
+    void addServiceList(const si::Nit::TransportStream& stream);
+    OtherStream* otherStream(std::uint16_t network, std::uint16_t transportStream);
     void onPatSection(si::Bytes section);
     void onSdtSection(si::Bytes section);
     void onNitSection(si::Bytes section);
@@ -110,6 +122,7 @@ private:
     std::optional<std::uint16_t> transportStreamId;
     std::vector<Channel> channels_;
     std::map<std::uint16_t, Multiplex> multiplexes;  // by transport_stream_id: an SDT may come before the PAT
+    std::map<std::pair<std::uint16_t, std::uint16_t>, OtherStream> otherStreams;  // by network and transport stream
     std::map<std::uint16_t, Service> services;
     std::uint64_t unreadable_ = 0;
 };

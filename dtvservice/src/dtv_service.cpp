@@ -130,6 +130,44 @@ const Channel* DtvService::presentedChannel() const {
     return presented ? current->si.find(*presented) : nullptr;
 }
 
+/// Whether a multiplex that is received has the service.
+bool DtvService::isReceived(const Channel& channel) const {
+    TuneInfoChannel wanted;
+    wanted.onid = *channel.originalNetworkId;
+    wanted.tsid = channel.transportStreamId;
+    wanted.sid = channel.serviceId;
+    return std::any_of(multiplexes.begin(), multiplexes.end(), [&wanted](const Multiplex& multiplex) {
+        const std::vector<Channel>& received = multiplex.si.channels();
+        return std::any_of(received.begin(), received.end(),
+                           [&wanted](const Channel& candidate) { return matches(candidate, wanted); });
+    });
+}
+
+/// Services that a multiplex tells of and none has: each once, under the first name that is told.
+std::vector<Channel> DtvService::channelsWithoutInput() const {
+    std::map<std::string, Channel> found;  // by triplet
+    for (const Multiplex& multiplex : multiplexes) {
+        for (const Channel& channel : multiplex.si.otherChannels()) {
+            Channel& kept = found.try_emplace(channel.triplet(), channel).first->second;
+            kept.name = kept.name.empty() ? channel.name : kept.name;
+        }
+    }
+    std::vector<Channel> list;
+    for (const auto& entry : found) {
+        if (!isReceived(entry.second)) {
+            list.push_back(entry.second);
+        }
+    }
+    return list;
+}
+
+std::string DtvService::whyNotReceived(const std::string& triplet) const {
+    const std::vector<Channel> others = channelsWithoutInput();
+    const bool isKnown = std::any_of(others.begin(), others.end(),
+                                     [&triplet](const Channel& channel) { return channel.triplet() == triplet; });
+    return isKnown ? "service " + triplet + " is on no input" : "no service " + triplet + " in the channel list";
+}
+
 bool DtvService::isPresented(const broadcast::SiDatabase& of, std::uint16_t serviceId) const {
     return events != nullptr && &of == &current->si && presented == serviceId && of.find(serviceId) != nullptr;
 }
@@ -148,8 +186,9 @@ void DtvService::tune(frame::MsgIds asker, const TuneInfoChannel& wanted) {
                 }
             }
         }
-        BLOG_TAGGED(blog::kUnsupported, "no service %u:%u:%u in the channel list\n", wanted.onid, wanted.tsid,
-                    wanted.sid);
+        const std::string triplet =
+            std::to_string(wanted.onid) + ":" + std::to_string(wanted.tsid) + ":" + std::to_string(wanted.sid);
+        BLOG_TAGGED(blog::kUnsupported, "%s\n", whyNotReceived(triplet).c_str());
     }
     // What is presented stays, and its triplet is what the asker is to believe.
     const Channel* const staying = presentedChannel();

@@ -112,6 +112,9 @@ private:
 
     static unsigned short networkOf(const broadcast::Channel& channel);
     const broadcast::Channel* presentedChannel() const;
+    bool isReceived(const broadcast::Channel& channel) const;
+    std::vector<broadcast::Channel> channelsWithoutInput() const;
+    std::string whyNotReceived(const std::string& triplet) const;
     bool isPresented(const broadcast::SiDatabase& of, std::uint16_t serviceId) const;
     Multiplex* multiplexOf(const broadcast::SiDatabase& si);
     void follow(Multiplex& multiplex);

@@ -142,6 +142,16 @@ json DtvService::operateChannels(const json&) {
                             {"presented", presentedChannel() == &channel}});
         }
     }
+    for (const broadcast::Channel& channel : channelsWithoutInput()) {
+        list.push_back({{"onid", *channel.originalNetworkId},
+                        {"tsid", channel.transportStreamId},
+                        {"sid", channel.serviceId},
+                        {"name", channel.name},
+                        {"input", json()},
+                        {"pmt", false},
+                        {"hbbtv", false},
+                        {"presented", false}});
+    }
     std::stable_sort(list.begin(), list.end(), [](const json& one, const json& other) {
         const auto key = [](const json& channel) {
             return std::make_tuple(channel["onid"].is_null() ? 0x10000U : channel["onid"].get<unsigned int>(),
@@ -203,7 +213,7 @@ json DtvService::operateTune(const json& request) {
             }
         }
     }
-    throw std::invalid_argument("no service " + wanted + " in the channel list");
+    throw std::invalid_argument(whyNotReceived(wanted));
 }
 
 json DtvService::operateOsd(const json& request) {

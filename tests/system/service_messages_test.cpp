@@ -296,3 +296,27 @@ TEST_F(ARawBrowser, HasItsReportsNoted) {
         return process.log().find("browser 1: operator application of type 1, install status 0") != std::string::npos;
     }));
 }
+
+TEST_F(ARawBrowser, ShowsTheOperatorServicesThatAreOnNoInput) {
+    tsmake::Multiplex first = kSample;
+    tsmake::OtherStream received = {1, 2000, {}, {{28106, 25, "Received"}}};
+    // A service list in the NIT names service 41; the SDT does not.
+    tsmake::OtherStream elsewhere = {2, 3000, std::string("\x41\x03\x00\x29\x19", 5), {{40, 25, "Elsewhere"}}};
+    first.otherStreams = {received, elsewhere};
+    tsmake::Multiplex second = kSample;
+    second.transportStreamId = 2000;
+    second.services.resize(1);
+    const ServiceProcess process({writeBroadcast(first, 4, "first.ts"), writeBroadcast(second, 4, "second.ts")});
+    EXPECT_TRUE(eventually([] {
+        return operate({"channels"}) ==
+               "* 1:1025:28106          input 1  pmt    hbbtv     Velmora One HD\n"
+               "  1:1025:28107          input 1  pmt    hbbtv     Velmora Zwei F\u00f6hn\n"
+               "  1:1025:28108          input 1  pmt    no-hbbtv  Velmora \u03a4\u03c1\u03af\u03b1\n"
+               "  1:1025:28120          input 1  pmt    no-hbbtv  Velmora Radio\n"
+               "  1:2000:28106          input 2  pmt    hbbtv     Velmora One HD\n"
+               "  2:3000:40             no input  nopmt  no-hbbtv  Elsewhere\n"
+               "  2:3000:41             no input  nopmt  no-hbbtv  \n";
+    })) << operate({"channels"});
+    EXPECT_THAT(operate({"--json", "channels"}), testing::HasSubstr(R"("hbbtv":false,"input":null,"name":"Elsewhere")"));
+    EXPECT_EQ(operate({"tune", "2:3000:40"}), "dtvctl: service 2:3000:40 is on no input\n");
+}

@@ -122,8 +122,9 @@ void printChannels(const json& channels) {
     for (const json& channel : channels) {
         const std::string onid = channel["onid"].is_null() ? "" : channel["onid"].dump();
         const std::string triplet = onid + ":" + channel["tsid"].dump() + ":" + channel["sid"].dump();
-        std::printf("%s %-20s  input %s  %-5s  %-8s  %s\n", channel["presented"].get<bool>() ? "*" : " ",
-                    triplet.c_str(), channel["input"].dump().c_str(), channel["pmt"].get<bool>() ? "pmt" : "nopmt",
+        const std::string input = channel["input"].is_null() ? "no input" : "input " + channel["input"].dump();
+        std::printf("%s %-20s  %s  %-5s  %-8s  %s\n", channel["presented"].get<bool>() ? "*" : " ", triplet.c_str(),
+                    input.c_str(), channel["pmt"].get<bool>() ? "pmt" : "nopmt",
                     channel["hbbtv"].get<bool>() ? "hbbtv" : "no-hbbtv",
                     plainText(channel["name"].get<std::string>()).c_str());
     }
