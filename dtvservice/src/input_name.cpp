@@ -1,6 +1,7 @@
 // Reading the names of inputs.
 #include "input_name.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace dtvservice {
@@ -45,6 +46,38 @@ bool parseAddress(std::string address, InputName& input, std::string& error) {
     return true;
 }
 
+bool parseNumber(const std::string& text, unsigned int& number) {
+    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return failure == std::errc() && end == text.data() + text.size();
+}
+
+/// ADAPTER[/FRONTEND][?NAME=VALUE&NAME=VALUE]
+bool parseAdapter(std::string address, InputName& input, std::string& error) {
+    std::string query;
+    if (const std::size_t mark = address.find('?'); mark != std::string::npos) {
+        query = address.substr(mark + 1);
+        address.resize(mark);
+    }
+    const std::size_t slash = address.find('/');
+    const std::string frontend = slash == std::string::npos ? "0" : address.substr(slash + 1);
+    if (!parseNumber(address.substr(0, slash), input.adapter) || !parseNumber(frontend, input.frontend)) {
+        error = "\"" + address + "\" is not ADAPTER or ADAPTER/FRONTEND in numbers";
+        return false;
+    }
+    for (std::size_t at = 0; at < query.size();) {
+        const std::size_t end = std::min(query.find('&', at), query.size());
+        const std::string option = query.substr(at, end - at);
+        const std::size_t equals = option.find('=');
+        if (equals == std::string::npos) {
+            error = "\"" + option + "\" is not NAME=VALUE";
+            return false;
+        }
+        input.options.push_back({option.substr(0, equals), option.substr(equals + 1)});
+        at = end + 1;
+    }
+    return true;
+}
+
 }  // namespace
 
 std::optional<InputName> parseInput(const std::string& text, std::string& error) {
@@ -56,6 +89,9 @@ std::optional<InputName> parseInput(const std::string& text, std::string& error)
     } else if (startsWith(text, "udp://") || startsWith(text, "rtp://")) {
         input.kind = text[0] == 'u' ? InputName::Kind::udp : InputName::Kind::rtp;
         parseAddress(text.substr(6), input, problem);
+    } else if (startsWith(text, "dvb://")) {
+        input.kind = InputName::Kind::dvb;
+        parseAdapter(text.substr(6), input, problem);
     } else if (startsWith(text, "file:")) {
         input.path = text.substr(5);
         problem = input.path.empty() ? "no file is named" : "";

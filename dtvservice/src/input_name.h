@@ -1,22 +1,31 @@
 // InputName: one --input of the command line: file:PATH or PATH, - for standard input, udp://[@]HOST:PORT or
-// rtp://[@]HOST:PORT, with ?interface=ADDRESS for the network interface of a multicast group.
+// rtp://[@]HOST:PORT, with ?interface=ADDRESS for the network interface of a multicast group, dvb://ADAPTER[/FRONTEND]
+// with ?NAME=VALUE&NAME=VALUE for what to tune to.
 // Threads: any.   Blocks: never.   Fails: no value, and a text that says what is wrong.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace dtvservice {
 
 struct InputName {
-    enum class Kind { file, standardInput, udp, rtp };
+    enum class Kind { file, standardInput, udp, rtp, dvb };
+    struct Option {
+        std::string name;
+        std::string value;
+    };
     Kind kind = Kind::file;
     std::string text;  ///< as it was given
     std::string path;  ///< of a file
     std::string host;  ///< numeric address to listen at, a multicast group, or empty for every address of the machine
     std::uint16_t port = 0;
     std::string interface;  ///< numeric address of an interface, or empty for the system's choice
+    unsigned int adapter = 0;
+    unsigned int frontend = 0;
+    std::vector<Option> options;  ///< of an adapter: what to tune to
 
     bool isFile() const { return kind == Kind::file; }
 };

@@ -5,7 +5,6 @@
 #include <net/if.h>
 #include <netdb.h>
 #include <netinet/in.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -15,20 +14,14 @@
 #include <cstring>
 #include <vector>
 
+#include "descriptor_wait.h"
+#include "dvb_source.h"
 #include "rtp.h"
 #include "service_log.h"
 
 namespace dtvservice {
 
 namespace {
-
-/// False when the wake-up came.
-bool waitFor(int descriptor, int wakeUp) {
-    pollfd waits[] = {{wakeUp, POLLIN, 0}, {descriptor, POLLIN, 0}};
-    while (poll(waits, std::size(waits), -1) < 0 && errno == EINTR) {
-    }
-    return waits[0].revents == 0;
-}
 
 class StandardInput final : public broadcast::ByteSource {
 public:
@@ -199,6 +192,9 @@ int openSocket(const InputName& input, std::string& error) {
 std::unique_ptr<broadcast::ByteSource> openLive(const InputName& input, int wakeUp, std::string& error) {
     if (input.kind == InputName::Kind::standardInput) {
         return std::make_unique<StandardInput>(wakeUp);
+    }
+    if (input.kind == InputName::Kind::dvb) {
+        return openDvb(input, wakeUp, error);
     }
     std::string problem;
     const int descriptor = openSocket(input, problem);

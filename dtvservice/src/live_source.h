@@ -1,4 +1,4 @@
-// Bytes of a transport stream as they come: standard input, and datagrams with or without RTP.
+// Bytes of a transport stream as they come: standard input, datagrams with or without RTP, and DVB adapters.
 // Threads: the input's own.   Blocks: read(), until there are bytes or until the wake-up is written.
 // Fails:   openLive() with a text that names the input; a read that fails ends the bytes.
 #pragma once

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "dtv_service.h"
+#include "dvb_source.h"
 #include "frame/process.h"
 #include "live_input.h"
 #include "operator_server.h"
@@ -28,6 +29,8 @@ constexpr const char* kUsage =
     "                   udp://[@]HOST:PORT  datagrams, unicast or multicast; HOST a numeric address or nothing;\n"
     "                   rtp://[@]HOST:PORT  the same with RTP; ?interface=ADDRESS chooses a multicast group's "
     "interface\n"
+    "                   dvb://ADAPTER[/FRONTEND]?delivery_system=DVBC/ANNEX_A&frequency=346000000&...\n"
+    "                                       a DVB adapter; names and values as libdvbv5 has them, and lnb=NAME\n"
     "                 packets of 188 bytes, or of 192 or 204\n"
     "  --once         end with the files\n"
     "  --serial-number TEXT   what browsers get that ask for the serial number of video on demand; empty unless given\n"
@@ -49,7 +52,10 @@ struct Options {
 dtvservice::InputName inputOrEnd(const char* text) {
     std::string error;
     std::optional<dtvservice::InputName> input = dtvservice::parseInput(text, error);
-    if (!input) {
+    if (input && input->kind == dtvservice::InputName::Kind::dvb) {
+        error = dtvservice::checkDvb(*input);
+    }
+    if (!error.empty()) {
         endWithUsage(error);
     }
     return *input;
@@ -172,11 +178,30 @@ private:
     std::thread thread;
 };
 
-int serve(const Options& options) {
+/// The files among the inputs; null for what is none or cannot be opened. Where none can be and there is nothing else,
+/// this process ends.
+std::vector<std::unique_ptr<broadcast::PacketFile>> openFiles(const std::vector<dtvservice::InputName>& inputs) {
     std::vector<std::unique_ptr<broadcast::PacketFile>> files;
-    for (const dtvservice::InputName& input : options.inputs) {
-        files.push_back(input.isFile() ? openOrEnd(input.path) : nullptr);
+    std::vector<std::string> problems;
+    for (const dtvservice::InputName& input : inputs) {
+        std::string problem;
+        files.push_back(input.isFile() ? broadcast::PacketFile::open(input.path, problem) : nullptr);
+        if (!problem.empty()) {
+            problems.push_back(problem);
+        }
     }
+    const bool isOver = problems.size() == inputs.size();
+    for (const std::string& problem : problems) {
+        std::fprintf(stderr, "dtvserviced: %s%s\n", problem.c_str(), isOver ? "" : "; trying again every second");
+    }
+    if (isOver) {
+        std::exit(1);
+    }
+    return files;
+}
+
+int serve(const Options& options) {
+    std::vector<std::unique_ptr<broadcast::PacketFile>> files = openFiles(options.inputs);
     dtvservice::EventLoop loop;
     const SignalWaiter signals(loop);
     dtvservice::DtvService service(loop);
@@ -185,8 +210,8 @@ int serve(const Options& options) {
     std::vector<std::pair<dtvservice::InputName, broadcast::Demux*>> live;
     for (std::size_t index = 0; index < files.size(); ++index) {
         broadcast::Demux& demux = service.addMultiplex();
-        if (files[index] != nullptr) {
-            playbacks.emplace_back(std::move(files[index]), demux, options.repeat);
+        if (options.inputs[index].isFile()) {
+            playbacks.emplace_back(options.inputs[index].path, std::move(files[index]), demux, options.repeat);
         } else {
             live.emplace_back(options.inputs[index], &demux);
         }

@@ -9,11 +9,21 @@ namespace {
 
 /// However short the file is, playing it again waits at least this long.
 constexpr std::chrono::milliseconds kShortestRound{50};
+/// Between two tries to open a file.
+constexpr std::chrono::seconds kPause{1};
 
 }  // namespace
 
-Playback::Playback(std::unique_ptr<broadcast::PacketFile> newFile, broadcast::Demux& newDemux, Repeat newRepeat)
-    : file(std::move(newFile)), demux(newDemux), repeat(newRepeat) {}
+Playback::Playback(std::string newPath, std::unique_ptr<broadcast::PacketFile> newFile, broadcast::Demux& newDemux,
+                   Repeat newRepeat)
+    : path(std::move(newPath)),
+      file(std::move(newFile)),
+      demux(newDemux),
+      repeat(newRepeat),
+      dueAt(roundBegin + kPause),
+      state(file != nullptr             ? State::reading
+            : newRepeat == Repeat::once ? State::ended
+                                        : State::closed) {}
 
 std::optional<EventLoop::Clock::time_point> Playback::due() {
     if (state == State::reading) {
@@ -32,7 +42,22 @@ std::optional<EventLoop::Clock::time_point> Playback::due() {
     return state == State::ended ? std::nullopt : std::optional<EventLoop::Clock::time_point>(dueAt);
 }
 
+/// What is wrong was told before the first try.
+void Playback::open() {
+    std::string error;
+    file = broadcast::PacketFile::open(path, error);
+    dueAt = EventLoop::Clock::now() + kPause;
+    if (file != nullptr) {
+        BLOG_TAGGED(blog::kOrdinary, "%s has been opened\n", path.c_str());
+        state = State::reading;
+    }
+}
+
 void Playback::feed() {
+    if (state == State::closed) {
+        open();
+        return;
+    }
     if (state == State::packetDue) {
         demux.feed(broadcast::TsPacket{packet});
     } else {

@@ -150,3 +150,17 @@ TEST_F(AnInputThatComesByItself, IsTriedAgainWhereItFailsAndDoesNotStopTheOthers
     EXPECT_TRUE(arrives(
         [&](const std::string& datagram, std::size_t) { sender.send(datagram, addressOf("127.0.0.1", port)); }));
 }
+
+TEST_F(AnInputThatComesByItself, OfAFileMayComeLater) {
+    tsmake::Multiplex other = kSample;
+    other.transportStreamId = 2000;
+    const std::string later = kRunDirectory + "/later.ts";
+    const ServiceProcess process({SAMPLE_FILE, later});
+    EXPECT_THAT(process.output(), testing::HasSubstr("dtvserviced: cannot open " + later +
+                                                     ": No such file or directory; trying again every second\n"));
+    EXPECT_TRUE(presents(kSample.services[0])) << "the other input is played";
+    const std::string made = writeBroadcast(other, 3, "made.ts");
+    ASSERT_EQ(std::rename(made.c_str(), later.c_str()), 0);
+    EXPECT_TRUE(eventually([&] { return operate({"channels"}).find("1:2000:28106") != std::string::npos; }));
+    EXPECT_THAT(process.log(), testing::HasSubstr(later + " has been opened"));
+}

@@ -28,6 +28,9 @@ public:
                  Runner runner = Runner::emulator)
         : outputPath(OwnRunDirectory::instance().path() + "/" + name + ".out"),
           logPath(OwnRunDirectory::instance().path() + "/" + name + ".log") {
+        // What an earlier process of that name has written is not this one's.
+        unlink(outputPath.c_str());
+        unlink(logPath.c_str());
         process = fork();
         if (process == 0) {
             setenv("DTV_LOG_FILE", logPath.c_str(), 1);

@@ -49,3 +49,16 @@ TEST(AnInput, ThatCannotBeIsRefusedWithWhatIsWrong) {
     EXPECT_EQ(complaint("rtp://:70000"), "input \"rtp://:70000\": port \"70000\" is not a number from 1 to 65535");
     EXPECT_EQ(complaint("rtp://:1?ttl=3"), "input \"rtp://:1?ttl=3\": \"ttl=3\" is not interface=ADDRESS");
 }
+
+TEST(AnInput, OfAnAdapterHasItsNumbersAndWhatToTuneTo) {
+    const InputName input = parsed("dvb://2/1?delivery_system=DVBT&frequency=1");
+    EXPECT_EQ(input.kind, InputName::Kind::dvb);
+    EXPECT_EQ(input.adapter, 2U);
+    EXPECT_EQ(input.frontend, 1U);
+    ASSERT_EQ(input.options.size(), 2U);
+    EXPECT_EQ(input.options[1].name, "frequency");
+    EXPECT_EQ(input.options[1].value, "1");
+    EXPECT_EQ(complaint("dvb://"), "input \"dvb://\": \"\" is not ADAPTER or ADAPTER/FRONTEND in numbers");
+    EXPECT_EQ(complaint("dvb://0/x"), "input \"dvb://0/x\": \"0/x\" is not ADAPTER or ADAPTER/FRONTEND in numbers");
+    EXPECT_EQ(complaint("dvb://0?frequency"), "input \"dvb://0?frequency\": \"frequency\" is not NAME=VALUE");
+}

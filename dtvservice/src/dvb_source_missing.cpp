@@ -1,0 +1,15 @@
+// Builds without libdvbv5 have no adapters, and say so.
+#include "dvb_source.h"
+
+namespace dtvservice {
+
+std::string checkDvb(const InputName& input) {
+    return "input \"" + input.text + "\": this build has no DVB adapters: libdvbv5 was missing";
+}
+
+std::unique_ptr<broadcast::ByteSource> openDvb(const InputName& input, int, std::string& error) {
+    error = checkDvb(input);
+    return nullptr;
+}
+
+}  // namespace dtvservice
