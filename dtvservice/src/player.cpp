@@ -20,7 +20,7 @@ Playback::Playback(std::string newPath, std::unique_ptr<broadcast::PacketFile> n
       file(std::move(newFile)),
       demux(newDemux),
       repeat(newRepeat),
-      dueAt(roundBegin + kPause),
+      dueAt(EventLoop::Clock::now() + kPause),
       state(file != nullptr             ? State::reading
             : newRepeat == Repeat::once ? State::ended
                                         : State::closed) {}
