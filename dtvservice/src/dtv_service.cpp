@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "si/ait.h"
+
 namespace dtvservice {
 
 using broadcast::Channel;
@@ -269,7 +271,29 @@ void DtvService::tellAitChannel(frame::MsgIds ids, const Channel& channel) {
 void DtvService::tellAit(frame::MsgIds ids, const Channel& channel) {
     tellAitChannel(ids, channel);
     for (const Section& section : current->si.ait(channel.serviceId)) {
-        events->onAitSectionAvailable(ids, kNoTransport, asText(section));
+        tellAitSection(ids, section);
+    }
+}
+
+/// The section, then what it says of each application.
+void DtvService::tellAitSection(frame::MsgIds ids, const Section& section) {
+    events->onAitSectionAvailable(ids, kNoTransport, asText(section));
+    std::string error;
+    const std::optional<si::Ait> ait = si::parseAit(section, error);
+    if (!ait) {
+        BLOG_TAGGED(blog::kUnsupported, "%s\n", error.c_str());
+        return;
+    }
+    for (const si::Ait::Application& application : ait->applications) {
+        const si::Ait::Profile profile =
+            application.profiles.empty() ? si::Ait::Profile() : application.profiles.front();
+        events->onAitInfoAvailable(ids, kNoTransport, application.organisationId, application.applicationId,
+                                   application.controlCode, profile.major, profile.minor, profile.micro,
+                                   application.urlBase(), application.initialPath, application.priority);
+        for (const std::string& boundary : application.boundaries) {
+            events->onAitBoundaryExtensionAvailable(ids, kNoTransport, application.organisationId,
+                                                    application.applicationId, boundary);
+        }
     }
 }
 
@@ -314,7 +338,7 @@ void DtvService::onEit(const broadcast::SiDatabase& of, std::uint16_t serviceId,
 void DtvService::onAit(const broadcast::SiDatabase& of, std::uint16_t serviceId, const Section& section, bool) {
     if (isPresented(of, serviceId)) {
         frame::MsgIds everyone;
-        events->onAitSectionAvailable(everyone, kNoTransport, asText(section));
+        tellAitSection(everyone, section);
     }
 }
 

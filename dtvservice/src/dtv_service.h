@@ -135,6 +135,7 @@ private:
     void tellServiceInfo(frame::MsgIds ids);
     void tellPmt(frame::MsgIds ids, const broadcast::Channel& channel, const broadcast::Section& section, bool changed);
     void tellAitChannel(frame::MsgIds ids, const broadcast::Channel& channel);
+    void tellAitSection(frame::MsgIds ids, const broadcast::Section& section);
     void tellAit(frame::MsgIds ids, const broadcast::Channel& channel);
 
     nlohmann::json operate(const std::string& command, const nlohmann::json& request);

@@ -10,9 +10,11 @@ namespace si {
 namespace {
 
 constexpr std::uint8_t kAitTableId = 0x74;
+constexpr std::uint8_t kApplicationDescriptor = 0x00;
 constexpr std::uint8_t kNameDescriptor = 0x01;
 constexpr std::uint8_t kTransportDescriptor = 0x02;
 constexpr std::uint8_t kLocationDescriptor = 0x15;
+constexpr std::uint8_t kBoundaryDescriptor = 0x17;
 constexpr std::uint16_t kProtocolHttp = 0x0003;
 constexpr std::size_t kHeader = 8;
 constexpr std::size_t kCrc = 4;
@@ -43,6 +45,35 @@ void readTransport(Bytes bytes, Ait::Application& application) {
     }
 }
 
+/// Profiles, a byte of flags, the priority (TS 102 809, clause 5.3.5.3).
+void readProfiles(Bytes bytes, Ait::Application& application) {
+    Cursor cursor(bytes);
+    Cursor profiles(cursor.takeShort());
+    cursor.take(1);
+    application.priority = static_cast<std::uint8_t>(cursor.number(1));
+    while (profiles.left() != 0 && profiles.good()) {
+        Ait::Profile profile;
+        profile.profile = static_cast<std::uint16_t>(profiles.number(2));
+        profile.major = static_cast<std::uint8_t>(profiles.number(1));
+        profile.minor = static_cast<std::uint8_t>(profiles.number(1));
+        profile.micro = static_cast<std::uint8_t>(profiles.number(1));
+        if (profiles.good()) {
+            application.profiles.push_back(profile);
+        }
+    }
+}
+
+void readBoundaries(Bytes bytes, Ait::Application& application) {
+    Cursor cursor(bytes);
+    const std::size_t count = cursor.size(1);
+    for (std::size_t index = 0; index < count && cursor.good(); ++index) {
+        std::string boundary = plainText(cursor.takeShort());
+        if (cursor.good()) {
+            application.boundaries.push_back(std::move(boundary));
+        }
+    }
+}
+
 void readApplicationDescriptors(Ait::Application& application) {
     for (const Descriptor& descriptor : application.descriptors) {
         if (descriptor.tag == kNameDescriptor) {
@@ -51,6 +82,10 @@ void readApplicationDescriptors(Ait::Application& application) {
             readTransport(descriptor.bytes, application);
         } else if (descriptor.tag == kLocationDescriptor) {
             application.initialPath = plainText(descriptor.bytes);
+        } else if (descriptor.tag == kApplicationDescriptor) {
+            readProfiles(descriptor.bytes, application);
+        } else if (descriptor.tag == kBoundaryDescriptor) {
+            readBoundaries(descriptor.bytes, application);
         }
     }
 }
@@ -79,13 +114,17 @@ constexpr const char* kControlCodes[] = {"",         "AUTOSTART", "PRESENT",  "D
 
 }  // namespace
 
-std::string Ait::Application::url() const {
+std::string Ait::Application::urlBase() const {
     for (const Transport& transport : transports) {
         if (transport.protocolId == kProtocolHttp) {
-            return transport.urlBase + initialPath;
+            return transport.urlBase;
         }
     }
-    return initialPath;
+    return {};
+}
+
+std::string Ait::Application::url() const {
+    return urlBase() + initialPath;
 }
 
 std::optional<Ait> parseAit(Bytes section, std::string& error) {

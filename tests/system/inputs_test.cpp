@@ -88,7 +88,9 @@ TEST_F(AnInputThatComesByItself, IsToldOfEachChangeOnce) {
     tsmake::Multiplex multiplex = kSample;
     tsmake::Service& changing = multiplex.services[0];
     changing.events = {{1, "First", "", 2}, {2, "Second", "", 3600}};
-    changing.ait.versions.push_back({2, 2, {}});
+    tsmake::Application bounded = {0x190, 7, 2, "Shop", "https://shop.example/", "start.html"};
+    bounded.boundaries = {"https://pay.example", "https://help.example/tv"};
+    changing.ait.versions.push_back({2, 2, {bounded}});
     changing.ait.end = 4;
     const std::string broadcast = fileText(writeBroadcast(multiplex, 6, "changes.ts"));
     const std::uint16_t port = freePort();
@@ -99,6 +101,12 @@ TEST_F(AnInputThatComesByItself, IsToldOfEachChangeOnce) {
     };
     const auto ait = [&](std::size_t state) {
         return "onAitSectionAvailable(" + shownValue(asText(tsmake::aitSection(changing, 0, state))) + ")";
+    };
+    // What the AIT says of its application, with the profile's version 1.2.1 and priority 1.
+    const std::string offered = "onAitInfoAvailable(400, 7, 2, 1, 2, 1, " + shownValue(bounded.urlBase) + ", " +
+                                shownValue(bounded.initialPath) + ", 1)";
+    const auto boundary = [&](std::size_t number) {
+        return "onAitBoundaryExtensionAvailable(400, 7, " + shownValue(bounded.boundaries[number]) + ")";
     };
     const auto pmt = [&](int update) {
         return "onPmtDataChange(1, 1025, 28106, " + std::to_string(update) + ", " +
@@ -113,14 +121,15 @@ TEST_F(AnInputThatComesByItself, IsToldOfEachChangeOnce) {
         return heard(pmt(0)) && heard(eit(0, false, 0)) && heard(eit(0, true, 0)) && heard(ait(0));
     }));
     EXPECT_TRUE(playsUntil(port, partOf(broadcast, 2, 2), [&] {
-        return heard(eit(1, false, 1)) && heard(eit(1, true, 1)) && heard(ait(1));
+        return heard(eit(1, false, 1)) && heard(eit(1, true, 1)) && heard(ait(1)) && heard(boundary(1));
     })) << testing::PrintToString(client->texts());
     EXPECT_TRUE(playsUntil(port, partOf(broadcast, 4, 2),
                            [&] { return heard("onAitParsingStateChanged(0)") && heard(pmt(1)); }));
     // What is answered last shows that nothing else came.
     sends(&Commands::cmdVodGetMaxdomeSecureSerialNumber, std::string());
     ASSERT_TRUE(hears("onVodMaxdomeSecureSerialNumber(0:)"));
-    for (const std::string& once : {eit(1, false, 1), eit(1, true, 1), ait(1), pmt(1)}) {
+    for (const std::string& once :
+         {eit(1, false, 1), eit(1, true, 1), ait(1), pmt(1), offered, boundary(0), boundary(1)}) {
         EXPECT_EQ(timesHeard(once), 1) << once;
     }
     EXPECT_EQ(timesHeard("onAitParsingStateChanged(0)"), 1);

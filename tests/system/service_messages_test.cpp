@@ -192,6 +192,34 @@ TEST_F(ARawBrowser, GetsTheServiceAndItsPmtAsDtvInfo) {
                       shownValue(asText(tsmake::pmtSection(kFirst))) + ")"));
 }
 
+TEST_F(ARawBrowser, GetsTheServiceItsPmtAndItsAitAgainWhenItAsks) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kFirst));
+    const std::string ait = "onAitSectionAvailable(" + shownValue(asText(tsmake::aitSection(kFirst))) + ")";
+    ASSERT_TRUE(hears(ait));
+    const std::string info = "onAcquireDtvServiceInfo(" + shownValue("1:1025:" + number(kFirst.serviceId)) + ")";
+    const std::string pmt =
+        "onPmtDataChange(1, 1025, 28106, 0, " + shownValue(asText(tsmake::pmtSection(kFirst))) + ")";
+    // Whatever is still to come of the tunes has come with the answer to a later command.
+    ASSERT_TRUE(sends(&Commands::cmdVodGetMaxdomeSecureSerialNumber, std::string()));
+    ASSERT_TRUE(hears("onVodMaxdomeSecureSerialNumber(0:)"));
+    const auto again = [this](auto command, const std::string& event) {
+        const auto before = timesHeard(event);
+        return sends(command) && eventually([&] { return timesHeard(event) == before + 1; });
+    };
+    EXPECT_TRUE(again(&Commands::cmdTriggerServiceInfoAcquire, info));
+    EXPECT_TRUE(again(&Commands::cmdSendPMTCache, pmt));
+    EXPECT_TRUE(again(&Commands::cmdTriggerAitReparse, "onAitChannelInfoUpdated(0, " + kTriplet));
+    EXPECT_TRUE(again(&Commands::cmdTriggerAitReparse, ait));
+}
+
+TEST_F(ARawBrowser, IsToldOfTheEndOfAnAudioSourceChangeByItsSession) {
+    const ServiceProcess process;
+    ASSERT_TRUE(sends(&Commands::cmdSetAudioSource, 41U, std::string("broadband")));
+    EXPECT_TRUE(hears("onSetAudioSourceFinished(41, 0)"));
+    EXPECT_THAT(process.log(), testing::HasSubstr("audio source \"broadband\", session 41"));
+}
+
 TEST_F(ARawBrowser, IsToldThatNoCarouselIsMounted) {
     const ServiceProcess process;
     ASSERT_TRUE(sends(&Commands::cmdMountDsmcc, 5U, static_cast<unsigned short>(1), static_cast<unsigned short>(1025),
@@ -317,6 +345,7 @@ TEST_F(ARawBrowser, ShowsTheOperatorServicesThatAreOnNoInput) {
                "  2:3000:40             no input  nopmt  no-hbbtv  Elsewhere\n"
                "  2:3000:41             no input  nopmt  no-hbbtv  \n";
     })) << operate({"channels"});
-    EXPECT_THAT(operate({"--json", "channels"}), testing::HasSubstr(R"("hbbtv":false,"input":null,"name":"Elsewhere")"));
+    EXPECT_THAT(operate({"--json", "channels"}),
+                testing::HasSubstr(R"("hbbtv":false,"input":null,"name":"Elsewhere")"));
     EXPECT_EQ(operate({"tune", "2:3000:40"}), "dtvctl: service 2:3000:40 is on no input\n");
 }

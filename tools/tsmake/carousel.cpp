@@ -91,7 +91,8 @@ std::string eventObject(std::uint8_t key, const StreamEvents& events) {
     }
     // No description; no duration; neither audio nor video, but data.
     const std::string info = be(0, 1) + be(0, 4) + be(0, 2) + be(0, 2) + be(1, 1) + be(named.size(), 2) + names;
-    return object(kStreamEvent, key, info, be(1, 1) + tap(kEventUse, events.tag.value_or(0), {}) + be(named.size(), 1) + ids);
+    return object(kStreamEvent, key, info,
+                  be(1, 1) + tap(kEventUse, events.tag.value_or(0), {}) + be(named.size(), 1) + ids);
 }
 
 std::vector<std::string> partsOf(const std::string& path) {

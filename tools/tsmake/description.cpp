@@ -164,6 +164,7 @@ Application readApplication(JsonReader& in) {
     application.name = dvbText(in, "name");
     application.urlBase = in.text("urlBase");
     application.initialPath = in.text("path");
+    in.texts("boundaries", application.boundaries);
     return application;
 }
 

@@ -1,6 +1,8 @@
 // Reading members.
 #include "json_reader.h"
 
+#include <algorithm>
+
 namespace tsmake {
 
 JsonReader::JsonReader(const nlohmann::json& newValue, std::string newPlace)
@@ -89,6 +91,19 @@ void JsonReader::list(const std::string& key, const std::function<void(JsonReade
         read(reader);
         reader.finish();
     }
+}
+
+void JsonReader::texts(const std::string& key, std::vector<std::string>& list) {
+    const nlohmann::json* const found = member(key);
+    if (found == nullptr) {
+        return;
+    }
+    const bool isIt = found->is_array() && std::all_of(found->begin(), found->end(),
+                                                       [](const nlohmann::json& text) { return text.is_string(); });
+    if (!isIt) {
+        fail(key, "a list of texts is needed");
+    }
+    list = found->get<std::vector<std::string>>();
 }
 
 void JsonReader::finish() const {

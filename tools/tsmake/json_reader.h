@@ -8,6 +8,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace tsmake {
 
@@ -33,6 +34,8 @@ public:
     /// The object under the key, if there is one; then each object of the list under the key, if there is one.
     void object(const std::string& key, const std::function<void(JsonReader&)>& read);
     void list(const std::string& key, const std::function<void(JsonReader&)>& read);
+    /// The list of texts under the key, if there is one.
+    void texts(const std::string& key, std::vector<std::string>& list);
     /// The value under the key as it is; null where it is missing.
     const nlohmann::json* member(const std::string& key);
 

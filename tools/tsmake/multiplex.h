@@ -19,6 +19,7 @@ struct Application {
     std::string name;
     std::string urlBase;
     std::string initialPath;
+    std::vector<std::string> boundaries = {};  ///< URL prefixes beyond the origin of urlBase
 };
 
 /// The applications from a second on.

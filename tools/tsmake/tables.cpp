@@ -101,6 +101,7 @@ void writeApplication(SectionWriter& writer, const Application& application) {
     constexpr std::uint8_t kNameDescriptor = 0x01;
     constexpr std::uint8_t kTransportDescriptor = 0x02;
     constexpr std::uint8_t kLocationDescriptor = 0x15;
+    constexpr std::uint8_t kBoundaryDescriptor = 0x17;
     constexpr unsigned int kHttp = 0x0003;
     constexpr unsigned int kLabel = 1;
     writer.u32(application.organisationId).u16(application.applicationId).u8(application.controlCode).open12();
@@ -110,6 +111,13 @@ void writeApplication(SectionWriter& writer, const Application& application) {
     writer.openDescriptor(kTransportDescriptor).u16(kHttp).u8(kLabel);
     writer.lengthText(application.urlBase).u8(0).close();
     writer.openDescriptor(kLocationDescriptor).text(application.initialPath).close();
+    if (!application.boundaries.empty()) {
+        writer.openDescriptor(kBoundaryDescriptor).u8(static_cast<unsigned int>(application.boundaries.size()));
+        for (const std::string& boundary : application.boundaries) {
+            writer.lengthText(boundary);
+        }
+        writer.close();
+    }
     writer.close();
 }
 

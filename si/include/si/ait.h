@@ -22,6 +22,13 @@ struct Ait {
         std::uint8_t label = 0;
         std::string urlBase;  ///< of HTTP
     };
+    /// A platform profile that the application needs, with its version.
+    struct Profile {
+        std::uint16_t profile = 0;
+        std::uint8_t major = 0;
+        std::uint8_t minor = 0;
+        std::uint8_t micro = 0;
+    };
     struct Application {
         std::uint32_t organisationId = 0;
         std::uint16_t applicationId = 0;
@@ -29,8 +36,13 @@ struct Ait {
         std::vector<Name> names;
         std::vector<Transport> transports;
         std::string initialPath;
-        Descriptors descriptors;  ///< all of them, as they came
+        std::vector<Profile> profiles;
+        std::uint8_t priority = 0;
+        std::vector<std::string> boundaries;  ///< URL prefixes of the application's boundary extension
+        Descriptors descriptors;              ///< all of them, as they came
 
+        /// Of the first transport by HTTP; empty without one.
+        std::string urlBase() const;
         /// Where the application starts: the HTTP base with the initial path, the path alone, or empty.
         std::string url() const;
     };

@@ -28,10 +28,6 @@ struct Adapter {
     bool isFreed = false;
 } adapter;
 
-bool works(const char* step) {
-    return adapter.failing.count(step) == 0;
-}
-
 InputName inputOf(const std::string& text) {
     std::string error;
     const std::optional<InputName> input = dtvservice::parseInput(text, error);
@@ -54,6 +50,10 @@ dvb_device device{nullptr, 0, &parameters};
 dvb_dev_list listed{};
 dvb_logfunc_priv logFunction = nullptr;
 void* logPrivate = nullptr;
+
+bool works(const std::string& step) {
+    return adapter.failing.count(step) == 0;
+}
 
 const char* nameOf(dvb_dev_type type) {
     return type == DVB_DEVICE_FRONTEND ? "frontend" : type == DVB_DEVICE_DEMUX ? "demux" : "dvr";
@@ -86,7 +86,7 @@ dvb_dev_list* dvb_dev_seek_by_adapter(dvb_device*, unsigned int, unsigned int, d
 }
 
 dvb_open_descriptor* dvb_dev_open(dvb_device*, const char*, int) {
-    if (works(("open " + adapter.lastDevice).c_str())) {
+    if (works("open " + adapter.lastDevice)) {
         return reinterpret_cast<dvb_open_descriptor*>(&adapter);
     }
     logFunction(logPrivate, 7, "a word that is no error\n");

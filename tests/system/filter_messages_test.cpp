@@ -1,0 +1,116 @@
+// The messages of section filters and PMT requests, by a browser with a queue of its own.
+#include <unistd.h>
+
+#include "raw_browser.h"
+#include "velmora/msgqueue/ipc_message_queue.h"
+
+namespace {
+
+using lo::browserdvbservice::OpenFilterMatchMask_t;
+using velmora::msgqueue::IPCMessageQueue;
+using velmora::msgqueue::SectionDataIPCMessage;
+
+const std::string kSession = "a filter's session";
+
+std::string shown(const std::string& text) {
+    return shownValue(text);
+}
+
+class ABrowserWithAQueue : public ARawBrowser {
+protected:
+    ABrowserWithAQueue() {
+        EXPECT_NE(queue, nullptr);
+        message.data = buffer.data();
+    }
+    ~ABrowserWithAQueue() override { message.data = nullptr; }
+
+    /// Sends the name of the queue, and a filter on the second service's EIT behind it.
+    void opensFilter() {
+        ASSERT_TRUE(sends(&Commands::cmdUpdateIPCChannelNames, name, std::string(), std::string()));
+        ASSERT_TRUE(sends(&Commands::cmdFilterOpen, kSession, kEitPid, ofTheFollowingEvent()));
+    }
+    static OpenFilterMatchMask_t ofTheFollowingEvent() {
+        OpenFilterMatchMask_t matchMask;
+        // table_id, service_id, the byte with the version, section_number.
+        matchMask.mask = {0x4E, 0x6D, 0xCB, 0x00, 0x01};
+        matchMask.maskBits = {0xFF, 0xFF, 0xFF, 0x00, 0xFF};
+        return matchMask;
+    }
+    /// The next section in the queue, behind the name of its session.
+    std::pair<std::string, std::string> received() {
+        queue->Receive(message);
+        return {message.sessionName, std::string(buffer.begin(), buffer.begin() + message.dataLength)};
+    }
+
+    static constexpr unsigned int kEitPid = 0x12;
+    const std::string name = "SECTION-raw-" + std::to_string(getpid());
+    std::vector<std::uint8_t> buffer = std::vector<std::uint8_t>(SectionDataIPCMessage::kBufferSize);
+    SectionDataIPCMessage message;
+    const std::unique_ptr<IPCMessageQueue> queue{IPCMessageQueue::create(name, 4500, 128)};
+};
+
+}  // namespace
+
+TEST_F(ABrowserWithAQueue, GetsTheSectionsOfAFilterByTheQueueAlone) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kSample.services[0]));
+    opensFilter();
+    EXPECT_TRUE(hears("onBrowserOpenFilterConf(18, " + shown(kSession) + ", 0)"));
+    EXPECT_TRUE(hears("onFilterOpened(" + shown(kSession) + ", " + shown(kSession) + ")"));
+    const std::string section = asText(tsmake::eitSection(kSample, kSample.services[1], true));
+    for (int count = 0; count < 2; ++count) {
+        EXPECT_EQ(received(), std::make_pair(kSession, section));
+    }
+    ASSERT_TRUE(sends(&Commands::cmdDataReadFinished, kSession, kSession));
+    ASSERT_TRUE(sends(&Commands::cmdFilterClose, kSession));
+    EXPECT_TRUE(hears("onBrowserOCloseFilterConf(" + shown(kSession) + ", 0)"));
+    EXPECT_TRUE(hears("onFilterClosed(" + shown(kSession) + ")"));
+    ASSERT_TRUE(sends(&Commands::cmdFilterClose, kSession));
+    EXPECT_TRUE(hears("onBrowserOCloseFilterConf(" + shown(kSession) + ", -1)")) << "there is none any more";
+    EXPECT_EQ(timesHeard("onFilterClosed(" + shown(kSession) + ")"), 1);
+    for (const std::string& text : client->texts()) {
+        EXPECT_EQ(text.find("onFilterSectionDataArrived"), std::string::npos);
+    }
+}
+
+TEST_F(ABrowserWithAQueue, IsRefusedAFilterWithTheReasonInTheLog) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kSample.services[0]));
+    ASSERT_TRUE(sends(&Commands::cmdUpdateIPCChannelNames, name, std::string(), std::string()));
+    ASSERT_TRUE(sends(&Commands::cmdFilterOpen, kSession, 0x2000U, OpenFilterMatchMask_t()));
+    EXPECT_TRUE(hears("onBrowserOpenFilterConf(8192, " + shown(kSession) + ", -1)"));
+    EXPECT_TRUE(hears("onFilterOpened(" + shown(kSession) + ", 0:)"));
+    EXPECT_THAT(process.log(), testing::HasSubstr("filter " + kSession + " refused: "));
+}
+
+TEST_F(ABrowserWithAQueue, IsToldOfAQueueThatIsNotThere) {
+    const ServiceProcess process;
+    const std::string missing = "SECTION-missing-" + std::to_string(getpid());
+    ASSERT_TRUE(sends(&Commands::cmdUpdateIPCChannelNames, missing, std::string(), std::string()));
+    EXPECT_TRUE(
+        eventually([&] { return process.log().find("browser 1: there is no queue " + missing) != std::string::npos; }));
+}
+
+TEST_F(ABrowserWithAQueue, GetsThePmtThatItAsksForUntilItStops) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kSample.services[2]));
+    ASSERT_TRUE(sends(&Commands::cmdUpdateIPCChannelNames, name, std::string(), std::string()));
+    ASSERT_TRUE(sends(&Commands::cmdStartPMTRequest, kSession, 28108U));
+    EXPECT_EQ(received(), std::make_pair(kSession, asText(tsmake::pmtSection(kSample.services[2]))));
+    ASSERT_TRUE(sends(&Commands::cmdStopPMTRequest, kSession));
+    ASSERT_TRUE(sends(&Commands::cmdFilterClose, kSession));
+    EXPECT_TRUE(hears("onBrowserOCloseFilterConf(" + shown(kSession) + ", -1)")) << "it was the session's last";
+}
+
+TEST_F(ABrowserWithAQueue, IsToldWhenATuneEndsItsFilter) {
+    tsmake::Multiplex other = kSample;
+    other.transportStreamId = 2000;
+    const ServiceProcess process({SAMPLE_FILE, writeBroadcast(other, 3, "other.ts")});
+    ASSERT_TRUE(presents(kSample.services[0]));
+    opensFilter();
+    ASSERT_TRUE(hears("onFilterOpened(" + shown(kSession) + ", " + shown(kSession) + ")"));
+    ASSERT_TRUE(presents(kSample.services[2])) << "a service of the same multiplex";
+    EXPECT_FALSE(heard("onFilterClosed(" + shown(kSession) + ")"));
+    EXPECT_TRUE(eventually([] { return operate({"tune", "1:2000:28106"}).empty(); }));
+    EXPECT_TRUE(hears("onFilterClosed(" + shown(kSession) + ")"));
+}
