@@ -19,7 +19,7 @@ constexpr std::uint8_t kNitActualTableId = 0x40;
 constexpr std::uint8_t kSdtActualTableId = 0x42;
 constexpr std::uint8_t kSdtOtherTableId = 0x46;
 /// A broadcast may not make this process keep more than any network has.
-constexpr std::size_t kMostOtherStreams = 1000;
+constexpr std::size_t kMostStreams = 1000;
 constexpr std::uint8_t kEitPresentFollowingActualTableId = 0x4E;
 constexpr std::uint8_t kAitTableId = 0x74;
 constexpr std::size_t kLongHeader = 8;
@@ -204,10 +204,10 @@ void SiDatabase::onSdtSection(si::Bytes section) {
     nameChannels();
 }
 
-SiDatabase::OtherStream* SiDatabase::otherStream(std::uint16_t network, std::uint16_t transportStream) {
-    const std::pair<std::uint16_t, std::uint16_t> key = {network, transportStream};
-    const bool isKnown = otherStreams.find(key) != otherStreams.end();
-    return isKnown || otherStreams.size() < kMostOtherStreams ? &otherStreams[key] : nullptr;
+SiDatabase::NetworkStream* SiDatabase::networkStream(std::uint16_t onid, std::uint16_t transportStream) {
+    const std::pair<std::uint16_t, std::uint16_t> key = {onid, transportStream};
+    const bool isKnown = network.find(key) != network.end();
+    return isKnown || network.size() < kMostStreams ? &network[key] : nullptr;
 }
 
 void SiDatabase::onOtherSdtSection(si::Bytes section) {
@@ -217,7 +217,7 @@ void SiDatabase::onOtherSdtSection(si::Bytes section) {
         ++unreadable_;
         return;
     }
-    OtherStream* const stream = otherStream(parsed->originalNetworkId, parsed->transportStreamId);
+    NetworkStream* const stream = networkStream(parsed->originalNetworkId, parsed->transportStreamId);
     if (stream == nullptr || file(stream->sdt, section) == Update::none) {
         return;
     }
@@ -226,23 +226,25 @@ void SiDatabase::onOtherSdtSection(si::Bytes section) {
     }
 }
 
-void SiDatabase::addServiceList(const si::Nit::TransportStream& stream) {
+void SiDatabase::addNetworkStream(const si::Nit::TransportStream& stream) {
     constexpr std::uint8_t kServiceList = 0x41;
     constexpr std::size_t kEntry = 3;
+    NetworkStream* const known = networkStream(stream.originalNetworkId, stream.transportStreamId);
+    if (known == nullptr) {
+        return;
+    }
+    known->descriptors = stream.descriptors;
     for (const si::Descriptor& descriptor : stream.descriptors) {
         for (std::size_t at = 0; descriptor.tag == kServiceList && at + kEntry <= descriptor.bytes.size();
              at += kEntry) {
-            if (OtherStream* const other = otherStream(stream.originalNetworkId, stream.transportStreamId)) {
-                other->names.try_emplace(
-                    static_cast<std::uint16_t>(descriptor.bytes[at] << 8U | descriptor.bytes[at + 1]));
-            }
+            known->names.try_emplace(static_cast<std::uint16_t>(descriptor.bytes[at] << 8U | descriptor.bytes[at + 1]));
         }
     }
 }
 
 std::vector<Channel> SiDatabase::otherChannels() const {
     std::vector<Channel> list;
-    for (const auto& [key, stream] : otherStreams) {
+    for (const auto& [key, stream] : network) {
         if (key.second != transportStreamId) {
             for (const auto& [serviceId, name] : stream.names) {
                 list.push_back({key.first, key.second, serviceId, 0, name});
@@ -266,8 +268,7 @@ void SiDatabase::onNitSection(si::Bytes section) {
     bool named = false;
     for (const si::Nit::TransportStream& stream : parsed->transportStreams) {
         Multiplex& multiplex = multiplexes[stream.transportStreamId];
-        multiplex.deliverySystems = stream.descriptors;
-        addServiceList(stream);
+        addNetworkStream(stream);
         if (!multiplex.originalNetworkId) {
             multiplex.originalNetworkId = stream.originalNetworkId;
             named = named || stream.transportStreamId == transportStreamId;
@@ -278,16 +279,16 @@ void SiDatabase::onNitSection(si::Bytes section) {
     }
 }
 
-bool SiDatabase::hasDeliverySystem(std::uint16_t transportStream, const std::string& descriptor) const {
-    const auto multiplex = multiplexes.find(transportStream);
-    if (multiplex == multiplexes.end()) {
-        return false;
-    }
-    const si::Descriptors& all = multiplex->second.deliverySystems;
-    return std::any_of(all.begin(), all.end(), [&descriptor](const si::Descriptor& known) {
+bool SiDatabase::hasDeliverySystem(const Channel& channel, const std::string& descriptor) const {
+    const auto isIt = [&descriptor](const si::Descriptor& known) {
         std::string bytes = {static_cast<char>(known.tag), static_cast<char>(known.bytes.size())};
         bytes.append(known.bytes.begin(), known.bytes.end());
         return bytes == descriptor;
+    };
+    return std::any_of(network.begin(), network.end(), [&](const auto& stream) {
+        const si::Descriptors& all = stream.second.descriptors;
+        return stream.first.first == channel.originalNetworkId.value_or(stream.first.first) &&
+               stream.first.second == channel.transportStreamId && std::any_of(all.begin(), all.end(), isIt);
     });
 }
 

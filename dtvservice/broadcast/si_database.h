@@ -64,9 +64,9 @@ public:
     std::vector<Section> ait(std::uint16_t serviceId) const;
     /// Whether the service's PMT signals an HbbTV AIT.
     bool signalsHbbTv(std::uint16_t serviceId) const;
-    /// Whether the NIT (actual) gives the transport stream a descriptor of exactly these bytes, tag and length
-    /// included.
-    bool hasDeliverySystem(std::uint16_t transportStream, const std::string& descriptor) const;
+    /// Whether the NIT (actual) gives the channel's transport stream a descriptor of exactly these bytes, tag and
+    /// length included. A network that nothing has told yet is any.
+    bool hasDeliverySystem(const Channel& channel, const std::string& descriptor) const;
     std::uint64_t unreadable() const { return unreadable_; }
 
 private:
@@ -80,7 +80,6 @@ private:
     /// What SDT and EIT "actual" say of a transport stream.
     struct Multiplex {
         SubTable sdt;
-        si::Descriptors deliverySystems;  // of the NIT
         std::optional<std::uint16_t> originalNetworkId;
         std::map<std::uint16_t, std::string> names;  // by service_id
     };
@@ -93,16 +92,17 @@ private:
         std::vector<std::uint16_t> aitPids;
     };
 
-    /// A transport stream that is not this one.
-    struct OtherStream {
+    /// What NIT and SDT (other) say of a transport stream of the network.
+    struct NetworkStream {
         SubTable sdt;
+        si::Descriptors descriptors;                 // of the NIT
         std::map<std::uint16_t, std::string> names;  // by service_id; empty where only the NIT has the service
     };
 
     static Update file(SubTable& table, si::Bytes section);
     void onOtherSdtSection(si::Bytes section);
-    void addServiceList(const si::Nit::TransportStream& stream);
-    OtherStream* otherStream(std::uint16_t network, std::uint16_t transportStream);
+    void addNetworkStream(const si::Nit::TransportStream& stream);
+    NetworkStream* networkStream(std::uint16_t onid, std::uint16_t transportStream);
     void onPatSection(si::Bytes section);
     void onSdtSection(si::Bytes section);
     void onNitSection(si::Bytes section);
@@ -122,7 +122,7 @@ private:
     std::optional<std::uint16_t> transportStreamId;
     std::vector<Channel> channels_;
     std::map<std::uint16_t, Multiplex> multiplexes;  // by transport_stream_id: an SDT may come before the PAT
-    std::map<std::pair<std::uint16_t, std::uint16_t>, OtherStream> otherStreams;  // by network and transport stream
+    std::map<std::pair<std::uint16_t, std::uint16_t>, NetworkStream> network;  // by network and transport stream
     std::map<std::uint16_t, Service> services;
     std::uint64_t unreadable_ = 0;
 };

@@ -197,11 +197,15 @@ void DtvService::tune(frame::MsgIds asker, const TuneInfoChannel& wanted) {
     events->onServiceChanged(asker, kNoTransport, kFailed, staying == nullptr ? std::string() : staying->triplet());
 }
 
-/// The multiplex is the one whose NIT gives it these very bytes.
+/// The multiplex is the one that a NIT, its own or another's, gives these very bytes.
 bool DtvService::tuneByDescriptor(const TuneInfoChannel& wanted) {
     for (Multiplex& multiplex : multiplexes) {
         const Channel* const channel = multiplex.si.find(static_cast<std::uint16_t>(wanted.sid));
-        if (channel != nullptr && multiplex.si.hasDeliverySystem(channel->transportStreamId, wanted.dsd)) {
+        const bool isIt =
+            channel != nullptr && std::any_of(multiplexes.begin(), multiplexes.end(), [&](const Multiplex& telling) {
+                return telling.si.hasDeliverySystem(*channel, wanted.dsd);
+            });
+        if (isIt) {
             present(multiplex, *channel);
             return true;
         }

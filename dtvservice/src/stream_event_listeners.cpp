@@ -163,8 +163,13 @@ std::optional<StreamEventListeners::Result> StreamEventListeners::resolve(const 
 }
 
 void StreamEventListeners::answerQuestions() {
+    answerWhere([this](const Question& question) { return resolve(question); });
+}
+
+template <typename Ask>
+void StreamEventListeners::answerWhere(Ask ask) {
     for (auto question = questions.begin(); question != questions.end();) {
-        const std::optional<Result> result = resolve(*question);
+        const std::optional<Result> result = ask(*question);
         if (result) {
             question->answer(*result);
             question = questions.erase(question);
@@ -176,14 +181,7 @@ void StreamEventListeners::answerQuestions() {
 
 template <typename Condition>
 void StreamEventListeners::close(Condition condition, Result result) {
-    for (auto question = questions.begin(); question != questions.end();) {
-        if (condition(*question)) {
-            question->answer(result);
-            question = questions.erase(question);
-        } else {
-            ++question;
-        }
-    }
+    answerWhere([&](const Question& question) { return condition(question) ? std::optional(result) : std::nullopt; });
 }
 
 /// A listener that is still asked for ends as one that could not be made.

@@ -97,7 +97,10 @@ private:
     bool isMeant(const Target& target, const broadcast::EventObjects::Named& event) const;
     std::optional<Result> resolve(const Question& question);
     void answerQuestions();
-    /// Takes out the questions that the condition holds for, and gives them all one answer.
+    /// Takes out the questions that `ask` has a result for, and answers them.
+    template <typename Ask>
+    void answerWhere(Ask ask);
+    /// Those that the condition holds for all get one answer.
     template <typename Condition>
     void close(Condition condition, Result result);
 

@@ -175,6 +175,25 @@ TEST_F(ARawBrowser, TunesByTheDeliverySystemDescriptorOfTheNit) {
               std::string::npos);
 }
 
+TEST_F(ARawBrowser, TunesByADescriptorThatOnlyAnotherMultiplexTells) {
+    tsmake::Multiplex telling = kSample;
+    const std::string descriptor("\x44\x0B\x04\x02\x00\x00\xFF\xF2\x05\x00\x69\x00\x0F", 13);
+    telling.otherStreams = {{1, 2000, descriptor, {}}};
+    tsmake::Multiplex silent = kSample;
+    silent.transportStreamId = 2000;
+    silent.deliverySystem.clear();
+    const ServiceProcess process({writeBroadcast(telling, 3, "telling.ts"), writeBroadcast(silent, 3, "silent.ts")});
+    TuneInfoChannel channel;
+    channel.idType = 13;
+    channel.dsd = descriptor;
+    channel.sid = kSample.services[1].serviceId;
+    EXPECT_TRUE(eventually([&] {
+        sends(&Commands::cmdTuneToService, channel);
+        return heard("onServiceChanged(" + shownValue(std::string("service_started")) + ", " +
+                     shownValue(std::string("1:2000:28107")) + ")");
+    }));
+}
+
 TEST_F(ARawBrowser, IsToldWhetherAnAitIsSignalled) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kFirst));
