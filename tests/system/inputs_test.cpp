@@ -1,4 +1,8 @@
 // Inputs that come by themselves: standard input and datagrams on the loopback.
+#include <zlib.h>
+
+#include <random>
+
 #include "fed_input.h"
 
 namespace {
@@ -160,7 +164,9 @@ TEST_F(AnInputThatComesByItself, IsTriedAgainWhereItFailsAndDoesNotStopTheOthers
         [&](const std::string& datagram, std::size_t) { sender.send(datagram, addressOf("127.0.0.1", port)); }));
 }
 
-TEST_F(AnInputThatComesByItself, OfAFileMayComeLater) {
+using AFileAsInput = ARawBrowser;
+
+TEST_F(AFileAsInput, MayComeLater) {
     tsmake::Multiplex other = kSample;
     other.transportStreamId = 2000;
     const std::string later = kRunDirectory + "/later.ts";
@@ -172,4 +178,40 @@ TEST_F(AnInputThatComesByItself, OfAFileMayComeLater) {
     ASSERT_EQ(std::rename(made.c_str(), later.c_str()), 0);
     EXPECT_TRUE(eventually([&] { return operate({"channels"}).find("1:2000:28106") != std::string::npos; }));
     EXPECT_THAT(process.log(), testing::HasSubstr(later + " has been opened"));
+}
+
+TEST_F(AFileAsInput, MayBeDamaged) {
+    std::string bytes = fileText(SAMPLE_FILE);
+    std::mt19937 random(7);  // the same damage in every run
+    for (std::size_t packet = 0; packet < bytes.size() / kPacketSize; packet += 1 + random() % 16) {
+        for (int change = 0; change < 4; ++change) {
+            bytes[packet * kPacketSize + 1 + random() % (kPacketSize - 1)] = static_cast<char>(random());
+        }
+    }
+    const std::string file = kRunDirectory + "/damaged.ts";
+    std::ofstream(file, std::ios::binary) << bytes << std::string(100, 'x');
+    ServiceProcess process(file);
+    EXPECT_TRUE(presents(kSample.services[1])) << "tables repeat";
+    EXPECT_TRUE(eventually([] {
+        const std::string counted = operate({"--json", "statistics"});
+        const auto counts = [&counted](const std::string& what) {
+            return counted.find("\"" + what + "\":") != std::string::npos &&
+                   counted.find("\"" + what + "\":0") == std::string::npos;
+        };
+        return counts("crcErrors") && counts("continuityErrors") && counts("cutSections");
+    })) << operate({"--json", "statistics"});
+    EXPECT_EQ(process.end(SIGTERM), 0) << "it has lived to the end";
+}
+
+TEST_F(AFileAsInput, IsToldOfWhereItIsCut) {
+    const std::string whole = fileText(SAMPLE_FILE);
+    const std::string packed = kRunDirectory + "/cut.ts.gz";
+    gzFile const file = gzopen(packed.c_str(), "wb");
+    ASSERT_EQ(gzwrite(file, whole.data(), static_cast<unsigned int>(whole.size())), static_cast<int>(whole.size()));
+    ASSERT_EQ(gzclose(file), Z_OK);
+    const std::string compressed = fileText(packed);
+    std::ofstream(packed, std::ios::binary) << compressed.substr(0, compressed.size() / 2);
+    const ServiceProcess process(packed);
+    EXPECT_TRUE(presents(kSample.services[0])) << "what stands before the cut is played";
+    EXPECT_TRUE(eventually([&] { return process.log().find("cannot read " + packed + ": ") != std::string::npos; }));
 }
