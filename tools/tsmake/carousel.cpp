@@ -22,7 +22,7 @@ const std::string kServiceGateway("srg\0", 4);
 const std::string kDirectory("dir\0", 4);
 const std::string kStreamEvent("ste\0", 4);
 
-/// A number in so many bytes.
+/// A number in so many bytes, eight at most.
 std::string be(std::uint64_t value, unsigned int width) {
     std::string bytes;
     while (width-- != 0) {
@@ -179,7 +179,7 @@ std::vector<Section> carouselSections(const StreamEvents& events) {
         messageSection(kControlTableId, 0, kServerInitiate, kDsiTransaction,
                        std::string(20, '\xFF') + be(0, 2) + withLength(gateway, 2)),
         messageSection(kControlTableId, kDiiTransaction & 0xFFFFU, kInfoIndication, kDiiTransaction,
-                       be(kCarouselId, 4) + be(kBlockSize, 2) + be(0, 10) + be(0, 2) + modules + be(0, 2))};
+                       be(kCarouselId, 4) + be(kBlockSize, 2) + std::string(10, '\0') + be(0, 2) + modules + be(0, 2))};
     addBlocks(sections, kDirectories, tree);
     addBlocks(sections, kObject, packed);
     return sections;
