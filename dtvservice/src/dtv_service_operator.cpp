@@ -128,29 +128,30 @@ json DtvService::operate(const std::string& command, const json& request) {
 }
 
 json DtvService::operateChannels(const json&) {
+    const auto described = [](const broadcast::Channel& channel) {
+        return json{{"onid", channel.originalNetworkId ? json(*channel.originalNetworkId) : json()},
+                    {"tsid", channel.transportStreamId},
+                    {"sid", channel.serviceId},
+                    {"name", channel.name},
+                    {"input", json()},
+                    {"pmt", false},
+                    {"hbbtv", false},
+                    {"presented", false}};
+    };
     json list = json::array();
     for (std::size_t input = 0; input < multiplexes.size(); ++input) {
         const broadcast::SiDatabase& si = multiplexes[input].si;
         for (const broadcast::Channel& channel : si.channels()) {
-            list.push_back({{"onid", channel.originalNetworkId ? json(*channel.originalNetworkId) : json()},
-                            {"tsid", channel.transportStreamId},
-                            {"sid", channel.serviceId},
-                            {"name", channel.name},
-                            {"input", input + 1},
-                            {"pmt", !si.pmt(channel.serviceId).empty()},
-                            {"hbbtv", si.signalsHbbTv(channel.serviceId)},
-                            {"presented", presentedChannel() == &channel}});
+            json entry = described(channel);
+            entry["input"] = input + 1;
+            entry["pmt"] = !si.pmt(channel.serviceId).empty();
+            entry["hbbtv"] = si.signalsHbbTv(channel.serviceId);
+            entry["presented"] = presentedChannel() == &channel;
+            list.push_back(std::move(entry));
         }
     }
     for (const broadcast::Channel& channel : channelsWithoutInput()) {
-        list.push_back({{"onid", *channel.originalNetworkId},
-                        {"tsid", channel.transportStreamId},
-                        {"sid", channel.serviceId},
-                        {"name", channel.name},
-                        {"input", json()},
-                        {"pmt", false},
-                        {"hbbtv", false},
-                        {"presented", false}});
+        list.push_back(described(channel));
     }
     std::stable_sort(list.begin(), list.end(), [](const json& one, const json& other) {
         const auto key = [](const json& channel) {

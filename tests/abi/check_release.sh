@@ -13,6 +13,9 @@ complain() {
     broken=1
 }
 
+# What a tool prints goes into a file first: a grep that has seen enough would end the tool with a broken pipe, which
+# counts as a failure here.
+
 # The compiler's run-time library and the loader come with the C and C++ libraries.
 allowed='libc\.so\.6|libstdc\+\+\.so\.6|libgcc_s\.so\.1|ld-linux[-a-z0-9_]*\.so\.[0-9]|libuuid\.so\.1|libdtvplatform\.so'
 "$readelf" -dW "$library" >"$folder/dynamic"
@@ -28,12 +31,14 @@ grep -q 'BIND_NOW' "$folder/dynamic" || complain "is not bound when it is loaded
 grep -q GNU_RELRO "$folder/segments" || complain "relocated data stay writable"
 grep GNU_STACK "$folder/segments" | grep -q ' RW  *0x' || complain "has an executable stack"
 ! grep -qE 'LOAD.*RWE' "$folder/segments" || complain "has a segment that is writable and executable"
-"$readelf" -nW "$library" | grep -q 'Build ID' || complain "has no build id"
+"$readelf" -nW "$library" >"$folder/notes"
+grep -q 'Build ID' "$folder/notes" || complain "has no build id"
 
 "$readelf" -SW "$library" >"$folder/sections"
 ! grep -q '\.debug_info' "$folder/sections" || complain "carries its debug information"
 grep -q '\.gnu_debuglink' "$folder/sections" || complain "does not name its debug file"
-"$readelf" -SW "$library.debug" | grep -q '\.debug_info' || complain "has no debug file beside it"
+"$readelf" -SW "$library.debug" >"$folder/debug"
+grep -q '\.debug_info' "$folder/debug" || complain "has no debug file beside it"
 
 "$strip" -o "$folder/stripped" "$library"
 size=$(stat -c %s "$folder/stripped")

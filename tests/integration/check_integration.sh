@@ -34,7 +34,8 @@ build "$project" "$folder/library" -DDTV_PLATFORM_SDK="$folder/sdk" -DDTV_PLATFO
     -DDTV_WERROR=ON "$@"
 quietly "$cmake" --install "$folder/library" --prefix "$folder/kit"
 (cd "$folder/kit" && find . ! -type d | sort)
-if "${READELF:-readelf}" -dW "$folder/kit/lib/libbrowserdvbapi.so" | grep -q libdtvplatform; then
+"${READELF:-readelf}" -dW "$folder/kit/lib/libbrowserdvbapi.so" >"$folder/dynamic"
+if grep -q libdtvplatform "$folder/dynamic"; then
     echo "the library needs the desktop's platform"
     exit 1
 fi
@@ -59,4 +60,5 @@ if "$cmake" -G Ninja -S "$project" -B "$folder/none" -DDTV_PLATFORM_SDK="$folder
     echo "a folder that is no SDK was taken for one"
     exit 1
 fi
-tr -s ' \n' ' ' <"$folder/log" | grep -q 'frame/process_member.h is not there'
+tr -s ' \n' ' ' <"$folder/log" >"$folder/line"
+grep -q 'frame/process_member.h is not there' "$folder/line"

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -119,8 +120,10 @@ void write(const tsmake::Multiplex& multiplex, const Options& options) {
         problem = std::strerror(errno);
     }
     if (!problem.empty()) {
-        // Half a broadcast would look like a whole one.
-        std::remove(options.output.c_str());
+        // Half a broadcast would look like a whole one. A device is left alone.
+        if (std::filesystem::is_regular_file(std::filesystem::symlink_status(options.output))) {
+            std::remove(options.output.c_str());
+        }
         endWithError("cannot write " + options.output + ": " + problem);
     }
 }
