@@ -24,6 +24,11 @@ constexpr std::uint8_t kEitPresentFollowingActualTableId = 0x4E;
 constexpr std::uint8_t kAitTableId = 0x74;
 constexpr std::size_t kLongHeader = 8;
 
+/// Two bytes of a section that has them.
+std::uint16_t wordAt(si::Bytes section, std::size_t at) {
+    return static_cast<std::uint16_t>(section.data[at] << 8U | section.data[at + 1]);
+}
+
 /// A long-form section of that table which is valid now.
 bool isCurrent(si::Bytes section, std::uint8_t tableId) {
     return section.size > kLongHeader && section.data[0] == tableId && (section.data[1] & 0x80) != 0 &&
@@ -211,14 +216,20 @@ SiDatabase::NetworkStream* SiDatabase::networkStream(std::uint16_t onid, std::ui
 }
 
 void SiDatabase::onOtherSdtSection(si::Bytes section) {
+    constexpr std::size_t kNetworkAt = 8;
+    constexpr std::size_t kShortest = 15;
+    if (section.size < kShortest) {
+        ++unreadable_;
+        return;
+    }
+    NetworkStream* const stream = networkStream(wordAt(section, kNetworkAt), si::tableIdExtension(section));
+    if (stream == nullptr || file(stream->sdt, section) == Update::none) {
+        return;
+    }
     std::string error;
     const std::optional<si::Sdt> parsed = si::parseSdt(section, error);
     if (!parsed) {
         ++unreadable_;
-        return;
-    }
-    NetworkStream* const stream = networkStream(parsed->originalNetworkId, parsed->transportStreamId);
-    if (stream == nullptr || file(stream->sdt, section) == Update::none) {
         return;
     }
     for (const si::Sdt::Service& service : parsed->services) {
@@ -237,7 +248,7 @@ void SiDatabase::addNetworkStream(const si::Nit::TransportStream& stream) {
     for (const si::Descriptor& descriptor : stream.descriptors) {
         for (std::size_t at = 0; descriptor.tag == kServiceList && at + kEntry <= descriptor.bytes.size();
              at += kEntry) {
-            known->names.try_emplace(static_cast<std::uint16_t>(descriptor.bytes[at] << 8U | descriptor.bytes[at + 1]));
+            known->names.try_emplace(wordAt(descriptor.bytes, at));
         }
     }
 }
@@ -305,8 +316,7 @@ void SiDatabase::onEitSection(si::Bytes section) {
     }
     Multiplex& multiplex = multiplexes[*transportStreamId];
     if (!multiplex.originalNetworkId) {
-        multiplex.originalNetworkId =
-            static_cast<std::uint16_t>(section.data[kNetworkAt] << 8 | section.data[kNetworkAt + 1]);
+        multiplex.originalNetworkId = wordAt(section, kNetworkAt);
         nameChannels();
     }
     const Update update = file(service->second.eit, section);

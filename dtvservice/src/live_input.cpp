@@ -1,10 +1,10 @@
 // Carrying packets from a source to the loop.
 #include "live_input.h"
 
-#include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include "descriptor_wait.h"
 #include "live_source.h"
 #include "pacer.h"
 #include "service_log.h"
@@ -34,9 +34,9 @@ LiveInput::~LiveInput() {
 
 /// False when the input is to end.
 bool LiveInput::waitUntil(EventLoop::Clock::time_point time) const {
-    pollfd end = {wakeUp, POLLIN, 0};
+    constexpr int kNothing = -1;
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(time - EventLoop::Clock::now());
-    return poll(&end, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0))) <= 0;
+    return waitFor(kNothing, wakeUp, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
 }
 
 void LiveInput::run() {

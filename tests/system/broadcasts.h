@@ -9,6 +9,7 @@
 #include "scheduler.h"
 #include "tables.h"
 
+constexpr std::size_t kPacketSize = 188;
 inline const std::string kRunDirectory = OwnRunDirectory::instance().path();
 inline const tsmake::Multiplex kSample = tsmake::sampleMultiplex();
 
@@ -18,18 +19,16 @@ inline std::string asText(const tsmake::Section& section) {
 
 /// Writes the first seconds of a multiplex to a file of the run directory.
 inline std::string writeBroadcast(const tsmake::Multiplex& multiplex, unsigned int seconds, const std::string& name) {
-    constexpr std::streamsize kPacketSize = 188;
     std::string path = kRunDirectory + "/" + name;
     std::ofstream file(path, std::ios::binary);
     tsmake::writeMultiplex(multiplex, seconds, [&file](const std::uint8_t* packet) {
-        file.write(reinterpret_cast<const char*>(packet), kPacketSize);
+        file.write(reinterpret_cast<const char*>(packet), static_cast<std::streamsize>(kPacketSize));
     });
     return path;
 }
 
 /// Packets without those of some PIDs.
 inline std::string withoutPids(const std::string& packets, const std::set<unsigned int>& pids) {
-    constexpr std::size_t kPacketSize = 188;
     constexpr unsigned int kPidBits = 0x1FFF;
     std::string kept;
     for (std::size_t at = 0; at < packets.size(); at += kPacketSize) {

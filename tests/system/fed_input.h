@@ -7,7 +7,6 @@
 
 #include "raw_browser.h"
 
-constexpr std::size_t kPacketSize = 188;
 constexpr std::size_t kPacketsADatagram = 7;
 
 inline sockaddr_in addressOf(const char* host, std::uint16_t port) {
@@ -72,10 +71,7 @@ protected:
     /// Sends datagrams one after the other until the service is presented.
     template <typename Send>
     bool arrives(Send send) {
-        lo::browserdvbservice::TuneInfoChannel channel;
-        channel.onid = 1;
-        channel.tsid = 1025;
-        channel.sid = kSample.services[1].serviceId;
+        const lo::browserdvbservice::TuneInfoChannel channel = channelOf(kSample.services[1]);
         const std::string pmt = shownValue(asText(tsmake::pmtSection(kSample.services[1])));
         std::size_t index = 0;
         return eventually([&] {

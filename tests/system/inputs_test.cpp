@@ -118,10 +118,7 @@ TEST_F(AnInputThatComesByItself, IsToldOfEachChangeOnce) {
         return "onPmtDataChange(1, 1025, 28106, " + std::to_string(update) + ", " +
                shownValue(asText(tsmake::pmtSection(changing, update != 0))) + ")";
     };
-    lo::browserdvbservice::TuneInfoChannel channel;
-    channel.onid = 1;
-    channel.tsid = 1025;
-    channel.sid = changing.serviceId;
+    const lo::browserdvbservice::TuneInfoChannel channel = channelOf(changing);
     ASSERT_TRUE(playsUntil(port, partOf(broadcast, 0, 2), [&] {
         sends(&Commands::cmdTuneToService, channel);
         return heard(pmt(0)) && heard(eit(0, false, 0)) && heard(eit(0, true, 0)) && heard(ait(0));

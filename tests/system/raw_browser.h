@@ -36,13 +36,18 @@ protected:
             return (service->*command)(ids, frame::TransportInfo(), arguments...) == 0;
         });
     }
-    /// The service is presented, and its PMT has come.
-    bool presents(const tsmake::Service& wanted) {
+    /// What to tune to for a service of the sample's multiplex.
+    static lo::browserdvbservice::TuneInfoChannel channelOf(const tsmake::Service& wanted) {
         lo::browserdvbservice::TuneInfoChannel channel;
         channel.idType = 12;
         channel.onid = 1;
         channel.tsid = 1025;
         channel.sid = wanted.serviceId;
+        return channel;
+    }
+    /// The service is presented, and its PMT has come.
+    bool presents(const tsmake::Service& wanted) {
+        const lo::browserdvbservice::TuneInfoChannel channel = channelOf(wanted);
         const std::string pmt = shownValue(asText(tsmake::pmtSection(wanted)));
         return eventually([&] {
             sends(&lo::browserdvbservice::ServiceInterface::cmdTuneToService, channel);

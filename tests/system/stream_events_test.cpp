@@ -17,10 +17,7 @@ protected:
     /// The service is presented, under its whole name.
     bool begins() {
         constexpr std::size_t kFirstSecond = 1000 * kPacketSize;
-        lo::browserdvbservice::TuneInfoChannel channel;
-        channel.onid = 1;
-        channel.tsid = 1025;
-        channel.sid = 28106;
+        const lo::browserdvbservice::TuneInfoChannel channel = channelOf(multiplex.services[0]);
         const std::string pmt = shownValue(asText(tsmake::pmtSection(multiplex.services[0])));
         return playsUntil(port, datagramsOf(broadcast.substr(0, kFirstSecond)), [&] {
             sends(&Commands::cmdTuneToService, channel);

@@ -10,7 +10,6 @@ namespace tsmake {
 
 namespace {
 
-constexpr std::uint32_t kCarouselId = 1;
 constexpr std::uint32_t kDsiTransaction = 0x80000000;
 constexpr std::uint32_t kDiiTransaction = 0x80000002;
 constexpr std::size_t kBlockSize = 64;  // small, so that modules have several blocks

@@ -8,6 +8,9 @@
 
 namespace tsmake {
 
+/// Of every carousel that is made: a service has one.
+constexpr std::uint32_t kCarouselId = 1;
+
 /// The carousel's sections in the order in which they are sent: DSI, DII, blocks of the modules. The directories are in
 /// a module as it is, the object in a compressed one.
 std::vector<Section> carouselSections(const StreamEvents& events);

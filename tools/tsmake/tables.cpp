@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "carousel.h"
 #include "si/section.h"
 
 namespace tsmake {
@@ -73,7 +74,6 @@ void writeStreamEvents(SectionWriter& writer, const StreamEvents& events) {
     constexpr std::uint8_t kCarouselIdentifier = 0x13;
     constexpr std::uint8_t kDataBroadcastId = 0x66;
     constexpr unsigned int kHbbTvCarousel = 0x0123;
-    constexpr std::uint32_t kCarouselId = 1;
     writeStream(writer, kStreamDescriptors, events.pid, events.tag);
     writer.close();
     if (!events.object.empty()) {

@@ -28,6 +28,11 @@ struct Adapter {
     bool isFreed = false;
 } adapter;
 
+/// An error without the name that it begins with.
+std::string behind(const std::string& begin, const std::string& error) {
+    return error.compare(0, begin.size(), begin) == 0 ? error.substr(begin.size()) : "(no name) " + error;
+}
+
 InputName inputOf(const std::string& text) {
     std::string error;
     const std::optional<InputName> input = dtvservice::parseInput(text, error);
@@ -158,8 +163,7 @@ protected:
         EXPECT_EQ(open(), nullptr);
         EXPECT_TRUE(adapter.isFreed);
         adapter.failing.clear();
-        const std::string begin = std::string("cannot open ") + kCable + ": ";
-        return error.compare(0, begin.size(), begin) == 0 ? error.substr(begin.size()) : "(no name) " + error;
+        return behind(std::string("cannot open ") + kCable + ": ", error);
     }
     std::string errorWithout(const std::string& deviceName) {
         adapter.missing = {deviceName};
@@ -238,9 +242,7 @@ TEST_F(AnAdapter, MayBeEndedWhileItIsTuned) {
 TEST_F(AnAdapter, IsRefusedPropertiesThatAreNone) {
     const auto problem = [](const std::string& options) {
         const std::string name = "dvb://0?" + options;
-        const std::string begin = "input \"" + name + "\": ";
-        const std::string text = dtvservice::checkDvb(inputOf(name));
-        return text.compare(0, begin.size(), begin) == 0 ? text.substr(begin.size()) : "(no name) " + text;
+        return behind("input \"" + name + "\": ", dtvservice::checkDvb(inputOf(name)));
     };
     EXPECT_EQ(dtvservice::checkDvb(inputOf(kCable)), "");
     EXPECT_EQ(
