@@ -20,6 +20,8 @@ constexpr std::uint8_t kSdtActualTableId = 0x42;
 constexpr std::uint8_t kSdtOtherTableId = 0x46;
 /// A broadcast may not make this process keep more than any network has.
 constexpr std::size_t kMostStreams = 1000;
+/// 2.5 s where the PAT comes ten times a second; the SDT is due every 2 s.
+constexpr std::uint64_t kPatSectionsWithoutNetwork = 25;
 constexpr std::uint8_t kEitPresentFollowingActualTableId = 0x4E;
 constexpr std::uint8_t kAitTableId = 0x74;
 constexpr std::size_t kLongHeader = 8;
@@ -120,14 +122,31 @@ SiDatabase::Update SiDatabase::file(SubTable& table, si::Bytes section) {
     return table.changed ? Update::changed : Update::first;
 }
 
+bool SiDatabase::isIdentified() const {
+    const bool isKnown = channels_.empty() || channels_.front().originalNetworkId;
+    return isKnown || repeatedPatSections >= kPatSectionsWithoutNetwork;
+}
+
 void SiDatabase::onPatSection(si::Bytes section) {
-    if (!isCurrent(section, kPatTableId) || file(pat, section) == Update::none) {
+    if (!isCurrent(section, kPatTableId)) {
+        return;
+    }
+    if (file(pat, section) == Update::none) {
+        onRepeatedPatSection();
         return;
     }
     // A PAT counts when all of its sections are there.
     const std::uint8_t lastNumber = si::lastSectionNumber(section);
     if (pat.sections.size() == std::size_t{1} + lastNumber) {
         applyPat();
+    }
+}
+
+void SiDatabase::onRepeatedPatSection() {
+    const bool wasIdentified = isIdentified();
+    ++repeatedPatSections;
+    if (!wasIdentified && isIdentified()) {
+        listener.onChannelList(*this);
     }
 }
 

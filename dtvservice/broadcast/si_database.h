@@ -53,6 +53,9 @@ public:
     /// In the order of the PAT.
     const std::vector<Channel>& channels() const { return channels_; }
     const Channel* find(std::uint16_t serviceId) const;
+    /// Whether the services' triplets are as whole as they will be: their network is known, or the PAT has come so
+    /// often that no table is going to tell it.
+    bool isIdentified() const;
     /// Services of other transport streams, by network, transport stream and service: those that the SDT (other) or the
     /// NIT's service lists name. They have no PMT PID.
     std::vector<Channel> otherChannels() const;
@@ -104,6 +107,7 @@ private:
     void addNetworkStream(const si::Nit::TransportStream& stream);
     NetworkStream* networkStream(std::uint16_t onid, std::uint16_t transportStream);
     void onPatSection(si::Bytes section);
+    void onRepeatedPatSection();
     void onSdtSection(si::Bytes section);
     void onNitSection(si::Bytes section);
     void onEitSection(si::Bytes section);
@@ -118,6 +122,7 @@ private:
     SiListener& listener;
     std::vector<Demux::Subscription> subscriptions;
     SubTable pat;
+    std::uint64_t repeatedPatSections = 0;
     SubTable nit;
     std::optional<std::uint16_t> transportStreamId;
     std::vector<Channel> channels_;

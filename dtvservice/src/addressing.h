@@ -8,7 +8,7 @@ namespace dtvservice {
 /// Events are sent, so they came from nowhere.
 inline const frame::TransportInfo kNoTransport;
 
-/// One browser alone; a default-constructed MsgIds are all.
+/// One browser alone.
 inline frame::MsgIds only(std::uint32_t browser) {
     frame::MsgIds ids;
     ids.peer = browser;

@@ -105,14 +105,16 @@ int DtvService::cmdTriggerAitReparse(frame::MsgIds& ids, const frame::TransportI
     return 0;
 }
 
-/// A browser that was there before the service asked for the channel in vain, so it is told.
+/// A browser that was there before the service asked for the channel in vain, so it is told; and whose AIT the sections
+/// are that it will be given.
 void DtvService::browserConnected(const frame::TransportInfo& peer) {
     BLOG_TAGGED(blog::kOrdinary, "browser %u connected\n", peer.peer);
     const frame::MsgIds ids = only(peer.peer);
     loop.post([this, ids] {
         browsers.insert(ids.peer);
-        if (presentedChannel() != nullptr) {
+        if (const Channel* const channel = presentedChannel()) {
             tellServiceInfo(ids);
+            tellAitChannel(ids, *channel);
         }
     });
 }
@@ -227,25 +229,25 @@ void DtvService::present(Multiplex& multiplex, const Channel& channel) {
         updateComponents(channel, Components::ofAnotherService);
         return;
     }
-    frame::MsgIds everyone;
-    events->onServiceChanged(everyone, kNoTransport, kStarted, channel.triplet());
     const Section pmt = multiplex.si.pmt(channel.serviceId);
+    toEveryone([&](frame::MsgIds ids) { events->onServiceChanged(ids, kNoTransport, kStarted, channel.triplet()); });
     shown.begin({});
     if (!pmt.empty()) {
-        tellPmt(everyone, channel, pmt, false);
+        toEveryone([&](frame::MsgIds ids) { tellPmt(ids, channel, pmt, false); });
         updateComponents(channel, Components::ofAnotherService);
     }
-    for (const Section& section : multiplex.si.eit(channel.serviceId)) {
-        events->onEitDataChange(everyone, kNoTransport, kFirst, asText(section));
-    }
-    tellAit(everyone, channel);
-    tellAitState(everyone, channel);
+    toEveryone([&](frame::MsgIds ids) {
+        for (const Section& section : multiplex.si.eit(channel.serviceId)) {
+            events->onEitDataChange(ids, kNoTransport, kFirst, asText(section));
+        }
+        tellAit(ids, channel);
+        tellAitState(ids, channel);
+    });
 }
 
 void DtvService::onAitSignalled(const broadcast::SiDatabase& of, std::uint16_t serviceId, bool) {
     if (isPresented(of, serviceId)) {
-        frame::MsgIds everyone;
-        tellAitState(everyone, *of.find(serviceId));
+        toEveryone([&](frame::MsgIds ids) { tellAitState(ids, *of.find(serviceId)); });
     }
 }
 
@@ -303,29 +305,39 @@ void DtvService::tellAitSection(frame::MsgIds ids, const Section& section) {
 
 void DtvService::onChannelList(const broadcast::SiDatabase& of) {
     BLOG_TAGGED(blog::kOrdinary, "%zu services\n", of.channels().size());
-    if (&of != &current->si) {
-        return;
-    }
-    const Channel* const channel = presentedChannel();
-    if (channel == nullptr) {
+    const bool isCurrent = &of == &current->si;
+    const Channel* const channel = isCurrent ? presentedChannel() : nullptr;
+    if (isCurrent && channel == nullptr) {
         presented.reset();
-    } else if (events != nullptr && channel->triplet() != toldTriplet) {
+    }
+    if (!presented) {
+        presentFirst(of);
+    } else if (channel != nullptr && events != nullptr && channel->triplet() != toldTriplet) {
         // Its network has become known. What was told of it so far was told of another triplet.
         present(*current, *channel);
     }
 }
 
-/// A set always presents something: until a browser tunes, the first service whose PMT has come.
+/// A set always presents something: until a browser tunes, the first service whose PMT has come. Whoever is told of it
+/// files it, and its AIT, under its triplet, so that is to be whole.
+void DtvService::presentFirst(const broadcast::SiDatabase& of) {
+    const std::vector<Channel>& channels = of.channels();
+    const auto first = std::find_if(channels.begin(), channels.end(),
+                                    [&of](const Channel& channel) { return !of.pmt(channel.serviceId).empty(); });
+    if (first != channels.end() && of.isIdentified()) {
+        present(*multiplexOf(of), *first);
+    }
+}
+
 void DtvService::onPmt(const broadcast::SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) {
     const Channel* const channel = of.find(serviceId);
     if (&of == &current->si) {
         filters.pmtChanged(serviceId, section);
     }
-    if (!presented && channel != nullptr) {
-        present(*multiplexOf(of), *channel);
+    if (!presented) {
+        presentFirst(of);
     } else if (isPresented(of, serviceId)) {
-        frame::MsgIds everyone;
-        tellPmt(everyone, *channel, section, changed);
+        toEveryone([&](frame::MsgIds ids) { tellPmt(ids, *channel, section, changed); });
         followStreamEvents(*channel);
         updateComponents(*channel, Components::ofTheSameService);
     }
@@ -333,16 +345,16 @@ void DtvService::onPmt(const broadcast::SiDatabase& of, std::uint16_t serviceId,
 
 void DtvService::onEit(const broadcast::SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) {
     if (isPresented(of, serviceId)) {
-        frame::MsgIds everyone;
-        events->onEitDataChange(everyone, kNoTransport, changed ? kChanged : kFirst, asText(section));
+        toEveryone([&](frame::MsgIds ids) {
+            events->onEitDataChange(ids, kNoTransport, changed ? kChanged : kFirst, asText(section));
+        });
         updateComponents(*of.find(serviceId), Components::ofTheSameService);
     }
 }
 
 void DtvService::onAit(const broadcast::SiDatabase& of, std::uint16_t serviceId, const Section& section, bool) {
     if (isPresented(of, serviceId)) {
-        frame::MsgIds everyone;
-        tellAitSection(everyone, section);
+        toEveryone([&](frame::MsgIds ids) { tellAitSection(ids, section); });
     }
 }
 

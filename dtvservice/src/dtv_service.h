@@ -110,6 +110,14 @@ private:
 
     void onAitSignalled(const broadcast::SiDatabase& of, std::uint16_t serviceId, bool signalled) override;
 
+    /// Once for each browser that the loop knows. One that has just connected, and that the loop has not heard of, is
+    /// told what it needs first when it has.
+    template <typename Tell>
+    void toEveryone(Tell tell) {
+        for (const std::uint32_t browser : browsers) {
+            tell(only(browser));
+        }
+    }
     static unsigned short networkOf(const broadcast::Channel& channel);
     const broadcast::Channel* presentedChannel() const;
     bool isReceived(const broadcast::Channel& channel) const;
@@ -120,11 +128,13 @@ private:
     void follow(Multiplex& multiplex);
     void tune(frame::MsgIds asker, const lo::browserdvbservice::TuneInfoChannel& wanted);
     void present(Multiplex& multiplex, const broadcast::Channel& channel);
+    void presentFirst(const broadcast::SiDatabase& of);
     bool tuneByDescriptor(const lo::browserdvbservice::TuneInfoChannel& wanted);
     enum class Components { ofTheSameService, ofAnotherService };
     si::Descriptors presentEvent(const broadcast::Channel& channel) const;
     void followStreamEvents(const broadcast::Channel& channel);
     void updateComponents(const broadcast::Channel& channel, Components as);
+    void tellComponent(frame::MsgIds ids, const si::Component& component);
     void tellSelected(si::ComponentType type);
     void tellPts(std::uint32_t browser, std::uint64_t pts, std::uint64_t pcrBase);
     void tellTimeline(std::uint32_t browser, std::uint8_t componentTag, const broadcast::TemiTimeline& timeline,

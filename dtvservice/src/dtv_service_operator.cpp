@@ -239,8 +239,8 @@ json DtvService::operateCaRemove(const json& request) {
 json DtvService::setCaSlot(unsigned short slot, bool inserted) {
     const bool changed = inserted ? caSlots.insert(slot).second : caSlots.erase(slot) != 0;
     if (changed) {
-        frame::MsgIds everyone;
-        events->onCaDrmSystemStatusChanged(everyone, kNoTransport, slot, inserted ? 1 : 0);
+        toEveryone(
+            [&](frame::MsgIds ids) { events->onCaDrmSystemStatusChanged(ids, kNoTransport, slot, inserted ? 1 : 0); });
     }
     return {{"changed", changed}};
 }
@@ -263,14 +263,13 @@ json DtvService::operateCaReply(const json& request) {
 }
 
 json DtvService::operateEngine(const json& request) {
-    frame::MsgIds everyone;
-    events->onHbbtvEngineStatusChanged(everyone, kNoTransport, getNumber<std::int32_t>(request, "status"));
+    const auto status = getNumber<std::int32_t>(request, "status");
+    toEveryone([&](frame::MsgIds ids) { events->onHbbtvEngineStatusChanged(ids, kNoTransport, status); });
     return json::object();
 }
 
 json DtvService::operateStopTerminals(const json&) {
-    frame::MsgIds everyone;
-    events->onAllTerminalStoped(everyone, kNoTransport);
+    toEveryone([&](frame::MsgIds ids) { events->onAllTerminalStoped(ids, kNoTransport); });
     return json::object();
 }
 

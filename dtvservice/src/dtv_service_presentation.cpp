@@ -203,19 +203,24 @@ void DtvService::updateComponents(const broadcast::Channel& channel, Components 
     if (events == nullptr) {
         return;
     }
-    frame::MsgIds everyone;
-    for (const si::Component& component : shown.list()) {
-        const bool selected = shown.selected(component.type) == &component;
-        events->onComponentInfoChange(everyone, kNoTransport, component.index,
-                                      static_cast<std::uint32_t>(component.type), component.pid, component.encoding,
-                                      component.aspectRatio, component.audioChannels, tagOf(component),
-                                      component.scrambled ? 1 : 0, languageCode(component.language), selected ? 1 : 0);
-    }
+    toEveryone([&](frame::MsgIds ids) {
+        for (const si::Component& component : shown.list()) {
+            tellComponent(ids, component);
+        }
+    });
     for (std::uint32_t type = 0; type < kTypes; ++type) {
         if (shown.selected(static_cast<si::ComponentType>(type)) != nullptr) {
             tellSelected(static_cast<si::ComponentType>(type));
         }
     }
+}
+
+void DtvService::tellComponent(frame::MsgIds ids, const si::Component& component) {
+    const bool selected = shown.selected(component.type) == &component;
+    events->onComponentInfoChange(ids, kNoTransport, component.index, static_cast<std::uint32_t>(component.type),
+                                  component.pid, component.encoding, component.aspectRatio, component.audioChannels,
+                                  tagOf(component), component.scrambled ? 1 : 0, languageCode(component.language),
+                                  selected ? 1 : 0);
 }
 
 void DtvService::tellSelected(si::ComponentType type) {
@@ -224,11 +229,12 @@ void DtvService::tellSelected(si::ComponentType type) {
         return;
     }
     const si::Component* const selected = shown.selected(type);
-    frame::MsgIds everyone;
-    events->onSelectedComponentChange(everyone, kNoTransport, selected == nullptr ? kNoIndex : selected->index,
-                                      static_cast<std::uint32_t>(type),
-                                      selected == nullptr ? broadcast::kNullPid : selected->pid, networkOf(*channel),
-                                      channel->transportStreamId, channel->serviceId);
+    toEveryone([&](frame::MsgIds ids) {
+        events->onSelectedComponentChange(ids, kNoTransport, selected == nullptr ? kNoIndex : selected->index,
+                                          static_cast<std::uint32_t>(type),
+                                          selected == nullptr ? broadcast::kNullPid : selected->pid,
+                                          networkOf(*channel), channel->transportStreamId, channel->serviceId);
+    });
 }
 
 void DtvService::tellPts(std::uint32_t browser, std::uint64_t pts, std::uint64_t pcrBase) {

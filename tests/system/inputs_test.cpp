@@ -64,6 +64,26 @@ TEST_F(AnInputThatComesByItself, MayBeRtpOutOfOrderWithLosses) {
     }));
 }
 
+TEST_F(AnInputThatComesByItself, IsPresentedOnceItsNetworkIsKnown) {
+    const std::uint16_t port = freePort();
+    const ServiceProcess process("udp://127.0.0.1:" + std::to_string(port));
+    std::string others = withoutPids(fileText(SAMPLE_FILE), {0x10, 0x11, 0x12});
+    constexpr std::size_t kASecond = 1000 * kPacketSize;
+    others.resize(kASecond);
+    for (const std::string& datagram : datagramsOf(others)) {
+        sender.send(datagram, addressOf("127.0.0.1", port));
+    }
+    ASSERT_TRUE(eventually([] { return operate({"channels"}).find(":1025:28106") != std::string::npos; }));
+    ASSERT_TRUE(sends(&Commands::cmdVodGetMaxdomeSecureSerialNumber, std::string()));
+    ASSERT_TRUE(hears("onVodMaxdomeSecureSerialNumber(0:)")) << "the service knows the browser";
+    const std::string ait =
+        "onAitSectionAvailable(" + shownValue(asText(tsmake::aitSection(kSample.services[0]))) + ")";
+    EXPECT_TRUE(playsUntil(port, datagrams, [&] { return heard(ait); }));
+    EXPECT_TRUE(heard("onAitChannelInfoUpdated(0, 1, 1025, 28106)"));
+    EXPECT_FALSE(heard("onAitChannelInfoUpdated(0, 65535, 1025, 28106)"));
+    EXPECT_EQ(timesHeard(ait), 1);
+}
+
 TEST_F(AnInputThatComesByItself, IsToldAnewWhenItsNetworkBecomesKnown) {
     const std::uint16_t port = freePort();
     const ServiceProcess process("udp://127.0.0.1:" + std::to_string(port));

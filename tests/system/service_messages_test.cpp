@@ -194,6 +194,28 @@ TEST_F(ARawBrowser, TunesByADescriptorThatOnlyAnotherMultiplexTells) {
     }));
 }
 
+TEST_F(ARawBrowser, KnowsWhoseAnAitIsBeforeAnySectionOfIt) {
+    constexpr unsigned int kSeconds = 10;
+    tsmake::Multiplex multiplex = kSample;
+    std::vector<tsmake::AitVersion>& versions = multiplex.services[0].ait.versions;
+    for (unsigned int second = 1; second < kSeconds; ++second) {
+        versions.push_back({second, static_cast<std::uint8_t>(1 + second), versions[0].applications});
+    }
+    const ServiceProcess process(writeBroadcast(multiplex, kSeconds, "changing.ts"));
+    std::vector<std::string> told;  // of the AIT
+    ASSERT_TRUE(eventually([&] {
+        told.clear();
+        for (const std::string& text : client->texts()) {
+            if (text.find("onAit") == 0) {
+                told.push_back(text);
+            }
+        }
+        return told.size() >= 2;
+    })) << "though it has not tuned";
+    EXPECT_EQ(told[0], "onAitChannelInfoUpdated(0, " + kTriplet);
+    EXPECT_EQ(told[1].find("onAitSectionAvailable("), 0U) << told[1];
+}
+
 TEST_F(ARawBrowser, IsToldWhetherAnAitIsSignalled) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kFirst));

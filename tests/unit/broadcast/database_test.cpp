@@ -159,3 +159,24 @@ TEST_F(ADatabase, LearnsTheNetworkFromTheEitWhereThereIsNoSdt) {
     send(0x12, tsmake::eitSection(sample, sample.services[0], false));
     EXPECT_EQ(database.channels().at(0).triplet(), "1:1025:28106");
 }
+
+TEST_F(ADatabase, IsIdentifiedByTheNetworkOrByAPatThatComesAgainAndAgain) {
+    constexpr int kRepetitions = 25;
+    send(0, tsmake::patSection(sample));
+    for (int count = 0; count < kRepetitions; ++count) {
+        EXPECT_FALSE(database.isIdentified());
+        EXPECT_THAT(listener.told, testing::ElementsAre("list"));
+        send(0, tsmake::patSection(sample));
+    }
+    EXPECT_TRUE(database.isIdentified()) << "as far as it will be";
+    EXPECT_THAT(listener.told, testing::ElementsAre("list", "list"));
+    send(0, tsmake::patSection(sample));
+    EXPECT_EQ(listener.told.size(), 2U);
+}
+
+TEST_F(ADatabase, IsIdentifiedAsSoonAsItsNetworkIsKnown) {
+    send(0, tsmake::patSection(sample));
+    EXPECT_FALSE(database.isIdentified());
+    send(0x11, tsmake::sdtSection(sample));
+    EXPECT_TRUE(database.isIdentified());
+}
