@@ -13,6 +13,13 @@ TEST(TheShell, NamesAWrongArgumentAndItsRange) {
     EXPECT_THAT(shell.output(), testing::HasSubstr("\"1:2:70000\" is not ONID:TSID:SID, each from 0 to 65535"));
 }
 
+TEST(TheShell, FailsWhereATuneFails) {
+    const ServiceProcess service;
+    ChildProcess shell(DVBSHELL, {"--seconds", "1", "tune", "1:1025:9"}, "shell");
+    EXPECT_EQ(shell.wait(), 1);
+    EXPECT_THAT(shell.output(), testing::HasSubstr("not tuned to 1:1025:9"));
+}
+
 TEST(TheDemonstration, SeesEverythingOfTheSample) {
     ChildProcess demo(DEMO_SCRIPT, {BUILD_FOLDER, SAMPLE_FILE}, "demo");
     EXPECT_EQ(demo.wait(), 0) << demo.output();

@@ -26,7 +26,7 @@ constexpr int kUsageError = 2;
 constexpr const char* kUsage =
     "usage: dvbshell [options]                       a prompt; or operations from standard input, one a line\n"
     "       dvbshell [options] watch                 print what arrives\n"
-    "       dvbshell [options] tune ONID:TSID:SID    tune, and print what arrives\n"
+    "       dvbshell [options] tune ONID:TSID:SID    tune, and print what arrives; fails where the tune does\n"
     "       dvbshell [options] info                  print the current channel\n"
     "       dvbshell [options] OPERATION [ARGUMENT]  one operation of the DVB API, then print what arrives\n"
     "       dvbshell [options] ait [ONID:TSID:SID]   follow the AIT of the current channel, or tune first; then replay "
@@ -277,10 +277,26 @@ int watch(velmora::dtv::DvbAPIInterface& api, EventQueue& queue, Printer& printe
     return 0;
 }
 
-void tune(velmora::dtv::DvbAPIInterface& api, const Options& options) {
+Triplet startTune(velmora::dtv::DvbAPIInterface& api, const Options& options) {
     Triplet triplet;
     parseTriplet(options.words[1], triplet);
     api.tuneToService(options.idType, triplet.onid, triplet.tsid, triplet.sid, 0);
+    return triplet;
+}
+
+/// Good when the channel has become the wanted one.
+int tune(Host& host, EventQueue& queue, Printer& printer, const Options& options, Clock::time_point end) {
+    const Triplet wanted = startTune(host.api, options);
+    bool tuned = false;
+    while (const std::optional<Event> event = queue.take(end)) {
+        printer.print(*event, host.api.getCurrentCCID());
+        tuned = tuned || (event->kind == EventKind::channel && event->started && event->onid == wanted.onid &&
+                          event->tsid == wanted.tsid && event->sid == wanted.sid);
+    }
+    if (!tuned) {
+        printer.note("not tuned to " + tripletText(wanted));
+    }
+    return tuned ? 0 : 1;
 }
 
 int info(Host& host, Printer& printer) {
@@ -318,7 +334,7 @@ int ait(Host& host, EventQueue& queue, Printer& printer, const Options& options,
     constexpr std::chrono::milliseconds kQuiet{500};
     // What has been told is not told again unless it is asked for.
     if (options.words.size() == 2) {
-        tune(host.api, options);
+        startTune(host.api, options);
     } else {
         host.api.triggerAitRestart();
     }
@@ -374,8 +390,8 @@ int run(Host& host, EventQueue& queue, Printer& printer, const Options& options)
         return watch(host.api, queue, printer, options.seconds.value_or(kLong));
     }
     if (verb == "tune") {
-        tune(host.api, options);
-        return watch(host.api, queue, printer, options.seconds.value_or(kLong));
+        return tune(host, queue, printer, options,
+                    Clock::now() + std::chrono::seconds(options.seconds.value_or(kLong)));
     }
     const bool good = runOperation(host, printer, options.words);
     watch(host.api, queue, printer, options.seconds.value_or(kShort));

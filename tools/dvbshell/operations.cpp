@@ -298,13 +298,13 @@ bool parseHex(const std::string& word, std::string& bytes) {
     return true;
 }
 
-std::vector<std::string> splitWords(const std::string& line) {
-    std::vector<std::string> words;
-    bool quoted = false;
+bool splitWords(const std::string& line, std::vector<std::string>& words, std::string& error) {
+    std::optional<std::size_t> quote;  // the place of the one that is open
     bool inWord = false;
-    for (const char character : line) {
-        const bool blank = character == ' ' || character == '\t';
-        if (blank && !quoted) {
+    words.clear();
+    for (std::size_t at = 0; at < line.size(); ++at) {
+        const bool blank = line[at] == ' ' || line[at] == '\t';
+        if (blank && !quote) {
             inWord = false;
             continue;
         }
@@ -312,13 +312,18 @@ std::vector<std::string> splitWords(const std::string& line) {
             words.emplace_back();
             inWord = true;
         }
-        if (character == '"') {
-            quoted = !quoted;
+        if (line[at] != '"') {
+            words.back() += line[at];
+        } else if (quote) {
+            quote.reset();
         } else {
-            words.back() += character;
+            quote = at;
         }
     }
-    return words;
+    if (quote) {
+        error = "the double quote at character " + std::to_string(*quote + 1) + " is not closed";
+    }
+    return !quote;
 }
 
 }  // namespace dvbshell

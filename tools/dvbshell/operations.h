@@ -71,7 +71,8 @@ bool parseValues(const Operation& operation, const std::vector<std::string>& wor
 /// Bytes from hexadecimal digits, two a byte; false when they are none.
 bool parseHex(const std::string& word, std::string& bytes);
 
-/// Splits a line into words at blanks; double quotes keep blanks together.
-std::vector<std::string> splitWords(const std::string& line);
+/// Splits a line into words at blanks; double quotes keep blanks together. False with the reason where one is not
+/// closed.
+bool splitWords(const std::string& line, std::vector<std::string>& words, std::string& error);
 
 }  // namespace dvbshell

@@ -46,8 +46,13 @@ Session* theSession = nullptr;
 
 /// False at the end of the conversation.
 bool runLine(Session& session, const std::string& line, bool& good) {
-    const std::vector<std::string> words = splitWords(line);
-    good = true;
+    std::vector<std::string> words;
+    std::string error;
+    good = splitWords(line, words, error);
+    if (!good) {
+        session.printer.note(error);
+        return true;
+    }
     if (words.empty()) {
         return true;
     }

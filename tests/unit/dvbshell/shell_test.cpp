@@ -18,8 +18,15 @@ using namespace dvbshell;
 
 const tsmake::Multiplex kSample = tsmake::sampleMultiplex();
 
+std::vector<std::string> wordsOf(const std::string& line) {
+    std::vector<std::string> words;
+    std::string error;
+    EXPECT_TRUE(splitWords(line, words, error)) << error;
+    return words;
+}
+
 std::string errorOf(const std::string& line) {
-    const std::vector<std::string> words = splitWords(line);
+    const std::vector<std::string> words = wordsOf(line);
     Values values;
     std::string error;
     EXPECT_FALSE(parseValues(*findOperation(words[0]), {words.begin() + 1, words.end()}, values, error)) << line;
@@ -27,7 +34,7 @@ std::string errorOf(const std::string& line) {
 }
 
 Values valuesOf(const std::string& line) {
-    const std::vector<std::string> words = splitWords(line);
+    const std::vector<std::string> words = wordsOf(line);
     Values values;
     std::string error;
     EXPECT_TRUE(parseValues(*findOperation(words[0]), {words.begin() + 1, words.end()}, values, error)) << error;
@@ -68,6 +75,18 @@ Event sectionEvent(EventKind kind, const char* name, const tsmake::Section& sect
 }
 
 }  // namespace
+
+TEST(ALine, IsSplitAtBlanksOutsideOfQuotes) {
+    EXPECT_THAT(wordsOf("a  \"b c\"d\t\"\""), testing::ElementsAre("a", "b cd", ""));
+    EXPECT_TRUE(wordsOf(" \t").empty());
+}
+
+TEST(ALine, IsRefusedWhereAQuoteIsNotClosed) {
+    std::vector<std::string> words;
+    std::string error;
+    EXPECT_FALSE(splitWords("audio-source \"a\" \"b c", words, error));
+    EXPECT_EQ(error, "the double quote at character 18 is not closed");
+}
 
 TEST(TheShellsTable, HasARowForEverySlotOfTheInterface) {
     std::set<std::string> slots;
