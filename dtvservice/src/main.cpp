@@ -13,6 +13,7 @@
 #include "live_input.h"
 #include "operator_server.h"
 #include "player.h"
+#include "si/printable.h"
 
 namespace {
 
@@ -134,7 +135,8 @@ int list(const std::string& path) {
     for (const broadcast::Channel& channel : database.channels()) {
         std::printf("%u:%u:%u\t%s\t%s\t%s\n", channel.originalNetworkId.value_or(0), channel.transportStreamId,
                     channel.serviceId, database.pmt(channel.serviceId).empty() ? "nopmt" : "pmt",
-                    database.signalsHbbTv(channel.serviceId) ? "hbbtv" : "no-hbbtv", channel.name.c_str());
+                    database.signalsHbbTv(channel.serviceId) ? "hbbtv" : "no-hbbtv",
+                    si::printable(channel.name).c_str());
     }
     return 0;
 }

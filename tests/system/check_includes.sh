@@ -20,14 +20,14 @@ declare -A may=(
     [platform/recording]="$contract $idiom platform/common"
     [$records]="$contract $idiom"
     [$adapter]="$contract $idiom $records"
-    [$headers]=""
+    [$headers]="$contract"
     [$library]="$contract $idiom $records $adapter $headers"
     [si]=""
     [dtvservice/broadcast]="si"
     [dtvservice/control]=""
     [dtvservice/src]="$contract $idiom $records si dtvservice/broadcast dtvservice/control"
     [tools/tsmake]="si"
-    [tools/dtvctl]="dtvservice/control"
+    [tools/dtvctl]="dtvservice/control si"
     [tools/dvbshell]="$headers si"
 )
 

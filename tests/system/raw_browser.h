@@ -45,14 +45,14 @@ protected:
         channel.sid = wanted.serviceId;
         return channel;
     }
-    /// The service is presented, and its PMT has come.
+    /// The service is presented, its PMT has come, and no tune is still to be carried out.
     bool presents(const tsmake::Service& wanted) {
         const lo::browserdvbservice::TuneInfoChannel channel = channelOf(wanted);
         const std::string pmt = shownValue(asText(tsmake::pmtSection(wanted)));
         return eventually([&] {
             sends(&lo::browserdvbservice::ServiceInterface::cmdTuneToService, channel);
             return heard("onPmtDataChange(1, 1025, " + std::to_string(wanted.serviceId) + ", 0, " + pmt + ")");
-        });
+        }) && answersWhatWasAsked();
     }
     /// Waits for an event by its text.
     testing::AssertionResult hears(const std::string& text) {
@@ -69,6 +69,13 @@ protected:
     std::ptrdiff_t timesHeard(const std::string& text) const {
         const std::vector<std::string> texts = client->texts();
         return std::count(texts.begin(), texts.end(), text);
+    }
+    /// Waits until every command so far has been answered: the service answers in the order in which it is asked.
+    bool answersWhatWasAsked() {
+        const std::string answer = "onVodMaxdomeSecureSerialNumber(0:)";
+        const auto before = timesHeard(answer);
+        return sends(&Commands::cmdVodGetMaxdomeSecureSerialNumber, std::string()) &&
+               eventually([&] { return timesHeard(answer) > before; });
     }
     /// The numbers of every event of that name so far.
     std::vector<std::vector<std::uint64_t>> numbersOf(const std::string& event) const {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "control_socket.h"
+#include "si/printable.h"
 
 namespace {
 
@@ -108,16 +109,6 @@ json requestOf(const Words& words) {
     endWithUsage("unknown command " + words[0]);
 }
 
-/// Texts of a broadcast cannot steer the terminal.
-std::string plainText(const std::string& text) {
-    std::string plain;
-    for (const char character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        plain += byte < 0x20 || byte == 0x7F ? '?' : character;
-    }
-    return plain;
-}
-
 void printChannels(const json& channels) {
     for (const json& channel : channels) {
         const std::string onid = channel["onid"].is_null() ? "" : channel["onid"].dump();
@@ -126,7 +117,7 @@ void printChannels(const json& channels) {
         std::printf("%s %-20s  %s  %-5s  %-8s  %s\n", channel["presented"].get<bool>() ? "*" : " ", triplet.c_str(),
                     input.c_str(), channel["pmt"].get<bool>() ? "pmt" : "nopmt",
                     channel["hbbtv"].get<bool>() ? "hbbtv" : "no-hbbtv",
-                    plainText(channel["name"].get<std::string>()).c_str());
+                    si::printable(channel["name"].get<std::string>()).c_str());
     }
 }
 
@@ -140,7 +131,7 @@ void printValues(const json& answer) {
         if (!objects) {
             const std::string text =
                 value.value().is_string() ? value.value().get<std::string>() : value.value().dump(-1, ' ', true);
-            std::printf("%-12s %s\n", value.key().c_str(), plainText(text).c_str());
+            std::printf("%-12s %s\n", value.key().c_str(), si::printable(text).c_str());
             continue;
         }
         for (const json& object : value.value()) {
@@ -184,7 +175,7 @@ int run(int argc, char** argv) {
         return 1;
     }
     if (!answer["ok"].get<bool>()) {
-        std::fprintf(stderr, "dtvctl: %s\n", plainText(answer.value("error", "refused")).c_str());
+        std::fprintf(stderr, "dtvctl: %s\n", si::printable(answer.value("error", "refused")).c_str());
         return 1;
     }
     if (asJson) {

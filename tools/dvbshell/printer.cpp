@@ -5,8 +5,8 @@
 #include <ctime>
 
 #include "hex.h"
-#include "printable.h"
 #include "si/ait.h"
+#include "si/printable.h"
 #include "si/tables.h"
 #include "tree_text.h"
 
@@ -47,7 +47,7 @@ std::string aitHead(const si::Ait& ait) {
 }  // namespace
 
 void Printer::head(Clock::time_point time, const char* what, const std::string& text) {
-    std::fprintf(output(), "%8.3f  %-8s %s\n", secondsOf(time), what, printable(text).c_str());
+    std::fprintf(output(), "%8.3f  %-8s %s\n", secondsOf(time), what, si::printable(text).c_str());
 }
 
 double Printer::secondsOf(Clock::time_point time) const {
@@ -63,7 +63,7 @@ void Printer::result(const Operation& operation, const Outcome& outcome) {
 }
 
 void Printer::note(const std::string& text) {
-    std::fprintf(output(), "%s\n", printable(text).c_str());
+    std::fprintf(output(), "%s\n", si::printable(text).c_str());
     std::fflush(output());
 }
 
@@ -118,7 +118,8 @@ void Printer::printPmt(const Event& event) {
             std::snprintf(tagText, sizeof tagText, "tag %02x", *tag);
         }
         std::fprintf(output(), "%20sPID %4u  type %02x  %-42.42s %-3s %s\n", "", stream.pid, stream.streamType,
-                     printable(si::streamName(stream)).c_str(), printable(si::language(stream)).c_str(), tagText);
+                     si::printable(si::streamName(stream)).c_str(), si::printable(si::language(stream)).c_str(),
+                     tagText);
     }
 }
 
@@ -136,7 +137,7 @@ void Printer::printEit(const Event& event) {
         std::fprintf(output(), "%20sno event\n", "");
     }
     for (const si::Eit::Event& item : eit->events) {
-        std::fprintf(output(), "%20s%s  %s\n", "", eventTime(item).c_str(), printable(item.name).c_str());
+        std::fprintf(output(), "%20s%s  %s\n", "", eventTime(item).c_str(), si::printable(item.name).c_str());
     }
 }
 
@@ -190,7 +191,7 @@ void Printer::printFiltered(const Event& event) {
 
 void Printer::printLines(const std::vector<std::string>& lines, int indent) {
     for (const std::string& line : lines) {
-        std::fprintf(output(), "%*s%s\n", indent, "", printable(line).c_str());
+        std::fprintf(output(), "%*s%s\n", indent, "", si::printable(line).c_str());
     }
 }
 

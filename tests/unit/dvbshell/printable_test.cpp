@@ -1,12 +1,12 @@
 // Texts of others on the terminal.
-#include "printable.h"
+#include "si/printable.h"
 
 #include <gtest/gtest.h>
 
 #include "captured_output.h"
 #include "printer.h"
 
-using dvbshell::printable;
+using si::printable;
 
 TEST(ATextOfOthers, IsShownAsItIsWhereItIsPlain) {
     EXPECT_EQ(printable("Velmora Zwei F\xC3\xB6hn, \xCE\xA4\xCF\x81\xCE\xAF\xCE\xB1, \xE8\x8F\xAF\xE8\xA6\x96, "

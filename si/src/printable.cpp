@@ -1,12 +1,12 @@
 // Escaping what a terminal must not see.
-#include "printable.h"
+#include "si/printable.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 
-namespace dvbshell {
+namespace si {
 
 namespace {
 
@@ -67,4 +67,4 @@ std::string printable(const std::string& text) {
     return result;
 }
 
-}  // namespace dvbshell
+}  // namespace si

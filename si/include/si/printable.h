@@ -4,10 +4,10 @@
 
 #include <string>
 
-namespace dvbshell {
+namespace si {
 
 /// The text as UTF-8; control characters, marks that reverse the direction of writing, and bytes that are no UTF-8 are
 /// shown as \xNN.
 std::string printable(const std::string& text);
 
-}  // namespace dvbshell
+}  // namespace si
