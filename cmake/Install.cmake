@@ -7,7 +7,8 @@ set(CMAKE_INSTALL_LIBDIR lib)
 set(library_headers ${PROJECT_SOURCE_DIR}/src/platform_support/browserdvbapi/include)
 
 install(TARGETS browserdvbapi LIBRARY DESTINATION lib)
-install(DIRECTORY ${library_headers}/ DESTINATION include/browserdvbapi)
+# The singleton template is the library's own: a browser, which has no platform, could not compile it.
+install(DIRECTORY ${library_headers}/ DESTINATION include/browserdvbapi PATTERN singleton.h EXCLUDE)
 if(NOT DTV_SANITIZE)
   install(FILES $<TARGET_FILE:browserdvbapi>.debug DESTINATION lib/.debug)
 endif()

@@ -27,6 +27,7 @@ struct Recorder {
     int startResult = 0;
     int stopResult = 0;
     int threadCreateResult = 0;
+    std::vector<ThreadKind> threadsCreated;
     bool queueCreationFails = false;
 
     std::atomic<std::uint32_t> logThreshold{0xFFFF};

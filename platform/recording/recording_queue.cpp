@@ -92,6 +92,7 @@ void IPCMessageQueue::Receive(IPCMessage& message) {
     while (true) {
         channel.changed.wait(lock, [&channel] { return channel.failing || !channel.messages.empty(); });
         if (channel.failing) {
+            channel.failing = false;
             throw boost::interprocess::interprocess_exception(boost::interprocess::error_info(EIO), "receive failed");
         }
         const std::vector<std::uint8_t> bytes = std::move(channel.messages.front());
@@ -134,6 +135,17 @@ void setQueueCreationFails(bool fails) {
 
 std::vector<std::string> queueNames() {
     return velmora::msgqueue::Channels::instance().names();
+}
+
+QueueLimits queueLimits(const std::string& queue) {
+    const velmora::msgqueue::Channel* const channel = velmora::msgqueue::Channels::instance().find(queue);
+    return channel == nullptr ? QueueLimits{} : QueueLimits{channel->maxMessageSize, channel->maxMessages};
+}
+
+std::vector<ThreadKind> threadsCreated() {
+    Recorder& recorder = Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    return recorder.threadsCreated;
 }
 
 bool writeSection(const std::string& queue, const std::string& session, const std::vector<std::uint8_t>& section) {
@@ -179,6 +191,12 @@ int _ovxOsalPOSIX_pthread_create_line(pthread_t* thread, const pthread_attr_t* a
         if (recorder.threadCreateResult != 0) {
             return recorder.threadCreateResult;
         }
+        int state = PTHREAD_CREATE_JOINABLE;
+        if (attributes != nullptr) {
+            pthread_attr_getdetachstate(attributes, &state);
+        }
+        recorder.threadsCreated.push_back(state == PTHREAD_CREATE_DETACHED ? recording::ThreadKind::detached
+                                                                           : recording::ThreadKind::joinable);
     }
     return pthread_create(thread, attributes, entry, argument);
 }

@@ -100,6 +100,7 @@ void reset() {
     recorder.startResult = 0;
     recorder.stopResult = 0;
     recorder.threadCreateResult = 0;
+    recorder.threadsCreated.clear();
     recorder.queueCreationFails = false;
     recorder.logThreshold = 0xFFFF;
     recorder.levelChecks = 0;

@@ -5,7 +5,7 @@
 #include <thread>
 
 template <typename Condition>
-bool eventually(Condition condition, std::chrono::seconds longest = std::chrono::seconds(20)) {
+bool eventually(Condition condition, std::chrono::milliseconds longest = std::chrono::seconds(20)) {
     const auto end = std::chrono::steady_clock::now() + longest;
     while (!condition()) {
         if (std::chrono::steady_clock::now() >= end) {

@@ -95,7 +95,7 @@ TEST_F(ABrowser, HearsWhatAnotherBrowserTunesTo) {
     const ServiceProcess service;
     ASSERT_TRUE(connected());
     ASSERT_TRUE(tunesTo(28106));
-    ChildProcess other(DVBSHELL, {"--seconds", "1", "tune", "1:1025:28108"}, "other");
+    ChildProcess other(DVBSHELL, {"--seconds", "5", "tune", "1:1025:28108"}, "other");
     EXPECT_TRUE(channelArrives(28108));
     EXPECT_EQ(other.wait(), 0);
     EXPECT_THAT(other.output(), testing::HasSubstr("ccid:1:1025:28108  started"));

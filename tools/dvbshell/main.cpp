@@ -284,14 +284,20 @@ Triplet startTune(velmora::dtv::DvbAPIInterface& api, const Options& options) {
     return triplet;
 }
 
+/// Whether a channel event is of that channel; while nothing has told the network, whatever its identifier.
+bool isThat(const Event& event, const Triplet& channel) {
+    constexpr int kUnknown = 0xFFFF;
+    return (event.onid == channel.onid || event.onid == kUnknown) && event.tsid == channel.tsid &&
+           event.sid == channel.sid;
+}
+
 /// Good when the channel has become the wanted one.
 int tune(Host& host, EventQueue& queue, Printer& printer, const Options& options, Clock::time_point end) {
     const Triplet wanted = startTune(host.api, options);
     bool tuned = false;
     while (const std::optional<Event> event = queue.take(end)) {
         printer.print(*event, host.api.getCurrentCCID());
-        tuned = tuned || (event->kind == EventKind::channel && event->started && event->onid == wanted.onid &&
-                          event->tsid == wanted.tsid && event->sid == wanted.sid);
+        tuned = tuned || (event->kind == EventKind::channel && event->started && isThat(*event, wanted));
     }
     if (!tuned) {
         printer.note("not tuned to " + tripletText(wanted));

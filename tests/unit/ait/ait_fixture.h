@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <mutex>
 
 #include "aitsection.h"
@@ -60,13 +61,34 @@ private:
     std::vector<Delivery> kept;
 };
 
-/// The captured lines without their traces, as messages.
+/// How each line that is no ordinary one begins.
+inline bool isFailure(const std::string& message) {
+    const std::vector<std::string> failures = {"Invalid AIT Section length", "This Channel AIT is not stored.",
+                                               "channelInfo.size() =", "pthread_"};
+    return std::any_of(failures.begin(), failures.end(),
+                       [&message](const std::string& failure) { return message.rfind(failure, 0) == 0; });
+}
+
+/// The captured lines without their traces, as messages. Each has the level and the tag that lines of its kind have.
 inline std::vector<std::string> messagesOf(const std::string& file) {
     std::vector<std::string> messages;
     for (const recording::LogLine& line : logged::withoutTraces()) {
         if (line.file == file) {
+            EXPECT_THAT(line, logged::tagged(isFailure(line.message) ? kFailure : kOrdinary, kTag, file, line.function,
+                                             line.message));
             messages.push_back(line.message);
         }
     }
     return messages;
+}
+
+/// The functions of the captured lines, in their order.
+inline std::vector<std::string> functionsOf(const std::string& file) {
+    std::vector<std::string> functions;
+    for (const recording::LogLine& line : logged::withoutTraces()) {
+        if (line.file == file) {
+            functions.push_back(line.function);
+        }
+    }
+    return functions;
 }

@@ -1,5 +1,11 @@
 // The AIT catcher and the AIT API before it.
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <atomic>
+#include <cstdlib>
+#include <future>
 #include <thread>
 
 #include "ait_fixture.h"
@@ -80,6 +86,7 @@ TEST_F(ACatcher, DeliversASectionOnce) {
     EXPECT_EQ(feed(section), 0);
     EXPECT_THAT(messagesOf(kFile), testing::ElementsAre("section length:16.\n\n", "The AIT for this channel exist.\n",
                                                         "No need to pass same AIT.\n"));
+    EXPECT_THAT(functionsOf(kFile), testing::Each("updateAIT"));
     EXPECT_EQ(client.deliveries().size(), 1U);
     feed(aitBytes(1, 0, 0, 6));
     EXPECT_EQ(client.deliveries().size(), 2U);
@@ -114,6 +121,7 @@ TEST_F(ACatcher, SplitsAKeyAtItsColons) {
     catcher.sendAITData("70000:2:3:", section);
     EXPECT_THAT(client.deliveries(), testing::ElementsAre(Delivery{1, 2, 3, section}, Delivery{1, 2, 3, section},
                                                           Delivery{70000 - 65536, 2, 3, section}));
+    EXPECT_EQ(messagesOf(kFile).back(), "ccId:70000:2:3:,onId:70000,tsId:2,sId:3\n") << "narrowed for the client only";
     for (const auto& [key, pieces] :
          std::vector<std::pair<std::string, int>>{{"", 0}, {"1", 1}, {"1:2", 2}, {"1:2:", 2}}) {
         recording::reset();
@@ -138,6 +146,7 @@ TEST_F(ACatcher, ReplaysAChannelOnAThreadOfItsOwn) {
     EXPECT_EQ(client.deliveries()[3], (Delivery{1, 2, 3, {}})) << "an empty slot goes out as an empty vector";
     EXPECT_EQ(client.deliveries()[4], (Delivery{1, 2, 3, aitBytes(1, 2, 2, 2)}));
     EXPECT_THAT(messagesOf(kFile), testing::IsSupersetOf({"onId:1,tsId:2,sId:3\n", "This channel has 3 sections.\n"}));
+    EXPECT_THAT(recording::threadsCreated(), testing::ElementsAre(recording::ThreadKind::detached));
 }
 
 TEST_F(ACatcher, RepeatsTheLastSlotForACountAboveTwelve) {
@@ -217,6 +226,48 @@ TEST_F(ACatcher, NeverOverlapsDeliveriesWhileEverythingHappensAtOnce) {
     EXPECT_FALSE(watching.overlapped);
     EXPECT_GT(watching.calls, 0);
     api->unRegisterClient(nullptr);
+}
+
+/// Ends its process from inside of a delivery.
+class EndingClient final : public velmora::dtv::AITSectionClient {
+public:
+    std::promise<void> mayEnd;
+    void onCurrentChannelAIT(std::uint16_t, std::uint16_t, std::uint16_t, const Bytes&) override {
+        mayEnd.get_future().wait();
+        std::exit(3);
+    }
+};
+
+TEST(TheProcess, EndsFromInsideADeliveryThoughReplaysWaitForIt) {
+    // A process of its own, which forks before it has threads.
+    const pid_t child = fork();
+    if (child == 0) {
+        static EndingClient client;
+        BrowserAITCatcher* const catcher = BrowserAITCatcher::getInstance();
+        catcher->updateCurrentChannelInfo(0, 7, 8, 9);
+        catcher->updateAIT(asText(aitBytes(1, 0, 0, 1)));
+        DvbAITSectionAPI::getInstance()->registerClient(&client);
+        // Each has found its section before it waits for the delivery that goes on.
+        catcher->getCurrentChannelAIT(7, 8, 9);
+        catcher->getCurrentChannelAIT(7, 8, 9);
+        eventually([] {
+            const std::vector<recording::LogLine> replays = recording::logOf("getAITDataAsyc");
+            return replays.size() == 2;
+        });
+        client.mayEnd.set_value();
+        while (true) {
+            pause();
+        }
+    }
+    int status = 0;
+    const bool ended = eventually([&] { return waitpid(child, &status, WNOHANG) == child; });
+    if (!ended) {
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+    }
+    ASSERT_TRUE(ended) << "it waits for ever";
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 3);
 }
 
 TEST(TheAitApi, HoldsOneClientWhoeverIsNamedWhenItGoes) {

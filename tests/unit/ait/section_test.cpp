@@ -1,5 +1,5 @@
 // The AIT section record.
-#include <stdexcept>
+#include <new>
 
 #include "ait_fixture.h"
 
@@ -99,7 +99,7 @@ TEST(AnAitSection, CountsUpToTwoHundredAndFiftySix) {
 
 TEST(AnAitSection, ThrowsForANegativeLength) {
     const std::uint8_t byte = 0;
-    EXPECT_ANY_THROW(AITSection(&byte, -1));
+    EXPECT_THROW(AITSection(&byte, -1), std::bad_alloc);
 }
 
 TEST(AnAitSection, DumpsItsBytesOnRequestAndSaysWhenThereAreNone) {
@@ -143,18 +143,35 @@ TEST(AnAitSection, IsCopiedWithAllItsValuesAndToItselfWithoutHarm) {
 }
 
 TEST(AnAitSection, TracesEachOperationWithItsWholeSignature) {
-    recording::reset();
-    {
-        AITSection section;
-        section.replaceData(Bytes());
-    }
-    const std::vector<std::string> texts = traceTexts();
-    ASSERT_EQ(texts.size(), 4U);
-    for (const std::string& text : texts) {
-        EXPECT_THAT(text, testing::StartsWith("[TRACE] aitsection.cpp:"));
-        EXPECT_THAT(text, testing::HasSubstr("velmora::dvbservice::AITSection::"));
-    }
-    EXPECT_THAT(texts[1], testing::HasSubstr("replaceData(std::vector<"));
-    EXPECT_THAT(texts[2], testing::HasSubstr("calculateParameters(const"));
-    EXPECT_THAT(texts[3], testing::HasSubstr("~AITSection()"));
+    Bytes bytes = aitBytes(1, 0, 0, 7);
+    const int length = static_cast<int>(bytes.size());
+    const auto expectTraced = [](const auto& operation, const std::vector<std::string>& signatures) {
+        recording::reset();
+        operation();
+        const std::vector<std::string> texts = traceTexts();
+        ASSERT_EQ(texts.size(), signatures.size());
+        for (std::size_t index = 0; index < texts.size(); ++index) {
+            EXPECT_THAT(texts[index],
+                        testing::MatchesRegex("\\[TRACE\\] aitsection\\.cpp:[0-9]+:[^\n]*AITSection::[^\n]*\n"));
+            EXPECT_THAT(texts[index], testing::HasSubstr("velmora::dvbservice::AITSection::" + signatures[index]));
+        }
+    };
+    const std::string reads = "calculateParameters(const ";
+    AITSection* section = nullptr;
+    expectTraced([&] { section = new AITSection; }, {"AITSection()"});
+    expectTraced([&] { delete section; }, {"~AITSection()"});
+    expectTraced([&] { section = new AITSection(bytes); }, {"AITSection(std::vector<", reads});
+    AITSection* copy = nullptr;
+    expectTraced([&] { copy = new AITSection(*section); }, {"AITSection(const velmora"});
+    expectTraced([&] { *copy = *section; }, {"operator=(const velmora"});
+    const AITSection& same = *copy;
+    expectTraced([&] { *copy = same; }, {"operator=("});
+    delete copy;
+    expectTraced([&] { copy = new AITSection(bytes.data(), length); }, {"AITSection(const ", reads});
+    expectTraced([&] { copy->replaceData(Bytes()); }, {"replaceData(std::vector<", reads});
+    expectTraced([&] { copy->replaceData(bytes.data(), length); }, {"replaceData(const ", reads});
+    expectTraced([&] { copy->calculateParameters(bytes.data(), length); }, {reads});
+    expectTraced([&] { copy->dump(false); }, {"dump(bool) const"});
+    delete copy;
+    delete section;
 }

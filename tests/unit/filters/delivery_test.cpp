@@ -1,8 +1,24 @@
 // The section-data channel and its delivery thread.
+#include <atomic>
 #include <future>
+#include <new>
 
 #include "eventually.h"
 #include "filter_fixture.h"
+
+namespace {
+
+/// Whether memory that may be refused is refused.
+std::atomic<bool> failingAllocations{false};
+
+}  // namespace
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return failingAllocations ? nullptr : ::operator new(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return failingAllocations ? nullptr : ::operator new[](size);
+}
 
 namespace {
 
@@ -30,6 +46,11 @@ TEST_F(ADelivery, MakesQueueAndThreadOnceAndTellsTheirName) {
     EXPECT_EQ(sent.wire[3], 53U) << "SECTION- and 45 characters";
     EXPECT_EQ(std::string(sent.wire.begin() + 24, sent.wire.end()), queue());
     EXPECT_TRUE(recording::waitForLog("thread_proc_section_data create Signal 1"));
+    EXPECT_THAT(messagesOf("thread_proc_section_data"),
+                testing::ElementsAre("thread_proc_section_data create Signal 1\n\n"));
+    EXPECT_EQ(recording::queueLimits(queue()).messageSize, 4500U);
+    EXPECT_EQ(recording::queueLimits(queue()).messages, 128U);
+    EXPECT_THAT(recording::threadsCreated(), testing::ElementsAre(recording::ThreadKind::joinable));
     EXPECT_THAT(
         messagesOf("createIPCChannelForSectionData"),
         testing::ElementsAre("Wait thread_proc_section_data create 0\n\n", "thread_proc_section_data create OK 2\n\n"));
@@ -108,7 +129,11 @@ TEST_F(ADelivery, EndsForGoodAfterAReceiveError) {
     recording::reset();
     openFilter("b");
     EXPECT_TRUE(messagesOf("createIPCChannelForSectionData").empty()) << "no thread is made again";
+    ASSERT_TRUE(recording::writeSection(queue(), "b", {1}));
+    // Longer than the thread rests after the error.
+    EXPECT_FALSE(eventually([&] { return recording::waitingSections(queue()) != 1; }, std::chrono::milliseconds(300)));
     EXPECT_TRUE(client.sections().empty());
+    EXPECT_TRUE(recording::logOf("thread_proc_section_data").empty());
 }
 
 TEST_F(ADelivery, OutlivesItsObjectAndTouchesItNoMore) {
@@ -118,7 +143,7 @@ TEST_F(ADelivery, OutlivesItsObjectAndTouchesItNoMore) {
     ASSERT_TRUE(delivered(1));
     service->stop();  // the proxy holds it too
     service.reset();
-    EXPECT_EQ(messagesOf("~BrowserDVBService").size(), 1U);
+    EXPECT_EQ(recording::logOf("~BrowserDVBService").size(), 1U);
     // The sanitizers watch that the thread, which takes the section, leaves the object alone.
     EXPECT_TRUE(recording::writeSection(name, "a", {2}));
     EXPECT_TRUE(eventually([&name] { return recording::waitingSections(name) == 0; }));
@@ -152,6 +177,16 @@ TEST(ADeliveryGate, DoesNotWaitForItsOwnThread) {
     velmora::dvbservice::DeliveryGate gate;
     const velmora::dvbservice::DeliveryGate::Pass pass(gate);
     EXPECT_TRUE(gate.close(std::chrono::seconds(20)));
+}
+
+TEST_F(ADelivery, ReleasesItsCreatorWhenThereIsNoMemoryForIt) {
+    failingAllocations = true;
+    const bool hasQueue = service->createIPCChannelForSectionData();
+    failingAllocations = false;
+    EXPECT_TRUE(hasQueue);
+    ASSERT_EQ(messagesOf("thread_proc_section_data").size(), 1U);
+    EXPECT_THAT(messagesOf("thread_proc_section_data")[0], testing::StartsWith("Error Allocate memory: "));
+    EXPECT_TRUE(recording::sent().empty()) << "the DTV service is not told of the queue";
 }
 
 TEST_F(ADelivery, RefusesAThreadWithoutItsObject) {

@@ -1,6 +1,8 @@
 // A service object with filters on the recording platform: what it sends is answered by the test, or at once.
 #pragma once
 
+#include <algorithm>
+
 #include "handshake_clock.h"
 #include "service_fixture.h"
 
@@ -87,9 +89,29 @@ protected:
     boost::shared_ptr<FilterParameter> recordOf(const std::string& session) {
         return service->findFilterParameterBySessionName(session);
     }
+    /// How each line that is no ordinary one begins.
+    static bool isFailure(const std::string& message) {
+        const std::vector<std::string> failures = {"Invalid ",
+                                                   " Filter For Session Not Found",
+                                                   "Unknown Filter closed",
+                                                   "Unable to remove filter",
+                                                   "Wait response timeout",
+                                                   "Failed to ",
+                                                   "Error Allocate memory",
+                                                   "Sending section through shared memory is removed"};
+        return std::any_of(failures.begin(), failures.end(),
+                           [&message](const std::string& failure) { return message.rfind(failure, 0) == 0; });
+    }
+    /// The captured lines of a function, as messages. Each has the level, tag and file that lines of its kind have.
     static std::vector<std::string> messagesOf(const std::string& function) {
         std::vector<std::string> messages;
         for (const recording::LogLine& line : recording::logOf(function)) {
+            if (line.level == blog::kTrace) {
+                continue;
+            }
+            EXPECT_EQ(line.level, isFailure(line.message) ? kFailure : kOrdinary) << line.message;
+            EXPECT_EQ(line.tag, kTag) << line.message;
+            EXPECT_THAT(line.file, testing::StartsWith("browser_dvb_service_")) << line.message;
             messages.push_back(line.message);
         }
         return messages;

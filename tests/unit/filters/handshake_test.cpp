@@ -122,7 +122,10 @@ TEST_F(AHandshake, GivesUpAfterTenSecondsAndLeavesALateConfirmationForGood) {
     ASSERT_TRUE(eventually([] { return readings >= 2; }));
     // Another PID's confirmation wakes the wait and is not taken, nor does ten seconds to the dot end it.
     testSeconds = 1010;
+    const int readingsBefore = readings;
     confirmOpen(101, "late", 0);
+    ASSERT_TRUE(eventually([&] { return readings > readingsBefore; }));
+    EXPECT_EQ(result.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
     testSeconds = 1010.1;
     ASSERT_TRUE(eventually([&] {
         confirmClose("somebody", 0);
@@ -136,6 +139,28 @@ TEST_F(AHandshake, GivesUpAfterTenSecondsAndLeavesALateConfirmationForGood) {
     confirmOpen(100, "late", 0);
     EXPECT_EQ(BrowserDVBServiceTestAccess::waitingResults(*service), left + 1);
     EXPECT_TRUE(recordOf("late"));
+}
+
+TEST_F(AHandshake, GivesUpACloseAfterTenSecondsToo) {
+    answerWith(0);
+    open("a");
+    recording::setSendAction(nullptr);
+    recording::reset();
+    testSeconds = 1000;
+    readings = 0;
+    velmora::dvbservice::handshakeClock = &readTestSeconds;
+    std::future<int> result = std::async(std::launch::async, [this] { return service->stopSection(&client, "a"); });
+    ASSERT_TRUE(eventually([] { return readings >= 2; }));
+    testSeconds = 1010.1;
+    ASSERT_TRUE(eventually([&] {
+        confirmOpen(100, "somebody", 0);
+        return result.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    }));
+    EXPECT_EQ(result.get(), 1);
+    EXPECT_THAT(messagesOf("waitForStopSectionResult"),
+                testing::ElementsAre("Wait response timeout for a,  assume failed.\n"));
+    EXPECT_THAT(messagesOf("stopSection"), testing::SizeIs(2)) << "and says nothing of a success";
+    EXPECT_FALSE(recordOf("a"));
 }
 
 TEST_F(AHandshake, GivesUpAfterTenSecondsOfTheRealClock) {
@@ -202,7 +227,9 @@ TEST_F(AHandshake, SendsAPmtRequestWithoutWaiting) {
 TEST_F(AHandshake, RefusesToStopAPmtRequestWithoutClientOrSession) {
     EXPECT_EQ(service->stopPMTRequest(nullptr, "pmt"), -1);
     EXPECT_EQ(service->stopPMTRequest(&client, ""), -1);
+    service->registerClient(&client);
     EXPECT_EQ(service->stopPMTRequest(&client, "unknown"), -1);
+    EXPECT_FALSE(service->isRegistered(&client)) << "the client is still offered";
     EXPECT_TRUE(recording::sent().empty());
     EXPECT_THAT(messagesOf("stopPMTRequest"),
                 testing::ElementsAre("Invalid Client\n", "Invalid Session\n",
@@ -214,14 +241,19 @@ TEST_F(AHandshake, TracesRequestsHandlersAndWaits) {
     answerWith(0);
     open("a");
     service->stopSection(&client, "a");
+    service->startPMTRequest(&client, "b", 1);
+    service->stopPMTRequest(&client, "b");
     injectEvent<messages::OnFilterOpened>("a", "");
     injectEvent<messages::OnFilterClosed>("a");
     const std::vector<std::string> traces = logged::traces();
     for (const char* const function :
-         {"startSection", "stopSection", "waitForStartSectionResult", "waitForStopSectionResult",
-          "onBrowserOpenFilterConf", "onBrowserOCloseFilterConf", "onFilterOpened", "onFilterClosed"}) {
+         {"startSection", "stopSection", "startPMTRequest", "stopPMTRequest", "waitForStartSectionResult",
+          "waitForStopSectionResult", "onBrowserOpenFilterConf", "onBrowserOCloseFilterConf", "onFilterOpened",
+          "onFilterClosed"}) {
         EXPECT_THAT(traces, testing::IsSupersetOf(tracePair(function, kFile)));
     }
+    EXPECT_THAT(traces,
+                testing::IsSupersetOf(tracePair("createIPCChannelForSectionData", "browser_dvb_service_sections.cpp")));
     EXPECT_THAT(traces, testing::IsSupersetOf(tracePair("registerClient", "browser_dvb_service_filters.cpp")));
     EXPECT_THAT(traces, testing::IsSupersetOf(tracePair("unRegisterClient", "browser_dvb_service_filters.cpp")));
 }

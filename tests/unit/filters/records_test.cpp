@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <locale>
 #include <unordered_set>
 
 #include "filter_fixture.h"
@@ -80,6 +81,24 @@ TEST(ASessionName, IsThePidAndTheUuidWithItsFirstFieldsInNativeOrder) {
     const std::uint8_t uuid[16] = {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF,
                                    0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F, 0x60, 0x71};
     EXPECT_EQ(velmora::dvbservice::formatSessionName(0x1234, uuid), "00001234-67452301-AB89-EFCD-0A1B-2C3D4E5F6071");
+}
+
+TEST(ASessionName, IsTheSameWhateverTheBrowsersLocale) {
+    class Grouping : public std::numpunct<char> {
+        char do_thousands_sep() const override { return ','; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    const std::uint8_t uuid[16] = {1, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF, 10, 27, 44, 61, 78, 95, 96, 113};
+    const std::string name = velmora::dvbservice::formatSessionName(0x1234567, uuid);
+    const std::locale before = std::locale::global(std::locale(std::locale::classic(), new Grouping));
+    EXPECT_EQ(velmora::dvbservice::formatSessionName(0x1234567, uuid), name);
+    EXPECT_EQ(name.size(), 45U);
+    std::locale::global(before);
+}
+
+TEST_F(AFilter, EndsTheProcessWhereThereIsAnEmptyRecord) {
+    service->saveFilter({});
+    EXPECT_DEATH(service->findFilterParameterBySessionName("any"), "px != 0");
 }
 
 TEST_F(AFilter, GetsASessionNameOfFortyFiveCharactersThatBeginsWithTheProcess) {

@@ -1,5 +1,7 @@
 // Decoding of every event: from the bytes of the wire, with numbers at their extremes and strings that are empty, hold
 // a zero byte or are not text, to the call that a client sees. Typed out, independently of the message catalogue.
+#include <algorithm>
+
 #include "hex_bytes.h"
 #include "proxy_fixture.h"
 
@@ -90,4 +92,20 @@ TEST_F(AProxy, HandsTheSharedEmptyIdsAndTheMessagesTransportToItsClients) {
     ASSERT_EQ(client->calls().size(), 1U);
     EXPECT_EQ(client->calls()[0].ids, &frame::MsgIds::none);
     EXPECT_EQ(client->calls()[0].transport.peer, 7U);
+}
+
+TEST_F(AProxy, TakesATextWithoutAPointerForAnEmptyOne) {
+    const boost::shared_ptr<RecordingClient> client = addedClient();
+    using Event = lo::browserdvbservice::messages::OnAitSectionAvailable;
+    const std::vector<recording::Registration> registrations = recording::registrations();
+    const auto registered = std::find_if(registrations.rbegin(), registrations.rend(), [](const auto& registration) {
+        return registration.header.messageId == Event::header().messageId;
+    });
+    ASSERT_NE(registered, registrations.rend());
+    for (const std::uint32_t length : {0U, 5U}) {
+        _ovxDeserString_struct text{length, nullptr};
+        static_assert(sizeof text == sizeof(Event::Record), "the record is its text alone");
+        EXPECT_EQ(registered->handler(registered->header, {}, &text, registered->context), 0);
+    }
+    EXPECT_THAT(client->texts(), testing::ElementsAre("onAitSectionAvailable(0:)", "onAitSectionAvailable(0:)"));
 }

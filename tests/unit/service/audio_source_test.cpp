@@ -3,7 +3,22 @@
 
 #include "service_fixture.h"
 
+namespace velmora::dvbservice {
+
+/// Looks at what the service object keeps to itself.
+struct BrowserDVBServiceTestAccess {
+    /// Session and result of the last report.
+    static std::pair<unsigned int, int> lastAudioReport(BrowserDVBService& service) {
+        const std::lock_guard<std::mutex> lock(service.audioSourceLock);
+        return {service.audioSourceFinishedSession, service.audioSourceResult};
+    }
+};
+
+}  // namespace velmora::dvbservice
+
 namespace {
+
+using velmora::dvbservice::BrowserDVBServiceTestAccess;
 
 constexpr const char* kFile = "browser_dvb_service_commands.cpp";
 
@@ -70,6 +85,7 @@ TEST_F(AnAudioSourceRequest, TakesAnAnswerToAnOlderSessionAsAFailureAndReturnsIt
 
 TEST_F(AnAudioSourceRequest, IgnoresALateAnswerUntilTheNextRequestMeetsAnother) {
     answer(41, -3);
+    EXPECT_EQ(BrowserDVBServiceTestAccess::lastAudioReport(*service), (std::pair<unsigned int, int>(41, -3)));
     std::future<int> result = request("a");
     answer(1, 0);
     EXPECT_EQ(result.get(), 0);

@@ -248,19 +248,28 @@ TEST_F(ACommand, SendsAnInvalidInstallationAsZeroWithALineForEachValue) {
 }
 
 TEST_F(ACommand, WritesALineThatShowsNoResultBeforeItsSend) {
-    std::size_t linesAtSend = 0;
-    recording::setSendAction([&](const recording::SentMessage&) {
-        linesAtSend = lines().size();
-        return 0;
-    });
-    service->connectCa(1);
-    EXPECT_EQ(linesAtSend, 1U);
-    recording::reset();
-    linesAtSend = 99;
-    recording::setSendAction([&](const recording::SentMessage&) {
-        linesAtSend = lines().size();
-        return 0;
-    });
-    service->sendPtsRequest(1);
-    EXPECT_EQ(linesAtSend, 0U);
+    using Service = velmora::dvbservice::BrowserDVBService;
+    const auto linesAtSend = [this](const auto& command) {
+        std::size_t count = 99;
+        recording::reset();
+        recording::setSendAction([&](const recording::SentMessage&) {
+            count = lines().size();
+            return 0;
+        });
+        command(*service);
+        return count;
+    };
+    EXPECT_EQ(linesAtSend([](Service& of) { of.tuneToService(12, 1, 2, 3, 0); }), 1U);
+    EXPECT_EQ(linesAtSend([](Service& of) { of.tuneToService("dsd", 3, 0); }), 1U);
+    EXPECT_EQ(linesAtSend([](Service& of) { of.tuneToComponent(1, 2, 3); }), 1U);
+    EXPECT_EQ(linesAtSend([](Service& of) { of.triggerAitRestart(); }), 1U);
+    EXPECT_EQ(linesAtSend([](Service& of) { of.notifyMwhbStart(); }), 1U);
+    EXPECT_EQ(linesAtSend([](Service& of) { of.sendApplicationStartStatus(ApplicationStarted); }), 1U);
+    EXPECT_EQ(linesAtSend([](Service& of) { of.TriggerServiceInfoAcquire(); }), 1U);
+    EXPECT_EQ(linesAtSend([](Service& of) { of.vbStartDtvInfoRequest(); }), 1U);
+    EXPECT_EQ(linesAtSend([](Service& of) { of.connectCa(1); }), 1U);
+    EXPECT_EQ(linesAtSend([](Service& of) { of.disconnectCa(1); }), 1U);
+    EXPECT_EQ(linesAtSend([](Service& of) { of.sendOpAppInstallStatus(1, 0); }), 1U);
+    EXPECT_EQ(linesAtSend([](Service& of) { of.sendDrmMessage(1, 2, 3, "a", "b"); }), 1U);
+    EXPECT_EQ(linesAtSend([](Service& of) { of.sendPtsRequest(1); }), 0U) << "it has none";
 }

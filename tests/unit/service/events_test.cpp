@@ -104,9 +104,12 @@ TEST_F(AnEvent, ReachesTheListenersWithItsValuesUnchanged) {
 TEST_F(AnEvent, WritesItsLineFirst) {
     for (const Event& event : kEvents) {
         SCOPED_TRACE(event.operation);
+        std::size_t linesAtCall = 0;
+        listener->reaction = [&] { linesAtCall = ownLines(event).size(); };
         inject(event);
         const std::vector<recording::LogLine> own = ownLines(event);
         ASSERT_FALSE(own.empty());
+        EXPECT_EQ(linesAtCall, event.call == nullptr ? 0U : 1U);
         EXPECT_THAT(own.front(), event.tagged ? testing::Matcher<recording::LogLine>(logged::tagged(
                                                     kOrdinary, kTag, kFile, event.operation, event.message))
                                               : testing::Matcher<recording::LogLine>(
@@ -153,6 +156,31 @@ TEST_F(AnEvent, CarriesTextOfAnyLengthAndAnyBytes) {
     }
 }
 
+TEST_F(AnEvent, ReturnsZeroFromEachHandler) {
+    frame::MsgIds ids;
+    const frame::TransportInfo from;
+    EXPECT_EQ(service->onAitChannelInfoUpdated(ids, from, 0, 1, 2, 3), 0);
+    EXPECT_EQ(service->onAitParsingStateChanged(ids, from, 1), 0);
+    EXPECT_EQ(service->onAitSectionAvailable(ids, from, ""), 0);
+    EXPECT_EQ(service->onHbbtvEngineStatusChanged(ids, from, 1), 0);
+    EXPECT_EQ(service->onPmtDataChange(ids, from, 1, 2, 3, 4, ""), 0);
+    EXPECT_EQ(service->onEitDataChange(ids, from, 1, ""), 0);
+    EXPECT_EQ(service->onTimelineInfoChange(ids, from, 1, 2, 3, 4, 5, 6), 0);
+    EXPECT_EQ(service->onSelectedComponentChange(ids, from, 1, 2, 3, 4, 5, 6), 0);
+    EXPECT_EQ(service->onComponentInfoChange(ids, from, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10), 0);
+    EXPECT_EQ(service->onAllTerminalStoped(ids, from), 0);
+    EXPECT_EQ(service->onPtsNotify(ids, from, 1, 2), 0);
+    EXPECT_EQ(service->onSetAudioSourceFinished(ids, from, 1, -1), 0);
+    EXPECT_EQ(service->onOSDStateChanged(ids, from, 1, 2), 0);
+    EXPECT_EQ(service->onDrmResultReply(ids, from, 1, 2, "", 3), 0);
+    EXPECT_EQ(service->onCaDrmConnected(ids, from, 1, 2, 3), 0);
+    EXPECT_EQ(service->onCaDrmDisonnected(ids, from, 1, 2), 0);
+    EXPECT_EQ(service->onCaDrmSystemStatusChanged(ids, from, 1, 2), 0);
+    EXPECT_EQ(service->onDATagsServicePmtDataChange(ids, from, 1, 2, 3, 4, ""), 0);
+    EXPECT_EQ(service->onServiceChanged(ids, from, "service_failed", ""), 0);
+    EXPECT_EQ(service->onAcquireDtvServiceInfo(ids, from, ""), 0);
+}
+
 TEST_F(AnEvent, ThatNobodyHandlesGoesNoFurther) {
     std::uint8_t bytes[] = {1, 2};
     const _ovxDeserVectorU8_struct carrier{2, bytes};
@@ -183,7 +211,9 @@ TEST_F(AnEvent, WithThePmtOfTheTunedServiceChangesNothing) {
 
 TEST_F(AnEvent, WithAnotherServicesPmtForgetsTheTunedServiceAndTheDescriptorAfterForwarding) {
     service->tuneToService(12, 1, 2, 300, 0);
-    service->tuneToService("dsd", 300, 0);
+    service->tuneToService("dsd", 299, 0);  // of which nothing is noted
+    recording::setSendResult(-107);
+    service->tuneToService(12, 1, 2, 298, 0);  // nor of a tune that fails
     std::string duringEvent;
     listener->reaction = [&] { duringEvent = service->getCurrentDsd(); };
     const auto pmtOf = [](int sid) {

@@ -100,10 +100,19 @@ void setStartResult(int result);
 void setStopResult(int result);
 /// What creating a thread returns from now on, when not 0; no thread is created then.
 void setThreadCreateResult(int error);
+/// How the threads were to be created so far, in their order.
+enum class ThreadKind { joinable, detached };
+std::vector<ThreadKind> threadsCreated();
 /// Lets the creation of section queues fail.
 void setQueueCreationFails(bool fails);
 /// Names of the queues created since the process began.
 std::vector<std::string> queueNames();
+/// With what limits a queue was created; zeros when there is none of that name.
+struct QueueLimits {
+    std::size_t messageSize = 0;
+    std::size_t messages = 0;
+};
+QueueLimits queueLimits(const std::string& queue);
 /// Writes a section to the queue of that name; false when there is no such queue.
 bool writeSection(const std::string& queue, const std::string& session, const std::vector<std::uint8_t>& section);
 /// How many sections nobody has received yet; 0 when there is no such queue.

@@ -10,8 +10,8 @@
 
 #include <pthread.h>
 
-#include <atomic>
 #include <boost/shared_ptr.hpp>
+#include <condition_variable>
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -61,6 +61,9 @@ public:
 private:
     friend struct BrowserAITCatcherTestAccess;
 
+    static void destroyUnlessReplaying(BrowserAITCatcher* catcher);
+    bool isReplaying() const;
+    void noteWorker(int change);
     bool createWorker(const pthread_attr_t* attributes);
     bool store(const std::string& ccid, const std::vector<std::uint8_t>& section);
 
@@ -70,7 +73,8 @@ private:
     std::string requestedCCId;                                         // guarded by stateLock
     pthread_mutex_t mutex;
     std::mutex stateLock;
-    std::atomic<int> workers{0};  // replays under way; the destructor waits for them
+    int workers = 0;  // replays under way; guarded by stateLock
+    std::condition_variable replayEnded;
 };
 
 }  // namespace velmora::dvbservice

@@ -1,6 +1,8 @@
 // Reading and showing AIT section records.
 #include "aitsection.h"
 
+#include <new>
+
 #include "browser_log.h"
 
 namespace velmora::dvbservice {
@@ -31,9 +33,11 @@ AITSection::AITSection(std::vector<std::uint8_t>& bytes) : data(bytes) {
     parse();
 }
 
-// A negative length is not guarded: allocating so much fails.
-AITSection::AITSection(const std::uint8_t* bytes, int length) : data(static_cast<std::size_t>(length)) {
+AITSection::AITSection(const std::uint8_t* bytes, int length) {
     BLOG_TRACE(__PRETTY_FUNCTION__);
+    if (length < 0) {
+        throw std::bad_alloc();  // nobody has so many bytes as a negative length asks for
+    }
     data.assign(bytes, bytes + length);
     parse();
 }

@@ -1,8 +1,7 @@
 // The AIT catcher: filing, delivery, and replays.
 #include "browser_AIT_catcher.h"
 
-#include <sched.h>
-
+#include <chrono>
 #include <sstream>
 
 #include "browser_AIT_storage.h"
@@ -19,6 +18,7 @@ namespace {
 constexpr const char* kBlogTag = kTagBrowser;
 constexpr std::size_t kShortestSection = 8;
 constexpr std::size_t kKeyPieces = 3;
+constexpr std::chrono::seconds kLongestReplay{1};
 
 /// Whether this thread is a replay's worker.
 thread_local bool insideWorker = false;
@@ -33,8 +33,8 @@ std::vector<std::string> splitKey(const std::string& ccid) {
     return pieces;
 }
 
-std::uint16_t toId(const std::string& piece) {
-    return static_cast<std::uint16_t>(std::stoi(piece));
+std::uint16_t narrow(int number) {
+    return static_cast<std::uint16_t>(number);
 }
 
 }  // namespace
@@ -43,13 +43,27 @@ BrowserAITCatcher::BrowserAITCatcher() {
     pthread_mutex_init(&mutex, nullptr);
 }
 
-/// Replays are not joined, but none may outlive the catcher. One that ends the process from inside its client's call is
-/// not waited for: it is the caller.
+/// Replays are not joined, but none may outlive the catcher.
 BrowserAITCatcher::~BrowserAITCatcher() {
-    while (workers.load(std::memory_order_acquire) > (insideWorker ? 1 : 0)) {
-        sched_yield();
-    }
+    std::unique_lock<std::mutex> lock(stateLock);
+    replayEnded.wait(lock, [this] { return !isReplaying(); });
+    lock.unlock();
     pthread_mutex_destroy(&mutex);
+}
+
+/// A replay that ends the process from inside its client's call does not wait for itself.
+bool BrowserAITCatcher::isReplaying() const {
+    return workers > (insideWorker ? 1 : 0);
+}
+
+/// At process exit. A replay may be held up for good, by a client that ends the process or waits for the thread that
+/// does: then the catcher stays.
+void BrowserAITCatcher::destroyUnlessReplaying(BrowserAITCatcher* catcher) {
+    std::unique_lock<std::mutex> lock(catcher->stateLock);
+    if (catcher->replayEnded.wait_for(lock, kLongestReplay, [catcher] { return !catcher->isReplaying(); })) {
+        lock.unlock();
+        delete catcher;
+    }
 }
 
 BrowserAITCatcher* BrowserAITCatcher::GetInstance() {
@@ -57,7 +71,7 @@ BrowserAITCatcher* BrowserAITCatcher::GetInstance() {
 }
 
 BrowserAITCatcher* BrowserAITCatcher::getInstance() {
-    static const boost::shared_ptr<BrowserAITCatcher> instance(GetInstance());
+    static const boost::shared_ptr<BrowserAITCatcher> instance(GetInstance(), &destroyUnlessReplaying);
     return instance.get();
 }
 
@@ -143,14 +157,21 @@ void BrowserAITCatcher::thread_proc_AITData() {
 }
 
 bool BrowserAITCatcher::createWorker(const pthread_attr_t* attributes) {
-    workers.fetch_add(1, std::memory_order_relaxed);
+    noteWorker(1);
     pthread_t worker{};
     if (_ovxOsalPOSIX_pthread_create_line(&worker, attributes, &BrowserAITCatcher::AITDataHandler, this, __FILE__,
                                           __LINE__) == 0) {
         return true;
     }
-    workers.fetch_sub(1, std::memory_order_relaxed);
+    noteWorker(-1);
     return false;
+}
+
+/// Told under the lock: afterwards the catcher may be gone.
+void BrowserAITCatcher::noteWorker(int change) {
+    const std::lock_guard<std::mutex> lock(stateLock);
+    workers += change;
+    replayEnded.notify_all();
 }
 
 /// The channel is read when the worker runs: of two quick requests both may replay the later channel.
@@ -163,7 +184,7 @@ void* BrowserAITCatcher::AITDataHandler(void* catcher) {
         ccid = self->requestedCCId;
     }
     self->getAITDataAsyc(ccid);
-    self->workers.fetch_sub(1, std::memory_order_release);
+    self->noteWorker(-1);
     return nullptr;
 }
 
@@ -207,11 +228,11 @@ void BrowserAITCatcher::sendAITData(std::string ccid, const std::vector<std::uin
         BLOG_TAGGED(blog::kFailure, "channelInfo.size() =%d  error!!!\n", static_cast<int>(pieces.size()));
         return;
     }
-    const std::uint16_t onId = toId(pieces[0]);
-    const std::uint16_t tsId = toId(pieces[1]);
-    const std::uint16_t sId = toId(pieces[2]);
+    const int onId = std::stoi(pieces[0]);
+    const int tsId = std::stoi(pieces[1]);
+    const int sId = std::stoi(pieces[2]);
     BLOG_TAGGED(blog::kOrdinary, "ccId:%s,onId:%d,tsId:%d,sId:%d\n", ccid.c_str(), onId, tsId, sId);
-    api->notifyCurrentChannelAIT(onId, tsId, sId, section);
+    api->notifyCurrentChannelAIT(narrow(onId), narrow(tsId), narrow(sId), section);
 }
 
 }  // namespace velmora::dvbservice

@@ -25,19 +25,20 @@ void BrowserDVBService::destroyUnlessDelivering(BrowserDVBService* service) {
 
 BrowserDVBService* BrowserDVBService::getInstance() {
     static boost::shared_ptr<BrowserDVBService> instance;
-    // Published last: whoever finds it here finds an object that is connected.
-    static std::atomic<BrowserDVBService*> started{nullptr};
+    // The pointer again, for those who come without the lock. It is there before the object is connected, so that
+    // whoever is called by the proxy meanwhile need not wait.
+    static std::atomic<BrowserDVBService*> published{nullptr};
     static std::mutex creationLock;
 
-    if (BrowserDVBService* const found = started.load(std::memory_order_acquire)) {
+    if (BrowserDVBService* const found = published.load(std::memory_order_acquire)) {
         return found;
     }
     const std::lock_guard<std::mutex> lock(creationLock);
     if (!instance) {
         instance.reset(new BrowserDVBService, &destroyUnlessDelivering);
+        published.store(instance.get(), std::memory_order_release);
         instance->start();
         instance->TriggerServiceInfoAcquire();
-        started.store(instance.get(), std::memory_order_release);
     }
     return instance.get();
 }

@@ -185,7 +185,8 @@ private:
     bool waitForResult(const char* function, const std::string& sessionName, Matches matches);
     void releaseFilter(const char* function, dtv::SectionFilterClient* client,
                        const boost::shared_ptr<FilterParameter>& filter);
-    static void deliverSections(BrowserDVBService* service, msgqueue::SectionDataIPCMessage& message);
+    static void deliverSections(BrowserDVBService* service, DeliveryGate& gate, msgqueue::IPCMessageQueue& queue,
+                                msgqueue::SectionDataIPCMessage& message);
     void deliverSection(const msgqueue::SectionDataIPCMessage& message);
 
     std::vector<dtv::SectionFilterClient*> clients;           // guarded by registryLock

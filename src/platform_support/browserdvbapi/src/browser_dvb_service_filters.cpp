@@ -39,8 +39,8 @@ void BrowserDVBService::removeFilter(boost::shared_ptr<FilterParameter> filter) 
 
 boost::shared_ptr<FilterParameter> BrowserDVBService::findFilterParameterBySessionName(const std::string& wanted) {
     const boost::unique_lock<boost::mutex> lock(registryLock);
-    const auto found = std::find_if(filters.begin(), filters.end(),
-                                    [&wanted](const auto& filter) { return filter->sessionName() == wanted; });
+    const auto found =
+        std::find_if(filters.begin(), filters.end(), [&wanted](const auto& filter) { return filter->isNamed(wanted); });
     return found == filters.end() ? boost::shared_ptr<FilterParameter>() : *found;
 }
 

@@ -88,6 +88,8 @@ bool BrowserDVBService::createIPCChannelForSectionData() {
 void* BrowserDVBService::thread_proc_section_data(void* arg) {
     auto* const service = static_cast<BrowserDVBService*>(arg);
     SectionReceiver receiver;
+    std::shared_ptr<DeliveryGate> gate;
+    IPCMessageQueue* queue = nullptr;
     {
         const ltGuard guard(startLock);
         if (service == nullptr) {
@@ -101,34 +103,36 @@ void* BrowserDVBService::thread_proc_section_data(void* arg) {
             pthread_cond_signal(&startCondition);
             return nullptr;
         }
+        // Once the creator goes on, the process may end and the object with it.
+        gate = service->deliveryGate;
+        queue = service->sectionDataQueue.load(std::memory_order_acquire);
         // The DTV service knows the queue before the creator goes on to open a filter.
         service->updateIPCChannelNames();
         pthread_cond_signal(&startCondition);
     }
     BLOG_TAGGED(blog::kOrdinary, "thread_proc_section_data create Signal 1\n\n");
-    deliverSections(service, *receiver.message);
+    deliverSections(service, *gate, *queue, *receiver.message);
     return nullptr;
 }
 
 /// The thread's loop. A receive error ends it for good: the queue's handle stays set, so no other thread is made. So
 /// does the end of the object, of which nothing is touched outside of a pass through the gate.
-void BrowserDVBService::deliverSections(BrowserDVBService* service, SectionDataIPCMessage& message) {
-    const std::shared_ptr<DeliveryGate> gate = service->deliveryGate;
-    IPCMessageQueue* const queue = service->sectionDataQueue.load(std::memory_order_acquire);
+void BrowserDVBService::deliverSections(BrowserDVBService* service, DeliveryGate& gate, IPCMessageQueue& queue,
+                                        SectionDataIPCMessage& message) {
     while (true) {
-        if (const DeliveryGate::Pass pass(*gate); !pass || !service->keepRunning()) {
-            orphanedQueue.store(queue, std::memory_order_relaxed);
+        if (const DeliveryGate::Pass pass(gate); !pass || !service->keepRunning()) {
+            orphanedQueue.store(&queue, std::memory_order_relaxed);
             return;
         }
         try {
-            queue->Receive(message);
+            queue.Receive(message);
         } catch (const boost::interprocess::interprocess_exception& error) {
             BLOG_TAGGED_AS(blog::kFailure, "thread_proc_section_data",
                            "Failed to received DTV data. Exception occured: %s\n", error.what());
             usleep(kPauseAfterReceiveError);
             return;
         }
-        if (const DeliveryGate::Pass pass(*gate); pass) {
+        if (const DeliveryGate::Pass pass(gate); pass) {
             service->deliverSection(message);
         }
     }

@@ -35,6 +35,7 @@ public:
     const std::vector<unsigned char>& mask_bits() const { return maskBits; }
     dtv::SectionFilterClient* client() const { return client_; }
     std::string sessionName() const { return sessionName_; }
+    bool isNamed(const std::string& name) const { return sessionName_ == name; }
 
 private:
     friend struct FilterParameterTestAccess;

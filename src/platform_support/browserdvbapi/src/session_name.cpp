@@ -3,6 +3,7 @@
 
 #include <boost/format.hpp>
 #include <cstring>
+#include <locale>
 #include <sstream>
 
 namespace velmora::dvbservice {
@@ -21,14 +22,16 @@ Number nativeNumber(const std::uint8_t* bytes) {
 std::string formatSessionName(pid_t process, const std::uint8_t* uuid) {
     // Single bytes are widened: as they are, they would print as characters.
     const auto byte = [uuid](int index) { return static_cast<unsigned short>(uuid[index]); };
+    // The browser's global locale may group digits; the text's shape is fixed.
+    const auto piece = [](const char* shape) { return boost::format(shape, std::locale::classic()); };
     std::ostringstream text;
-    text << boost::format("%08X-") % static_cast<unsigned long>(process);
-    text << boost::format("%08X-") % nativeNumber<std::uint32_t>(uuid);
-    text << boost::format("%04X-") % nativeNumber<std::uint16_t>(uuid + 4);
-    text << boost::format("%04X-") % nativeNumber<std::uint16_t>(uuid + 6);
-    text << boost::format("%02X") % byte(8) << boost::format("%02X-") % byte(9);
+    text << piece("%08X-") % static_cast<unsigned long>(process);
+    text << piece("%08X-") % nativeNumber<std::uint32_t>(uuid);
+    text << piece("%04X-") % nativeNumber<std::uint16_t>(uuid + 4);
+    text << piece("%04X-") % nativeNumber<std::uint16_t>(uuid + 6);
+    text << piece("%02X") % byte(8) << piece("%02X-") % byte(9);
     for (int index = 10; index < 16; ++index) {
-        text << boost::format("%02X") % byte(index);
+        text << piece("%02X") % byte(index);
     }
     return text.str();
 }
