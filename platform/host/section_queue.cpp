@@ -1,10 +1,13 @@
-// The section queue over shared memory. A process that is killed inside of the queue leaves its lock taken; nobody
-// waits for such a lock longer than the time that this unit is built with.
+// The section queue over shared memory. A process that is killed or stopped inside of the queue leaves its lock taken:
+// a reader gives up after a while, a writer waits once and then no more until it gets in again.
+#include "queue_lock.h"
+
 #include <dirent.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <boost/interprocess/ipc/message_queue.hpp>
 #include <cerrno>
 #include <cstdlib>
@@ -110,6 +113,15 @@ void removeLeftOvers() {
     closedir(directory);
 }
 
+/// Another patience with the queue's lock, for the length of a call.
+class Patience {
+public:
+    explicit Patience(std::int64_t milliseconds) { lockPatience = milliseconds; }
+    Patience(const Patience&) = delete;
+    Patience& operator=(const Patience&) = delete;
+    ~Patience() { lockPatience = kReadersPatience; }
+};
+
 }  // namespace
 
 struct IPCMessageQueue::State {
@@ -117,6 +129,7 @@ struct IPCMessageQueue::State {
     bool creator;
     Queue queue;
     std::vector<std::uint8_t> received;  // the one reader's
+    std::atomic<bool> isStalled{false};  // the last write did not get the lock
 
     template <typename... Arguments>
     State(const std::string& newName, bool isCreator, Arguments&&... arguments)
@@ -186,10 +199,16 @@ bool IPCMessageQueue::TrySend(const IPCMessage& message) {
                     bytes.size());
         return false;
     }
+    // Sections come in hundreds a second: waiting for each would hold up everything else that the writer does.
+    constexpr std::int64_t kNone = 0;
+    const Patience patience(state->isStalled ? kNone : kWritersPatience);
     try {
-        return state->queue.try_send(bytes.data(), length, kPriority);
+        const bool sent = state->queue.try_send(bytes.data(), length, kPriority);
+        state->isStalled = false;
+        return sent;
     } catch (const boost::interprocess::interprocess_exception&) {
-        // The lock is held by a process that was killed; as good as full.
+        // The lock is held by a process that was stopped or killed; as good as full.
+        state->isStalled = true;
         return false;
     }
 }

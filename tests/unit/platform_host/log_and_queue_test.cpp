@@ -1,7 +1,10 @@
 // The log's lines, the settings, and the section queue.
+#include "platform/host/queue_lock.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 
 #include <boost/interprocess/ipc/message_queue.hpp>
@@ -11,6 +14,7 @@
 #include <memory>
 #include <thread>
 
+#include "eventually.h"
 #include "ovx/log.h"
 #include "run_directory.h"
 #include "velmora/msgqueue/ipc_message_queue.h"
@@ -63,6 +67,41 @@ struct Reader {
 
 constexpr std::size_t kMessageSize = 4500;
 constexpr std::size_t kMessages = 128;
+
+/// A process that stops while it holds the queue's lock: it stops where its message is copied, from memory that it may
+/// not read before it is continued.
+class StoppedInside {
+public:
+    explicit StoppedInside(const std::string& queue) : process(fork()) {
+        if (process == 0) {
+            page = mmap(nullptr, kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+            struct sigaction action {};
+            action.sa_handler = [](int) {
+                raise(SIGSTOP);
+                mprotect(page, kPage, PROT_READ);
+            };
+            sigaction(SIGSEGV, &action, nullptr);
+            boost::interprocess::message_queue raw(boost::interprocess::open_only, objectName(queue, kWidth).c_str());
+            raw.send(page, 7, 0);
+            _exit(0);
+        }
+        int status = 0;
+        waitpid(process, &status, WUNTRACED);
+        EXPECT_TRUE(WIFSTOPPED(status));
+    }
+    StoppedInside(const StoppedInside&) = delete;
+    StoppedInside& operator=(const StoppedInside&) = delete;
+    ~StoppedInside() {
+        kill(process, SIGKILL);
+        waitpid(process, nullptr, 0);
+    }
+    void goOn() const { kill(process, SIGCONT); }
+
+private:
+    static constexpr std::size_t kPage = 4096;
+    static inline void* page = nullptr;
+    pid_t process;
+};
 
 }  // namespace
 
@@ -157,6 +196,20 @@ TEST(ASectionQueue, IsFullAfterItsMessagesAndNeverWaits) {
     Reader received;
     reader->Receive(received.message);
     EXPECT_TRUE(sendSection(*writer, "s", {1, 2, 3}));
+}
+
+TEST(ASectionQueue, WhoseReaderIsStoppedInsideHoldsNoWriterUp) {
+    const std::string name = queueName("stopped");
+    const std::unique_ptr<IPCMessageQueue> reader(IPCMessageQueue::create(name, kMessageSize, kMessages));
+    const std::unique_ptr<IPCMessageQueue> writer(IPCMessageQueue::open(name));
+    const StoppedInside stopped(name);
+    const auto begin = std::chrono::steady_clock::now();
+    for (int count = 0; count < 1000; ++count) {
+        EXPECT_FALSE(sendSection(*writer, "s", {1, 2, 3}));
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5)) << "a wait for each takes 50 s";
+    stopped.goOn();
+    EXPECT_TRUE(eventually([&] { return sendSection(*writer, "s", {1, 2, 3}); }));
 }
 
 TEST(ASectionQueue, RefusesASectionThatDoesNotFit) {
