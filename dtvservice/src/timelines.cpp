@@ -56,8 +56,11 @@ void Timelines::onPacket(std::uint16_t pid, TsPacket packet) {
     }
     Stream& stream = streams[pid];
     if (!timelines.empty() && packet.hasAdaptation()) {
-        const std::vector<TemiTimeline> found = broadcast::temiTimelinesOf(packet);
-        stream.waiting.insert(stream.waiting.end(), found.begin(), found.end());
+        for (const TemiTimeline& timeline : broadcast::temiTimelinesOf(packet)) {
+            if (isFollowed(stream, timeline.id)) {
+                keep(stream, timeline);
+            }
+        }
     }
     const std::optional<std::uint64_t> started = broadcast::ptsOf(packet);
     if (!started) {
@@ -69,6 +72,20 @@ void Timelines::onPacket(std::uint16_t pid, TsPacket packet) {
         pts = started;
         answerPts();
     }
+}
+
+bool Timelines::isFollowed(const Stream& stream, std::uint8_t timelineId) const {
+    return stream.tag && std::any_of(timelines.begin(), timelines.end(), [&](const auto& browser) {
+               return browser.second.count({*stream.tag, timelineId}) != 0;
+           });
+}
+
+void Timelines::keep(Stream& stream, const TemiTimeline& timeline) {
+    auto& waiting = stream.waiting;
+    waiting.erase(std::remove_if(waiting.begin(), waiting.end(),
+                                 [&timeline](const TemiTimeline& older) { return older.id == timeline.id; }),
+                  waiting.end());
+    waiting.push_back(timeline);
 }
 
 void Timelines::tell(const Stream& stream, std::uint64_t ofPts) {
@@ -99,9 +116,21 @@ void Timelines::startTimeline(Peer browser, std::uint8_t componentTag, std::uint
     timelines[browser].insert({componentTag, timelineId});
 }
 
+/// What waits for nobody any more is old when somebody asks again.
+void Timelines::stopTimelines(Peer browser) {
+    timelines.erase(browser);
+    for (auto& [pid, stream] : streams) {
+        auto& waiting = stream.waiting;
+        waiting.erase(
+            std::remove_if(waiting.begin(), waiting.end(),
+                           [this, &of = stream](const TemiTimeline& timeline) { return !isFollowed(of, timeline.id); }),
+            waiting.end());
+    }
+}
+
 void Timelines::forget(Peer browser) {
     askers.erase(browser);
-    timelines.erase(browser);
+    stopTimelines(browser);
 }
 
 }  // namespace dtvservice

@@ -37,19 +37,23 @@ public:
 
     /// Answered at once, or as soon as the service has a PTS and a PCR.
     void requestPts(Peer browser);
-    /// Every time stamp of the component's timeline from now on.
+    /// Every time stamp of the component's timeline from now on; of several in front of one PES packet the newest.
     void startTimeline(Peer browser, std::uint8_t componentTag, std::uint8_t timelineId);
-    void stopTimelines(Peer browser) { timelines.erase(browser); }
+    void stopTimelines(Peer browser);
     void forget(Peer browser);
 
 private:
     struct Stream {
         std::optional<std::uint8_t> tag;
-        std::vector<broadcast::TemiTimeline> waiting;  // for the PES packet that starts next
+        // For the PES packet that starts next, one of each timeline that is followed: where PES headers are scrambled,
+        // none ever starts.
+        std::vector<broadcast::TemiTimeline> waiting;
     };
 
     void unwatch();
     void onPacket(std::uint16_t pid, broadcast::TsPacket packet);
+    bool isFollowed(const Stream& stream, std::uint8_t timelineId) const;
+    static void keep(Stream& stream, const broadcast::TemiTimeline& timeline);
     void tell(const Stream& stream, std::uint64_t pts);
     void answerPts();
 
