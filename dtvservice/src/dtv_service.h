@@ -5,7 +5,6 @@
 #pragma once
 
 #include <deque>
-#include <list>
 #include <map>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
@@ -13,7 +12,9 @@
 
 #include "addressing.h"
 #include "browserdvbservice_stub.h"
+#include "drm_messages.h"
 #include "event_loop.h"
+#include "osd_followers.h"
 #include "presented_components.h"
 #include "section_filters.h"
 #include "service_log.h"
@@ -162,15 +163,6 @@ private:
     nlohmann::json setCaSlot(unsigned short slot, bool inserted);
     void forgetOperated(std::uint32_t browser);
 
-    /// A message to a CA system that an operator has not answered yet.
-    struct DrmMessage {
-        std::uint32_t browser;
-        unsigned long long session;
-        unsigned short caSystemId;
-        std::string type;
-        std::string text;
-    };
-
     EventLoop& loop;
     lo::browserdvbservice::ClientInterface* events = nullptr;
     std::deque<Multiplex> multiplexes;
@@ -180,10 +172,10 @@ private:
     Timelines timelines;
     StreamEventListeners streamEvents;
     std::string serialNumber;
-    std::map<unsigned int, std::set<std::uint32_t>> osdDetections;  // browsers by layer
-    std::set<unsigned int> osdLayers;                               // those that are shown
-    std::set<unsigned short> caSlots;                               // those with a module
-    std::list<DrmMessage> drmMessages;
+    OsdFollowers osdFollowers;
+    std::set<unsigned int> osdLayers;  // those that are shown
+    std::set<unsigned short> caSlots;  // those with a module
+    DrmMessages drmMessages;
     std::set<std::uint32_t> browsers;        // connected
     std::optional<std::uint16_t> presented;  // service_id, in the current multiplex
     std::string toldTriplet;                 // of the presented service, as browsers know it

@@ -44,14 +44,19 @@ Number getNumber(const json& request, const char* name) {
 
 int DtvService::cmdStartOSDDetection(frame::MsgIds& ids, const frame::TransportInfo&, unsigned int layer) {
     loop.post([this, ids, layer]() mutable {
-        osdDetections[layer].insert(ids.peer);
+        if (!osdFollowers.add(ids.peer, layer)) {
+            BLOG_TAGGED_AS(blog::kUnsupported, "cmdStartOSDDetection",
+                           "browser %u: layer %u refused: it follows %zu others\n", ids.peer, layer,
+                           OsdFollowers::kMostLayers);
+            return;
+        }
         events->onOSDStateChanged(ids, kNoTransport, layer, osdLayers.count(layer) != 0 ? 1 : 0);
     });
     return 0;
 }
 
 int DtvService::cmdStopOSDDetection(frame::MsgIds& ids, const frame::TransportInfo&, unsigned int layer) {
-    loop.post([this, browser = ids.peer, layer] { osdDetections[layer].erase(browser); });
+    loop.post([this, browser = ids.peer, layer] { osdFollowers.remove(browser, layer); });
     return 0;
 }
 
@@ -71,26 +76,28 @@ int DtvService::cmdCaDrmRequestDisconnect(frame::MsgIds& ids, const frame::Trans
     return 0;
 }
 
-/// The operator answers for the module. Without a module the answer is OIPF's "unknown DRM system".
+/// The operator answers for the module. Without a module the answer is OIPF's "unknown DRM system", and where the
+/// operator answers none of too many, "cannot process request".
 int DtvService::cmdSendDrmMessage(frame::MsgIds& ids, const frame::TransportInfo&, unsigned long long session,
                                   unsigned short caSystemId, unsigned short, const std::string& type,
                                   const std::string& message) {
     loop.post([this, ids, session, caSystemId, type, message]() mutable {
+        constexpr unsigned char kCannotProcess = 2;
         constexpr unsigned char kUnknownDrmSystem = 5;
         if (caSlots.empty()) {
             events->onDrmResultReply(ids, kNoTransport, session, kUnknownDrmSystem, std::string(), kNoSlot);
             return;
         }
-        drmMessages.push_back({ids.peer, session, caSystemId, type, message});
+        if (!drmMessages.add({ids.peer, session, caSystemId, type, message})) {
+            events->onDrmResultReply(ids, kNoTransport, session, kCannotProcess, std::string(), *caSlots.begin());
+        }
     });
     return 0;
 }
 
 void DtvService::forgetOperated(std::uint32_t browser) {
-    for (auto& layer : osdDetections) {
-        layer.second.erase(browser);
-    }
-    drmMessages.remove_if([browser](const DrmMessage& message) { return message.browser == browser; });
+    osdFollowers.forget(browser);
+    drmMessages.forget(browser);
 }
 
 std::string DtvService::operate(const std::string& request) {
@@ -173,7 +180,7 @@ json DtvService::operateStatus(const json&) {
         slots.push_back(slot);
     }
     json messages = json::array();
-    for (const DrmMessage& message : drmMessages) {
+    for (const DrmMessage& message : drmMessages.all()) {
         messages.push_back({{"browser", message.browser},
                             {"session", message.session},
                             {"caSystemId", message.caSystemId},
@@ -221,7 +228,7 @@ json DtvService::operateOsd(const json& request) {
     const auto layer = getNumber<std::uint32_t>(request, "layer");
     const bool on = get<bool>(request, "on");
     const bool changed = on ? osdLayers.insert(layer).second : osdLayers.erase(layer) != 0;
-    for (const std::uint32_t browser : changed ? osdDetections[layer] : std::set<std::uint32_t>()) {
+    for (const std::uint32_t browser : changed ? osdFollowers.followersOf(layer) : std::set<std::uint32_t>()) {
         frame::MsgIds ids = only(browser);
         events->onOSDStateChanged(ids, kNoTransport, layer, on ? 1 : 0);
     }
@@ -250,16 +257,13 @@ json DtvService::operateCaReply(const json& request) {
     const auto session = get<std::uint64_t>(request, "session");
     const auto code = getNumber<std::uint8_t>(request, "code");
     const std::string text = request.contains("text") ? get<std::string>(request, "text") : std::string();
-    for (auto message = drmMessages.begin(); message != drmMessages.end(); ++message) {
-        if (message->session == session) {
-            frame::MsgIds ids = only(message->browser);
-            events->onDrmResultReply(ids, kNoTransport, session, code, text,
-                                     caSlots.empty() ? kNoSlot : *caSlots.begin());
-            drmMessages.erase(message);
-            return json::object();
-        }
+    const std::optional<DrmMessage> message = drmMessages.take(session);
+    if (!message) {
+        throw std::invalid_argument("no message of session " + std::to_string(session) + " waits for an answer");
     }
-    throw std::invalid_argument("no message of session " + std::to_string(session) + " waits for an answer");
+    frame::MsgIds ids = only(message->browser);
+    events->onDrmResultReply(ids, kNoTransport, session, code, text, caSlots.empty() ? kNoSlot : *caSlots.begin());
+    return json::object();
 }
 
 json DtvService::operateEngine(const json& request) {

@@ -292,6 +292,33 @@ TEST_F(ARawBrowser, IsToldOfALayerThatItAskedFor) {
     EXPECT_EQ(numbersOf("onOSDStateChanged").size(), 5U) << "layer 3 is no longer told";
 }
 
+TEST_F(ARawBrowser, IsRefusedMoreLayersThanASetHas) {
+    const ServiceProcess process;
+    constexpr unsigned int kMost = 64;
+    for (unsigned int layer = 0; layer <= kMost; ++layer) {
+        ASSERT_TRUE(sends(&Commands::cmdStartOSDDetection, layer));
+    }
+    ASSERT_TRUE(answersWhatWasAsked());
+    EXPECT_EQ(numbersOf("onOSDStateChanged").size(), kMost);
+    EXPECT_FALSE(heard("onOSDStateChanged(64, 0)"));
+    EXPECT_THAT(process.log(), testing::HasSubstr("browser 1: layer 64 refused: it follows 64 others"));
+}
+
+TEST_F(ARawBrowser, IsToldOfMessagesThatAreTooManyToWait) {
+    const ServiceProcess process;
+    ASSERT_TRUE(answersWhatWasAsked());
+    operate({"ca", "insert", "2"});
+    constexpr unsigned long long kMost = 64;
+    for (unsigned long long session = 1; session <= kMost + 1; ++session) {
+        ASSERT_TRUE(sends(&Commands::cmdSendDrmMessage, session, static_cast<unsigned short>(0x4AD4),
+                          static_cast<unsigned short>(0), std::string("application/x"), std::string("hello")));
+    }
+    EXPECT_TRUE(hears("onDrmResultReply(65, 2, 0:, 2)")) << "cannot process request";
+    EXPECT_EQ(numbersOf("onDrmResultReply").size(), 1U);
+    EXPECT_EQ(operate({"ca", "reply", "1", "0", "fine"}), "");
+    EXPECT_TRUE(hears("onDrmResultReply(1, 0, " + shownValue(std::string("fine")) + ", 2)"));
+}
+
 TEST_F(ARawBrowser, MeetsTheCaModuleThatTheOperatorInserts) {
     const ServiceProcess process;
     ASSERT_TRUE(sends(&Commands::cmdCaDrmRequestConnect, 77ULL));
