@@ -25,6 +25,18 @@ std::vector<std::uint8_t> inflated(const std::vector<std::uint8_t>& bytes, std::
     return result;
 }
 
+/// About what an object takes in memory.
+std::size_t sizeOf(const si::CarouselObject& object) {
+    std::size_t size = sizeof object + object.key.size() + object.associationTags.size() * sizeof(std::uint16_t);
+    for (const si::CarouselObject::Entry& entry : object.entries) {
+        size += sizeof entry + entry.name.size() + entry.object.key.size();
+    }
+    for (const si::CarouselObject::EventName& event : object.events) {
+        size += sizeof event + event.name.size();
+    }
+    return size;
+}
+
 }  // namespace
 
 bool EventObjects::onSection(std::uint16_t pid, si::Bytes section) {
@@ -37,15 +49,16 @@ bool EventObjects::onSection(std::uint16_t pid, si::Bytes section) {
         const auto [known, isNew] = gateways.try_emplace(pid, *gateway);
         changed = isNew || !(known->second == *gateway);
         known->second = *gateway;
-    }
-    if (changed) {
-        lookThrough();
+        if (changed) {
+            lookThrough();
+        }
     }
     return changed;
 }
 
 bool EventObjects::onInfo(const si::DownloadInfo& info) {
     bool changed = false;
+    bool hasLost = false;
     for (const si::DownloadInfo::Module& listed : info.modules) {
         const bool fits = listed.size <= kLargestModule && listed.originalSize.value_or(0) <= kLargestModule;
         const auto known = modules.find({info.downloadId, listed.id});
@@ -55,11 +68,15 @@ bool EventObjects::onInfo(const si::DownloadInfo& info) {
             continue;
         }
         Module& module = modules[{info.downloadId, listed.id}];
+        hasLost = hasLost || module.isComplete;
         drop(module);
         module = {};
         module.info = listed;
         module.blockSize = info.blockSize;
         changed = true;
+    }
+    if (hasLost) {
+        lookThrough();
     }
     return changed;
 }
@@ -68,7 +85,7 @@ bool EventObjects::onInfo(const si::DownloadInfo& info) {
 bool EventObjects::onBlock(const si::DownloadBlock& block) {
     const ModuleId id = {block.downloadId, block.moduleId};
     const auto found = modules.find(id);
-    if (missing.count(id) == 0 || found == modules.end() || found->second.info.version != block.moduleVersion) {
+    if (waiting.count(id) == 0 || found == modules.end() || found->second.info.version != block.moduleVersion) {
         return false;
     }
     Module& module = found->second;
@@ -85,6 +102,7 @@ bool EventObjects::onBlock(const si::DownloadBlock& block) {
         return false;
     }
     finish(module);
+    goOnIn(id);
     return true;
 }
 
@@ -92,7 +110,10 @@ void EventObjects::drop(Module& module) {
     for (const auto& entry : module.blocks) {
         held -= entry.second.size();
     }
+    kept -= module.kept;
     module.blocks.clear();
+    module.objects.clear();
+    module.kept = 0;
 }
 
 void EventObjects::finish(Module& module) {
@@ -105,45 +126,94 @@ void EventObjects::finish(Module& module) {
         bytes = inflated(bytes, *module.info.originalSize);
     }
     for (si::CarouselObject& object : si::carouselObjects(bytes)) {
-        const std::string key = object.key;
-        module.objects.try_emplace(key, std::move(object));
+        keep(module, std::move(object));
     }
     module.isComplete = true;
 }
 
+/// The files of a directory are most of its entries, and lead to no events.
+void EventObjects::keep(Module& module, si::CarouselObject object) {
+    auto& entries = object.entries;
+    entries.erase(std::remove_if(entries.begin(), entries.end(),
+                                 [](const auto& entry) { return entry.kind == si::CarouselObject::Kind::other; }),
+                  entries.end());
+    entries.shrink_to_fit();
+    const std::size_t size = sizeOf(object);
+    if (kept + size > mostKept) {
+        passedOver = true;
+        return;
+    }
+    std::string key = object.key;
+    if (module.objects.try_emplace(std::move(key), std::move(object)).second) {
+        module.kept += size;
+        kept += size;
+    }
+}
+
 void EventObjects::lookThrough() {
     events_.clear();
-    missing.clear();
+    waiting.clear();
+    visited.clear();
+    noted = 0;
     for (const auto& [pid, gateway] : gateways) {
-        visited.clear();
-        visit(pid, gateway, {}, 0);
+        visit({pid, {gateway.carouselId, gateway.moduleId}, gateway.key, {}, 0});
+    }
+}
+
+/// Module after module comes, so each is looked into by itself. Once there are all, the look from the start makes what
+/// is known the same in whatever order they came.
+void EventObjects::goOnIn(const ModuleId& id) {
+    const auto places = waiting.extract(id);
+    for (const Place& place : places.mapped()) {
+        look(place);
+    }
+    if (waiting.empty()) {
+        lookThrough();
     }
 }
 
 /// An object that several entries lead to is known by the first of them; directories may lead in circles.
-void EventObjects::visit(std::uint16_t pid, const si::ObjectReference& reference, const std::string& path,
-                         std::size_t depth) {
-    const ModuleId id = {reference.carouselId, reference.moduleId};
-    if (depth > kDeepest || !visited.emplace(id, reference.key).second) {
-        return;
+void EventObjects::visit(Place place) {
+    if (place.depth <= kDeepest && visited.count({place.pid, place.module, place.key}) == 0 &&
+        note(sizeof place + 2 * place.key.size() + place.path.size())) {
+        visited.emplace(place.pid, place.module, place.key);
+        look(place);
     }
-    const auto module = modules.find(id);
+}
+
+void EventObjects::look(const Place& place) {
+    const auto module = modules.find(place.module);
     if (module == modules.end() || !module->second.isComplete) {
-        missing.insert(id);
+        waiting[place.module].push_back(place);
         return;
     }
-    const auto object = module->second.objects.find(reference.key);
+    const auto object = module->second.objects.find(place.key);
     if (object == module->second.objects.end()) {
         return;
     }
     for (const si::CarouselObject::EventName& event : object->second.events) {
-        events_.push_back({pid, path, event.name, event.id, object->second.associationTags});
-    }
-    for (const si::CarouselObject::Entry& entry : object->second.entries) {
-        if (entry.kind != si::CarouselObject::Kind::other) {
-            visit(pid, entry.object, path.empty() ? entry.name : path + "/" + entry.name, depth + 1);
+        const auto& tags = object->second.associationTags;
+        if (note(sizeof(Named) + place.path.size() + event.name.size() + tags.size() * sizeof tags[0])) {
+            events_.push_back({place.pid, place.path, event.name, event.id, tags});
         }
     }
+    for (const si::CarouselObject::Entry& entry : object->second.entries) {
+        visit({place.pid,
+               {entry.object.carouselId, entry.object.moduleId},
+               entry.object.key,
+               place.path.empty() ? entry.name : place.path + "/" + entry.name,
+               place.depth + 1});
+    }
+}
+
+/// Whether so much more may be noted of the look that is under way.
+bool EventObjects::note(std::size_t bytes) {
+    if (noted + bytes > mostKept) {
+        passedOver = true;
+        return false;
+    }
+    noted += bytes;
+    return true;
 }
 
 }  // namespace broadcast

@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
+
+#include "service_log.h"
 
 namespace dtvservice {
 
@@ -90,12 +93,22 @@ void StreamEventListeners::readCarousels() {
     const std::set<std::uint16_t> pids = carouselPids(*pmt);
     carousels = std::make_unique<Carousels>(pids);
     for (const std::uint16_t pid : pids) {
-        carousels->subscriptions.push_back(demux->subscribe(pid, [this, pid](si::Bytes section) {
-            if (carousels && carousels->objects.onSection(pid, section)) {
-                answerQuestions();
-            }
-        }));
+        carousels->subscriptions.push_back(
+            demux->subscribe(pid, [this, pid](si::Bytes section) { onCarouselSection(pid, section); }));
     }
+}
+
+void StreamEventListeners::onCarouselSection(std::uint16_t pid, si::Bytes section) {
+    if (!carousels || !carousels->objects.onSection(pid, section)) {
+        return;
+    }
+    if (carousels->objects.hasPassedOver() && !std::exchange(carousels->isTold, true)) {
+        BLOG_TAGGED(blog::kUnsupported,
+                    "the carousels of service %s have more directories and stream events than are kept; the others "
+                    "are passed over\n",
+                    presented.triplet().c_str());
+    }
+    answerQuestions();
 }
 
 void StreamEventListeners::add(Peer browser, const Target& target, Answer answer) {

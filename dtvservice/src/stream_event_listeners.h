@@ -84,10 +84,12 @@ private:
         explicit Carousels(std::set<std::uint16_t> pids) : objects(std::move(pids)) {}
         broadcast::EventObjects objects;
         std::vector<broadcast::Demux::Subscription> subscriptions;
+        bool isTold = false;  // that they have more than is kept
     };
 
     void stopReading();
     void readCarousels();
+    void onCarouselSection(std::uint16_t pid, si::Bytes section);
     const si::Pmt::Stream* streamOf(StreamTag tag) const;
     bool isPresented(const Target& target) const;
     Result start(Peer browser, const Target& target, std::uint16_t eventId, StreamTag tag);

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <numeric>
 #include <random>
 
 #include "carousel.h"
@@ -100,6 +102,49 @@ TEST(EventNames, AreReadAgainWhenTheirModuleChanges) {
     play(objects, sections);
     EXPECT_TRUE(objects.isComplete());
     EXPECT_THAT(namesOf(objects), testing::ElementsAre("events/football:ace=9@7"));
+}
+
+TEST(EventNames, AreTheSameInWhateverOrderTheirModulesCome) {
+    std::vector<Section> sections = tsmake::carouselSections(football());
+    std::mt19937 random(1);  // the same orders in every run
+    for (int order = 0; order < 50; ++order) {
+        std::shuffle(sections.begin(), sections.end(), random);
+        EventObjects objects({kPid});
+        play(objects, sections);
+        EXPECT_TRUE(objects.isComplete());
+        EXPECT_FALSE(objects.hasPassedOver());
+        EXPECT_THAT(namesOf(objects), testing::ElementsAre("events/football:foul=6@7", "events/football:goal=5@7"));
+    }
+}
+
+TEST(EventNames, AboveWhatIsKeptArePassedOver) {
+    const std::vector<Section> sections = tsmake::carouselSections(football());
+    for (std::size_t limit = 0; limit < 2000; limit += 50) {
+        EventObjects objects({kPid}, limit);
+        play(objects, sections);
+        EXPECT_TRUE(objects.isComplete()) << limit;
+        EXPECT_TRUE(objects.hasPassedOver() || objects.events().size() == 2U) << limit;
+    }
+    EventObjects none({kPid}, 0);
+    play(none, sections);
+    EXPECT_THAT(namesOf(none), testing::IsEmpty());
+    EXPECT_TRUE(none.hasPassedOver());
+}
+
+TEST(EventNames, MakeRoomWhenTheirModuleChanges) {
+    // Two versions do not fit together.
+    constexpr std::size_t kLimit = 1500;
+    EventObjects objects({kPid}, kLimit);
+    for (std::uint16_t round = 0; round < 20; ++round) {
+        tsmake::StreamEvents events = football();
+        std::string name(1U + 2U * round, '0');
+        std::iota(name.begin(), name.end(), '0');  // so that the compressed module is of another size
+        events.events = {{round, name, "", 0}};
+        play(objects, tsmake::carouselSections(events));
+        ASSERT_FALSE(objects.hasPassedOver()) << round;
+        ASSERT_EQ(objects.events().size(), 1U);
+        EXPECT_EQ(objects.events()[0].eventId, round);
+    }
 }
 
 TEST(EventNames, MayStandBehindALongDuration) {
