@@ -46,18 +46,32 @@ private:
     gzFile file;
 };
 
+/// A descriptor of a regular file, or -1. A pipe without a writer is not waited for.
+int openRegular(const std::string& path, std::string& error) {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) {
+        error = "cannot open " + path + ": " + std::strerror(errno);
+        return -1;
+    }
+    struct stat found {};
+    if (fstat(descriptor, &found) != 0) {
+        error = "cannot open " + path + ": " + std::strerror(errno);
+    } else if (S_ISDIR(found.st_mode)) {
+        error = path + " is a directory";
+    } else if (!S_ISREG(found.st_mode)) {
+        error = path + " is no regular file; what comes by a pipe is played from standard input, \"-\"";
+    } else {
+        return descriptor;
+    }
+    close(descriptor);
+    return -1;
+}
+
 }  // namespace
 
 std::unique_ptr<PacketFile> PacketFile::open(const std::string& path, std::string& error) {
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int descriptor = openRegular(path, error);
     if (descriptor < 0) {
-        error = "cannot open " + path + ": " + std::strerror(errno);
-        return nullptr;
-    }
-    struct stat found {};
-    if (fstat(descriptor, &found) == 0 && S_ISDIR(found.st_mode)) {
-        error = path + " is a directory";
-        close(descriptor);
         return nullptr;
     }
     gzFile const file = gzdopen(descriptor, "rb");
@@ -67,7 +81,7 @@ std::unique_ptr<PacketFile> PacketFile::open(const std::string& path, std::strin
         return nullptr;
     }
     std::unique_ptr<PacketFile> result(new PacketFile(std::make_unique<FileSource>(path, file)));
-    if (result->next() == nullptr) {
+    if (result->nextNearby() == nullptr) {
         const std::uint64_t skipped = result->skippedBytes();
         error = !result->error().empty() ? result->error()
                 : skipped == 0           ? path + " is empty"

@@ -65,8 +65,8 @@ std::size_t PacketReader::strideAt(std::size_t position) const {
     return found == std::end(kStrides) ? 0 : *found;
 }
 
-const std::uint8_t* PacketReader::next() {
-    while (true) {
+const std::uint8_t* PacketReader::next(std::uint64_t longestSearch) {
+    for (std::uint64_t searched = 0; searched < longestSearch; ++searched) {
         const std::size_t needed = stride != 0 ? stride : kStepsToBelieve * kLongestStride;
         while (end - at < needed && fill()) {
         }
@@ -88,6 +88,7 @@ const std::uint8_t* PacketReader::next() {
         ++at;
         ++skipped;
     }
+    return nullptr;
 }
 
 }  // namespace broadcast

@@ -3,6 +3,7 @@
 // while bytes are read.   Fails: the row ends; the source's error() tells why.
 #pragma once
 
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -15,11 +16,14 @@ class PacketReader {
 public:
     explicit PacketReader(std::unique_ptr<ByteSource> newSource);
 
-    /// The next packet, valid until the next call; null at the end.
-    const std::uint8_t* next();
+    /// The next packet, valid until the next call; null at the end, or where so many bytes one after the other are in
+    /// none.
+    const std::uint8_t* next(std::uint64_t longestSearch = std::numeric_limits<std::uint64_t>::max());
     /// Goes back to the first packet, where the source can.
     bool rewind();
 
+    /// Whether next() gave none because there are no more.
+    bool isAtEnd() const { return exhausted && at == end; }
     /// Whether next() gives a packet without reading.
     bool hasBuffered() const { return stride != 0 && end - at >= stride; }
     std::uint64_t skippedBytes() const { return skipped; }

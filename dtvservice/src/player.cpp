@@ -27,10 +27,13 @@ Playback::Playback(std::string newPath, std::unique_ptr<broadcast::PacketFile> n
 
 std::optional<EventLoop::Clock::time_point> Playback::due() {
     if (state == State::reading) {
-        packet = file->next();
+        packet = file->nextNearby();
         if (packet != nullptr) {
             state = State::packetDue;
             dueAt = pacer.due(broadcast::TsPacket{packet}, EventLoop::Clock::now());
+        } else if (!file->isAtEnd()) {
+            state = State::searching;
+            dueAt = EventLoop::Clock::now();
         } else {
             if (!file->error().empty()) {
                 BLOG_TAGGED(blog::kFailure, "%s\n", file->error().c_str());
@@ -60,7 +63,7 @@ void Playback::feed() {
     }
     if (state == State::packetDue) {
         demux.feed(broadcast::TsPacket{packet});
-    } else {
+    } else if (state == State::roundDue) {
         file->rewind();
         demux.discontinuity();
         pacer.discontinuity();

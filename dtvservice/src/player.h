@@ -26,7 +26,7 @@ public:
 
     /// When feed() is to be called next; none once the file has ended for good.
     std::optional<EventLoop::Clock::time_point> due();
-    /// Hands over the packet that is due, or begins the file again, or tries to open it.
+    /// Hands over the packet that is due, or looks on for one, or begins the file again, or tries to open it.
     void feed();
 
 private:
@@ -40,7 +40,7 @@ private:
     const std::uint8_t* packet = nullptr;  // the one that is due
     EventLoop::Clock::time_point dueAt;    // of the packet, or of the next round
     EventLoop::Clock::time_point roundBegin = EventLoop::Clock::now();
-    enum class State { closed, reading, packetDue, roundDue, ended } state;
+    enum class State { closed, reading, packetDue, searching, roundDue, ended } state;
 };
 
 /// Plays until all have ended, where nothing else keeps the loop busy, or until the loop is stopped. Commands are

@@ -1,4 +1,5 @@
 // Inputs that come by themselves: standard input and datagrams on the loopback.
+#include <sys/stat.h>
 #include <zlib.h>
 
 #include <random>
@@ -196,6 +197,16 @@ TEST_F(AFileAsInput, MayComeLater) {
     ASSERT_EQ(std::rename(made.c_str(), later.c_str()), 0);
     EXPECT_TRUE(eventually([&] { return operate({"channels"}).find("1:2000:28106") != std::string::npos; }));
     EXPECT_THAT(process.log(), testing::HasSubstr(later + " has been opened"));
+}
+
+TEST_F(AFileAsInput, IsRefusedWhereItIsAPipeAndDoesNotStopTheOthers) {
+    const std::string pipe = kRunDirectory + "/pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const ServiceProcess process({SAMPLE_FILE, pipe});
+    EXPECT_THAT(process.output(), testing::HasSubstr("dtvserviced: " + pipe +
+                                                     " is no regular file; what comes by a pipe is played from "
+                                                     "standard input, \"-\"; trying again every second\n"));
+    EXPECT_TRUE(presents(kSample.services[0])) << "the other input is played";
 }
 
 TEST_F(AFileAsInput, MayBeDamaged) {

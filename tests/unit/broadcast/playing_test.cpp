@@ -1,6 +1,7 @@
 // Files as rows of packets, and the time at which each is due.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
 
@@ -171,6 +172,47 @@ TEST_F(AFile, WithoutPacketsIsSaidToHaveNone) {
     write(Bytes(1000, 0x12));
     EXPECT_FALSE(open());
     EXPECT_EQ(error, std::string(path) + ": no transport stream packets found in 1000 bytes");
+}
+
+TEST_F(AFile, WithoutPacketsIsNotReadToItsEnd) {
+    const Bytes megabyte(1U << 20U, 0x12);
+    for (int count = 0; count < 3; ++count) {
+        write(megabyte);
+    }
+    writePackets(100, 10);
+    EXPECT_FALSE(open());
+    EXPECT_EQ(error, std::string(path) + ": no transport stream packets found in 1048576 bytes");
+}
+
+TEST_F(AFile, ThatIsCompressedWithoutPacketsIsNotReadToItsEnd) {
+    gzFile const compressed = gzdopen(dup(fileno(file)), "wb");
+    const Bytes megabyte(1U << 20U, 0x00);
+    for (int count = 0; count < 3; ++count) {
+        gzwrite(compressed, megabyte.data(), static_cast<unsigned int>(megabyte.size()));
+    }
+    gzclose(compressed);
+    EXPECT_FALSE(open());
+    EXPECT_EQ(error, std::string(path) + ": no transport stream packets found in 1048576 bytes");
+}
+
+TEST_F(AFile, MayBeginWithAlmostAMegabyteOfOtherBytes) {
+    write(Bytes((1U << 20U) - 1, 0x12));
+    writePackets(100, 10);
+    const auto packets = open();
+    ASSERT_TRUE(packets) << error;
+    EXPECT_EQ(count(*packets), 10);
+    EXPECT_EQ(packets->skippedBytes(), (1U << 20U) - 1);
+}
+
+TEST_F(AFile, ThatIsAPipeIsRefusedWithoutWaitingForAWriter) {
+    std::fclose(file);
+    std::remove(path);
+    ASSERT_EQ(mkfifo(path, 0600), 0);
+    EXPECT_FALSE(broadcast::PacketFile::open(path, error));
+    EXPECT_EQ(error,
+              std::string(path) + " is no regular file; what comes by a pipe is played from standard input, \"-\"");
+    EXPECT_FALSE(broadcast::PacketFile::open("/dev/zero", error));
+    EXPECT_EQ(error, "/dev/zero is no regular file; what comes by a pipe is played from standard input, \"-\"");
 }
 
 TEST_F(AFile, ThatIsNotThereIsNamedWithTheReason) {
