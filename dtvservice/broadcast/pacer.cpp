@@ -1,12 +1,15 @@
 // Keeping time.
 #include "pacer.h"
 
+#include <algorithm>
+
 namespace broadcast {
 
 namespace {
 
 constexpr std::uint64_t kPacketBits = kPacketSize * 8;
-constexpr std::uint64_t kPacketsPerSecond = Pacer::kDefaultBitRate / kPacketBits;
+/// No stream is faster: two PCRs that say so are damaged.
+constexpr std::uint64_t kMostPerSecond = 100 * Pacer::kDefaultBitRate / kPacketBits;
 constexpr std::chrono::nanoseconds kPacketTime{std::uint64_t{1000000000} * kPacketBits / Pacer::kDefaultBitRate};
 
 }  // namespace
@@ -15,29 +18,40 @@ void Pacer::discontinuity() {
     pcrPid.reset();
     lastPcr.reset();
     packetsSincePcr = 0;
+    packetsPerSecond = kFewestPerSecond;
 }
 
 Pacer::Clock::time_point Pacer::due(TsPacket packet, Clock::time_point now) {
     if (!dueNow) {
         dueNow = now;
     }
+    const bool hasEnded = ++packetsSincePcr > packetsPerSecond;
     const bool carriesPcr = packet.hasPcr() && !packet.transportError();
-    if (carriesPcr && pcrPid.value_or(packet.pid()) == packet.pid()) {
-        pcrPid = packet.pid();
-        const std::uint64_t pcr = packet.pcr();
-        const std::uint64_t passed = lastPcr ? (pcr + kPcrWrap - *lastPcr) % kPcrWrap : kPcrWrap;
-        if (passed <= kPcrFrequency) {
-            *dueNow += std::chrono::nanoseconds(passed * 1000 / 27);
-        } else {
-            dueNow = now;
-        }
-        lastPcr = pcr;
-        packetsSincePcr = 0;
-    } else if (++packetsSincePcr > kPacketsPerSecond || !lastPcr) {
+    if (carriesPcr && (!pcrPid || pcrPid == packet.pid() || hasEnded)) {
+        onPcr(packet, now);
+    } else if (hasEnded || !lastPcr) {
         // Nothing to go by: also what comes before the first PCR.
         *dueNow += kPacketTime;
     }
     return *dueNow;
+}
+
+void Pacer::onPcr(TsPacket packet, Clock::time_point now) {
+    if (pcrPid != packet.pid()) {
+        discontinuity();
+        pcrPid = packet.pid();
+    }
+    const std::uint64_t pcr = packet.pcr();
+    const std::uint64_t passed = lastPcr ? (pcr + kPcrWrap - *lastPcr) % kPcrWrap : kPcrWrap;
+    if (passed <= kPcrFrequency) {
+        *dueNow += std::chrono::nanoseconds(passed * 1000 / 27);
+        const std::uint64_t rate = passed == 0 ? 0 : packetsSincePcr * kPcrFrequency / passed;
+        packetsPerSecond = std::clamp(rate, kFewestPerSecond, kMostPerSecond);
+    } else {
+        dueNow = now;
+    }
+    lastPcr = pcr;
+    packetsSincePcr = 0;
 }
 
 }  // namespace broadcast

@@ -1,6 +1,8 @@
 // Pacer: says when each packet is due, so that a file plays as fast as it was broadcast.
 //
 //  1. The first PID that carries a PCR sets the pace. Packets between two of its PCRs are due with the one before.
+//  Where
+//     it carries none for about a second's worth of packets, the next PID that does takes its place.
 //  2. A PCR that goes back, or on by more than a second, begins a new time base at the moment that it comes.
 //  3. Where no PCR comes for about a second's worth of packets, packets are due at kDefaultBitRate.
 //
@@ -26,10 +28,15 @@ public:
     void discontinuity();
 
 private:
+    static constexpr std::uint64_t kFewestPerSecond = kDefaultBitRate / (kPacketSize * 8);
+
+    void onPcr(TsPacket packet, Clock::time_point now);
+
     std::optional<std::uint16_t> pcrPid;
     std::optional<std::uint64_t> lastPcr;
     std::uint64_t packetsSincePcr = 0;
-    std::optional<Clock::time_point> dueNow;  // of the last packet
+    std::uint64_t packetsPerSecond = kFewestPerSecond;  // as the last two PCRs tell, or more
+    std::optional<Clock::time_point> dueNow;            // of the last packet
 };
 
 }  // namespace broadcast

@@ -255,6 +255,47 @@ TEST(APacer, BeginsANewTimeBaseWhereThePcrJumps) {
     }
 }
 
+TEST(APacer, GoesByTheNextPidWithAPcrWhereOneEnds) {
+    broadcast::Pacer pacer;
+    const Clock::time_point begin{};
+    const auto due = [&](const Packet& packet) { return pacer.due(broadcast::TsPacket{packet.data()}, begin); };
+    due(withPcr(100, 5));  // and never again
+    const Packet other = PacketMaker(300).packet({}, false);
+    std::uint64_t pcr = 27000000;
+    std::vector<Clock::time_point> times;
+    // 25 of 100 packets a second: PCRs 40 ms apart in a stream of about 3.8 Mbit/s.
+    for (int count = 0; count < 50; ++count) {
+        times.push_back(due(withPcr(200, pcr)));
+        pcr += 27000 * 40;
+        for (int packet = 0; packet < 100; ++packet) {
+            due(other);
+        }
+    }
+    EXPECT_EQ(times[1] - times[0], std::chrono::milliseconds(0)) << "PID 100 may go on";
+    for (std::size_t index = 40; index < times.size(); ++index) {
+        EXPECT_EQ(times[index] - times[index - 1], std::chrono::milliseconds(40)) << index;
+    }
+}
+
+TEST(APacer, StaysWithAPidWhosePcrsStandASecondsWorthOfPacketsApartAtMost) {
+    broadcast::Pacer pacer;
+    const Clock::time_point begin{};
+    const auto due = [&](const Packet& packet) { return pacer.due(broadcast::TsPacket{packet.data()}, begin); };
+    // PCRs 100 ms apart, each with 5000 packets behind it: 75 Mbit/s. Another PID's come in between.
+    const Packet other = PacketMaker(300).packet({}, false);
+    const Packet elsewhere = withPcr(200, 1);
+    std::vector<Clock::time_point> times;
+    for (std::uint64_t count = 0; count < 10; ++count) {
+        times.push_back(due(withPcr(100, count * 2700000)));
+        for (int packet = 0; packet < 5000; ++packet) {
+            due(count > 1 && packet == 4990 ? elsewhere : other);
+        }
+    }
+    for (std::size_t index = 3; index < times.size(); ++index) {
+        EXPECT_EQ(times[index] - times[index - 1], std::chrono::milliseconds(100)) << index;
+    }
+}
+
 TEST(APacer, GoesByTheDefaultRateWhereThereIsNoPcr) {
     broadcast::Pacer pacer;
     const Packet packet = PacketMaker(100).packet({}, false);
