@@ -14,8 +14,6 @@ namespace dtvservice {
 namespace {
 
 constexpr std::size_t kBatch = 64 * broadcast::kPacketSize;
-/// What may wait for the loop: about a second of a full satellite transponder.
-constexpr int kMostUnderWay = 512;
 constexpr std::chrono::seconds kPause{1};
 
 }  // namespace
@@ -90,8 +88,9 @@ void LiveInput::handOver(std::vector<std::uint8_t>& batch) {
     if (batch.empty()) {
         return;
     }
-    if (underWay->load() >= kMostUnderWay) {
-        dropped += batch.size() / broadcast::kPacketSize;
+    const std::size_t count = batch.size() / broadcast::kPacketSize;
+    if (underWay->load() + count > kMostUnderWay) {
+        dropped += count;
         const auto now = EventLoop::Clock::now();
         if (now - lastLine >= kPause) {
             lastLine = now;
@@ -101,12 +100,12 @@ void LiveInput::handOver(std::vector<std::uint8_t>& batch) {
         batch.clear();
         return;
     }
-    ++*underWay;
-    loop.post([&demux = demux, underWay = underWay, packets = std::move(batch)] {
+    *underWay += count;
+    loop.post([&demux = demux, underWay = underWay, packets = std::move(batch), count] {
         for (std::size_t at = 0; at < packets.size(); at += broadcast::kPacketSize) {
             demux.feed(broadcast::TsPacket{packets.data() + at});
         }
-        --*underWay;
+        *underWay -= count;
     });
     batch = {};
 }

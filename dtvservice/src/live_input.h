@@ -19,6 +19,9 @@ namespace dtvservice {
 
 class LiveInput {
 public:
+    /// What may wait for the loop: about a second of a full satellite transponder.
+    static constexpr std::size_t kMostUnderWay = 32768;
+
     /// The demultiplexer must live as long as the loop runs.
     LiveInput(InputName newInput, EventLoop& newLoop, broadcast::Demux& newDemux);
     LiveInput(const LiveInput&) = delete;
@@ -34,7 +37,8 @@ private:
     InputName input;
     EventLoop& loop;
     broadcast::Demux& demux;
-    std::shared_ptr<std::atomic<int>> underWay = std::make_shared<std::atomic<int>>(0);  // batches that are posted
+    // Packets that are posted and not taken yet. A batch of them may be of any size: a datagram has seven.
+    std::shared_ptr<std::atomic<std::size_t>> underWay = std::make_shared<std::atomic<std::size_t>>(0);
     std::uint64_t dropped = 0;
     EventLoop::Clock::time_point lastLine;
     int wakeUp;  // an eventfd: written once, at the end
