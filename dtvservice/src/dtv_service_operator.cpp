@@ -34,10 +34,46 @@ template <typename Number>
 Number getNumber(const json& request, const char* name) {
     const auto value = get<std::int64_t>(request, name);
     const auto number = static_cast<Number>(value);
-    if (!request.at(name).is_number_integer() || static_cast<std::int64_t>(number) != value) {
+    // A number above the signed ones is another one as a signed one.
+    const bool isNegative = value < 0 && !request.at(name).is_number_unsigned();
+    if (!request.at(name).is_number_integer() || static_cast<std::int64_t>(number) != value ||
+        isNegative != (number < 0)) {
         throw std::invalid_argument(std::string(name) + " is out of range");
     }
     return number;
+}
+
+/// The beginning of a text, not longer than a line of an answer has room for, and no character of it cut.
+std::string beginningOf(const std::string& text) {
+    constexpr std::size_t kLongest = 200;
+    constexpr unsigned int kContinuationMask = 0xC0;
+    constexpr unsigned int kContinuation = 0x80;
+    if (text.size() <= kLongest) {
+        return text;
+    }
+    std::size_t end = kLongest;
+    while (end != 0 && (static_cast<unsigned char>(text[end]) & kContinuationMask) == kContinuation) {
+        --end;
+    }
+    return text.substr(0, end);
+}
+
+/// The oldest messages: an answer has to fit a line, whatever the texts are.
+json listOf(const std::list<DrmMessage>& messages) {
+    constexpr std::size_t kMostListed = 100;
+    json list = json::array();
+    for (const DrmMessage& message : messages) {
+        if (list.size() == kMostListed) {
+            break;
+        }
+        list.push_back({{"browser", message.browser},
+                        {"session", message.session},
+                        {"caSystemId", message.caSystemId},
+                        {"type", beginningOf(message.type)},
+                        {"message", beginningOf(message.text)},
+                        {"length", message.text.size()}});
+    }
+    return list;
 }
 
 }  // namespace
@@ -179,21 +215,14 @@ json DtvService::operateStatus(const json&) {
     for (const unsigned short slot : caSlots) {
         slots.push_back(slot);
     }
-    json messages = json::array();
-    for (const DrmMessage& message : drmMessages.all()) {
-        messages.push_back({{"browser", message.browser},
-                            {"session", message.session},
-                            {"caSystemId", message.caSystemId},
-                            {"type", message.type},
-                            {"message", message.text}});
-    }
     const broadcast::Channel* const channel = presentedChannel();
     return {{"presented", channel == nullptr ? json() : json(channel->triplet())},
             {"name", channel == nullptr ? json() : json(channel->name)},
             {"browsers", browsers},
             {"osdLayers", layers},
             {"caSlots", slots},
-            {"drmMessages", messages}};
+            {"drmMessages", listOf(drmMessages.all())},
+            {"drmWaiting", drmMessages.all().size()}};
 }
 
 json DtvService::operateStatistics(const json&) {
@@ -254,7 +283,7 @@ json DtvService::setCaSlot(unsigned short slot, bool inserted) {
 
 /// Answers the oldest message of a session.
 json DtvService::operateCaReply(const json& request) {
-    const auto session = get<std::uint64_t>(request, "session");
+    const auto session = getNumber<std::uint64_t>(request, "session");
     const auto code = getNumber<std::uint8_t>(request, "code");
     const std::string text = request.contains("text") ? get<std::string>(request, "text") : std::string();
     const std::optional<DrmMessage> message = drmMessages.take(session);

@@ -319,6 +319,43 @@ TEST_F(ARawBrowser, IsToldOfMessagesThatAreTooManyToWait) {
     EXPECT_TRUE(hears("onDrmResultReply(1, 0, " + shownValue(std::string("fine")) + ", 2)"));
 }
 
+TEST_F(ARawBrowser, HasTheBeginningsOfItsMessagesShown) {
+    const ServiceProcess process;
+    ASSERT_TRUE(answersWhatWasAsked());
+    operate({"ca", "insert", "2"});
+    const std::string most(16000, '\x01');  // six characters each in an answer
+    const std::string accented = std::string(199, 'x') + "\u00f6" + most;
+    constexpr unsigned long long kMost = 64;
+    for (unsigned long long session = 1; session <= kMost; ++session) {
+        ASSERT_TRUE(sends(&Commands::cmdSendDrmMessage, session, static_cast<unsigned short>(0x4AD4),
+                          static_cast<unsigned short>(0), std::string("a"), session == 1 ? accented : most));
+    }
+    ASSERT_TRUE(answersWhatWasAsked());
+    const std::string status = operate({"--json", "status"});
+    EXPECT_THAT(status,
+                testing::HasSubstr("\"length\":16201,\"message\":\"" + std::string(199, 'x') + "\",\"session\":1,"))
+        << "no character is cut";
+    EXPECT_THAT(status, testing::HasSubstr("\"length\":16000,\"message\":\"\\u0001"));
+    EXPECT_THAT(status, testing::HasSubstr("\"drmWaiting\":64"));
+}
+
+TEST_F(ARawBrowser, IsAnsweredByAnySessionOf64Bits) {
+    const ServiceProcess process;
+    ASSERT_TRUE(answersWhatWasAsked());
+    operate({"ca", "insert", "2"});
+    constexpr unsigned long long kLast = 0xFFFFFFFFFFFFFFFF;
+    ASSERT_TRUE(sends(&Commands::cmdSendDrmMessage, kLast, static_cast<unsigned short>(0x4AD4),
+                      static_cast<unsigned short>(0), std::string("application/x"), std::string("hello")));
+    ASSERT_TRUE(answersWhatWasAsked());
+    EXPECT_EQ(operate({"ca", "reply", "-1", "0"}), "dtvctl: session is out of range\n");
+    EXPECT_EQ(operate({"ca", "reply", "18446744073709551615", "256"}), "dtvctl: code is out of range\n");
+    EXPECT_EQ(operate({"ca", "reply", "18446744073709551615", "0"}), "");
+    EXPECT_TRUE(hears("onDrmResultReply(18446744073709551615, 0, 0:, 2)"));
+    EXPECT_EQ(operate({"engine", "18446744073709551615"}), "dtvctl: status is out of range\n");
+    EXPECT_THAT(operate({"ca", "reply", "18446744073709551616", "0"}),
+                testing::HasSubstr("SESSION: \"18446744073709551616\" is not a number"));
+}
+
 TEST_F(ARawBrowser, MeetsTheCaModuleThatTheOperatorInserts) {
     const ServiceProcess process;
     ASSERT_TRUE(sends(&Commands::cmdCaDrmRequestConnect, 77ULL));

@@ -37,13 +37,23 @@ constexpr const char* kUsage =
     std::exit(kUsageError);
 }
 
-std::int64_t number(const std::string& name, const std::string& word) {
-    std::int64_t value = 0;
+template <typename Number>
+bool isAll(const std::string& word, Number& value) {
     const auto [end, failure] = std::from_chars(word.data(), word.data() + word.size(), value);
-    if (failure != std::errc() || end != word.data() + word.size()) {
-        endWithUsage(name + ": \"" + word + "\" is not a number");
+    return failure == std::errc() && end == word.data() + word.size();
+}
+
+/// Any number of 64 bits, with a sign or without; which of them are meant, the service says.
+json number(const std::string& name, const std::string& word) {
+    std::uint64_t natural = 0;
+    std::int64_t negative = 0;
+    if (isAll(word, natural)) {
+        return natural;
     }
-    return value;
+    if (isAll(word, negative)) {
+        return negative;
+    }
+    endWithUsage(name + ": \"" + word + "\" is not a number");
 }
 
 json caRequest(const Words& words) {
