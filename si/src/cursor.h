@@ -21,10 +21,14 @@ public:
         }
         return value;
     }
+    /// What was read does not fit: nothing more is there.
+    void fail() {
+        failed = true;
+        at = bytes.size;
+    }
     Bytes take(std::size_t count) {
         if (count > left()) {
-            failed = true;
-            at = bytes.size;
+            fail();
             return {};
         }
         at += count;

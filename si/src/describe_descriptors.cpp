@@ -1,4 +1,5 @@
-// Descriptors of PSI and SI, as libbitstream prints them, one line an entry.
+// Descriptors of PSI and SI, as libbitstream prints them, one line an entry. It reads before it compares lengths, so
+// that it gets only descriptors whose inner lengths fit, with room behind them.
 #include <bitstream/dvb/si.h>
 #include <bitstream/dvb/si_print.h>
 #include <bitstream/mpeg/psi.h>
@@ -9,6 +10,7 @@
 #include <cstring>
 
 #include "describe.h"
+#include "descriptor_checks.h"
 #include "text_conversion.h"
 
 namespace si {
@@ -51,8 +53,12 @@ Lines printed(const Descriptor& descriptor, const Descriptor* specifier) {
             loop.insert(loop.end(), added->bytes.begin(), added->bytes.end());
         }
     }
+    // Two lengths of a byte, one behind the other, lead the library's checks so far at most.
+    constexpr std::size_t kRoom = 1024;
+    const auto length = static_cast<std::uint16_t>(loop.size());
+    loop.resize(loop.size() + kRoom);
     Lines lines;
-    descl_print(loop.data(), static_cast<std::uint16_t>(loop.size()), takeLine, &lines, takeText, nullptr, PRINT_TEXT);
+    descl_print(loop.data(), length, takeLine, &lines, takeText, nullptr, PRINT_TEXT);
     if (specifier != nullptr && !lines.empty()) {
         lines.erase(lines.begin());
     }
@@ -71,7 +77,8 @@ void describeDescriptors(Bytes loop, Node& parent) {
     Descriptor specifier;
     forEachDescriptor(loop, parent, [&specifier](const Descriptor& descriptor, Node& node) {
         const bool underSpecifier = descriptor.tag >= kFirstPrivate && specifier.bytes.size() == kSpecifierSize;
-        const Lines lines = printed(descriptor, underSpecifier ? &specifier : nullptr);
+        const Lines lines =
+            innerLengthsFit(descriptor) ? printed(descriptor, underSpecifier ? &specifier : nullptr) : Lines();
         if (!isKnown(lines)) {
             node.bytes("bytes", descriptor.bytes);
         } else {

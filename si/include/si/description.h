@@ -34,7 +34,8 @@ struct Node {
 /// descriptors. Of another table, or one that cannot be read: "section" with its table_id and bytes.
 Node describeSection(Bytes section);
 
-/// Adds a node for each descriptor of a loop of PSI or SI (ISO/IEC 13818-1, clause 2.6; EN 300 468, clause 6).
+/// Adds a node for each descriptor of a loop of PSI or SI (ISO/IEC 13818-1, clause 2.6; EN 300 468, clause 6):
+/// what it is, or its bytes where it is none of the known ones or its inner lengths do not fit.
 void describeDescriptors(Bytes loop, Node& parent);
 
 }  // namespace si

@@ -60,6 +60,37 @@ tsmake::Section longSection(std::uint8_t tableId, std::uint16_t extension, const
     return writer.finish();
 }
 
+/// A NIT with that loop of descriptors, which ends where its memory does.
+Node nitWith(const std::vector<std::uint8_t>& loop) {
+    tsmake::SectionWriter writer(0x40, 1, 0);
+    writer.open12().text(std::string(loop.begin(), loop.end())).close().open12().close();
+    tsmake::Section section = writer.finish();
+    section.shrink_to_fit();
+    return describeSection(section);
+}
+
+std::string hexOf(const std::vector<std::uint8_t>& bytes) {
+    Node node;
+    node.bytes("bytes", bytes);
+    return node.fields[0].text;
+}
+
+/// Every tag with these contents has its tag and length, and then what it is or else its bytes.
+void expectEveryTagIsDescribed(const std::vector<std::uint8_t>& contents) {
+    constexpr unsigned int kTags = 256;
+    for (unsigned int tag = 0; tag < kTags; ++tag) {
+        std::vector<std::uint8_t> loop = {static_cast<std::uint8_t>(tag), static_cast<std::uint8_t>(contents.size())};
+        loop.insert(loop.end(), contents.begin(), contents.end());
+        const Node nit = nitWith(loop);
+        ASSERT_EQ(nit.nodes.size(), 1U) << "tag " << tag << " contents " << hexOf(contents);
+        EXPECT_EQ(value(nit.nodes[0], "tag"), "0x" + hexOf({static_cast<std::uint8_t>(tag)}));
+        EXPECT_EQ(value(nit.nodes[0], "length"), std::to_string(contents.size()));
+        if (value(nit.nodes[0], "bytes") != hexOf(contents)) {
+            EXPECT_EQ(nit.nodes[0].fields.at(2).name, std::string("is")) << "tag " << tag << " " << hexOf(contents);
+        }
+    }
+}
+
 }  // namespace
 
 TEST(ADescription, OfAPatNamesTheNetworkAndThePrograms) {
@@ -227,17 +258,61 @@ TEST(ADescription, OfAStreamEventHasItsIdAndPrivateData) {
 }
 
 TEST(ADescription, OfAPrivateDescriptorGoesByTheSpecifierBeforeIt) {
-    const auto sdt = [](const std::string& loop) {
-        const std::vector<std::uint8_t> bytes = bytesOfHex(loop);
-        tsmake::SectionWriter writer(0x40, 1, 0);
-        writer.open12().text(std::string(bytes.begin(), bytes.end())).close().open12().close();
-        return describeSection(writer.finish());
-    };
-    const Node known = sdt("5f04 00000028 8304 6dca fc01");
+    const Node known = nitWith(bytesOfHex("5f04 00000028 8304 6dca fc01"));
     ASSERT_EQ(known.nodes.size(), 2U);
     EXPECT_EQ(value(known.nodes[1], "is"), "lcn sid=28106 visible lcn=1");
-    const Node unknown = sdt("8304 6dca fc01");
+    const Node unknown = nitWith(bytesOfHex("8304 6dca fc01"));
     EXPECT_EQ(value(unknown.nodes[0], "bytes"), "6dcafc01");
+}
+
+TEST(ADescription, OfADescriptorWhoseInnerLengthsDoNotFitIsItsBytes) {
+    for (const char* const loop : {
+             "4502 01fe",                           // VBI data: 254 bytes, of none
+             "4500 4800 5700 5e00",                 // nothing at all
+             "4503 010204",                         // a service of two bytes, of one
+             "4803 190100",                         // a provider, and no length of the name
+             "4d05 6465750100",                     // likewise
+             "4e06 00646575 0501",                  // items of five bytes, of none
+             "5104 0000 00fc",                      // cells of 252 bytes
+             "5b04 646575fc", "5c04 646575fc",      // names of 252 bytes
+             "5d05 646575fb00", "5e05 01646575fc",  // likewise
+             "5703 000001",                         // a core number of one byte
+             "4a0a 0401000100010e 00010c",          // an extended event of five bytes, of three
+             "6409 000a0100646575 0541",            // a text of five bytes, of one
+             "6c0b 000100000000000000 0100",        // a subcell of one byte
+             "6d08 000100000000 0100",              // likewise
+             "2103 020001",                         // a multiplex code without its slots
+         }) {
+        const Node nit = nitWith(bytesOfHex(loop));
+        ASSERT_FALSE(nit.nodes.empty());
+        for (const Node& node : nit.nodes) {
+            EXPECT_NE(value(node, "bytes"), "(no bytes)") << loop;
+        }
+    }
+}
+
+TEST(ADescription, OfAnyDescriptorEndsWhateverItsContentsAre) {
+    constexpr std::uint8_t kBytes[] = {0x00, 0x01, 0x7F, 0xFE, 0xFF};
+    constexpr std::size_t kMostShort = 12;
+    for (const std::uint8_t first : kBytes) {
+        for (const std::uint8_t other : kBytes) {
+            for (std::size_t length = 0; length <= kMostShort; ++length) {
+                std::vector<std::uint8_t> contents(length, other);
+                std::vector<std::uint8_t> alternating = contents;
+                for (std::size_t at = 0; at < length; at += 2) {
+                    alternating[at] = first;
+                }
+                expectEveryTagIsDescribed(alternating);
+                std::fill_n(contents.begin(), std::min<std::size_t>(length, 1), first);
+                expectEveryTagIsDescribed(contents);
+            }
+            std::vector<std::uint8_t> longest(0xFF, other);
+            longest[0] = first;
+            expectEveryTagIsDescribed(longest);
+            longest.pop_back();
+            expectEveryTagIsDescribed(longest);
+        }
+    }
 }
 
 TEST(ADescription, OfWhatCannotBeReadIsItsBytesAndTheReason) {
