@@ -91,8 +91,10 @@ std::vector<Section> SiDatabase::ait(std::uint16_t serviceId) const {
     std::vector<Section> sections;
     const auto found = services.find(serviceId);
     if (found != services.end()) {
-        for (const auto& entry : found->second.ait.sections) {
-            sections.push_back(entry.second);
+        for (const auto& ait : found->second.aits) {
+            for (const auto& entry : ait.second.sections) {
+                sections.push_back(entry.second);
+            }
         }
     }
     return sections;
@@ -372,24 +374,24 @@ void SiDatabase::followAit(std::uint16_t serviceId, const si::Pmt& pmt) {
         demux.unsubscribe(subscription);
     }
     service.aitSubscriptions.clear();
-    service.ait = {};
+    service.aits.clear();
     const bool wasSignalled = !service.aitPids.empty();
     service.aitPids = std::move(pids);
     for (const std::uint16_t pid : service.aitPids) {
         service.aitSubscriptions.push_back(
-            demux.subscribe(pid, [this, serviceId](si::Bytes section) { onAitSection(serviceId, section); }));
+            demux.subscribe(pid, [this, serviceId, pid](si::Bytes section) { onAitSection(serviceId, pid, section); }));
     }
     if (wasSignalled == service.aitPids.empty()) {
         listener.onAitSignalled(*this, serviceId, !wasSignalled);
     }
 }
 
-void SiDatabase::onAitSection(std::uint16_t serviceId, si::Bytes section) {
-    constexpr std::uint16_t kTypeMask = 0x7FFF;
-    if (!isCurrent(section, kAitTableId) || (si::tableIdExtension(section) & kTypeMask) != si::kApplicationTypeHbbTv) {
+/// An application_type with test_application_flag is another one: what is broadcast for tests is not for viewers.
+void SiDatabase::onAitSection(std::uint16_t serviceId, std::uint16_t pid, si::Bytes section) {
+    if (!isCurrent(section, kAitTableId) || si::tableIdExtension(section) != si::kApplicationTypeHbbTv) {
         return;
     }
-    const Update update = file(services[serviceId].ait, section);
+    const Update update = file(services[serviceId].aits[pid], section);
     if (update != Update::none) {
         listener.onAit(*this, serviceId, {section.data, section.data + section.size}, update == Update::changed);
     }

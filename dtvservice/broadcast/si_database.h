@@ -63,7 +63,7 @@ public:
     Section pmt(std::uint16_t serviceId) const;
     /// Present, then following, as far as they have come.
     std::vector<Section> eit(std::uint16_t serviceId) const;
-    /// The AIT's sections by number, as far as they have come.
+    /// The AIT's sections by PID, then by number, as far as they have come.
     std::vector<Section> ait(std::uint16_t serviceId) const;
     /// Whether the service's PMT signals an HbbTV AIT.
     bool signalsHbbTv(std::uint16_t serviceId) const;
@@ -90,7 +90,7 @@ private:
         Demux::Subscription pmtSubscription = 0;
         SubTable pmt;
         SubTable eit;
-        SubTable ait;
+        std::map<std::uint16_t, SubTable> aits;  // by PID: each has versions of its own
         std::vector<Demux::Subscription> aitSubscriptions;
         std::vector<std::uint16_t> aitPids;
     };
@@ -112,7 +112,7 @@ private:
     void onNitSection(si::Bytes section);
     void onEitSection(si::Bytes section);
     void onPmtSection(std::uint16_t serviceId, si::Bytes section);
-    void onAitSection(std::uint16_t serviceId, si::Bytes section);
+    void onAitSection(std::uint16_t serviceId, std::uint16_t pid, si::Bytes section);
     void applyPat();
     void dropService(Service& service);
     void followAit(std::uint16_t serviceId, const si::Pmt& pmt);

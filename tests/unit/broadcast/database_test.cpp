@@ -55,6 +55,16 @@ protected:
         return withCrc(std::move(section));
     }
 
+    /// A PMT that signals an HbbTV AIT on each of the PIDs.
+    static tsmake::Section pmtWithAits(std::uint16_t serviceId, const std::vector<std::uint16_t>& pids) {
+        tsmake::SectionWriter writer(0x02, serviceId, 0);
+        writer.u16(0xFFFF).open12().close();
+        for (const std::uint16_t pid : pids) {
+            writer.u8(0x05).u16(0xE000U | pid).open12().openDescriptor(0x6F).u16(0x8010).u8(0xE1).close().close();
+        }
+        return writer.finish();
+    }
+
     tsmake::Multiplex sample = tsmake::sampleMultiplex();
     broadcast::Demux demux;
     KeepingListener listener;
@@ -129,6 +139,37 @@ TEST_F(ADatabase, TakesAnAitOfAnotherTypeForNoHbbTvApplication) {
     other[4] = 0x01;
     send(sample.services[0].ait.pid, versioned(other, 9));
     EXPECT_TRUE(listener.told.empty());
+}
+
+TEST_F(ADatabase, TellsEachOfTheAitsOfAServiceOnce) {
+    constexpr std::uint16_t kFirstPid = 0x301;
+    constexpr std::uint16_t kSecondPid = 0x302;
+    send(0, tsmake::patSection(sample));
+    send(sample.services[0].pmtPid, pmtWithAits(28106, {kSecondPid, kFirstPid}));
+    const tsmake::Section first = versioned(tsmake::aitSection(sample.services[0]), 4);
+    const tsmake::Section second = versioned(tsmake::aitSection(sample.services[0]), 7);
+    listener.told.clear();
+    for (int repetition = 0; repetition < 3; ++repetition) {
+        send(kSecondPid, second);
+        send(kFirstPid, first);
+    }
+    EXPECT_THAT(listener.told, testing::ElementsAre("ait 28106", "ait 28106"));
+    EXPECT_THAT(database.ait(28106), testing::ElementsAre(first, second));
+    send(kSecondPid, versioned(second, 8));
+    EXPECT_EQ(listener.told.back(), "ait 28106 changed");
+    EXPECT_THAT(database.ait(28106), testing::ElementsAre(first, versioned(second, 8)));
+}
+
+TEST_F(ADatabase, PassesOverAnAitOfTestApplications) {
+    play(sample);
+    listener.told.clear();
+    const tsmake::Section ordinary = tsmake::aitSection(sample.services[0]);
+    tsmake::Section test = ordinary;
+    test[3] |= 0x80U;
+    send(sample.services[0].ait.pid, versioned(test, 9));
+    send(sample.services[0].ait.pid, ordinary);
+    EXPECT_TRUE(listener.told.empty());
+    EXPECT_THAT(database.ait(28106), testing::ElementsAre(ordinary));
 }
 
 TEST_F(ADatabase, FollowsServicesThatGoAndComeBack) {
