@@ -20,6 +20,8 @@ constexpr std::uint8_t kSdtActualTableId = 0x42;
 constexpr std::uint8_t kSdtOtherTableId = 0x46;
 /// A broadcast may not make this process keep more than any network has.
 constexpr std::size_t kMostStreams = 1000;
+constexpr std::size_t kMostServices = 1000;  // of a stream
+constexpr std::uint8_t kMostSdtSections = 32;
 /// 2.5 s where the PAT comes ten times a second; the SDT is due every 2 s.
 constexpr std::uint64_t kPatSectionsWithoutNetwork = 25;
 constexpr std::uint8_t kEitPresentFollowingActualTableId = 0x4E;
@@ -35,6 +37,10 @@ std::uint16_t wordAt(si::Bytes section, std::size_t at) {
 bool isCurrent(si::Bytes section, std::uint8_t tableId) {
     return section.size > kLongHeader && section.data[0] == tableId && (section.data[1] & 0x80) != 0 &&
            (section.data[5] & 0x01) != 0;
+}
+
+bool isSdt(si::Bytes section, std::uint8_t tableId) {
+    return isCurrent(section, tableId) && si::sectionNumber(section) < kMostSdtSections;
 }
 
 }  // namespace
@@ -124,6 +130,33 @@ SiDatabase::Update SiDatabase::file(SubTable& table, si::Bytes section) {
     return table.changed ? Update::changed : Update::first;
 }
 
+bool SiDatabase::isWhole(const SubTable& table, si::Bytes latest) {
+    return table.sections.size() == std::size_t{1} + si::lastSectionNumber(latest);
+}
+
+/// Adds what the section names. Names of an older version go when the new one is whole: until then they are better than
+/// none.
+void SiDatabase::takeNames(const SubTable& sdt, si::Bytes section, const si::Sdt& parsed, Names& names) {
+    const auto add = [&names](const si::Sdt& part) {
+        for (const si::Sdt::Service& service : part.services) {
+            if (names.size() < kMostServices || names.find(service.serviceId) != names.end()) {
+                names[service.serviceId] = service.name;
+            }
+        }
+    };
+    if (!isWhole(sdt, section)) {
+        add(parsed);
+        return;
+    }
+    names.clear();
+    for (const auto& entry : sdt.sections) {
+        std::string error;
+        if (const std::optional<si::Sdt> part = si::parseSdt(entry.second, error)) {
+            add(*part);
+        }
+    }
+}
+
 bool SiDatabase::isIdentified() const {
     const bool isKnown = channels_.empty() || channels_.front().originalNetworkId;
     return isKnown || repeatedPatSections >= kPatSectionsWithoutNetwork;
@@ -138,8 +171,7 @@ void SiDatabase::onPatSection(si::Bytes section) {
         return;
     }
     // A PAT counts when all of its sections are there.
-    const std::uint8_t lastNumber = si::lastSectionNumber(section);
-    if (pat.sections.size() == std::size_t{1} + lastNumber) {
+    if (isWhole(pat, section)) {
         applyPat();
     }
 }
@@ -192,9 +224,14 @@ void SiDatabase::applyPat() {
 /// Gives every channel what is known of its multiplex, and tells of the list.
 void SiDatabase::nameChannels() {
     for (Channel& channel : channels_) {
-        Multiplex& multiplex = multiplexes[channel.transportStreamId];
-        channel.originalNetworkId = multiplex.originalNetworkId;
-        channel.name = multiplex.names[channel.serviceId];
+        const auto multiplex = multiplexes.find(channel.transportStreamId);
+        channel.originalNetworkId.reset();
+        channel.name.clear();
+        if (multiplex != multiplexes.end()) {
+            const auto name = multiplex->second.names.find(channel.serviceId);
+            channel.originalNetworkId = multiplex->second.originalNetworkId;
+            channel.name = name == multiplex->second.names.end() ? std::string() : name->second;
+        }
     }
     listener.onChannelList(*this);
 }
@@ -206,15 +243,26 @@ void SiDatabase::dropService(Service& service) {
     }
 }
 
+/// None when there are too many: only the stream that the PAT is of takes another's place.
+SiDatabase::Multiplex* SiDatabase::multiplexOf(std::uint16_t transportStream) {
+    if (multiplexes.size() >= kMostStreams && multiplexes.find(transportStream) == multiplexes.end()) {
+        if (transportStream != transportStreamId) {
+            return nullptr;
+        }
+        multiplexes.erase(multiplexes.begin());
+    }
+    return &multiplexes[transportStream];
+}
+
 void SiDatabase::onSdtSection(si::Bytes section) {
-    if (isCurrent(section, kSdtOtherTableId)) {
+    if (isSdt(section, kSdtOtherTableId)) {
         onOtherSdtSection(section);
     }
-    if (!isCurrent(section, kSdtActualTableId)) {
+    if (!isSdt(section, kSdtActualTableId)) {
         return;
     }
-    Multiplex& multiplex = multiplexes[si::tableIdExtension(section)];
-    if (file(multiplex.sdt, section) == Update::none) {
+    Multiplex* const multiplex = multiplexOf(si::tableIdExtension(section));
+    if (multiplex == nullptr || file(multiplex->sdt, section) == Update::none) {
         return;
     }
     std::string error;
@@ -223,10 +271,8 @@ void SiDatabase::onSdtSection(si::Bytes section) {
         ++unreadable_;
         return;
     }
-    multiplex.originalNetworkId = parsed->originalNetworkId;
-    for (const si::Sdt::Service& service : parsed->services) {
-        multiplex.names[service.serviceId] = service.name;
-    }
+    multiplex->originalNetworkId = parsed->originalNetworkId;
+    takeNames(multiplex->sdt, section, *parsed, multiplex->names);
     nameChannels();
 }
 
@@ -253,9 +299,7 @@ void SiDatabase::onOtherSdtSection(si::Bytes section) {
         ++unreadable_;
         return;
     }
-    for (const si::Sdt::Service& service : parsed->services) {
-        stream->names[service.serviceId] = service.name;
-    }
+    takeNames(stream->sdt, section, *parsed, stream->names);
 }
 
 void SiDatabase::addNetworkStream(const si::Nit::TransportStream& stream) {
@@ -269,7 +313,30 @@ void SiDatabase::addNetworkStream(const si::Nit::TransportStream& stream) {
     for (const si::Descriptor& descriptor : stream.descriptors) {
         for (std::size_t at = 0; descriptor.tag == kServiceList && at + kEntry <= descriptor.bytes.size();
              at += kEntry) {
-            known->names.try_emplace(wordAt(descriptor.bytes, at));
+            if (known->listed.size() < kMostServices) {
+                known->listed.insert(wordAt(descriptor.bytes, at));
+            }
+        }
+    }
+}
+
+void SiDatabase::addNetworkStreams(const si::Nit& part) {
+    for (const si::Nit::TransportStream& stream : part.transportStreams) {
+        addNetworkStream(stream);
+    }
+}
+
+/// The streams as the NIT's sections have them: what an older version said is forgotten.
+void SiDatabase::renewNetworkStreams() {
+    for (auto stream = network.begin(); stream != network.end();) {
+        stream->second.descriptors.clear();
+        stream->second.listed.clear();
+        stream = stream->second.sdt.sections.empty() ? network.erase(stream) : std::next(stream);
+    }
+    for (const auto& entry : nit.sections) {
+        std::string error;
+        if (const std::optional<si::Nit> part = si::parseNit(entry.second, error)) {
+            addNetworkStreams(*part);
         }
     }
 }
@@ -278,7 +345,11 @@ std::vector<Channel> SiDatabase::otherChannels() const {
     std::vector<Channel> list;
     for (const auto& [key, stream] : network) {
         if (key.second != transportStreamId) {
-            for (const auto& [serviceId, name] : stream.names) {
+            Names named = stream.names;
+            for (const std::uint16_t serviceId : stream.listed) {
+                named.try_emplace(serviceId);
+            }
+            for (const auto& [serviceId, name] : named) {
                 list.push_back({key.first, key.second, serviceId, 0, name});
             }
         }
@@ -297,12 +368,16 @@ void SiDatabase::onNitSection(si::Bytes section) {
         ++unreadable_;
         return;
     }
+    if (isWhole(nit, section)) {
+        renewNetworkStreams();
+    } else {
+        addNetworkStreams(*parsed);
+    }
     bool named = false;
     for (const si::Nit::TransportStream& stream : parsed->transportStreams) {
-        Multiplex& multiplex = multiplexes[stream.transportStreamId];
-        addNetworkStream(stream);
-        if (!multiplex.originalNetworkId) {
-            multiplex.originalNetworkId = stream.originalNetworkId;
+        Multiplex* const multiplex = multiplexOf(stream.transportStreamId);
+        if (multiplex != nullptr && !multiplex->originalNetworkId) {
+            multiplex->originalNetworkId = stream.originalNetworkId;
             named = named || stream.transportStreamId == transportStreamId;
         }
     }
@@ -335,9 +410,9 @@ void SiDatabase::onEitSection(si::Bytes section) {
     if (service == services.end()) {
         return;
     }
-    Multiplex& multiplex = multiplexes[*transportStreamId];
-    if (!multiplex.originalNetworkId) {
-        multiplex.originalNetworkId = wordAt(section, kNetworkAt);
+    Multiplex* const multiplex = multiplexOf(*transportStreamId);
+    if (multiplex != nullptr && !multiplex->originalNetworkId) {
+        multiplex->originalNetworkId = wordAt(section, kNetworkAt);
         nameChannels();
     }
     const Update update = file(service->second.eit, section);

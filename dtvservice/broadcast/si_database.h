@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -80,11 +81,12 @@ private:
         bool changed = false;  ///< since its first version
     };
     enum class Update { none, first, changed };
+    using Names = std::map<std::uint16_t, std::string>;  // by service_id
     /// What SDT and EIT "actual" say of a transport stream.
     struct Multiplex {
         SubTable sdt;
         std::optional<std::uint16_t> originalNetworkId;
-        std::map<std::uint16_t, std::string> names;  // by service_id
+        Names names;
     };
     struct Service {
         Demux::Subscription pmtSubscription = 0;
@@ -98,14 +100,20 @@ private:
     /// What NIT and SDT (other) say of a transport stream of the network.
     struct NetworkStream {
         SubTable sdt;
-        si::Descriptors descriptors;                 // of the NIT
-        std::map<std::uint16_t, std::string> names;  // by service_id; empty where only the NIT has the service
+        si::Descriptors descriptors;     // of the NIT
+        std::set<std::uint16_t> listed;  // by service_id, in the NIT's service lists
+        Names names;                     // of the SDT
     };
 
     static Update file(SubTable& table, si::Bytes section);
+    static bool isWhole(const SubTable& table, si::Bytes latest);
+    static void takeNames(const SubTable& sdt, si::Bytes section, const si::Sdt& parsed, Names& names);
     void onOtherSdtSection(si::Bytes section);
     void addNetworkStream(const si::Nit::TransportStream& stream);
+    void addNetworkStreams(const si::Nit& part);
+    void renewNetworkStreams();
     NetworkStream* networkStream(std::uint16_t onid, std::uint16_t transportStream);
+    Multiplex* multiplexOf(std::uint16_t transportStream);
     void onPatSection(si::Bytes section);
     void onRepeatedPatSection();
     void onSdtSection(si::Bytes section);

@@ -65,6 +65,50 @@ protected:
         return writer.finish();
     }
 
+    struct Part {
+        unsigned int version = 0;
+        unsigned int number = 0;
+        unsigned int last = 0;
+    };
+    static tsmake::SectionWriter table(std::uint8_t tableId, std::uint16_t extension, Part part) {
+        return {tableId, extension, static_cast<std::uint8_t>(part.version), static_cast<std::uint8_t>(part.number),
+                static_cast<std::uint8_t>(part.last)};
+    }
+    /// Of network 1: services from the first one on, each named by its number.
+    static tsmake::Section sdt(std::uint8_t tableId, std::uint16_t stream, Part part, unsigned int firstService,
+                               unsigned int services) {
+        tsmake::SectionWriter writer = table(tableId, stream, part);
+        writer.u16(1).u8(0xFF);
+        for (unsigned int id = firstService; id < firstService + services; ++id) {
+            writer.u16(id).u8(0xFC).open12();
+            writer.openDescriptor(0x48).u8(1).lengthText("").lengthText(std::to_string(id)).close().close();
+        }
+        return writer.finish();
+    }
+    /// Of network 1: streams from the first one on, each with its number as a delivery system and one service, 7.
+    static tsmake::Section nit(Part part, unsigned int firstStream, unsigned int streams) {
+        tsmake::SectionWriter writer = table(0x40, 1, part);
+        writer.open12().close().open12();
+        for (unsigned int stream = firstStream; stream < firstStream + streams; ++stream) {
+            writer.u16(stream).u16(1).open12().openDescriptor(0x44).u16(stream).close();
+            writer.openDescriptor(0x41).u16(7).u8(1).close().close();
+        }
+        return writer.close().finish();
+    }
+    bool hasDelivery(unsigned int stream) const {
+        broadcast::Channel channel;
+        channel.transportStreamId = static_cast<std::uint16_t>(stream);
+        return database.hasDeliverySystem(
+            channel, {'\x44', '\x02', static_cast<char>(stream >> 8U), static_cast<char>(stream & 0xFFU)});
+    }
+    std::vector<std::string> others() const {
+        std::vector<std::string> list;
+        for (const broadcast::Channel& channel : database.otherChannels()) {
+            list.push_back(channel.triplet() + " " + channel.name);
+        }
+        return list;
+    }
+
     tsmake::Multiplex sample = tsmake::sampleMultiplex();
     broadcast::Demux demux;
     KeepingListener listener;
@@ -220,4 +264,71 @@ TEST_F(ADatabase, IsIdentifiedAsSoonAsItsNetworkIsKnown) {
     EXPECT_FALSE(database.isIdentified());
     send(0x11, tsmake::sdtSection(sample));
     EXPECT_TRUE(database.isIdentified());
+}
+
+TEST_F(ADatabase, ForgetsTheNamesThatANewSdtDoesNotHave) {
+    send(0, tsmake::patSection(sample));
+    send(0x11, tsmake::sdtSection(sample));
+    send(0x11, sdt(0x42, 1025, {1, 0, 0}, 28107, 1));
+    EXPECT_EQ(database.find(28106)->name, "");
+    EXPECT_EQ(database.find(28107)->name, "28107");
+    send(0x11, sdt(0x46, 5, {0, 0, 0}, 1, 2));
+    EXPECT_THAT(others(), testing::ElementsAre("1:5:1 1", "1:5:2 2"));
+    send(0x11, sdt(0x46, 5, {1, 0, 0}, 2, 1));
+    EXPECT_THAT(others(), testing::ElementsAre("1:5:2 2"));
+}
+
+TEST_F(ADatabase, KeepsNamesUntilAllOfTheNewSdtIsThere) {
+    send(0, tsmake::patSection(sample));
+    send(0x11, tsmake::sdtSection(sample));
+    send(0x11, sdt(0x42, 1025, {1, 1, 1}, 28107, 1));
+    EXPECT_EQ(database.find(28107)->name, "28107");
+    EXPECT_EQ(database.find(28106)->name, "Velmora One HD");
+    EXPECT_EQ(database.find(28108)->name, "Velmora Τρία");
+    send(0x11, sdt(0x42, 1025, {1, 0, 1}, 28106, 1));
+    EXPECT_EQ(database.find(28106)->name, "28106");
+    EXPECT_EQ(database.find(28107)->name, "28107");
+    EXPECT_EQ(database.find(28108)->name, "");
+}
+
+TEST_F(ADatabase, ForgetsTheStreamsThatANewNitDoesNotHave) {
+    send(0x10, nit({0, 0, 0}, 1, 2));
+    EXPECT_TRUE(hasDelivery(1));
+    EXPECT_TRUE(hasDelivery(2));
+    EXPECT_THAT(others(), testing::ElementsAre("1:1:7 ", "1:2:7 "));
+    send(0x11, sdt(0x46, 1, {0, 0, 0}, 9, 1));
+    send(0x10, nit({1, 0, 1}, 2, 1));
+    EXPECT_TRUE(hasDelivery(1)) << "half of the new one says nothing of it";
+    send(0x10, nit({1, 1, 1}, 3, 1));
+    EXPECT_FALSE(hasDelivery(1));
+    EXPECT_TRUE(hasDelivery(2));
+    EXPECT_TRUE(hasDelivery(3));
+    EXPECT_THAT(others(), testing::ElementsAre("1:1:9 9", "1:2:7 ", "1:3:7 ")) << "what the SDT says stays";
+}
+
+TEST_F(ADatabase, KeepsNoMoreStreamsAndServicesThanANetworkHas) {
+    constexpr unsigned int kMost = 1000;
+    constexpr unsigned int kServices = 40;
+    constexpr unsigned int kSections = 32;
+    for (unsigned int number = 0; number < kSections; ++number) {
+        send(0x11, sdt(0x46, 5, {0, number, kSections - 1}, number * kServices, kServices));
+    }
+    EXPECT_EQ(others().size(), kMost);
+    send(0x11, sdt(0x46, 5, {1, 0, 0}, 1, 1));
+    EXPECT_EQ(others().size(), 1U);
+    for (unsigned int stream = 10; stream < kMost + 100; ++stream) {
+        send(0x11, sdt(0x46, static_cast<std::uint16_t>(stream), {0, 0, 0}, 1, 1));
+    }
+    EXPECT_EQ(others().size(), kMost);
+}
+
+TEST_F(ADatabase, NamesItsServicesHoweverManyStreamsAnSdtWasOf) {
+    constexpr unsigned int kMany = 2000;
+    for (unsigned int stream = 2000; stream < 2000 + kMany; ++stream) {
+        send(0x11, sdt(0x42, static_cast<std::uint16_t>(stream), {0, 0, 0}, 1, 1));
+    }
+    send(0, tsmake::patSection(sample));
+    send(0x11, tsmake::sdtSection(sample));
+    EXPECT_EQ(database.channels().at(0).triplet(), "1:1025:28106");
+    EXPECT_EQ(database.channels().at(0).name, "Velmora One HD");
 }
