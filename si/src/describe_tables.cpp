@@ -19,14 +19,8 @@ void describeHeader(const std::uint8_t* section, Node& node) {
     node.number("section_number", psi_get_section(section)).number("last_section_number", psi_get_lastsection(section));
 }
 
-std::string timeText(std::optional<std::time_t> time) {
-    if (!time) {
-        return "undefined";
-    }
-    tm utc{};
-    gmtime_r(&*time, &utc);
-    std::array<char, 32> text{};
-    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &utc)};
+std::string timeText(std::optional<UtcSeconds> time) {
+    return time ? dateText(*time) + "T" + clockText(*time) + "Z" : "undefined";
 }
 
 std::string durationText(std::uint32_t seconds) {

@@ -2,8 +2,9 @@
 #pragma once
 
 #include <cstdint>
-#include <ctime>
 #include <optional>
+
+#include "si/calendar.h"
 
 namespace si {
 
@@ -12,10 +13,8 @@ inline std::uint32_t fromBcd(std::uint8_t byte) {
 }
 
 /// start_time: 16 bits of Modified Julian Date, then six BCD digits of UTC (EN 300 468, Annex C).
-inline std::optional<std::time_t> startTime(const std::uint8_t* field) {
+inline std::optional<UtcSeconds> startTime(const std::uint8_t* field) {
     constexpr std::uint8_t kUndefinedTime = 0xFF;
-    constexpr std::time_t kEpochMjd = 40587;
-    constexpr std::time_t kDay = 86400;
     bool defined = false;
     for (int index = 0; index < 5; ++index) {
         defined = defined || field[index] != kUndefinedTime;
@@ -23,9 +22,9 @@ inline std::optional<std::time_t> startTime(const std::uint8_t* field) {
     if (!defined) {
         return std::nullopt;
     }
-    const std::time_t mjd = (field[0] << 8) | field[1];
-    return (mjd - kEpochMjd) * kDay +
-           static_cast<std::time_t>(fromBcd(field[2]) * 3600U + fromBcd(field[3]) * 60U + fromBcd(field[4]));
+    const std::int64_t mjd = (field[0] << 8) | field[1];
+    const std::uint32_t second = fromBcd(field[2]) * 3600U + fromBcd(field[3]) * 60U + fromBcd(field[4]);
+    return (mjd - kEpochMjd) * kSecondsOfDay + second;
 }
 
 }  // namespace si

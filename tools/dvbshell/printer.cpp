@@ -2,7 +2,6 @@
 #include "printer.h"
 
 #include <algorithm>
-#include <ctime>
 
 #include "hex.h"
 #include "si/ait.h"
@@ -22,19 +21,17 @@ const char* updateName(int update) {
     return update == 0 ? "" : ", changed";
 }
 
-std::string clockText(std::time_t time, const char* format) {
-    tm utc{};
-    gmtime_r(&time, &utc);
-    char text[64];
-    const std::size_t length = std::strftime(text, sizeof text, format, &utc);
-    return {text, length};
+/// "09:00"
+std::string minuteText(si::UtcSeconds time) {
+    return si::clockText(time).substr(0, 5);
 }
 
 std::string eventTime(const si::Eit::Event& event) {
     if (!event.start) {
         return "time undefined";
     }
-    return clockText(*event.start, "%Y-%m-%d %H:%M") + clockText(*event.start + event.durationSeconds, "-%H:%M UTC");
+    return si::dateText(*event.start) + " " + minuteText(*event.start) + "-" +
+           minuteText(*event.start + event.durationSeconds) + " UTC";
 }
 
 std::string aitHead(const si::Ait& ait) {

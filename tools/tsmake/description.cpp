@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <ctime>
 
 #include "json_reader.h"
 #include "si/section.h"
@@ -93,14 +94,19 @@ std::optional<std::uint8_t> tagOf(JsonReader& in, std::optional<std::uint8_t> ot
     return value->is_null() ? std::nullopt : std::optional(in.numberOf<std::uint8_t>("tag"));
 }
 
-std::time_t timeOf(JsonReader& in, const std::string& key) {
+si::UtcSeconds timeOf(JsonReader& in, const std::string& key) {
     const std::string text = in.text(key, "2026-01-01T00:00:00Z");
     std::tm parts{};
     const char* const end = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts);
     if (end == nullptr || *end != '\0') {
         in.fail(key, "\"" + text + "\" is not a time like 2026-01-01T09:00:00Z");
     }
-    return timegm(&parts);
+    const si::UtcSeconds day =
+        si::utcSeconds(std::int64_t{1900} + parts.tm_year, static_cast<unsigned int>(parts.tm_mon + 1), parts.tm_mday);
+    if (si::mjdOf(day) < 0 || si::mjdOf(day) > 0xFFFF) {
+        in.fail(key, "tables have dates from 1858-11-17 to 2038-04-22");
+    }
+    return day + parts.tm_hour * 3600 + parts.tm_min * 60 + parts.tm_sec;
 }
 
 /// Each state begins later than the one before.

@@ -2,10 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <ctime>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "si/calendar.h"
 
 namespace tsmake {
 
@@ -122,7 +123,7 @@ struct Multiplex {
     std::uint16_t transportStreamId = 0;
     std::string networkName;
     std::string provider;
-    std::time_t start = 0;       ///< UTC of the first packet
+    si::UtcSeconds start = 0;    ///< of the first packet
     std::string deliverySystem;  ///< the NIT's descriptor, tag and length included
     std::vector<Service> services;
     std::vector<OtherStream> otherStreams;

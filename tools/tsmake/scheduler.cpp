@@ -185,7 +185,7 @@ public:
             addPrivateSections(service);
         });
         add(0x0014, 1000, [this](std::uint64_t ticks) {
-            return sectionUnit(tdtSection(multiplex, static_cast<std::time_t>(ticks / kTicks)));
+            return sectionUnit(tdtSection(multiplex, static_cast<std::int64_t>(ticks / kTicks)));
         });
     }
 

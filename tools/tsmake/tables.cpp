@@ -21,15 +21,19 @@ unsigned int bcd(unsigned int value) {
 }
 
 /// Hours, minutes and seconds as six BCD digits.
-void writeClock(SectionWriter& writer, std::time_t seconds) {
-    const auto time = static_cast<unsigned int>(seconds % 86400);
+void writeClock(SectionWriter& writer, std::int64_t seconds) {
+    const auto time = static_cast<unsigned int>(si::secondOfDay(seconds));
     writer.u8(bcd(time / 3600)).u8(bcd(time / 60 % 60)).u8(bcd(time % 60));
 }
 
-/// Modified Julian Date and UTC (EN 300 468, Annex C).
-void writeTime(SectionWriter& writer, std::time_t time) {
-    constexpr std::time_t kEpochMjd = 40587;
-    writer.u16(static_cast<unsigned int>(time / 86400 + kEpochMjd));
+/// Modified Julian Date and UTC (EN 300 468, Annex C); undefined where the date has no 16 bits.
+void writeTime(SectionWriter& writer, si::UtcSeconds time) {
+    const std::int64_t mjd = si::mjdOf(time);
+    if (mjd < 0 || mjd > 0xFFFF) {
+        writer.u16(0xFFFF).u8(0xFF).u8(0xFF).u8(0xFF);
+        return;
+    }
+    writer.u16(static_cast<unsigned int>(mjd));
     writeClock(writer, time);
 }
 
@@ -195,7 +199,7 @@ Section eitSection(const Multiplex& multiplex, const Service& service, bool foll
     if (number >= service.events.size()) {
         return writer.finish();
     }
-    std::time_t start = multiplex.start;
+    si::UtcSeconds start = multiplex.start;
     for (std::size_t earlier = 0; earlier < number; ++earlier) {
         start += service.events[earlier].duration;
     }
@@ -240,7 +244,7 @@ Section privateSection(const PrivateSections& sections, std::uint32_t number) {
     return writer.u32(number).text(std::string(sections.size - kFrame, kFiller)).finish();
 }
 
-Section tdtSection(const Multiplex& multiplex, std::time_t secondsIn) {
+Section tdtSection(const Multiplex& multiplex, std::int64_t secondsIn) {
     // A short form: neither version nor CRC_32.
     SectionWriter writer(0x70, 0, 0);
     writeTime(writer, multiplex.start + secondsIn);

@@ -24,6 +24,6 @@ Section streamEventSection(const Service& service, std::size_t number);
 /// The private section of that number: version_number, table_id_extension and the first four bytes count.
 Section privateSection(const PrivateSections& sections, std::uint32_t number);
 /// The time `secondsIn` after the start.
-Section tdtSection(const Multiplex& multiplex, std::time_t secondsIn);
+Section tdtSection(const Multiplex& multiplex, std::int64_t secondsIn);
 
 }  // namespace tsmake

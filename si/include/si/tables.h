@@ -3,11 +3,11 @@
 // section is taken whole or not at all.
 #pragma once
 
-#include <ctime>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "si/calendar.h"
 #include "si/section.h"
 
 namespace si {
@@ -67,7 +67,7 @@ struct Sdt {
 struct Eit {
     struct Event {
         std::uint16_t eventId = 0;
-        std::optional<std::time_t> start;  ///< UTC; absent when undefined
+        std::optional<UtcSeconds> start;  ///< absent when undefined
         std::uint32_t durationSeconds = 0;
         std::uint8_t runningStatus = 0;
         std::string language;  ///< ISO 639-2, of the first short event descriptor

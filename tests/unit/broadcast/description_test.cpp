@@ -149,6 +149,8 @@ TEST(ADescription, OfAnEitHasTimesAndTexts) {
 TEST(ADescription, OfATdtAndATotIsTheTime) {
     EXPECT_THAT(fields(describeSection(tsmake::tdtSection(kSample, 61))),
                 ElementsAre("table_id=0x70", "UTC_time=2026-01-01T09:01:01Z"));
+    EXPECT_EQ(value(describeSection(bytesOfHex("707005 ffaf010203")), "UTC_time"), "2038-02-01T01:02:03Z");
+    EXPECT_EQ(value(describeSection(bytesOfHex("707005 0000000000")), "UTC_time"), "1858-11-17T00:00:00Z");
     // 45:00 on 13 October 1993, the example of the standard's annex; a local_time_offset for Germany, +01:00.
     std::vector<std::uint8_t> tot = bytesOfHex("73701ac079124500f00f580d4445550201 00d8a2010000 0200");
     tot[2] = static_cast<std::uint8_t>(tot.size() + 4 - 3);

@@ -108,6 +108,57 @@ TEST(AnEit, GivesTimesInUtcAndTextsInUtf8) {
     expectNothingBrokenIsTaken(tsmake::eitSection(kSample, kSample.services[1], false), si::parseEit);
 }
 
+namespace {
+
+/// The start of an event with those five bytes.
+std::optional<si::UtcSeconds> startOf(const std::string& field) {
+    tsmake::SectionWriter writer(0x4E, 1, 0);
+    writer.u16(1).u16(1).u8(0).u8(0x4E).u16(1).text(field).u8(0).u8(0).u8(0).open12().close();
+    std::string error;
+    const std::optional<si::Eit> eit = si::parseEit(writer.finish(), error);
+    EXPECT_TRUE(eit) << error;
+    return eit ? eit->events.at(0).start : std::nullopt;
+}
+
+}  // namespace
+
+TEST(AnEit, HasDatesOfAllOfItsSixteenBits) {
+    EXPECT_EQ(startOf(std::string("\x00\x00\x00\x00\x00", 5)), -3506716800);
+    EXPECT_EQ(startOf(std::string("\x3B\x70\x00\x00\x00", 5)), -2192054400) << "before 1901";
+    EXPECT_EQ(startOf("\xFF\xAF\x01\x02\x03"), 2148598923) << "2038-02-01";
+    EXPECT_EQ(startOf(std::string("\xFF\xFF\x00\x00\x00", 5)), 2155507200);
+    EXPECT_EQ(startOf("\xFF\xFF\xFF\xFF\xFF"), std::nullopt);
+}
+
+TEST(ACalendar, KnowsEveryDate) {
+    const std::pair<si::UtcSeconds, const char*> dates[] = {
+        {-3506716800, "1858-11-17"}, {-2203891200, "1900-03-01"}, {-1, "1969-12-31"},
+        {0, "1970-01-01"},           {951782400, "2000-02-29"},   {2148595200, "2038-02-01"},
+        {2155507200, "2038-04-22"},  {4107456000, "2100-02-28"},  {4107542400, "2100-03-01"},
+        {4133894400, "2100-12-31"},  {13574563200, "2400-02-29"}, {13574649600, "2400-03-01"}};
+    for (const auto& [time, text] : dates) {
+        EXPECT_EQ(si::dateText(time), text);
+    }
+    EXPECT_EQ(si::clockText(-1), "23:59:59");
+    EXPECT_EQ(si::clockText(2148598923), "01:02:03");
+    EXPECT_EQ(si::utcSeconds(2100, 3, 1), 4107542400);
+    EXPECT_EQ(si::utcSeconds(1858, 11, 17), -3506716800);
+    EXPECT_EQ(si::utcSeconds(2026, 2, 29), si::utcSeconds(2026, 3, 1));
+}
+
+TEST(ACalendar, GivesBackTheDayOfEveryDate) {
+    constexpr std::int64_t kLast = 200000;
+    for (std::int64_t mjd = 0; mjd < kLast; ++mjd) {
+        const si::UtcSeconds time = (mjd - si::kEpochMjd) * si::kSecondsOfDay;
+        const std::string text = si::dateText(time);
+        ASSERT_EQ(si::mjdOf(time + si::kSecondsOfDay - 1), mjd);
+        ASSERT_EQ(si::utcSeconds(std::stoi(text.substr(0, 4)), static_cast<unsigned int>(std::stoi(text.substr(5, 2))),
+                                 std::stoi(text.substr(8))),
+                  time)
+            << text;
+    }
+}
+
 TEST(AnAit, GivesItsApplicationsWithTheirUrls) {
     std::string error;
     const auto ait = si::parseAit(tsmake::aitSection(kSample.services[0]), error);

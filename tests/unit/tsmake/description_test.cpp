@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "scheduler.h"
+#include "tables.h"
 
 namespace {
 
@@ -71,6 +72,19 @@ TEST(ADescription, GivesPidsToWhatHasNone) {
     EXPECT_EQ(multiplex->services[2].components[0].pid, 0x301);
 }
 
+TEST(ADescription, MayStartInAnyYearThatTablesHave) {
+    for (const auto& [text, seconds] : {std::pair("1900-12-31T00:00:00Z", std::int64_t{-2177539200}),
+                                        std::pair("2038-02-01T01:02:03Z", std::int64_t{2148598923})}) {
+        std::string error;
+        const std::optional<Multiplex> multiplex = tsmake::parseDescription(
+            R"({"originalNetworkId": 1, "transportStreamId": 1, "start": ")" + std::string(text) + "\"}", error);
+        ASSERT_TRUE(multiplex) << error;
+        EXPECT_EQ(multiplex->start, seconds);
+        const tsmake::Section tdt = tsmake::tdtSection(*multiplex, 0);
+        EXPECT_EQ((tdt[3] << 8) + tdt[4], si::mjdOf(seconds));
+    }
+}
+
 TEST(ADescription, IsRefusedWithThePlaceOfTheMistake) {
     EXPECT_THAT(errorOf("{\n  \"services\": [\n"), testing::HasSubstr("parse error at line 3, column 1"));
     EXPECT_EQ(errorOf("[]"), "the description: an object is needed");
@@ -81,6 +95,8 @@ TEST(ADescription, IsRefusedWithThePlaceOfTheMistake) {
               "servces: is no known key");
     EXPECT_EQ(errorOf(R"({"originalNetworkId": 1, "transportStreamId": 1, "start": "today"})"),
               "start: \"today\" is not a time like 2026-01-01T09:00:00Z");
+    EXPECT_EQ(errorOf(R"({"originalNetworkId": 1, "transportStreamId": 1, "start": "2100-01-01T00:00:00Z"})"),
+              "start: tables have dates from 1858-11-17 to 2038-04-22");
     EXPECT_EQ(errorOf(R"({"originalNetworkId": 1, "transportStreamId": 1, "deliverySystem": "4405"})"),
               "deliverySystem: \"4405\" is not a descriptor in hexadecimal digits");
     EXPECT_EQ(errorOf(R"({"originalNetworkId": 1, "transportStreamId": 1, "services": {}})"),
