@@ -98,7 +98,11 @@ struct Service {
     std::uint16_t pmtPid = 0;
 
     /// The timeline's value in the packet with that PCR (27 MHz). It began with the broadcast.
-    std::uint64_t mediaTimestampAt(std::uint64_t pcr) const { return pcr * timescale / 27000000; }
+    std::uint64_t mediaTimestampAt(std::uint64_t pcr) const {
+        // Whole seconds and the rest apart: a product of all of it has more than 64 bits.
+        constexpr std::uint64_t kTicks = 27000000;
+        return pcr / kTicks * timescale + pcr % kTicks * timescale / kTicks;
+    }
     /// The first component carries the PCR.
     std::uint16_t pcrPid() const { return components.empty() ? 0x1FFF : components.front().pid; }
 };

@@ -191,7 +191,7 @@ public:
 
     void run(unsigned int seconds, const PacketSink& sink) {
         for (std::uint64_t slot = 0;; ++slot) {
-            const std::uint64_t ticks = slot * kPacketBits * kTicks / multiplex.bitRate;
+            const std::uint64_t ticks = packetTicks(slot, multiplex.bitRate);
             if (ticks >= seconds * kTicks) {
                 break;
             }
@@ -348,6 +348,12 @@ private:
 };
 
 }  // namespace
+
+std::uint64_t packetTicks(std::uint64_t number, std::uint64_t bitRate) {
+    // Whole seconds and the rest apart: a product of all of it has more than 64 bits.
+    const std::uint64_t bits = number * kPacketBits;
+    return bits / bitRate * kTicks + bits % bitRate * kTicks / bitRate;
+}
 
 void writeMultiplex(const Multiplex& multiplex, unsigned int seconds, const PacketSink& sink) {
     Scheduler(multiplex).run(seconds, sink);

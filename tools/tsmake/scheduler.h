@@ -12,6 +12,9 @@ namespace tsmake {
 
 using PacketSink = std::function<void(const std::uint8_t* packet)>;
 
+/// When the packet of that number begins, the first at 0, in ticks of 27 MHz.
+std::uint64_t packetTicks(std::uint64_t number, std::uint64_t bitRate);
+
 /// Hands `seconds` of the multiplex to the sink. The same multiplex gives the same bytes.
 void writeMultiplex(const Multiplex& multiplex, unsigned int seconds, const PacketSink& sink);
 
