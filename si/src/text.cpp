@@ -4,7 +4,9 @@
 #include <bitstream/dvb/si.h>
 #include <iconv.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <string>
 #include <vector>
 
 #include "text_conversion.h"
@@ -15,6 +17,11 @@ namespace {
 
 constexpr const char* kDefaultTable = "ISO6937";
 constexpr const char* kReplacement = "\xEF\xBF\xBD";
+
+/// Bytes to go on by behind what cannot be converted: a byte of a wide unit alone would misalign all that follow.
+std::size_t unitSize(const std::string& encoding) {
+    return encoding.rfind("UTF-16", 0) == 0 || encoding.rfind("UCS-2", 0) == 0 ? 2 : 1;
+}
 
 /// Converts what can be converted; a unit that cannot be becomes a replacement character.
 std::string convert(const char* encoding, Bytes text) {
@@ -33,8 +40,9 @@ std::string convert(const char* encoding, Bytes text) {
         result.append(buffer, sizeof buffer - room);
         if (converted == static_cast<std::size_t>(-1) && errno != E2BIG) {
             result += kReplacement;
-            ++in;
-            --left;
+            const std::size_t skipped = std::min(left, unitSize(encoding));
+            in += skipped;
+            left -= skipped;
         }
     }
     iconv_close(converter);

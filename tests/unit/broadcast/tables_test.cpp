@@ -208,6 +208,27 @@ TEST(AText, LosesItsEmphasisMarksAndKeepsItsLineBreaksAsBlanks) {
               "ab c");
 }
 
+TEST(AText, OfSixteenBitUnitsLosesNothingBesideOneThatCannotBeRead) {
+    const std::string replacement = "\xEF\xBF\xBD";
+    EXPECT_EQ(utf8(std::string("\x11\x00"
+                               "a\xDC\x00\x00"
+                               "b\x00"
+                               "c",
+                               9)),
+              "a" + replacement + "bc")
+        << "half of a pair";
+    EXPECT_EQ(utf8(std::string("\x14\xD8\x00\x00"
+                               "b",
+                               5)),
+              replacement + "b");
+    EXPECT_EQ(utf8(std::string("\x11\x00"
+                               "a\x00",
+                               4)),
+              "a" + replacement)
+        << "half of a unit";
+    EXPECT_EQ(utf8("\x11\xD8"), replacement);
+}
+
 TEST(AText, ThatCannotBeReadLosesNothingBesideIt) {
     EXPECT_EQ(utf8("\x15"
                    "a\xFF"
