@@ -6,12 +6,11 @@
 
 namespace velmora::msgqueue {
 
-inline constexpr std::int64_t kReadersPatience = 200;
-/// A reader that is not run while it has the lock is back within this time even on a busy machine.
-inline constexpr std::int64_t kWritersPatience = 50;
+/// In milliseconds. A holder that is merely not run for a while is back within this time even on a busy machine.
+inline constexpr std::int64_t kPatience = 200;
 
-/// Of this thread, in milliseconds.
-inline thread_local std::int64_t lockPatience = kReadersPatience;
+/// Of this thread.
+inline thread_local std::int64_t lockPatience = kPatience;
 
 }  // namespace velmora::msgqueue
 

@@ -119,7 +119,7 @@ public:
     explicit Patience(std::int64_t milliseconds) { lockPatience = milliseconds; }
     Patience(const Patience&) = delete;
     Patience& operator=(const Patience&) = delete;
-    ~Patience() { lockPatience = kReadersPatience; }
+    ~Patience() { lockPatience = kPatience; }
 };
 
 }  // namespace
@@ -201,7 +201,7 @@ bool IPCMessageQueue::TrySend(const IPCMessage& message) {
     }
     // Sections come in hundreds a second: waiting for each would hold up everything else that the writer does.
     constexpr std::int64_t kNone = 0;
-    const Patience patience(state->isStalled ? kNone : kWritersPatience);
+    const Patience patience(state->isStalled ? kNone : kPatience);
     try {
         const bool sent = state->queue.try_send(bytes.data(), length, kPriority);
         state->isStalled = false;
