@@ -37,19 +37,31 @@ void describeLoop(std::uint8_t* loop, Node& node) {
 
 using Section = std::vector<std::uint8_t>;
 
-/// The section's bytes when they are good and `fits` says that the fields do; else empty, with the reason.
-template <typename Fits>
-Section readable(Bytes section, const Node& node, std::size_t shortest, Fits fits, std::string& error) {
+/// The section's bytes when they are good and `fits` says that the lengths do; else empty, with the reason.
+Section readable(Bytes section, const Node& node, bool (*fits)(const Section&), std::string& error) {
     Section bytes = checkedSection(section, node.name.c_str(), error);
-    if (!bytes.empty() && (bytes.size() < shortest || !fits(bytes.data()))) {
+    if (!bytes.empty() && !fits(bytes)) {
         error = node.name + " section: fields do not fit";
         bytes.clear();
     }
     return bytes;
 }
 
+/// Entries with a loop of descriptors; what does not fit at the end is added as "unreadable".
+template <typename Get, typename Describe>
+void describeEntries(Section& section, std::size_t header, Get get, Node& node, Describe describe) {
+    const Bytes rest = forEachEntryWithLoop(section, header, get, describe);
+    if (rest.size != 0) {
+        node.add("unreadable").bytes("bytes", rest);
+    }
+}
+
+bool patFits(const Section& section) {
+    return pat_validate(section.data());
+}
+
 bool describePat(Bytes section, Node& node, std::string& error) {
-    Section bytes = readable(section, node, PAT_HEADER_SIZE + PSI_CRC_SIZE, pat_validate, error);
+    Section bytes = readable(section, node, patFits, error);
     if (bytes.empty()) {
         return false;
     }
@@ -66,7 +78,7 @@ bool describePat(Bytes section, Node& node, std::string& error) {
 }
 
 bool describeCat(Bytes section, Node& node, std::string& error) {
-    Section bytes = readable(section, node, CAT_HEADER_SIZE + PSI_CRC_SIZE, cat_validate, error);
+    Section bytes = readable(section, node, catFits, error);
     if (bytes.empty()) {
         return false;
     }
@@ -76,7 +88,7 @@ bool describeCat(Bytes section, Node& node, std::string& error) {
 }
 
 bool describePmt(Bytes section, Node& node, std::string& error) {
-    Section bytes = readable(section, node, PMT_HEADER_SIZE + PSI_CRC_SIZE, pmt_validate, error);
+    Section bytes = readable(section, node, pmtFits, error);
     if (bytes.empty()) {
         return false;
     }
@@ -86,55 +98,52 @@ bool describePmt(Bytes section, Node& node, std::string& error) {
     describeLoop(pmt_get_descs(bytes.data()), node);
     const std::optional<Pmt> pmt = parsePmt(section, error);
     std::size_t stream = 0;
-    forEachEntry([&bytes](std::uint8_t index) { return pmt_get_es(bytes.data(), index); },
-                 [&](std::uint8_t* entry) {
-                     Node& added = node.add("stream");
-                     added.hex("stream_type", pmtn_get_streamtype(entry), 2);
-                     added.number("elementary_PID", pmtn_get_pid(entry));
-                     if (pmt && stream < pmt->streams.size()) {
-                         added.text("carries", streamName(pmt->streams[stream++]));
-                     }
-                     describeLoop(pmtn_get_descs(entry), added);
-                 });
+    describeEntries(bytes, PMT_ES_SIZE, pmt_get_es, node, [&](std::uint8_t* entry) {
+        Node& added = node.add("stream");
+        added.hex("stream_type", pmtn_get_streamtype(entry), 2);
+        added.number("elementary_PID", pmtn_get_pid(entry));
+        if (pmt && stream < pmt->streams.size()) {
+            added.text("carries", streamName(pmt->streams[stream++]));
+        }
+        describeLoop(pmtn_get_descs(entry), added);
+    });
     return true;
 }
 
 bool describeNit(Bytes section, Node& node, std::string& error) {
-    Section bytes = readable(section, node, NIT_HEADER_SIZE + NIT_HEADER2_SIZE + PSI_CRC_SIZE, nit_validate, error);
+    Section bytes = readable(section, node, nitFits, error);
     if (bytes.empty()) {
         return false;
     }
     node.number("network_id", psi_get_tableidext(bytes.data()));
     describeHeader(bytes.data(), node);
     describeLoop(nit_get_descs(bytes.data()), node);
-    forEachEntry([&bytes](std::uint8_t index) { return nit_get_ts(bytes.data(), index); },
-                 [&node](std::uint8_t* entry) {
-                     Node& added = node.add("transport_stream");
-                     added.number("transport_stream_id", nitn_get_tsid(entry));
-                     added.number("original_network_id", nitn_get_onid(entry));
-                     describeLoop(nitn_get_descs(entry), added);
-                 });
+    describeEntries(bytes, NIT_TS_SIZE, nit_get_ts, node, [&node](std::uint8_t* entry) {
+        Node& added = node.add("transport_stream");
+        added.number("transport_stream_id", nitn_get_tsid(entry));
+        added.number("original_network_id", nitn_get_onid(entry));
+        describeLoop(nitn_get_descs(entry), added);
+    });
     return true;
 }
 
 bool describeSdt(Bytes section, Node& node, std::string& error) {
-    Section bytes = readable(section, node, SDT_HEADER_SIZE + PSI_CRC_SIZE, sdt_validate, error);
+    Section bytes = readable(section, node, sdtFits, error);
     if (bytes.empty()) {
         return false;
     }
     node.number("transport_stream_id", psi_get_tableidext(bytes.data()));
     node.number("original_network_id", sdt_get_onid(bytes.data()));
     describeHeader(bytes.data(), node);
-    forEachEntry([&bytes](std::uint8_t index) { return sdt_get_service(bytes.data(), index); },
-                 [&node](std::uint8_t* entry) {
-                     Node& added = node.add("service");
-                     added.number("service_id", sdtn_get_sid(entry));
-                     added.number("EIT_schedule", sdtn_get_eitschedule(entry) ? 1 : 0);
-                     added.number("EIT_present_following", sdtn_get_eitpresent(entry) ? 1 : 0);
-                     added.number("running_status", sdtn_get_running(entry));
-                     added.number("free_CA_mode", sdtn_get_ca(entry) ? 1 : 0);
-                     describeLoop(sdtn_get_descs(entry), added);
-                 });
+    describeEntries(bytes, SDT_SERVICE_SIZE, sdt_get_service, node, [&node](std::uint8_t* entry) {
+        Node& added = node.add("service");
+        added.number("service_id", sdtn_get_sid(entry));
+        added.number("EIT_schedule", sdtn_get_eitschedule(entry) ? 1 : 0);
+        added.number("EIT_present_following", sdtn_get_eitpresent(entry) ? 1 : 0);
+        added.number("running_status", sdtn_get_running(entry));
+        added.number("free_CA_mode", sdtn_get_ca(entry) ? 1 : 0);
+        describeLoop(sdtn_get_descs(entry), added);
+    });
     return true;
 }
 
@@ -152,7 +161,7 @@ void describeEvent(std::uint8_t* entry, Node& added) {
 }
 
 bool describeEit(Bytes section, Node& node, std::string& error) {
-    Section bytes = readable(section, node, EIT_HEADER_SIZE + PSI_CRC_SIZE, eit_validate, error);
+    Section bytes = readable(section, node, eitFits, error);
     if (bytes.empty()) {
         return false;
     }
@@ -160,8 +169,8 @@ bool describeEit(Bytes section, Node& node, std::string& error) {
     node.number("transport_stream_id", eit_get_tsid(bytes.data()));
     node.number("original_network_id", eit_get_onid(bytes.data()));
     describeHeader(bytes.data(), node);
-    forEachEntry([&bytes](std::uint8_t index) { return eit_get_event(bytes.data(), index); },
-                 [&node](std::uint8_t* entry) { describeEvent(entry, node.add("event")); });
+    describeEntries(bytes, EIT_EVENT_SIZE, eit_get_event, node,
+                    [&node](std::uint8_t* entry) { describeEvent(entry, node.add("event")); });
     return true;
 }
 

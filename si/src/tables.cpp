@@ -88,7 +88,7 @@ std::optional<Pmt> parsePmt(Bytes section, std::string& error) {
     if (bytes.empty()) {
         return std::nullopt;
     }
-    if (bytes.size() < PMT_HEADER_SIZE + PSI_CRC_SIZE || !pmt_validate(bytes.data())) {
+    if (!pmtFits(bytes)) {
         error = "PMT section: fields do not fit";
         return std::nullopt;
     }
@@ -97,12 +97,10 @@ std::optional<Pmt> parsePmt(Bytes section, std::string& error) {
     pmt.version = psi_get_version(bytes.data());
     pmt.pcrPid = pmt_get_pcrpid(bytes.data());
     pmt.descriptors = descriptorsOf(pmt_get_descs(bytes.data()) + DESCS_HEADER_SIZE, pmt_get_desclength(bytes.data()));
-    forEachEntry([&bytes](std::uint8_t index) { return pmt_get_es(bytes.data(), index); },
-                 [&](std::uint8_t* stream) {
-                     pmt.streams.push_back(
-                         {pmtn_get_streamtype(stream), pmtn_get_pid(stream),
-                          descriptorsOf(pmtn_get_descs(stream) + DESCS_HEADER_SIZE, pmtn_get_desclength(stream))});
-                 });
+    forEachEntryWithLoop(bytes, PMT_ES_SIZE, pmt_get_es, [&](std::uint8_t* stream) {
+        pmt.streams.push_back({pmtn_get_streamtype(stream), pmtn_get_pid(stream),
+                               descriptorsOf(pmtn_get_descs(stream) + DESCS_HEADER_SIZE, pmtn_get_desclength(stream))});
+    });
     return pmt;
 }
 
@@ -111,19 +109,18 @@ std::optional<Nit> parseNit(Bytes section, std::string& error) {
     if (bytes.empty()) {
         return std::nullopt;
     }
-    if (bytes.size() < NIT_HEADER_SIZE + NIT_HEADER2_SIZE + PSI_CRC_SIZE || !nit_validate(bytes.data())) {
+    if (!nitFits(bytes)) {
         error = "NIT section: fields do not fit";
         return std::nullopt;
     }
     Nit nit;
     nit.networkId = nit_get_nid(bytes.data());
     nit.descriptors = descriptorsOf(nit_get_descs(bytes.data()) + DESCS_HEADER_SIZE, nit_get_desclength(bytes.data()));
-    forEachEntry([&bytes](std::uint8_t index) { return nit_get_ts(bytes.data(), index); },
-                 [&nit](std::uint8_t* stream) {
-                     nit.transportStreams.push_back(
-                         {nitn_get_tsid(stream), nitn_get_onid(stream),
-                          descriptorsOf(nitn_get_descs(stream) + DESCS_HEADER_SIZE, nitn_get_desclength(stream))});
-                 });
+    forEachEntryWithLoop(bytes, NIT_TS_SIZE, nit_get_ts, [&nit](std::uint8_t* stream) {
+        nit.transportStreams.push_back(
+            {nitn_get_tsid(stream), nitn_get_onid(stream),
+             descriptorsOf(nitn_get_descs(stream) + DESCS_HEADER_SIZE, nitn_get_desclength(stream))});
+    });
     return nit;
 }
 
@@ -132,7 +129,7 @@ std::optional<Sdt> parseSdt(Bytes section, std::string& error) {
     if (bytes.empty()) {
         return std::nullopt;
     }
-    if (bytes.size() < SDT_HEADER_SIZE + PSI_CRC_SIZE || !sdt_validate(bytes.data())) {
+    if (!sdtFits(bytes)) {
         error = "SDT section: fields do not fit";
         return std::nullopt;
     }
@@ -143,14 +140,12 @@ std::optional<Sdt> parseSdt(Bytes section, std::string& error) {
     sdt.version = psi_get_version(bytes.data());
     sdt.sectionNumber = psi_get_section(bytes.data());
     sdt.lastSectionNumber = psi_get_lastsection(bytes.data());
-    forEachEntry([&bytes](std::uint8_t index) { return sdt_get_service(bytes.data(), index); },
-                 [&](std::uint8_t* entry) {
-                     Sdt::Service service;
-                     service.serviceId = sdtn_get_sid(entry);
-                     readService(descriptorsOf(sdtn_get_descs(entry) + DESCS_HEADER_SIZE, sdtn_get_desclength(entry)),
-                                 service);
-                     sdt.services.push_back(service);
-                 });
+    forEachEntryWithLoop(bytes, SDT_SERVICE_SIZE, sdt_get_service, [&](std::uint8_t* entry) {
+        Sdt::Service service;
+        service.serviceId = sdtn_get_sid(entry);
+        readService(descriptorsOf(sdtn_get_descs(entry) + DESCS_HEADER_SIZE, sdtn_get_desclength(entry)), service);
+        sdt.services.push_back(service);
+    });
     return sdt;
 }
 
@@ -159,7 +154,7 @@ std::optional<Eit> parseEit(Bytes section, std::string& error) {
     if (bytes.empty()) {
         return std::nullopt;
     }
-    if (bytes.size() < EIT_HEADER_SIZE + PSI_CRC_SIZE || !eit_validate(bytes.data())) {
+    if (!eitFits(bytes)) {
         error = "EIT section: fields do not fit";
         return std::nullopt;
     }
@@ -170,20 +165,18 @@ std::optional<Eit> parseEit(Bytes section, std::string& error) {
     eit.originalNetworkId = eit_get_onid(bytes.data());
     eit.version = psi_get_version(bytes.data());
     eit.sectionNumber = psi_get_section(bytes.data());
-    forEachEntry([&bytes](std::uint8_t index) { return eit_get_event(bytes.data(), index); },
-                 [&](std::uint8_t* entry) {
-                     constexpr std::size_t kStartAt = 2;
-                     constexpr std::size_t kDurationAt = 7;
-                     Eit::Event event;
-                     event.eventId = eitn_get_event_id(entry);
-                     event.start = startTime(entry + kStartAt);
-                     event.durationSeconds = fromBcd(entry[kDurationAt]) * 3600U +
-                                             fromBcd(entry[kDurationAt + 1]) * 60U + fromBcd(entry[kDurationAt + 2]);
-                     event.runningStatus = eitn_get_running(entry);
-                     readShortEvent(
-                         descriptorsOf(eitn_get_descs(entry) + DESCS_HEADER_SIZE, eitn_get_desclength(entry)), event);
-                     eit.events.push_back(event);
-                 });
+    forEachEntryWithLoop(bytes, EIT_EVENT_SIZE, eit_get_event, [&](std::uint8_t* entry) {
+        constexpr std::size_t kStartAt = 2;
+        constexpr std::size_t kDurationAt = 7;
+        Eit::Event event;
+        event.eventId = eitn_get_event_id(entry);
+        event.start = startTime(entry + kStartAt);
+        event.durationSeconds = fromBcd(entry[kDurationAt]) * 3600U + fromBcd(entry[kDurationAt + 1]) * 60U +
+                                fromBcd(entry[kDurationAt + 2]);
+        event.runningStatus = eitn_get_running(entry);
+        readShortEvent(descriptorsOf(eitn_get_descs(entry) + DESCS_HEADER_SIZE, eitn_get_desclength(entry)), event);
+        eit.events.push_back(event);
+    });
     return eit;
 }
 

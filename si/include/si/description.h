@@ -31,7 +31,8 @@ struct Node {
 };
 
 /// The tree of a section: PAT, CAT, PMT, NIT, SDT, EIT, TDT, TOT, AIT, DSM-CC messages and stream
-/// descriptors. Of another table, or one that cannot be read: "section" with its table_id and bytes.
+/// descriptors. What does not fit at the end of a loop is "unreadable" there. Of another table, or one that cannot
+/// be read at all: "section" with its table_id and bytes.
 Node describeSection(Bytes section);
 
 /// Adds a node for each descriptor of a loop of PSI or SI (ISO/IEC 13818-1, clause 2.6; EN 300 468, clause 6):

@@ -259,6 +259,23 @@ TEST(ADescription, OfAStreamEventHasItsIdAndPrivateData) {
     EXPECT_THAT(fields(node.nodes[1]), ElementsAre("tag=0x80", "length=1", "bytes=ff"));
 }
 
+TEST(ADescription, OfATableWithAWrongLengthHasWhatIsBesideIt) {
+    tsmake::SectionWriter writer(0x42, 1025, 0);
+    writer.u16(8468).u8(0xFF);
+    writer.u16(1).u8(0xFC).open12().openDescriptor(0x52).u8(7).close().text("\x48\x05\x01").close();
+    writer.u16(2).u8(0xFC).open12().openDescriptor(0x52).u8(8).close().close();
+    writer.u16(3).u8(0xFC).u16(0xF002).u8(0x52);
+    const Node sdt = describeSection(writer.finish());
+    EXPECT_EQ(value(sdt, "original_network_id"), "8468");
+    ASSERT_EQ(sdt.nodes.size(), 3U);
+    ASSERT_EQ(sdt.nodes[0].nodes.size(), 2U);
+    EXPECT_EQ(sdt.nodes[0].nodes[1].name, "unreadable");
+    EXPECT_EQ(value(sdt.nodes[0].nodes[1], "bytes"), "480501");
+    EXPECT_EQ(value(sdt.nodes[1].nodes.at(0), "tag"), "0x52");
+    EXPECT_EQ(sdt.nodes[2].name, "unreadable");
+    EXPECT_EQ(value(sdt.nodes[2], "bytes"), "0003fcf00252");
+}
+
 TEST(ADescription, OfAPrivateDescriptorGoesByTheSpecifierBeforeIt) {
     const Node known = nitWith(bytesOfHex("5f04 00000028 8304 6dca fc01"));
     ASSERT_EQ(known.nodes.size(), 2U);

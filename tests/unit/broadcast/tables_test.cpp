@@ -78,6 +78,121 @@ TEST(APmt, WithAnAitOfAnotherTypeOrNoneSignalsNoHbbTv) {
     EXPECT_THAT(si::hbbtvAitPids(pmt), testing::ElementsAre(303));
 }
 
+namespace {
+
+/// A loop with that descriptor, and one that says it is longer than the loop.
+void writeLoopWithWrongLength(tsmake::SectionWriter& writer, std::uint8_t tag, const std::string& contents) {
+    writer.open12().openDescriptor(tag).text(contents).close().text("\x52\xFF\x01").close();
+}
+
+void writeService(tsmake::SectionWriter& writer, unsigned int id, const std::string& name) {
+    writer.u16(id).u8(0xFC).open12().openDescriptor(0x48).u8(1).lengthText("").lengthText(name).close().close();
+}
+
+}  // namespace
+
+TEST(APmt, WithADescriptorThatDoesNotFitKeepsWhatIsBesideIt) {
+    tsmake::SectionWriter writer(0x02, 7, 0);
+    writer.u16(0xE101);
+    writeLoopWithWrongLength(writer, 0x0C, "abcd");
+    writer.u8(0x1B).u16(0xE101);
+    writeLoopWithWrongLength(writer, 0x52, "\x05");
+    writer.u8(0x03).u16(0xE102).open12().openDescriptor(0x0A).text("deu").u8(0).close().close();
+    std::string error;
+    const auto pmt = si::parsePmt(writer.finish(), error);
+    ASSERT_TRUE(pmt) << error;
+    EXPECT_EQ(pmt->pcrPid, 0x101);
+    ASSERT_EQ(pmt->descriptors.size(), 1U);
+    EXPECT_EQ(pmt->descriptors[0].tag, 0x0C);
+    ASSERT_EQ(pmt->streams.size(), 2U);
+    EXPECT_EQ(pmt->streams[0].descriptors.size(), 1U);
+    EXPECT_EQ(si::componentTag(pmt->streams[0]), 5);
+    EXPECT_EQ(si::language(pmt->streams[1]), "deu");
+}
+
+TEST(ANit, WithADescriptorThatDoesNotFitKeepsWhatIsBesideIt) {
+    tsmake::SectionWriter writer(0x40, 9, 0);
+    writeLoopWithWrongLength(writer, 0x40, "Net");
+    writer.open12().u16(1).u16(2);
+    writeLoopWithWrongLength(writer, 0x44, "cable");
+    writer.u16(3).u16(4).open12().openDescriptor(0x44).text("other").close().close().close();
+    std::string error;
+    const auto nit = si::parseNit(writer.finish(), error);
+    ASSERT_TRUE(nit) << error;
+    EXPECT_EQ(nit->networkId, 9);
+    EXPECT_EQ(nit->descriptors.size(), 1U);
+    ASSERT_EQ(nit->transportStreams.size(), 2U);
+    EXPECT_EQ(nit->transportStreams[0].descriptors.at(0).tag, 0x44);
+    EXPECT_EQ(nit->transportStreams[0].descriptors.size(), 1U);
+    EXPECT_EQ(nit->transportStreams[1].transportStreamId, 3);
+    EXPECT_EQ(nit->transportStreams[1].descriptors.size(), 1U);
+}
+
+TEST(AnSdt, WithADescriptorThatDoesNotFitKeepsWhatIsBesideIt) {
+    tsmake::SectionWriter writer(0x42, 1025, 0);
+    writer.u16(8468).u8(0xFF);
+    writeService(writer, 1, "One");
+    writer.u16(2).u8(0xFC);
+    writeLoopWithWrongLength(writer, 0x5D, "");
+    writeService(writer, 3, "Three");
+    std::string error;
+    const auto sdt = si::parseSdt(writer.finish(), error);
+    ASSERT_TRUE(sdt) << error;
+    EXPECT_EQ(sdt->originalNetworkId, 8468);
+    ASSERT_EQ(sdt->services.size(), 3U);
+    EXPECT_EQ(sdt->services[0].name, "One");
+    EXPECT_EQ(sdt->services[1].serviceId, 2);
+    EXPECT_EQ(sdt->services[1].name, "");
+    EXPECT_EQ(sdt->services[2].name, "Three");
+}
+
+TEST(AnSdt, WithAServiceThatDoesNotFitKeepsThoseBeforeIt) {
+    tsmake::SectionWriter writer(0x42, 1025, 0);
+    writer.u16(8468).u8(0xFF);
+    writeService(writer, 1, "One");
+    writer.u16(2).u8(0xFC).u16(0xF003).u16(0x4800);
+    std::string error;
+    const auto sdt = si::parseSdt(writer.finish(), error);
+    ASSERT_TRUE(sdt) << error;
+    EXPECT_EQ(sdt->originalNetworkId, 8468);
+    ASSERT_EQ(sdt->services.size(), 1U);
+    EXPECT_EQ(sdt->services[0].name, "One");
+}
+
+TEST(AnEit, WithADescriptorThatDoesNotFitKeepsWhatIsBesideIt) {
+    tsmake::SectionWriter writer(0x4E, 1, 0);
+    writer.u16(2).u16(3).u8(0).u8(0x4E);
+    writer.u16(10).text(std::string(8, '\xFF'));
+    writeLoopWithWrongLength(writer, 0x4D,
+                             std::string("deu\x03"
+                                         "Now\x00",
+                                         8));
+    writer.u16(11).text(std::string(8, '\xFF')).open12();
+    writer.openDescriptor(0x4D).text("deu").lengthText("Next").lengthText("").close().close();
+    std::string error;
+    const auto eit = si::parseEit(writer.finish(), error);
+    ASSERT_TRUE(eit) << error;
+    ASSERT_EQ(eit->events.size(), 2U);
+    EXPECT_EQ(eit->events[0].name, "Now");
+    EXPECT_EQ(eit->events[1].name, "Next");
+}
+
+TEST(ATable, WhoseLoopBeforeTheEntriesDoesNotFitIsRefused) {
+    std::string error;
+    tsmake::Section pmt = tsmake::pmtSection(kSample.services[0]);
+    pmt[10] |= 0x0FU;
+    EXPECT_FALSE(si::parsePmt(withCrc(pmt), error));
+    EXPECT_EQ(error, "PMT section: fields do not fit");
+    tsmake::Section nit = tsmake::nitSection(kSample);
+    nit[8] |= 0x0FU;
+    EXPECT_FALSE(si::parseNit(withCrc(nit), error));
+    EXPECT_EQ(error, "NIT section: fields do not fit");
+    nit = tsmake::nitSection(kSample);
+    const std::size_t streamsAt = 10 + std::size_t{nit[9]};
+    --nit[streamsAt + 1];
+    EXPECT_FALSE(si::parseNit(withCrc(nit), error)) << "something is behind the streams";
+}
+
 TEST(AnSdt, NamesItsServicesInUtf8) {
     std::string error;
     const auto sdt = si::parseSdt(tsmake::sdtSection(kSample), error);
