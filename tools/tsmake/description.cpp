@@ -106,7 +106,7 @@ si::UtcSeconds timeOf(JsonReader& in, const std::string& key) {
     if (si::mjdOf(day) < 0 || si::mjdOf(day) > 0xFFFF) {
         in.fail(key, "tables have dates from 1858-11-17 to 2038-04-22");
     }
-    return day + parts.tm_hour * 3600 + parts.tm_min * 60 + parts.tm_sec;
+    return day + std::int64_t{3600} * parts.tm_hour + std::int64_t{60} * parts.tm_min + parts.tm_sec;
 }
 
 /// Each state begins later than the one before.
