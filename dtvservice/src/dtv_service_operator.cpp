@@ -112,7 +112,7 @@ int DtvService::cmdCaDrmRequestDisconnect(frame::MsgIds& ids, const frame::Trans
     return 0;
 }
 
-/// The operator answers for the module. Without a module the answer is OIPF's "unknown DRM system", and where the
+/// The operator answers for the module. Without a module the answer is "unknown DRM system", and where the
 /// operator answers none of too many, "cannot process request".
 int DtvService::cmdSendDrmMessage(frame::MsgIds& ids, const frame::TransportInfo&, unsigned long long session,
                                   unsigned short caSystemId, unsigned short, const std::string& type,
