@@ -50,9 +50,10 @@ protected:
         const lo::browserdvbservice::TuneInfoChannel channel = channelOf(wanted);
         const std::string pmt = shownValue(asText(tsmake::pmtSection(wanted)));
         return eventually([&] {
-            sends(&lo::browserdvbservice::ServiceInterface::cmdTuneToService, channel);
-            return heard("onPmtDataChange(1, 1025, " + std::to_string(wanted.serviceId) + ", 0, " + pmt + ")");
-        }) && answersWhatWasAsked();
+                   sends(&lo::browserdvbservice::ServiceInterface::cmdTuneToService, channel);
+                   return heard("onPmtDataChange(1, 1025, " + std::to_string(wanted.serviceId) + ", 0, " + pmt + ")");
+               }) &&
+               answersWhatWasAsked();
     }
     /// Waits for an event by its text.
     testing::AssertionResult hears(const std::string& text) {
