@@ -256,13 +256,17 @@ TEST(ASectionQueue, OfAKilledProcessIsRemovedWhenTheNextIsMade) {
     const pid_t child = fork();
     if (child == 0) {
         IPCMessageQueue::create(queueName("killed"), kMessageSize, kMessages);
-        raise(SIGKILL);
+        raise(SIGSTOP);
+        pause();
     }
-    waitpid(child, nullptr, 0);
+    waitpid(child, nullptr, WUNTRACED);
     char name[64];
     std::snprintf(name, sizeof name, "SECTION-%08X-killed", static_cast<unsigned int>(child));
+    // Looked at while its creator lives: from its end on, anybody who makes a queue removes this one.
     const std::unique_ptr<IPCMessageQueue> before(IPCMessageQueue::open(name));
     EXPECT_TRUE(before);
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
     const std::unique_ptr<IPCMessageQueue> next(IPCMessageQueue::create(queueName("next"), kMessageSize, kMessages));
     EXPECT_EQ(IPCMessageQueue::open(name), nullptr);
 }
