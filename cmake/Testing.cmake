@@ -14,7 +14,7 @@ function(dtv_add_test name)
   add_executable(${name} ${TEST_SOURCES})
   target_link_libraries(${name} PRIVATE dtv_warnings GTest::gmock GTest::gtest_main ${TEST_LIBRARIES})
   if(NOT TEST_TIMEOUT)
-    set(TEST_TIMEOUT 120)
+    set(TEST_TIMEOUT 300)
   endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
     PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}")
