@@ -1,8 +1,7 @@
 // Pacer: says when each packet is due, so that a file plays as fast as it was broadcast.
 //
 //  1. The first PID that carries a PCR sets the pace. Packets between two of its PCRs are due with the one before.
-//  Where
-//     it carries none for about a second's worth of packets, the next PID that does takes its place.
+//     Where it has none for about a second's worth of packets, the next PID that has one takes its place.
 //  2. A PCR that goes back, or on by more than a second, begins a new time base at the moment that it comes.
 //  3. Where no PCR comes for about a second's worth of packets, packets are due at kDefaultBitRate.
 //
