@@ -8,6 +8,7 @@
 #include "message_transfer.h"
 #include "ovx/guard.h"
 #include "ovx/log.h"
+#include "service_presence.h"
 
 namespace lo::browserdvbservice {
 
@@ -21,11 +22,13 @@ constexpr int kClientNotFound = -2;
 Proxy::Proxy() : frame::AbstractMarshallingImpl(frame::CouplingModeClient) {
     BLOG_PLAIN(blog::kOrdinary, "Called.\n");
     setServiceName(kServiceName);
+    ServicePresence::begin(*this);
 }
 
 Proxy::~Proxy() {
     BLOG_PLAIN(blog::kOrdinary, "Called.\n");
     unregisterInterface(static_cast<ServiceInterface*>(this));
+    ServicePresence::end(*this);
 }
 
 int Proxy::performSetupDone() {

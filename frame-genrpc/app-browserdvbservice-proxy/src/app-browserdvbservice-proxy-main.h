@@ -1,6 +1,8 @@
 // Proxy: the browser's end of the interface. Turns each command into one message to the DTV service, and each event
 // message into a call of every registered client.
-// Threads: commands from any thread; events on the transport thread.   Blocks: never.
+//
+// Threads: commands from any thread; events on the transport thread.
+// Blocks:  the destructor, up to a second, while commands are under way. Everything else: never.
 // Locks:   the component mutex guards clients; no client is called while it is held.
 // Fails:   commands with the transport's result; -17 and -2 of the client registry.
 #pragma once
@@ -17,7 +19,7 @@ namespace lo::browserdvbservice {
 class Proxy : public frame::AbstractMarshallingImpl, public ServiceInterface {
 public:
     Proxy();
-    /// Withdraws the interface and lets go of every client.
+    /// Withdraws the interface, waits for commands under way, and lets go of every client.
     ~Proxy() override;
 
     /// Publishes the ServiceInterface under kInterfaceName; adapters find it from then on.

@@ -24,7 +24,8 @@ using OpappInstallStatusField = Enumerated<OpappInstallStatus>;
 }  // namespace wire
 
 // A nested record in memory, and its conversion structure. The structure is plain packed data and frees nothing by
-// itself: whoever filled it calls release(). Assigning again frees what it held.
+// itself: whoever filled it calls release(). Assigning again frees what it held, and filling that fails half-way frees
+// what it had filled.
 #define NESTED(Record, fields)                                                   \
     struct Record {                                                              \
         FIELDS_MEMORY(fields)                                                    \
@@ -56,7 +57,14 @@ using OpappInstallStatusField = Enumerated<OpappInstallStatus>;
                                                                                  \
     private:                                                                     \
         void clear() { std::memset(static_cast<void*>(this), 0, sizeof *this); } \
-        void fill(const Record& value) { FIELDS_FROM_MEMORY(fields) }            \
+        void fill(const Record& value) {                                         \
+            try {                                                                \
+                FIELDS_FROM_MEMORY(fields)                                       \
+            } catch (...) {                                                      \
+                release();                                                       \
+                throw;                                                           \
+            }                                                                    \
+        }                                                                        \
     };
 #include "browserdvbservice_messages.inc"
 

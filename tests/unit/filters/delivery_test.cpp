@@ -150,35 +150,6 @@ TEST_F(ADelivery, OutlivesItsObjectAndTouchesItNoMore) {
     EXPECT_EQ(client.sections().size(), 1U);
 }
 
-TEST(ADeliveryGate, IsClosedToTheThreadOnceItsObjectGoes) {
-    velmora::dvbservice::DeliveryGate gate;
-    EXPECT_TRUE(velmora::dvbservice::DeliveryGate::Pass(gate));
-    EXPECT_TRUE(gate.close(std::chrono::milliseconds(0)));
-    EXPECT_FALSE(velmora::dvbservice::DeliveryGate::Pass(gate));
-}
-
-TEST(ADeliveryGate, WaitsForTheDeliveryUnderWayAndNoLongerThanItMay) {
-    velmora::dvbservice::DeliveryGate gate;
-    std::promise<void> entered;
-    std::promise<void> leave;
-    std::thread delivery([&] {
-        const velmora::dvbservice::DeliveryGate::Pass pass(gate);
-        entered.set_value();
-        leave.get_future().wait();
-    });
-    entered.get_future().wait();
-    EXPECT_FALSE(gate.close(std::chrono::milliseconds(1)));
-    leave.set_value();
-    EXPECT_TRUE(gate.close(std::chrono::seconds(20)));
-    delivery.join();
-}
-
-TEST(ADeliveryGate, DoesNotWaitForItsOwnThread) {
-    velmora::dvbservice::DeliveryGate gate;
-    const velmora::dvbservice::DeliveryGate::Pass pass(gate);
-    EXPECT_TRUE(gate.close(std::chrono::seconds(20)));
-}
-
 TEST_F(ADelivery, ReleasesItsCreatorWhenThereIsNoMemoryForIt) {
     failingAllocations = true;
     const bool hasQueue = service->createIPCChannelForSectionData();
@@ -187,6 +158,24 @@ TEST_F(ADelivery, ReleasesItsCreatorWhenThereIsNoMemoryForIt) {
     ASSERT_EQ(messagesOf("thread_proc_section_data").size(), 1U);
     EXPECT_THAT(messagesOf("thread_proc_section_data")[0], testing::StartsWith("Error Allocate memory: "));
     EXPECT_TRUE(recording::sent().empty()) << "the DTV service is not told of the queue";
+}
+
+TEST_F(ADelivery, DropsASectionThatDoesNotFitTheBuffer) {
+    openFilter("a");
+    std::vector<std::uint8_t> bytes(velmora::msgqueue::SectionDataIPCMessage::kBufferSize);
+    velmora::msgqueue::SectionDataIPCMessage message;
+    message.sessionName = "a";
+    message.data = bytes.data();
+    message.dataLength = 8192;
+    BrowserDVBServiceTestAccess::deliver(*service, message);
+    EXPECT_EQ(client.sections().size(), 1U);
+    message.dataLength = 8193;
+    BrowserDVBServiceTestAccess::deliver(*service, message);
+    message.data = nullptr;
+    EXPECT_EQ(client.sections().size(), 1U);
+    EXPECT_THAT(recording::logOf("thread_proc_section_data").back(),
+                logged::tagged(kFailure, kTag, kFile, "thread_proc_section_data",
+                               "Section of 8193 bytes does not fit the buffer of 8192: a\n"));
 }
 
 TEST_F(ADelivery, RefusesAThreadWithoutItsObject) {

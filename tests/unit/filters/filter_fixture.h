@@ -18,6 +18,9 @@ struct BrowserDVBServiceTestAccess {
         const std::lock_guard<std::mutex> lock(service.handshakeLock);
         return service.filterResults.size();
     }
+    static void deliver(BrowserDVBService& service, const velmora::msgqueue::SectionDataIPCMessage& message) {
+        service.deliverSection(message);
+    }
     static std::string queueName(BrowserDVBService& service) { return "SECTION-" + service.sessionName; }
 };
 

@@ -10,15 +10,20 @@
 
 #include <pthread.h>
 
+#include <atomic>
 #include <boost/shared_ptr.hpp>
-#include <condition_variable>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
 #include "idtv_unknown.h"
+
+namespace lo::browserdvbservice {
+class Occupancy;
+}
 
 namespace velmora::dvbservice {
 
@@ -40,7 +45,8 @@ public:
     BrowserAITCatcher& operator=(const BrowserAITCatcher&) = delete;
 
     static BrowserAITCatcher* GetInstance();
-    /// The one catcher of the process. Destroyed at process exit.
+    /// The one catcher of the process. Destroyed at process exit, unless a thread is inside of one of its operations.
+    /// Operations that a thread begins when it is destroyed do nothing: -1, 0 for a replay.
     static BrowserAITCatcher* getInstance();
 
     /// Says which channel the AIT sections that follow belong to. 0. Nothing stored is dropped.
@@ -61,9 +67,11 @@ public:
 private:
     friend struct BrowserAITCatcherTestAccess;
 
-    static void destroyUnlessReplaying(BrowserAITCatcher* catcher);
-    bool isReplaying() const;
-    void noteWorker(int change);
+    struct One;
+    static std::atomic<const One*> theOne;
+
+    static void destroyUnlessOccupied(BrowserAITCatcher* catcher);
+    lo::browserdvbservice::Occupancy& occupancyHere() const;
     bool createWorker(const pthread_attr_t* attributes);
     bool store(const std::string& ccid, const std::vector<std::uint8_t>& section);
 
@@ -73,8 +81,7 @@ private:
     std::string requestedCCId;                                         // guarded by stateLock
     pthread_mutex_t mutex;
     std::mutex stateLock;
-    int workers = 0;  // replays under way; guarded by stateLock
-    std::condition_variable replayEnded;
+    const std::shared_ptr<lo::browserdvbservice::Occupancy> occupancy;  // replays are workers
 };
 
 }  // namespace velmora::dvbservice

@@ -2,16 +2,21 @@
 #include "browser_AIT_catcher.h"
 
 #include <chrono>
+#include <locale>
 #include <sstream>
 
 #include "browser_AIT_storage.h"
 #include "browser_log.h"
+#include "cut_to_16_bits.h"
 #include "dvbaitsection_apis.h"
+#include "occupancy.h"
 #include "ovx/guard.h"
 #include "ovx/osal_thread.h"
 #include "singleton.h"
 
 namespace velmora::dvbservice {
+
+using lo::browserdvbservice::Occupancy;
 
 namespace {
 
@@ -19,9 +24,6 @@ constexpr const char* kBlogTag = kTagBrowser;
 constexpr std::size_t kShortestSection = 8;
 constexpr std::size_t kKeyPieces = 3;
 constexpr std::chrono::seconds kLongestReplay{1};
-
-/// Whether this thread is a replay's worker.
-thread_local bool insideWorker = false;
 
 /// The pieces between the colons, empty ones included, but not an empty one behind the last colon.
 std::vector<std::string> splitKey(const std::string& ccid) {
@@ -33,56 +35,67 @@ std::vector<std::string> splitKey(const std::string& ccid) {
     return pieces;
 }
 
-std::uint16_t narrow(int number) {
-    return static_cast<std::uint16_t>(number);
-}
-
 }  // namespace
 
-BrowserAITCatcher::BrowserAITCatcher() {
+/// The process's catcher with who is inside of it. Never destroyed: threads may ask when the catcher is gone.
+struct BrowserAITCatcher::One {
+    const BrowserAITCatcher* catcher;
+    std::shared_ptr<Occupancy> occupancy;
+};
+
+std::atomic<const BrowserAITCatcher::One*> BrowserAITCatcher::theOne{nullptr};
+
+BrowserAITCatcher::BrowserAITCatcher() : occupancy(std::make_shared<Occupancy>()) {
     pthread_mutex_init(&mutex, nullptr);
 }
 
 /// Replays are not joined, but none may outlive the catcher.
 BrowserAITCatcher::~BrowserAITCatcher() {
-    std::unique_lock<std::mutex> lock(stateLock);
-    replayEnded.wait(lock, [this] { return !isReplaying(); });
-    lock.unlock();
+    while (!occupancy->close(kLongestReplay)) {
+    }
     pthread_mutex_destroy(&mutex);
 }
 
-/// A replay that ends the process from inside its client's call does not wait for itself.
-bool BrowserAITCatcher::isReplaying() const {
-    return workers > (insideWorker ? 1 : 0);
-}
-
-/// At process exit. A replay may be held up for good, by a client that ends the process or waits for the thread that
-/// does: then the catcher stays.
-void BrowserAITCatcher::destroyUnlessReplaying(BrowserAITCatcher* catcher) {
-    std::unique_lock<std::mutex> lock(catcher->stateLock);
-    if (catcher->replayEnded.wait_for(lock, kLongestReplay, [catcher] { return !catcher->isReplaying(); })) {
-        lock.unlock();
+/// At process exit. Somebody inside keeps the catcher from being destroyed, but not the process from ending.
+void BrowserAITCatcher::destroyUnlessOccupied(BrowserAITCatcher* catcher) {
+    if (catcher->occupancy->close(kLongestReplay)) {
         delete catcher;
     }
 }
 
+Occupancy& BrowserAITCatcher::occupancyHere() const {
+    const One* const one = theOne.load(std::memory_order_acquire);
+    return one != nullptr && one->catcher == this ? *one->occupancy : *occupancy;
+}
+
 BrowserAITCatcher* BrowserAITCatcher::GetInstance() {
-    return base::Singleton<BrowserAITCatcher>::get();
+    BrowserAITCatcher* const catcher = base::Singleton<BrowserAITCatcher>::get();
+    static const One* const one = new One{catcher, catcher->occupancy};
+    theOne.store(one, std::memory_order_release);
+    return catcher;
 }
 
 BrowserAITCatcher* BrowserAITCatcher::getInstance() {
-    static const boost::shared_ptr<BrowserAITCatcher> instance(GetInstance(), &destroyUnlessReplaying);
-    return instance.get();
+    static BrowserAITCatcher* const catcher = [] {
+        static const boost::shared_ptr<BrowserAITCatcher> instance(GetInstance(), &destroyUnlessOccupied);
+        return instance.get();
+    }();
+    return catcher;
 }
 
 std::string BrowserAITCatcher::convertToCCId(std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId) {
     std::ostringstream key;
+    key.imbue(std::locale::classic());  // a key that is read back has no digit grouping
     key << onId << ":" << tsId << ":" << sId;
     return key.str();
 }
 
 int BrowserAITCatcher::updateCurrentChannelInfo(std::uint16_t first, std::uint16_t onId, std::uint16_t tsId,
                                                 std::uint16_t sId) {
+    const Occupancy::Stay stay(occupancyHere(), Occupancy::As::caller);
+    if (!stay) {
+        return -1;
+    }
     BLOG_TAGGED(blog::kOrdinary, "Broadcast Channel switch In.\n");
     const boost::shared_ptr<ChannelInfo> reported(new ChannelInfo{first, onId, tsId, sId});
     const std::lock_guard<std::mutex> lock(stateLock);
@@ -113,6 +126,10 @@ bool BrowserAITCatcher::store(const std::string& ccid, const std::vector<std::ui
 }
 
 int BrowserAITCatcher::updateAIT(std::string section) {
+    const Occupancy::Stay stay(occupancyHere(), Occupancy::As::caller);
+    if (!stay) {
+        return -1;
+    }
     BLOG_TAGGED(blog::kOrdinary, "section length:%d.\n\n", static_cast<int>(section.size()));
     if (section.size() < kShortestSection) {
         BLOG_TAGGED(blog::kFailure, "Invalid AIT Section length %d\n", static_cast<int>(section.size()));
@@ -132,6 +149,10 @@ int BrowserAITCatcher::updateAIT(std::string section) {
 }
 
 int BrowserAITCatcher::getCurrentChannelAIT(std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId) {
+    const Occupancy::Stay stay(occupancyHere(), Occupancy::As::caller);
+    if (!stay) {
+        return 0;
+    }
     {
         const std::lock_guard<std::mutex> lock(stateLock);
         requestedCCId = convertToCCId(onId, tsId, sId);
@@ -157,34 +178,27 @@ void BrowserAITCatcher::thread_proc_AITData() {
 }
 
 bool BrowserAITCatcher::createWorker(const pthread_attr_t* attributes) {
-    noteWorker(1);
+    occupancy->reserve();
     pthread_t worker{};
     if (_ovxOsalPOSIX_pthread_create_line(&worker, attributes, &BrowserAITCatcher::AITDataHandler, this, __FILE__,
                                           __LINE__) == 0) {
         return true;
     }
-    noteWorker(-1);
+    occupancy->giveBack();
     return false;
-}
-
-/// Told under the lock: afterwards the catcher may be gone.
-void BrowserAITCatcher::noteWorker(int change) {
-    const std::lock_guard<std::mutex> lock(stateLock);
-    workers += change;
-    replayEnded.notify_all();
 }
 
 /// The channel is read when the worker runs: of two quick requests both may replay the later channel.
 void* BrowserAITCatcher::AITDataHandler(void* catcher) {
     auto* const self = static_cast<BrowserAITCatcher*>(catcher);
-    insideWorker = true;
+    const std::shared_ptr<Occupancy> occupancy = self->occupancy;
+    const Occupancy::Stay stay = occupancy->reserved();
     std::string ccid;
     {
         const std::lock_guard<std::mutex> lock(self->stateLock);
         ccid = self->requestedCCId;
     }
     self->getAITDataAsyc(ccid);
-    self->noteWorker(-1);
     return nullptr;
 }
 
@@ -232,7 +246,7 @@ void BrowserAITCatcher::sendAITData(std::string ccid, const std::vector<std::uin
     const int tsId = std::stoi(pieces[1]);
     const int sId = std::stoi(pieces[2]);
     BLOG_TAGGED(blog::kOrdinary, "ccId:%s,onId:%d,tsId:%d,sId:%d\n", ccid.c_str(), onId, tsId, sId);
-    api->notifyCurrentChannelAIT(narrow(onId), narrow(tsId), narrow(sId), section);
+    api->notifyCurrentChannelAIT(cutTo16Bits(onId), cutTo16Bits(tsId), cutTo16Bits(sId), section);
 }
 
 }  // namespace velmora::dvbservice

@@ -37,105 +37,110 @@ std::string BrowserDvbAPI::name() {
 }
 
 int BrowserDvbAPI::getCurrentChannelInfo(int& onid, int& tsid, int& sid) {
-    return BrowserDVBService::getInstance()->getCurrentChannelInfo(onid, tsid, sid);
+    return BrowserDVBService::visit([&](auto& service) { return service.getCurrentChannelInfo(onid, tsid, sid); });
 }
 
 std::string BrowserDvbAPI::getCurrentCCID() {
-    return BrowserDVBService::getInstance()->getCurrentCCID();
+    return BrowserDVBService::visit([&](auto& service) { return service.getCurrentCCID(); });
 }
 
 std::string BrowserDvbAPI::getCurrentDsd() {
-    return BrowserDVBService::getInstance()->getCurrentDsd();
+    return BrowserDVBService::visit([&](auto& service) { return service.getCurrentDsd(); });
 }
 
 // The status counts failures: 1 says that the application failed to start, 0 that it started.
 int BrowserDvbAPI::sendApplicationStartedFailed() {
-    return BrowserDVBService::getInstance()->sendApplicationStartStatus(lo::browserdvbservice::ApplicationStartFailed);
+    return BrowserDVBService::visit([&](auto& service) {
+        return service.sendApplicationStartStatus(lo::browserdvbservice::ApplicationStartFailed);
+    });
 }
 
 int BrowserDvbAPI::sendApplicationStartedSucceeded() {
-    return BrowserDVBService::getInstance()->sendApplicationStartStatus(lo::browserdvbservice::ApplicationStarted);
+    return BrowserDVBService::visit(
+        [&](auto& service) { return service.sendApplicationStartStatus(lo::browserdvbservice::ApplicationStarted); });
 }
 
 void BrowserDvbAPI::triggerAitRestart() {
-    BrowserDVBService::getInstance()->triggerAitRestart();
+    BrowserDVBService::visit([&](auto& service) { return service.triggerAitRestart(); });
 }
 
 void BrowserDvbAPI::tuneToService(int idType, int onid, int tsid, int sid, int flags) {
     TRACE_SCOPE();
-    BrowserDVBService::getInstance()->tuneToService(idType, onid, tsid, sid, flags);
+    BrowserDVBService::visit([&](auto& service) { return service.tuneToService(idType, onid, tsid, sid, flags); });
 }
 
 void BrowserDvbAPI::tuneToService(const std::string& dsd, int sid, int flags) {
     TRACE_SCOPE();
-    BrowserDVBService::getInstance()->tuneToService(dsd, sid, flags);
+    BrowserDVBService::visit([&](auto& service) { return service.tuneToService(dsd, sid, flags); });
 }
 
 void BrowserDvbAPI::tuneToComponent(int first, int second, int third) {
     TRACE_SCOPE();
-    BrowserDVBService::getInstance()->tuneToComponent(first, second, third);
+    BrowserDVBService::visit([&](auto& service) { return service.tuneToComponent(first, second, third); });
 }
 
 void BrowserDvbAPI::selectComponent(int type) {
-    BrowserDVBService::getInstance()->selectComponent(type);
+    BrowserDVBService::visit([&](auto& service) { return service.selectComponent(type); });
 }
 
 void BrowserDvbAPI::unselectComponent(int type) {
     TRACE_SCOPE();
-    BrowserDVBService::getInstance()->unselectComponent(type);
+    BrowserDVBService::visit([&](auto& service) { return service.unselectComponent(type); });
 }
 
 int BrowserDvbAPI::setAudioSource(std::string source) {
     TRACE_SCOPE();
-    return BrowserDVBService::getInstance()->setAudioSourceSync(source);
+    return BrowserDVBService::visit([&](auto& service) { return service.setAudioSourceSync(source); });
 }
 
 void BrowserDvbAPI::notifyMwhbStart() {
     BLOG_TAGGED(blog::kOrdinary, "called.\n");
-    BrowserDVBService::getInstance()->notifyMwhbStart();
+    BrowserDVBService::visit([&](auto& service) { return service.notifyMwhbStart(); });
 }
 
 int BrowserDvbAPI::sendPtsRequest(std::uint32_t request) {
-    return BrowserDVBService::getInstance()->sendPtsRequest(request);
+    return BrowserDVBService::visit([&](auto& service) { return service.sendPtsRequest(request); });
 }
 
 int BrowserDvbAPI::startTemiTimelineRequest(std::uint32_t first, std::uint32_t second, std::uint32_t third) {
-    return BrowserDVBService::getInstance()->startTemiTimelineRequest(first, second, third);
+    return BrowserDVBService::visit(
+        [&](auto& service) { return service.startTemiTimelineRequest(first, second, third); });
 }
 
 int BrowserDvbAPI::stopTemiTimelineRequest() {
-    return BrowserDVBService::getInstance()->stopTemiTimelineRequest();
+    return BrowserDVBService::visit([&](auto& service) { return service.stopTemiTimelineRequest(); });
 }
 
 int BrowserDvbAPI::startOSDDetection(std::uint32_t layer) {
-    return BrowserDVBService::getInstance()->startOSDDetection(layer);
+    return BrowserDVBService::visit([&](auto& service) { return service.startOSDDetection(layer); });
 }
 
 int BrowserDvbAPI::stopOSDDetection(std::uint32_t layer) {
-    return BrowserDVBService::getInstance()->stopOSDDetection(layer);
+    return BrowserDVBService::visit([&](auto& service) { return service.stopOSDDetection(layer); });
 }
 
 int BrowserDvbAPI::sendDrmMessage(std::uint64_t sessionId, std::uint16_t caSystemId, std::uint16_t second,
                                   const std::string& firstText, const std::string& secondText) {
     BLOG_TAGGED(blog::kOrdinary, "session id = %llu, ca system id = %u\n", static_cast<unsigned long long>(sessionId),
                 static_cast<unsigned int>(caSystemId));
-    return BrowserDVBService::getInstance()->sendDrmMessage(sessionId, caSystemId, second, firstText, secondText);
+    return BrowserDVBService::visit(
+        [&](auto& service) { return service.sendDrmMessage(sessionId, caSystemId, second, firstText, secondText); });
 }
 
 int BrowserDvbAPI::connectCa(std::uint64_t session) {
-    return BrowserDVBService::getInstance()->connectCa(session);
+    return BrowserDVBService::visit([&](auto& service) { return service.connectCa(session); });
 }
 
 int BrowserDvbAPI::disconnectCa(std::uint16_t slot) {
-    return BrowserDVBService::getInstance()->disconnectCa(slot);
+    return BrowserDVBService::visit([&](auto& service) { return service.disconnectCa(slot); });
 }
 
 int BrowserDvbAPI::sendOpAppInstallStatus(int type, int status) {
-    return BrowserDVBService::getInstance()->sendOpAppInstallStatus(type, status);
+    return BrowserDVBService::visit([&](auto& service) { return service.sendOpAppInstallStatus(type, status); });
 }
 
 void BrowserDvbAPI::vbStartDtvInfoRequest() {
-    BrowserDVBService::getInstance()->vbStartDtvInfoRequest();
+    BrowserDVBService::visit([&](auto& service) { return service.vbStartDtvInfoRequest(); });
 }
 
 }  // namespace velmora::dvbservice

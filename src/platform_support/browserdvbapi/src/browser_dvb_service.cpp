@@ -13,21 +13,26 @@ namespace {
 constexpr const char* kBlogTag = kTagService;
 constexpr std::chrono::seconds kLongestDelivery{1};
 
+// The pointer again, for those who come without the lock. It is there before the object is connected, so that whoever
+// is called by the proxy meanwhile need not wait.
+std::atomic<BrowserDVBService*> published{nullptr};
+
 }  // namespace
 
-/// At process exit. A client that does not come back from its section keeps the object from being destroyed, but not
-/// the process from ending.
-void BrowserDVBService::destroyUnlessDelivering(BrowserDVBService* service) {
-    if (service->deliveryGate->close(kLongestDelivery)) {
+const std::shared_ptr<Occupancy>& BrowserDVBService::occupancyOfInstance() {
+    static const auto* const kept = new std::shared_ptr<Occupancy>(std::make_shared<Occupancy>());
+    return *kept;
+}
+
+/// At process exit. Somebody inside keeps the object from being destroyed, but not the process from ending.
+void BrowserDVBService::destroyUnlessOccupied(BrowserDVBService* service) {
+    if (service->occupancy->close(kLongestDelivery)) {
         delete service;
     }
 }
 
 BrowserDVBService* BrowserDVBService::getInstance() {
     static boost::shared_ptr<BrowserDVBService> instance;
-    // The pointer again, for those who come without the lock. It is there before the object is connected, so that
-    // whoever is called by the proxy meanwhile need not wait.
-    static std::atomic<BrowserDVBService*> published{nullptr};
     static std::mutex creationLock;
 
     if (BrowserDVBService* const found = published.load(std::memory_order_acquire)) {
@@ -35,7 +40,7 @@ BrowserDVBService* BrowserDVBService::getInstance() {
     }
     const std::lock_guard<std::mutex> lock(creationLock);
     if (!instance) {
-        instance.reset(new BrowserDVBService, &destroyUnlessDelivering);
+        instance.reset(new BrowserDVBService(occupancyOfInstance()), &destroyUnlessOccupied);
         published.store(instance.get(), std::memory_order_release);
         instance->start();
         instance->TriggerServiceInfoAcquire();
@@ -43,7 +48,7 @@ BrowserDVBService* BrowserDVBService::getInstance() {
     return instance.get();
 }
 
-BrowserDVBService::BrowserDVBService() {
+BrowserDVBService::BrowserDVBService(std::shared_ptr<Occupancy> newOccupancy) : occupancy(std::move(newOccupancy)) {
     frame::Process::getInstance().startAppMembersSync(CreateBrowserDvbServiceProxy);
     BLOG_TAGGED(blog::kAlways, "Creating BrowserDVBService(%p) in %d\n", static_cast<void*>(this), getpid());
     sessionName = generateSessionName();
@@ -52,7 +57,7 @@ BrowserDVBService::BrowserDVBService() {
 }
 
 BrowserDVBService::~BrowserDVBService() {
-    deliveryGate->close(kLongestDelivery);
+    occupancy->close(kLongestDelivery);
     BLOG_TAGGED(blog::kAlways, "Destroy BrowserDVBService(%p) in %d\n", static_cast<void*>(this), getpid());
 }
 
@@ -63,8 +68,7 @@ bool BrowserDVBService::keepRunning() {
 void BrowserDVBService::updateIPCChannelNames() {
     frame::MsgIds ids;
     const frame::TransportInfo transport;
-    getServiceInterface()->cmdUpdateIPCChannelNames(ids, transport, sectionDataChannelName.get(), "",
-                                                    secondChannelName.get());
+    Command(*this)->cmdUpdateIPCChannelNames(ids, transport, sectionDataChannelName.get(), "", secondChannelName.get());
 }
 
 }  // namespace velmora::dvbservice

@@ -16,25 +16,46 @@
 #include <boost/thread/mutex.hpp>
 #include <condition_variable>
 #include <deque>
+#include <memory>
 #include <mutex>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "adapter.h"
-#include "delivery_gate.h"
 #include "dvb_section_interface.h"
 #include "filter_parameter.h"
+#include "occupancy.h"
 #include "snapshot_text.h"
 #include "velmora/msgqueue/ipc_message_queue.h"
 
 namespace velmora::dvbservice {
+
+using lo::browserdvbservice::Occupancy;
 
 class BrowserDVBService : public lo::browserdvbservice::Adapter {
 public:
     /// The one object, made, connected and asked for the current channel on the first call. Never null.
     static BrowserDVBService* getInstance();
 
-    BrowserDVBService();
+    /// Calls `operation` with the one object, which is not destroyed before it is over; its result. A thread that goes
+    /// on while its process exits may find that the object is gone: the result is -1 then, or an empty one.
+    template <typename Operation>
+    static auto visit(Operation operation) {
+        using Result = decltype(operation(std::declval<BrowserDVBService&>()));
+        const Occupancy::Stay stay(*occupancyOfInstance(), Occupancy::As::caller);
+        if (stay) {
+            return operation(*getInstance());
+        }
+        if constexpr (std::is_same_v<Result, int>) {
+            return -1;
+        } else {
+            return Result();
+        }
+    }
+
+    explicit BrowserDVBService(std::shared_ptr<Occupancy> newOccupancy = std::make_shared<Occupancy>());
     ~BrowserDVBService() override;
     BrowserDVBService(const BrowserDVBService&) = delete;
     BrowserDVBService& operator=(const BrowserDVBService&) = delete;
@@ -176,7 +197,9 @@ private:
     static constexpr int kCloseConfirmation = 2;
     static constexpr unsigned int kNoPid = 0xFFFF;
 
-    static void destroyUnlessDelivering(BrowserDVBService* service);
+    /// Who is inside of the one object. Threads may ask when that is gone, so this is never destroyed.
+    static const std::shared_ptr<Occupancy>& occupancyOfInstance();
+    static void destroyUnlessOccupied(BrowserDVBService* service);
     template <typename Send>
     void sendGuarded(const char* function, Send send);
     template <typename Send>
@@ -185,7 +208,7 @@ private:
     bool waitForResult(const char* function, const std::string& sessionName, Matches matches);
     void releaseFilter(const char* function, dtv::SectionFilterClient* client,
                        const boost::shared_ptr<FilterParameter>& filter);
-    static void deliverSections(BrowserDVBService* service, DeliveryGate& gate, msgqueue::IPCMessageQueue& queue,
+    static void deliverSections(BrowserDVBService* service, Occupancy& occupancy, msgqueue::IPCMessageQueue& queue,
                                 msgqueue::SectionDataIPCMessage& message);
     void deliverSection(const msgqueue::SectionDataIPCMessage& message);
 
@@ -217,7 +240,7 @@ private:
     std::condition_variable audioSourceCondition;
     std::mutex audioSourceLock;
 
-    const std::shared_ptr<DeliveryGate> deliveryGate = std::make_shared<DeliveryGate>();
+    const std::shared_ptr<Occupancy> occupancy;  // nobody joins the threads that are inside when the process ends
 };
 
 }  // namespace velmora::dvbservice

@@ -6,6 +6,7 @@
 #include "browser_dvb_apis.h"
 #include "browser_dvb_service.h"
 #include "browser_log.h"
+#include "cut_to_16_bits.h"
 #include "trace_scope.h"
 
 namespace velmora::dvbservice {
@@ -13,10 +14,6 @@ namespace velmora::dvbservice {
 namespace {
 
 constexpr const char* kBlogTag = kTagService;
-
-std::uint16_t cutTo16Bits(const std::atomic<int>& value) {
-    return static_cast<std::uint16_t>(value.load(std::memory_order_relaxed));
-}
 
 }  // namespace
 
@@ -54,6 +51,7 @@ int BrowserDVBService::getCurrentChannelInfo(int& currentOnid, int& currentTsid,
     return 0;
 }
 
+/// Where the process's locale groups digits, so does this text, on purpose: it reads as the process writes its numbers.
 std::string BrowserDVBService::getCurrentCCID() {
     std::string ccid = "ccid:";
     ccid += boost::lexical_cast<std::string>(onid.load(std::memory_order_relaxed));

@@ -43,7 +43,8 @@ template <typename Send>
 int BrowserDVBService::sendUnguarded(Send send) {
     frame::MsgIds ids;
     const frame::TransportInfo transport;
-    return send(*getServiceInterface(), ids, transport);
+    const Command command(*this);
+    return send(*command.get(), ids, transport);
 }
 
 /// For the operations that test the service interface and log a failed send. `send` returns the command's result.
@@ -51,7 +52,8 @@ template <typename Send>
 void BrowserDVBService::sendGuarded(const char* function, Send send) {
     frame::MsgIds ids;
     const frame::TransportInfo transport;
-    ServiceInterface* const service = getServiceInterface();
+    const Command command(*this);
+    ServiceInterface* const service = command.get();
     if (service == nullptr) {
         BLOG_TAGGED_AS(blog::kFailure, function, "Can't get browser dvb service\n");
         return;

@@ -42,7 +42,7 @@ int BrowserDVBService::startSection(dtv::SectionFilterClient* client, const std:
     matchMask.maskBits = filter->mask_bits();
     frame::MsgIds ids;
     const frame::TransportInfo transport;
-    getServiceInterface()->cmdFilterOpen(ids, transport, session, filter->pid(), matchMask);
+    Command(*this)->cmdFilterOpen(ids, transport, session, filter->pid(), matchMask);
     // After a failure record and client stay: only stopSection() takes them away.
     if (!waitForStartSectionResult(pid, session)) {
         return 1;
@@ -73,7 +73,7 @@ int BrowserDVBService::stopSection(dtv::SectionFilterClient* client, const std::
     releaseFilter(__func__, client, filter);
     frame::MsgIds ids;
     const frame::TransportInfo transport;
-    getServiceInterface()->cmdFilterClose(ids, transport, session);
+    Command(*this)->cmdFilterClose(ids, transport, session);
     if (!waitForStopSectionResult(session)) {
         return 1;
     }
@@ -91,7 +91,7 @@ int BrowserDVBService::startPMTRequest(dtv::SectionFilterClient* client, const s
                 static_cast<int>(serviceId), session.c_str());
     frame::MsgIds ids;
     const frame::TransportInfo transport;
-    getServiceInterface()->cmdStartPMTRequest(ids, transport, session, serviceId);
+    Command(*this)->cmdStartPMTRequest(ids, transport, session, serviceId);
     return 0;
 }
 
@@ -116,7 +116,7 @@ int BrowserDVBService::stopPMTRequest(dtv::SectionFilterClient* client, const st
     releaseFilter(__func__, client, filter);
     frame::MsgIds ids;
     const frame::TransportInfo transport;
-    getServiceInterface()->cmdStopPMTRequest(ids, transport, session);
+    Command(*this)->cmdStopPMTRequest(ids, transport, session);
     return 0;
 }
 

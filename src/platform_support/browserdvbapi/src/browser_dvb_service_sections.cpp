@@ -6,6 +6,7 @@
 #include <boost/interprocess/exceptions.hpp>
 #include <memory>
 #include <new>
+#include <optional>
 
 #include "browser_dvb_service.h"
 #include "browser_log.h"
@@ -64,31 +65,33 @@ bool BrowserDVBService::createIPCChannelForSectionData() {
     if (sectionDataQueue.load(std::memory_order_acquire) != nullptr) {
         return true;
     }
-    const ltGuard guard(startLock);
-    if (sectionDataQueue.load(std::memory_order_acquire) != nullptr) {
-        return true;
+    {
+        const ltGuard guard(startLock);
+        if (sectionDataQueue.load(std::memory_order_acquire) != nullptr) {
+            return true;
+        }
+        const std::string name = "SECTION-" + sessionName;
+        sectionDataChannelName.set(name);
+        IPCMessageQueue* const queue = IPCMessageQueue::create(name, kQueueMessageSize, kQueueMessages);
+        if (queue == nullptr) {
+            BLOG_TAGGED(blog::kFailure, "Failed to create IPC message queue[%s] \n\n", name.c_str());
+            return false;
+        }
+        sectionDataQueue.store(queue, std::memory_order_release);
+        pthread_t thread{};
+        _ovxOsalPOSIX_pthread_create_line(&thread, nullptr, &BrowserDVBService::thread_proc_section_data, this,
+                                          __FILE__, __LINE__);
+        BLOG_TAGGED(blog::kOrdinary, "Wait thread_proc_section_data create 0\n\n");
+        pthread_cond_wait(&startCondition, &startLock);
     }
-    const std::string name = "SECTION-" + sessionName;
-    sectionDataChannelName.set(name);
-    IPCMessageQueue* const queue = IPCMessageQueue::create(name, kQueueMessageSize, kQueueMessages);
-    if (queue == nullptr) {
-        BLOG_TAGGED(blog::kFailure, "Failed to create IPC message queue[%s] \n\n", name.c_str());
-        return false;
-    }
-    sectionDataQueue.store(queue, std::memory_order_release);
-    pthread_t thread{};
-    _ovxOsalPOSIX_pthread_create_line(&thread, nullptr, &BrowserDVBService::thread_proc_section_data, this, __FILE__,
-                                      __LINE__);
-    BLOG_TAGGED(blog::kOrdinary, "Wait thread_proc_section_data create 0\n\n");
-    pthread_cond_wait(&startCondition, &startLock);
     BLOG_TAGGED(blog::kOrdinary, "thread_proc_section_data create OK 2\n\n");
     return true;
 }
 
 void* BrowserDVBService::thread_proc_section_data(void* arg) {
     auto* const service = static_cast<BrowserDVBService*>(arg);
-    SectionReceiver receiver;
-    std::shared_ptr<DeliveryGate> gate;
+    std::optional<SectionReceiver> receiver;
+    std::shared_ptr<Occupancy> occupancy;
     IPCMessageQueue* queue = nullptr;
     {
         const ltGuard guard(startLock);
@@ -97,30 +100,32 @@ void* BrowserDVBService::thread_proc_section_data(void* arg) {
             pthread_cond_signal(&startCondition);
             return nullptr;
         }
-        if (!receiver.ready()) {
-            BLOG_TAGGED(blog::kFailure, "Error Allocate memory: %p,%p\n", static_cast<void*>(receiver.message.get()),
-                        static_cast<void*>(receiver.buffer.get()));
+        receiver.emplace();
+        if (!receiver->ready()) {
+            BLOG_TAGGED(blog::kFailure, "Error Allocate memory: %p,%p\n", static_cast<void*>(receiver->message.get()),
+                        static_cast<void*>(receiver->buffer.get()));
+            receiver.reset();
             pthread_cond_signal(&startCondition);
             return nullptr;
         }
         // Once the creator goes on, the process may end and the object with it.
-        gate = service->deliveryGate;
+        occupancy = service->occupancy;
         queue = service->sectionDataQueue.load(std::memory_order_acquire);
         // The DTV service knows the queue before the creator goes on to open a filter.
         service->updateIPCChannelNames();
         pthread_cond_signal(&startCondition);
     }
     BLOG_TAGGED(blog::kOrdinary, "thread_proc_section_data create Signal 1\n\n");
-    deliverSections(service, *gate, *queue, *receiver.message);
+    deliverSections(service, *occupancy, *queue, *receiver->message);
     return nullptr;
 }
 
 /// The thread's loop. A receive error ends it for good: the queue's handle stays set, so no other thread is made. So
-/// does the end of the object, of which nothing is touched outside of a pass through the gate.
-void BrowserDVBService::deliverSections(BrowserDVBService* service, DeliveryGate& gate, IPCMessageQueue& queue,
+/// does the end of the object, of which nothing is touched outside of a stay.
+void BrowserDVBService::deliverSections(BrowserDVBService* service, Occupancy& occupancy, IPCMessageQueue& queue,
                                         SectionDataIPCMessage& message) {
     while (true) {
-        if (const DeliveryGate::Pass pass(gate); !pass || !service->keepRunning()) {
+        if (const Occupancy::Stay stay(occupancy, Occupancy::As::worker); !stay || !service->keepRunning()) {
             orphanedQueue.store(&queue, std::memory_order_relaxed);
             return;
         }
@@ -132,7 +137,7 @@ void BrowserDVBService::deliverSections(BrowserDVBService* service, DeliveryGate
             usleep(kPauseAfterReceiveError);
             return;
         }
-        if (const DeliveryGate::Pass pass(gate); pass) {
+        if (const Occupancy::Stay stay(occupancy, Occupancy::As::worker); stay) {
             service->deliverSection(message);
         }
     }
@@ -140,6 +145,13 @@ void BrowserDVBService::deliverSections(BrowserDVBService* service, DeliveryGate
 
 /// A section of a filter that is closed by now, or was never opened here, is dropped without a word.
 void BrowserDVBService::deliverSection(const SectionDataIPCMessage& message) {
+    // A length above the buffer's says that bytes are missing, or not the section's: a client would read beyond it.
+    if (message.dataLength > SectionDataIPCMessage::kBufferSize) {
+        BLOG_TAGGED_AS(blog::kFailure, "thread_proc_section_data",
+                       "Section of %u bytes does not fit the buffer of %u: %s\n", message.dataLength,
+                       static_cast<unsigned int>(SectionDataIPCMessage::kBufferSize), message.sessionName.c_str());
+        return;
+    }
     const boost::shared_ptr<FilterParameter> filter =
         findFilterParameterBySessionName(std::string(message.sessionName));
     if (!filter) {

@@ -24,24 +24,27 @@ std::string SectionFilterAPI::name() {
 
 int SectionFilterAPI::startPMTRequest(dtv::SectionFilterClient* client, const std::string& sessionName,
                                       unsigned int serviceId) {
-    return BrowserDVBService::getInstance()->startPMTRequest(client, sessionName, serviceId);
+    return BrowserDVBService::visit(
+        [&](auto& service) { return service.startPMTRequest(client, sessionName, serviceId); });
 }
 
 int SectionFilterAPI::stopPMTRequest(dtv::SectionFilterClient* client, const std::string& sessionName) {
-    return BrowserDVBService::getInstance()->stopPMTRequest(client, sessionName);
+    return BrowserDVBService::visit([&](auto& service) { return service.stopPMTRequest(client, sessionName); });
 }
 
 std::string SectionFilterAPI::generateSessionName() {
-    return BrowserDVBService::getInstance()->generateSessionName();
+    return BrowserDVBService::visit([&](auto& service) { return service.generateSessionName(); });
 }
 
 bool SectionFilterAPI::startSection(dtv::SectionFilterClient* client, const std::string& sessionName, unsigned int pid,
                                     const unsigned char* mask, const unsigned char* maskBits, int length) {
-    return BrowserDVBService::getInstance()->startSection(client, sessionName, pid, mask, maskBits, length) == 0;
+    return BrowserDVBService::visit([&](auto& service) {
+               return service.startSection(client, sessionName, pid, mask, maskBits, length);
+           }) == 0;
 }
 
 bool SectionFilterAPI::stopSection(dtv::SectionFilterClient* client, const std::string& sessionName) {
-    return BrowserDVBService::getInstance()->stopSection(client, sessionName) == 0;
+    return BrowserDVBService::visit([&](auto& service) { return service.stopSection(client, sessionName); }) == 0;
 }
 
 }  // namespace velmora::dvbservice

@@ -20,13 +20,13 @@ int Adapter::start() {
         BLOG_PLAIN(blog::kFailure, "Getting browserdvbservice interface failed!\n");
         return -1;
     }
-    auto* const found = static_cast<ServiceInterface*>(interfaceReference->pointer());
+    auto* const found = static_cast<ServiceInterface*>(interfaceReference ? interfaceReference->pointer() : nullptr);
     if (found == nullptr) {
         return -1;
     }
-    serviceInterface.store(found, std::memory_order_release);
+    serviceInterface.store(&ServicePresence::of(*found), std::memory_order_release);
     BLOG_PLAIN(blog::kOrdinary, "called.\n");
-    getServiceInterface()->addClient(shared_from_this());
+    Command(*this)->addClient(shared_from_this());
     BLOG_PLAIN(blog::kOrdinary, "called.\n");
     return 0;
 }
@@ -34,14 +34,22 @@ int Adapter::start() {
 int Adapter::stop() {
     BLOG_PLAIN(blog::kOrdinary, "called.\n");
     if (const boost::shared_ptr<Adapter> self = weak_from_this().lock()) {
-        getServiceInterface()->removeClient(self);
+        Command(*this)->removeClient(self);
     }
     return 0;
 }
 
 ServiceInterface* Adapter::getServiceInterface() const {
-    ServiceInterface* const held = serviceInterface.load(std::memory_order_acquire);
-    return held != nullptr ? held : EmptyServiceInterface::shared();
+    const ServicePresence* const held = serviceInterface.load(std::memory_order_acquire);
+    return held != nullptr && held->isThere() ? &held->interface : EmptyServiceInterface::shared();
+}
+
+Adapter::Command::Command(const Adapter& adapter) {
+    ServicePresence* const held = adapter.serviceInterface.load(std::memory_order_acquire);
+    if (held != nullptr) {
+        stay.emplace(held->occupancy, Occupancy::As::worker);
+    }
+    target = stay && *stay ? &held->interface : EmptyServiceInterface::shared();
 }
 
 #define EVENT(identifier, operation, Message, decoder, fields)                                           \

@@ -1,16 +1,20 @@
 // Adapter: the base of a client of the DTV service. Finds the proxy through the process, registers itself for events,
 // and gives its subclass the commands. A subclass overrides the events that it needs.
-// Threads: events on the transport thread; getServiceInterface() from any.   Blocks: never.
-// Locks:   none; the service interface is set once by start() and read atomically.
+//
+// Threads: events on the transport thread; getServiceInterface() from any.
+// Blocks:  never.
+// Locks:   none; the service interface is set by start() and read atomically.
 // Fails:   -1 from start(); boost::bad_weak_ptr from start() when no shared_ptr owns the object.
 #pragma once
 
 #include <atomic>
 #include <boost/enable_shared_from_this.hpp>
 #include <boost/shared_ptr.hpp>
+#include <optional>
 
 #include "browserdvbservice_interfaces.h"
 #include "frame/process.h"
+#include "service_presence.h"
 
 namespace lo::browserdvbservice {
 
@@ -23,8 +27,21 @@ public:
     int start();
     /// Ends the registration, if the object is still owned. 0.
     int stop();
-    /// Where commands go: the proxy, or before start() has succeeded the null service. Never null.
+    /// Where commands go: the proxy, or the null service before start() has succeeded and when the proxy has gone.
+    /// Never null. The proxy may go at any time; Command holds it.
     ServiceInterface* getServiceInterface() const;
+
+    /// The service interface for the length of one command: the proxy is not destroyed before the command is over.
+    class Command {
+    public:
+        explicit Command(const Adapter& adapter);
+        ServiceInterface* get() const { return target; }
+        ServiceInterface* operator->() const { return target; }
+
+    private:
+        std::optional<Occupancy::Stay> stay;
+        ServiceInterface* target;
+    };
 
 #define EVENT(identifier, operation, Message, decoder, fields) \
     int operation(frame::MsgIds& ids, const frame::TransportInfo& transport FIELDS_PARAMETERS(fields)) override;
@@ -32,7 +49,7 @@ public:
 
 private:
     boost::shared_ptr<frame::Interface> interfaceReference;
-    std::atomic<ServiceInterface*> serviceInterface{nullptr};  // not owned
+    std::atomic<ServicePresence*> serviceInterface{nullptr};  // not owned
 };
 
 }  // namespace lo::browserdvbservice

@@ -1,0 +1,84 @@
+// Counting who is inside of an object, and closing it.
+#include "occupancy.h"
+
+namespace lo::browserdvbservice {
+
+namespace {
+
+/// The stays of this thread, from the latest outwards.
+thread_local Occupancy::Stay* latest = nullptr;
+
+}  // namespace
+
+Occupancy::Stay::Stay(Occupancy& newOccupancy, As newRole)
+    : occupancy(newOccupancy), role(newRole), entered(newOccupancy.enter(newRole)), outer(latest) {
+    latest = this;
+}
+
+Occupancy::Stay::Stay(Occupancy& newOccupancy, Reserved)
+    : occupancy(newOccupancy), role(As::worker), entered(true), outer(latest) {
+    latest = this;
+}
+
+Occupancy::Stay::~Stay() {
+    latest = outer;
+    if (entered) {
+        occupancy.leave(role);
+    }
+}
+
+/// A thread that is inside already keeps the object there, so it may always enter again.
+bool Occupancy::admits(As role, std::uint64_t seen) const {
+    const std::uint64_t refusing = role == As::worker ? kGone | kClosing : kGone;
+    return (seen & refusing) == 0 || isInside();
+}
+
+bool Occupancy::enter(As role) {
+    const std::uint64_t one = role == As::worker ? kWorker : kCaller;
+    std::uint64_t seen = counts.load();
+    do {
+        if (!admits(role, seen)) {
+            return false;
+        }
+    } while (!counts.compare_exchange_weak(seen, seen + one));
+    return true;
+}
+
+void Occupancy::leave(As role) {
+    const std::uint64_t before = counts.fetch_sub(role == As::worker ? kWorker : kCaller);
+    if ((before & kClosing) != 0) {
+        { const std::lock_guard<std::mutex> lock(mutex); }
+        left.notify_all();
+    }
+}
+
+bool Occupancy::isInside() const {
+    for (const Stay* stay = latest; stay != nullptr; stay = stay->outer) {
+        if (&stay->occupancy == this && stay->entered) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// What this thread's stays as a worker count for.
+std::uint64_t Occupancy::ownWorkers() const {
+    std::uint64_t own = 0;
+    for (const Stay* stay = latest; stay != nullptr; stay = stay->outer) {
+        own += &stay->occupancy == this && stay->entered && stay->role == As::worker ? kWorker : 0;
+    }
+    return own;
+}
+
+bool Occupancy::close(std::chrono::milliseconds longest) {
+    counts.fetch_or(kClosing);
+    const std::uint64_t own = ownWorkers();
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        left.wait_for(lock, longest, [&] { return (counts.load() & kWorkers) == own; });
+    }
+    std::uint64_t nobody = counts.load() & ~kEverybody;
+    return counts.compare_exchange_strong(nobody, nobody | kGone);
+}
+
+}  // namespace lo::browserdvbservice

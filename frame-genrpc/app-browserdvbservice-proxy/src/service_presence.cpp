@@ -1,0 +1,53 @@
+// The presences of the process, from the first to the latest.
+#include "service_presence.h"
+
+#include <algorithm>
+#include <deque>
+
+namespace lo::browserdvbservice {
+
+namespace {
+
+/// A command sends and returns, so this is for a platform that is stuck in a send.
+constexpr std::chrono::seconds kLongestCommand{1};
+
+class Presences {
+public:
+    static Presences& instance() {
+        static auto* const presences = new Presences;
+        return *presences;
+    }
+
+    ServicePresence& add(ServiceInterface& interface) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return presences.emplace_back(interface);
+    }
+
+    ServicePresence& latest(ServiceInterface& interface) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        const auto found =
+            std::find_if(presences.rbegin(), presences.rend(),
+                         [&interface](const ServicePresence& known) { return &known.interface == &interface; });
+        return found == presences.rend() ? presences.emplace_back(interface) : *found;
+    }
+
+private:
+    std::mutex mutex;  // guards presences
+    std::deque<ServicePresence> presences;
+};
+
+}  // namespace
+
+ServicePresence& ServicePresence::of(ServiceInterface& interface) {
+    return Presences::instance().latest(interface);
+}
+
+void ServicePresence::begin(ServiceInterface& interface) {
+    Presences::instance().add(interface);
+}
+
+void ServicePresence::end(ServiceInterface& interface) {
+    of(interface).occupancy.close(kLongestCommand);
+}
+
+}  // namespace lo::browserdvbservice

@@ -1,0 +1,13 @@
+// cutTo16Bits(): an identifier as listeners and clients take it.
+#pragma once
+
+#include <cstdint>
+
+namespace velmora::dvbservice {
+
+/// The lower 16 bits: an unknown identifier, -1, becomes 65535.
+constexpr std::uint16_t cutTo16Bits(int identifier) {
+    return static_cast<std::uint16_t>(identifier);
+}
+
+}  // namespace velmora::dvbservice

@@ -1,0 +1,110 @@
+// Who is inside of an object, and when it may be destroyed.
+#include "occupancy.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <thread>
+
+namespace {
+
+using lo::browserdvbservice::Occupancy;
+using As = Occupancy::As;
+using Stay = Occupancy::Stay;
+
+constexpr std::chrono::milliseconds kAtOnce{0};
+constexpr std::chrono::seconds kLong{20};
+
+/// A thread that is inside until it is told to leave.
+class Visitor {
+public:
+    Visitor(Occupancy& occupancy, As role) {
+        std::promise<void> entered;
+        thread = std::thread([&, role] {
+            const Stay stay(occupancy, role);
+            entered.set_value();
+            mayLeave.get_future().wait();
+        });
+        entered.get_future().wait();
+    }
+    Visitor(const Visitor&) = delete;
+    Visitor& operator=(const Visitor&) = delete;
+    ~Visitor() {
+        leave();
+        thread.join();
+    }
+    void leave() {
+        if (!told) {
+            told = true;
+            mayLeave.set_value();
+        }
+    }
+
+private:
+    std::promise<void> mayLeave;
+    bool told = false;
+    std::thread thread;
+};
+
+}  // namespace
+
+TEST(AnOccupancy, LetsNobodyInOnceItWasClosedEmpty) {
+    Occupancy occupancy;
+    EXPECT_TRUE(Stay(occupancy, As::caller));
+    EXPECT_TRUE(Stay(occupancy, As::worker));
+    EXPECT_TRUE(occupancy.close(kAtOnce));
+    EXPECT_FALSE(Stay(occupancy, As::caller));
+    EXPECT_FALSE(Stay(occupancy, As::worker));
+    EXPECT_FALSE(occupancy.admits(As::caller));
+    EXPECT_TRUE(occupancy.close(kAtOnce)) << "closing again changes nothing";
+}
+
+TEST(AnOccupancy, StaysOpenToCallersWhenItWasClosedWithACallerInside) {
+    Occupancy occupancy;
+    {
+        const Visitor visitor(occupancy, As::caller);
+        EXPECT_FALSE(occupancy.close(kLong));
+    }
+    EXPECT_TRUE(Stay(occupancy, As::caller));
+    EXPECT_FALSE(Stay(occupancy, As::worker));
+}
+
+TEST(AnOccupancy, WaitsForTheWorkersInside) {
+    Occupancy occupancy;
+    Visitor worker(occupancy, As::worker);
+    EXPECT_FALSE(occupancy.close(kAtOnce));
+    std::future<bool> closed = std::async(std::launch::async, [&] { return occupancy.close(kLong); });
+    worker.leave();
+    EXPECT_TRUE(closed.get());
+}
+
+TEST(AnOccupancy, WaitsForAWorkerWhoseThreadHasYetToBegin) {
+    Occupancy occupancy;
+    occupancy.reserve();
+    EXPECT_FALSE(occupancy.close(kAtOnce));
+    { const Stay stay = occupancy.reserved(); }
+    EXPECT_TRUE(occupancy.close(kAtOnce));
+}
+
+TEST(AnOccupancy, WaitsForNoWorkerThatIsGivenBack) {
+    Occupancy occupancy;
+    occupancy.reserve();
+    occupancy.giveBack();
+    EXPECT_TRUE(occupancy.close(kAtOnce));
+}
+
+TEST(AnOccupancy, CountsTheThreadThatClosesItButDoesNotWaitForIt) {
+    Occupancy occupancy;
+    const Stay worker(occupancy, As::worker);
+    EXPECT_FALSE(occupancy.close(kLong));
+}
+
+TEST(AnOccupancy, LetsAThreadThatIsInsideEnterAgainWhileItCloses) {
+    Occupancy occupancy;
+    const Stay worker(occupancy, As::worker);
+    EXPECT_FALSE(occupancy.close(kAtOnce));
+    EXPECT_TRUE(Stay(occupancy, As::worker));
+    Occupancy other;
+    EXPECT_TRUE(other.close(kAtOnce));
+    EXPECT_FALSE(Stay(other, As::caller)) << "being inside of one object lets nobody into another";
+}
