@@ -23,9 +23,12 @@ public:
     /// The triplet of the service being presented. 0, or -1 with the outputs untouched while any of the three is
     /// unknown.
     virtual int getCurrentChannelInfo(int& onid, int& tsid, int& sid) = 0;
-    /// "ccid:" and the triplet in decimal, parts joined by ":"; -1 for an unknown part.
+    /// "ccid:" and the triplet in decimal, parts joined by ":"; -1 for an unknown part. Digits are grouped if the
+    /// process's C++ locale groups them.
     virtual std::string getCurrentCCID() = 0;
-    /// The delivery system descriptor of the last tune by descriptor, while its service is presented; else empty.
+    /// The delivery system descriptor of the last tune by descriptor. Empty again after a tune by triplet, and after the
+    /// first PMT of a service other than the one last tuned by triplet: as a rule that is the PMT of the very service
+    /// that the descriptor tuned to. So keep the descriptor if you need it beyond that.
     virtual std::string getCurrentDsd() = 0;
     /// Tells the TV that the broadcast-related application could not be started. 0.
     virtual int sendApplicationStartedFailed() = 0;

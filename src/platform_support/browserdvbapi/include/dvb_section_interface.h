@@ -10,8 +10,13 @@
 
 namespace velmora::dtv {
 
-/// Implemented by the browser, which owns it: it must live until its last filter is stopped and no call of
-/// onSectionData() runs.
+/// Implemented by the browser, which owns it. Stopping a filter does not wait for the delivery thread: a section that
+/// it had taken from the queue before may reach the client after stopSection() or stopPMTRequest() has returned, in one
+/// call at most. A client may be deleted
+/// - after its filters were stopped from inside an onSectionData(), its own or another client's: calls of one process
+///   come one after the other, and none for it follows the one that runs;
+/// - after its filters were stopped on another thread, once an onSectionData() of another client began later.
+/// Otherwise it has to live as long as the process.
 class SectionFilterClient {
 public:
     /// One whole section of an open filter, on the delivery thread, with no lock held: filters may be opened and closed
