@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "frame/endian_table.h"
+#include "platform_layout.h"
 
 namespace lo::browserdvbservice::wire {
 
