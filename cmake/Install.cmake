@@ -22,6 +22,9 @@ install(FILES ${CMAKE_BINARY_DIR}/install/browserdvbapiConfig.cmake
   ${CMAKE_BINARY_DIR}/install/browserdvbapiConfigVersion.cmake DESTINATION lib/cmake/browserdvbapi)
 
 if(DTV_PLATFORM_SDK)
+  if(DTV_BUILD_SHELL)
+    install(TARGETS dvbshell RUNTIME DESTINATION bin)
+  endif()
   return()
 endif()
 

@@ -31,7 +31,7 @@ build "$here/minimal_platform" "$folder/platform" "$@"
 quietly "$cmake" --install "$folder/platform" --prefix "$folder/sdk"
 
 build "$project" "$folder/library" -DDTV_PLATFORM_SDK="$folder/sdk" -DDTV_PLATFORM_LIBRARIES=tinyplatform \
-    -DDTV_WERROR=ON "$@"
+    -DDTV_BUILD_SHELL=ON -DDTV_WERROR=ON "$@"
 quietly "$cmake" --install "$folder/library" --prefix "$folder/kit"
 (cd "$folder/kit" && find . ! -type d | sort)
 "${READELF:-readelf}" -dW "$folder/kit/lib/libbrowserdvbapi.so" >"$folder/dynamic"
@@ -47,6 +47,11 @@ for run in 1 2 3; do
     "${emulator[@]}" "$folder/consumer/consumer"
 done
 
+# The browser host of the checklists runs on that platform too, once the image has both libraries.
+cp "$folder/sdk/lib/libtinyplatform.so" "$folder/kit/lib"
+"${emulator[@]}" "$folder/kit/bin/dvbshell" --seconds 0 tune-numbers 12 1 1025 28106 0 | tee "$folder/log"
+grep -qx 'tuneToService  done' "$folder/log"
+
 # The pkg-config file gives the same flags to those who do not use CMake.
 flags=$(PKG_CONFIG_PATH="$folder/kit/lib/pkgconfig" pkg-config --cflags --libs browserdvbapi)
 echo "pkg-config: ${flags//$folder/…}"
@@ -54,11 +59,25 @@ case $flags in
 *"/include/browserdvbapi"*"-lbrowserdvbapi"*) ;;
 *) exit 1 ;;
 esac
+grep -q '^Description: .*needs the headers of Boost' "$folder/kit/lib/pkgconfig/browserdvbapi.pc"
 
-# A folder that is no SDK is refused by what it lacks.
-if "$cmake" -G Ninja -S "$project" -B "$folder/none" -DDTV_PLATFORM_SDK="$folder" "$@" >"$folder/log" 2>&1; then
-    echo "a folder that is no SDK was taken for one"
-    exit 1
-fi
-tr -s ' \n' ' ' <"$folder/log" >"$folder/line"
-grep -q 'frame/process_member.h is not there' "$folder/line"
+# refused ERROR ARGUMENT...: configuring ends with that error, which names the document to read.
+refused() {
+    local error="$1; docs/integrating.md tells what an SDK holds"
+    shift
+    if "$cmake" -G Ninja -S "$project" -B "$folder/none" "$@" >"$folder/log" 2>&1; then
+        echo "configured, but should have ended with: $error"
+        exit 1
+    fi
+    tr -s ' \n' ' ' <"$folder/log" >"$folder/line"
+    grep -qF "$error" "$folder/line" || {
+        cat "$folder/log"
+        echo "configuring did not end with: $error"
+        exit 1
+    }
+}
+
+# What is no SDK is refused by what it lacks.
+refused "$folder/include/frame/process_member.h is not there" -DDTV_PLATFORM_SDK="$folder" "$@"
+refused "no library otherplatform is in $folder/sdk/lib" -DDTV_PLATFORM_SDK="$folder/sdk" \
+    -DDTV_PLATFORM_LIBRARIES="tinyplatform;otherplatform" "$@"

@@ -3,6 +3,8 @@
 // tag. Both take the level, the message's format and up to nine values. A unit that uses BLOG_TAGGED defines kBlogTag.
 #pragma once
 
+#include <cstdint>
+
 #include "ovx/debug.h"
 
 namespace blog {

@@ -1,6 +1,7 @@
 // BrowserAITCatcher: files AIT sections by channel, hands on what is new, and replays a channel's sections on request.
 // The library itself never feeds it: whoever embeds the browser reports the channel with updateCurrentChannelInfo() and
 // hands over the sections with updateAIT(), as they arrive at a DVBServiceListener.
+// Of the browser-facing headers this one alone needs Boost (boost/shared_ptr.hpp).
 // Threads: any; replays run on a thread of their own each.
 // Blocks:  updateAIT() while another delivery's client call runs.
 // Locks:   mutex serialises deliveries and is held across the client's call; stateLock guards the stored sections and
