@@ -23,48 +23,64 @@ using OpappTypeField = Enumerated<OpappType>;
 using OpappInstallStatusField = Enumerated<OpappInstallStatus>;
 }  // namespace wire
 
+/// What a conversion structure does in more than one step, the same for every nested record.
+struct NestedRecords {
+    template <typename Structure>
+    static void clear(Structure& structure) {
+        std::memset(static_cast<void*>(&structure), 0, sizeof structure);
+    }
+    template <typename Structure>
+    static void release(Structure& structure) {
+        Structure::releaseFields(structure);
+        clear(structure);
+    }
+    template <typename Structure, typename Record>
+    static void store(Structure& structure, const Record& value) {
+        try {
+            Structure::storeFields(structure, value);
+        } catch (...) {
+            release(structure);
+            throw;
+        }
+    }
+    template <typename Structure, typename Record>
+    static Structure& assign(Structure& structure, const Record& value) {
+        release(structure);
+        store(structure, value);
+        return structure;
+    }
+    template <typename Record, typename Structure>
+    static Record load(const Structure& structure) {
+        Record value;
+        Structure::loadFields(structure, value);
+        return value;
+    }
+};
+
 // A nested record in memory, and its conversion structure. The structure is plain packed data and frees nothing by
 // itself: whoever filled it calls release(). Assigning again frees what it held, and filling that fails half-way frees
 // what it had filled.
-#define NESTED(Record, fields)                                                   \
-    struct Record {                                                              \
-        FIELDS_MEMORY(fields)                                                    \
-    };                                                                           \
-    struct __attribute__((packed)) _##Record##_struct {                          \
-        FIELDS_STORED(fields)                                                    \
-        _##Record##_struct() { clear(); }                                        \
-        explicit _##Record##_struct(const Record& value) {                       \
-            clear();                                                             \
-            fill(value);                                                         \
-        }                                                                        \
-        _##Record##_struct(const _##Record##_struct&) = default;                 \
-        _##Record##_struct& operator=(const _##Record##_struct&) = default;      \
-        _##Record##_struct& operator=(const Record& value) {                     \
-            release();                                                           \
-            fill(value);                                                         \
-            return *this;                                                        \
-        }                                                                        \
-        operator Record() const {                                                \
-            Record value;                                                        \
-            FIELDS_TO_MEMORY(fields)                                             \
-            return value;                                                        \
-        }                                                                        \
-        void release() {                                                         \
-            _##Record##_struct& record = *this;                                  \
-            FIELDS_RELEASE(fields)                                               \
-            clear();                                                             \
-        }                                                                        \
-                                                                                 \
-    private:                                                                     \
-        void clear() { std::memset(static_cast<void*>(this), 0, sizeof *this); } \
-        void fill(const Record& value) {                                         \
-            try {                                                                \
-                FIELDS_FROM_MEMORY(fields)                                       \
-            } catch (...) {                                                      \
-                release();                                                       \
-                throw;                                                           \
-            }                                                                    \
-        }                                                                        \
+#define NESTED(Record, fields)                                                                                  \
+    struct Record {                                                                                             \
+        FIELDS_MEMORY(fields)                                                                                   \
+    };                                                                                                          \
+    struct __attribute__((packed)) _##Record##_struct {                                                         \
+        FIELDS_STORED(fields)                                                                                   \
+        _##Record##_struct() { NestedRecords::clear(*this); }                                                   \
+        explicit _##Record##_struct(const Record& value) : _##Record##_struct() {                               \
+            NestedRecords::store(*this, value);                                                                 \
+        }                                                                                                       \
+        _##Record##_struct(const _##Record##_struct&) = default;                                                \
+        _##Record##_struct& operator=(const _##Record##_struct&) = default;                                     \
+        _##Record##_struct& operator=(const Record& value) { return NestedRecords::assign(*this, value); }      \
+        operator Record() const { return NestedRecords::load<Record>(*this); }                                  \
+        void release() { NestedRecords::release(*this); }                                                       \
+                                                                                                                \
+    private:                                                                                                    \
+        friend NestedRecords;                                                                                   \
+        static void storeFields(_##Record##_struct& record, const Record& value) { FIELDS_FROM_MEMORY(fields) } \
+        static void loadFields(const _##Record##_struct& record, Record& value) { FIELDS_TO_MEMORY(fields) }    \
+        static void releaseFields(_##Record##_struct& record) { FIELDS_RELEASE(fields) }                        \
     };
 #include "browserdvbservice_messages.inc"
 

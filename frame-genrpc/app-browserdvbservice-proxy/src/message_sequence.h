@@ -1,114 +1,80 @@
-// Walks over the field sequences of the message catalogue: each FIELDS_… macro turns (type, name)(type, name)… into one
-// shape, and an empty sequence into nothing. A walk is a pair of macros that hand on to each other; the one that is
-// left at the end of the sequence is turned into its empty _END form.
+// Walks over the field sequences of the message catalogue. FIELDS_EACH(X, fields) puts the macro X in front of each
+// field of (type, name)(type, name)… and makes nothing of an empty sequence. The other FIELDS_… macros are the walks
+// that records, tables and interfaces are made of.
 #pragma once
 
-#define FIELDS_WALK(...) FIELDS_WALKED(__VA_ARGS__)
-#define FIELDS_WALKED(...) __VA_ARGS__##_END
+// The sequence as a list, each field after a comma: two macros hand on to each other, and the one that is left at the
+// end of the sequence becomes its empty _END form.
+#define FIELDS_LISTED(...) FIELDS_CLOSED(__VA_ARGS__)
+#define FIELDS_CLOSED(...) __VA_ARGS__##_END
+#define FIELDS_LIST_A(type, name) , (type, name)FIELDS_LIST_B
+#define FIELDS_LIST_B(type, name) , (type, name)FIELDS_LIST_A
+#define FIELDS_LIST_A_END
+#define FIELDS_LIST_B_END
+
+// One line for each number of fields, so that a compiler's error shows few expansions between a message and its field.
+// A message of eleven fields needs FIELDS_11 here, in FIELDS_COUNTED, and one parameter more in FIELDS_CHOICE.
+#define FIELDS_0(X)
+#define FIELDS_1(X, a) X a
+#define FIELDS_2(X, a, b) X a X b
+#define FIELDS_3(X, a, b, c) X a X b X c
+#define FIELDS_4(X, a, b, c, d) X a X b X c X d
+#define FIELDS_5(X, a, b, c, d, e) X a X b X c X d X e
+#define FIELDS_6(X, a, b, c, d, e, f) X a X b X c X d X e X f
+#define FIELDS_7(X, a, b, c, d, e, f, g) X a X b X c X d X e X f X g
+#define FIELDS_8(X, a, b, c, d, e, f, g, h) X a X b X c X d X e X f X g X h
+#define FIELDS_9(X, a, b, c, d, e, f, g, h, i) X a X b X c X d X e X f X g X h X i
+#define FIELDS_10(X, a, b, c, d, e, f, g, h, i, j) X a X b X c X d X e X f X g X h X i X j
+
+#define FIELDS_EACH(X, fields) FIELDS_COUNTED(X FIELDS_LISTED(FIELDS_LIST_A fields))
+#define FIELDS_COUNTED(...)                                                                                     \
+    FIELDS_CHOICE(__VA_ARGS__, FIELDS_10, FIELDS_9, FIELDS_8, FIELDS_7, FIELDS_6, FIELDS_5, FIELDS_4, FIELDS_3, \
+                  FIELDS_2, FIELDS_1, FIELDS_0, ~)                                                              \
+    (__VA_ARGS__)
+#define FIELDS_CHOICE(X, a, b, c, d, e, f, g, h, i, j, chosen, ...) chosen
 
 /// Members of a packed record.
-#define FIELDS_STORED(fields) FIELDS_WALK(STORED_A fields)
-#define STORED_A(type, name) \
-    wire::type::Stored name; \
-    STORED_B
-#define STORED_B(type, name) \
-    wire::type::Stored name; \
-    STORED_A
-#define STORED_A_END
-#define STORED_B_END
+#define FIELDS_STORED(fields) FIELDS_EACH(FIELD_STORED, fields)
+#define FIELD_STORED(type, name) wire::type::Stored name;
 
 /// Members of a nested record's in-memory form.
-#define FIELDS_MEMORY(fields) FIELDS_WALK(MEMORY_A fields)
-#define MEMORY_A(type, name)   \
-    wire::type::Memory name{}; \
-    MEMORY_B
-#define MEMORY_B(type, name)   \
-    wire::type::Memory name{}; \
-    MEMORY_A
-#define MEMORY_A_END
-#define MEMORY_B_END
+#define FIELDS_MEMORY(fields) FIELDS_EACH(FIELD_MEMORY, fields)
+#define FIELD_MEMORY(type, name) wire::type::Memory name{};
 
 /// Parameters with their names, each after a comma.
-#define FIELDS_PARAMETERS(fields) FIELDS_WALK(PARAMETER_A fields)
-#define PARAMETER_A(type, name) , ::lo::browserdvbservice::wire::type::Parameter name PARAMETER_B
-#define PARAMETER_B(type, name) , ::lo::browserdvbservice::wire::type::Parameter name PARAMETER_A
-#define PARAMETER_A_END
-#define PARAMETER_B_END
+#define FIELDS_PARAMETERS(fields) FIELDS_EACH(FIELD_PARAMETER, fields)
+#define FIELD_PARAMETER(type, name) , ::lo::browserdvbservice::wire::type::Parameter name
 
 /// Parameters without names, each after a comma.
-#define FIELDS_PARAMETER_TYPES(fields) FIELDS_WALK(PARAMETER_TYPE_A fields)
-#define PARAMETER_TYPE_A(type, name) , ::lo::browserdvbservice::wire::type::Parameter PARAMETER_TYPE_B
-#define PARAMETER_TYPE_B(type, name) , ::lo::browserdvbservice::wire::type::Parameter PARAMETER_TYPE_A
-#define PARAMETER_TYPE_A_END
-#define PARAMETER_TYPE_B_END
+#define FIELDS_PARAMETER_TYPES(fields) FIELDS_EACH(FIELD_PARAMETER_TYPE, fields)
+#define FIELD_PARAMETER_TYPE(type, name) , ::lo::browserdvbservice::wire::type::Parameter
 
 /// The names alone, each after a comma.
-#define FIELDS_ARGUMENTS(fields) FIELDS_WALK(ARGUMENT_A fields)
-#define ARGUMENT_A(type, name) , name ARGUMENT_B
-#define ARGUMENT_B(type, name) , name ARGUMENT_A
-#define ARGUMENT_A_END
-#define ARGUMENT_B_END
+#define FIELDS_ARGUMENTS(fields) FIELDS_EACH(FIELD_ARGUMENT, fields)
+#define FIELD_ARGUMENT(type, name) , name
 
 /// The fields of `record`, read, each after a comma.
-#define FIELDS_LOADED(fields) FIELDS_WALK(LOADED_A fields)
-#define LOADED_A(type, name) , wire::type::load(record.name) LOADED_B
-#define LOADED_B(type, name) , wire::type::load(record.name) LOADED_A
-#define LOADED_A_END
-#define LOADED_B_END
+#define FIELDS_LOADED(fields) FIELDS_EACH(FIELD_LOADED, fields)
+#define FIELD_LOADED(type, name) , wire::type::load(record.name)
 
 /// Statements that fill `record` from parameters.
-#define FIELDS_STORE(fields) FIELDS_WALK(STORE_A fields)
-#define STORE_A(type, name)                \
-    record.name = wire::type::store(name); \
-    STORE_B
-#define STORE_B(type, name)                \
-    record.name = wire::type::store(name); \
-    STORE_A
-#define STORE_A_END
-#define STORE_B_END
+#define FIELDS_STORE(fields) FIELDS_EACH(FIELD_STORE, fields)
+#define FIELD_STORE(type, name) record.name = wire::type::store(name);
 
 /// Statements that free what `record` holds on the heap.
-#define FIELDS_RELEASE(fields) FIELDS_WALK(RELEASE_A fields)
-#define RELEASE_A(type, name)         \
-    wire::type::release(record.name); \
-    RELEASE_B
-#define RELEASE_B(type, name)         \
-    wire::type::release(record.name); \
-    RELEASE_A
-#define RELEASE_A_END
-#define RELEASE_B_END
+#define FIELDS_RELEASE(fields) FIELDS_EACH(FIELD_RELEASE, fields)
+#define FIELD_RELEASE(type, name) wire::type::release(record.name);
 
-/// Statements between a nested record's conversion structure (this) and its in-memory form (`value`).
-#define FIELDS_FROM_MEMORY(fields) FIELDS_WALK(FROM_MEMORY_A fields)
-#define FROM_MEMORY_A(type, name)         \
-    name = wire::type::store(value.name); \
-    FROM_MEMORY_B
-#define FROM_MEMORY_B(type, name)         \
-    name = wire::type::store(value.name); \
-    FROM_MEMORY_A
-#define FROM_MEMORY_A_END
-#define FROM_MEMORY_B_END
-
-#define FIELDS_TO_MEMORY(fields) FIELDS_WALK(TO_MEMORY_A fields)
-#define TO_MEMORY_A(type, name)          \
-    value.name = wire::type::load(name); \
-    TO_MEMORY_B
-#define TO_MEMORY_B(type, name)          \
-    value.name = wire::type::load(name); \
-    TO_MEMORY_A
-#define TO_MEMORY_A_END
-#define TO_MEMORY_B_END
+/// Statements between a nested record's conversion structure (`record`) and its in-memory form (`value`).
+#define FIELDS_FROM_MEMORY(fields) FIELDS_EACH(FIELD_FROM_MEMORY, fields)
+#define FIELD_FROM_MEMORY(type, name) record.name = wire::type::store(value.name);
+#define FIELDS_TO_MEMORY(fields) FIELDS_EACH(FIELD_TO_MEMORY, fields)
+#define FIELD_TO_MEMORY(type, name) value.name = wire::type::load(record.name);
 
 /// Entries of a byte-order table for a packed record of the type `Described`.
-#define FIELDS_ENTRIES(fields) FIELDS_WALK(ENTRY_A fields)
-#define ENTRY_A(type, name) {wire::type::kKind, offsetof(Described, name), wire::type::table()}, ENTRY_B
-#define ENTRY_B(type, name) {wire::type::kKind, offsetof(Described, name), wire::type::table()}, ENTRY_A
-#define ENTRY_A_END
-#define ENTRY_B_END
+#define FIELDS_ENTRIES(fields) FIELDS_EACH(FIELD_ENTRY, fields)
+#define FIELD_ENTRY(type, name) {wire::type::kKind, offsetof(Described, name), wire::type::table()},
 
 /// Width of the fields, summed: what a packed record's size must come to.
-#define FIELDS_WIDTH(fields) (std::size_t{0} FIELDS_WALK(WIDTH_A fields))
-#define WIDTH_A(type, name) +sizeof(wire::type::Stored) WIDTH_B
-#define WIDTH_B(type, name) +sizeof(wire::type::Stored) WIDTH_A
-#define WIDTH_A_END
-#define WIDTH_B_END
+#define FIELDS_WIDTH(fields) (std::size_t{0} FIELDS_EACH(FIELD_WIDTH, fields))
+#define FIELD_WIDTH(type, name) +sizeof(wire::type::Stored)
