@@ -108,7 +108,11 @@ std::vector<Section> SiDatabase::ait(std::uint16_t serviceId) const {
 
 bool SiDatabase::signalsHbbTv(std::uint16_t serviceId) const {
     const auto found = services.find(serviceId);
-    return found != services.end() && !found->second.aitPids.empty();
+    return found != services.end() && signalsHbbTv(found->second);
+}
+
+bool SiDatabase::signalsHbbTv(const Service& service) {
+    return service.listsHbbTv || !service.aits.empty();
 }
 
 /// Files a section under its number. A new version forgets the sections of the old one.
@@ -441,23 +445,27 @@ void SiDatabase::onPmtSection(std::uint16_t serviceId, si::Bytes section) {
 /// Another PID, another AIT: what was stored goes with the PID.
 void SiDatabase::followAit(std::uint16_t serviceId, const si::Pmt& pmt) {
     Service& service = services[serviceId];
+    const bool wasSignalled = signalsHbbTv(service);
+    service.listsHbbTv = si::listsHbbTvAit(pmt);
     std::vector<std::uint16_t> pids = si::hbbtvAitPids(pmt);
-    if (pids == service.aitPids) {
-        return;
+    if (pids != service.aitPids) {
+        service.aitPids = std::move(pids);
+        subscribeToAits(serviceId, service);
     }
+    if (wasSignalled != signalsHbbTv(service)) {
+        listener.onAitSignalled(*this, serviceId, !wasSignalled);
+    }
+}
+
+void SiDatabase::subscribeToAits(std::uint16_t serviceId, Service& service) {
     for (const Demux::Subscription subscription : service.aitSubscriptions) {
         demux.unsubscribe(subscription);
     }
     service.aitSubscriptions.clear();
     service.aits.clear();
-    const bool wasSignalled = !service.aitPids.empty();
-    service.aitPids = std::move(pids);
     for (const std::uint16_t pid : service.aitPids) {
         service.aitSubscriptions.push_back(
             demux.subscribe(pid, [this, serviceId, pid](si::Bytes section) { onAitSection(serviceId, pid, section); }));
-    }
-    if (wasSignalled == service.aitPids.empty()) {
-        listener.onAitSignalled(*this, serviceId, !wasSignalled);
     }
 }
 
@@ -466,7 +474,12 @@ void SiDatabase::onAitSection(std::uint16_t serviceId, std::uint16_t pid, si::By
     if (!isCurrent(section, kAitTableId) || si::tableIdExtension(section) != si::kApplicationTypeHbbTv) {
         return;
     }
-    const Update update = file(services[serviceId].aits[pid], section);
+    Service& service = services[serviceId];
+    const bool wasSignalled = signalsHbbTv(service);
+    const Update update = file(service.aits[pid], section);
+    if (!wasSignalled) {
+        listener.onAitSignalled(*this, serviceId, true);
+    }
     if (update != Update::none) {
         listener.onAit(*this, serviceId, {section.data, section.data + section.size}, update == Update::changed);
     }

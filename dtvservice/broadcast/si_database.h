@@ -39,7 +39,7 @@ public:
     virtual void onPmt(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) = 0;
     virtual void onEit(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) = 0;
     virtual void onAit(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) = 0;
-    /// The service's PMT signals an HbbTV AIT for the first time, or does no longer.
+    /// What signalsHbbTv() says of the service has changed.
     virtual void onAitSignalled(const SiDatabase& /*of*/, std::uint16_t /*serviceId*/, bool /*signalled*/) {}
 };
 
@@ -66,7 +66,7 @@ public:
     std::vector<Section> eit(std::uint16_t serviceId) const;
     /// The AIT's sections by PID, then by number, as far as they have come.
     std::vector<Section> ait(std::uint16_t serviceId) const;
-    /// Whether the service's PMT signals an HbbTV AIT.
+    /// Whether the service has an HbbTV AIT: its PMT lists the application_type, or lists none and a section has come.
     bool signalsHbbTv(std::uint16_t serviceId) const;
     /// Whether the NIT (actual) gives the channel's transport stream a descriptor of exactly these bytes, tag and
     /// length included. A network that nothing has told yet is any.
@@ -95,6 +95,7 @@ private:
         std::map<std::uint16_t, SubTable> aits;  // by PID: each has versions of its own
         std::vector<Demux::Subscription> aitSubscriptions;
         std::vector<std::uint16_t> aitPids;
+        bool listsHbbTv = false;  // in the PMT
     };
 
     /// What NIT and SDT (other) say of a transport stream of the network.
@@ -123,6 +124,8 @@ private:
     void onAitSection(std::uint16_t serviceId, std::uint16_t pid, si::Bytes section);
     void applyPat();
     void dropService(Service& service);
+    static bool signalsHbbTv(const Service& service);
+    void subscribeToAits(std::uint16_t serviceId, Service& service);
     void followAit(std::uint16_t serviceId, const si::Pmt& pmt);
     void nameChannels();
 

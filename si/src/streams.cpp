@@ -1,6 +1,8 @@
 // What the streams of a PMT are.
 #include <bitstream/mpeg/psi.h>
 
+#include <algorithm>
+
 #include "si/ait.h"
 #include "si/tables.h"
 
@@ -51,11 +53,22 @@ bool carriesAit(const Pmt::Stream& stream) {
     return stream.streamType == kPrivateSections && find(stream, kApplicationSignallingDescriptor) != nullptr;
 }
 
+bool listsHbbTv(const Pmt::Stream& stream) {
+    return carriesAit(stream) && listsHbbTv(*find(stream, kApplicationSignallingDescriptor));
+}
+
+const char* aitName(const Descriptor& signalling) {
+    if (signalling.bytes.empty()) {
+        return "AIT";
+    }
+    return listsHbbTv(signalling) ? "AIT (HbbTV)" : "AIT (not HbbTV)";
+}
+
 }  // namespace
 
 std::string streamName(const Pmt::Stream& stream) {
     if (carriesAit(stream)) {
-        return listsHbbTv(*find(stream, kApplicationSignallingDescriptor)) ? "AIT (HbbTV)" : "AIT (not HbbTV)";
+        return aitName(*find(stream, kApplicationSignallingDescriptor));
     }
     if (stream.streamType == kPesPrivate) {
         for (const PrivateStream& known : kPrivateStreams) {
@@ -101,13 +114,19 @@ std::string language(const Pmt::Stream& stream) {
 }
 
 std::vector<std::uint16_t> hbbtvAitPids(const Pmt& pmt) {
+    const bool isOnlyOne = std::count_if(pmt.streams.begin(), pmt.streams.end(), carriesAit) == 1;
     std::vector<std::uint16_t> pids;
     for (const Pmt::Stream& stream : pmt.streams) {
-        if (carriesAit(stream) && listsHbbTv(*find(stream, kApplicationSignallingDescriptor))) {
+        if (listsHbbTv(stream) || (isOnlyOne && carriesAit(stream))) {
             pids.push_back(stream.pid);
         }
     }
     return pids;
+}
+
+bool listsHbbTvAit(const Pmt& pmt) {
+    return std::any_of(pmt.streams.begin(), pmt.streams.end(),
+                       [](const Pmt::Stream& stream) { return listsHbbTv(stream); });
 }
 
 }  // namespace si

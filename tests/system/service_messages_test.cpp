@@ -56,6 +56,15 @@ TEST_F(ARawBrowser, IsToldOfComponentsAsTheirDescriptorsAre) {
         hears("onComponentInfoChange(2, 2, 272, " + number(kSubtitling) + ", 0, 0, 4, 0, " + number(kFrench) + ", 0)"));
 }
 
+TEST_F(ARawBrowser, IsToldOfAnAitWhoseTypeThePmtDoesNotList) {
+    tsmake::Multiplex multiplex = kSample;
+    multiplex.services[0].ait.emptySignalling = true;
+    const ServiceProcess process(writeBroadcast(multiplex, 2, "unlisted.ts"));
+    ASSERT_TRUE(presents(multiplex.services[0]));
+    EXPECT_TRUE(hears("onAitSectionAvailable(" + shownValue(asText(tsmake::aitSection(multiplex.services[0]))) + ")"));
+    EXPECT_TRUE(hears("onAitParsingStateChanged(1)"));
+}
+
 TEST_F(ARawBrowser, StopsAndPresentsTheComponentsOfAType) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kFirst));

@@ -182,6 +182,7 @@ void readAit(JsonReader& in, Ait& ait) {
     if (in.has("end")) {
         ait.end = secondOf(in, "end");
     }
+    ait.emptySignalling = in.flag("emptySignalling");
     in.list("versions", [&ait](JsonReader& one) {
         AitVersion& version = ait.versions.emplace_back();
         version.second = secondOf(one);

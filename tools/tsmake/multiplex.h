@@ -33,9 +33,10 @@ struct AitVersion {
 struct Ait {
     std::vector<AitVersion> versions;  ///< by their beginning; none: there is no AIT
     std::optional<std::uint8_t> tag = 5;
-    unsigned int sections = 1;    ///< the applications are dealt out among them
-    unsigned int interval = 200;  ///< milliseconds between two repetitions
-    std::optional<Second> end;    ///< from then on neither the PMT signals it nor is it sent
+    unsigned int sections = 1;     ///< the applications are dealt out among them
+    unsigned int interval = 200;   ///< milliseconds between two repetitions
+    std::optional<Second> end;     ///< from then on neither the PMT signals it nor is it sent
+    bool emptySignalling = false;  ///< the PMT's application_signalling_descriptor lists no application_type
     std::uint16_t pid = 0;
 };
 

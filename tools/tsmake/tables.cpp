@@ -146,7 +146,11 @@ Section pmtSection(const Service& service, bool aitHasEnded) {
     }
     if (!service.ait.versions.empty() && !aitHasEnded) {
         writeStream(writer, kPrivateSections, service.ait.pid, service.ait.tag);
-        writer.openDescriptor(kApplicationSignalling).u16(0x8000U | kHbbTv).u8(0xE0).close().close();
+        writer.openDescriptor(kApplicationSignalling);
+        if (!service.ait.emptySignalling) {
+            writer.u16(0x8000U | kHbbTv).u8(0xE0);
+        }
+        writer.close().close();
     }
     if (!service.streamEvents.events.empty()) {
         writeStreamEvents(writer, service.streamEvents);

@@ -100,7 +100,11 @@ std::optional<std::uint8_t> componentTag(const Pmt::Stream& stream);
 bool hasAssociationTag(const Pmt::Stream& stream, std::uint16_t tag);
 /// First language of the ISO 639, subtitling or teletext descriptor; empty without one.
 std::string language(const Pmt::Stream& stream);
-/// PIDs whose application_signalling_descriptor lists HbbTV's application_type (TS 102 809, clause 5.3.5.1).
+/// PIDs on which HbbTV's AIT may come: the only stream with an application_signalling_descriptor, whatever that lists;
+/// of several, those whose descriptor lists HbbTV's application_type (TS 102 809, clause 5.3.5.1). The list is
+/// optional, so the AIT's own application_type decides.
 std::vector<std::uint16_t> hbbtvAitPids(const Pmt& pmt);
+/// Whether an application_signalling_descriptor lists HbbTV's application_type.
+bool listsHbbTvAit(const Pmt& pmt);
 
 }  // namespace si

@@ -28,6 +28,9 @@ public:
                bool changed) override {
         tell("ait", serviceId, changed);
     }
+    void onAitSignalled(const broadcast::SiDatabase&, std::uint16_t serviceId, bool signalled) override {
+        tell(signalled ? "hbbtv" : "no hbbtv", serviceId, false);
+    }
 
 private:
     void tell(const char* what, std::uint16_t serviceId, bool changed) {
@@ -202,6 +205,35 @@ TEST_F(ADatabase, TellsEachOfTheAitsOfAServiceOnce) {
     send(kSecondPid, versioned(second, 8));
     EXPECT_EQ(listener.told.back(), "ait 28106 changed");
     EXPECT_THAT(database.ait(28106), testing::ElementsAre(first, versioned(second, 8)));
+}
+
+TEST_F(ADatabase, FollowsAnAitWhoseTypeIsNotListed) {
+    tsmake::Service& service = sample.services[0];
+    service.ait.emptySignalling = true;
+    send(0, tsmake::patSection(sample));
+    send(service.pmtPid, tsmake::pmtSection(service));
+    EXPECT_FALSE(database.signalsHbbTv(28106)) << "only the AIT can tell";
+    listener.told.clear();
+    send(service.ait.pid, tsmake::aitSection(service));
+    send(service.ait.pid, tsmake::aitSection(service));
+    EXPECT_THAT(listener.told, testing::ElementsAre("hbbtv 28106", "ait 28106"));
+    EXPECT_TRUE(database.signalsHbbTv(28106));
+    EXPECT_THAT(database.ait(28106), testing::ElementsAre(tsmake::aitSection(service)));
+    send(service.pmtPid, tsmake::pmtSection(service, true));
+    EXPECT_FALSE(database.signalsHbbTv(28106));
+    EXPECT_THAT(listener.told, testing::Contains("no hbbtv 28106"));
+}
+
+TEST_F(ADatabase, TakesAnUnlistedAitOfAnotherTypeForNoHbbTvApplication) {
+    tsmake::Service& service = sample.services[0];
+    service.ait.emptySignalling = true;
+    send(0, tsmake::patSection(sample));
+    send(service.pmtPid, tsmake::pmtSection(service));
+    tsmake::Section other = tsmake::aitSection(service);
+    other[4] = 0x01;
+    send(service.ait.pid, withCrc(other));
+    EXPECT_FALSE(database.signalsHbbTv(28106));
+    EXPECT_TRUE(database.ait(28106).empty());
 }
 
 TEST_F(ADatabase, PassesOverAnAitOfTestApplications) {

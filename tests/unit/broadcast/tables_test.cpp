@@ -78,6 +78,15 @@ TEST(APmt, WithAnAitOfAnotherTypeOrNoneSignalsNoHbbTv) {
     EXPECT_THAT(si::hbbtvAitPids(pmt), testing::ElementsAre(303));
 }
 
+TEST(APmt, WithOneAitStreamNeedNotListItsType) {
+    for (const Bytes& list : {Bytes{}, Bytes{0x80, 0x01, 0xE0}}) {
+        si::Pmt pmt;
+        pmt.streams = {{0x1B, 300, {}}, {0x05, 301, {}}, {0x05, 302, {{0x6F, list}}}};
+        EXPECT_THAT(si::hbbtvAitPids(pmt), testing::ElementsAre(302));
+    }
+    EXPECT_EQ(si::streamName({0x05, 302, {{0x6F, {}}}}), "AIT");
+}
+
 namespace {
 
 /// A loop with that descriptor, and one that says it is longer than the loop.

@@ -52,6 +52,7 @@ TEST(ADescription, MayHoldEverything) {
     ASSERT_EQ(first.ait.versions.size(), 2U);
     EXPECT_EQ(first.ait.versions[1].applications[0].controlCode, 4);
     EXPECT_EQ(first.ait.end, 6U);
+    EXPECT_TRUE(first.ait.emptySignalling);
     EXPECT_EQ(first.streamEvents.object, "events/goals");
     EXPECT_EQ(first.streamEvents.events[2].second, 3U);
     EXPECT_EQ(first.privateSections[1].size, 4096U);
