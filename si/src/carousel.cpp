@@ -145,21 +145,40 @@ void readDirectory(Bytes body, CarouselObject& object) {
     });
 }
 
+struct EventNames {
+    std::vector<std::string> names;
+    std::size_t left = 0;  ///< bytes behind them
+};
+
 /// The names in a stream event object's information, behind a description, a duration and three bytes that say what
 /// the stream has.
-std::vector<std::string> eventNames(Bytes info, std::size_t microsecondsWidth) {
+std::optional<EventNames> namesBehind(Bytes info, std::size_t microsecondsWidth) {
     constexpr std::size_t kSeconds = 4;
     constexpr std::size_t kStreams = 3;
     Cursor cursor(info);
     cursor.takeShort();
     cursor.take(kSeconds + microsecondsWidth + kStreams);
-    std::vector<std::string> names;
-    readCounted(cursor, 2, [&] { names.push_back(textOf(cursor.takeShort())); });
-    return cursor.good() ? names : std::vector<std::string>();
+    EventNames events;
+    readCounted(cursor, 2, [&] { events.names.push_back(textOf(cursor.takeShort())); });
+    events.left = cursor.left();
+    return cursor.good() ? std::optional(std::move(events)) : std::nullopt;
 }
 
-/// The identifiers of the events stand behind the taps of the body. Broadcasters write the duration's microseconds in
-/// two bytes or in four: right is what gives as many names as there are identifiers.
+/// Broadcasters write the duration's microseconds in two bytes or in four. Right is what gives as many names as there
+/// are identifiers, and where both do, what leaves fewer bytes of the information: an object with one event may
+/// otherwise be read as one without a name.
+std::vector<std::string> eventNames(Bytes info, std::size_t count) {
+    std::optional<EventNames> best;
+    for (const std::size_t width : {std::size_t{2}, std::size_t{4}}) {
+        std::optional<EventNames> read = namesBehind(info, width);
+        if (read && read->names.size() == count && (!best || read->left < best->left)) {
+            best = std::move(read);
+        }
+    }
+    return best ? best->names : std::vector<std::string>();
+}
+
+/// The identifiers of the events stand behind the taps of the body, in the order of the names.
 void readStreamEvents(Bytes info, Bytes body, CarouselObject& object) {
     constexpr std::uint64_t kStatusAndEventUse = 0x000C;
     constexpr std::uint64_t kEventUse = 0x000D;
@@ -175,14 +194,12 @@ void readStreamEvents(Bytes info, Bytes body, CarouselObject& object) {
     });
     std::vector<std::uint16_t> ids;
     readCounted(cursor, 1, [&] { ids.push_back(static_cast<std::uint16_t>(cursor.number(2))); });
-    for (const std::size_t width : {std::size_t{2}, std::size_t{4}}) {
-        const std::vector<std::string> names = eventNames(info, width);
-        if (cursor.good() && names.size() == ids.size()) {
-            for (std::size_t index = 0; index < ids.size(); ++index) {
-                object.events.push_back({names[index], ids[index]});
-            }
-            return;
-        }
+    if (!cursor.good()) {
+        return;
+    }
+    const std::vector<std::string> names = eventNames(info, ids.size());
+    for (std::size_t index = 0; index < names.size(); ++index) {
+        object.events.push_back({names[index], ids[index]});
     }
 }
 

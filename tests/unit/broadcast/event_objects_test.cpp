@@ -51,22 +51,67 @@ void play(EventObjects& objects, const std::vector<Section>& sections) {
     }
 }
 
-/// A stream event object as some broadcasters write it, with the microseconds in four bytes.
+/// What was written behind the header, without CRC_32.
+std::string contentsOf(tsmake::SectionWriter& writer) {
+    constexpr std::ptrdiff_t kHeader = 8;
+    constexpr std::ptrdiff_t kCrc = 4;
+    const Section section = writer.finish();
+    return {section.begin() + kHeader, section.end() - kCrc};
+}
+
+/// How a stream event object says what its stream has.
+struct StreamInfo {
+    std::size_t microsecondsWidth;
+    std::string media;        // whether there are audio, video and data
+    std::string privateData;  // behind the names
+};
+
+/// A stream event object with the names of events 1, 2, ...; those that some broadcasters write have the microseconds
+/// of the duration in four bytes.
+Bytes streamEventObject(const StreamInfo& info, const std::vector<std::string>& names) {
+    tsmake::SectionWriter named(0, 0, 0);
+    named.u8(0)
+        .u32(0)
+        .text(std::string(info.microsecondsWidth, '\0') + info.media)
+        .u16(static_cast<unsigned int>(names.size()));
+    tsmake::SectionWriter identifiers(0, 0, 0);
+    identifiers.text(std::string("\x01\x00\x00\x00\x0D\x00\x13\x00", 8)).u8(static_cast<unsigned int>(names.size()));
+    unsigned int id = 0;
+    for (const std::string& name : names) {
+        named.lengthText(name + '\0');
+        identifiers.u16(++id);
+    }
+    named.text(info.privateData);
+    const std::string infoText = contentsOf(named);
+    const std::string body = contentsOf(identifiers);
+    tsmake::SectionWriter message(0, 0, 0);
+    message.lengthText("\x01").u32(4).text(std::string("ste\0", 4));
+    message.u16(static_cast<unsigned int>(infoText.size())).text(infoText).u8(0);
+    message.u32(static_cast<std::uint32_t>(body.size())).text(body);
+    const std::string messageText = contentsOf(message);
+    tsmake::SectionWriter object(0, 0, 0);
+    object.text(std::string("BIOP\x01\x00\x00\x00", 8))
+        .u32(static_cast<std::uint32_t>(messageText.size()))
+        .text(messageText);
+    const std::string text = contentsOf(object);
+    return {text.begin(), text.end()};
+}
+
+const std::string kData("\0\0\x01", 3);  // neither audio nor video, but data
+
 Bytes objectWithLongDuration() {
-    const std::string object = std::string("BIOP\x01\x00\x00\x00\x00\x00\x00\x3E", 12) +
-                               std::string("\x01\x06\x00\x00\x00\x04ste\x00", 10) + std::string("\x00\x20", 2) +
-                               std::string(12, '\0') +
-                               std::string(
-                                   "\x00\x02\x06"
-                                   "badid\x00",
-                                   9) +
-                               std::string(
-                                   "\x0A"
-                                   "testevent\x00",
-                                   11) +
-                               std::string("\x00\x00\x00\x00\x0D", 5) +
-                               std::string("\x01\x00\x00\x00\x0D\x00\x13\x00\x02\x00\x02\x00\x01", 13);
-    return {object.begin(), object.end()};
+    return streamEventObject({4, std::string(3, '\0'), ""}, {"goal", "testevent"});
+}
+
+/// "name=id" of the only object's events.
+std::vector<std::string> eventsOf(const Bytes& module) {
+    std::vector<std::string> events;
+    for (const si::CarouselObject& object : si::carouselObjects(module)) {
+        for (const si::CarouselObject::EventName& event : object.events) {
+            events.push_back(event.name + "=" + std::to_string(event.id));
+        }
+    }
+    return events;
 }
 
 }  // namespace
@@ -148,14 +193,25 @@ TEST(EventNames, MakeRoomWhenTheirModuleChanges) {
 }
 
 TEST(EventNames, MayStandBehindALongDuration) {
-    const std::vector<si::CarouselObject> objects = si::carouselObjects(objectWithLongDuration());
-    ASSERT_EQ(objects.size(), 1U);
-    ASSERT_EQ(objects[0].events.size(), 2U);
-    EXPECT_EQ(objects[0].events[0].name, "badid");
-    EXPECT_EQ(objects[0].events[0].id, 2);
-    EXPECT_EQ(objects[0].events[1].name, "testevent");
-    EXPECT_EQ(objects[0].events[1].id, 1);
-    EXPECT_THAT(objects[0].associationTags, testing::ElementsAre(0x13));
+    EXPECT_THAT(eventsOf(objectWithLongDuration()), testing::ElementsAre("goal=1", "testevent=2"));
+    EXPECT_THAT(si::carouselObjects(objectWithLongDuration()).at(0).associationTags, testing::ElementsAre(0x13));
+}
+
+TEST(EventNames, AreThoseThatUseUpTheirObject) {
+    // Read with a short duration, video and data of this object count one name, and the count's first byte is its
+    // length.
+    EXPECT_THAT(eventsOf(streamEventObject({4, kData, ""}, {"goal"})), testing::ElementsAre("goal=1"));
+    EXPECT_THAT(eventsOf(streamEventObject({2, kData, ""}, {"goal"})), testing::ElementsAre("goal=1"));
+}
+
+TEST(EventNames, MayStandBeforePrivateData) {
+    for (const std::size_t width : {std::size_t{2}, std::size_t{4}}) {
+        EXPECT_THAT(eventsOf(streamEventObject({width, kData, "private"}, {"goal"})), testing::ElementsAre("goal=1"))
+            << width;
+        EXPECT_THAT(eventsOf(streamEventObject({width, kData, std::string(9, '\0')}, {"goal", "foul"})),
+                    testing::ElementsAre("goal=1", "foul=2"))
+            << width;
+    }
 }
 
 TEST(EventNames, AreNotReadFromCutObjects) {
