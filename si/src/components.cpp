@@ -2,6 +2,7 @@
 #include "si/components.h"
 
 #include <algorithm>
+#include <set>
 
 #include "cursor.h"
 
@@ -20,6 +21,7 @@ constexpr std::uint8_t kDtsDescriptor = 0x7B;
 constexpr std::uint8_t kAacDescriptor = 0x7C;
 constexpr std::uint8_t kAc4Extension = 0x15;
 constexpr std::uint8_t kExtensionDescriptor = 0x7F;
+constexpr std::uint16_t kTeletextEncoding = kTeletextDescriptor << 8U | kPesPrivate;
 constexpr std::uint16_t kSurround = 6;
 
 const Descriptor* find(const Descriptors& descriptors, std::uint8_t tag) {
@@ -115,6 +117,27 @@ std::uint16_t audioChannels(const Pmt::Stream& stream, EventComponent told) {
     return kByType[told.type - 1];
 }
 
+/// Languages of the subtitle pages of a teletext stream, each page once: those of teletext_type 2, and 5 for people who
+/// do not hear well (EN 300 468, clause 6.2.43). The other pages are for reading, not for a picture.
+std::vector<std::string> subtitlePageLanguages(const Pmt::Stream& stream) {
+    constexpr std::size_t kPage = 5;
+    constexpr std::size_t kLanguage = 3;
+    std::vector<std::string> languages;
+    std::set<std::uint64_t> pages;
+    for (const Descriptor& descriptor : stream.descriptors) {
+        Cursor cursor(descriptor.bytes);
+        while (descriptor.tag == kTeletextDescriptor && cursor.left() >= kPage) {
+            const std::string language = plainText(cursor.take(kLanguage));
+            const std::uint64_t typeAndPage = cursor.number(2);
+            const std::uint64_t type = typeAndPage >> 11U;
+            if ((type == 2 || type == 5) && pages.insert(typeAndPage & 0x07FFU).second) {
+                languages.push_back(language);
+            }
+        }
+    }
+    return languages;
+}
+
 }  // namespace
 
 std::vector<Component> components(const Pmt& pmt, const Descriptors& presentEvent) {
@@ -126,19 +149,22 @@ std::vector<Component> components(const Pmt& pmt, const Descriptors& presentEven
         if (!type) {
             continue;
         }
-        component.index = static_cast<std::uint16_t>(list.size());
         component.type = *type;
         component.pid = stream.pid;
         component.tag = componentTag(stream);
         component.scrambled = serviceScrambled || find(stream.descriptors, kCaDescriptor) != nullptr;
-        component.language = language(stream);
         const EventComponent told = eventComponent(presentEvent, component.tag);
         if (*type == ComponentType::video) {
             component.aspectRatio = aspectRatio(told);
         } else if (*type == ComponentType::audio) {
             component.audioChannels = audioChannels(stream, told);
         }
-        list.push_back(std::move(component));
+        const bool isTeletext = component.encoding == kTeletextEncoding;
+        for (std::string& each : isTeletext ? subtitlePageLanguages(stream) : std::vector{language(stream)}) {
+            component.index = static_cast<std::uint16_t>(list.size());
+            component.language = std::move(each);
+            list.push_back(component);
+        }
     }
     return list;
 }

@@ -44,6 +44,8 @@ TEST_F(ARawBrowser, IsToldOfComponentsAsTheirDescriptorsAre) {
     std::vector<tsmake::Component>& components = multiplex.services[0].components;
     components[1] = {Kind::audio, std::nullopt, "deu", kAudioPid};
     components.push_back({Kind::subtitle, 4, "fra", 0x110});
+    components.push_back({Kind::teletext, 5, "", 0x111, {{"deu", 1, 100}}});
+    components.push_back({Kind::teletext, 6, "", 0x112, {{"deu", 1, 100}, {"deu", 2, 150}, {"fra", 5, 899}}});
     const ServiceProcess process(writeBroadcast(multiplex, 2, "untagged.ts"));
     ASSERT_TRUE(presents(multiplex.services[0]));
     constexpr std::uint32_t kGerman = 0x646575;
@@ -52,8 +54,14 @@ TEST_F(ARawBrowser, IsToldOfComponentsAsTheirDescriptorsAre) {
     EXPECT_TRUE(
         hears("onComponentInfoChange(1, 1, " + number(kAudioPid) + ", 3, 0, 0, 65535, 0, " + number(kGerman) + ", 1)"))
         << "it has no component_tag";
+    constexpr unsigned int kTeletext = 0x5606;
     EXPECT_TRUE(
         hears("onComponentInfoChange(2, 2, 272, " + number(kSubtitling) + ", 0, 0, 4, 0, " + number(kFrench) + ", 0)"));
+    EXPECT_TRUE(
+        hears("onComponentInfoChange(3, 2, 274, " + number(kTeletext) + ", 0, 0, 6, 0, " + number(kGerman) + ", 0)"))
+        << "the first subtitle page";
+    EXPECT_TRUE(
+        hears("onComponentInfoChange(4, 2, 274, " + number(kTeletext) + ", 0, 0, 6, 0, " + number(kFrench) + ", 0)"));
 }
 
 TEST_F(ARawBrowser, IsToldOfAnAitWhoseTypeThePmtDoesNotList) {

@@ -137,16 +137,34 @@ std::size_t wordOf(JsonReader& in, const std::string& key, const std::array<cons
     in.fail(key, "\"" + text + "\" is none of " + known);
 }
 
+/// Empty where there is none.
+std::string languageOf(JsonReader& in) {
+    std::string language = in.text("language", "");
+    if (!language.empty() && language.size() != 3) {
+        in.fail("language", "has three letters");
+    }
+    return language;
+}
+
+TeletextPage readPage(JsonReader& in) {
+    TeletextPage page;
+    page.language = languageOf(in);
+    page.type = static_cast<std::uint8_t>(in.number("type", 1, 31, page.type));
+    page.number = static_cast<unsigned int>(in.number("number", 100, 899));
+    return page;
+}
+
 Component readComponent(JsonReader& in) {
-    constexpr std::array<const char*, 3> kKinds = {"video", "audio", "subtitle"};
+    constexpr std::array<const char*, 4> kKinds = {"video", "audio", "subtitle", "teletext"};
     Component component;
     component.kind = static_cast<Component::Kind>(wordOf(in, "kind", kKinds));
     component.tag = tagOf(in, std::nullopt);
-    component.language = in.text("language", "");
-    if (!component.language.empty() && component.language.size() != 3) {
-        in.fail("language", "has three letters");
-    }
+    component.language = languageOf(in);
     component.pid = pidOf(in);
+    in.list("pages", [&component](JsonReader& one) { component.pages.push_back(readPage(one)); });
+    if (component.kind != Component::Kind::teletext && !component.pages.empty()) {
+        in.fail("pages", "is for teletext");
+    }
     return component;
 }
 

@@ -48,12 +48,20 @@ struct Event {
     unsigned int duration = 3600;  ///< seconds
 };
 
+/// A page that a teletext stream has (EN 300 468, clause 6.2.43).
+struct TeletextPage {
+    std::string language;   ///< three letters, or empty
+    std::uint8_t type = 1;  ///< teletext_type: 1 initial page, 2 subtitles, 5 subtitles for people who do not hear well
+    unsigned int number = 100;
+};
+
 struct Component {
-    enum class Kind { video, audio, subtitle };
+    enum class Kind { video, audio, subtitle, teletext };
     Kind kind = Kind::video;
     std::optional<std::uint8_t> tag;
     std::string language;  ///< three letters, or empty
     std::uint16_t pid = 0;
+    std::vector<TeletextPage> pages = {};  ///< of teletext
 };
 
 /// A stream event, sent again and again with its version until the next begins.

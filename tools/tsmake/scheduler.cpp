@@ -111,18 +111,27 @@ Bytes sectionUnit(const Section& section) {
     return unit;
 }
 
-Bytes pesUnit(std::uint8_t streamId, std::uint64_t ticks, const Bytes& data) {
+/// `stuffing` bytes stand in the header behind the PTS.
+Bytes pesUnit(std::uint8_t streamId, std::uint64_t ticks, const Bytes& data, std::uint8_t stuffing = 0) {
     const std::uint64_t pts = (ticks + kPresentationDelay) / 300;
     constexpr std::size_t kHeaderBehindLength = 8;
-    const std::size_t length = data.size() + kHeaderBehindLength;
-    Bytes unit = {
-        0,    0,    1, streamId, static_cast<std::uint8_t>(length >> 8U), static_cast<std::uint8_t>(length & 0xFFU),
-        0x84, 0x80, 5};
+    constexpr std::uint8_t kPtsSize = 5;
+    const std::size_t length = data.size() + kHeaderBehindLength + stuffing;
+    Bytes unit = {0,
+                  0,
+                  1,
+                  streamId,
+                  static_cast<std::uint8_t>(length >> 8U),
+                  static_cast<std::uint8_t>(length & 0xFFU),
+                  0x84,
+                  0x80,
+                  static_cast<std::uint8_t>(kPtsSize + stuffing)};
     unit.push_back(static_cast<std::uint8_t>(0x21U | (pts >> 29U & 0x0EU)));
     unit.push_back(static_cast<std::uint8_t>(pts >> 22U));
     unit.push_back(static_cast<std::uint8_t>(0x01U | (pts >> 14U & 0xFEU)));
     unit.push_back(static_cast<std::uint8_t>(pts >> 7U));
     unit.push_back(static_cast<std::uint8_t>(0x01U | (pts << 1U & 0xFEU)));
+    unit.insert(unit.end(), stuffing, 0xFF);
     unit.insert(unit.end(), data.begin(), data.end());
     return unit;
 }
@@ -145,6 +154,18 @@ Bytes audioUnit(std::uint64_t ticks) {
 /// A display set of DVB subtitles that shows nothing: end of display set (EN 300 743).
 Bytes subtitleUnit(std::uint64_t ticks) {
     return pesUnit(0xBD, ticks, {0x20, 0x00, 0x0F, 0x80, 0x00, 0x01, 0x00, 0x00, 0xFF});
+}
+
+/// Teletext without a line: three data units of stuffing. Header and data fill the packet (EN 300 472, clause 4.2).
+Bytes teletextUnit(std::uint64_t ticks) {
+    constexpr std::uint8_t kHeaderStuffing = 31;
+    constexpr std::size_t kDataUnit = 44;
+    Bytes data = {0x10};
+    for (int count = 0; count < 3; ++count) {
+        data.insert(data.end(), {0xFF, kDataUnit});
+        data.insert(data.end(), kDataUnit, 0xFF);
+    }
+    return pesUnit(0xBD, ticks, data, kHeaderStuffing);
 }
 
 /// The latest of the states that have begun; none before the first.
@@ -299,6 +320,9 @@ private:
                     break;
                 case Component::Kind::subtitle:
                     sources.push_back({component.pid, 40 * kMillisecond, begin, clockOf, subtitleUnit});
+                    break;
+                case Component::Kind::teletext:
+                    sources.push_back({component.pid, 40 * kMillisecond, begin, clockOf, teletextUnit});
                     break;
             }
         }

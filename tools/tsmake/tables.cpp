@@ -46,11 +46,23 @@ void writeStream(SectionWriter& writer, unsigned int streamType, std::uint16_t p
     }
 }
 
+/// ISO 639-2's code for an undetermined language where there is none.
+std::string codeOf(const std::string& language) {
+    return language.empty() ? "und" : language;
+}
+
+/// Pages 800 to 899 are of magazine 0.
+void writeTeletextPage(SectionWriter& writer, const TeletextPage& page) {
+    const unsigned int magazine = page.number / 100 % 8;
+    writer.text(codeOf(page.language)).u8(page.type << 3U | magazine).u8(bcd(page.number % 100));
+}
+
 void writeComponent(SectionWriter& writer, const Component& component) {
     constexpr unsigned int kH264 = 0x1B;
     constexpr unsigned int kMpegAudio = 0x03;
     constexpr unsigned int kPesPrivate = 0x06;
     constexpr std::uint8_t kLanguage = 0x0A;
+    constexpr std::uint8_t kTeletext = 0x56;
     constexpr std::uint8_t kSubtitling = 0x59;
     switch (component.kind) {
         case Component::Kind::video:
@@ -65,8 +77,16 @@ void writeComponent(SectionWriter& writer, const Component& component) {
         case Component::Kind::subtitle:
             // Normal subtitles without a monitor's shape, composition and ancillary page 1.
             writeStream(writer, kPesPrivate, component.pid, component.tag);
-            writer.openDescriptor(kSubtitling).text(component.language.empty() ? "und" : component.language);
+            writer.openDescriptor(kSubtitling).text(codeOf(component.language));
             writer.u8(0x10).u16(1).u16(1).close();
+            break;
+        case Component::Kind::teletext:
+            writeStream(writer, kPesPrivate, component.pid, component.tag);
+            writer.openDescriptor(kTeletext);
+            for (const TeletextPage& page : component.pages) {
+                writeTeletextPage(writer, page);
+            }
+            writer.close();
             break;
     }
     writer.close();

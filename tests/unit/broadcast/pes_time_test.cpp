@@ -143,6 +143,37 @@ TEST(TheComponents, AreTheVideoAudioAndSubtitleStreamsInTheirOrder) {
     EXPECT_EQ(list[3].audioChannels, 2);
 }
 
+TEST(TheComponents, AreOfTeletextItsSubtitlePages) {
+    // Initial page, subtitle page, programme schedule, subtitle page for people who do not hear well; one is cut.
+    si::Pmt pmt;
+    pmt.streams = {
+        stream(0x06, 100, {{0x52, {7}}, {0x56, {'d', 'e',  'u',  0x09, 0x00, 'd', 'e',  'u',  0x11, 0x50, 'd', 'e',
+                                                'u', 0x20, 0x01, 'f',  'r',  'a', 0x2F, 0x77, 'i',  't',  'a', 0x11}}}),
+        stream(0x06, 101, {{0x56, {'d', 'e', 'u', 0x09, 0x00}}}), stream(0x06, 102, {{0x56, {}}}),
+        stream(0x06, 103, {{0x56, {'n', 'l', 'd', 0x10, 0x88}}})};
+    const std::vector<si::Component> list = si::components(pmt, {});
+    ASSERT_EQ(list.size(), 3U);
+    for (std::uint16_t index = 0; index < list.size(); ++index) {
+        EXPECT_EQ(list[index].index, index);
+        EXPECT_EQ(list[index].type, si::ComponentType::subtitle);
+        EXPECT_EQ(list[index].encoding, 0x5606);
+    }
+    EXPECT_EQ(list[0].pid, 100);
+    EXPECT_EQ(list[0].tag, 7);
+    EXPECT_EQ(list[0].language, "deu");
+    EXPECT_EQ(list[1].pid, 100);
+    EXPECT_EQ(list[1].tag, 7);
+    EXPECT_EQ(list[1].language, "fra");
+    EXPECT_EQ(list[2].pid, 103);
+    EXPECT_EQ(list[2].language, "nld");
+}
+
+TEST(TheComponents, HaveEachTeletextPageOnce) {
+    si::Pmt pmt;
+    pmt.streams = {stream(0x06, 100, {{0x56, {'d', 'e', 'u', 0x11, 0x50, 'd', 'e', 'u', 0x29, 0x50}}})};
+    EXPECT_EQ(si::components(pmt, {}).size(), 1U);
+}
+
 TEST(TheComponents, HaveNoneForAnEitThatIsCut) {
     EXPECT_THAT(si::firstEventDescriptors(Bytes{}), testing::IsEmpty());
     EXPECT_THAT(si::firstEventDescriptors(Bytes(20, 0xFF)), testing::IsEmpty());

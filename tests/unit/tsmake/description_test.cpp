@@ -43,10 +43,12 @@ TEST(ADescription, MayHoldEverything) {
     ASSERT_EQ(multiplex->services.size(), 3U);
     const Service& first = multiplex->services[0];
     EXPECT_EQ(first.pmtPid, 4096);
-    ASSERT_EQ(first.components.size(), 4U);
+    ASSERT_EQ(first.components.size(), 5U);
     EXPECT_EQ(first.components[0].pid, 512);
     EXPECT_EQ(first.components[2].tag, std::nullopt);
     EXPECT_EQ(first.components[3].kind, tsmake::Component::Kind::subtitle);
+    EXPECT_EQ(first.components[4].pages[0].type, 1);
+    EXPECT_EQ(first.components[4].pages[1].number, 888U);
     EXPECT_EQ(first.events[2].name, "\x01\xC2\xE0\xD5\xE2\xD8\xD9") << "ISO 8859-5";
     EXPECT_EQ(first.events[2].duration, 3600U);
     ASSERT_EQ(first.ait.versions.size(), 2U);
@@ -108,7 +110,11 @@ TEST(ADescription, IsRefusedWithThePlaceOfTheMistake) {
 
 TEST(ADescription, IsRefusedWithThePlaceInAService) {
     EXPECT_EQ(errorOfService(R"("components": [{"kind": "smell"}])"),
-              "services[0].components[0].kind: \"smell\" is none of video, audio, subtitle");
+              "services[0].components[0].kind: \"smell\" is none of video, audio, subtitle, teletext");
+    EXPECT_EQ(errorOfService(R"("components": [{"kind": "subtitle", "pages": [{"number": 100}]}])"),
+              "services[0].components[0].pages: is for teletext");
+    EXPECT_EQ(errorOfService(R"("components": [{"kind": "teletext", "pages": [{"number": 99}]}])"),
+              "services[0].components[0].pages[0].number: 99 is not a whole number from 100 to 899");
     EXPECT_EQ(errorOfService(R"("components": [{"kind": "video", "pid": 31}])"),
               "services[0].components[0].pid: 31 is not a whole number from 32 to 8190");
     EXPECT_EQ(errorOfService(R"("components": [{"kind": "audio", "language": "en"}])"),
