@@ -134,6 +134,22 @@ SiDatabase::Update SiDatabase::file(SubTable& table, si::Bytes section) {
     return table.changed ? Update::changed : Update::first;
 }
 
+/// Files a section under its number alone: some broadcasters give each section of an EIT a version of its own. Sections
+/// behind the last one are forgotten.
+SiDatabase::Update SiDatabase::fileByNumber(SubTable& table, si::Bytes section) {
+    const std::uint8_t number = si::sectionNumber(section);
+    Section bytes(section.data, section.data + section.size);
+    const auto known = table.sections.find(number);
+    if (known != table.sections.end() && known->second == bytes) {
+        return Update::none;
+    }
+    const Update update = known == table.sections.end() ? Update::first : Update::changed;
+    table.sections[number] = std::move(bytes);
+    const std::uint8_t last = std::max(number, si::lastSectionNumber(section));
+    table.sections.erase(table.sections.upper_bound(last), table.sections.end());
+    return update;
+}
+
 bool SiDatabase::isWhole(const SubTable& table, si::Bytes latest) {
     return table.sections.size() == std::size_t{1} + si::lastSectionNumber(latest);
 }
@@ -419,7 +435,7 @@ void SiDatabase::onEitSection(si::Bytes section) {
         multiplex->originalNetworkId = wordAt(section, kNetworkAt);
         nameChannels();
     }
-    const Update update = file(service->second.eit, section);
+    const Update update = fileByNumber(service->second.eit, section);
     if (update != Update::none) {
         listener.onEit(*this, service->first, {section.data, section.data + section.size}, update == Update::changed);
     }

@@ -107,6 +107,7 @@ private:
     };
 
     static Update file(SubTable& table, si::Bytes section);
+    static Update fileByNumber(SubTable& table, si::Bytes section);
     static bool isWhole(const SubTable& table, si::Bytes latest);
     static void takeNames(const SubTable& sdt, si::Bytes section, const si::Sdt& parsed, Names& names);
     void onOtherSdtSection(si::Bytes section);

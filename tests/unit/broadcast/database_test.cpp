@@ -166,8 +166,63 @@ TEST_F(ADatabase, TellsANewVersionFromTheFirst) {
 
 TEST_F(ADatabase, ForgetsTheSectionsOfAnOldVersion) {
     play(sample);
-    send(0x12, versioned(tsmake::eitSection(sample, sample.services[0], false), 1));
-    EXPECT_EQ(database.eit(28106).size(), 1U);
+    const tsmake::Service& service = sample.services[0];
+    tsmake::Section half = tsmake::aitSection(service);
+    half[7] = 1;
+    send(service.ait.pid, versioned(half, 2));
+    half[6] = 1;
+    send(service.ait.pid, versioned(half, 2));
+    EXPECT_EQ(database.ait(28106).size(), 2U);
+    send(service.ait.pid, versioned(tsmake::aitSection(service), 3));
+    EXPECT_EQ(database.ait(28106).size(), 1U);
+}
+
+TEST_F(ADatabase, TellsEitSectionsOfDifferentVersionsOnce) {
+    send(0, tsmake::patSection(sample));
+    const tsmake::Section present = versioned(tsmake::eitSection(sample, sample.services[0], false), 3);
+    const tsmake::Section following = versioned(tsmake::eitSection(sample, sample.services[0], true), 5);
+    send(0x12, present);
+    send(0x12, following);
+    EXPECT_THAT(listener.told, testing::IsSupersetOf({"eit 28106", "eit 28106"}));
+    listener.told.clear();
+    for (int repetition = 0; repetition < 3; ++repetition) {
+        send(0x12, present);
+        send(0x12, following);
+    }
+    EXPECT_THAT(listener.told, testing::IsEmpty());
+    EXPECT_THAT(database.eit(28106), testing::ElementsAre(present, following));
+    send(0x12, versioned(following, 6));
+    send(0x12, present);
+    EXPECT_THAT(listener.told, testing::ElementsAre("eit 28106 changed"));
+    EXPECT_THAT(database.eit(28106), testing::ElementsAre(present, versioned(following, 6)));
+}
+
+TEST_F(ADatabase, TellsAnEitSectionThatGoesBackToAnEarlierVersion) {
+    send(0, tsmake::patSection(sample));
+    const tsmake::Section present = tsmake::eitSection(sample, sample.services[0], false);
+    send(0x12, present);
+    send(0x12, versioned(present, 1));
+    listener.told.clear();
+    send(0x12, present);
+    EXPECT_THAT(listener.told, testing::ElementsAre("eit 28106 changed"));
+}
+
+TEST_F(ADatabase, ForgetsEitSectionsBehindTheLast) {
+    play(sample);
+    tsmake::Section only = tsmake::eitSection(sample, sample.services[0], false);
+    only[7] = 0;
+    send(0x12, versioned(only, 1));
+    EXPECT_THAT(database.eit(28106), testing::ElementsAre(versioned(only, 1)));
+}
+
+TEST_F(ADatabase, TellsAnEitSectionThatIsNumberedBehindTheLastOnce) {
+    send(0, tsmake::patSection(sample));
+    tsmake::Section section = tsmake::eitSection(sample, sample.services[0], true);
+    section[7] = 0;
+    send(0x12, withCrc(section));
+    listener.told.clear();
+    send(0x12, withCrc(section));
+    EXPECT_THAT(listener.told, testing::IsEmpty());
 }
 
 TEST_F(ADatabase, PassesOverSectionsThatAreNotValidYet) {
