@@ -46,8 +46,7 @@ bool isSdt(si::Bytes section, std::uint8_t tableId) {
 }  // namespace
 
 std::string Channel::triplet() const {
-    return (originalNetworkId ? std::to_string(*originalNetworkId) : std::string()) + ":" +
-           std::to_string(transportStreamId) + ":" + std::to_string(serviceId);
+    return std::to_string(networkId()) + ":" + std::to_string(transportStreamId) + ":" + std::to_string(serviceId);
 }
 
 SiDatabase::SiDatabase(Demux& newDemux, SiListener& newListener) : demux(newDemux), listener(newListener) {

@@ -17,13 +17,15 @@
 namespace broadcast {
 
 struct Channel {
-    std::optional<std::uint16_t> originalNetworkId;  ///< absent until an SDT of the multiplex has come
+    std::optional<std::uint16_t> originalNetworkId;  ///< absent until SDT, NIT or EIT has told it
     std::uint16_t transportStreamId = 0;
     std::uint16_t serviceId = 0;
     std::uint16_t pmtPid = 0;
     std::string name;  ///< UTF-8; empty until an SDT has named it
 
-    /// "onid:tsid:sid" in decimal, with nothing before the first colon while that is unknown.
+    /// The original_network_id, or si::kUnknownNetworkId.
+    std::uint16_t networkId() const { return originalNetworkId.value_or(si::kUnknownNetworkId); }
+    /// "onid:tsid:sid" in decimal.
     std::string triplet() const;
 };
 

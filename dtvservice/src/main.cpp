@@ -133,10 +133,9 @@ int list(const std::string& path) {
         return 1;
     }
     for (const broadcast::Channel& channel : database.channels()) {
-        std::printf("%u:%u:%u\t%s\t%s\t%s\n", channel.originalNetworkId.value_or(0), channel.transportStreamId,
-                    channel.serviceId, database.pmt(channel.serviceId).empty() ? "nopmt" : "pmt",
-                    database.signalsHbbTv(channel.serviceId) ? "hbbtv" : "no-hbbtv",
-                    si::printable(channel.name).c_str());
+        std::printf(
+            "%s\t%s\t%s\t%s\n", channel.triplet().c_str(), database.pmt(channel.serviceId).empty() ? "nopmt" : "pmt",
+            database.signalsHbbTv(channel.serviceId) ? "hbbtv" : "no-hbbtv", si::printable(channel.name).c_str());
     }
     return 0;
 }

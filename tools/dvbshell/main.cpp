@@ -16,6 +16,7 @@
 #include "operations.h"
 #include "prompt.h"
 #include "sections.h"
+#include "si/tables.h"
 
 namespace {
 
@@ -286,8 +287,7 @@ Triplet startTune(velmora::dtv::DvbAPIInterface& api, const Options& options) {
 
 /// Whether a channel event is of that channel; while nothing has told the network, whatever its identifier.
 bool isThat(const Event& event, const Triplet& channel) {
-    constexpr int kUnknown = 0xFFFF;
-    return (event.onid == channel.onid || event.onid == kUnknown) && event.tsid == channel.tsid &&
+    return (event.onid == channel.onid || event.onid == si::kUnknownNetworkId) && event.tsid == channel.tsid &&
            event.sid == channel.sid;
 }
 

@@ -85,6 +85,10 @@ struct Eit {
     std::vector<Event> events;
 };
 
+/// original_network_id where no table has told it: one of the values for private temporary use, so no operator's
+/// network has it.
+constexpr std::uint16_t kUnknownNetworkId = 0xFFFF;
+
 std::optional<Pat> parsePat(Bytes section, std::string& error);
 std::optional<Pmt> parsePmt(Bytes section, std::string& error);
 std::optional<Nit> parseNit(Bytes section, std::string& error);

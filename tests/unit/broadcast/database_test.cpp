@@ -327,7 +327,7 @@ TEST_F(ADatabase, NamesServicesWhoseSdtCameBeforeThePat) {
 
 TEST_F(ADatabase, LearnsTheNetworkFromTheEitWhereThereIsNoSdt) {
     send(0, tsmake::patSection(sample));
-    EXPECT_EQ(database.channels().at(0).triplet(), ":1025:28106");
+    EXPECT_EQ(database.channels().at(0).triplet(), "65535:1025:28106");
     send(0x12, tsmake::eitSection(sample, sample.services[0], false));
     EXPECT_EQ(database.channels().at(0).triplet(), "1:1025:28106");
 }
