@@ -106,9 +106,9 @@ Options parseOptions(int argc, char** argv) {
     return options;
 }
 
-std::unique_ptr<broadcast::PacketFile> openOrEnd(const std::string& path) {
+std::unique_ptr<dtvservice::PacketFile> openOrEnd(const std::string& path) {
     std::string error;
-    std::unique_ptr<broadcast::PacketFile> file = broadcast::PacketFile::open(path, error);
+    std::unique_ptr<dtvservice::PacketFile> file = dtvservice::PacketFile::open(path, error);
     if (!file) {
         std::fprintf(stderr, "dtvserviced: %s\n", error.c_str());
         std::exit(1);
@@ -117,7 +117,7 @@ std::unique_ptr<broadcast::PacketFile> openOrEnd(const std::string& path) {
 }
 
 int list(const std::string& path) {
-    const std::unique_ptr<broadcast::PacketFile> file = openOrEnd(path);
+    const std::unique_ptr<dtvservice::PacketFile> file = openOrEnd(path);
     broadcast::Demux demux;
     class : public broadcast::SiListener {
         void onChannelList(const broadcast::SiDatabase&) override {}
@@ -181,12 +181,12 @@ private:
 
 /// The files among the inputs; null for what is none or cannot be opened. Where none can be and there is nothing else,
 /// this process ends.
-std::vector<std::unique_ptr<broadcast::PacketFile>> openFiles(const std::vector<dtvservice::InputName>& inputs) {
-    std::vector<std::unique_ptr<broadcast::PacketFile>> files;
+std::vector<std::unique_ptr<dtvservice::PacketFile>> openFiles(const std::vector<dtvservice::InputName>& inputs) {
+    std::vector<std::unique_ptr<dtvservice::PacketFile>> files;
     std::vector<std::string> problems;
     for (const dtvservice::InputName& input : inputs) {
         std::string problem;
-        files.push_back(input.isFile() ? broadcast::PacketFile::open(input.path, problem) : nullptr);
+        files.push_back(input.isFile() ? dtvservice::PacketFile::open(input.path, problem) : nullptr);
         if (!problem.empty()) {
             problems.push_back(problem);
         }
@@ -202,7 +202,7 @@ std::vector<std::unique_ptr<broadcast::PacketFile>> openFiles(const std::vector<
 }
 
 int serve(const Options& options) {
-    std::vector<std::unique_ptr<broadcast::PacketFile>> files = openFiles(options.inputs);
+    std::vector<std::unique_ptr<dtvservice::PacketFile>> files = openFiles(options.inputs);
     dtvservice::EventLoop loop;
     const SignalWaiter signals(loop);
     dtvservice::DtvService service(loop);

@@ -21,8 +21,7 @@ enum class Repeat { once, forever };
 class Playback {
 public:
     /// Without a file, the path is opened later. Played once, that is the end.
-    Playback(std::string newPath, std::unique_ptr<broadcast::PacketFile> newFile, broadcast::Demux& newDemux,
-             Repeat newRepeat);
+    Playback(std::string newPath, std::unique_ptr<PacketFile> newFile, broadcast::Demux& newDemux, Repeat newRepeat);
 
     /// When feed() is to be called next; none once the file has ended for good.
     std::optional<EventLoop::Clock::time_point> due();
@@ -33,10 +32,10 @@ private:
     void open();
 
     std::string path;
-    std::unique_ptr<broadcast::PacketFile> file;
+    std::unique_ptr<PacketFile> file;
     broadcast::Demux& demux;
     Repeat repeat;
-    broadcast::Pacer pacer;
+    Pacer pacer;
     const std::uint8_t* packet = nullptr;  // the one that is due
     EventLoop::Clock::time_point dueAt;    // of the packet, or of the next round
     EventLoop::Clock::time_point roundBegin = EventLoop::Clock::now();
@@ -49,6 +48,6 @@ enum class Others { none, live };
 void play(std::vector<Playback>& playbacks, EventLoop& loop, Others others);
 
 /// Reads the whole file as fast as it goes, without handling commands.
-void scan(broadcast::PacketFile& file, broadcast::Demux& demux);
+void scan(PacketFile& file, broadcast::Demux& demux);
 
 }  // namespace dtvservice

@@ -30,7 +30,7 @@ public:
 
 private:
     void run();
-    void playFrom(broadcast::PacketReader& reader);
+    void playFrom(PacketReader& reader);
     bool waitUntil(EventLoop::Clock::time_point time) const;
     void handOver(std::vector<std::uint8_t>& batch);
 

@@ -38,7 +38,7 @@ TEST_F(APlayback, LetsOthersPlayWhileItLooksForItsNextPacket) {
     writePackets(10);
     std::fclose(file);
     std::string error;
-    dtvservice::Playback playback(path, broadcast::PacketFile::open(path, error), demux, dtvservice::Repeat::once);
+    dtvservice::Playback playback(path, dtvservice::PacketFile::open(path, error), demux, dtvservice::Repeat::once);
     int stepsWithoutPacket = 0;
     while (playback.due()) {
         const std::uint64_t before = demux.packets();
@@ -54,7 +54,7 @@ TEST_F(APlayback, BeginsAgainAtItsEndAlone) {
     write(Bytes(std::size_t{2} << 20U, 0x00));
     std::fclose(file);
     std::string error;
-    dtvservice::Playback playback(path, broadcast::PacketFile::open(path, error), demux, dtvservice::Repeat::forever);
+    dtvservice::Playback playback(path, dtvservice::PacketFile::open(path, error), demux, dtvservice::Repeat::forever);
     constexpr int kSteps = 12;  // ten packets, the first of the two megabytes, and behind the other one the next round
     for (int step = 0; step < kSteps; ++step) {
         ASSERT_TRUE(playback.due());

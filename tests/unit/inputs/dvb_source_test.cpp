@@ -154,7 +154,7 @@ protected:
         }
     }
 
-    std::unique_ptr<broadcast::ByteSource> open(const char* input = kCable) {
+    std::unique_ptr<dtvservice::ByteSource> open(const char* input = kCable) {
         return dtvservice::openDvb(inputOf(input), wakeUp, error);
     }
     /// The error of an adapter that fails a step.

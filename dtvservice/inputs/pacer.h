@@ -14,7 +14,7 @@
 
 #include "ts_packet.h"
 
-namespace broadcast {
+namespace dtvservice {
 
 class Pacer {
 public:
@@ -22,14 +22,14 @@ public:
     static constexpr std::uint64_t kDefaultBitRate = 5000000;
 
     /// When the packet is due; `now` is the time of the call.
-    Clock::time_point due(TsPacket packet, Clock::time_point now);
+    Clock::time_point due(broadcast::TsPacket packet, Clock::time_point now);
     /// The packets that follow belong to another time base.
     void discontinuity();
 
 private:
-    static constexpr std::uint64_t kFewestPerSecond = kDefaultBitRate / (kPacketSize * 8);
+    static constexpr std::uint64_t kFewestPerSecond = kDefaultBitRate / (broadcast::kPacketSize * 8);
 
-    void onPcr(TsPacket packet, Clock::time_point now);
+    void onPcr(broadcast::TsPacket packet, Clock::time_point now);
 
     std::optional<std::uint16_t> pcrPid;
     std::optional<std::uint64_t> lastPcr;
@@ -38,4 +38,4 @@ private:
     std::optional<Clock::time_point> dueNow;            // of the last packet
 };
 
-}  // namespace broadcast
+}  // namespace dtvservice

@@ -22,7 +22,7 @@ protected:
         return {payloads.begin(), payloads.end()};
     }
 
-    broadcast::RtpReorderer row;
+    dtvservice::RtpReorderer row;
 };
 
 }  // namespace
@@ -47,12 +47,12 @@ TEST_F(ARow, GivesARepeatedPacketOnce) {
 TEST_F(ARow, CountsWhatDoesNotComeWithinItsWindow) {
     EXPECT_EQ(take(0, 'a'), "a");
     std::string all;
-    for (std::uint16_t number = 3; number < 3 + broadcast::RtpReorderer::kWindow; ++number) {
+    for (std::uint16_t number = 3; number < 3 + dtvservice::RtpReorderer::kWindow; ++number) {
         all += take(number, 'x');
     }
     EXPECT_EQ(all, "");
-    all = take(3 + broadcast::RtpReorderer::kWindow, 'y');
-    EXPECT_EQ(all, std::string(broadcast::RtpReorderer::kWindow, 'x') + "y");
+    all = take(3 + dtvservice::RtpReorderer::kWindow, 'y');
+    EXPECT_EQ(all, std::string(dtvservice::RtpReorderer::kWindow, 'x') + "y");
     EXPECT_EQ(row.lost(), 2U);
     EXPECT_EQ(take(1, 'b'), "") << "too late";
 }

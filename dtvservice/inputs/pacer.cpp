@@ -3,11 +3,11 @@
 
 #include <algorithm>
 
-namespace broadcast {
+namespace dtvservice {
 
 namespace {
 
-constexpr std::uint64_t kPacketBits = kPacketSize * 8;
+constexpr std::uint64_t kPacketBits = broadcast::kPacketSize * 8;
 /// No stream is faster: two PCRs that say so are damaged.
 constexpr std::uint64_t kMostPerSecond = 100 * Pacer::kDefaultBitRate / kPacketBits;
 constexpr std::chrono::nanoseconds kPacketTime{std::uint64_t{1000000000} * kPacketBits / Pacer::kDefaultBitRate};
@@ -21,7 +21,7 @@ void Pacer::discontinuity() {
     packetsPerSecond = kFewestPerSecond;
 }
 
-Pacer::Clock::time_point Pacer::due(TsPacket packet, Clock::time_point now) {
+Pacer::Clock::time_point Pacer::due(broadcast::TsPacket packet, Clock::time_point now) {
     if (!dueNow) {
         dueNow = now;
     }
@@ -36,16 +36,17 @@ Pacer::Clock::time_point Pacer::due(TsPacket packet, Clock::time_point now) {
     return *dueNow;
 }
 
-void Pacer::onPcr(TsPacket packet, Clock::time_point now) {
+void Pacer::onPcr(broadcast::TsPacket packet, Clock::time_point now) {
     if (pcrPid != packet.pid()) {
         discontinuity();
         pcrPid = packet.pid();
     }
     const std::uint64_t pcr = packet.pcr();
-    const std::uint64_t passed = lastPcr ? (pcr + kPcrWrap - *lastPcr) % kPcrWrap : kPcrWrap;
-    if (passed <= kPcrFrequency) {
+    const std::uint64_t passed =
+        lastPcr ? (pcr + broadcast::kPcrWrap - *lastPcr) % broadcast::kPcrWrap : broadcast::kPcrWrap;
+    if (passed <= broadcast::kPcrFrequency) {
         *dueNow += std::chrono::nanoseconds(passed * 1000 / 27);
-        const std::uint64_t rate = passed == 0 ? 0 : packetsSincePcr * kPcrFrequency / passed;
+        const std::uint64_t rate = passed == 0 ? 0 : packetsSincePcr * broadcast::kPcrFrequency / passed;
         packetsPerSecond = std::clamp(rate, kFewestPerSecond, kMostPerSecond);
     } else {
         dueNow = now;
@@ -54,4 +55,4 @@ void Pacer::onPcr(TsPacket packet, Clock::time_point now) {
     packetsSincePcr = 0;
 }
 
-}  // namespace broadcast
+}  // namespace dtvservice

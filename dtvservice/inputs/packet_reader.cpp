@@ -4,14 +4,14 @@
 #include <algorithm>
 #include <cstring>
 
-namespace broadcast {
+namespace dtvservice {
 
 namespace {
 
-constexpr std::size_t kStrides[] = {kPacketSize, 192, 204};
+constexpr std::size_t kStrides[] = {broadcast::kPacketSize, 192, 204};
 constexpr std::size_t kLongestStride = 204;
 constexpr std::size_t kTimestampSize = 4;  // in front of each packet that is 192 bytes from the next
-constexpr std::size_t kBufferSize = 1024 * kPacketSize;
+constexpr std::size_t kBufferSize = 1024 * broadcast::kPacketSize;
 /// Sync bytes in step that make a beginning; fewer only where the bytes end.
 constexpr std::size_t kStepsToBelieve = 4;
 
@@ -49,9 +49,9 @@ bool PacketReader::inStep(std::size_t position, std::size_t distance) const {
     for (std::size_t step = 0; step < kStepsToBelieve; ++step) {
         const std::size_t where = position + step * distance;
         if (where >= end) {
-            return step != 0 && position + kPacketSize <= end;
+            return step != 0 && position + broadcast::kPacketSize <= end;
         }
-        if (buffer[where] != kSyncByte) {
+        if (buffer[where] != broadcast::kSyncByte) {
             return false;
         }
     }
@@ -70,12 +70,12 @@ const std::uint8_t* PacketReader::next(std::uint64_t longestSearch) {
         const std::size_t needed = stride != 0 ? stride : kStepsToBelieve * kLongestStride;
         while (end - at < needed && fill()) {
         }
-        if (end - at < kPacketSize) {
+        if (end - at < broadcast::kPacketSize) {
             skipped += end - at;
             at = end;
             return nullptr;
         }
-        if (stride == 0 || buffer[at] != kSyncByte) {
+        if (stride == 0 || buffer[at] != broadcast::kSyncByte) {
             stride = strideAt(at);
             // The time stamp of the first packet belongs to it.
             skipped -= stride == 192 ? std::min<std::uint64_t>(skipped, kTimestampSize) : 0;
@@ -91,4 +91,4 @@ const std::uint8_t* PacketReader::next(std::uint64_t longestSearch) {
     return nullptr;
 }
 
-}  // namespace broadcast
+}  // namespace dtvservice

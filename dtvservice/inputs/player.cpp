@@ -14,7 +14,7 @@ constexpr std::chrono::seconds kPause{1};
 
 }  // namespace
 
-Playback::Playback(std::string newPath, std::unique_ptr<broadcast::PacketFile> newFile, broadcast::Demux& newDemux,
+Playback::Playback(std::string newPath, std::unique_ptr<PacketFile> newFile, broadcast::Demux& newDemux,
                    Repeat newRepeat)
     : path(std::move(newPath)),
       file(std::move(newFile)),
@@ -48,7 +48,7 @@ std::optional<EventLoop::Clock::time_point> Playback::due() {
 /// What is wrong was told before the first try.
 void Playback::open() {
     std::string error;
-    file = broadcast::PacketFile::open(path, error);
+    file = PacketFile::open(path, error);
     dueAt = EventLoop::Clock::now() + kPause;
     if (file != nullptr) {
         BLOG_TAGGED(blog::kOrdinary, "%s has been opened\n", path.c_str());
@@ -96,7 +96,7 @@ void play(std::vector<Playback>& playbacks, EventLoop& loop, Others others) {
     }
 }
 
-void scan(broadcast::PacketFile& file, broadcast::Demux& demux) {
+void scan(PacketFile& file, broadcast::Demux& demux) {
     // Twice, as it would be played: what comes before the table that announces it is found in the second round.
     for (int round = 0; round < 2; ++round) {
         file.rewind();

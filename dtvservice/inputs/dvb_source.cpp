@@ -155,7 +155,7 @@ void keepError(void* kept, int level, const char* format, ...) {
     *static_cast<std::string*>(kept) = text;
 }
 
-class Adapter final : public broadcast::ByteSource {
+class Adapter final : public ByteSource {
 public:
     Adapter(const InputName& newInput, int newWakeUp) : input(newInput), wakeUp(newWakeUp), devices(dvb_dev_alloc()) {
         dvb_dev_set_logpriv(devices, 0, keepError, &libraryError);
@@ -273,7 +273,7 @@ std::string checkDvb(const InputName& input) {
     return readTuning(input, error) ? std::string() : "input \"" + input.text + "\": " + error;
 }
 
-std::unique_ptr<broadcast::ByteSource> openDvb(const InputName& input, int wakeUp, std::string& error) {
+std::unique_ptr<ByteSource> openDvb(const InputName& input, int wakeUp, std::string& error) {
     std::string problem;
     const std::optional<Tuning> tuning = readTuning(input, problem);
     if (tuning) {

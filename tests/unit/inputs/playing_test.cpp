@@ -30,9 +30,9 @@ protected:
             write({packet.begin(), packet.end()});
         }
     }
-    std::unique_ptr<broadcast::PacketFile> open() {
+    std::unique_ptr<dtvservice::PacketFile> open() {
         std::fclose(file);
-        return broadcast::PacketFile::open(path, error);
+        return dtvservice::PacketFile::open(path, error);
     }
     /// So many packets of PID 100 in their order, and nothing between them.
     void expectPackets(int expected) {
@@ -47,7 +47,7 @@ protected:
         EXPECT_EQ(number, expected);
         EXPECT_EQ(packets->skippedBytes(), 0U);
     }
-    static int count(broadcast::PacketFile& packets) {
+    static int count(dtvservice::PacketFile& packets) {
         int number = 0;
         while (packets.next() != nullptr) {
             ++number;
@@ -60,7 +60,7 @@ protected:
     std::string error;
 };
 
-using Clock = broadcast::Pacer::Clock;
+using Clock = dtvservice::Pacer::Clock;
 
 Packet withPcr(std::uint16_t pid, std::uint64_t pcr) {
     Packet packet = PacketMaker(pid).packet({}, false);
@@ -157,7 +157,7 @@ TEST_F(AFile, MayBeCompressed) {
     EXPECT_EQ(count(*packets), 500);
     EXPECT_EQ(packets->error(), "");
     ASSERT_EQ(truncate(path, 300), 0);
-    const auto cut = broadcast::PacketFile::open(path, error);
+    const auto cut = dtvservice::PacketFile::open(path, error);
     ASSERT_TRUE(cut) << error;
     EXPECT_LT(count(*cut), 500);
     EXPECT_EQ(cut->error(), "cannot read " + std::string(path) + ": unexpected end of file");
@@ -208,23 +208,23 @@ TEST_F(AFile, ThatIsAPipeIsRefusedWithoutWaitingForAWriter) {
     std::fclose(file);
     std::remove(path);
     ASSERT_EQ(mkfifo(path, 0600), 0);
-    EXPECT_FALSE(broadcast::PacketFile::open(path, error));
+    EXPECT_FALSE(dtvservice::PacketFile::open(path, error));
     EXPECT_EQ(error,
               std::string(path) + " is no regular file; what comes by a pipe is played from standard input, \"-\"");
-    EXPECT_FALSE(broadcast::PacketFile::open("/dev/zero", error));
+    EXPECT_FALSE(dtvservice::PacketFile::open("/dev/zero", error));
     EXPECT_EQ(error, "/dev/zero is no regular file; what comes by a pipe is played from standard input, \"-\"");
 }
 
 TEST_F(AFile, ThatIsNotThereIsNamedWithTheReason) {
     std::fclose(file);
-    EXPECT_FALSE(broadcast::PacketFile::open("/nonexistent/file.ts", error));
+    EXPECT_FALSE(dtvservice::PacketFile::open("/nonexistent/file.ts", error));
     EXPECT_EQ(error, "cannot open /nonexistent/file.ts: No such file or directory");
-    EXPECT_FALSE(broadcast::PacketFile::open("/tmp", error));
+    EXPECT_FALSE(dtvservice::PacketFile::open("/tmp", error));
     EXPECT_EQ(error, "/tmp is a directory");
 }
 
 TEST(APacer, IsDueByThePcr) {
-    broadcast::Pacer pacer;
+    dtvservice::Pacer pacer;
     const Clock::time_point begin{};
     const auto due = [&](const Packet& packet) { return pacer.due(broadcast::TsPacket{packet.data()}, begin); };
     const Clock::time_point first = due(withPcr(100, 1000));
@@ -235,7 +235,7 @@ TEST(APacer, IsDueByThePcr) {
 }
 
 TEST(APacer, GoesOnWhereThePcrStartsOver) {
-    broadcast::Pacer pacer;
+    dtvservice::Pacer pacer;
     const Clock::time_point begin{};
     const Packet before = withPcr(100, broadcast::kPcrWrap - 27000 * 10);
     const Packet after = withPcr(100, 27000 * 30);
@@ -244,7 +244,7 @@ TEST(APacer, GoesOnWhereThePcrStartsOver) {
 }
 
 TEST(APacer, BeginsANewTimeBaseWhereThePcrJumps) {
-    broadcast::Pacer pacer;
+    dtvservice::Pacer pacer;
     const Clock::time_point begin{};
     const Clock::time_point later = begin + std::chrono::seconds(7);
     for (const std::uint64_t jump : {std::uint64_t{27000000} * 100, std::uint64_t{5}}) {
@@ -256,7 +256,7 @@ TEST(APacer, BeginsANewTimeBaseWhereThePcrJumps) {
 }
 
 TEST(APacer, GoesByTheNextPidWithAPcrWhereOneEnds) {
-    broadcast::Pacer pacer;
+    dtvservice::Pacer pacer;
     const Clock::time_point begin{};
     const auto due = [&](const Packet& packet) { return pacer.due(broadcast::TsPacket{packet.data()}, begin); };
     due(withPcr(100, 5));  // and never again
@@ -278,7 +278,7 @@ TEST(APacer, GoesByTheNextPidWithAPcrWhereOneEnds) {
 }
 
 TEST(APacer, StaysWithAPidWhosePcrsStandASecondsWorthOfPacketsApartAtMost) {
-    broadcast::Pacer pacer;
+    dtvservice::Pacer pacer;
     const Clock::time_point begin{};
     const auto due = [&](const Packet& packet) { return pacer.due(broadcast::TsPacket{packet.data()}, begin); };
     // PCRs 100 ms apart, each with 5000 packets behind it: 75 Mbit/s. Another PID's come in between.
@@ -297,7 +297,7 @@ TEST(APacer, StaysWithAPidWhosePcrsStandASecondsWorthOfPacketsApartAtMost) {
 }
 
 TEST(APacer, GoesByTheDefaultRateWhereThereIsNoPcr) {
-    broadcast::Pacer pacer;
+    dtvservice::Pacer pacer;
     const Packet packet = PacketMaker(100).packet({}, false);
     const Clock::time_point begin{};
     const Clock::time_point first = pacer.due(broadcast::TsPacket{packet.data()}, begin);

@@ -16,6 +16,6 @@ namespace dtvservice {
 /// What is wrong with the input's properties, which no adapter is needed to see; empty when nothing is.
 std::string checkDvb(const InputName& input);
 /// `wakeUp`: a descriptor that becomes readable when reading is to end.
-std::unique_ptr<broadcast::ByteSource> openDvb(const InputName& input, int wakeUp, std::string& error);
+std::unique_ptr<ByteSource> openDvb(const InputName& input, int wakeUp, std::string& error);
 
 }  // namespace dtvservice

@@ -23,7 +23,7 @@ namespace dtvservice {
 
 namespace {
 
-class StandardInput final : public broadcast::ByteSource {
+class StandardInput final : public ByteSource {
 public:
     explicit StandardInput(int newWakeUp) : wakeUp(newWakeUp) {}
 
@@ -45,7 +45,7 @@ private:
     int wakeUp;
 };
 
-class Datagrams final : public broadcast::ByteSource {
+class Datagrams final : public ByteSource {
 public:
     Datagrams(const InputName& newInput, int newDescriptor, int newWakeUp)
         : input(newInput), descriptor(newDescriptor), wakeUp(newWakeUp) {}
@@ -107,7 +107,7 @@ private:
     int wakeUp;
     std::vector<std::uint8_t> pending;
     std::size_t at = 0;
-    broadcast::RtpReorderer reorderer;
+    RtpReorderer reorderer;
     std::uint64_t told = 0;
     std::chrono::steady_clock::time_point lastLine;
 };
@@ -189,7 +189,7 @@ int openSocket(const InputName& input, std::string& error) {
 
 }  // namespace
 
-std::unique_ptr<broadcast::ByteSource> openLive(const InputName& input, int wakeUp, std::string& error) {
+std::unique_ptr<ByteSource> openLive(const InputName& input, int wakeUp, std::string& error) {
     if (input.kind == InputName::Kind::standardInput) {
         return std::make_unique<StandardInput>(wakeUp);
     }

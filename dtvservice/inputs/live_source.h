@@ -11,6 +11,6 @@
 namespace dtvservice {
 
 /// `wakeUp`: a descriptor that becomes readable when reading is to end.
-std::unique_ptr<broadcast::ByteSource> openLive(const InputName& input, int wakeUp, std::string& error);
+std::unique_ptr<ByteSource> openLive(const InputName& input, int wakeUp, std::string& error);
 
 }  // namespace dtvservice

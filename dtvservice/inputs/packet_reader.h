@@ -10,7 +10,7 @@
 #include "byte_source.h"
 #include "ts_packet.h"
 
-namespace broadcast {
+namespace dtvservice {
 
 class PacketReader {
 public:
@@ -43,4 +43,4 @@ private:
     std::uint64_t skipped = 0;
 };
 
-}  // namespace broadcast
+}  // namespace dtvservice

@@ -1,7 +1,7 @@
 // Reading and ordering RTP packets.
 #include "rtp.h"
 
-namespace broadcast {
+namespace dtvservice {
 
 namespace {
 
@@ -80,4 +80,4 @@ void RtpReorderer::skipGap() {
     next = waiting.begin()->first;
 }
 
-}  // namespace broadcast
+}  // namespace dtvservice

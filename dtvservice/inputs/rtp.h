@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-namespace broadcast {
+namespace dtvservice {
 
 class RtpReorderer {
 public:
@@ -31,4 +31,4 @@ private:
     std::uint64_t unreadable_ = 0;
 };
 
-}  // namespace broadcast
+}  // namespace dtvservice

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-namespace broadcast {
+namespace dtvservice {
 
 class ByteSource {
 public:
@@ -26,4 +26,4 @@ protected:
     std::string problem;
 };
 
-}  // namespace broadcast
+}  // namespace dtvservice

@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <cstring>
 
-namespace broadcast {
+namespace dtvservice {
 
 namespace {
 
@@ -92,4 +92,4 @@ std::unique_ptr<PacketFile> PacketFile::open(const std::string& path, std::strin
     return result;
 }
 
-}  // namespace broadcast
+}  // namespace dtvservice

@@ -41,9 +41,9 @@ void LiveInput::run() {
     std::string lastProblem;
     do {
         std::string problem;
-        std::unique_ptr<broadcast::ByteSource> source = openLive(input, wakeUp, problem);
+        std::unique_ptr<ByteSource> source = openLive(input, wakeUp, problem);
         if (source) {
-            broadcast::PacketReader reader(std::move(source));
+            PacketReader reader(std::move(source));
             playFrom(reader);
             problem = reader.error();
             loop.post([&demux = demux] { demux.discontinuity(); });
@@ -59,9 +59,9 @@ void LiveInput::run() {
     } while (waitUntil(EventLoop::Clock::now() + kPause));
 }
 
-void LiveInput::playFrom(broadcast::PacketReader& reader) {
+void LiveInput::playFrom(PacketReader& reader) {
     const bool paced = input.kind == InputName::Kind::standardInput;
-    broadcast::Pacer pacer;
+    Pacer pacer;
     std::vector<std::uint8_t> batch;
     while (const std::uint8_t* const packet = reader.next()) {
         const auto now = EventLoop::Clock::now();

@@ -5,7 +5,7 @@
 
 #include "packet_reader.h"
 
-namespace broadcast {
+namespace dtvservice {
 
 class PacketFile {
 public:
@@ -32,4 +32,4 @@ private:
     PacketReader reader;
 };
 
-}  // namespace broadcast
+}  // namespace dtvservice
