@@ -7,12 +7,12 @@
 #include <list>
 #include <thread>
 
-#include "dtv_service.h"
 #include "dvb_source.h"
 #include "frame/process.h"
 #include "live_input.h"
 #include "operator_server.h"
 #include "player.h"
+#include "rooms.h"
 #include "si/printable.h"
 
 namespace {
@@ -41,7 +41,7 @@ constexpr const char* kUsage =
 struct Options {
     std::vector<dtvservice::InputName> inputs;
     std::string list;
-    std::string serialNumber;
+    dtvservice::Settings settings;
     dtvservice::Repeat repeat = dtvservice::Repeat::forever;
 };
 
@@ -86,7 +86,7 @@ Options parseOptions(int argc, char** argv) {
                 options.repeat = dtvservice::Repeat::once;
                 break;
             case kSerialNumber:
-                options.serialNumber = optarg;
+                options.settings.serialNumber = optarg;
                 break;
             case kHelp:
                 std::fputs(kUsage, stdout);
@@ -140,14 +140,14 @@ int list(const std::string& path) {
     return 0;
 }
 
-dtvservice::DtvService* theService = nullptr;
+dtvservice::Core* theCore = nullptr;
 
-/// The process model's hook: one member, the stub over the service.
+/// The process model's hook: one member, the stub over the core's commands.
 frame::AbstractApplication** createServiceStub() {
     auto** const members =
         static_cast<frame::AbstractApplication**>(std::calloc(2, sizeof(frame::AbstractApplication*)));
-    auto* const stub = new lo::browserdvbservice::ServiceStub(*theService);
-    theService->connect(*stub);
+    auto* const stub = new lo::browserdvbservice::ServiceStub(theCore->commands);
+    theCore->browsers.connect(*stub);
     members[0] = stub;
     return members;
 }
@@ -205,28 +205,28 @@ int serve(const Options& options) {
     std::vector<std::unique_ptr<dtvservice::PacketFile>> files = openFiles(options.inputs);
     dtvservice::EventLoop loop;
     const SignalWaiter signals(loop);
-    dtvservice::DtvService service(loop);
-    service.setSerialNumber(options.serialNumber);
+    dtvservice::Core core(loop);
+    dtvservice::addRooms(core, options.settings);
     std::vector<dtvservice::Playback> playbacks;
     std::vector<std::pair<dtvservice::InputName, broadcast::Demux*>> live;
     for (std::size_t index = 0; index < files.size(); ++index) {
-        broadcast::Demux& demux = service.addMultiplex();
+        broadcast::Demux& demux = core.addMultiplex().demux;
         if (options.inputs[index].isFile()) {
             playbacks.emplace_back(options.inputs[index].path, std::move(files[index]), demux, options.repeat);
         } else {
             live.emplace_back(options.inputs[index], &demux);
         }
     }
-    theService = &service;
+    theCore = &core;
     frame::Process process = frame::Process::getInstance();
     const int started = process.startAppMembersSync(createServiceStub);
     if (started < 0) {
         std::fprintf(stderr, "dtvserviced: cannot take browsers (%d); the log says why\n", started);
         return 1;
     }
-    const dtvservice::OperatorServer operators(
-        control::defaultSocketPath(), loop,
-        [&service](const std::string& request) { return service.operate(request); });
+    const dtvservice::OperatorServer operators(control::defaultSocketPath(), loop, [&core](const std::string& request) {
+        return core.requests.answer(request);
+    });
     if (!operators.error().empty()) {
         std::fprintf(stderr, "dtvserviced: cannot take operators: %s\n", operators.error().c_str());
     }

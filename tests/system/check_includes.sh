@@ -25,13 +25,21 @@ declare -A may=(
     [si]=""
     [dtvservice/broadcast]="si"
     [dtvservice/control]=""
-    [dtvservice/core]="$contract $idiom dtvservice/broadcast"
+    [dtvservice/core]="$contract $idiom $records dtvservice/broadcast dtvservice/control"
     [dtvservice/inputs]="$contract $idiom dtvservice/broadcast dtvservice/core"
-    [dtvservice/src]="$contract $idiom $records si dtvservice/broadcast dtvservice/control dtvservice/core dtvservice/inputs"
     [tools/tsmake]="si"
     [tools/dtvctl]="dtvservice/control si"
     [tools/dvbshell]="$headers si"
 )
+
+# The program knows all of the reference service. Its other folders are rooms, which know the core and not each other.
+may[dtvservice/src]="$contract $idiom si $(echo dtvservice/*)"
+for folder in dtvservice/*/; do
+    folder=${folder%/}
+    if [ -z "${may[$folder]+row}" ]; then
+        may[$folder]="$contract $idiom $records si dtvservice/broadcast dtvservice/core"
+    fi
+done
 
 headers_by_name=$(mktemp)
 trap 'rm -f "$headers_by_name"' EXIT

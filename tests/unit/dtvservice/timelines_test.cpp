@@ -30,7 +30,6 @@ Packet startOfPes() {
 class SomeTimelines : public testing::Test {
 protected:
     SomeTimelines() {
-        si::Component video;
         video.type = si::ComponentType::video;
         video.pid = kPid;
         video.tag = kTag;
@@ -38,6 +37,7 @@ protected:
     }
     void feed(const Packet& packet) { demux.feed(broadcast::TsPacket{packet.data()}); }
 
+    si::Component video;
     broadcast::Demux demux;
     std::vector<std::string> told;
     dtvservice::Timelines timelines{
@@ -88,4 +88,17 @@ TEST_F(SomeTimelines, ForgetWhatWaitedForThoseThatAreGone) {
     feed(stampOf(9, 2));
     feed(startOfPes());
     EXPECT_THAT(told, testing::ElementsAre("1:7:9=2@4886718345"));
+}
+
+TEST_F(SomeTimelines, KeepWhatWaitsInAStreamThatStays) {
+    timelines.startTimeline(kBrowser, kTag, 9);
+    feed(stampOf(9, 1));
+    timelines.follow(demux, {video}, kPid);
+    feed(startOfPes());
+    EXPECT_THAT(told, testing::ElementsAre("1:7:9=1@4886718345"));
+    feed(stampOf(9, 2));
+    video.tag = kTag + 1;
+    timelines.follow(demux, {video}, kPid);
+    feed(startOfPes());
+    EXPECT_EQ(told.size(), 1U) << "it belonged to another component";
 }

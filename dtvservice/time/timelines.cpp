@@ -27,13 +27,14 @@ void Timelines::follow(broadcast::Demux& newDemux, const std::vector<si::Compone
                        std::uint16_t newPcrPid) {
     const std::uint16_t before = ptsPid;
     const bool same = demux == &newDemux && pcrPid == newPcrPid;
+    std::map<std::uint16_t, Stream> earlierStreams = same ? streams : std::map<std::uint16_t, Stream>();
     unwatch();
     demux = &newDemux;
     pcrPid = newPcrPid;
     ptsPid = pcrPid;
     streams[pcrPid];
-    const auto earlier = [](const si::Component& one, const si::Component& other) { return one.type < other.type; };
-    const auto reference = std::min_element(components.begin(), components.end(), earlier);
+    const auto byType = [](const si::Component& one, const si::Component& other) { return one.type < other.type; };
+    const auto reference = std::min_element(components.begin(), components.end(), byType);
     if (reference != components.end() && reference->type != si::ComponentType::subtitle) {
         ptsPid = reference->pid;
     }
@@ -44,7 +45,12 @@ void Timelines::follow(broadcast::Demux& newDemux, const std::vector<si::Compone
         pts.reset();
         pcrBase.reset();
     }
-    for (const auto& stream : streams) {
+    for (auto& stream : streams) {
+        // A PMT may come between a time stamp and its PES packet.
+        const auto earlier = earlierStreams.find(stream.first);
+        if (earlier != earlierStreams.end() && earlier->second.tag == stream.second.tag) {
+            stream.second.waiting = std::move(earlier->second.waiting);
+        }
         demux->watch(stream.first, [this, pid = stream.first](TsPacket packet) { onPacket(pid, packet); });
     }
 }

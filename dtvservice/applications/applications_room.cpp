@@ -1,0 +1,97 @@
+// Telling browsers of AITs, and noting what they tell of applications.
+#include "applications_room.h"
+
+#include "si/ait.h"
+
+namespace dtvservice {
+
+using broadcast::Channel;
+using broadcast::Section;
+
+ApplicationsRoom::ApplicationsRoom(Core& newCore) : core(newCore) {
+    core.commands.on.cmdTriggerAitReparse = calls(*this, &ApplicationsRoom::cmdTriggerAitReparse);
+    core.commands.on.cmdHandleHbbtvStatus = calls(*this, &ApplicationsRoom::cmdHandleHbbtvStatus);
+    core.commands.on.cmdSendOpAppInstallStatus = calls(*this, &ApplicationsRoom::cmdSendOpAppInstallStatus);
+}
+
+void ApplicationsRoom::cmdTriggerAitReparse(Browser asker) {
+    if (const Channel* const channel = core.presented()) {
+        tellAit(*channel, {asker});
+    }
+}
+
+void ApplicationsRoom::cmdHandleHbbtvStatus(Browser asker, int status) {
+    BLOG_TAGGED(blog::kOrdinary, "browser %u: application start status %d\n", asker, status);
+}
+
+void ApplicationsRoom::cmdSendOpAppInstallStatus(Browser asker, lo::browserdvbservice::OpappType type,
+                                                 lo::browserdvbservice::OpappInstallStatus status) {
+    BLOG_TAGGED(blog::kOrdinary, "browser %u: operator application of type %d, install status %d\n", asker,
+                static_cast<int>(type), static_cast<int>(status));
+}
+
+/// It is to know whose AIT the sections are that it will be given.
+void ApplicationsRoom::browserConnected(Browser browser) {
+    if (const Channel* const channel = core.presented()) {
+        tellAitChannel(*channel, {browser});
+    }
+}
+
+void ApplicationsRoom::aitChanged(const Channel&, const Section& section) {
+    tellAitSection(section, core.browsers.all());
+}
+
+void ApplicationsRoom::aitSignalled(const Channel& channel) {
+    tellAitState(channel, core.browsers.all());
+}
+
+void ApplicationsRoom::tell(Part part, const Channel& channel, const Audience& to) {
+    if (part == Part::ait) {
+        tellAit(channel, to);
+        tellAitState(channel, to);
+    }
+}
+
+/// The channel first, so that a browser knows whose the sections are.
+void ApplicationsRoom::tellAit(const Channel& channel, const Audience& to) {
+    tellAitChannel(channel, to);
+    for (const Section& section : core.received().si.ait(channel.serviceId)) {
+        tellAitSection(section, to);
+    }
+}
+
+void ApplicationsRoom::tellAitChannel(const Channel& channel, const Audience& to) {
+    core.browsers.tell(to, &Events::onAitChannelInfoUpdated, 0, networkOf(channel), channel.transportStreamId,
+                       channel.serviceId);
+}
+
+/// The section, then what it says of each application.
+void ApplicationsRoom::tellAitSection(const Section& section, const Audience& to) {
+    core.browsers.tell(to, &Events::onAitSectionAvailable, {section.begin(), section.end()});
+    std::string error;
+    const std::optional<si::Ait> ait = si::parseAit(section, error);
+    if (!ait) {
+        BLOG_TAGGED(blog::kUnsupported, "%s\n", error.c_str());
+        return;
+    }
+    for (const si::Ait::Application& application : ait->applications) {
+        const si::Ait::Profile profile =
+            application.profiles.empty() ? si::Ait::Profile() : application.profiles.front();
+        core.browsers.tell(to, &Events::onAitInfoAvailable, application.organisationId, application.applicationId,
+                           application.controlCode, profile.major, profile.minor, profile.micro, application.urlBase(),
+                           application.initialPath, application.priority);
+        for (const std::string& boundary : application.boundaries) {
+            core.browsers.tell(to, &Events::onAitBoundaryExtensionAvailable, application.organisationId,
+                               application.applicationId, boundary);
+        }
+    }
+}
+
+void ApplicationsRoom::tellAitState(const Channel& channel, const Audience& to) {
+    constexpr unsigned short kNone = 0;
+    constexpr unsigned short kSignalled = 1;
+    core.browsers.tell(to, &Events::onAitParsingStateChanged,
+                       core.received().si.signalsHbbTv(channel.serviceId) ? kSignalled : kNone);
+}
+
+}  // namespace dtvservice

@@ -1,0 +1,118 @@
+// Telling rooms what happens.
+#include "core.h"
+
+#include <nlohmann/json.hpp>
+
+namespace dtvservice {
+
+using broadcast::Channel;
+using broadcast::Section;
+using broadcast::SiDatabase;
+using nlohmann::json;
+
+Core::Core(EventLoop& newLoop)
+    : loop(newLoop),
+      commands(
+          newLoop, [this](Browser browser) { onBrowserConnected(browser); },
+          [this](Browser browser) { onBrowserGone(browser); }) {
+    requests.add("status", calls(*this, &Core::describeBrowsers));
+    requests.add("statistics", calls(*this, &Core::describeBrowsers));
+    requests.add("statistics", calls(*this, &Core::countPackets));
+}
+
+Multiplex& Core::addMultiplex() {
+    Multiplex& added = multiplexes.add(static_cast<broadcast::SiListener&>(*this));
+    if (received_ == nullptr) {
+        received_ = &added;
+        toRooms([&](Room& room) { room.multiplexReceived(added); });
+    }
+    return added;
+}
+
+const Channel* Core::presented() const {
+    return presentedId ? received_->si.find(*presentedId) : nullptr;
+}
+
+/// The presented service, where it is that one; or null.
+const Channel* Core::presentedOf(const SiDatabase& of, std::uint16_t serviceId) const {
+    return &of == &received_->si && presentedId == serviceId ? of.find(serviceId) : nullptr;
+}
+
+void Core::present(Multiplex& multiplex, const Channel& channel) {
+    received_ = &multiplex;
+    toRooms([&](Room& room) { room.multiplexReceived(multiplex); });
+    presentedId = channel.serviceId;
+    toRooms([&](Room& room) { room.servicePresented(channel); });
+}
+
+void Core::tellPresented(const Audience& to) {
+    const Channel* const channel = presented();
+    for (const Part part : {Part::pmt, Part::eit, Part::ait}) {
+        toRooms([&](Room& room) { room.tell(part, *channel, to); });
+    }
+}
+
+void Core::onBrowserConnected(Browser browser) {
+    browsers.add(browser);
+    toRooms([&](Room& room) { room.browserConnected(browser); });
+}
+
+void Core::onBrowserGone(Browser browser) {
+    toRooms([&](Room& room) { room.browserGone(browser); });
+    browsers.remove(browser);
+}
+
+void Core::onChannelList(const SiDatabase& of) {
+    BLOG_TAGGED(blog::kOrdinary, "%zu services\n", of.channels().size());
+    if (&of == &received_->si && presented() == nullptr) {
+        presentedId.reset();
+    }
+    toRooms([&](Room& room) { room.channelListChanged(multiplexes.of(of)); });
+}
+
+void Core::onPmt(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) {
+    // A service that a room presents because its PMT has arrived is told with its PMT then.
+    const Channel* const concerned = presentedOf(of, serviceId);
+    toRooms([&](Room& room) { room.pmtArrived(multiplexes.of(of), serviceId, section); });
+    if (concerned != nullptr) {
+        toRooms([&](Room& room) { room.pmtChanged(*concerned, section, changed); });
+    }
+}
+
+void Core::onEit(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) {
+    if (const Channel* const channel = presentedOf(of, serviceId)) {
+        toRooms([&](Room& room) { room.eitChanged(*channel, section, changed); });
+    }
+}
+
+void Core::onAit(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool) {
+    if (const Channel* const channel = presentedOf(of, serviceId)) {
+        toRooms([&](Room& room) { room.aitChanged(*channel, section); });
+    }
+}
+
+void Core::onAitSignalled(const SiDatabase& of, std::uint16_t serviceId, bool) {
+    if (const Channel* const channel = presentedOf(of, serviceId)) {
+        toRooms([&](Room& room) { room.aitSignalled(*channel); });
+    }
+}
+
+json Core::describeBrowsers(const json&) {
+    return {{"browsers", browsers.all()}};
+}
+
+json Core::countPackets(const json&) {
+    json inputs = json::array();
+    for (const Multiplex& multiplex : multiplexes) {
+        const broadcast::SectionCounts counts = multiplex.demux.counts();
+        inputs.push_back({{"packets", multiplex.demux.packets()},
+                          {"sections", counts.sections},
+                          {"continuityErrors", counts.continuityErrors},
+                          {"crcErrors", counts.crcErrors},
+                          {"cutSections", counts.cut},
+                          {"unusablePackets", counts.unusable}});
+    }
+    return {{"inputs", inputs}};
+}
+
+}  // namespace dtvservice

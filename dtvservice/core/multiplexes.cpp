@@ -1,0 +1,59 @@
+// Services over all inputs.
+#include "multiplexes.h"
+
+#include <algorithm>
+#include <map>
+
+namespace dtvservice {
+
+using broadcast::Channel;
+
+bool matches(const Channel& channel, const Triplet& wanted) {
+    return (!channel.originalNetworkId || *channel.originalNetworkId == wanted.onid) &&
+           channel.transportStreamId == wanted.tsid && channel.serviceId == wanted.sid;
+}
+
+std::uint16_t networkOf(const Channel& channel) {
+    constexpr std::uint16_t kUnknownId = 0xFFFF;
+    return channel.originalNetworkId.value_or(kUnknownId);
+}
+
+Multiplex& Multiplexes::of(const broadcast::SiDatabase& si) {
+    return *std::find_if(list.begin(), list.end(), [&si](const Multiplex& multiplex) { return &multiplex.si == &si; });
+}
+
+/// Whether a multiplex that is received has the service.
+bool Multiplexes::isReceived(const Channel& channel) const {
+    const Triplet wanted = {*channel.originalNetworkId, channel.transportStreamId, channel.serviceId};
+    return std::any_of(list.begin(), list.end(), [&wanted](const Multiplex& multiplex) {
+        const std::vector<Channel>& received = multiplex.si.channels();
+        return std::any_of(received.begin(), received.end(),
+                           [&wanted](const Channel& candidate) { return matches(candidate, wanted); });
+    });
+}
+
+std::vector<Channel> Multiplexes::channelsWithoutInput() const {
+    std::map<std::string, Channel> found;  // by triplet
+    for (const Multiplex& multiplex : list) {
+        for (const Channel& channel : multiplex.si.otherChannels()) {
+            Channel& kept = found.try_emplace(channel.triplet(), channel).first->second;
+            kept.name = kept.name.empty() ? channel.name : kept.name;
+        }
+    }
+    std::vector<Channel> channels;
+    for (const auto& entry : found) {
+        if (!isReceived(entry.second)) {
+            channels.push_back(entry.second);
+        }
+    }
+    return channels;
+}
+
+std::string Multiplexes::whyNotReceived(const std::string& triplet) const {
+    const std::vector<Channel> others = channelsWithoutInput();
+    const bool isKnown = std::any_of(others.begin(), others.end(),
+                                     [&triplet](const Channel& channel) { return channel.triplet() == triplet; });
+    return isKnown ? "service " + triplet + " is on no input" : "no service " + triplet + " in the channel list";
+}
+
+}  // namespace dtvservice

@@ -1,0 +1,37 @@
+// The values of an operator's request.
+// Threads: any.   Blocks: never.   Fails: throws std::invalid_argument that names the value.
+#pragma once
+
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <string>
+
+namespace dtvservice {
+
+template <typename Value>
+Value get(const nlohmann::json& request, const char* name) {
+    if (!request.contains(name)) {
+        throw std::invalid_argument(std::string(name) + " is missing");
+    }
+    try {
+        return request.at(name).get<Value>();
+    } catch (const nlohmann::json::exception&) {
+        throw std::invalid_argument(std::string(name) + " is of the wrong kind");
+    }
+}
+
+template <typename Number>
+Number getNumber(const nlohmann::json& request, const char* name) {
+    const auto value = get<std::int64_t>(request, name);
+    const auto number = static_cast<Number>(value);
+    // A number above the signed ones is another one as a signed one.
+    const bool isNegative = value < 0 && !request.at(name).is_number_unsigned();
+    if (!request.at(name).is_number_integer() || static_cast<std::int64_t>(number) != value ||
+        isNegative != (number < 0)) {
+        throw std::invalid_argument(std::string(name) + " is out of range");
+    }
+    return number;
+}
+
+}  // namespace dtvservice

@@ -1,0 +1,43 @@
+// What the operator shows on the screen, told to the browsers that follow it.
+#include "osd_room.h"
+#include "request_values.h"
+
+namespace dtvservice {
+
+using nlohmann::json;
+
+OsdRoom::OsdRoom(Core& newCore) : core(newCore) {
+    core.commands.on.cmdStartOSDDetection = calls(*this, &OsdRoom::cmdStartOSDDetection);
+    core.commands.on.cmdStopOSDDetection = calls(*this, &OsdRoom::cmdStopOSDDetection);
+    core.requests.add("osd", calls(*this, &OsdRoom::show));
+    core.requests.add("status", calls(*this, &OsdRoom::describe));
+}
+
+void OsdRoom::cmdStartOSDDetection(Browser asker, unsigned int layer) {
+    if (!followers.add(asker, layer)) {
+        BLOG_TAGGED(blog::kUnsupported, "browser %u: layer %u refused: it follows %zu others\n", asker, layer,
+                    OsdFollowers::kMostLayers);
+        return;
+    }
+    core.browsers.tell({asker}, &Events::onOSDStateChanged, layer, layers.count(layer) != 0 ? 1 : 0);
+}
+
+void OsdRoom::cmdStopOSDDetection(Browser asker, unsigned int layer) {
+    followers.remove(asker, layer);
+}
+
+json OsdRoom::show(const json& request) {
+    const auto layer = getNumber<std::uint32_t>(request, "layer");
+    const bool on = get<bool>(request, "on");
+    const bool changed = on ? layers.insert(layer).second : layers.erase(layer) != 0;
+    if (changed) {
+        core.browsers.tell(followers.followersOf(layer), &Events::onOSDStateChanged, layer, on ? 1 : 0);
+    }
+    return {{"changed", changed}};
+}
+
+json OsdRoom::describe(const json&) {
+    return {{"osdLayers", layers}};
+}
+
+}  // namespace dtvservice

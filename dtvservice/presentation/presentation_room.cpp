@@ -1,0 +1,200 @@
+// Tuning, and telling browsers which service is presented.
+#include "presentation_room.h"
+
+#include <algorithm>
+
+#include "channel_list.h"
+#include "request_values.h"
+
+namespace dtvservice {
+
+using broadcast::Channel;
+using broadcast::Section;
+using lo::browserdvbservice::TuneInfoChannel;
+using nlohmann::json;
+
+namespace {
+
+/// OIPF's channel idType of a tune by delivery system descriptor.
+constexpr unsigned int kIdTypeSiDirect = 13;
+constexpr int kFirst = 0;
+constexpr int kChanged = 1;
+constexpr const char* kStarted = "service_started";
+constexpr const char* kFailed = "service_failed";
+
+}  // namespace
+
+PresentationRoom::PresentationRoom(Core& newCore) : core(newCore) {
+    core.commands.on.cmdTuneToService = calls(*this, &PresentationRoom::cmdTuneToService);
+    core.commands.on.cmdTriggerServiceInfoAcquire = calls(*this, &PresentationRoom::cmdTriggerServiceInfoAcquire);
+    core.commands.on.cmdSendPMTCache = calls(*this, &PresentationRoom::cmdSendPMTCache);
+    core.commands.on.cmdDtvInfoRequest = calls(*this, &PresentationRoom::cmdDtvInfoRequest);
+    core.requests.add("channels", [this](const json&) { return channelList(core); });
+    core.requests.add("tune", calls(*this, &PresentationRoom::tuneAsOperated));
+    core.requests.add("status", calls(*this, &PresentationRoom::describe));
+}
+
+void PresentationRoom::cmdTuneToService(Browser asker, const TuneInfoChannel& wanted) {
+    const bool isDone = wanted.idType == kIdTypeSiDirect ? tuneByDescriptor(wanted) : tune(wanted);
+    if (!isDone) {
+        // What is presented stays, and its triplet is what the asker is to believe.
+        const Channel* const staying = core.presented();
+        core.browsers.tell({asker}, &Events::onServiceChanged, kFailed,
+                           staying == nullptr ? std::string() : staying->triplet());
+    }
+}
+
+bool PresentationRoom::tune(const TuneInfoChannel& wanted) {
+    const Triplet triplet = {wanted.onid, wanted.tsid, wanted.sid};
+    const Multiplexes::Found found =
+        core.multiplexes.find([&](const Channel& channel) { return matches(channel, triplet); });
+    if (found.channel == nullptr) {
+        const std::string text =
+            std::to_string(wanted.onid) + ":" + std::to_string(wanted.tsid) + ":" + std::to_string(wanted.sid);
+        BLOG_TAGGED(blog::kUnsupported, "%s\n", core.multiplexes.whyNotReceived(text).c_str());
+        return false;
+    }
+    present(*found.multiplex, *found.channel);
+    return true;
+}
+
+/// The multiplex is the one that a NIT, its own or another's, gives these very bytes.
+bool PresentationRoom::tuneByDescriptor(const TuneInfoChannel& wanted) {
+    Multiplexes& all = core.multiplexes;
+    for (Multiplex& multiplex : all) {
+        const Channel* const channel = multiplex.si.find(static_cast<std::uint16_t>(wanted.sid));
+        const bool isIt = channel != nullptr && std::any_of(all.begin(), all.end(), [&](const Multiplex& telling) {
+                              return telling.si.hasDeliverySystem(*channel, wanted.dsd);
+                          });
+        if (isIt) {
+            present(multiplex, *channel);
+            return true;
+        }
+    }
+    BLOG_TAGGED_AS(blog::kUnsupported, "cmdTuneToService",
+                   "no multiplex with service %u has this delivery system descriptor of %zu bytes\n", wanted.sid,
+                   wanted.dsd.size());
+    return false;
+}
+
+void PresentationRoom::cmdTriggerServiceInfoAcquire(Browser asker) {
+    tellServiceInfo(asker);
+}
+
+void PresentationRoom::cmdSendPMTCache(Browser asker) {
+    if (const Channel* const channel = core.presented()) {
+        tellPmt(*channel, {asker});
+    }
+}
+
+/// The service and its PMT, as the event for data services carries it.
+void PresentationRoom::cmdDtvInfoRequest(Browser asker) {
+    tellServiceInfo(asker);
+    const Channel* const channel = core.presented();
+    const Section pmt = channel == nullptr ? Section() : core.received().si.pmt(channel->serviceId);
+    if (!pmt.empty()) {
+        core.browsers.tell({asker}, &Events::onDATagsServicePmtDataChange, networkOf(*channel),
+                           channel->transportStreamId, channel->serviceId, kFirst, {pmt.begin(), pmt.end()});
+    }
+}
+
+/// It was there before the service, maybe, and asked for the channel in vain.
+void PresentationRoom::browserConnected(Browser browser) {
+    if (core.presented() != nullptr) {
+        tellServiceInfo(browser);
+    }
+}
+
+void PresentationRoom::present(Multiplex& multiplex, const Channel& channel) {
+    toldTriplet = channel.triplet();
+    core.present(multiplex, channel);
+    BLOG_TAGGED(blog::kOrdinary, "presenting %s %s\n", channel.triplet().c_str(), channel.name.c_str());
+    core.browsers.tell(core.browsers.all(), &Events::onServiceChanged, kStarted, channel.triplet());
+    core.tellPresented(core.browsers.all());
+}
+
+void PresentationRoom::channelListChanged(Multiplex& multiplex) {
+    const Channel* const channel = core.presented();
+    if (channel == nullptr) {
+        presentFirst(multiplex);
+    } else if (&multiplex == &core.received() && channel->triplet() != toldTriplet) {
+        // Its network has become known. What was told of it so far was told of another triplet.
+        present(multiplex, *channel);
+    }
+}
+
+void PresentationRoom::pmtArrived(Multiplex& multiplex, std::uint16_t, const Section&) {
+    if (core.presented() == nullptr) {
+        presentFirst(multiplex);
+    }
+}
+
+/// A set always presents something: until a browser tunes, the first service whose PMT has come. Whoever is told of it
+/// files it, and its AIT, under its triplet, so that is to be whole.
+void PresentationRoom::presentFirst(Multiplex& multiplex) {
+    const std::vector<Channel>& channels = multiplex.si.channels();
+    const auto first = std::find_if(channels.begin(), channels.end(), [&multiplex](const Channel& channel) {
+        return !multiplex.si.pmt(channel.serviceId).empty();
+    });
+    if (first != channels.end() && multiplex.si.isIdentified()) {
+        present(multiplex, *first);
+    }
+}
+
+void PresentationRoom::pmtChanged(const Channel& channel, const Section& section, bool changed) {
+    tellPmtSection(channel, section, changed, core.browsers.all());
+}
+
+void PresentationRoom::eitChanged(const Channel&, const Section& section, bool changed) {
+    core.browsers.tell(core.browsers.all(), &Events::onEitDataChange, changed ? kChanged : kFirst,
+                       {section.begin(), section.end()});
+}
+
+void PresentationRoom::tell(Part part, const Channel& channel, const Audience& to) {
+    if (part == Part::pmt) {
+        tellPmt(channel, to);
+    }
+    if (part == Part::eit) {
+        for (const Section& section : core.received().si.eit(channel.serviceId)) {
+            core.browsers.tell(to, &Events::onEitDataChange, kFirst, {section.begin(), section.end()});
+        }
+    }
+}
+
+void PresentationRoom::tellServiceInfo(Browser browser) {
+    const Channel* const channel = core.presented();
+    core.browsers.tell({browser}, &Events::onAcquireDtvServiceInfo,
+                       channel == nullptr ? std::string() : channel->triplet());
+}
+
+void PresentationRoom::tellPmt(const Channel& channel, const Audience& to) {
+    const Section pmt = core.received().si.pmt(channel.serviceId);
+    if (!pmt.empty()) {
+        tellPmtSection(channel, pmt, false, to);
+    }
+}
+
+void PresentationRoom::tellPmtSection(const Channel& channel, const Section& section, bool changed,
+                                      const Audience& to) {
+    core.browsers.tell(to, &Events::onPmtDataChange, networkOf(channel), channel.transportStreamId, channel.serviceId,
+                       changed ? kChanged : kFirst, {section.begin(), section.end()});
+}
+
+json PresentationRoom::tuneAsOperated(const json& request) {
+    const auto wanted = get<std::string>(request, "triplet");
+    const Multiplexes::Found found =
+        core.multiplexes.find([&](const Channel& channel) { return channel.triplet() == wanted; });
+    if (found.channel == nullptr) {
+        throw std::invalid_argument(core.multiplexes.whyNotReceived(wanted));
+    }
+    present(*found.multiplex, *found.channel);
+    return json::object();
+}
+
+json PresentationRoom::describe(const json&) {
+    const Channel* const channel = core.presented();
+    return {{"presented", channel == nullptr ? json() : json(channel->triplet())},
+            {"name", channel == nullptr ? json() : json(channel->name)}};
+}
+
+}  // namespace dtvservice

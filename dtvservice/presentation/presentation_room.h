@@ -1,0 +1,42 @@
+// PresentationRoom: which service is presented, as browsers, the operator and the broadcast itself want it; its PMT and
+// its EIT present/following.
+// Threads: the loop's.   Blocks: never.   Fails: a tune that fails is told in the log and to the browser that asked.
+#pragma once
+
+#include "core.h"
+
+namespace dtvservice {
+
+class PresentationRoom : public Room {
+public:
+    explicit PresentationRoom(Core& newCore);
+
+    void channelListChanged(Multiplex& multiplex) override;
+    void pmtArrived(Multiplex& multiplex, std::uint16_t serviceId, const broadcast::Section& section) override;
+    void pmtChanged(const broadcast::Channel& channel, const broadcast::Section& section, bool changed) override;
+    void eitChanged(const broadcast::Channel& channel, const broadcast::Section& section, bool changed) override;
+    void tell(Part part, const broadcast::Channel& channel, const Audience& to) override;
+    void browserConnected(Browser browser) override;
+
+private:
+    void cmdTuneToService(Browser asker, const lo::browserdvbservice::TuneInfoChannel& wanted);
+    void cmdTriggerServiceInfoAcquire(Browser asker);
+    void cmdSendPMTCache(Browser asker);
+    void cmdDtvInfoRequest(Browser asker);
+    bool tune(const lo::browserdvbservice::TuneInfoChannel& wanted);
+    bool tuneByDescriptor(const lo::browserdvbservice::TuneInfoChannel& wanted);
+    void present(Multiplex& multiplex, const broadcast::Channel& channel);
+    void presentFirst(Multiplex& multiplex);
+    void tellServiceInfo(Browser browser);
+    void tellPmt(const broadcast::Channel& channel, const Audience& to);
+    void tellPmtSection(const broadcast::Channel& channel, const broadcast::Section& section, bool changed,
+                        const Audience& to);
+
+    nlohmann::json tuneAsOperated(const nlohmann::json& request);
+    nlohmann::json describe(const nlohmann::json& request);
+
+    Core& core;
+    std::string toldTriplet;  // of the presented service, as browsers know it
+};
+
+}  // namespace dtvservice

@@ -1,0 +1,39 @@
+// Operators' requests and their answers, line by line.
+#include "operator_requests.h"
+
+#include <gtest/gtest.h>
+
+#include "request_values.h"
+
+namespace {
+
+using nlohmann::json;
+
+class AnOperatorsRequest : public testing::Test {
+protected:
+    dtvservice::OperatorRequests requests;
+};
+
+}  // namespace
+
+TEST_F(AnOperatorsRequest, IsAnsweredByAllThatHaveSomethingToSay) {
+    requests.add("status", [](const json&) { return json{{"slots", 2}}; });
+    requests.add("other", [](const json&) { return json{{"unasked", true}}; });
+    requests.add("status", [](const json&) { return json{{"layers", 3}}; });
+    EXPECT_EQ(requests.answer(R"({"command":"status"})"), R"({"layers":3,"ok":true,"slots":2})");
+}
+
+TEST_F(AnOperatorsRequest, IsRefusedWithWhatIsWrongWithIt) {
+    requests.add("osd", [](const json& request) {
+        return json{{"was", dtvservice::getNumber<std::uint8_t>(request, "layer")}};
+    });
+    const auto refused = [](const std::string& error) { return R"({"error":")" + error + R"(","ok":false})"; };
+    EXPECT_EQ(requests.answer("osd"), refused("a request is a JSON object in one line"));
+    EXPECT_EQ(requests.answer("{}"), refused("command is missing"));
+    EXPECT_EQ(requests.answer(R"({"command":7})"), refused("command is of the wrong kind"));
+    EXPECT_EQ(requests.answer(R"({"command":"sing"})"), refused("unknown command sing"));
+    EXPECT_EQ(requests.answer(R"({"command":"osd"})"), refused("layer is missing"));
+    EXPECT_EQ(requests.answer(R"({"command":"osd","layer":256})"), refused("layer is out of range"));
+    EXPECT_EQ(requests.answer(R"({"command":"osd","layer":1.5})"), refused("layer is out of range"));
+    EXPECT_EQ(requests.answer(R"({"command":"osd","layer":255})"), R"({"ok":true,"was":255})");
+}
