@@ -31,9 +31,10 @@ struct Value {
     std::uint64_t number = 0;
     std::string text;
 
-    int asInt() const { return static_cast<int>(static_cast<std::int64_t>(number)); }
-    std::uint32_t asU32() const { return static_cast<std::uint32_t>(number); }
-    std::uint16_t asU16() const { return static_cast<std::uint16_t>(number); }
+    template <typename Number>
+    Number as() const {
+        return static_cast<Number>(number);
+    }
 };
 using Values = std::vector<Value>;
 

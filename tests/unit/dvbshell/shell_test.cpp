@@ -108,11 +108,11 @@ TEST(TheShellsTable, HasARowForEverySlotOfTheInterface) {
 }
 
 TEST(AnArgument, IsTakenAtTheEndsOfItsRange) {
-    EXPECT_EQ(valuesOf("select -2147483648")[0].asInt(), -2147483647 - 1);
-    EXPECT_EQ(valuesOf("select 2147483647")[0].asInt(), 2147483647);
-    EXPECT_EQ(valuesOf("pts 4294967295")[0].asU32(), 4294967295U);
+    EXPECT_EQ(valuesOf("select -2147483648")[0].as<int>(), -2147483647 - 1);
+    EXPECT_EQ(valuesOf("select 2147483647")[0].as<int>(), 2147483647);
+    EXPECT_EQ(valuesOf("pts 4294967295")[0].as<std::uint32_t>(), 4294967295U);
     EXPECT_EQ(valuesOf("ca-connect 18446744073709551615")[0].number, 18446744073709551615ULL);
-    EXPECT_EQ(valuesOf("ca-disconnect 0xffff")[0].asU16(), 65535);
+    EXPECT_EQ(valuesOf("ca-disconnect 0xffff")[0].as<std::uint16_t>(), 65535);
     EXPECT_EQ(valuesOf("tune-dsd 5A000b 1 0")[0].text, std::string("\x5A\x00\x0B", 3));
     EXPECT_EQ(valuesOf("audio-source \"two words\"")[0].text, "two words");
     EXPECT_EQ(valuesOf("audio-source \"\"")[0].text, "");
