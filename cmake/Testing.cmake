@@ -19,3 +19,11 @@ function(dtv_add_test name)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
     PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}")
 endfunction()
+
+# dtv_wrap_time(NAME): the test program uses wrapped_time.h; what it calls goes through wrapped_time.cpp.
+function(dtv_wrap_time name)
+  target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/wrapped_time.cpp)
+  foreach(wrapped pthread_cond_timedwait pthread_cond_clockwait clock_gettime usleep)
+    target_link_options(${name} PRIVATE LINKER:--wrap=${wrapped})
+  endforeach()
+endfunction()

@@ -22,6 +22,7 @@ struct Recorder {
     int sendResult = 0;
     std::vector<Registration> registrations;
     std::vector<LogLine> log;
+    std::function<void(const LogLine&)> logAction;
     std::vector<MemoryDump> dumps;
     int setUpResult = 0;
     int startResult = 0;

@@ -61,6 +61,12 @@ std::vector<LogLine> log() {
     return recorder.log;
 }
 
+void setLogAction(std::function<void(const LogLine&)> action) {
+    Recorder& recorder = Recorder::instance();
+    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    recorder.logAction = std::move(action);
+}
+
 std::vector<LogLine> logOf(const std::string& function) {
     std::vector<LogLine> lines;
     for (LogLine& line : log()) {
@@ -120,11 +126,16 @@ void ovxDebugOutput0(ovxDebugFrame*, ovxDebugChunk*, std::uint32_t level, const 
     line.text = recording::formatText(format, arguments);
     va_end(arguments);
     recording::takeApart(line);
+    std::function<void(const recording::LogLine&)> action;
     {
         const std::lock_guard<std::mutex> lock(recorder.mutex);
-        recorder.log.push_back(std::move(line));
+        recorder.log.push_back(line);
+        action = recorder.logAction;
     }
     recorder.changed.notify_all();
+    if (action) {
+        action(line);
+    }
 }
 
 void dump_memory(const char* title, const void* bytes, std::uint32_t count, int value) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <boost/interprocess/exceptions.hpp>
 #include <deque>
+#include <utility>
 
 #include "ovx/osal_thread.h"
 #include "recorder.h"
@@ -21,6 +22,7 @@ struct Channel {
     std::size_t maxMessageSize = 0;
     std::size_t maxMessages = 0;
     bool failing = false;
+    std::exception_ptr failure;  // null for an interprocess error
 };
 
 /// The channels by name.
@@ -93,6 +95,9 @@ void IPCMessageQueue::Receive(IPCMessage& message) {
         channel.changed.wait(lock, [&channel] { return channel.failing || !channel.messages.empty(); });
         if (channel.failing) {
             channel.failing = false;
+            if (channel.failure) {
+                std::rethrow_exception(std::exchange(channel.failure, nullptr));
+            }
             throw boost::interprocess::interprocess_exception(boost::interprocess::error_info(EIO), "receive failed");
         }
         const std::vector<std::uint8_t> bytes = std::move(channel.messages.front());
@@ -170,13 +175,14 @@ std::size_t waitingSections(const std::string& queue) {
     return channel->messages.size();
 }
 
-bool failReceive(const std::string& queue) {
+bool failReceive(const std::string& queue, std::exception_ptr error) {
     velmora::msgqueue::Channel* const channel = velmora::msgqueue::Channels::instance().find(queue);
     if (channel == nullptr) {
         return false;
     }
     const std::lock_guard<std::mutex> lock(channel->mutex);
     channel->failing = true;
+    channel->failure = std::move(error);
     channel->changed.notify_all();
     return true;
 }

@@ -95,6 +95,7 @@ void reset() {
     recorder.sendAction = nullptr;
     recorder.sendResult = 0;
     recorder.log.clear();
+    recorder.logAction = nullptr;
     recorder.dumps.clear();
     recorder.setUpResult = 0;
     recorder.startResult = 0;

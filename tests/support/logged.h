@@ -61,4 +61,27 @@ inline std::vector<std::string> traces() {
     return texts;
 }
 
+/// The captured lines of the service object's and the DVB API's units in their order, as "function: message", traces as
+/// "-> function", "<- function" and "[TRACE] function".
+inline std::vector<std::string> story() {
+    std::vector<std::string> told;
+    for (const recording::LogLine& line : recording::log()) {
+        const bool isTrace = line.level == blog::kTrace;
+        const std::size_t fileAt = isTrace ? line.text.find("] ") + 2 : 0;
+        const std::string file = isTrace ? line.text.substr(fileAt) : line.file;
+        if (file.rfind("browser_dvb", 0) != 0) {
+            continue;
+        }
+        const std::string mark = line.text.substr(0, fileAt);
+        if (!isTrace) {
+            told.push_back(line.function + ": " + line.message);
+        } else if (mark.rfind("[TRACE ", 0) == 0) {
+            told.push_back(mark.substr(7, mark.find('(') - 7));
+        } else {
+            told.push_back("[TRACE] " + file.substr(file.rfind(':') + 1, file.size() - file.rfind(':') - 2));
+        }
+    }
+    return told;
+}
+
 }  // namespace logged

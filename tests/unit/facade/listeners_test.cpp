@@ -1,7 +1,24 @@
 // The listeners: their registry, and the fan-out of an event.
 #include "facade_fixture.h"
+#include "waits_for_lock.h"
+
+namespace velmora::dvbservice {
+
+/// Looks at what the DVB API keeps to itself.
+struct BrowserDvbAPITestAccess {
+    static boost::recursive_mutex& listenersMutex(BrowserDvbAPI& api) { return api.listenersMutex; }
+    static std::size_t count(BrowserDvbAPI& api) {
+        const boost::recursive_mutex::scoped_lock lock(api.listenersMutex);
+        return api.listeners.size();
+    }
+};
+
+}  // namespace velmora::dvbservice
 
 namespace {
+
+using velmora::dvbservice::BrowserDvbAPI;
+using velmora::dvbservice::BrowserDvbAPITestAccess;
 
 using Listener = std::shared_ptr<RecordingListener>;
 
@@ -24,6 +41,7 @@ protected:
         api->addListener(listener);
         return listener;
     }
+    static BrowserDvbAPI& own() { return *BrowserDvbAPI::getInstance(); }
     static void ptsEvent() { injectEvent<messages::OnPtsNotify>(1ULL, 2ULL); }
 
 private:
@@ -67,6 +85,7 @@ TEST_F(AListenerRegistry, AcceptsANullListenerAndPassesItOver) {
     const Listener first = added();
     api->addListener(nullptr);
     api->addListener(nullptr);
+    EXPECT_EQ(BrowserDvbAPITestAccess::count(own()), 2U) << "once, as any other";
     const Listener last = added();
     ptsEvent();
     EXPECT_EQ(first->calls().size(), 1U);
@@ -83,8 +102,89 @@ TEST_F(AListenerRegistry, CallsInOrderOfRegistration) {
     EXPECT_THAT(order, testing::ElementsAre(1, 2));
 }
 
-TEST_F(AListenerRegistry, IsFineWithNobodyInIt) {
+TEST_F(AListenerRegistry, KeepsTheOrderOfTheOthersAfterARemoval) {
+    std::vector<int> order;
+    const std::vector<Listener> four = {added(), added(), added(), added()};
+    for (int index = 0; index < 4; ++index) {
+        four[static_cast<std::size_t>(index)]->reaction = [&order, index] { order.push_back(index); };
+    }
+    api->removeListener(four[1]);
     ptsEvent();
+    EXPECT_THAT(order, testing::ElementsAre(0, 2, 3));
+    order.clear();
+    api->addListener(four[1]);
+    api->removeListener(four[0]);
+    ptsEvent();
+    EXPECT_THAT(order, testing::ElementsAre(2, 3, 1)) << "a listener that comes back stands at the end";
+}
+
+TEST_F(AListenerRegistry, TellsListenersApartByTheirAddress) {
+    // Two that are alike in every value.
+    const Listener first = added();
+    const Listener second = added();
+    EXPECT_EQ(BrowserDvbAPITestAccess::count(own()), 2U);
+    // The same listener through another owner.
+    api->addListener(std::shared_ptr<RecordingListener>(first.get(), [](RecordingListener*) {}));
+    EXPECT_EQ(BrowserDvbAPITestAccess::count(own()), 2U);
+    api->removeListener(std::shared_ptr<RecordingListener>(second.get(), [](RecordingListener*) {}));
+    ptsEvent();
+    EXPECT_EQ(first->calls().size(), 1U);
+    EXPECT_TRUE(second->calls().empty());
+}
+
+TEST_F(AListenerRegistry, IsOpenToOtherThreadsDuringACall) {
+    const Listener first = added();
+    const Listener late = make();
+    std::future<void> other;
+    bool changed = false;
+    first->reaction = [&] {
+        other = std::async(std::launch::async, [&] {
+            api->addListener(late);
+            api->removeListener(late);
+        });
+        changed = isReady(other);
+    };
+    ptsEvent();
+    EXPECT_TRUE(changed) << "the lock is held during the call";
+}
+
+TEST_F(AListenerRegistry, TakesItsLockForEveryChangeAndForTheCopyOfAFanOut) {
+    const Listener listener = added();
+    boost::recursive_mutex& mutex = BrowserDvbAPITestAccess::listenersMutex(own());
+    EXPECT_TRUE(waitsForLock(mutex, [&] { api->addListener(listener); }));
+    EXPECT_TRUE(waitsForLock(mutex, [&] { api->removeListener(listener); }));
+    EXPECT_TRUE(waitsForLock(mutex, [&] { own().onAllTerminalStoped(); }));
+    EXPECT_TRUE(isFree(mutex));
+}
+
+TEST_F(AListenerRegistry, KeepsAListenerThatIsReleasedDuringTheEventUntilItsCallIsOver) {
+    struct Mourned : RecordingListener {
+        explicit Mourned(std::vector<std::string>& newStory) : story(newStory) {}
+        ~Mourned() override { story.emplace_back("released"); }
+        void onPtsNotify(std::uint64_t, std::uint64_t) override { story.emplace_back("called"); }
+        std::vector<std::string>& story;
+    };
+    std::vector<std::string> story;
+    const Listener first = added();
+    std::shared_ptr<Mourned> released = std::make_shared<Mourned>(story);
+    api->addListener(released);
+    first->reaction = [&] {
+        api->removeListener(released);
+        released.reset();
+    };
+    ptsEvent();
+    EXPECT_THAT(story, testing::ElementsAre("called", "released"));
+}
+
+TEST_F(AListenerRegistry, ReleasesItsListenersWhenItGoes) {
+    std::weak_ptr<RecordingListener> observed;
+    {
+        BrowserDvbAPI passing;
+        const auto listener = std::make_shared<RecordingListener>();
+        observed = listener;
+        passing.addListener(listener);
+    }
+    EXPECT_TRUE(observed.expired());
 }
 
 TEST_F(AListenerRegistry, LetsAListenerRemoveItselfFromInsideItsCall) {
@@ -147,4 +247,113 @@ TEST_F(AListenerRegistry, KeepsTheAitTripletForTheSectionsThatFollow) {
                                                     "New AIT Section: 1,1025,28106, len: 3\n")));
     EXPECT_THAT(listener->calls(), testing::ElementsAre("onAITChannelInfoChanged()", "OnChannelChanged(1, 9, 9, 9)",
                                                         "onAITSectionUpdated(1, 1025, 28106, 3:616974)"));
+}
+
+TEST_F(AListenerRegistry, StoresTheAitTripletBeforeListenersHearOfIt) {
+    const Listener listener = added();
+    listener->reaction = [&] {
+        listener->reaction = nullptr;
+        own().onAITSectionUpdated("");
+    };
+    own().onAITChannelInfoChanged(0, 1, 1025, 28106);
+    EXPECT_THAT(listener->calls(),
+                testing::ElementsAre("onAITChannelInfoChanged()", "onAITSectionUpdated(1, 1025, 28106, 0:)"));
+}
+
+TEST_F(AListenerRegistry, ReadsTheAitTripletAnewForEachListener) {
+    own().onAITChannelInfoChanged(0, 1, 2, 3);
+    const Listener first = added();
+    const Listener second = added();
+    first->reaction = [&] {
+        first->reaction = nullptr;
+        own().onAITChannelInfoChanged(0, 4, 5, 6);
+    };
+    own().onAITSectionUpdated("s");
+    EXPECT_THAT(first->calls(),
+                testing::ElementsAre("onAITSectionUpdated(1, 2, 3, 1:73)", "onAITChannelInfoChanged()"));
+    EXPECT_THAT(second->calls(),
+                testing::ElementsAre("onAITChannelInfoChanged()", "onAITSectionUpdated(4, 5, 6, 1:73)"));
+}
+
+TEST_F(AListenerRegistry, PassesItsOwnTextWhereListenersTakeAReference) {
+    struct Looking : RecordingListener {
+        void onAITSectionUpdated(std::uint16_t, std::uint16_t, std::uint16_t, const std::string& section) override {
+            seen.push_back(&section);
+        }
+        void onDrmResultReply(std::uint64_t, std::uint8_t, const std::string& message, std::uint16_t) override {
+            seen.push_back(&message);
+        }
+        std::vector<const std::string*> seen;
+    };
+    const auto looking = std::make_shared<Looking>();
+    const std::string text = "text";
+    api->addListener(looking);
+    own().onAITSectionUpdated(text);
+    own().onDrmResultReply(1, 2, text, 3);
+    api->removeListener(looking);
+    EXPECT_THAT(looking->seen, testing::ElementsAre(&text, &text));
+}
+
+TEST_F(AListenerRegistry, GivesEachListenerATextOfItsOwnWhereItTakesOneByValue) {
+    struct Spoiling : RecordingListener {
+        void onPMTSectionUpdated(std::uint16_t, std::uint16_t, std::uint16_t, int, std::string section) override {
+            spoil(section);
+        }
+        void onEITSectionUpdated(int, std::string section) override { spoil(section); }
+        void onDATagsServicePmtSectionUpdated(std::uint16_t, std::uint16_t, std::uint16_t, int,
+                                              std::string section) override {
+            spoil(section);
+        }
+        void spoil(std::string& section) {
+            heard += section;
+            section.assign("spoiled");
+        }
+        std::string heard;
+    };
+    const std::vector<std::shared_ptr<Spoiling>> both = {std::make_shared<Spoiling>(), std::make_shared<Spoiling>()};
+    const std::string text = "text";
+    for (const auto& listener : both) {
+        api->addListener(listener);
+    }
+    own().onPMTSectionUpdated(1, 2, 3, 4, text);
+    own().onEITSectionUpdated(1, text);
+    own().onDATagsServicePmtSectionUpdated(1, 2, 3, 4, text);
+    for (const auto& listener : both) {
+        api->removeListener(listener);
+        EXPECT_EQ(listener->heard, "texttexttext");
+    }
+}
+
+TEST_F(AListenerRegistry, WritesItsLinesBeforeListenersAreCalledAndNoneForOtherEvents) {
+    const Listener listener = added();
+    std::vector<std::string> before;
+    listener->reaction = [&before] { before = logged::story(); };
+    const auto linesOf = [&before](const auto& event) {
+        recording::reset();
+        event();
+        EXPECT_EQ(logged::story(), before) << "nothing is written after the calls";
+        return before;
+    };
+    EXPECT_THAT(linesOf([] { own().OnChannelChanged(true, 1, 2, 3); }),
+                testing::ElementsAre("[TRACE] OnChannelChanged"));
+    EXPECT_THAT(linesOf([] { own().onAITChannelInfoChanged(-1, 65535, 2, 3); }),
+                testing::ElementsAre("[TRACE] onAITChannelInfoChanged",
+                                     "onAITChannelInfoChanged: New AIT ChannelInfo: 65535,2,3\n"));
+    EXPECT_THAT(linesOf([] { own().onAITSectionUpdated(std::string(70000, 'x')); }),
+                testing::ElementsAre("onAITSectionUpdated: New AIT Section: 65535,2,3, len: 70000\n"));
+    EXPECT_TRUE(linesOf([] { own().onSelectedComponentChanged(1, 2, 3, 4, 5, 6); }).empty());
+    EXPECT_TRUE(linesOf([] { own().onComponentInfoChanged(1, 2, 3, 4, 5, 6, 7, 8, 9, 10); }).empty());
+    EXPECT_TRUE(linesOf([] { own().onHbbTVEngineStatusChanged(velmora::dtv::HbbTVEngineStatus{1}); }).empty());
+    EXPECT_TRUE(linesOf([] { own().onPMTSectionUpdated(1, 2, 3, 4, ""); }).empty());
+    EXPECT_TRUE(linesOf([] { own().onEITSectionUpdated(1, ""); }).empty());
+    EXPECT_TRUE(linesOf([] { own().onTimelineInfoDataChange(1, 2, 3, 4, 5, 6); }).empty());
+    EXPECT_TRUE(linesOf([] { own().onAllTerminalStoped(); }).empty());
+    EXPECT_TRUE(linesOf([] { own().onPtsNotify(1, 2); }).empty());
+    EXPECT_TRUE(linesOf([] { own().onOSDStateChanged(1, 2); }).empty());
+    EXPECT_TRUE(linesOf([] { own().onDrmResultReply(1, 2, "", 3); }).empty());
+    EXPECT_TRUE(linesOf([] { own().onCaDrmConnected(1, 2, 3); }).empty());
+    EXPECT_TRUE(linesOf([] { own().onCaDrmDisonnected(1, 2); }).empty());
+    EXPECT_TRUE(linesOf([] { own().onCaDrmSystemStatusChanged(1, 2); }).empty());
+    EXPECT_TRUE(linesOf([] { own().onDATagsServicePmtSectionUpdated(1, 2, 3, 4, ""); }).empty());
+    EXPECT_EQ(listener->calls().size(), 17U);
 }

@@ -3,6 +3,7 @@
 #include <set>
 #include <thread>
 
+#include "alone.h"
 #include "browser_AIT_catcher.h"
 #include "dvbaitsection_apis.h"
 #include "facade_fixture.h"
@@ -26,6 +27,28 @@ auto creating(const std::string& name) {
 /// A class of the scheme whose constructor throws as often as it is told to.
 struct Fragile {
     Fragile() { throw std::runtime_error("not yet"); }
+};
+
+/// A class of the scheme whose construction takes until it is told to finish.
+struct Slow {
+    Slow() {
+        ++constructions;
+        if (constructions == 1) {
+            begun.set_value();
+            finish.wait();
+        }
+    }
+    static std::atomic<int> constructions;
+    static std::promise<void> begun;
+    static std::future<void> finish;
+};
+std::atomic<int> Slow::constructions{0};
+std::promise<void> Slow::begun;
+std::future<void> Slow::finish;
+
+/// A class of the scheme that tells of its end.
+struct Mourned {
+    ~Mourned() { std::fputs("destroyed\n", stderr); }
 };
 
 /// A class of the scheme that counts its constructions, and lets them take until all threads are there.
@@ -52,15 +75,20 @@ TEST(TheEntryPoint, HandsOutEachInterfaceUnderItsOwnName) {
         ASSERT_NE(found, nullptr);
         EXPECT_EQ(found->name(), name);
         EXPECT_THAT(recording::log().front(), creating(name));
+        recording::reset();
         IDTVUnknown* again = nullptr;
         EXPECT_EQ(DTVAPI_QueryInterface(name, &again), 0);
         EXPECT_EQ(again, found);
+        EXPECT_THAT(recording::log(), testing::ElementsAre(creating(name))) << "and no other line";
+        EXPECT_TRUE(recording::sent().empty());
     }
 }
 
 TEST(TheEntryPoint, RefusesEveryOtherNameAndLeavesTheOutputAlone) {
     for (const char* const name :
-         {"sectionfilterapi", "DvbAITSectionAPI", "DVBSectionInterface", "", "DvbAPIInterface ", "DvbAPIInterfac"}) {
+         {"sectionfilterapi", "DvbAITSectionAPI", "DVBSectionInterface", "", "DvbAPIInterface ", "DvbAPIInterfac",
+          "DvbAPIInterfaceX", "DvbAPI", "DVBAPIINTERFACE", " DvbAPIInterface", "SectionFilterAPI2", "SectionFilterAP",
+          "SectionFilter", "DvbAITAPIX", "DvbAITAP", "dvbaitapi", "DvbAIT"}) {
         recording::reset();
         IDTVUnknown* found = untouched();
         EXPECT_EQ(DTVAPI_QueryInterface(name, &found), -1);
@@ -115,6 +143,32 @@ TEST(ASingleton, KeepsItsAddressInItsInstanceWord) {
 TEST(ASingleton, OfTheCatcherIsTheOneItsSharedPointerHolds) {
     using velmora::dvbservice::BrowserAITCatcher;
     EXPECT_EQ(BrowserAITCatcher::getInstance(), BrowserAITCatcher::GetInstance());
+}
+
+TEST(ASingleton, IsPublishedOnlyWhenItIsWhole) {
+    using Scheme = velmora::base::Singleton<Slow>;
+    std::promise<void> finish;
+    Slow::finish = finish.get_future();
+    std::future<Slow*> creator = std::async(std::launch::async, [] { return Scheme::get(); });
+    Slow::begun.get_future().wait();
+    EXPECT_EQ(__atomic_load_n(&Scheme::instance_, __ATOMIC_SEQ_CST), 1) << "being created";
+    std::future<Slow*> second = std::async(std::launch::async, [] { return Scheme::get(); });
+    EXPECT_EQ(second.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout) << "nothing to give yet";
+    finish.set_value();
+    EXPECT_EQ(second.get(), creator.get());
+    EXPECT_EQ(Slow::constructions, 1);
+}
+
+TEST(ASingleton, IsNotDestroyedWhenTheProcessEnds) {
+    if (!isAlone()) {
+        GTEST_SKIP() << "the process that ends has the threads of other tests";
+    }
+    EXPECT_EXIT(
+        {
+            velmora::base::Singleton<Mourned>::get();
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), testing::Not(testing::HasSubstr("destroyed")));
 }
 
 TEST(ASingleton, IsLeftBeingCreatedByAConstructorThatThrows) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <string>
@@ -81,6 +82,8 @@ struct MemoryDump {
 };
 
 std::vector<LogLine> log();
+/// Called for each line after it was captured, on the thread that writes it: a test may hold the writer there.
+void setLogAction(std::function<void(const LogLine&)> action);
 /// The captured lines of a function, in order.
 std::vector<LogLine> logOf(const std::string& function);
 /// Waits until a line whose message contains `part` is captured; false when that takes more than ten seconds.
@@ -117,7 +120,7 @@ QueueLimits queueLimits(const std::string& queue);
 bool writeSection(const std::string& queue, const std::string& session, const std::vector<std::uint8_t>& section);
 /// How many sections nobody has received yet; 0 when there is no such queue.
 std::size_t waitingSections(const std::string& queue);
-/// Lets the next receive on that queue throw an interprocess error; false when there is no such queue.
-bool failReceive(const std::string& queue);
+/// Lets the next receive on that queue throw an interprocess error, or `error`; false when there is no such queue.
+bool failReceive(const std::string& queue, std::exception_ptr error = nullptr);
 
 }  // namespace recording

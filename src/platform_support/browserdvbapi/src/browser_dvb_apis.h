@@ -81,6 +81,8 @@ public:
                                           const std::string& section);
 
 private:
+    friend struct BrowserDvbAPITestAccess;
+
     using Listeners = std::vector<std::shared_ptr<dtv::DVBServiceListener>>;
 
     Listeners listenersNow();

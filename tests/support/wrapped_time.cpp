@@ -1,0 +1,140 @@
+// The functions that the linker puts in front of the C library's.
+#include "wrapped_time.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+namespace wrapped_time {
+
+namespace {
+
+struct State {
+    std::mutex mutex;  // guards the rest
+    pthread_cond_t* condition = nullptr;
+    TimedWaits timedWaits = TimedWaits::asAsked;
+    std::vector<Deadline> deadlines;
+    bool clockIsSet = false;
+    std::optional<timespec> now;
+    std::vector<clockid_t> clocksRead;
+    std::vector<useconds_t> pauses;
+};
+
+State& state() {
+    static auto* const theState = new State;
+    return *theState;
+}
+
+TimedWaits note(const pthread_cond_t* condition, clockid_t clock, const timespec& deadline) {
+    const std::lock_guard<std::mutex> lock(state().mutex);
+    if (condition != state().condition) {
+        return TimedWaits::asAsked;
+    }
+    state().deadlines.push_back(
+        {clock, std::chrono::seconds(deadline.tv_sec) + std::chrono::nanoseconds(deadline.tv_nsec)});
+    return state().timedWaits;
+}
+
+template <typename Wait>
+int timedWait(pthread_cond_t* condition, pthread_mutex_t* mutex, clockid_t clock, const timespec* deadline, Wait real) {
+    switch (note(condition, clock, *deadline)) {
+        case TimedWaits::endAtOnce:
+            // The mutex is let go and taken again, as a wait does.
+            pthread_mutex_unlock(mutex);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            pthread_mutex_lock(mutex);
+            return ETIMEDOUT;
+        case TimedWaits::endNever:
+            return pthread_cond_wait(condition, mutex);
+        case TimedWaits::asAsked:
+            break;
+    }
+    return real();
+}
+
+}  // namespace
+
+void setTimedWaits(pthread_cond_t* condition, TimedWaits how) {
+    const std::lock_guard<std::mutex> lock(state().mutex);
+    state().condition = condition;
+    state().timedWaits = how;
+    state().deadlines.clear();
+}
+
+std::vector<Deadline> deadlines() {
+    const std::lock_guard<std::mutex> lock(state().mutex);
+    return state().deadlines;
+}
+
+void setClock(const timespec* now) {
+    const std::lock_guard<std::mutex> lock(state().mutex);
+    state().clockIsSet = true;
+    state().now = now != nullptr ? std::optional<timespec>(*now) : std::nullopt;
+    state().clocksRead.clear();
+}
+
+std::vector<clockid_t> clocksRead() {
+    const std::lock_guard<std::mutex> lock(state().mutex);
+    return state().clocksRead;
+}
+
+std::vector<useconds_t> pauses() {
+    const std::lock_guard<std::mutex> lock(state().mutex);
+    return state().pauses;
+}
+
+void asUsual() {
+    const std::lock_guard<std::mutex> lock(state().mutex);
+    state().condition = nullptr;
+    state().clockIsSet = false;
+}
+
+}  // namespace wrapped_time
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the names are the linker's.
+extern "C" {
+
+int __real_pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t* mutex, const timespec* deadline);
+int __real_pthread_cond_clockwait(pthread_cond_t* condition, pthread_mutex_t* mutex, clockid_t clock,
+                                  const timespec* deadline);
+int __real_clock_gettime(clockid_t clock, timespec* now);
+int __real_usleep(useconds_t pause);
+
+int __wrap_pthread_cond_timedwait(pthread_cond_t* condition, pthread_mutex_t* mutex, const timespec* deadline) {
+    return wrapped_time::timedWait(condition, mutex, CLOCK_REALTIME, deadline,
+                                   [=] { return __real_pthread_cond_timedwait(condition, mutex, deadline); });
+}
+
+int __wrap_pthread_cond_clockwait(pthread_cond_t* condition, pthread_mutex_t* mutex, clockid_t clock,
+                                  const timespec* deadline) {
+    return wrapped_time::timedWait(condition, mutex, clock, deadline,
+                                   [=] { return __real_pthread_cond_clockwait(condition, mutex, clock, deadline); });
+}
+
+int __wrap_clock_gettime(clockid_t clock, timespec* now) {
+    wrapped_time::State& state = wrapped_time::state();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    if (!state.clockIsSet) {
+        return __real_clock_gettime(clock, now);
+    }
+    state.clocksRead.push_back(clock);
+    if (!state.now) {
+        return -1;
+    }
+    *now = *state.now;
+    return 0;
+}
+
+int __wrap_usleep(useconds_t pause) {
+    {
+        const std::lock_guard<std::mutex> lock(wrapped_time::state().mutex);
+        wrapped_time::state().pauses.push_back(pause);
+    }
+    return __real_usleep(pause);
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
