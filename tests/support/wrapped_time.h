@@ -4,6 +4,7 @@
 #pragma once
 
 #include <pthread.h>
+#include <sys/types.h>
 #include <time.h>
 
 #include <chrono>

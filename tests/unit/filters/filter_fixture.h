@@ -8,25 +8,14 @@
 
 namespace velmora::dvbservice {
 
-/// Looks at what records and service object keep to themselves.
+/// Looks at what records keep to themselves.
 struct FilterParameterTestAccess {
     static unsigned int state(const FilterParameter& filter) { return filter.state; }
     static std::string dataSlot(const FilterParameter& filter) { return filter.dataSlot.get(); }
 };
-struct BrowserDVBServiceTestAccess {
-    static std::size_t waitingResults(BrowserDVBService& service) {
-        const std::lock_guard<std::mutex> lock(service.handshakeLock);
-        return service.filterResults.size();
-    }
-    static void deliver(BrowserDVBService& service, const velmora::msgqueue::SectionDataIPCMessage& message) {
-        service.deliverSection(message);
-    }
-    static std::string queueName(BrowserDVBService& service) { return "SECTION-" + service.sessionName; }
-};
 
 }  // namespace velmora::dvbservice
 
-using velmora::dvbservice::BrowserDVBServiceTestAccess;
 using velmora::dvbservice::FilterParameter;
 using velmora::dvbservice::FilterParameterTestAccess;
 

@@ -2,23 +2,10 @@
 #include <future>
 
 #include "service_fixture.h"
-
-namespace velmora::dvbservice {
-
-/// Looks at what the service object keeps to itself.
-struct BrowserDVBServiceTestAccess {
-    /// Session and result of the last report.
-    static std::pair<unsigned int, int> lastAudioReport(BrowserDVBService& service) {
-        const std::lock_guard<std::mutex> lock(service.audioSourceLock);
-        return {service.audioSourceFinishedSession, service.audioSourceResult};
-    }
-};
-
-}  // namespace velmora::dvbservice
+#include "waits_for_lock.h"
+#include "wrapped_time.h"
 
 namespace {
-
-using velmora::dvbservice::BrowserDVBServiceTestAccess;
 
 constexpr const char* kFile = "browser_dvb_service_commands.cpp";
 
@@ -36,6 +23,7 @@ protected:
     static void answer(unsigned int session, int result) {
         injectEvent<messages::OnSetAudioSourceFinished>(session, result);
     }
+    std::mutex& lock() { return BrowserDVBServiceTestAccess::audioSourceLock(*service); }
     static auto line(const std::string& message) {
         return logged::tagged(kOrdinary, kTag, kFile, "setAudioSourceSync", message);
     }
@@ -95,6 +83,7 @@ TEST_F(AnAudioSourceRequest, StillWaitsAfterASendThatFailed) {
     recording::setSendResult(-107);
     std::future<int> result = request("a");
     EXPECT_TRUE(recording::waitForLog("Failed. -107"));
+    EXPECT_EQ(result.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
     answer(1, 0);
     EXPECT_EQ(result.get(), 0);
 }
@@ -119,4 +108,96 @@ TEST_F(AnAudioSourceRequest, IsTraced) {
     ASSERT_EQ(traces.size(), 4U);
     EXPECT_EQ(traces.front(), tracePair("setAudioSourceSync", kFile).front());
     EXPECT_EQ(traces.back(), tracePair("setAudioSourceSync", kFile).back());
+}
+
+TEST_F(AnAudioSourceRequest, CountsFromOne) {
+    EXPECT_EQ(BrowserDVBServiceTestAccess::lastAudioReport(*service), (std::pair<unsigned int, int>(0, 0)));
+    for (const unsigned int session : {1U, 2U, 3U}) {
+        recording::reset();
+        std::future<int> result = request("a");
+        answer(session, 0);
+        EXPECT_EQ(result.get(), 0);
+        EXPECT_EQ(theSent().wire[3], session);
+        EXPECT_THAT(requestLines(), testing::Contains(line("set audio source successfully, session " +
+                                                           std::to_string(session) + "\n")));
+    }
+}
+
+TEST_F(AnAudioSourceRequest, TakesAnAnswerToANewerSessionAsAFailure) {
+    std::future<int> result = request("a");
+    answer(2, 0);
+    EXPECT_EQ(result.get(), 0);
+    EXPECT_THAT(requestLines(), testing::Contains(failure("set audio source failed, session 2, result 0\n")));
+}
+
+TEST_F(AnAudioSourceRequest, TakesAPositiveResultAsAFailure) {
+    std::future<int> result = request("a");
+    answer(1, 5);
+    EXPECT_EQ(result.get(), 5);
+    EXPECT_THAT(requestLines(), testing::Contains(failure("set audio source failed, session 1, result 5\n")));
+}
+
+TEST_F(AnAudioSourceRequest, HoldsItsLockAcrossTheSend) {
+    bool freeDuringSend = true;
+    recording::setSendAction([&](const recording::SentMessage&) {
+        freeDuringSend = isFree(lock());
+        return 0;
+    });
+    std::future<int> result = request("a");
+    answer(1, 0);
+    EXPECT_EQ(result.get(), 0);
+    EXPECT_FALSE(freeDuringSend) << "the answer may come before the wait";
+}
+
+TEST_F(AnAudioSourceRequest, HoldsItsLockFromItsFirstLineToItsLast) {
+    std::vector<std::string> freeAt;
+    std::vector<std::string> heldAt;
+    recording::setLogAction([&](const recording::LogLine& entry) {
+        if (entry.text.find("setAudioSourceSync") != std::string::npos) {
+            (isFree(lock()) ? freeAt : heldAt).push_back(entry.level == blog::kTrace ? "trace" : entry.message);
+        }
+    });
+    std::future<int> result = request("a");
+    answer(1, 0);
+    EXPECT_EQ(result.get(), 0);
+    recording::setLogAction(nullptr);
+    EXPECT_THAT(heldAt,
+                testing::ElementsAre("set audio source, session 1\n", "set audio source successfully, session 1\n"));
+    EXPECT_THAT(freeAt, testing::ElementsAre("trace", "trace"));
+}
+
+TEST_F(AnAudioSourceRequest, IsAnsweredUnderItsLockAfterTheAnswersLine) {
+    EXPECT_TRUE(waitsForLock(lock(), [this] {
+        frame::MsgIds ids;
+        service->onSetAudioSourceFinished(ids, {}, 9, 8);
+    }));
+    bool freeAtLine = false;
+    recording::setLogAction([&](const recording::LogLine& entry) {
+        freeAtLine = freeAtLine || (entry.message == "set audio source finished:7,6.\n" && isFree(lock()));
+    });
+    answer(7, 6);
+    recording::setLogAction(nullptr);
+    EXPECT_TRUE(freeAtLine);
+    EXPECT_EQ(BrowserDVBServiceTestAccess::lastAudioReport(*service), (std::pair<unsigned int, int>(7, 6)));
+}
+
+TEST_F(AnAudioSourceRequest, WaitsWithoutALimit) {
+    wrapped_time::setTimedWaits(BrowserDVBServiceTestAccess::audioSourceCondition(*service),
+                                wrapped_time::TimedWaits::asAsked);
+    std::future<int> result = request("a");
+    answer(1, 0);
+    EXPECT_EQ(result.get(), 0);
+    EXPECT_TRUE(wrapped_time::deadlines().empty());
+    wrapped_time::asUsual();
+}
+
+TEST_F(AnAudioSourceRequest, TellsItsStoryInOrder) {
+    std::future<int> result = request("a");
+    answer(1, 0);
+    result.get();
+    EXPECT_THAT(logged::story(),
+                testing::ElementsAre(
+                    "-> setAudioSourceSync", "setAudioSourceSync: set audio source, session 1\n", "-> setAudioSource",
+                    "<- setAudioSource", "onSetAudioSourceFinished: set audio source finished:1,0.\n",
+                    "setAudioSourceSync: set audio source successfully, session 1\n", "<- setAudioSourceSync"));
 }

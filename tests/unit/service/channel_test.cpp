@@ -24,13 +24,20 @@ const Read kSilentTexts[] = {
     {"::", "ccid:-1:-1:-1", -1},
     {":2:3", "ccid:-1:2:3", -1},
     {"-5:2:3", "ccid:-5:2:3", -1},
+    {"1:-5:3", "ccid:1:-5:3", -1},
+    {"1:2:-5", "ccid:1:2:-5", -1},
+    {"1:2:-2147483648", "ccid:1:2:-2147483648", -1},
+    {"+1:007:3", "ccid:1:7:3", 0},
+    {"1;2;3", "ccid:-1:-1:-1", -1},
     {"70000:65536:2147483647", "ccid:70000:65536:2147483647", 0},
 };
 
 /// Texts with something that is not a number: the parts before it count.
 const Read kBadNumbers[] = {
     {"1:x:3", "ccid:1:-1:-1", -1},         {"x:2:3", "ccid:-1:-1:-1", -1},   {"1:2:3 ", "ccid:1:2:-1", -1},
-    {"1:2:2147483648", "ccid:1:2:-1", -1}, {"0x1:2:3", "ccid:-1:-1:-1", -1},
+    {"1:2:2147483648", "ccid:1:2:-1", -1}, {"0x1:2:3", "ccid:-1:-1:-1", -1}, {" 1:2:3", "ccid:-1:-1:-1", -1},
+    {"1:2 :3", "ccid:1:-1:-1", -1},        {"1::x", "ccid:1:-1:-1", -1},     {"1:2:3.5", "ccid:1:2:-1", -1},
+    {"1:2;9:3", "ccid:1:-1:-1", -1},
 };
 
 }  // namespace
@@ -41,11 +48,14 @@ TEST_F(AServiceObject, ReadsTheTripletOfATextWithoutAWord) {
         service->updateCurrentChannelInfo("9:9:9");
         recording::reset();
         service->updateCurrentChannelInfo(read.text);
-        int onid = 0;
-        int tsid = 0;
-        int sid = 0;
+        int onid = 77;
+        int tsid = 78;
+        int sid = 79;
         EXPECT_EQ(service->getCurrentCCID(), read.ccid);
         EXPECT_EQ(service->getCurrentChannelInfo(onid, tsid, sid), read.result);
+        if (read.result != 0) {
+            EXPECT_EQ(std::vector<int>({onid, tsid, sid}), std::vector<int>({77, 78, 79})) << "left alone";
+        }
         EXPECT_TRUE(recording::log().empty());
     }
 }
@@ -90,6 +100,35 @@ TEST_F(AServiceObject, TellsListenersOfAChannelChange) {
     EXPECT_THAT(listener->calls(),
                 testing::ElementsAre("OnChannelChanged(1, 1, 1025, 28106)", "OnChannelChanged(0, 1, 1025, 28107)",
                                      "OnChannelChanged(0, 65535, 65535, 65535)", "OnChannelChanged(0, 1, 2, 65533)"));
+}
+
+TEST_F(AServiceObject, TakesNoOtherStateForAStartedService) {
+    const auto listener = std::make_shared<RecordingListener>();
+    velmora::dvbservice::BrowserDvbAPI::getInstance()->addListener(listener);
+    for (const char* const state : {"service_started_", "service_started ", " service_started", "service_starte",
+                                    "SERVICE_STARTED", "not service_started", "service_starting", "1"}) {
+        SCOPED_TRACE(state);
+        injectEvent<messages::OnServiceChanged>(state, "1:2:3");
+        EXPECT_EQ(listener->calls().back(), "OnChannelChanged(0, 1, 2, 3)");
+    }
+    injectEvent<messages::OnServiceChanged>(std::string("service_started\0", 16), "1:2:3");
+    EXPECT_EQ(listener->calls().back(), "OnChannelChanged(0, 1, 2, 3)");
+    velmora::dvbservice::BrowserDvbAPI::getInstance()->removeListener(listener);
+}
+
+TEST_F(AServiceObject, WritesTheLinesOfAChannelChangeInOrder) {
+    injectEvent<messages::OnServiceChanged>("service_started", "1:x:3");
+    EXPECT_THAT(
+        logged::story(),
+        testing::ElementsAre("-> onServiceChanged", "onServiceChanged: called,state:service_started,service:1:x:3.\n",
+                             "updateCurrentChannelInfo: Cpmpute Current Channel Info Failed: [1:x:3]\n",
+                             "[TRACE] OnChannelChanged", "<- onServiceChanged"));
+    recording::reset();
+    injectEvent<messages::OnAcquireDtvServiceInfo>("1:x:3");
+    EXPECT_THAT(logged::story(),
+                testing::ElementsAre("onAcquireDtvServiceInfo: channelInfo:1:x:3.\n",
+                                     "updateCurrentChannelInfo: Cpmpute Current Channel Info Failed: [1:x:3]\n",
+                                     "onAcquireDtvServiceInfo: channel onid:1, tsid:-1, sid:-1.\n"));
 }
 
 TEST_F(AServiceObject, UpdatesTheChannelBeforeListenersHearOfTheChange) {

@@ -247,6 +247,72 @@ TEST_F(ACommand, SendsAnInvalidInstallationAsZeroWithALineForEachValue) {
                                               failed("toOpappInstallStatus", "Invalid install status:5.\n")));
 }
 
+TEST_F(ACommand, SendsEveryInvalidInstallationAsZero) {
+    struct Installation {
+        int type;
+        int status;
+        const char* wire;
+        std::vector<std::string> invalid;
+    };
+    const Installation installations[] = {
+        {0, 0, "00000000 00000000", {}},
+        {0, 1, "00000000 00000001", {}},
+        {1, 1, "00000001 00000001", {}},
+        {-1, 1, "00000000 00000001", {"Invalid opapp type:-1.\n"}},
+        {1, -1, "00000001 00000000", {"Invalid install status:-1.\n"}},
+        {2, 1, "00000000 00000001", {"Invalid opapp type:2.\n"}},
+        {1, 2, "00000001 00000000", {"Invalid install status:2.\n"}},
+        {256, 257, "00000000 00000000", {"Invalid opapp type:256.\n", "Invalid install status:257.\n"}},
+        {-2147483647,
+         2147483647,
+         "00000000 00000000",
+         {"Invalid opapp type:-2147483647.\n", "Invalid install status:2147483647.\n"}},
+    };
+    for (const Installation& given : installations) {
+        SCOPED_TRACE(given.wire);
+        recording::reset();
+        recording::setSendResult(5);
+        EXPECT_EQ(service->sendOpAppInstallStatus(given.type, given.status), 5);
+        expectSent(0x28671251, given.wire);
+        std::vector<std::string> invalid;
+        for (const recording::LogLine& line : lines()) {
+            if (line.level == kFailure) {
+                invalid.push_back(line.message);
+            }
+        }
+        EXPECT_EQ(invalid, given.invalid);
+    }
+}
+
+TEST_F(ACommand, KeepsTheDescriptorOfATuneThatWasSentOnly) {
+    service->tuneToService(std::string("\x5A\0x", 3), 5, 0);
+    EXPECT_EQ(service->getCurrentDsd(), std::string("\x5A\0x", 3)) << "to its last byte";
+    for (const int result : {7, -107}) {
+        recording::setSendResult(result);
+        service->tuneToService("other", 6, 0);
+        EXPECT_EQ(service->getCurrentDsd().size(), 3U) << "the tune failed";
+        service->tuneToService(12, 1, 2, 3, 0);
+        EXPECT_EQ(service->getCurrentDsd().size(), 3U) << "the tune failed";
+    }
+}
+
+TEST_F(ACommand, KeepsTheServiceOfATuneByTripletThatWasSentOnly) {
+    EXPECT_EQ(BrowserDVBServiceTestAccess::pmtServiceId(*service), -1);
+    for (const int sid : {0, 28106, 65535, 65536 + 300, 2147483647, -2147483647, -1}) {
+        recording::setSendResult(0);
+        service->tuneToService(12, 1, 2, sid, 0);
+        EXPECT_EQ(BrowserDVBServiceTestAccess::pmtServiceId(*service), sid);
+        for (const int result : {7, -107}) {
+            recording::setSendResult(result);
+            service->tuneToService(12, 1, 2, 77, 0);
+            EXPECT_EQ(BrowserDVBServiceTestAccess::pmtServiceId(*service), sid) << "the tune failed";
+        }
+        recording::setSendResult(0);
+        service->tuneToService("dsd", 78, 0);
+        EXPECT_EQ(BrowserDVBServiceTestAccess::pmtServiceId(*service), sid) << "a tune by descriptor notes none";
+    }
+}
+
 TEST_F(ACommand, WritesALineThatShowsNoResultBeforeItsSend) {
     using Service = velmora::dvbservice::BrowserDVBService;
     const auto linesAtSend = [this](const auto& command) {

@@ -235,3 +235,79 @@ TEST_F(AnEvent, WithAnotherServicesPmtForgetsTheTunedServiceAndTheDescriptorAfte
     EXPECT_THAT(recording::logOf("onPmtDataChange"),
                 testing::Contains(changeLine("pmt sid change last = -1, new=301 \n")));
 }
+
+TEST_F(AnEvent, ComparesThePmtWithTheWholeNumberOfTheTunedService) {
+    const auto changeAfter = [this](int tuned, int sid) {
+        service->tuneToService("dsd", 1, 0);
+        service->tuneToService(12, 1, 2, tuned, 0);
+        recording::reset();
+        injectEvent<messages::OnPmtDataChange>(static_cast<unsigned short>(1), static_cast<unsigned short>(2),
+                                               static_cast<unsigned short>(sid), 0, "");
+        const std::vector<recording::LogLine> own = recording::logOf("onPmtDataChange");
+        EXPECT_EQ(BrowserDVBServiceTestAccess::pmtServiceId(*service), own.size() == 1 ? tuned : -1);
+        EXPECT_LE(own.size(), 2U);
+        return own.size() == 1 ? std::string() : own.back().message;
+    };
+    EXPECT_EQ(changeAfter(65535, 65535), "");
+    EXPECT_EQ(changeAfter(0, 0), "");
+    EXPECT_EQ(changeAfter(65536 + 300, 300), "pmt sid change last = 65836, new=300 \n");
+    EXPECT_EQ(changeAfter(-1, 65535), "pmt sid change last = -1, new=65535 \n");
+    EXPECT_EQ(changeAfter(-2, 65534), "pmt sid change last = -2, new=65534 \n");
+}
+
+TEST_F(AnEvent, TakesTheFirstPmtForAnotherServicesBeforeAnyTuneByTriplet) {
+    service->tuneToService("dsd", 0, 0);
+    injectEvent<messages::OnPmtDataChange>(static_cast<unsigned short>(1), static_cast<unsigned short>(2),
+                                           static_cast<unsigned short>(0), 0, "");
+    EXPECT_EQ(recording::logOf("onPmtDataChange").back().message, "pmt sid change last = -1, new=0 \n");
+    EXPECT_EQ(service->getCurrentDsd(), "");
+}
+
+TEST_F(AnEvent, WithTheDaTagsPmtLeavesTheTunedServiceAndTheDescriptorAlone) {
+    service->tuneToService(12, 1, 2, 300, 0);
+    service->tuneToService("dsd", 299, 0);
+    for (const int sid : {300, 301}) {
+        recording::reset();
+        injectEvent<messages::OnDATagsServicePmtDataChange>(
+            static_cast<unsigned short>(1), static_cast<unsigned short>(2), static_cast<unsigned short>(sid), 0, "");
+        EXPECT_EQ(recording::logOf("onDATagsServicePmtDataChange").size(), 1U);
+        EXPECT_EQ(service->getCurrentDsd(), "dsd");
+        EXPECT_EQ(BrowserDVBServiceTestAccess::pmtServiceId(*service), 300);
+    }
+}
+
+TEST_F(AnEvent, WritesNoLineButItsOwn) {
+    for (const Event& event : kEvents) {
+        SCOPED_TRACE(event.operation);
+        const std::string name = event.operation;
+        std::vector<std::string> expected = {name + ": " + event.message};
+        if (name == "onAitChannelInfoUpdated") {
+            expected.emplace_back("[TRACE] onAITChannelInfoChanged");
+            expected.emplace_back("onAITChannelInfoChanged: New AIT ChannelInfo: 65535,32768,1\n");
+        } else if (name == "onAitSectionAvailable") {
+            expected.emplace_back("onAITSectionUpdated: New AIT Section: 65535,32768,1, len: 3\n");
+        }
+        if (event.traced) {
+            expected.insert(expected.begin(), "-> " + name);
+        }
+        std::vector<std::string> atCall;
+        listener->reaction = [&atCall] { atCall = logged::story(); };
+        inject(event);
+        if (event.call != nullptr) {
+            EXPECT_EQ(atCall, expected) << "all is written before listeners are called";
+        }
+        if (event.traced) {
+            expected.push_back("<- " + name);
+        } else if (name == "onPmtDataChange") {
+            expected.emplace_back("onPmtDataChange: pmt sid change last = -1, new=0 \n");
+        }
+        EXPECT_EQ(logged::story(), expected);
+    }
+}
+
+TEST_F(AnEvent, OfAPmtOfAnotherServiceWritesItsChangeAsAnOrdinaryLine) {
+    injectEvent<messages::OnPmtDataChange>(static_cast<unsigned short>(1), static_cast<unsigned short>(2),
+                                           static_cast<unsigned short>(3), 0, "");
+    EXPECT_THAT(recording::logOf("onPmtDataChange").back(),
+                logged::plain(kOrdinary, kFile, "onPmtDataChange", "pmt sid change last = -1, new=3 \n"));
+}

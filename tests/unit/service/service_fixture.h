@@ -8,6 +8,7 @@
 #include "hex_text.h"
 #include "inject_event.h"
 #include "logged.h"
+#include "service_access.h"
 
 constexpr const char* kTag = "SectionFilterService";
 constexpr std::uint32_t kOrdinary = 0x5F0FA0;

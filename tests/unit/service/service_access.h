@@ -1,0 +1,62 @@
+// Looks at what the service object keeps to itself.
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "browser_dvb_service.h"
+
+namespace velmora::dvbservice {
+
+struct BrowserDVBServiceTestAccess {
+    // Locks and conditions.
+    static boost::mutex& registryLock(BrowserDVBService& service) { return service.registryLock; }
+    static std::mutex& handshakeLock(BrowserDVBService& service) { return service.handshakeLock; }
+    static std::mutex& audioSourceLock(BrowserDVBService& service) { return service.audioSourceLock; }
+    static pthread_cond_t* handshakeCondition(BrowserDVBService& service) {
+        return service.handshakeCondition.native_handle();
+    }
+    static pthread_cond_t* audioSourceCondition(BrowserDVBService& service) {
+        return service.audioSourceCondition.native_handle();
+    }
+
+    /// Session and result of the last report.
+    static std::pair<unsigned int, int> lastAudioReport(BrowserDVBService& service) {
+        const std::lock_guard<std::mutex> lock(service.audioSourceLock);
+        return {service.audioSourceFinishedSession, service.audioSourceResult};
+    }
+    static int pmtServiceId(BrowserDVBService& service) { return service.pmtServiceId; }
+
+    static void deliver(BrowserDVBService& service, const msgqueue::SectionDataIPCMessage& message) {
+        service.deliverSection(message);
+    }
+    static std::string queueName(BrowserDVBService& service) { return "SECTION-" + service.sessionName; }
+    static bool hasQueue(BrowserDVBService& service) { return service.sectionDataQueue != nullptr; }
+
+    static std::size_t waitingResults(BrowserDVBService& service) {
+        const std::lock_guard<std::mutex> lock(service.handshakeLock);
+        return service.filterResults.size();
+    }
+    /// "type session pid result" of each confirmation that waits to be collected.
+    static std::vector<std::string> results(BrowserDVBService& service) {
+        const std::lock_guard<std::mutex> lock(service.handshakeLock);
+        std::vector<std::string> shown;
+        for (const auto& entry : service.filterResults) {
+            shown.push_back(std::to_string(entry.type) + " " + entry.sessionName + " " + std::to_string(entry.pid) +
+                            " " + std::to_string(entry.result));
+        }
+        return shown;
+    }
+    static std::vector<dtv::SectionFilterClient*> clients(BrowserDVBService& service) {
+        const boost::unique_lock<boost::mutex> lock(service.registryLock);
+        return service.clients;
+    }
+    static std::vector<boost::shared_ptr<FilterParameter>> filters(BrowserDVBService& service) {
+        const boost::unique_lock<boost::mutex> lock(service.registryLock);
+        return service.filters;
+    }
+};
+
+}  // namespace velmora::dvbservice
+
+using velmora::dvbservice::BrowserDVBServiceTestAccess;
