@@ -61,9 +61,9 @@ protected:
         keptClients->push_back(ownedClient);
     }
 
-    /// Answers every open and close with a result, from the thread that sends it.
-    void answerWith(short result) {
-        recording::setSendAction([this, result](const recording::SentMessage& message) {
+    /// Answers every open and close with a result, from the thread that sends it; `sendResult` is what its send gets.
+    void answerWith(short result, int sendResult = 0) {
+        recording::setSendAction([this, result, sendResult](const recording::SentMessage& message) {
             const auto text = [&message](std::size_t fixed) {
                 return std::string(message.wire.begin() + static_cast<std::ptrdiff_t>(fixed), message.wire.end());
             };
@@ -75,7 +75,7 @@ protected:
             } else if (message.header.messageId == 0x28671244) {
                 service->onBrowserOCloseFilterConf(ids, {}, text(8), result);
             }
-            return 0;
+            return sendResult;
         });
     }
     boost::shared_ptr<FilterParameter> recordOf(const std::string& session) {

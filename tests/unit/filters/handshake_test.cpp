@@ -2,34 +2,7 @@
 #include <future>
 
 #include "eventually.h"
-#include "filter_fixture.h"
-
-namespace {
-
-constexpr const char* kFile = "browser_dvb_service_handshake.cpp";
-
-/// Time as the test moves it.
-std::atomic<double> testSeconds{0};
-std::atomic<int> readings{0};
-double readTestSeconds() {
-    ++readings;
-    return testSeconds;
-}
-
-class AHandshake : public AFilter {
-protected:
-    int open(const std::string& session, unsigned int pid = 100) {
-        return service->startSection(&client, session, pid, match, bits, 3);
-    }
-    static void confirmOpen(unsigned int pid, const std::string& session, int result) {
-        injectEvent<messages::OnBrowserOpenFilterConf>(pid, session, static_cast<short>(result));
-    }
-    static void confirmClose(const std::string& session, int result) {
-        injectEvent<messages::OnBrowserOCloseFilterConf>(session, static_cast<short>(result));
-    }
-};
-
-}  // namespace
+#include "handshake_fixture.h"
 
 TEST_F(AHandshake, OpensAFilter) {
     answerWith(0);

@@ -2,18 +2,12 @@
 #include "section_filter_api.h"
 
 #include "call_slot.h"
-#include "filter_fixture.h"
+#include "handshake_fixture.h"
 
 namespace {
 
 using velmora::dvbservice::BrowserDVBService;
 using velmora::dvbservice::SectionFilterAPI;
-
-/// Seconds that pass with every look at the clock.
-double hurryingSeconds() {
-    static std::atomic<int> looks{0};
-    return 11.0 * ++looks;
-}
 
 /// Its service object is the one of the process.
 class TheSectionFilterApi : public AFilter {

@@ -1,0 +1,256 @@
+// Confirmations: which wait takes which, how waits sleep and wake, and what the clock has to do with it.
+#include <chrono>
+#include <future>
+
+#include "eventually.h"
+#include "handshake_fixture.h"
+#include "waits_for_lock.h"
+#include "wrapped_time.h"
+
+namespace {
+
+class AConfirmation : public AHandshake {
+protected:
+    ~AConfirmation() override { wrapped_time::asUsual(); }
+
+    void hurry() { velmora::dvbservice::handshakeClock = &hurryingSeconds; }
+    void letTimedWaits(wrapped_time::TimedWaits how) {
+        wrapped_time::setTimedWaits(BrowserDVBServiceTestAccess::handshakeCondition(*service), how);
+    }
+    bool started(unsigned int pid, const std::string& session) {
+        return service->waitForStartSectionResult(pid, session);
+    }
+    bool stopped(const std::string& session) { return service->waitForStopSectionResult(session); }
+    std::future<bool> waitForStart(unsigned int pid, const std::string& session) {
+        return std::async(std::launch::async, [=] { return started(pid, session); });
+    }
+    static bool sleeping(std::size_t count) {
+        return eventually([count] { return wrapped_time::deadlines().size() == count; });
+    }
+    std::vector<std::string> results() { return BrowserDVBServiceTestAccess::results(*service); }
+    std::mutex& lock() { return BrowserDVBServiceTestAccess::handshakeLock(*service); }
+};
+
+}  // namespace
+
+TEST_F(AConfirmation, IsKeptWithItsKindSessionPidAndResult) {
+    confirmOpen(8191, "a", -1);
+    confirmClose("b", 32767);
+    confirmOpen(0xFFFFFFFF, "", -32768);
+    EXPECT_THAT(results(), testing::ElementsAre("1 a 8191 -1", "2 b 65535 32767", "1  4294967295 -32768"));
+    EXPECT_THAT(logged::story(),
+                testing::ElementsAre(
+                    "-> onBrowserOpenFilterConf", "onBrowserOpenFilterConf: Filter Open Result :  a, -1, size:1\n",
+                    "<- onBrowserOpenFilterConf", "-> onBrowserOCloseFilterConf",
+                    "onBrowserOCloseFilterConf: Filter Close Result :  b, 32767, size:2\n",
+                    "<- onBrowserOCloseFilterConf", "-> onBrowserOpenFilterConf",
+                    "onBrowserOpenFilterConf: Filter Open Result :  , -32768, size:3\n", "<- onBrowserOpenFilterConf"));
+}
+
+TEST_F(AConfirmation, IsTakenByTheWaitOfItsKindSessionAndPidAlone) {
+    confirmOpen(100, "a", 0);
+    confirmOpen(65535, "b", 0);
+    confirmClose("a", 0);
+    confirmOpen(101, "a", 0);
+    hurry();
+    const std::vector<std::string> all = results();
+    EXPECT_FALSE(started(102, "a")) << "another PID";
+    EXPECT_FALSE(started(100, "A")) << "another session";
+    EXPECT_FALSE(started(100, "")) << "another session";
+    EXPECT_FALSE(started(100, std::string("a\0", 2))) << "a longer session";
+    EXPECT_FALSE(started(65535, "a")) << "that one is a close";
+    EXPECT_FALSE(stopped("b")) << "that one is an open";
+    EXPECT_EQ(results(), all);
+    EXPECT_TRUE(started(101, "a"));
+    EXPECT_THAT(results(), testing::ElementsAre("1 a 100 0", "1 b 65535 0", "2 a 65535 0"));
+    EXPECT_TRUE(stopped("a"));
+    EXPECT_TRUE(started(100, "a"));
+    EXPECT_THAT(results(), testing::ElementsAre("1 b 65535 0")) << "the others stay";
+}
+
+TEST_F(AConfirmation, IsTakenInTheOrderOfArrival) {
+    hurry();
+    confirmOpen(100, "a", 0);
+    confirmOpen(100, "a", -1);
+    confirmOpen(100, "a", 0);
+    EXPECT_TRUE(started(100, "a"));
+    EXPECT_FALSE(started(100, "a"));
+    EXPECT_THAT(results(), testing::ElementsAre("1 a 100 0"));
+    confirmClose("a", 1);
+    confirmClose("a", 0);
+    EXPECT_FALSE(stopped("a"));
+    EXPECT_TRUE(stopped("a"));
+}
+
+TEST_F(AConfirmation, SaysSuccessByZeroAlone) {
+    hurry();
+    for (const int result : {1, -1, 256, 32767, -32768}) {
+        recording::reset();
+        confirmOpen(100, "a", result);
+        EXPECT_FALSE(started(100, "a")) << result;
+        confirmClose("a", result);
+        EXPECT_FALSE(stopped("a")) << result;
+        EXPECT_TRUE(results().empty()) << "it is taken all the same";
+        EXPECT_TRUE(recording::logOf("waitForStartSectionResult").empty()) << "a refusal is no time-out";
+        EXPECT_TRUE(recording::logOf("waitForStopSectionResult").empty());
+    }
+}
+
+TEST_F(AConfirmation, IsAnsweredWithZero) {
+    frame::MsgIds ids;
+    EXPECT_EQ(service->onBrowserOpenFilterConf(ids, {}, 1, "a", -1), 0);
+    EXPECT_EQ(service->onBrowserOCloseFilterConf(ids, {}, "a", -1), 0);
+    EXPECT_EQ(service->onFilterOpened(ids, {}, "unknown", ""), 0);
+    EXPECT_EQ(service->onFilterClosed(ids, {}, "unknown"), 0);
+    EXPECT_EQ(service->onFilterSectionDataArrived(ids, {}, "unknown", "", 1), 0);
+}
+
+TEST_F(AConfirmation, IsFiledAndTakenUnderItsLock) {
+    hurry();
+    frame::MsgIds ids;
+    EXPECT_TRUE(waitsForLock(lock(), [&] { service->onBrowserOpenFilterConf(ids, {}, 1, "a", 0); }));
+    EXPECT_TRUE(waitsForLock(lock(), [&] { started(1, "a"); }));
+    EXPECT_TRUE(waitsForLock(lock(), [&] { service->onBrowserOCloseFilterConf(ids, {}, "a", 0); }));
+    EXPECT_TRUE(waitsForLock(lock(), [&] { stopped("a"); }));
+    EXPECT_TRUE(isFree(lock()));
+}
+
+TEST_F(AConfirmation, HasItsLinesWrittenUnderTheLock) {
+    hurry();
+    std::vector<std::string> heldAt;
+    std::vector<std::string> freeAt;
+    recording::setLogAction([&](const recording::LogLine& line) {
+        if (line.text.find(kFile) != std::string::npos) {
+            (isFree(lock()) ? freeAt : heldAt).push_back(line.level == blog::kTrace ? "trace" : line.message);
+        }
+    });
+    frame::MsgIds ids;
+    service->onBrowserOpenFilterConf(ids, {}, 1, "a", 0);
+    service->onBrowserOCloseFilterConf(ids, {}, "a", 0);
+    started(2, "a");
+    stopped("b");
+    recording::setLogAction(nullptr);
+    EXPECT_THAT(heldAt,
+                testing::ElementsAre("Filter Open Result :  a, 0, size:1\n", "Filter Close Result :  a, 0, size:2\n",
+                                     "Wait response timeout for a,  assume failed.\n",
+                                     "Wait response timeout for b,  assume failed.\n"));
+    EXPECT_THAT(freeAt, testing::SizeIs(8)) << "the traces stand around it";
+}
+
+TEST_F(AConfirmation, IsWaitedForTenSecondsOfTheWallClockAtATime) {
+    // Time stands still for three looks at the clock after the one at the beginning.
+    static std::atomic<int> looks;
+    looks = 0;
+    velmora::dvbservice::handshakeClock = [] { return ++looks <= 4 ? 5.0 : 15.1; };
+    letTimedWaits(wrapped_time::TimedWaits::endAtOnce);
+    const auto now = [] {
+        return std::chrono::duration_cast<std::chrono::nanoseconds>(
+            std::chrono::system_clock::now().time_since_epoch());
+    };
+    const std::chrono::nanoseconds begin = now();
+    EXPECT_FALSE(started(1, "a"));
+    const std::chrono::nanoseconds end = now();
+    const std::vector<wrapped_time::Deadline> deadlines = wrapped_time::deadlines();
+    ASSERT_EQ(deadlines.size(), 3U);
+    for (const wrapped_time::Deadline& deadline : deadlines) {
+        EXPECT_EQ(deadline.clock, CLOCK_REALTIME);
+        EXPECT_GE(deadline.at, begin + std::chrono::seconds(10));
+        EXPECT_LE(deadline.at, end + std::chrono::seconds(10));
+    }
+    EXPECT_LT(deadlines[0].at, deadlines[2].at) << "each sleep is ten seconds from its own begin";
+}
+
+TEST_F(AConfirmation, IsLookedForBeforeTheTimeIs) {
+    // More than ten seconds have passed at the first look, but the confirmation is there.
+    hurry();
+    confirmClose("a", 0);
+    EXPECT_TRUE(stopped("a"));
+    // It comes during a sleep that takes longer than the wait.
+    testSeconds = 0;
+    velmora::dvbservice::handshakeClock = &readTestSeconds;
+    letTimedWaits(wrapped_time::TimedWaits::endNever);
+    std::future<bool> waiting = waitForStart(1, "a");
+    ASSERT_TRUE(sleeping(1));
+    testSeconds = 100;
+    confirmOpen(1, "a", 0);
+    EXPECT_TRUE(waiting.get());
+}
+
+TEST_F(AConfirmation, IsWaitedForWithoutEndWhileTheClockCannotBeRead) {
+    velmora::dvbservice::handshakeClock = [] { return -1.0; };
+    letTimedWaits(wrapped_time::TimedWaits::endAtOnce);
+    std::future<bool> waiting = waitForStart(1, "a");
+    ASSERT_TRUE(eventually([] { return wrapped_time::deadlines().size() > 20; }));
+    EXPECT_EQ(waiting.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
+    confirmOpen(1, "a", 0);
+    EXPECT_TRUE(waiting.get());
+}
+
+TEST_F(AConfirmation, WakesEveryWait) {
+    letTimedWaits(wrapped_time::TimedWaits::endNever);
+    std::vector<std::future<bool>> waits;
+    for (unsigned int pid = 0; pid < 4; ++pid) {
+        waits.push_back(waitForStart(pid, "a"));
+        ASSERT_TRUE(sleeping(pid + 1));
+    }
+    // The last that went to sleep is not the first to be woken when only one is.
+    bool allWoken = true;
+    for (unsigned int pid = 4; pid-- > 0;) {
+        confirmOpen(pid, "a", 0);
+        allWoken = allWoken && isReady(waits[pid]);
+    }
+    EXPECT_TRUE(allWoken);
+    for (std::future<bool>& wait : waits) {
+        EXPECT_TRUE(eventually([&wait] {
+            confirmClose("somebody", 0);
+            return wait.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+        }));
+        EXPECT_TRUE(wait.get());
+    }
+}
+
+TEST_F(AConfirmation, EndsOneWaitEvenIfTwoWaitForTheSame) {
+    letTimedWaits(wrapped_time::TimedWaits::endNever);
+    std::future<bool> waits[] = {waitForStart(1, "a"), waitForStart(1, "a")};
+    ASSERT_TRUE(sleeping(2));
+    const auto ready = [&waits] {
+        return std::count_if(std::begin(waits), std::end(waits), [](const std::future<bool>& wait) {
+            return wait.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+        });
+    };
+    confirmOpen(1, "a", 0);
+    // Both were woken: one has gone back to sleep.
+    ASSERT_TRUE(sleeping(3));
+    EXPECT_TRUE(eventually([&ready] { return ready() == 1; }));
+    EXPECT_TRUE(results().empty());
+    confirmOpen(1, "a", -1);
+    EXPECT_TRUE(eventually([&ready] { return ready() == 2; }));
+    EXPECT_NE(waits[0].get(), waits[1].get());
+}
+
+TEST_F(AConfirmation, OfAFiltersStateWakesNobody) {
+    letTimedWaits(wrapped_time::TimedWaits::endNever);
+    std::future<bool> waiting = waitForStart(1, "a");
+    ASSERT_TRUE(sleeping(1));
+    injectEvent<messages::OnFilterOpened>("a", "slot");
+    injectEvent<messages::OnFilterClosed>("a");
+    EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    EXPECT_EQ(wrapped_time::deadlines().size(), 1U) << "it has not looked again";
+    confirmOpen(1, "a", 0);
+    EXPECT_TRUE(waiting.get());
+}
+
+TEST_F(AConfirmation, IsTimedByTheMonotonicClockInSeconds) {
+    const timespec now{12, 500000000};
+    wrapped_time::setClock(&now);
+    const double seconds = velmora::dvbservice::monotonicSeconds();
+    const std::vector<clockid_t> read = wrapped_time::clocksRead();
+    wrapped_time::setClock(nullptr);
+    const double unreadable = velmora::dvbservice::monotonicSeconds();
+    wrapped_time::asUsual();
+    EXPECT_DOUBLE_EQ(seconds, 12.5);
+    EXPECT_THAT(read, testing::ElementsAre(CLOCK_MONOTONIC));
+    EXPECT_DOUBLE_EQ(unreadable, -1.0);
+    EXPECT_GT(velmora::dvbservice::monotonicSeconds(), 0.0);
+    EXPECT_EQ(velmora::dvbservice::handshakeClock.load(), &velmora::dvbservice::monotonicSeconds);
+}
