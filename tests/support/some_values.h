@@ -8,6 +8,13 @@
 template <typename Interface, typename... Parameters>
 int callWithSomeValues(Interface& target,
                        int (Interface::*operation)(frame::MsgIds&, const frame::TransportInfo&, Parameters...),
-                       frame::MsgIds ids = {}) {
+                       frame::MsgIds& ids) {
     return (target.*operation)(ids, {}, std::decay_t<Parameters>()...);
+}
+
+template <typename Interface, typename... Parameters>
+int callWithSomeValues(Interface& target,
+                       int (Interface::*operation)(frame::MsgIds&, const frame::TransportInfo&, Parameters...)) {
+    frame::MsgIds ids;
+    return callWithSomeValues(target, operation, ids);
 }

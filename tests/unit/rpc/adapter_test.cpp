@@ -1,11 +1,13 @@
 // The client adapter and the null service.
 #include <boost/smart_ptr/bad_weak_ptr.hpp>
+#include <boost/weak_ptr.hpp>
 
 #include "adapter.h"
 #include "app-browserdvbservice-proxy-main.h"
 #include "empty_service_interface.h"
 #include "inject_event.h"
 #include "logged.h"
+#include "seams.h"
 #include "some_values.h"
 
 using namespace lo::browserdvbservice;
@@ -32,10 +34,43 @@ std::vector<recording::LogLine> linesOfAdapter() {
     return lines;
 }
 
+/// A service that answers as it is told and keeps who registered.
+class AnsweringService : public EmptyServiceInterface {
+public:
+    int answer = 0;
+    std::vector<std::string> calls;
+    std::vector<ClientInterface*> clients;
+    int addClient(boost::shared_ptr<ClientInterface> client) override { return keep("add", client); }
+    int removeClient(boost::shared_ptr<ClientInterface> client) override { return keep("remove", client); }
+
+private:
+    int keep(const std::string& call, const boost::shared_ptr<ClientInterface>& client) {
+        calls.push_back(call + " after " + std::to_string(linesOfAdapter().size()) + " lines");
+        clients.push_back(client.get());
+        return answer;
+    }
+};
+
 class AnAdapter : public testing::Test {
 protected:
-    AnAdapter() { recording::reset(); }
-    ~AnAdapter() override { frame::Process::getInstance().stopAppMembers(); }
+    AnAdapter() {
+        seams::reset();
+        recording::reset();
+    }
+    ~AnAdapter() override {
+        seams::reset();
+        frame::Process::getInstance().stopAppMembers();
+    }
+
+    /// The process knows this service under the interface's name, and answers the look-up so.
+    static void publish(ServiceInterface* service, int answer = 0) {
+        seams::setLookUp([=](boost::shared_ptr<frame::Interface>& reference, const std::string& name) {
+            EXPECT_EQ(name, "tarno.lm.interfaces.browserdvbservice");
+            EXPECT_THAT(linesOfAdapter(), testing::SizeIs(1)) << "the first line comes before the look-up";
+            reference.reset(new frame::Interface(name, service));
+            return answer;
+        });
+    }
 
     static void startProxy() {
         ASSERT_EQ(frame::Process::getInstance().startAppMembersSync(CreateBrowserDvbServiceProxy), 0);
@@ -134,27 +169,109 @@ TEST_F(AnAdapter, TakesEveryEventWithoutEffect) {
     EXPECT_TRUE(recording::sent().empty());
 }
 
-TEST(TheNullService, RefusesEveryOperationUnderItsOwnName) {
-    std::vector<testing::Matcher<recording::LogLine>> expected;
-    EmptyServiceInterface nullInterface;
-    ServiceInterface& service = nullInterface;
+TEST_F(AnAdapter, RegistersItselfBetweenItsSecondLineAndItsThird) {
+    AnsweringService service;
+    publish(&service);
     recording::reset();
-#define EXPECTED_COMMAND(operation, Message, decimal, hexadecimal, bytes, layout)           \
-    EXPECT_EQ(callWithSomeValues(service, &ServiceInterface::operation), -1) << #operation; \
-    expected.emplace_back(nullService(#operation));
-#include "expected_messages.inc"
-    EXPECT_EQ(service.addClient({}), -1);
-    expected.emplace_back(nullService("addClient"));
-    EXPECT_EQ(service.removeClient({}), -1);
-    expected.emplace_back(nullService("removeClient"));
-    EXPECT_EQ(expected.size(), 31U);
-    EXPECT_THAT(recording::log(), testing::ElementsAreArray(expected));
-    EXPECT_TRUE(recording::sent().empty());
+    EXPECT_EQ(adapter->start(), 0);
+    EXPECT_THAT(recording::log(), testing::ElementsAre(called("start"), called("start"), called("start")));
+    EXPECT_THAT(service.calls, testing::ElementsAre("add after 2 lines"));
+    EXPECT_THAT(service.clients, testing::ElementsAre(adapter.get()));
+    EXPECT_EQ(adapter->getServiceInterface(), &service);
 }
 
-TEST(TheNullService, WritesItsLineWhenItGoes) {
-    auto nullInterface = std::make_unique<EmptyServiceInterface>();
+TEST_F(AnAdapter, StartsWhateverTheServiceAnswersToItsRegistration) {
+    AnsweringService service;
+    publish(&service);
+    for (const int answer : {-17, -2, 5}) {
+        service.answer = answer;
+        recording::reset();
+        EXPECT_EQ(adapter->start(), 0) << answer;
+        EXPECT_THAT(recording::log(), testing::ElementsAre(called("start"), called("start"), called("start")));
+        EXPECT_EQ(adapter->getServiceInterface(), &service);
+    }
+}
+
+TEST_F(AnAdapter, TakesAPositiveResultOfTheLookUpForASuccess) {
+    AnsweringService service;
+    publish(&service, 7);
     recording::reset();
-    nullInterface.reset();
-    EXPECT_THAT(recording::log(), testing::ElementsAre(nullService("~EmptyServiceInterface")));
+    EXPECT_EQ(adapter->start(), 0);
+    EXPECT_THAT(recording::log(), testing::ElementsAre(called("start"), called("start"), called("start")));
+    EXPECT_EQ(adapter->getServiceInterface(), &service);
+}
+
+TEST_F(AnAdapter, FailsToStartWhenTheLookUpFailsThoughItFilledTheReference) {
+    AnsweringService service;
+    publish(&service, -3);
+    recording::reset();
+    EXPECT_EQ(adapter->start(), -1);
+    EXPECT_THAT(recording::log(),
+                testing::ElementsAre(called("start"), logged::plain(0x5F03E8, kFile, "start",
+                                                                    "Getting browserdvbservice interface failed!\n")));
+    EXPECT_THAT(service.calls, testing::IsEmpty());
+    EXPECT_NE(adapter->getServiceInterface(), &service);
+}
+
+TEST_F(AnAdapter, FailsToStartWithoutALineWhenTheInterfaceHoldsNoService) {
+    publish(nullptr);
+    recording::reset();
+    EXPECT_EQ(adapter->start(), -1);
+    EXPECT_THAT(recording::log(), testing::ElementsAre(called("start")));
+    EXPECT_NE(dynamic_cast<EmptyServiceInterface*>(adapter->getServiceInterface()), nullptr);
+}
+
+TEST_F(AnAdapter, HoldsTheInterfaceAsLongAsItLives) {
+    AnsweringService service;
+    boost::weak_ptr<frame::Interface> observed;
+    seams::setLookUp([&](boost::shared_ptr<frame::Interface>& reference, const std::string& name) {
+        reference.reset(new frame::Interface(name, &service));
+        observed = reference;
+        return 0;
+    });
+    ASSERT_EQ(adapter->start(), 0);
+    EXPECT_EQ(adapter->stop(), 0);
+    EXPECT_FALSE(observed.expired()) << "stopped, it still sends to the service";
+    EXPECT_EQ(adapter->getServiceInterface(), &service);
+    adapter.reset();
+    EXPECT_TRUE(observed.expired());
+}
+
+TEST_F(AnAdapter, StopsWhateverTheServiceAnswersToItsRemoval) {
+    AnsweringService service;
+    publish(&service);
+    recording::reset();
+    ASSERT_EQ(adapter->start(), 0);
+    service.calls.clear();
+    service.clients.clear();
+    for (const int answer : {-2, 5}) {
+        service.answer = answer;
+        recording::reset();
+        EXPECT_EQ(adapter->stop(), 0) << answer;
+        EXPECT_THAT(recording::log(), testing::ElementsAre(called("stop")));
+    }
+    EXPECT_THAT(service.calls, testing::ElementsAre("remove after 1 lines", "remove after 1 lines"));
+    EXPECT_THAT(service.clients, testing::Each(adapter.get()));
+}
+
+TEST_F(AnAdapter, StopsAtTheNullServiceAfterAFailedStart) {
+    ASSERT_EQ(adapter->start(), -1);
+    adapter->getServiceInterface();
+    recording::reset();
+    EXPECT_EQ(adapter->stop(), 0);
+    EXPECT_THAT(recording::log(), testing::ElementsAre(called("stop"), nullService("removeClient")));
+}
+
+TEST_F(AnAdapter, FormatsNoLineWhoseLevelIsOff) {
+    AnsweringService service;
+    seams::setLookUp([&service](boost::shared_ptr<frame::Interface>& reference, const std::string& name) {
+        reference.reset(new frame::Interface(name, &service));
+        return 0;
+    });
+    recording::reset();
+    recording::setLogThreshold(0);
+    adapter->start();
+    adapter->stop();
+    EXPECT_EQ(recording::levelChecks(), 4U);
+    EXPECT_EQ(recording::formattedLines(), 0U);
 }

@@ -5,6 +5,8 @@
 #include "hex_bytes.h"
 #include "proxy_fixture.h"
 
+namespace messages = lo::browserdvbservice::messages;
+
 namespace {
 
 struct Event {
@@ -66,6 +68,20 @@ const Event kEvents[] = {
      "onDATagsServicePmtDataChange(32768, 1, 65535, -1, 3:610062)"},
 };
 
+/// Gives a record that is in memory to the decoder of its event, as the platform does; the decoder's result.
+template <typename Event>
+int decode(const typename Event::Record& record) {
+    const std::vector<recording::Registration> registrations = recording::registrations();
+    const auto registered = std::find_if(registrations.rbegin(), registrations.rend(), [](const auto& registration) {
+        return registration.header.messageId == Event::header().messageId;
+    });
+    if (registered == registrations.rend()) {
+        ADD_FAILURE() << "nobody decodes " << Event::kName;
+        return -1;
+    }
+    return registered->handler(registered->header, {}, &record, registered->context);
+}
+
 }  // namespace
 
 TEST_F(AProxy, DecodesEveryEventIntoTheCallOfItsName) {
@@ -87,25 +103,112 @@ TEST_F(AProxy, HandsTheSharedEmptyIdsAndTheMessagesTransportToItsClients) {
     const boost::shared_ptr<RecordingClient> client = addedClient();
     frame::TransportInfo transport;
     transport.peer = 7;
-    ASSERT_TRUE(
-        recording::inject({-1, 0x1CCD7774, kEvents[0].messageId, 1}, hexBytes(kEvents[0].wire), nullptr, transport));
-    ASSERT_EQ(client->calls().size(), 1U);
-    EXPECT_EQ(client->calls()[0].ids, &frame::MsgIds::none);
-    EXPECT_EQ(client->calls()[0].transport.peer, 7U);
+    for (const Event& event : kEvents) {
+        ASSERT_TRUE(recording::inject({-1, 0x1CCD7774, event.messageId, 1}, hexBytes(event.wire), nullptr, transport));
+    }
+    ASSERT_EQ(client->calls().size(), std::size(kEvents));
+    for (const RecordingClient::Call& call : client->calls()) {
+        EXPECT_EQ(call.ids, &frame::MsgIds::none) << call.text;
+        EXPECT_EQ(call.transport.peer, 7U) << call.text;
+    }
+}
+
+TEST_F(AProxy, AnswersZeroToEveryEventWhateverItsClientsAnswer) {
+    const boost::shared_ptr<RecordingClient> client = addedClient();
+    for (const int answer : {-1, 6}) {
+        client->answer = answer;
+        for (const Event& event : kEvents) {
+            int result = -99;
+            ASSERT_TRUE(recording::inject({-1, 0x1CCD7774, event.messageId, 1}, hexBytes(event.wire), &result));
+            EXPECT_EQ(result, 0) << event.decoder;
+        }
+    }
+}
+
+TEST_F(AProxy, RefusesNoEventThatNobodyHearsAndWritesItsLine) {
+    for (const Event& event : kEvents) {
+        recording::reset();
+        int result = -99;
+        ASSERT_TRUE(recording::inject({-1, 0x1CCD7774, event.messageId, 1}, hexBytes(event.wire), &result));
+        EXPECT_EQ(result, 0) << event.decoder;
+        EXPECT_THAT(recording::log(),
+                    testing::ElementsAre(logged::plain(0x5F0FA0, kProxyFile, event.decoder, "Called.\n")));
+    }
+}
+
+TEST_F(AProxy, FormatsNoLineOfAnEventWhoseLevelIsOff) {
+    recording::setLogThreshold(0);
+    for (const Event& event : kEvents) {
+        ASSERT_TRUE(recording::inject({-1, 0x1CCD7774, event.messageId, 1}, hexBytes(event.wire)));
+    }
+    EXPECT_EQ(recording::levelChecks(), std::size(kEvents));
+    EXPECT_EQ(recording::formattedLines(), 0U);
+}
+
+TEST_F(AProxy, TakesNoEventThatIsAByteShorterOrLonger) {
+    const boost::shared_ptr<RecordingClient> client = addedClient();
+    for (const Event& event : kEvents) {
+        const std::vector<std::uint8_t> image = hexBytes(event.wire);
+        std::vector<std::uint8_t> shorter(image.begin(), image.end() - 1);
+        std::vector<std::uint8_t> longer = image;
+        longer.push_back(0);
+        EXPECT_FALSE(recording::inject({-1, 0x1CCD7774, event.messageId, 1}, shorter)) << event.decoder;
+        EXPECT_FALSE(recording::inject({-1, 0x1CCD7774, event.messageId, 1}, longer)) << event.decoder;
+    }
+    EXPECT_TRUE(client->calls().empty());
 }
 
 TEST_F(AProxy, TakesATextWithoutAPointerForAnEmptyOne) {
     const boost::shared_ptr<RecordingClient> client = addedClient();
-    using Event = lo::browserdvbservice::messages::OnAitSectionAvailable;
-    const std::vector<recording::Registration> registrations = recording::registrations();
-    const auto registered = std::find_if(registrations.rbegin(), registrations.rend(), [](const auto& registration) {
-        return registration.header.messageId == Event::header().messageId;
-    });
-    ASSERT_NE(registered, registrations.rend());
     for (const std::uint32_t length : {0U, 5U}) {
-        _ovxDeserString_struct text{length, nullptr};
-        static_assert(sizeof text == sizeof(Event::Record), "the record is its text alone");
-        EXPECT_EQ(registered->handler(registered->header, {}, &text, registered->context), 0);
+        EXPECT_EQ(decode<messages::OnAitSectionAvailable>({{length, nullptr}}), 0);
     }
     EXPECT_THAT(client->texts(), testing::ElementsAre("onAitSectionAvailable(0:)", "onAitSectionAvailable(0:)"));
+}
+
+TEST_F(AProxy, BoundsATextByItsLengthAlone) {
+    const boost::shared_ptr<RecordingClient> client = addedClient();
+    std::string letters("ab\0cd", 5);
+    for (const std::uint32_t length : {0U, 1U, 4U}) {
+        decode<messages::OnAitSectionAvailable>({{length, letters.data()}});
+    }
+    EXPECT_THAT(client->texts(), testing::ElementsAre("onAitSectionAvailable(0:)", "onAitSectionAvailable(1:61)",
+                                                      "onAitSectionAvailable(4:61620063)"));
+}
+
+TEST_F(AProxy, BuildsTheTextsAfreshForEachClient) {
+    class SpoilingClient : public RecordingClient {
+    public:
+        int onAitSectionAvailable(frame::MsgIds& ids, const frame::TransportInfo& transport,
+                                  const std::string& section) override {
+            const int result = RecordingClient::onAitSectionAvailable(ids, transport, section);
+            const_cast<std::string&>(section) = "spoiled";
+            return result;
+        }
+    };
+    proxy->addClient(boost::shared_ptr<RecordingClient>(new SpoilingClient));
+    const boost::shared_ptr<RecordingClient> behind = addedClient();
+    injectEvent<messages::OnAitSectionAvailable>("ab");
+    EXPECT_THAT(behind->texts(), testing::ElementsAre("onAitSectionAvailable(2:6162)"));
+}
+
+TEST_F(AProxy, HandsAByteVectorOnAsTheRecordHasIt) {
+    class CarrierClient : public RecordingClient {
+    public:
+        const std::uint8_t* bytes = nullptr;
+        std::uint32_t count = 0;
+        int onStreamEventListenerSignalled(frame::MsgIds&, const frame::TransportInfo&, unsigned short, unsigned short,
+                                           unsigned short, short, const std::string&, const std::string&,
+                                           const _ovxDeserVectorU8_struct& data) override {
+            bytes = data.data;
+            count = data.count;
+            return 0;
+        }
+    };
+    const boost::shared_ptr<CarrierClient> client(new CarrierClient);
+    proxy->addClient(client);
+    std::uint8_t bytes[] = {1, 2, 3};
+    decode<messages::OnStreamEventListenerSignalled>({1, 2, 3, 4, {0, nullptr}, {0, nullptr}, {3, bytes}});
+    EXPECT_EQ(client->bytes, bytes);
+    EXPECT_EQ(client->count, 3U);
 }

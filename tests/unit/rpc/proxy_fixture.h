@@ -9,17 +9,35 @@
 #include "inject_event.h"
 #include "logged.h"
 #include "recording_client.h"
+#include "seams.h"
 
 constexpr const char* kProxyFile = "app-browserdvbservice-proxy-main.cpp";
+
+/// A proxy that shows its component mutex.
+class OpenProxy : public lo::browserdvbservice::Proxy {
+public:
+    using Proxy::componentMutex;
+
+    /// Whether anybody holds the mutex, the calling thread included.
+    bool isLocked() {
+        if (pthread_mutex_trylock(&componentMutex()) != 0) {
+            return true;
+        }
+        pthread_mutex_unlock(&componentMutex());
+        return false;
+    }
+};
 
 class AProxy : public testing::Test {
 protected:
     AProxy() {
+        seams::reset();
         recording::reset();
-        proxy = std::make_unique<lo::browserdvbservice::Proxy>();
+        proxy = std::make_unique<OpenProxy>();
         proxy->setLmqIOModule(recording::ioService());
         recording::reset();
     }
+    ~AProxy() override { seams::reset(); }
 
     boost::shared_ptr<RecordingClient> addedClient() {
         boost::shared_ptr<RecordingClient> client(new RecordingClient);
@@ -27,5 +45,5 @@ protected:
         return client;
     }
 
-    std::unique_ptr<lo::browserdvbservice::Proxy> proxy;
+    std::unique_ptr<OpenProxy> proxy;
 };

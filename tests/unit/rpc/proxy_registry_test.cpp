@@ -3,6 +3,7 @@
 
 #include "proxy_fixture.h"
 
+using lo::browserdvbservice::ClientInterface;
 namespace messages = lo::browserdvbservice::messages;
 
 TEST_F(AProxy, RefusesAClientThatIsRegisteredAlready) {
@@ -25,6 +26,56 @@ TEST_F(AProxy, CountsItsClientsAsTheyComeAndGo) {
                 testing::ElementsAre(logged::plain(0x5F0FA0, kProxyFile, "addClient", "success, 1 total.\n"),
                                      logged::plain(0x5F0FA0, kProxyFile, "addClient", "success, 2 total.\n"),
                                      logged::plain(0x5F0FA0, kProxyFile, "removeClient", "success, 1 remaining.\n")));
+    recording::reset();
+    EXPECT_EQ(proxy->addClient(second), -17);
+    EXPECT_EQ(proxy->removeClient(second), 0);
+    EXPECT_EQ(proxy->removeClient(second), -2);
+    EXPECT_THAT(recording::log(),
+                testing::ElementsAre(
+                    logged::plain(0x5F03E8, kProxyFile, "addClient", "Client already exists, 1 total.\n"),
+                    logged::plain(0x5F0FA0, kProxyFile, "removeClient", "success, 0 remaining.\n"),
+                    logged::plain(0x5F03E8, kProxyFile, "removeClient", "client not found (of 0 known ones)\n")));
+}
+
+TEST_F(AProxy, TellsClientsApartByTheObjectNotByItsOwner) {
+    const boost::shared_ptr<RecordingClient> client = addedClient();
+    const boost::shared_ptr<ClientInterface> sameObject(boost::shared_ptr<int>(new int), client.get());
+    EXPECT_EQ(proxy->addClient(sameObject), -17);
+    RecordingClient other;
+    const boost::shared_ptr<ClientInterface> sameOwner(client, &other);
+    EXPECT_EQ(proxy->removeClient(sameOwner), -2);
+    EXPECT_EQ(proxy->addClient(sameOwner), 0);
+    EXPECT_EQ(proxy->removeClient(sameObject), 0);
+    injectEvent<messages::OnAllTerminalStoped>();
+    EXPECT_TRUE(client->calls().empty());
+    EXPECT_EQ(other.calls().size(), 1U);
+    proxy->removeClient(sameOwner);
+}
+
+TEST_F(AProxy, SharesTheOwnershipOfItsClientsWhileTheyAreRegistered) {
+    boost::shared_ptr<RecordingClient> client = addedClient();
+    const boost::weak_ptr<RecordingClient> observed = client;
+    client.reset();
+    ASSERT_FALSE(observed.expired());
+    proxy->removeClient(observed.lock());
+    EXPECT_TRUE(observed.expired());
+}
+
+TEST_F(AProxy, KeepsTheOrderOfTheOthersWhenAClientGoes) {
+    std::vector<int> order;
+    std::vector<boost::shared_ptr<RecordingClient>> clients;
+    for (int number = 0; number < 5; ++number) {
+        clients.push_back(addedClient());
+        clients.back()->reaction = [&order, number] { order.push_back(number); };
+    }
+    proxy->removeClient(clients[1]);
+    proxy->removeClient(clients[0]);
+    injectEvent<messages::OnAllTerminalStoped>();
+    EXPECT_THAT(order, testing::ElementsAre(2, 3, 4));
+    order.clear();
+    proxy->addClient(clients[0]);
+    injectEvent<messages::OnAllTerminalStoped>();
+    EXPECT_THAT(order, testing::ElementsAre(2, 3, 4, 0)) << "who comes back stands last";
 }
 
 TEST_F(AProxy, DoesNotKnowAClientThatWasNeverAdded) {
@@ -51,12 +102,6 @@ TEST_F(AProxy, CallsTheOthersWhenAClientReturnsAFailure) {
     first->answer = -1;
     injectEvent<messages::OnAllTerminalStoped>();
     EXPECT_EQ(second->calls().size(), 1U);
-}
-
-TEST_F(AProxy, ReturnsZeroForAnEventThatNobodyHears) {
-    int result = -1;
-    ASSERT_TRUE(recording::inject(messages::OnAllTerminalStoped::header(), {0}, &result));
-    EXPECT_EQ(result, 0);
 }
 
 TEST_F(AProxy, KeepsAClientThatRemovesItselfAliveUntilTheEventIsOver) {
