@@ -394,3 +394,11 @@ TEST(TheWireBytes, OfAnEmptyStringAreALengthOfZeroAndOneTerminatorInMemory) {
     EXPECT_EQ(carrier.data[0], '\0');
     wire::String::release(carrier);
 }
+
+TEST(TheWireBytes, OfAnEnumerationAreItsNumberUnchanged) {
+    EXPECT_EQ(wireOf<messages::CmdSelectComponent>(static_cast<ComponentType>(-2)), hexText("FFFFFFFE"));
+    EXPECT_EQ(wireOf<messages::CmdUnselectComponent>(static_cast<ComponentType>(0x12345678)), hexText("12345678"));
+    EXPECT_EQ(wireOf<messages::CmdSendOpAppInstallStatus>(static_cast<OpappType>(0x7FFFFFFF),
+                                                          static_cast<OpappInstallStatus>(-1)),
+              hexText("7FFFFFFF FFFFFFFF"));
+}
