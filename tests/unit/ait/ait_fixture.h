@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <mutex>
 
 #include "aitsection.h"
@@ -48,9 +49,17 @@ public:
         }
     };
     void onCurrentChannelAIT(std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId, const Bytes& section) override {
-        const std::lock_guard<std::mutex> lock(mutex);
-        kept.push_back({onId, tsId, sId, section});
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            kept.push_back({onId, tsId, sId, section});
+        }
+        if (reaction) {
+            reaction();
+        }
     }
+    /// Called inside of every delivery, after it was kept.
+    std::function<void()> reaction;
+
     std::vector<Delivery> deliveries() const {
         const std::lock_guard<std::mutex> lock(mutex);
         return kept;
@@ -63,23 +72,35 @@ private:
 
 /// How each line that is no ordinary one begins.
 inline bool isFailure(const std::string& message) {
-    const std::vector<std::string> failures = {"Invalid AIT Section length", "This Channel AIT is not stored.",
-                                               "channelInfo.size() =", "pthread_"};
+    const std::vector<std::string> failures = {
+        "Invalid AIT Section length", "This Channel AIT is not stored.", "channelInfo.size() =",         "pthread_",
+        "sendAITData aitAPI is NULL", "AIT section index over flow.",    "Get browserAitCatcher failed."};
     return std::any_of(failures.begin(), failures.end(),
                        [&message](const std::string& failure) { return message.rfind(failure, 0) == 0; });
 }
 
 /// The captured lines without their traces, as messages. Each has the level and the tag that lines of its kind have.
-inline std::vector<std::string> messagesOf(const std::string& file) {
+inline std::vector<std::string> allMessages() {
     std::vector<std::string> messages;
     for (const recording::LogLine& line : logged::withoutTraces()) {
-        if (line.file == file) {
-            EXPECT_THAT(line, logged::tagged(isFailure(line.message) ? kFailure : kOrdinary, kTag, file, line.function,
-                                             line.message));
-            messages.push_back(line.message);
-        }
+        EXPECT_THAT(line, logged::tagged(isFailure(line.message) ? kFailure : kOrdinary, kTag, line.file, line.function,
+                                         line.message));
+        messages.push_back(line.message);
     }
     return messages;
+}
+
+/// The same of one file.
+inline std::vector<std::string> messagesOf(const std::string& file) {
+    std::vector<std::string> messages = allMessages();
+    std::vector<std::string> own;
+    const std::vector<recording::LogLine> lines = logged::withoutTraces();
+    for (std::size_t index = 0; index < messages.size(); ++index) {
+        if (lines[index].file == file) {
+            own.push_back(messages[index]);
+        }
+    }
+    return own;
 }
 
 /// The functions of the captured lines, in their order.

@@ -1,4 +1,4 @@
-// The AIT catcher and the AIT API before it.
+// The AIT catcher: channels, filing and delivery.
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -8,18 +8,8 @@
 #include <future>
 #include <thread>
 
-#include "ait_fixture.h"
+#include "catcher_fixture.h"
 #include "eventually.h"
-#include "recording/recording_platform.h"
-
-namespace velmora::dvbservice {
-
-/// Looks at what the catcher keeps to itself.
-struct BrowserAITCatcherTestAccess {
-    static std::size_t storages(BrowserAITCatcher& catcher) { return catcher.aitStorages.size(); }
-};
-
-}  // namespace velmora::dvbservice
 
 namespace {
 
@@ -27,28 +17,15 @@ using velmora::dvbservice::BrowserAITCatcher;
 using velmora::dvbservice::BrowserAITCatcherTestAccess;
 using velmora::dvbservice::DvbAITSectionAPI;
 
-constexpr const char* kFile = "browser_AIT_catcher.cpp";
-
-class ACatcher : public testing::Test {
-protected:
-    ACatcher() {
-        api->registerClient(&client);
-        recording::reset();
+/// What the split of a key into numbers throws; empty when it throws nothing.
+std::string thrownBy(BrowserAITCatcher& catcher, const std::string& key) {
+    try {
+        catcher.sendAITData(key, Bytes(8, 1));
+    } catch (const std::invalid_argument& error) {
+        return error.what();
     }
-    ~ACatcher() override { api->unRegisterClient(nullptr); }
-
-    int feed(const Bytes& section) { return catcher.updateAIT(asText(section)); }
-    /// Waits for a replay's worker to have come to its end, which its line count tells.
-    bool deliveredEventually(std::size_t count) {
-        return eventually([&] { return client.deliveries().size() == count; });
-    }
-
-    BrowserAITCatcher catcher;
-    DvbAITSectionAPI* api = DvbAITSectionAPI::getInstance();
-    KeepingAitClient client;
-};
-
-using Delivery = KeepingAitClient::Delivery;
+    return {};
+}
 
 }  // namespace
 
@@ -62,8 +39,21 @@ TEST_F(ACatcher, TakesEveryReportOfAChannelForADifferentOne) {
     for (int count = 0; count < 2; ++count) {
         recording::reset();
         EXPECT_EQ(catcher.updateCurrentChannelInfo(9, 1, 2, 3), 0);
-        EXPECT_THAT(messagesOf(kFile),
+        EXPECT_THAT(allMessages(),
                     testing::ElementsAre("Broadcast Channel switch In.\n", "Change to Different Channel.\n"));
+        EXPECT_THAT(functionsOf(kFile), testing::Each("updateCurrentChannelInfo"));
+        EXPECT_EQ(recording::log().size(), 2U) << "and no trace";
+    }
+}
+
+TEST_F(ACatcher, KeepsTheReportedChannelInTheOrderOfItsValues) {
+    for (const std::uint16_t first : {std::uint16_t{9}, std::uint16_t{65535}}) {
+        catcher.updateCurrentChannelInfo(first, 1, 2, 3);
+        const velmora::dvbservice::ChannelInfo channel = BrowserAITCatcherTestAccess::currentChannel(catcher);
+        EXPECT_EQ(channel.first, first);
+        EXPECT_EQ(channel.onId, 1);
+        EXPECT_EQ(channel.tsId, 2);
+        EXPECT_EQ(channel.sId, 3);
     }
 }
 
@@ -71,7 +61,10 @@ TEST_F(ACatcher, RefusesASectionOfSevenBytesAndTakesOneOfEight) {
     catcher.updateCurrentChannelInfo(0, 1, 2, 3);
     recording::reset();
     EXPECT_EQ(feed(Bytes(7, 0)), -1);
-    EXPECT_THAT(messagesOf(kFile), testing::ElementsAre("section length:7.\n\n", "Invalid AIT Section length 7\n"));
+    EXPECT_THAT(allMessages(), testing::ElementsAre("section length:7.\n\n", "Invalid AIT Section length 7\n"));
+    EXPECT_THAT(functionsOf(kFile), testing::Each("updateAIT"));
+    EXPECT_EQ(BrowserAITCatcherTestAccess::storages(catcher), 0U);
+    EXPECT_THAT(client.deliveries(), testing::IsEmpty());
     EXPECT_EQ(feed(Bytes(8, 0)), 0);
     EXPECT_THAT(client.deliveries(), testing::ElementsAre(Delivery{1, 2, 3, Bytes(8, 0)}));
 }
@@ -81,15 +74,108 @@ TEST_F(ACatcher, DeliversASectionOnce) {
     const Bytes section = aitBytes(1, 0, 0, 5);
     recording::reset();
     EXPECT_EQ(feed(section), 0);
-    EXPECT_THAT(messagesOf(kFile), testing::ElementsAre("section length:16.\n\n", "ccId:1:2:3,onId:1,tsId:2,sId:3\n"));
+    EXPECT_THAT(allMessages(),
+                testing::ElementsAre("section length:16.\n\n", "DumpAITSection: ver:1,sn:0/0,crc:00000005(valid:0)\n",
+                                     "AIT version changed: 0 -> 1\n", "Add AIT Section: 0/0, ver: 1,crc:00000005\n",
+                                     "ccId:1:2:3,onId:1,tsId:2,sId:3\n"));
+    EXPECT_THAT(functionsOf(kFile), testing::ElementsAre("updateAIT", "sendAITData"));
     recording::reset();
     EXPECT_EQ(feed(section), 0);
-    EXPECT_THAT(messagesOf(kFile), testing::ElementsAre("section length:16.\n\n", "The AIT for this channel exist.\n",
-                                                        "No need to pass same AIT.\n"));
+    EXPECT_THAT(allMessages(), testing::ElementsAre("section length:16.\n\n", "The AIT for this channel exist.\n",
+                                                    "DumpAITSection: ver:1,sn:0/0,crc:00000005(valid:0)\n",
+                                                    "No Need to update Section: 0/0, ver: 1,crc:00000005\n",
+                                                    "No need to pass same AIT.\n"));
     EXPECT_THAT(functionsOf(kFile), testing::Each("updateAIT"));
     EXPECT_EQ(client.deliveries().size(), 1U);
-    feed(aitBytes(1, 0, 0, 6));
+    recording::reset();
+    EXPECT_EQ(feed(aitBytes(1, 0, 0, 6)), 0);
+    EXPECT_THAT(allMessages(), testing::ElementsAre("section length:16.\n\n", "The AIT for this channel exist.\n",
+                                                    "DumpAITSection: ver:1,sn:0/0,crc:00000006(valid:0)\n",
+                                                    "Add AIT Section: 0/0, ver: 1,crc:00000006\n",
+                                                    "ccId:1:2:3,onId:1,tsId:2,sId:3\n"));
     EXPECT_EQ(client.deliveries().size(), 2U);
+}
+
+TEST_F(ACatcher, StillKnowsAChannelsSectionsWhenTheChannelComesBack) {
+    const Bytes section = aitBytes(1, 0, 0, 5);
+    catcher.updateCurrentChannelInfo(0, 1, 2, 3);
+    feed(section);
+    catcher.updateCurrentChannelInfo(0, 4, 5, 6);
+    catcher.updateCurrentChannelInfo(0, 1, 2, 3);
+    EXPECT_EQ(feed(section), 0);
+    EXPECT_EQ(client.deliveries().size(), 1U);
+}
+
+TEST_F(ACatcher, DeliversTheBytesAsTheyCame) {
+    catcher.updateCurrentChannelInfo(0, 1, 2, 3);
+    Bytes section = aitBytes(1, 0, 0, 5, 300);
+    section[8] = 0;
+    section[9] = 0xFF;
+    feed(section);
+    EXPECT_THAT(client.deliveries(), testing::ElementsAre(Delivery{1, 2, 3, section}));
+}
+
+TEST_F(ACatcher, WritesTheKeyBeforeTheClientIsCalled) {
+    std::string lastLine;
+    client.reaction = [&lastLine] { lastLine = allMessages().back(); };
+    catcher.sendAITData("1:2:3", Bytes(8, 1));
+    EXPECT_EQ(lastLine, "ccId:1:2:3,onId:1,tsId:2,sId:3\n");
+    EXPECT_EQ(recording::log().size(), 1U) << "and no line after it";
+}
+
+TEST_F(ACatcher, HoldsItsMutexWhileTheClientIsCalled) {
+    bool locked = false;
+    client.reaction = [&] { locked = isDelivering(); };
+    catcher.sendAITData("1:2:3", Bytes(8, 1));
+    EXPECT_TRUE(locked);
+    EXPECT_FALSE(isDelivering());
+    locked = false;
+    catcher.updateCurrentChannelInfo(0, 1, 2, 3);
+    feed(aitBytes(1, 0, 0, 5));
+    EXPECT_TRUE(locked) << "for a section that is fed";
+}
+
+TEST_F(ACatcher, LetsItsMutexGoWhenNothingIsDelivered) {
+    catcher.sendAITData("1:2", Bytes(8, 1));
+    EXPECT_FALSE(isDelivering());
+    EXPECT_EQ(thrownBy(catcher, "a:2:3"), "stoi");
+    EXPECT_FALSE(isDelivering());
+}
+
+TEST_F(ACatcher, ReadsTheNumbersOfAKeyInBaseTenAsFarAsTheyGo) {
+    catcher.sendAITData("010:0x2:3x", Bytes(8, 1));
+    EXPECT_THAT(allMessages(), testing::ElementsAre("ccId:010:0x2:3x,onId:10,tsId:0,sId:3\n"));
+    EXPECT_THAT(client.deliveries(), testing::ElementsAre(Delivery{10, 0, 3, Bytes(8, 1)}));
+}
+
+TEST_F(ACatcher, ThrowsForAKeyThatIsNotMadeOfNumbersWithoutALine) {
+    for (const char* const key : {"a:2:3", "1:b:3", "1:2:c", ":2:3", "1::3", "1:2::"}) {
+        EXPECT_EQ(thrownBy(catcher, key), "stoi") << key;
+    }
+    EXPECT_THAT(recording::log(), testing::IsEmpty());
+    EXPECT_THAT(client.deliveries(), testing::IsEmpty());
+}
+
+TEST_F(ACatcher, DropsADeliveryWithALineWhenThereIsNoApi) {
+    seams::hideApi();
+    catcher.sendAITData("1:2:3", Bytes(8, 1));
+    catcher.sendAITData("no key", Bytes(8, 1));
+    EXPECT_THAT(allMessages(), testing::ElementsAre("sendAITData aitAPI is NULL \n", "sendAITData aitAPI is NULL \n"));
+    EXPECT_THAT(functionsOf(kFile), testing::Each("sendAITData"));
+    EXPECT_THAT(client.deliveries(), testing::IsEmpty());
+    EXPECT_FALSE(isDelivering());
+}
+
+TEST_F(ACatcher, FormatsNoLineWhoseLevelIsOff) {
+    recording::setLogThreshold(0);
+    catcher.updateCurrentChannelInfo(0, 1, 2, 3);
+    EXPECT_EQ(recording::levelChecks(), 2U);
+    feed(aitBytes(1, 0, 0, 5));
+    feed(aitBytes(1, 0, 0, 5));
+    feed(Bytes(7, 0));
+    catcher.sendAITData("1", Bytes());
+    EXPECT_GT(recording::levelChecks(), 10U);
+    EXPECT_EQ(recording::formattedLines(), 0U);
 }
 
 TEST_F(ACatcher, AlwaysDeliversTheFirstSectionOfAChannel) {
@@ -135,56 +221,14 @@ TEST_F(ACatcher, SplitsAKeyAtItsColons) {
     EXPECT_EQ(client.deliveries().back(), (Delivery{4, 5, 6, section})) << "the lock was released";
 }
 
-TEST_F(ACatcher, ReplaysAChannelOnAThreadOfItsOwn) {
-    catcher.updateCurrentChannelInfo(0, 1, 2, 3);
-    feed(aitBytes(1, 0, 2, 1));
-    feed(aitBytes(1, 2, 2, 2));
-    recording::reset();
-    EXPECT_EQ(catcher.getCurrentChannelAIT(1, 2, 3), 1);
-    ASSERT_TRUE(deliveredEventually(5));
-    EXPECT_EQ(client.deliveries()[2], (Delivery{1, 2, 3, aitBytes(1, 0, 2, 1)}));
-    EXPECT_EQ(client.deliveries()[3], (Delivery{1, 2, 3, {}})) << "an empty slot goes out as an empty vector";
-    EXPECT_EQ(client.deliveries()[4], (Delivery{1, 2, 3, aitBytes(1, 2, 2, 2)}));
-    EXPECT_THAT(messagesOf(kFile), testing::IsSupersetOf({"onId:1,tsId:2,sId:3\n", "This channel has 3 sections.\n"}));
-    EXPECT_THAT(recording::threadsCreated(), testing::ElementsAre(recording::ThreadKind::detached));
-}
-
-TEST_F(ACatcher, RepeatsTheLastSlotForACountAboveTwelve) {
-    catcher.updateCurrentChannelInfo(0, 1, 2, 3);
-    feed(aitBytes(1, 11, 13, 1));
-    catcher.getAITDataAsyc("1:2:3");
-    const std::vector<Delivery> deliveries = client.deliveries();
-    ASSERT_EQ(deliveries.size(), 15U);
-    for (std::size_t index = 12; index < 15; ++index) {
-        EXPECT_EQ(deliveries[index].section, aitBytes(1, 11, 13, 1));
-    }
-}
-
-TEST_F(ACatcher, ReplaysNothingForVersionZeroOrAnUnknownChannel) {
-    catcher.updateCurrentChannelInfo(0, 1, 2, 3);
-    feed(aitBytes(0, 0, 2, 1));
-    recording::reset();
-    catcher.getAITDataAsyc("1:2:3");
-    EXPECT_THAT(messagesOf(kFile), testing::ElementsAre("This channel has 0 sections.\n"));
-    recording::reset();
-    catcher.getAITDataAsyc("9:9:9");
-    EXPECT_THAT(messagesOf(kFile), testing::ElementsAre("This Channel AIT is not stored.\n"));
-    EXPECT_EQ(client.deliveries().size(), 1U);
-}
-
-TEST_F(ACatcher, LogsAWorkerThatCannotBeMadeAndLosesTheRequest) {
-    recording::setThreadCreateResult(11);
-    EXPECT_EQ(catcher.getCurrentChannelAIT(1, 2, 3), 1);
-    EXPECT_THAT(recording::logOf("thread_proc_AITData"),
-                testing::ElementsAre(
-                    logged::tagged(kFailure, kTag, kFile, "thread_proc_AITData", "pthread_create() failed.\n\n")));
-}
-
 TEST_F(ACatcher, DropsSectionsWhileThereIsNoClient) {
     api->unRegisterClient(nullptr);
     catcher.updateCurrentChannelInfo(0, 1, 2, 3);
+    recording::reset();
     EXPECT_EQ(feed(aitBytes(1, 0, 0, 1)), 0);
     EXPECT_TRUE(client.deliveries().empty());
+    EXPECT_EQ(allMessages().back(), "ccId:1:2:3,onId:1,tsId:2,sId:3\n") << "it is silent about it";
+    EXPECT_EQ(BrowserAITCatcherTestAccess::storages(catcher), 1U) << "it is stored all the same";
 }
 
 TEST_F(ACatcher, NeverOverlapsDeliveriesWhileEverythingHappensAtOnce) {
@@ -268,31 +312,4 @@ TEST(TheProcess, EndsFromInsideADeliveryThoughReplaysWaitForIt) {
     ASSERT_TRUE(ended) << "it waits for ever";
     EXPECT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 3);
-}
-
-TEST(TheAitApi, HoldsOneClientWhoeverIsNamedWhenItGoes) {
-    KeepingAitClient first;
-    KeepingAitClient second;
-    DvbAITSectionAPI* const api = DvbAITSectionAPI::getInstance();
-    EXPECT_FALSE(api->isRegistered(&first));
-    EXPECT_TRUE(api->registerClient(&first));
-    EXPECT_TRUE(api->isRegistered(&second)) << "the argument is not compared";
-    EXPECT_TRUE(api->registerClient(&second));
-    api->notifyCurrentChannelAIT(1, 2, 3, {1});
-    EXPECT_TRUE(first.deliveries().empty());
-    EXPECT_EQ(second.deliveries().size(), 1U);
-    EXPECT_TRUE(api->unRegisterClient(&first));
-    EXPECT_FALSE(api->isRegistered(&second));
-    api->notifyCurrentChannelAIT(1, 2, 3, {1});
-    EXPECT_EQ(second.deliveries().size(), 1U);
-}
-
-TEST(TheAitApi, RegistersItsCallerAndReplaysTheProcesssCatcher) {
-    BrowserAITCatcher* const catcher = BrowserAITCatcher::getInstance();
-    catcher->updateCurrentChannelInfo(0, 7, 8, 9);
-    catcher->updateAIT(asText(aitBytes(1, 0, 0, 1)));
-    KeepingAitClient client;
-    EXPECT_TRUE(DvbAITSectionAPI::getInstance()->getCurrentChannelAIT(&client, 7, 8, 9));
-    EXPECT_TRUE(eventually([&] { return client.deliveries().size() == 1; }));
-    DvbAITSectionAPI::getInstance()->unRegisterClient(&client);
 }

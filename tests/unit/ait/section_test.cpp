@@ -67,6 +67,7 @@ TEST(AnAitSection, OfSevenBytesIsInvalidWithAllNumbersZero) {
     EXPECT_FALSE(section.valid);
     EXPECT_EQ(section.data, bytes);
     EXPECT_EQ(section.version, 0);
+    EXPECT_EQ(section.sectionNumber, 0);
     EXPECT_EQ(section.sectionCount, 0);
     EXPECT_EQ(section.crc, 0U);
 }
@@ -97,9 +98,11 @@ TEST(AnAitSection, CountsUpToTwoHundredAndFiftySix) {
                                                     "DumpAITSection: ver:1,sn:9/255,crc:00000001(valid:1)\n")));
 }
 
-TEST(AnAitSection, ThrowsForANegativeLength) {
+TEST(AnAitSection, ThrowsForANegativeLengthBehindItsTrace) {
     const std::uint8_t byte = 0;
+    recording::reset();
     EXPECT_THROW(AITSection(&byte, -1), std::bad_alloc);
+    EXPECT_THAT(traceTexts(), testing::ElementsAre(testing::HasSubstr("AITSection::AITSection(const ")));
 }
 
 TEST(AnAitSection, DumpsItsBytesOnRequestAndSaysWhenThereAreNone) {
@@ -116,6 +119,116 @@ TEST(AnAitSection, DumpsItsBytesOnRequestAndSaysWhenThereAreNone) {
     EXPECT_TRUE(recording::dumps().empty());
     EXPECT_THAT(messagesOf(kFile), testing::ElementsAre("DumpAITSection: ver:0,sn:0/-1,crc:00000000(valid:0)\n",
                                                         "DumpAITSection:  no data.\n"));
+}
+
+TEST(AnAitSection, DumpsNoBytesThatAreNotASection) {
+    Bytes seven = {0x74, 0xB0, 0x05, 0x00, 0x10, 0xC3, 0x01};
+    const AITSection invalid(seven);
+    recording::reset();
+    invalid.dump(true);
+    AITSection empty;
+    empty.valid = true;
+    empty.dump(true);
+    EXPECT_TRUE(recording::dumps().empty());
+    EXPECT_THAT(
+        allMessages(),
+        testing::ElementsAre("DumpAITSection: ver:0,sn:0/-1,crc:00000000(valid:0)\n", "DumpAITSection:  no data.\n",
+                             "DumpAITSection: ver:0,sn:0/-1,crc:00000000(valid:1)\n", "DumpAITSection:  no data.\n"));
+}
+
+TEST(AnAitSection, DumpsItsHeaderAloneWhenItsBytesAreNotWanted) {
+    Bytes bytes = aitBytes(31, 255, 254, 0xFEDCBA98);
+    const AITSection section(bytes);
+    recording::reset();
+    section.dump(false);
+    AITSection().dump(false);
+    EXPECT_TRUE(recording::dumps().empty());
+    EXPECT_THAT(allMessages(), testing::ElementsAre("DumpAITSection: ver:31,sn:255/254,crc:FEDCBA98(valid:1)\n",
+                                                    "DumpAITSection: ver:0,sn:0/-1,crc:00000000(valid:0)\n"));
+}
+
+TEST(AnAitSection, TracesADumpBeforeItsLine) {
+    Bytes bytes = aitBytes(1, 0, 0, 7);
+    const AITSection section(bytes);
+    recording::reset();
+    section.dump(true);
+    ASSERT_EQ(recording::log().size(), 2U);
+    EXPECT_EQ(recording::log()[0].level, blog::kTrace);
+    EXPECT_EQ(recording::log()[1].function, "dump");
+}
+
+TEST(AnAitSection, FormatsNoLineWhoseLevelIsOff) {
+    Bytes bytes = aitBytes(1, 0, 0, 7);
+    recording::reset();
+    recording::setLogThreshold(4999);
+    const AITSection section(bytes);
+    EXPECT_EQ(recording::levelChecks(), 2U);
+    EXPECT_EQ(recording::formattedLines(), 0U);
+    recording::setLogThreshold(0);
+    section.dump(false);
+    EXPECT_EQ(recording::levelChecks(), 4U);
+    EXPECT_EQ(recording::formattedLines(), 0U);
+}
+
+TEST(AnAitSection, ReadsNothingFromSevenBytes) {
+    const Bytes bytes = aitBytes(5, 3, 7, 0x01020304);
+    const Bytes others = aitBytes(6, 4, 8, 0x05060708, 12);
+    AITSection section;
+    section.calculateParameters(bytes.data(), static_cast<int>(bytes.size()));
+    section.calculateParameters(others.data(), 7);
+    section.calculateParameters(others.data(), 0);
+    section.calculateParameters(others.data(), -1);
+    EXPECT_EQ(section.version, 5);
+    EXPECT_EQ(section.sectionNumber, 3);
+    EXPECT_EQ(section.sectionCount, 8);
+    EXPECT_EQ(section.crc, 0x01020304U);
+    section.calculateParameters(others.data(), 12);
+    EXPECT_EQ(section.sectionNumber, 4);
+}
+
+TEST(AnAitSection, LooksAtNoOtherByte) {
+    Bytes bytes(20, 0);
+    bytes[5] = 0x02;
+    AITSection section(bytes);
+    EXPECT_TRUE(section.valid) << "whatever table_id, section_length and the rest say";
+    EXPECT_EQ(section.version, 1);
+    EXPECT_EQ(section.sectionNumber, 0);
+    EXPECT_EQ(section.sectionCount, 1);
+    EXPECT_EQ(section.crc, 0U);
+    section.replaceData(Bytes(20, 0xFF));
+    EXPECT_EQ(section.version, 31);
+    EXPECT_EQ(section.sectionNumber, 255);
+    EXPECT_EQ(section.sectionCount, 256);
+    EXPECT_EQ(section.crc, 0xFFFFFFFFU);
+}
+
+TEST(AnAitSection, TakesReplacedDataWhole) {
+    Bytes bytes = aitBytes(5, 3, 7, 0x01020304, 40);
+    AITSection section(bytes);
+    const Bytes shorter = aitBytes(6, 4, 8, 0x05060708, 12);
+    section.replaceData(shorter.data(), 12);
+    EXPECT_EQ(section.data, shorter);
+    EXPECT_EQ(section.version, 6);
+    EXPECT_EQ(section.sectionNumber, 4);
+    EXPECT_EQ(section.sectionCount, 9);
+    EXPECT_EQ(section.crc, 0x05060708U);
+    EXPECT_TRUE(section.valid);
+    section.replaceData(bytes);
+    EXPECT_EQ(section.data, bytes);
+    EXPECT_EQ(section.version, 5);
+    section.replaceData(shorter.data(), 7);
+    EXPECT_EQ(section.data, Bytes(shorter.begin(), shorter.begin() + 7));
+    EXPECT_FALSE(section.valid);
+    EXPECT_EQ(section.sectionCount, 0);
+    EXPECT_EQ(section.sectionNumber, 3);
+}
+
+TEST(AnAitSection, LeavesTheBytesThatItIsMadeOfAlone) {
+    Bytes bytes = aitBytes(5, 3, 7, 0x01020304);
+    const Bytes before = bytes;
+    AITSection section(bytes);
+    section.replaceData(bytes);
+    EXPECT_EQ(bytes, before);
 }
 
 TEST(AnAitSection, LeavesItsValidityAloneWhenItOnlyReads) {
@@ -137,9 +250,16 @@ TEST(AnAitSection, IsCopiedWithAllItsValuesAndToItselfWithoutHarm) {
     for (const AITSection* section : {&copy, &assigned}) {
         EXPECT_EQ(section->data, bytes);
         EXPECT_EQ(section->version, 4);
+        EXPECT_EQ(section->sectionNumber, 1);
+        EXPECT_EQ(section->sectionCount, 3);
         EXPECT_EQ(section->crc, 99U);
         EXPECT_TRUE(section->valid);
     }
+    assigned = AITSection();
+    EXPECT_TRUE(assigned.data.empty());
+    EXPECT_EQ(assigned.sectionNumber, 0);
+    EXPECT_EQ(assigned.sectionCount, 0);
+    EXPECT_FALSE(assigned.valid);
 }
 
 TEST(AnAitSection, TracesEachOperationWithItsWholeSignature) {
@@ -150,6 +270,7 @@ TEST(AnAitSection, TracesEachOperationWithItsWholeSignature) {
         operation();
         const std::vector<std::string> texts = traceTexts();
         ASSERT_EQ(texts.size(), signatures.size());
+        EXPECT_EQ(recording::log().front().text, texts.front()) << "before any other line";
         for (std::size_t index = 0; index < texts.size(); ++index) {
             EXPECT_THAT(texts[index],
                         testing::MatchesRegex("\\[TRACE\\] aitsection\\.cpp:[0-9]+:[^\n]*AITSection::[^\n]*\n"));
