@@ -1,7 +1,9 @@
 // Connection: one socket to one peer process. Packets leave in the order of their sends; what the socket does not take
-// at once waits in a bounded queue, which the transport thread flushes. Threads: send() from any; the rest on the
-// transport thread.   Blocks: never. Locks:   mutex guards the outgoing queue and the order on the socket. Fails: with
-// negative error numbers.
+// at once waits in a bounded queue, which the transport thread flushes.
+// Threads: send() from any; the rest on the transport thread.
+// Blocks:  never.
+// Locks:   mutex guards the outgoing queue and the order on the socket.
+// Fails:   with negative error numbers.
 #pragma once
 
 #include <atomic>

@@ -1,5 +1,6 @@
 // Endpoints: the socket address of a service name, seen from either side.
-// Threads: the one that starts or runs an I/O service.   Blocks: never.
+// Threads: the one that starts or runs an I/O service.
+// Blocks:  never.
 // Fails:   with a line; connecting to a service that is not there is no failure worth one.
 #pragma once
 

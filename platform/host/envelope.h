@@ -6,7 +6,9 @@
 //    |        | word   | face id| id     |    |        | action | length |
 //    +--------+--------+--------+--------+----+--------+--------+--------+-- - -
 //
-// Threads: any.   Blocks: never.   Fails: with a text that says what was wrong.
+// Threads: any.
+// Blocks:  never.
+// Fails:   with a text that says what was wrong.
 #pragma once
 
 #include <array>

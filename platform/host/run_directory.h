@@ -1,5 +1,7 @@
 // The run directory: where the sockets are. Only its owner may enter.
-// Threads: any.   Blocks: never.   Fails: with a line that names the directory and what is wrong with it.
+// Threads: any.
+// Blocks:  never.
+// Fails:   with a line that names the directory and what is wrong with it.
 #pragma once
 
 #include <string>

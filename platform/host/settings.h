@@ -2,7 +2,9 @@
 //   DTV_RUN_DIR    directory of sockets and locks      default $XDG_RUNTIME_DIR/dtv, else /tmp/dtv-<uid>
 //   DTV_LOG_LEVEL  off, failure, warning, ordinary, trace   default warning
 //   DTV_LOG_FILE   file that lines are appended to     default standard error
-// Threads: any.   Blocks: never.   Fails: an invalid value gets a line on standard error, and the default holds.
+// Threads: any.
+// Blocks:  never.
+// Fails:   an invalid value gets a line on standard error, and the default holds.
 #pragma once
 
 #include <cstdint>

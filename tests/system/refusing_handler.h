@@ -1,6 +1,8 @@
 // RefusingHandler: a command handler that refuses every command by name in the log. The service overrides those that it
 // handles.
-// Threads: the transport thread.   Blocks: never.   Fails: always, with -1.
+// Threads: the transport thread.
+// Blocks:  never.
+// Fails:   always, with -1.
 #pragma once
 
 #include "browserdvbservice_stub.h"

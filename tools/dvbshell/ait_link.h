@@ -1,7 +1,9 @@
 // AitLink: the embedding side of the library's AIT catcher. What the DVB API reports is handed to the catcher, and what
 // the catcher hands on becomes events.
 // Threads: the sink's operations on the transport thread; replay() on any; events come from both and from a replay's
-// own. Blocks:  as the catcher does.   Fails: load() with a text that names the library and the reason.
+//          own.
+// Blocks:  as the catcher does.
+// Fails:   load() with a text that names the library and the reason.
 #pragma once
 
 #include <optional>

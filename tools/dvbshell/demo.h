@@ -1,5 +1,6 @@
 // The demonstration: tunes through services and watches what arrives for each, then sums up.
-// Threads: one; events come through the queue.   Blocks: until it has seen everything or its time is up.
+// Threads: one; events come through the queue.
+// Blocks:  until it has seen everything or its time is up.
 #pragma once
 
 #include <chrono>

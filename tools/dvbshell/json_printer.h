@@ -1,5 +1,7 @@
 // JsonPrinter: events and results as one JSON object a line; sections in hexadecimal, and read where they can be.
-// Threads: one.   Blocks: while writing.   Fails: never; bytes that are not UTF-8 are replaced.
+// Threads: one.
+// Blocks:  while writing.
+// Fails:   never; bytes that are not UTF-8 are replaced.
 #pragma once
 
 #include <cstdio>

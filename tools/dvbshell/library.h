@@ -1,5 +1,7 @@
 // The library as a browser gets it: loaded by path, asked for its interfaces by name.
-// Threads: the program's main one.   Blocks: while loading.   Fails: with a text that names the library and the reason.
+// Threads: the program's main one.
+// Blocks:  while loading.
+// Fails:   with a text that names the library and the reason.
 #pragma once
 
 #include <memory>

@@ -1,7 +1,8 @@
 // The operations of the DVB API as a table: name, arguments, help and call. Help, completion, parsing and the prompt
-// are made from it; every slot of the interface has its row. Threads: one.   Blocks: as the operation does
-// (audio-source until the TV has changed over). Fails:   parsing with a text that names the argument and what it may
-// be.
+// are made from it; every slot of the interface has its row.
+// Threads: one.
+// Blocks:  as the operation does (audio-source until the TV has changed over).
+// Fails:   parsing with a text that names the argument and what it may be.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,6 @@
 // Printer: events as a person reads them: time, what it is, what it says; tables with their entries aligned below.
-// Threads: one.   Blocks: while writing.
+// Threads: one.
+// Blocks:  while writing.
 // Fails:   never; a section that cannot be read is said to be so, with its first bytes.
 #pragma once
 

@@ -1,5 +1,6 @@
 // The prompt: operations typed one a line, with history and completion, while events are shown as they come.
-// Threads: one; it waits for the terminal and the event queue together.   Blocks: until the input ends.
+// Threads: one; it waits for the terminal and the event queue together.
+// Blocks:  until the input ends.
 #pragma once
 
 #include "events.h"

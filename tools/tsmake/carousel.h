@@ -1,6 +1,8 @@
 // The object carousel that names stream events: its directories and one stream event object (ISO/IEC 13818-6, clauses
-// 7 and 11; TS 102 809, Annex B.2.4). Threads: any.   Blocks: never.   Fails: std::length_error when a section is too
-// long.
+// 7 and 11; TS 102 809, Annex B.2.4).
+// Threads: any.
+// Blocks:  never.
+// Fails:   std::length_error when a section is too long.
 #pragma once
 
 #include "multiplex.h"

@@ -1,5 +1,7 @@
 // Descriptions of multiplexes as text: JSON with // comments. docs/tsmake.md has the keys.
-// Threads: any.   Blocks: never.   Fails: no value, and an error that names the place and what is wrong there.
+// Threads: any.
+// Blocks:  never.
+// Fails:   no value, and an error that names the place and what is wrong there.
 #pragma once
 
 #include <optional>

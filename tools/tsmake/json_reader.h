@@ -1,5 +1,8 @@
 // JsonReader: the members of a JSON object, each with its place for errors. What nobody asked for is an error, so that
-// a misspelt key is not passed over. Threads: one.   Blocks: never.   Fails: DescriptionError.
+// a misspelt key is not passed over.
+// Threads: one.
+// Blocks:  never.
+// Fails:   DescriptionError.
 #pragma once
 
 #include <functional>

@@ -1,7 +1,9 @@
 // The packet scheduler: a multiplex as packets at a constant bit rate. Tables repeat at their intervals, elementary
 // streams carry PES packets with time stamps, a PCR says the time of its own place in the file, the rest is null
-// packets. Threads: one.   Blocks: never.   Fails: std::length_error when a table is too long, or the bit rate
-// too low.
+// packets.
+// Threads: one.
+// Blocks:  never.
+// Fails:   std::length_error when a table is too long, or the bit rate too low.
 #pragma once
 
 #include <functional>

@@ -1,5 +1,8 @@
 // SectionWriter: builds long-form sections field by field; lengths are filled in where they were left open, and CRC_32
-// at the end. Threads: one.   Blocks: never.   Fails: std::length_error for a section or a field that grew too long.
+// at the end.
+// Threads: one.
+// Blocks:  never.
+// Fails:   std::length_error for a section or a field that grew too long.
 #pragma once
 
 #include <cstdint>

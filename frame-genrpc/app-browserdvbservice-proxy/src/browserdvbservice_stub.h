@@ -1,6 +1,7 @@
 // ServiceStub: the DTV service's end of the interface, made from the same catalogue as the proxy. Turns each event call
 // into a message to the browsers, and each received command into a call of the handler.
-// Threads: events from any thread; commands on the transport thread.   Blocks: never.
+// Threads: events from any thread; commands on the transport thread.
+// Blocks:  never.
 // Fails:   events return the transport's result: 0, or negative when the addressed browser is not there.
 #pragma once
 

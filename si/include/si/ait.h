@@ -1,5 +1,7 @@
 // AIT sections as plain values (TS 102 809, clause 5.3.4).
-// Threads: any.   Blocks: never.   Fails: no value, and `error` says what was wrong and where.
+// Threads: any.
+// Blocks:  never.
+// Fails:   no value, and `error` says what was wrong and where.
 #pragma once
 
 #include <optional>

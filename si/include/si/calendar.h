@@ -1,5 +1,8 @@
 // Dates of tables, without time_t: where that has 32 bits, it ends in 2038 and begins in 1901, and tables have dates
-// from 1858 on. Threads: any.   Blocks: never.   Fails: never.
+// from 1858 on.
+// Threads: any.
+// Blocks:  never.
+// Fails:   never.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,8 @@
 // Object carousels as far as stream events need them: download messages, and the directories and stream event objects
-// in modules (ISO/IEC 13818-6, clauses 7.3 and 11.3; TS 102 809, Annex B.2). Threads: any.   Blocks: never.
-// Fails: no value for what is something else or does not fit.
+// in modules (ISO/IEC 13818-6, clauses 7.3 and 11.3; TS 102 809, Annex B.2).
+// Threads: any.
+// Blocks:  never.
+// Fails:   no value for what is something else or does not fit.
 #pragma once
 
 #include <optional>

@@ -1,6 +1,8 @@
 // The components of a service as OIPF counts them (DAE, clause 7.16.5.2): video, audio and subtitle streams of its PMT,
-// with what PMT and EIT tell of each. Each subtitle page of a teletext stream is one. Threads: any.   Blocks: never.
-// Fails: never; what is not told is 0 or absent.
+// with what PMT and EIT tell of each. Each subtitle page of a teletext stream is one.
+// Threads: any.
+// Blocks:  never.
+// Fails:   never; what is not told is 0 or absent.
 #pragma once
 
 #include "si/tables.h"

@@ -1,6 +1,8 @@
 // Any section as a tree of names and values, for people and programs that look at broadcasts: known tables and
 // descriptors by their fields' names in the standards, everything else by tag, length and bytes.
-// Threads: any.   Blocks: never.   Fails: never; what cannot be read is there in hexadecimal, with the reason.
+// Threads: any.
+// Blocks:  never.
+// Fails:   never; what cannot be read is there in hexadecimal, with the reason.
 #pragma once
 
 #include <optional>

@@ -1,5 +1,7 @@
 // Text that is safe to show: a broadcaster's or a peer's text must not steer the terminal.
-// Threads: any.   Blocks: never.   Fails: never.
+// Threads: any.
+// Blocks:  never.
+// Fails:   never.
 #pragma once
 
 #include <string>

@@ -1,5 +1,7 @@
 // Sections as bytes: what every table shares (ISO/IEC 13818-1, clause 2.4.4; EN 300 468, clause 5.1).
-// Threads: any.   Blocks: never.   Fails: as each function says; nothing is read outside of the given bytes.
+// Threads: any.
+// Blocks:  never.
+// Fails:   as each function says; nothing is read outside of the given bytes.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,8 @@
 // Stream events: DSM-CC stream descriptor sections with stream event descriptors (ISO/IEC 13818-6, clause 8.3; TS 102
-// 809, Annex B.2.4). Threads: any.   Blocks: never.   Fails: never; what does not fit is left out.
+// 809, Annex B.2.4).
+// Threads: any.
+// Blocks:  never.
+// Fails:   never; what does not fit is left out.
 #pragma once
 
 #include <vector>

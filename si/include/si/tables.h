@@ -1,8 +1,11 @@
 // PAT, PMT, NIT, SDT and EIT sections as plain values (ISO/IEC 13818-1, clauses 2.4.4.3 and 2.4.4.8; EN 300 468,
-// clauses 5.2.1, 5.2.3 and 5.2.4). Threads: any.   Blocks: never. Fails:   no value, and `error` says what was wrong: a
-// section that is not whole, or whose loops before the entries do not fit. Of an entry (a stream, a service, an event)
-// with a descriptor that does not fit its loop, that descriptor and those behind it are missing; of a section with an
-// entry that does not fit, that entry and those behind it.
+// clauses 5.2.1, 5.2.3 and 5.2.4).
+// Threads: any.
+// Blocks:  never.
+// Fails:   no value, and `error` says what was wrong: a section that is not whole, or whose loops before the entries do
+//          not fit. Of an entry (a stream, a service, an event) with a descriptor that does not fit its loop, that
+//          descriptor and those behind it are missing; of a section with an entry that does not fit, that entry and
+//          those behind it.
 #pragma once
 
 #include <optional>

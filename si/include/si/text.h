@@ -1,5 +1,7 @@
 // Text of service information as UTF-8 (EN 300 468, Annex A).
-// Threads: any.   Blocks: never.   Fails: never; what cannot be converted becomes U+FFFD.
+// Threads: any.
+// Blocks:  never.
+// Fails:   never; what cannot be converted becomes U+FFFD.
 #pragma once
 
 #include <string>

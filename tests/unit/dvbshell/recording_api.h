@@ -1,5 +1,6 @@
 // A DVB API that keeps every call as text, "operation(value, value)", and gives the results that it is told to.
-// Threads: one.   Blocks: never.
+// Threads: one.
+// Blocks:  never.
 #pragma once
 
 #include <functional>

@@ -1,5 +1,6 @@
 // InterfaceRegistry: the interfaces of this process by name.
-// Threads: any.   Blocks: never.
+// Threads: any.
+// Blocks:  never.
 // Locks:   mutex guards interfaces; nobody is called while it is held.
 // Fails:   -1, for the reasons given at each operation.
 #pragma once

@@ -1,7 +1,8 @@
 // Record images: turns a record in memory into the bytes that travel, and received bytes back into a record, both by
 // the record's byte-order table alone.
-// Threads: any; the functions share no state.   Blocks: never.
-// Fails: with a text that names what was wrong and where; never reads outside of the given bytes.
+// Threads: any; the functions share no state.
+// Blocks:  never.
+// Fails:   with a text that names what was wrong and where; never reads outside of the given bytes.
 #pragma once
 
 #include <cstddef>

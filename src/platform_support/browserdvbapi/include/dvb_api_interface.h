@@ -2,10 +2,9 @@
 // events to the registered listeners.
 // Threads: any. Only setAudioSource() waits for the DTV service; the other operations return at once.
 // Fails:   where an int is returned: 0 when the request was handed to the DTV service, negative when it was not (-1
-// when
-//          no DTV service was ever found). Where nothing is returned, a failure is logged. Nothing is thrown but what
-//          the first use of the DTV service may throw. Arguments are not checked here; they reach the service as they
-//          are.
+//          when no DTV service was ever found). Where nothing is returned, a failure is logged. Nothing is thrown but
+//          what the first use of the DTV service may throw. Arguments are not checked here; they reach the service as
+//          they are.
 // The binary rules at the top of idtv_unknown.h hold.
 #pragma once
 
@@ -26,9 +25,9 @@ public:
     /// "ccid:" and the triplet in decimal, parts joined by ":"; -1 for an unknown part. Digits are grouped if the
     /// process's C++ locale groups them.
     virtual std::string getCurrentCCID() = 0;
-    /// The delivery system descriptor of the last tune by descriptor. Empty again after a tune by triplet, and after the
-    /// first PMT of a service other than the one last tuned by triplet: as a rule that is the PMT of the very service
-    /// that the descriptor tuned to. So keep the descriptor if you need it beyond that.
+    /// The delivery system descriptor of the last tune by descriptor. Empty again after a tune by triplet, and after
+    /// the first PMT of a service other than the one last tuned by triplet: as a rule that is the PMT of the very
+    /// service that the descriptor tuned to. So keep the descriptor if you need it beyond that.
     virtual std::string getCurrentDsd() = 0;
     /// Tells the TV that the broadcast-related application could not be started. 0.
     virtual int sendApplicationStartedFailed() = 0;

@@ -1,9 +1,9 @@
-// Singleton: one object of a class for the life of the process, made at first use and never deleted.
+// Singleton: one object of a class for the life of the process, made at first use and never deleted. The classes that
+// are made this way are marked visible, so that their instance_ words are; the library's list of exports keeps the rest
+// of them inside.
 // Threads: any; a full barrier stands before the address is published, so whoever reads it sees the whole object.
 // Blocks:  while another thread constructs the object.
-// The classes that are made this way are marked visible, so that their instance_ words are; the library's list of
-// exports keeps the rest of them inside. Fails:   an exception of the constructor passes on and leaves the
-// being-created marker for good: later calls wait.
+// Fails:   an exception of the constructor passes on and leaves the being-created marker for good: later calls wait.
 #pragma once
 
 #include <cstdint>

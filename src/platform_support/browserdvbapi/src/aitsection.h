@@ -1,5 +1,7 @@
 // AITSection: one received AIT section with the header values that tell a new one from a repetition. A plain value.
-// Threads: one at a time.   Blocks: never.   Fails: std::bad_alloc and the like only; bad bytes make an invalid record.
+// Threads: one at a time.
+// Blocks:  never.
+// Fails:   std::bad_alloc and the like only; bad bytes make an invalid record.
 #pragma once
 
 #include <cstdint>

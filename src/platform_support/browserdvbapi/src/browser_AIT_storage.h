@@ -1,5 +1,7 @@
 // AITStorage: the AIT sections of one channel by section number; tells new content from repetitions.
-// Threads: one at a time; the catcher sees to it.   Blocks: never.   Fails: a refusal is false, with a line.
+// Threads: one at a time; the catcher sees to it.
+// Blocks:  never.
+// Fails:   a refusal is false, with a line.
 #pragma once
 
 #include <array>

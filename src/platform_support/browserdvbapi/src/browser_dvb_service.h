@@ -6,7 +6,7 @@
 // Locks:   registryLock, handshakeLock, audioSourceLock, each over the members named beside it; no two together, none
 //          across a call of a listener or client. audioSourceLock alone is held across a send.
 // Fails:   as each operation says. Creation throws boost::thread_resource_error or std::system_error for lack of a
-// mutex.
+//          mutex.
 //
 // The unit is split by role: lifecycle (this name), _commands, _events, _channel, _filters, _sections.
 #pragma once

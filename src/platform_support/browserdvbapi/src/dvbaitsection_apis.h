@@ -1,5 +1,7 @@
 // DvbAITSectionAPI: the object behind "DvbAITAPI". Holds the one AIT client and delivers sections to it.
-// Threads: any.   Blocks: never.   Locks: none; the client's pointer is atomic.
+// Threads: any.
+// Blocks:  never.
+// Locks:   none; the client's pointer is atomic.
 #pragma once
 
 #include <atomic>

@@ -1,6 +1,7 @@
 // FilterParameter: one section filter or PMT request, from its opening to its closing.
 // Threads: built on a browser thread; its state is set on the transport thread; the rest never changes.
-// Blocks:  never.   Fails: the constructor for lack of memory only.
+// Blocks:  never.
+// Fails:   the constructor for lack of memory only.
 #pragma once
 
 #include <atomic>

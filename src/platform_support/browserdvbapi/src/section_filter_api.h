@@ -1,6 +1,8 @@
 // SectionFilterAPI: the object behind "SectionFilterAPI". Forwards to the service object; the section operations turn
 // its codes into bool, the PMT operations pass them through.
-// Threads: any.   Blocks: startSection(), stopSection() up to about ten seconds.   Locks: none.
+// Threads: any.
+// Blocks:  startSection(), stopSection() up to about ten seconds.
+// Locks:   none.
 #pragma once
 
 #include "dvb_section_interface.h"

@@ -1,5 +1,7 @@
 // Session names: they name the service object and every filter, and end the section-data queue's name.
-// Threads: any.   Blocks: never.   Fails: never; names differ because the UUIDs in them do.
+// Threads: any.
+// Blocks:  never.
+// Fails:   never; names differ because the UUIDs in them do.
 #pragma once
 
 #include <sys/types.h>

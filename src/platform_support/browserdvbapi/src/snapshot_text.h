@@ -1,5 +1,7 @@
 // SnapshotText: a text that one thread replaces while others read it. A reader gets the whole text of one moment.
-// Threads: any.   Blocks: never.   Locks: none of ours; the texts are immutable and swapped.
+// Threads: any.
+// Blocks:  never.
+// Locks:   none of ours; the texts are immutable and swapped.
 #pragma once
 
 #include <memory>

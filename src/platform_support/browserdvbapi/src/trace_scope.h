@@ -1,5 +1,7 @@
 // TraceScope: writes a trace line when an operation is entered and one when it is left, by whichever path.
-// Threads: any.   Blocks: never.   Fails: never.
+// Threads: any.
+// Blocks:  never.
+// Fails:   never.
 #pragma once
 
 namespace velmora::dvbservice {

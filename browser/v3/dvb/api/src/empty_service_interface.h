@@ -1,6 +1,8 @@
 // EmptyServiceInterface: the null service. Stands in where no service interface is held: every operation writes a line
 // and returns -1.
-// Threads: any; it has no state.   Blocks: never.   Fails: always, with -1.
+// Threads: any; it has no state.
+// Blocks:  never.
+// Fails:   always, with -1.
 #pragma once
 
 #include "browserdvbservice_interfaces.h"
