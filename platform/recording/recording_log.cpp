@@ -1,8 +1,9 @@
 // The recording debug library: every wanted line is kept, taken apart into its fields.
 #include <cstdarg>
 #include <cstdio>
+#include <ostream>
 
-#include "ovx/debug.h"
+#include "ovx/log.h"
 #include "recorder.h"
 
 namespace recording {
@@ -53,7 +54,51 @@ void takeApart(LogLine& line) {
     }
 }
 
+std::string levelInWords(std::uint32_t level) {
+    switch (level) {
+        case blog::kAlways:
+            return "always";
+        case blog::kFailure:
+            return "failure";
+        case blog::kUnsupported:
+            return "unsupported";
+        case blog::kOrdinary:
+            return "ordinary";
+        case blog::kTrace:
+            return "trace";
+        default:
+            char number[16];
+            std::snprintf(number, sizeof number, "0x%X", static_cast<unsigned int>(level));
+            return std::string("level ") + number;
+    }
+}
+
+std::string printable(const std::string& text) {
+    std::string shown;
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (character == '\n') {
+            shown += "\\n";
+        } else if (byte < 0x20 || byte == 0x7F) {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\x%02X", static_cast<unsigned int>(byte));
+            shown += escaped;
+        } else {
+            shown += character;
+        }
+    }
+    return shown;
+}
+
 }  // namespace
+
+std::string shownLine(std::uint32_t level, const std::string& text) {
+    return "\n    " + levelInWords(level) + ": " + printable(text);
+}
+
+void PrintTo(const LogLine& line, std::ostream* stream) {
+    *stream << shownLine(line.level, line.text);
+}
 
 std::vector<LogLine> log() {
     Recorder& recorder = Recorder::instance();

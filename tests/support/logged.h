@@ -1,4 +1,4 @@
-// Matchers for captured log lines, by their fields.
+// Matchers for captured log lines, by their fields. A failure shows the expected line above the captured ones.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -11,26 +11,59 @@
 
 namespace logged {
 
-/// A line of the shape without a tag.
-inline auto plain(std::uint32_t level, const std::string& file, const std::string& function,
-                  const std::string& message) {
-    using recording::LogLine;
-    return testing::AllOf(testing::Field("level", &LogLine::level, level), testing::Field("tag", &LogLine::tag, ""),
-                          testing::Field("file", &LogLine::file, file),
-                          testing::Field("line", &LogLine::line, testing::Gt(0)),
-                          testing::Field("function", &LogLine::function, function),
-                          testing::Field("message", &LogLine::message, message));
-}
+using Line = testing::Matcher<const recording::LogLine&>;
+
+/// The line that is expected, with any line number. A mismatch shows it as a captured line is shown, and says in which
+/// fields the two differ.
+class LineMatcher final : public testing::MatcherInterface<const recording::LogLine&> {
+public:
+    explicit LineMatcher(recording::LogLine newExpected) : expected(std::move(newExpected)) {}
+
+    bool MatchAndExplain(const recording::LogLine& line, testing::MatchResultListener* listener) const override {
+        std::string differing;
+        const auto compare = [&differing](bool equal, const char* field) {
+            differing += equal ? "" : (differing.empty() ? "" : ", ") + std::string(field);
+        };
+        compare(line.level == expected.level, "level");
+        compare(line.tag == expected.tag, "tag");
+        compare(line.file == expected.file, "file");
+        compare(line.line > 0, "line number");
+        compare(line.function == expected.function, "function");
+        compare(line.message == expected.message, "message");
+        if (!differing.empty()) {
+            *listener << "which differs in: " << differing;
+        }
+        return differing.empty();
+    }
+    void DescribeTo(std::ostream* stream) const override { *stream << "is the line" << shown(); }
+    void DescribeNegationTo(std::ostream* stream) const override { *stream << "is not the line" << shown(); }
+
+private:
+    std::string shown() const {
+        const std::string tag = expected.tag.empty() ? "" : "[" + expected.tag + "] ";
+        return recording::shownLine(expected.level,
+                                    tag + expected.file + ":<number>:" + expected.function + "(): " + expected.message);
+    }
+
+    const recording::LogLine expected;
+};
 
 /// A line of the shape with a tag.
-inline auto tagged(std::uint32_t level, const std::string& tag, const std::string& file, const std::string& function,
+inline Line tagged(std::uint32_t level, const std::string& tag, const std::string& file, const std::string& function,
                    const std::string& message) {
-    using recording::LogLine;
-    return testing::AllOf(testing::Field("level", &LogLine::level, level), testing::Field("tag", &LogLine::tag, tag),
-                          testing::Field("file", &LogLine::file, file),
-                          testing::Field("line", &LogLine::line, testing::Gt(0)),
-                          testing::Field("function", &LogLine::function, function),
-                          testing::Field("message", &LogLine::message, message));
+    recording::LogLine expected;
+    expected.level = level;
+    expected.tag = tag;
+    expected.file = file;
+    expected.function = function;
+    expected.message = message;
+    return testing::MakeMatcher(new LineMatcher(std::move(expected)));
+}
+
+/// A line of the shape without a tag.
+inline Line plain(std::uint32_t level, const std::string& file, const std::string& function,
+                  const std::string& message) {
+    return tagged(level, "", file, function, message);
 }
 
 /// Captured lines without the trace lines.

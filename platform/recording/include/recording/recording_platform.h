@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <iosfwd>
 #include <memory>
 #include <string>
 #include <vector>
@@ -74,6 +75,11 @@ struct LogLine {
     std::string function;
     std::string message;
 };
+
+/// A line as a failed test shows it: on a line of the output of its own, its level in words, unprintable bytes escaped.
+std::string shownLine(std::uint32_t level, const std::string& text);
+/// What GoogleTest prints of a captured line.
+void PrintTo(const LogLine& line, std::ostream* stream);
 
 struct MemoryDump {
     std::string title;
