@@ -9,10 +9,29 @@ else()
 endif()
 include(GoogleTest)
 
+# Tests are compiled far more often than they run long, so their own sources are not optimised. What they link is.
+set(DTV_TEST_OPTIONS -O0)
+
+# The headers that nearly every test includes are compiled once for all test programs. The compiler takes them only where
+# the options are the same, so the library that owns them has those of a program (-fPIE), and not of a library.
+add_library(dtv_test_headers OBJECT ${PROJECT_SOURCE_DIR}/tests/support/test_headers.cpp)
+set_target_properties(dtv_test_headers PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+target_compile_options(dtv_test_headers PRIVATE -fPIE ${DTV_TEST_OPTIONS})
+target_link_libraries(dtv_test_headers PRIVATE dtv_warnings GTest::gmock)
+target_precompile_headers(dtv_test_headers PRIVATE
+  <gmock/gmock.h> <gtest/gtest.h> <algorithm> <atomic> <chrono> <condition_variable> <cstdint> <filesystem> <fstream>
+  <functional> <future> <map> <memory> <mutex> <set> <sstream> <string> <thread> <vector>)
+if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+  # Without the time of the files in it: a compiler cache gives the same object to another folder.
+  target_compile_options(dtv_test_headers PRIVATE "SHELL:-Xclang -fno-pch-timestamp")
+endif()
+
 function(dtv_add_test name)
   cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
   add_executable(${name} ${TEST_SOURCES})
   target_link_libraries(${name} PRIVATE dtv_warnings GTest::gmock GTest::gtest_main ${TEST_LIBRARIES})
+  target_compile_options(${name} PRIVATE ${DTV_TEST_OPTIONS})
+  target_precompile_headers(${name} REUSE_FROM dtv_test_headers)
   if(NOT TEST_TIMEOUT)
     set(TEST_TIMEOUT 300)
   endif()
