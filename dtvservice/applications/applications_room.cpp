@@ -30,13 +30,6 @@ void ApplicationsRoom::cmdSendOpAppInstallStatus(Browser asker, lo::browserdvbse
                 static_cast<int>(type), static_cast<int>(status));
 }
 
-/// It is to know whose AIT the sections are that it will be given.
-void ApplicationsRoom::browserConnected(Browser browser) {
-    if (const Channel* const channel = core.presented()) {
-        tellAitChannel(*channel, {browser});
-    }
-}
-
 void ApplicationsRoom::aitChanged(const Channel&, const Section& section) {
     tellAitSection(section, core.browsers.all());
 }

@@ -10,7 +10,6 @@ class ApplicationsRoom : public Room {
 public:
     explicit ApplicationsRoom(Core& newCore);
 
-    void browserConnected(Browser browser) override;
     void aitChanged(const broadcast::Channel& channel, const broadcast::Section& section) override;
     void aitSignalled(const broadcast::Channel& channel) override;
     void tell(Part part, const broadcast::Channel& channel, const Audience& to) override;

@@ -81,10 +81,9 @@ void PresentationRoom::cmdTriggerServiceInfoAcquire(Browser asker) {
     tellServiceInfo(asker);
 }
 
+/// A browser that has started knows as little as one that has just connected.
 void PresentationRoom::cmdSendPMTCache(Browser asker) {
-    if (const Channel* const channel = core.presented()) {
-        tellPmt(*channel, {asker});
-    }
+    browserConnected(asker);
 }
 
 /// The service and its PMT, as the event for data services carries it.
@@ -98,10 +97,11 @@ void PresentationRoom::cmdDtvInfoRequest(Browser asker) {
     }
 }
 
-/// It was there before the service, maybe, and asked for the channel in vain.
+/// Tables that do not change are not told again, so it is told what a tune would tell.
 void PresentationRoom::browserConnected(Browser browser) {
     if (core.presented() != nullptr) {
         tellServiceInfo(browser);
+        core.tellPresented({browser});
     }
 }
 
@@ -142,7 +142,7 @@ void PresentationRoom::presentFirst(Multiplex& multiplex) {
 }
 
 void PresentationRoom::pmtChanged(const Channel& channel, const Section& section, bool changed) {
-    tellPmtSection(channel, section, changed, core.browsers.all());
+    tellPmt(channel, section, changed, core.browsers.all());
 }
 
 void PresentationRoom::eitChanged(const Channel&, const Section& section, bool changed) {
@@ -151,11 +151,13 @@ void PresentationRoom::eitChanged(const Channel&, const Section& section, bool c
 }
 
 void PresentationRoom::tell(Part part, const Channel& channel, const Audience& to) {
-    if (part == Part::pmt) {
-        tellPmt(channel, to);
+    const broadcast::SiDatabase& si = core.received().si;
+    const Section pmt = si.pmt(channel.serviceId);
+    if (part == Part::pmt && !pmt.empty()) {
+        tellPmt(channel, pmt, false, to);
     }
     if (part == Part::eit) {
-        for (const Section& section : core.received().si.eit(channel.serviceId)) {
+        for (const Section& section : si.eit(channel.serviceId)) {
             core.browsers.tell(to, &Events::onEitDataChange, kFirst, {section.begin(), section.end()});
         }
     }
@@ -167,15 +169,7 @@ void PresentationRoom::tellServiceInfo(Browser browser) {
                        channel == nullptr ? std::string() : channel->triplet());
 }
 
-void PresentationRoom::tellPmt(const Channel& channel, const Audience& to) {
-    const Section pmt = core.received().si.pmt(channel.serviceId);
-    if (!pmt.empty()) {
-        tellPmtSection(channel, pmt, false, to);
-    }
-}
-
-void PresentationRoom::tellPmtSection(const Channel& channel, const Section& section, bool changed,
-                                      const Audience& to) {
+void PresentationRoom::tellPmt(const Channel& channel, const Section& section, bool changed, const Audience& to) {
     core.browsers.tell(to, &Events::onPmtDataChange, networkOf(channel), channel.transportStreamId, channel.serviceId,
                        changed ? kChanged : kFirst, {section.begin(), section.end()});
 }

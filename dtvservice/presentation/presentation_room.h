@@ -28,9 +28,8 @@ private:
     void present(Multiplex& multiplex, const broadcast::Channel& channel);
     void presentFirst(Multiplex& multiplex);
     void tellServiceInfo(Browser browser);
-    void tellPmt(const broadcast::Channel& channel, const Audience& to);
-    void tellPmtSection(const broadcast::Channel& channel, const broadcast::Section& section, bool changed,
-                        const Audience& to);
+    void tellPmt(const broadcast::Channel& channel, const broadcast::Section& section, bool changed,
+                 const Audience& to);
 
     nlohmann::json tuneAsOperated(const nlohmann::json& request);
     nlohmann::json describe(const nlohmann::json& request);

@@ -261,6 +261,35 @@ TEST_F(ARawBrowser, GetsTheServiceItsPmtAndItsAitAgainWhenItAsks) {
     EXPECT_TRUE(again(&Commands::cmdTriggerAitReparse, ait));
 }
 
+TEST_F(ARawBrowser, IsToldAllOfThePresentedServiceAgainWhenItHasStarted) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kFirst));
+    const auto eit = [](bool following) {
+        return "onEitDataChange(0, " + shownValue(asText(tsmake::eitSection(kSample, kFirst, following))) + ")";
+    };
+    const std::vector<std::string> all = {
+        "onAcquireDtvServiceInfo(" + shownValue("1:1025:" + number(kFirst.serviceId)) + ")",
+        "onComponentInfoChange(0, 0, " + number(kVideoPid) + ", 27, 0, 0, 1, 0, 0, 1)",
+        selected(1, 1, kAudioPid),
+        eit(false),
+        eit(true),
+        "onAitChannelInfoUpdated(0, " + kTriplet,
+        "onAitSectionAvailable(" + shownValue(asText(tsmake::aitSection(kFirst))) + ")",
+        "onAitParsingStateChanged(1)"};
+    std::vector<std::ptrdiff_t> before;
+    for (const std::string& text : all) {
+        ASSERT_TRUE(hears(text)) << text;
+    }
+    ASSERT_TRUE(answersWhatWasAsked());
+    std::transform(all.begin(), all.end(), std::back_inserter(before),
+                   [this](const auto& it) { return timesHeard(it); });
+    ASSERT_TRUE(sends(&Commands::cmdSendPMTCache));
+    ASSERT_TRUE(answersWhatWasAsked());
+    for (std::size_t index = 0; index < all.size(); ++index) {
+        EXPECT_EQ(timesHeard(all[index]), before[index] + 1) << all[index];
+    }
+}
+
 TEST_F(ARawBrowser, IsToldOfTheEndOfAnAudioSourceChangeByItsSession) {
     const ServiceProcess process;
     ASSERT_TRUE(sends(&Commands::cmdSetAudioSource, 41U, std::string("broadband")));

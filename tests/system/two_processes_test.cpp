@@ -101,6 +101,21 @@ TEST_F(ABrowser, HearsWhatAnotherBrowserTunesTo) {
     EXPECT_THAT(other.output(), testing::HasSubstr("ccid:1:1025:28108  started"));
 }
 
+TEST_F(ABrowser, IsToldOfAllThatIsPresentedWhenItJoins) {
+    const ServiceProcess service;
+    ASSERT_TRUE(connected());
+    ASSERT_TRUE(tunesTo(28106));
+    ASSERT_TRUE(sectionArrives(EventKind::eit, tsmake::eitSection(kSample, kSample.services[0], true)));
+    ASSERT_TRUE(sectionArrives(EventKind::ait, tsmake::aitSection(kSample.services[0])));
+    // What it is told when it connects may come before it listens.
+    ChildProcess other(DVBSHELL, {"--seconds", "60", "start-notify"}, "other");
+    EXPECT_TRUE(eventually([&] {
+        const std::string heard = other.output();
+        return heard.find("Morning on the Lake") != std::string::npos &&
+               heard.find("onSelectedComponentChanged") != std::string::npos;
+    })) << other.output();
+}
+
 TEST_F(ABrowser, IsServedWhileAnotherOneIsKilled) {
     const ServiceProcess service;
     ASSERT_TRUE(connected());

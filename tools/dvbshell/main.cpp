@@ -338,17 +338,19 @@ int demo(Host& host, EventQueue& queue, Printer& printer, const std::string& pat
 /// Watches until the AIT has come and nothing follows it for a moment, then asks for it again from memory.
 int ait(Host& host, EventQueue& queue, Printer& printer, const Options& options, Clock::time_point end) {
     constexpr std::chrono::milliseconds kQuiet{500};
-    // What has been told is not told again unless it is asked for.
+    std::optional<Triplet> wanted;
     if (options.words.size() == 2) {
-        startTune(host.api, options);
+        wanted = startTune(host.api, options);
     } else {
+        // What has been told is not told again unless it is asked for.
         host.api.triggerAitRestart();
     }
     bool came = false;
     Clock::time_point until = end;
     while (const std::optional<Event> event = queue.take(until)) {
         printer.print(*event, host.api.getCurrentCCID());
-        came = came || event->kind == EventKind::application;
+        // The AIT of the channel before the tune may come first.
+        came = came || (event->kind == EventKind::application && (!wanted || isThat(*event, *wanted)));
         until = came ? std::min(end, Clock::now() + kQuiet) : end;
     }
     if (!came) {

@@ -1,0 +1,91 @@
+// A service without a process: the core with all of its rooms, fed with a made broadcast, and what each browser hears.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <utility>
+
+#include "logged.h"
+#include "recording_client.h"
+#include "rooms.h"
+#include "scheduler.h"
+
+/// Keeps every event as text for the browser that it goes to.
+class HeardByBrowsers : public lo::browserdvbservice::ClientInterface {
+public:
+    using Texts = std::vector<std::string>;
+
+    /// What a browser has heard since it was last asked for.
+    Texts take(dtvservice::Browser browser) { return std::exchange(heard[browser], {}); }
+
+#define EVENT(identifier, operation, Message, decoder, fields)                                          \
+    int operation(frame::MsgIds& ids, const frame::TransportInfo& FIELDS_PARAMETERS(fields)) override { \
+        heard[ids.peer].push_back(shownCall(#operation FIELDS_ARGUMENTS(fields)));                      \
+        return 0;                                                                                       \
+    }
+#include "browserdvbservice_messages.inc"
+
+private:
+    static std::string shownValue(const _ovxDeserVectorU8_struct& bytes) {
+        return shownBytes(bytes.data, bytes.count);
+    }
+
+    std::map<dtvservice::Browser, Texts> heard;
+};
+
+class ARunningSet : public testing::Test {
+protected:
+    using Texts = HeardByBrowsers::Texts;
+
+    ARunningSet() {
+        recording::reset();
+        dtvservice::addRooms(core, {});
+        core.browsers.connect(heard);
+        demux = &core.addMultiplex().demux;
+    }
+
+    /// Two seconds of a broadcast; each packet may be changed before it is played.
+    void play(const tsmake::Multiplex& multiplex, const std::function<void(std::uint8_t* packet)>& change = {}) {
+        tsmake::writeMultiplex(multiplex, 2, [&](const std::uint8_t* packet) {
+            std::uint8_t bytes[broadcast::kPacketSize];
+            std::copy_n(packet, broadcast::kPacketSize, bytes);
+            if (change) {
+                change(bytes);
+            }
+            demux->feed(broadcast::TsPacket{bytes});
+        });
+        demux->discontinuity();
+    }
+    void join(dtvservice::Browser browser) {
+        frame::TransportInfo peer;
+        peer.peer = browser;
+        core.commands.browserConnected(peer);
+        loop.runUntil(dtvservice::EventLoop::Clock::now());
+    }
+    template <typename Command, typename... Values>
+    void sends(dtvservice::Browser browser, Command command, const Values&... values) {
+        frame::MsgIds ids;
+        ids.peer = browser;
+        (core.commands.*command)(ids, frame::TransportInfo(), values...);
+        loop.runUntil(dtvservice::EventLoop::Clock::now());
+    }
+    void tune(dtvservice::Browser browser, unsigned int sid) {
+        lo::browserdvbservice::TuneInfoChannel channel;
+        channel.idType = 12;
+        channel.onid = 1;
+        channel.tsid = 1025;
+        channel.sid = sid;
+        sends(browser, &dtvservice::Commands::cmdTuneToService, channel);
+    }
+    static auto hears(const std::string& operation) { return testing::Contains(testing::StartsWith(operation + "(")); }
+
+    const tsmake::Multiplex sample = tsmake::sampleMultiplex();
+    dtvservice::EventLoop loop;
+    HeardByBrowsers heard;
+    dtvservice::Core core{loop};
+    broadcast::Demux* demux = nullptr;
+};
