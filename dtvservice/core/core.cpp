@@ -64,8 +64,9 @@ void Core::onBrowserGone(Browser browser) {
 
 void Core::onChannelList(const SiDatabase& of) {
     BLOG_TAGGED(blog::kOrdinary, "%zu services\n", of.channels().size());
-    if (&of == &received_->si && presented() == nullptr) {
+    if (&of == &received_->si && presentedId && presented() == nullptr) {
         presentedId.reset();
+        toRooms([](Room& room) { room.serviceGone(); });
     }
     toRooms([&](Room& room) { room.channelListChanged(multiplexes.of(of)); });
 }

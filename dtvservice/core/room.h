@@ -31,6 +31,8 @@ public:
 
     /// Another service is presented, or the same one anew. Browsers are told of it by tell().
     virtual void servicePresented(const broadcast::Channel& /*channel*/) {}
+    /// The presented service is broadcast no longer, and none has taken its place yet.
+    virtual void serviceGone() {}
     /// A section of the presented service; `changed` tells a new version from the first.
     virtual void pmtChanged(const broadcast::Channel& /*channel*/, const broadcast::Section& /*section*/,
                             bool /*changed*/) {}

@@ -14,8 +14,21 @@ TimeRoom::TimeRoom(Core& newCore)
     core.commands.on.cmdStopTemiTimelineRequest = calls(*this, &TimeRoom::cmdStopTemiTimelineRequest);
 }
 
+/// The request stands until it can be answered.
 void TimeRoom::cmdSendPtsRequest(Browser asker, unsigned int) {
+    const std::string reason = whyNoPts();
+    if (!reason.empty()) {
+        BLOG_TAGGED(blog::kFailure, "browser %u: no PTS yet: %s\n", asker, reason.c_str());
+    }
     timelines.requestPts(asker);
+}
+
+std::string TimeRoom::whyNoPts() const {
+    const Channel* const channel = core.presented();
+    if (channel == nullptr) {
+        return "no service is presented";
+    }
+    return timelines.isFollowing() ? timelines.whyNoPts() : "no PMT of " + channel->triplet() + " has come";
 }
 
 void TimeRoom::cmdStartTemiTimelineRequest(Browser asker, unsigned int componentTag, unsigned int timelineId,

@@ -1,5 +1,6 @@
 // TimeRoom: the presented service's time: PTS, PCR and TEMI timelines.
-// Threads: the loop's.   Blocks: never.   Fails: a timeline that no stream can have is refused in the log.
+// Threads: the loop's.   Blocks: never.
+// Fails:   in the log: a PTS that is asked for and is not there, a timeline that no stream can have.
 #pragma once
 
 #include "core.h"
@@ -12,6 +13,7 @@ public:
     explicit TimeRoom(Core& newCore);
 
     void servicePresented(const broadcast::Channel& channel) override;
+    void serviceGone() override { timelines.rest(); }
     void pmtChanged(const broadcast::Channel& channel, const broadcast::Section& section, bool changed) override;
     void browserGone(Browser browser) override { timelines.forget(browser); }
 
@@ -20,6 +22,7 @@ private:
     void cmdStartTemiTimelineRequest(Browser asker, unsigned int componentTag, unsigned int timelineId,
                                      unsigned int third);
     void cmdStopTemiTimelineRequest(Browser asker);
+    std::string whyNoPts() const;
     void follow(const broadcast::Channel& channel);
     void tellPts(Browser browser, std::uint64_t pts, std::uint64_t pcrBase);
     void tellTimeline(Browser browser, std::uint8_t componentTag, const broadcast::TemiTimeline& timeline,

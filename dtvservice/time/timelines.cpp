@@ -42,6 +42,7 @@ void Timelines::follow(broadcast::Demux& newDemux, const std::vector<si::Compone
         streams[component.pid].tag = component.tag;
     }
     if (!same || ptsPid != before) {
+        isScrambled = false;
         pts.reset();
         pcrBase.reset();
     }
@@ -59,6 +60,9 @@ void Timelines::onPacket(std::uint16_t pid, TsPacket packet) {
     constexpr std::uint64_t kTicksPerBase = 300;
     if (pid == pcrPid && packet.hasPcr() && !packet.transportError()) {
         pcrBase = packet.pcr() / kTicksPerBase;
+    }
+    if (pid == ptsPid && packet.hasPayload()) {
+        isScrambled = packet.scrambled();
     }
     Stream& stream = streams[pid];
     if (!timelines.empty() && packet.hasAdaptation()) {
@@ -107,6 +111,14 @@ void Timelines::tell(const Stream& stream, std::uint64_t ofPts) {
 void Timelines::requestPts(Peer browser) {
     askers.insert(browser);
     answerPts();
+}
+
+std::string Timelines::whyNoPts() const {
+    if (!pts) {
+        return isScrambled ? "PID " + std::to_string(ptsPid) + " is scrambled"
+                           : "no PTS has come on PID " + std::to_string(ptsPid);
+    }
+    return pcrBase ? std::string() : "no PCR has come on PID " + std::to_string(pcrPid);
 }
 
 void Timelines::answerPts() {

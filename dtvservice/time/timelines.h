@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <string>
 #include <vector>
 
 #include "demux.h"
@@ -34,9 +35,12 @@ public:
 
     /// Nothing is known of the presented service's streams yet.
     void rest();
+    bool isFollowing() const { return demux != nullptr; }
 
     /// Answered at once, or as soon as the service has a PTS and a PCR.
     void requestPts(Peer browser);
+    /// Why there is no answer at once; empty where there is one. The streams of a service are followed.
+    std::string whyNoPts() const;
     /// Every time stamp of the component's timeline from now on; of several in front of one PES packet the newest.
     void startTimeline(Peer browser, std::uint8_t componentTag, std::uint8_t timelineId);
     void stopTimelines(Peer browser);
@@ -63,6 +67,7 @@ private:
     std::map<std::uint16_t, Stream> streams;  // by PID
     std::uint16_t pcrPid = 0;
     std::uint16_t ptsPid = 0;  // of the first video, or else the first audio
+    bool isScrambled = false;  // the latest payload of ptsPid
     std::optional<std::uint64_t> pts;
     std::optional<std::uint64_t> pcrBase;
     std::set<Peer> askers;
