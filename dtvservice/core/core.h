@@ -1,7 +1,8 @@
-// Core: what all subjects of the service share: the loop, the browsers, the multiplexes, and which service is
-// presented. It brings commands and operators' requests to the rooms that have them, and tells every room what happens,
-// in the order in which they were added. It knows none of them by name. Threads: the loop's, but for the commands'
-// arrival.   Blocks: never.   Locks: none.
+// Core: what all subjects of the service share: the loop, the browsers, the multiplexes, and the presented service.
+// It brings commands and operators' requests to the rooms that have them, and tells every room what happens, in the
+// order in which the rooms were added. It knows none of them by name.
+// Threads: the loop's, but for the commands' arrival.
+// Blocks:  never.
 #pragma once
 
 #include <memory>

@@ -1,6 +1,7 @@
-// OperatorRequests: what an operator may ask for. A request is a line with a JSON object that has a "command"; so is
-// its answer, which has "ok" and, where that is false, an "error". Threads: the loop's.   Blocks: never. Fails:   a
-// request that cannot be carried out is answered so, with what is wrong.
+// OperatorRequests: what an operator may ask for. A request is a line with a JSON object that has a "command". Its
+// answer is one too, and has "ok" and, where that is false, an "error".
+// Threads: the loop's.   Blocks: never.
+// Fails:   a request that cannot be carried out is answered so, with what is wrong.
 #pragma once
 
 #include <functional>

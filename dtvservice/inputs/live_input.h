@@ -1,7 +1,8 @@
 // LiveInput: an input that comes by itself, on its way into a demultiplexer. Standard input is played at the pace of
-// its PCR; datagrams are taken as they come. What fails is opened again every second. Threads: one of its own; packets
-// are handed over on the loop's.   Blocks: its end, shortly. Fails:   never: what is wrong is told in the log, once for
-// each cause.
+// its PCR; datagrams are taken as they come. What fails is opened again every second.
+// Threads: one of its own; packets are handed over on the loop's.
+// Blocks:  its end, shortly.
+// Fails:   never: what is wrong is told in the log, once for each cause.
 #pragma once
 
 #include <atomic>

@@ -1,6 +1,6 @@
 // PacketReader: bytes as a row of transport stream packets of 188 bytes, which may stand 192 (a time stamp in front) or
-// 204 bytes apart (check bytes behind). Bytes that are in no packet are skipped and counted. Threads: one.   Blocks:
-// while bytes are read.   Fails: the row ends; the source's error() tells why.
+// 204 bytes apart (check bytes behind). Bytes that are in no packet are skipped and counted.
+// Threads: one.   Blocks: while bytes are read.   Fails: the row ends; the source's error() tells why.
 #pragma once
 
 #include <limits>

@@ -1,6 +1,8 @@
 // Player: plays files into demultiplexers, each at the pace of its PCR, again and again.
-// Threads: the loop's.   Blocks: play() until all files have ended or the loop is stopped.   Fails: a read error is
-//          told in the log; the file then begins again. One that cannot be opened is tried again every second.
+// Threads: the loop's.
+// Blocks:  play() until all files have ended or the loop is stopped.
+// Fails:   a read error is told in the log; the file then begins again. One that cannot be opened is tried again every
+//          second.
 #pragma once
 
 #include <memory>

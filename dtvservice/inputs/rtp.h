@@ -1,6 +1,6 @@
 // RtpReorderer: RTP packets (RFC 3550) in the order of their sequence numbers. One that is late is waited for while up
-// to kWindow packets behind it arrive; then it counts as lost. Threads: one.   Blocks: never.   Fails: what is no RTP
-// packet is counted and dropped.
+// to kWindow packets behind it arrive; then it counts as lost.
+// Threads: one.   Blocks: never.   Fails: what is no RTP packet is counted and dropped.
 #pragma once
 
 #include <cstdint>
