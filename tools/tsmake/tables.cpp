@@ -54,7 +54,9 @@ std::string codeOf(const std::string& language) {
 /// Pages 800 to 899 are of magazine 0.
 void writeTeletextPage(SectionWriter& writer, const TeletextPage& page) {
     const unsigned int magazine = page.number / 100 % 8;
-    writer.text(codeOf(page.language)).u8(page.type << 3U | magazine).u8(bcd(page.number % 100));
+    writer.text(codeOf(page.language))
+        .u8(static_cast<unsigned int>(page.type) << 3U | magazine)
+        .u8(bcd(page.number % 100));
 }
 
 void writeComponent(SectionWriter& writer, const Component& component) {
