@@ -1,0 +1,54 @@
+// Following the AITs of a service.
+#include "ait_table.h"
+
+#include "si/ait.h"
+
+namespace broadcast {
+
+void AitTable::follow(const si::Pmt& pmt) {
+    const bool wasSignalled = isSignalled();
+    isListed = si::listsHbbTvAit(pmt);
+    std::vector<std::uint16_t> newPids = si::hbbtvAitPids(pmt);
+    if (newPids != pids) {
+        pids = std::move(newPids);
+        subscribe();
+    }
+    if (wasSignalled != isSignalled()) {
+        listener.onSignalled(!wasSignalled);
+    }
+}
+
+/// Another PID, another AIT: what was stored goes with the PID.
+void AitTable::subscribe() {
+    subscriptions.clear();
+    tables.clear();
+    for (const std::uint16_t pid : pids) {
+        subscriptions.emplace_back(demux, pid, [this, pid](si::Bytes section) { onSection(pid, section); });
+    }
+}
+
+/// An application_type with test_application_flag is another one: what is broadcast for tests is not for viewers.
+void AitTable::onSection(std::uint16_t pid, si::Bytes section) {
+    constexpr std::uint8_t kTableId = 0x74;
+    if (!isCurrent(section, kTableId) || si::tableIdExtension(section) != si::kApplicationTypeHbbTv) {
+        return;
+    }
+    const bool wasSignalled = isSignalled();
+    const Update update = tables[pid].file(section);
+    if (!wasSignalled) {
+        listener.onSignalled(true);
+    }
+    if (update != Update::none) {
+        listener.onSection(section, update);
+    }
+}
+
+std::vector<Section> AitTable::sections() const {
+    std::vector<Section> list;
+    for (const auto& table : tables) {
+        append(table.second.sections(), list);
+    }
+    return list;
+}
+
+}  // namespace broadcast

@@ -1,0 +1,27 @@
+// Channel: a service as its multiplex lists it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "si/tables.h"
+
+namespace broadcast {
+
+struct Channel {
+    std::optional<std::uint16_t> originalNetworkId;  ///< absent until SDT, NIT or EIT has told it
+    std::uint16_t transportStreamId = 0;
+    std::uint16_t serviceId = 0;
+    std::uint16_t pmtPid = 0;
+    std::string name;  ///< UTF-8; empty until an SDT has named it
+
+    /// The original_network_id, or si::kUnknownNetworkId.
+    std::uint16_t networkId() const { return originalNetworkId.value_or(si::kUnknownNetworkId); }
+    /// "onid:tsid:sid" in decimal.
+    std::string triplet() const {
+        return std::to_string(networkId()) + ":" + std::to_string(transportStreamId) + ":" + std::to_string(serviceId);
+    }
+};
+
+}  // namespace broadcast

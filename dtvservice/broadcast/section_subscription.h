@@ -1,0 +1,34 @@
+// SectionSubscription: a handler's subscription to the sections of a PID, which ends with this object.
+// Threads: one.
+// Blocks: never.
+// Fails: never.
+#pragma once
+
+#include <utility>
+
+#include "demux.h"
+
+namespace broadcast {
+
+class SectionSubscription {
+public:
+    /// The demultiplexer must outlive this.
+    SectionSubscription(Demux& newDemux, std::uint16_t pid, Demux::Handler handler)
+        : demux(&newDemux), subscription(newDemux.subscribe(pid, std::move(handler))) {}
+    SectionSubscription(SectionSubscription&& other) noexcept
+        : demux(std::exchange(other.demux, nullptr)), subscription(other.subscription) {}
+    SectionSubscription(const SectionSubscription&) = delete;
+    SectionSubscription& operator=(const SectionSubscription&) = delete;
+    SectionSubscription& operator=(SectionSubscription&&) = delete;
+    ~SectionSubscription() {
+        if (demux != nullptr) {
+            demux->unsubscribe(subscription);
+        }
+    }
+
+private:
+    Demux* demux;
+    Demux::Subscription subscription;
+};
+
+}  // namespace broadcast
