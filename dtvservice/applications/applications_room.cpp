@@ -54,7 +54,7 @@ void ApplicationsRoom::tellAit(const Channel& channel, const Audience& to) {
 }
 
 void ApplicationsRoom::tellAitChannel(const Channel& channel, const Audience& to) {
-    core.browsers.tell(to, &Events::onAitChannelInfoUpdated, 0, networkOf(channel), channel.transportStreamId,
+    core.browsers.tell(to, &Events::onAitChannelInfoUpdated, 0, channel.networkId(), channel.transportStreamId,
                        channel.serviceId);
 }
 

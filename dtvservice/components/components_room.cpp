@@ -132,7 +132,7 @@ void ComponentsRoom::tellSelected(si::ComponentType type, const Audience& to) {
     const si::Component* const selected = shown.selected(type);
     core.browsers.tell(to, &Events::onSelectedComponentChange, selected == nullptr ? kNoIndex : selected->index,
                        static_cast<std::uint32_t>(type), selected == nullptr ? broadcast::kNullPid : selected->pid,
-                       networkOf(*channel), channel->transportStreamId, channel->serviceId);
+                       channel->networkId(), channel->transportStreamId, channel->serviceId);
 }
 
 }  // namespace dtvservice

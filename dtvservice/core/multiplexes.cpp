@@ -13,11 +13,6 @@ bool matches(const Channel& channel, const Triplet& wanted) {
            channel.transportStreamId == wanted.tsid && channel.serviceId == wanted.sid;
 }
 
-std::uint16_t networkOf(const Channel& channel) {
-    constexpr std::uint16_t kUnknownId = 0xFFFF;
-    return channel.originalNetworkId.value_or(kUnknownId);
-}
-
 Multiplex& Multiplexes::of(const broadcast::SiDatabase& si) {
     return *std::find_if(list.begin(), list.end(), [&si](const Multiplex& multiplex) { return &multiplex.si == &si; });
 }

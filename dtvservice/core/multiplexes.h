@@ -28,8 +28,6 @@ struct Triplet {
 };
 /// A network that no table has told yet is any.
 bool matches(const broadcast::Channel& channel, const Triplet& wanted);
-/// A service's network as events carry it: 0xFFFF while no table has told it.
-std::uint16_t networkOf(const broadcast::Channel& channel);
 
 class Multiplexes {
 public:

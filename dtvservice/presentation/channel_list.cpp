@@ -13,7 +13,7 @@ using nlohmann::json;
 namespace {
 
 json described(const Channel& channel) {
-    return {{"onid", channel.originalNetworkId ? json(*channel.originalNetworkId) : json()},
+    return {{"onid", channel.networkId()},
             {"tsid", channel.transportStreamId},
             {"sid", channel.serviceId},
             {"name", channel.name},
@@ -26,8 +26,8 @@ json described(const Channel& channel) {
 /// A network that is not known yet comes last.
 bool isBefore(const json& one, const json& other) {
     const auto key = [](const json& channel) {
-        return std::make_tuple(channel["onid"].is_null() ? 0x10000U : channel["onid"].get<unsigned int>(),
-                               channel["tsid"].get<unsigned int>(), channel["sid"].get<unsigned int>());
+        return std::make_tuple(channel["onid"].get<unsigned int>(), channel["tsid"].get<unsigned int>(),
+                               channel["sid"].get<unsigned int>());
     };
     return key(one) < key(other);
 }

@@ -92,7 +92,7 @@ void PresentationRoom::cmdDtvInfoRequest(Browser asker) {
     const Channel* const channel = core.presented();
     const Section pmt = channel == nullptr ? Section() : core.received().si.pmt(channel->serviceId);
     if (!pmt.empty()) {
-        core.browsers.tell({asker}, &Events::onDATagsServicePmtDataChange, networkOf(*channel),
+        core.browsers.tell({asker}, &Events::onDATagsServicePmtDataChange, channel->networkId(),
                            channel->transportStreamId, channel->serviceId, kFirst, {pmt.begin(), pmt.end()});
     }
 }
@@ -170,7 +170,7 @@ void PresentationRoom::tellServiceInfo(Browser browser) {
 }
 
 void PresentationRoom::tellPmt(const Channel& channel, const Section& section, bool changed, const Audience& to) {
-    core.browsers.tell(to, &Events::onPmtDataChange, networkOf(channel), channel.transportStreamId, channel.serviceId,
+    core.browsers.tell(to, &Events::onPmtDataChange, channel.networkId(), channel.transportStreamId, channel.serviceId,
                        changed ? kChanged : kFirst, {section.begin(), section.end()});
 }
 

@@ -9,7 +9,6 @@
 
 #include "control_socket.h"
 #include "si/printable.h"
-#include "si/tables.h"
 
 namespace {
 
@@ -122,9 +121,7 @@ json requestOf(const Words& words) {
 
 void printChannels(const json& channels) {
     for (const json& channel : channels) {
-        const std::string onid =
-            channel["onid"].is_null() ? std::to_string(si::kUnknownNetworkId) : channel["onid"].dump();
-        const std::string triplet = onid + ":" + channel["tsid"].dump() + ":" + channel["sid"].dump();
+        const std::string triplet = channel["onid"].dump() + ":" + channel["tsid"].dump() + ":" + channel["sid"].dump();
         const std::string input = channel["input"].is_null() ? "no input" : "input " + channel["input"].dump();
         std::printf("%s %-20s  %s  %-5s  %-8s  %s\n", channel["presented"].get<bool>() ? "*" : " ", triplet.c_str(),
                     input.c_str(), channel["pmt"].get<bool>() ? "pmt" : "nopmt",
