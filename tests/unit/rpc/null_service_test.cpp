@@ -17,7 +17,7 @@ auto nullService(const std::string& function) {
 }  // namespace
 
 TEST(TheNullService, RefusesEveryOperationUnderItsOwnName) {
-    std::vector<testing::Matcher<recording::LogLine>> expected;
+    std::vector<testing::Matcher<const recording::LogLine&>> expected;
     EmptyServiceInterface nullInterface;
     ServiceInterface& service = nullInterface;
     recording::reset();

@@ -110,9 +110,9 @@ TEST_F(AnEvent, WritesItsLineFirst) {
         const std::vector<recording::LogLine> own = ownLines(event);
         ASSERT_FALSE(own.empty());
         EXPECT_EQ(linesAtCall, event.call == nullptr ? 0U : 1U);
-        EXPECT_THAT(own.front(), event.tagged ? testing::Matcher<recording::LogLine>(logged::tagged(
+        EXPECT_THAT(own.front(), event.tagged ? testing::Matcher<const recording::LogLine&>(logged::tagged(
                                                     kOrdinary, kTag, kFile, event.operation, event.message))
-                                              : testing::Matcher<recording::LogLine>(
+                                              : testing::Matcher<const recording::LogLine&>(
                                                     logged::plain(kOrdinary, kFile, event.operation, event.message)));
     }
 }
