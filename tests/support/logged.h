@@ -11,15 +11,15 @@
 
 namespace logged {
 
-using Line = testing::Matcher<const recording::LogLine&>;
-
 /// The line that is expected, with any line number. A mismatch shows it as a captured line is shown, and says in which
 /// fields the two differ.
-class LineMatcher final : public testing::MatcherInterface<const recording::LogLine&> {
+class Line {
 public:
-    explicit LineMatcher(recording::LogLine newExpected) : expected(std::move(newExpected)) {}
+    using is_gtest_matcher = void;
 
-    bool MatchAndExplain(const recording::LogLine& line, testing::MatchResultListener* listener) const override {
+    explicit Line(recording::LogLine newExpected) : expected(std::move(newExpected)) {}
+
+    bool MatchAndExplain(const recording::LogLine& line, testing::MatchResultListener* listener) const {
         std::string differing;
         const auto compare = [&differing](bool equal, const char* field) {
             differing += equal ? "" : (differing.empty() ? "" : ", ") + std::string(field);
@@ -35,8 +35,8 @@ public:
         }
         return differing.empty();
     }
-    void DescribeTo(std::ostream* stream) const override { *stream << "is the line" << shown(); }
-    void DescribeNegationTo(std::ostream* stream) const override { *stream << "is not the line" << shown(); }
+    void DescribeTo(std::ostream* stream) const { *stream << "is the line" << shown(); }
+    void DescribeNegationTo(std::ostream* stream) const { *stream << "is not the line" << shown(); }
 
 private:
     std::string shown() const {
@@ -45,7 +45,7 @@ private:
                                     tag + expected.file + ":<number>:" + expected.function + "(): " + expected.message);
     }
 
-    const recording::LogLine expected;
+    recording::LogLine expected;
 };
 
 /// A line of the shape with a tag.
@@ -57,7 +57,7 @@ inline Line tagged(std::uint32_t level, const std::string& tag, const std::strin
     expected.file = file;
     expected.function = function;
     expected.message = message;
-    return testing::MakeMatcher(new LineMatcher(std::move(expected)));
+    return Line(std::move(expected));
 }
 
 /// A line of the shape without a tag.
