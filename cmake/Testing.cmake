@@ -1,5 +1,4 @@
-# dtv_add_test(NAME sources... LIBRARIES targets...): one GoogleTest program; every test in it becomes a ctest test of
-# its own and so runs in a process of its own, which the library's process-wide objects need.
+# The tests' framework, and how tests are declared.
 # Where no GoogleTest is installed for the target it is built from the sources that Debian has of it.
 if(CMAKE_CROSSCOMPILING)
   set(INSTALL_GTEST OFF)
@@ -26,8 +25,32 @@ if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
   target_compile_options(dtv_test_headers PRIVATE "SHELL:-Xclang -fno-pch-timestamp")
 endif()
 
+# dtv_add_long_test(NAME PRESET TEST): TEST of the program NAME runs in PRESET alone. Its cost makes it start before the
+# short tests. A test that none of the sources has is an error: it would run nowhere, or everywhere.
+function(dtv_add_long_test name preset test)
+  string(REPLACE "." ",[ \n]*" pattern ${test})
+  set(found FALSE)
+  foreach(source ${TEST_SOURCES})
+    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${source})
+      file(READ ${CMAKE_CURRENT_SOURCE_DIR}/${source} text)
+      if(text MATCHES "\\(${pattern}\\)")
+        set(found TRUE)
+      endif()
+    endif()
+  endforeach()
+  if(NOT found)
+    message(FATAL_ERROR "${name}: no source has the long test ${test}")
+  endif()
+  gtest_discover_tests(${name} TEST_FILTER ${test} DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}-only-${preset}" COST 100)
+endfunction()
+
+# dtv_add_test(NAME SOURCES files... LIBRARIES targets... [LONG preset:test...]): one GoogleTest program; every test in
+# it becomes a ctest test of its own and so runs in a process of its own, which the library's process-wide objects need.
+# The label of a long test, like unit-only-tsan, names the one preset that it runs in; CMakePresets.json leaves it out of
+# the others.
 function(dtv_add_test name)
-  cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+  cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS;LONG" ${ARGN})
   add_executable(${name} ${TEST_SOURCES})
   target_link_libraries(${name} PRIVATE dtv_warnings GTest::gmock GTest::gtest_main ${TEST_LIBRARIES})
   target_compile_options(${name} PRIVATE ${DTV_TEST_OPTIONS})
@@ -35,7 +58,14 @@ function(dtv_add_test name)
   if(NOT TEST_TIMEOUT)
     set(TEST_TIMEOUT 300)
   endif()
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
+  set(short "*-")
+  foreach(long ${TEST_LONG})
+    string(REPLACE ":" ";" preset_and_test ${long})
+    dtv_add_long_test(${name} ${preset_and_test})
+    list(GET preset_and_test 1 test)
+    string(APPEND short "${test}:")
+  endforeach()
+  gtest_discover_tests(${name} TEST_FILTER "${short}" DISCOVERY_TIMEOUT 60
     PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}")
 endfunction()
 
