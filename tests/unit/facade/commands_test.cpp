@@ -1,6 +1,7 @@
 // Every operation of the DVB API, called through the pointer that the entry point gave: what it sends, what it returns,
 // which lines and traces are the facade's own.
 #include <future>
+#include <limits>
 
 #include "facade_fixture.h"
 #include "vtable_slot.h"
@@ -90,6 +91,55 @@ std::vector<std::string> ownTraces() {
     return own;
 }
 
+constexpr int kLeast = std::numeric_limits<int>::min();
+constexpr int kMost = std::numeric_limits<int>::max();
+
+/// The same calls of the DVB API and of the service object, with values at their ends.
+template <typename Target>
+std::vector<std::function<int(Target&)>> extremeCalls() {
+    const auto nothing = [](auto call) {
+        return [call](Target& of) {
+            call(of);
+            return kNothing;
+        };
+    };
+    return {
+        nothing([](Target& of) { of.tuneToService(kLeast, kMost, -1, kMost - 1, kLeast + 1); }),
+        nothing([](Target& of) { of.tuneToService(std::string("\0x", 2), kLeast, kMost); }),
+        nothing([](Target& of) { of.tuneToComponent(kMost, kLeast, -1); }),
+        nothing([](Target& of) { of.selectComponent(kLeast); }),
+        nothing([](Target& of) { of.unselectComponent(kMost); }),
+        [](Target& of) { return of.sendPtsRequest(0xFFFFFFFE); },
+        [](Target& of) { return of.startTemiTimelineRequest(0xFFFFFFFF, 0, 0xFFFFFFFE); },
+        [](Target& of) { return of.startOSDDetection(0xFFFFFFFF); },
+        [](Target& of) { return of.stopOSDDetection(0xFFFFFFFE); },
+        [](Target& of) { return of.sendDrmMessage(~0ULL, 65535, 65534, std::string("\0", 1), "b"); },
+        [](Target& of) { return of.connectCa(~0ULL - 1); },
+        [](Target& of) { return of.disconnectCa(65535); },
+        [](Target& of) { return of.sendOpAppInstallStatus(kLeast, kMost); },
+        [](Target& of) { return of.sendOpAppInstallStatus(-1, 2); },
+        [](Target& of) { return of.sendOpAppInstallStatus(0, 1); },
+        nothing([](Target& of) { of.vbStartDtvInfoRequest(); }),
+    };
+}
+
+/// What a call sends, returns, and lets the service object write.
+template <typename Target>
+std::vector<std::string> outcome(const std::function<int(Target&)>& call, Target& target) {
+    recording::reset();
+    recording::setSendResult(-7);
+    std::vector<std::string> seen = {std::to_string(call(target))};
+    for (const recording::SentMessage& message : recording::sent()) {
+        seen.push_back(std::to_string(message.header.messageId) + " " + hexText(message.wire));
+    }
+    for (const recording::LogLine& line : recording::log()) {
+        if (line.text.find(kFile) == std::string::npos) {
+            seen.push_back(line.text);
+        }
+    }
+    return seen;
+}
+
 std::vector<recording::LogLine> ownLines() {
     std::vector<recording::LogLine> own;
     for (recording::LogLine& line : logged::withoutTraces()) {
@@ -114,6 +164,18 @@ TEST_F(TheDvbApi, ForwardsEveryCommandUnchangedAndReturnsTheResultUntouched) {
             EXPECT_EQ(sent[0].header.messageId, operation.messageId);
             EXPECT_EQ(hexText(sent[0].wire), hexText(operation.wire));
         }
+    }
+}
+
+TEST_F(TheDvbApi, ChangesNoValueOnItsWayToTheServiceObject) {
+    using velmora::dvbservice::BrowserDVBService;
+    const auto ofApi = extremeCalls<DvbAPIInterface>();
+    const auto ofService = extremeCalls<BrowserDVBService>();
+    for (std::size_t index = 0; index < ofApi.size(); ++index) {
+        SCOPED_TRACE(index);
+        const std::vector<std::string> expected = outcome(ofService[index], *BrowserDVBService::getInstance());
+        EXPECT_GE(expected.size(), 2U);
+        EXPECT_EQ(outcome(ofApi[index], *api), expected);
     }
 }
 
@@ -158,6 +220,9 @@ TEST_F(TheDvbApi, WaitsForTheEndOfAnAudioSourceChange) {
     injectEvent<messages::OnSetAudioSourceFinished>(session, -4);
     EXPECT_EQ(result.get(), -4);
     EXPECT_EQ(ownTraces().size(), 2U);
+    EXPECT_EQ(logged::story().front(), "-> setAudioSource");
+    EXPECT_EQ(logged::story().back(), "<- setAudioSource");
+    EXPECT_TRUE(ownLines().empty());
 }
 
 TEST_F(TheDvbApi, ReadsTheChannelBack) {
@@ -176,7 +241,15 @@ TEST_F(TheDvbApi, ReadsTheChannelBack) {
     EXPECT_EQ(api->getCurrentCCID(), "ccid:1:2:3");
     EXPECT_TRUE(recording::log().empty());
     api->tuneToService("descriptor", 1, 0);
+    recording::reset();
     EXPECT_EQ(api->getCurrentDsd(), "descriptor");
+    EXPECT_THAT(logged::story(), testing::ElementsAre("getCurrentDsd: Called,Dsd:[descriptor]\n"));
+    injectEvent<messages::OnAcquireDtvServiceInfo>("65536:-7:2147483647");
+    EXPECT_EQ(api->getCurrentCCID(), "ccid:65536:-7:2147483647") << "read anew at each call";
+    EXPECT_EQ(api->getCurrentChannelInfo(onid, tsid, sid), -1);
+    EXPECT_EQ(onid, 1) << "left alone";
+    api->tuneToService(12, 1, 2, 3, 0);
+    EXPECT_EQ(api->getCurrentDsd(), "");
 }
 
 TEST_F(TheDvbApi, AnswersThroughItsTableByPosition) {

@@ -183,7 +183,9 @@ TEST_F(AListenerRegistry, ReleasesItsListenersWhenItGoes) {
         const auto listener = std::make_shared<RecordingListener>();
         observed = listener;
         passing.addListener(listener);
+        recording::reset();
     }
+    EXPECT_TRUE(recording::log().empty());
     EXPECT_TRUE(observed.expired());
 }
 

@@ -44,12 +44,15 @@ protected:
     bool delivered(std::size_t count) {
         return eventually([&] { return client.sections().size() == count; });
     }
-    /// Writes a section of that filter and waits until its client is called on the delivery thread.
-    void inDelivery(const std::string& session, std::function<void()> reaction) {
-        client.reaction = std::move(reaction);
-        const std::size_t before = client.sections().size();
-        ASSERT_TRUE(recording::writeSection(queue(), session, {1}));
-        ASSERT_TRUE(delivered(before + 1));
+    /// Writes a section of the first filter and waits until its client has done something on the delivery thread.
+    void inDelivery(const std::function<void()>& reaction) {
+        const auto done = std::make_shared<std::promise<void>>();
+        client.reaction = [=] {
+            reaction();
+            done->set_value();
+        };
+        ASSERT_TRUE(recording::writeSection(queue(), "a", {1}));
+        ASSERT_TRUE(isReady(done->get_future()));
     }
     /// In a process that a test expects to end: waits for that.
     [[noreturn]] static void waitForTheEnd() {
@@ -151,6 +154,20 @@ TEST_F(ADeliveryThread, IsMadeOnceThoughCreatorsCallAgain) {
     EXPECT_EQ(recording::queueNames().size(), 1U);
 }
 
+TEST_F(ADeliveryThread, IsMadeOnceThoughCreatorsRace) {
+    std::future<bool> second;
+    recording::setLogAction([&](const recording::LogLine& line) {
+        if (line.message.rfind("Wait thread_proc_section_data create 0", 0) == 0 && !second.valid()) {
+            second = std::async(std::launch::async, [this] { return create(); });
+            second.wait_for(std::chrono::milliseconds(100));
+        }
+    });
+    EXPECT_TRUE(create());
+    EXPECT_TRUE(second.get());
+    recording::setLogAction(nullptr);
+    EXPECT_EQ(recording::threadsCreated().size(), 1U);
+}
+
 TEST_F(ADeliveryThread, HandsOnASectionWithoutBytes) {
     openFirstFilter();
     ASSERT_TRUE(recording::writeSection(queue(), "a", {}));
@@ -187,12 +204,11 @@ TEST_F(ADeliveryThread, ReadsEverySectionIntoOneBuffer) {
 
 TEST_F(ADeliveryThread, HoldsNoLockDuringAClientsCall) {
     openFirstFilter();
-    std::atomic<int> freeLocks{-1};
-    inDelivery("a", [this, &freeLocks] {
+    int freeLocks = -1;
+    inDelivery([this, &freeLocks] {
         freeLocks = int{isFree(BrowserDVBServiceTestAccess::registryLock(*service))} +
                     int{isFree(BrowserDVBServiceTestAccess::handshakeLock(*service))};
     });
-    EXPECT_TRUE(eventually([&freeLocks] { return freeLocks >= 0; }));
     EXPECT_EQ(freeLocks, 2);
 }
 
@@ -222,8 +238,7 @@ TEST_F(ADeliveryThread, GoesOnAfterASectionThatItDrops) {
 TEST_F(ADeliveryThread, EndsAfterAReceiveErrorAndItsPause) {
     static std::promise<void> ended;
     openFirstFilter();
-    inDelivery("a", [] { tellOfThisThreadsEnd(ended); });
-    client.reaction = nullptr;
+    inDelivery([] { tellOfThisThreadsEnd(ended); });
     std::future<void> end = ended.get_future();
     recording::reset();
     const std::size_t pausesBefore = wrapped_time::pauses().size();

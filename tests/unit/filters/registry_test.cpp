@@ -108,6 +108,7 @@ TEST_F(ARegistry, TellsRecordsApartByTheObject) {
 TEST_F(ARegistry, KeepsAClientForAnyOfItsFiltersAndForNoOtherClients) {
     service->registerClient(&client);
     service->registerClient(&second);
+    const auto before = saved("0", third);
     const auto first = saved("1", client);
     const auto last = saved("2", client);
     EXPECT_TRUE(service->unRegisterClient(&second)) << "it owns none";
@@ -117,6 +118,7 @@ TEST_F(ARegistry, KeepsAClientForAnyOfItsFiltersAndForNoOtherClients) {
     service->removeFilter(last);
     EXPECT_TRUE(service->unRegisterClient(&client));
     EXPECT_TRUE(clients().empty());
+    EXPECT_THAT(filters(), testing::ElementsAre(before));
 }
 
 TEST_F(ARegistry, RefusesToUnregisterAStrangerThatOwnsAFilter) {

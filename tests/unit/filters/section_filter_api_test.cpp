@@ -76,3 +76,33 @@ TEST_F(TheSectionFilterApi, IsNamedAndNotCountedAndGivesSessionNames) {
     EXPECT_EQ(name.size(), 45U);
     EXPECT_NE(name, callSlot<std::string>(api, kGenerateSessionName));
 }
+
+TEST_F(TheSectionFilterApi, ChangesNoValueOnItsWayToTheServiceObject) {
+    frame::MsgIds ids;
+    service->onBrowserOpenFilterConf(ids, {}, 0xFFFFFFFE, "a", 0);
+    EXPECT_TRUE(api->startSection(&client, "a", 0xFFFFFFFE, bits, match, 2));
+    EXPECT_EQ(recordOf("a")->pid(), 0xFFFFFFFEU);
+    EXPECT_EQ(recordOf("a")->client(), &client);
+    EXPECT_THAT(recordOf("a")->mask(), testing::ElementsAre(0xFF, 0x00));
+    EXPECT_THAT(recordOf("a")->mask_bits(), testing::ElementsAre(0x42, 0x00));
+    EXPECT_EQ(api->startPMTRequest(&client, "b", 0xFFFFFFFF), 0);
+    EXPECT_EQ(recordOf("b")->pid(), 0xFFFFFFFFU);
+    EXPECT_EQ(recordOf("b")->client(), &client);
+    recording::reset();
+    EXPECT_EQ(api->stopPMTRequest(&client, "b"), 0);
+    EXPECT_FALSE(api->stopSection(&client, "c"));
+    const std::vector<std::string> story = logged::story();
+    EXPECT_THAT(story, testing::Contains("stopPMTRequest: Stop PMT Filter: " + pointerText(&client) + ", b\n"));
+    EXPECT_THAT(story, testing::Contains("stopSection: Invalid Filter Session: c for " + pointerText(&client) + "\n"));
+}
+
+TEST_F(TheSectionFilterApi, AddsNoLineOfItsOwn) {
+    answerWith(0);
+    start("a");
+    stop("a");
+    stopPmt(&client, "a");
+    api->generateSessionName();
+    for (const recording::LogLine& line : recording::log()) {
+        EXPECT_EQ(line.text.find("section_filter_api"), std::string::npos) << line.text;
+    }
+}
