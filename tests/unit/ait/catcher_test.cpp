@@ -116,10 +116,10 @@ TEST_F(ACatcher, DeliversTheBytesAsTheyCame) {
 }
 
 TEST_F(ACatcher, WritesTheKeyBeforeTheClientIsCalled) {
-    std::string lastLine;
-    client.reaction = [&lastLine] { lastLine = allMessages().back(); };
+    std::vector<std::string> linesAtCall;
+    client.reaction = [&linesAtCall] { linesAtCall = allMessages(); };
     catcher.sendAITData("1:2:3", Bytes(8, 1));
-    EXPECT_EQ(lastLine, "ccId:1:2:3,onId:1,tsId:2,sId:3\n");
+    EXPECT_THAT(linesAtCall, testing::ElementsAre("ccId:1:2:3,onId:1,tsId:2,sId:3\n"));
     EXPECT_EQ(recording::log().size(), 1U) << "and no line after it";
 }
 

@@ -158,3 +158,17 @@ TEST_F(ACatcher, ReplaysTheChannelThatWasRequestedLastWhenItsWorkerRuns) {
     EXPECT_EQ(client.deliveries()[2], (Delivery{1, 2, 4, aitBytes(1, 0, 0, 4)}));
     EXPECT_EQ(client.deliveries()[3], client.deliveries()[2]);
 }
+
+TEST_F(ACatcher, KeepsTheRequestedChannelAndTheCurrentOneApart) {
+    catcher.updateCurrentChannelInfo(0, 1, 2, 3);
+    feed(aitBytes(1, 0, 0, 1));
+    catcher.updateCurrentChannelInfo(0, 4, 5, 6);
+    seams::keepWorkers();
+    catcher.getCurrentChannelAIT(1, 2, 3);
+    feed(aitBytes(1, 0, 0, 2));
+    EXPECT_EQ(client.deliveries().back(), (Delivery{4, 5, 6, aitBytes(1, 0, 0, 2)}));
+    catcher.updateCurrentChannelInfo(0, 7, 8, 9);
+    runKeptWorkers();
+    EXPECT_EQ(client.deliveries().size(), 3U);
+    EXPECT_EQ(client.deliveries().back(), (Delivery{1, 2, 3, aitBytes(1, 0, 0, 1)}));
+}

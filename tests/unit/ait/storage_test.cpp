@@ -103,11 +103,14 @@ TEST(AnAitStorage, TakesALowerVersionForAChange) {
 }
 
 TEST(AnAitStorage, KeepsTheCountOfTheSectionThatChangedTheVersion) {
-    AITStorage storage(aitBytes(1, 0, 1, 1));
+    AITStorage storage(aitBytes(1, 3, 4, 1));
+    recording::reset();
     EXPECT_TRUE(storage.saveAITSection(aitBytes(1, 1, 9, 2)));
-    EXPECT_EQ(storage.getAITSectionCount(), 2);
+    EXPECT_EQ(storage.getAITSectionCount(), 5);
     EXPECT_FALSE(storage.saveAITSection(aitBytes(1, 1, 7, 2)));
-    EXPECT_EQ(storage.getAITSectionCount(), 2);
+    EXPECT_EQ(storage.getAITSectionCount(), 5);
+    EXPECT_THAT(messagesOf(kFile), testing::ElementsAre("Add AIT Section: 1/9, ver: 1,crc:00000002\n",
+                                                        "No Need to update Section: 1/7, ver: 1,crc:00000002\n"));
 }
 
 TEST(AnAitStorage, WritesTheChangeOfVersionBeforeItFindsARepetition) {

@@ -65,6 +65,7 @@ TEST_F(AProxyAsAMember, IsMadeByTheProcessModelsHookTheSameWay) {
     frame::AbstractApplication** members = frameCreateApplicationArray();
     EXPECT_NE(dynamic_cast<Proxy*>(members[0]), nullptr);
     EXPECT_EQ(members[1], nullptr);
+    EXPECT_THAT(recording::log(), testing::ElementsAre(called("CreateBrowserDvbServiceProxy"), called("Proxy")));
     delete members[0];
     std::free(members);
 }
