@@ -204,13 +204,15 @@ int __wrap_frameLmqIOServiceRegisterMessageHandlerFunction(frameLmqIOService* se
 #define START "_ZN5frame23AbstractMarshallingImpl15performStartingEv"
 #define STOP "_ZN5frame23AbstractMarshallingImpl15performStoppingEv"
 
-void realLock(void* guard, pthread_mutex_t& mutex) asm("__real_" LOCK);
-void wrappedLock(void* guard, pthread_mutex_t& mutex) asm("__wrap_" LOCK);
+// A constructor returns its object where the ABI is ARM's.
+void* realLock(void* guard, pthread_mutex_t& mutex) asm("__real_" LOCK);
+void* wrappedLock(void* guard, pthread_mutex_t& mutex) asm("__wrap_" LOCK);
 
-void wrappedLock(void* guard, pthread_mutex_t& mutex) {
+void* wrappedLock(void* guard, pthread_mutex_t& mutex) {
     realLock(guard, mutex);
     const std::lock_guard<std::mutex> lock(seams::guarding);
     seams::state().locked += &mutex == seams::state().watched ? 1 : 0;
+    return guard;
 }
 
 using Reference = boost::shared_ptr<frame::Interface>;
