@@ -10,13 +10,17 @@ namespace {
 
 /// Whether memory that may be refused is refused.
 std::atomic<bool> failingAllocations{false};
+/// How often such memory was asked for.
+std::atomic<int> allocations{0};
 
 }  // namespace
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    ++allocations;
     return failingAllocations ? nullptr : ::operator new(size);
 }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    ++allocations;
     return failingAllocations ? nullptr : ::operator new[](size);
 }
 
@@ -179,7 +183,9 @@ TEST_F(ADelivery, DropsASectionThatDoesNotFitTheBuffer) {
 }
 
 TEST_F(ADelivery, RefusesAThreadWithoutItsObject) {
+    allocations = 0;
     EXPECT_EQ(velmora::dvbservice::BrowserDVBService::thread_proc_section_data(nullptr), nullptr);
+    EXPECT_EQ(allocations, 0) << "the object is looked at first";
     EXPECT_THAT(messagesOf("thread_proc_section_data"), testing::ElementsAre("Invalid Thread data.\n"));
 }
 

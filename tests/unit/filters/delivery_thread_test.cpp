@@ -101,6 +101,20 @@ TEST_F(ADeliveryThread, ReleasesItsCreatorBeforeItsLine) {
     recording::setLogAction(nullptr);
 }
 
+TEST_F(ADeliveryThread, HasTheStartLockFreeWhenItsCreatorSaysThatItRuns) {
+    bool wasFree = false;
+    std::future<void*> other;
+    recording::setLogAction([&](const recording::LogLine& line) {
+        if (line.message.rfind("thread_proc_section_data create OK 2", 0) == 0) {
+            other = std::async(std::launch::async, &withoutObject);
+            wasFree = isReady(other);
+        }
+    });
+    EXPECT_TRUE(create());
+    recording::setLogAction(nullptr);
+    EXPECT_TRUE(wasFree);
+}
+
 TEST_F(ADeliveryThread, IsStartedUnderTheStartLock) {
     std::future<void*> other;
     std::future_status during = std::future_status::ready;

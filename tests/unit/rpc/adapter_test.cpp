@@ -221,6 +221,37 @@ TEST_F(AnAdapter, FailsToStartWithoutALineWhenTheInterfaceHoldsNoService) {
     EXPECT_NE(dynamic_cast<EmptyServiceInterface*>(adapter->getServiceInterface()), nullptr);
 }
 
+TEST_F(AnAdapter, FailsToStartWithoutALineWhenTheLookUpSucceedsWithoutAnInterface) {
+    seams::setLookUp([](boost::shared_ptr<frame::Interface>&, const std::string&) { return 0; });
+    recording::reset();
+    EXPECT_EQ(adapter->start(), -1);
+    EXPECT_THAT(recording::log(), testing::ElementsAre(called("start")));
+    EXPECT_NE(dynamic_cast<EmptyServiceInterface*>(adapter->getServiceInterface()), nullptr);
+}
+
+TEST_F(AnAdapter, SendsToTheNullServiceOnceTheProxyHasGone) {
+    startProxy();
+    ASSERT_EQ(adapter->start(), 0);
+    frame::Process::getInstance().stopAppMembers();
+    EXPECT_NE(dynamic_cast<EmptyServiceInterface*>(adapter->getServiceInterface()), nullptr);
+    recording::reset();
+    frame::MsgIds ids;
+    EXPECT_EQ(Adapter::Command(*adapter)->cmdDtvInfoRequest(ids, {}), -1);
+    EXPECT_THAT(recording::log(), testing::ElementsAre(nullService("cmdDtvInfoRequest")));
+    EXPECT_EQ(adapter->stop(), 0);
+    EXPECT_TRUE(recording::sent().empty());
+}
+
+TEST_F(AnAdapter, MeetsAProxyThatWasMadeAfterAnotherHadGone) {
+    startProxy();
+    ASSERT_EQ(adapter->start(), 0);
+    frame::Process::getInstance().stopAppMembers();
+    startProxy();
+    ASSERT_EQ(adapter->start(), 0);
+    frame::MsgIds ids;
+    EXPECT_EQ(Adapter::Command(*adapter)->cmdDtvInfoRequest(ids, {}), 0);
+}
+
 TEST_F(AnAdapter, HoldsTheInterfaceAsLongAsItLives) {
     AnsweringService service;
     boost::weak_ptr<frame::Interface> observed;

@@ -106,6 +106,18 @@ TEST_F(AProxy, SendsNothingAndFreesTheRestWhenMemoryEnds) {
     EXPECT_TRUE(recording::sent().empty());
 }
 
+TEST_F(AProxy, FreesANestedRecordThatMemoryEndedIn) {
+    frame::MsgIds ids;
+    for (const std::size_t number : {0U, 1U, 2U}) {
+        seams::watchHeap();
+        seams::failAllocation(number);
+        EXPECT_THROW(proxy->cmdFilterOpen(ids, {}, "session", 1, filledMatchMask()), std::bad_alloc);
+        EXPECT_EQ(seams::allocations().size(), number);
+        EXPECT_THAT(seams::heldBuffers(), testing::IsEmpty());
+    }
+    EXPECT_TRUE(recording::sent().empty());
+}
+
 TEST(ATextCarrier, EndsInAZeroBehindItsLastByte) {
     seams::watchHeap();
     const _ovxDeserString_struct carrier = wire::String::store(std::string("a\0b", 3));
