@@ -27,6 +27,32 @@ protected:
     static bool sleeping(std::size_t count) {
         return eventually([count] { return wrapped_time::deadlines().size() == count; });
     }
+    /// Lets four wait, and confirms them one by one.
+    template <typename Wait, typename Confirm>
+    void expectEveryWaitWoken(Wait wait, Confirm confirm) {
+        letTimedWaits(wrapped_time::TimedWaits::endNever);
+        const std::string sessions[] = {"1", "2", "3", "4"};
+        std::vector<std::future<bool>> waits;
+        for (const std::string& session : sessions) {
+            waits.push_back(std::async(std::launch::async, wait, session));
+            ASSERT_TRUE(sleeping(waits.size()));
+        }
+        // The last that went to sleep is not the first to be woken when only one is.
+        bool allWoken = true;
+        for (std::size_t index = waits.size(); index-- > 0;) {
+            confirm(sessions[index]);
+            allWoken = allWoken && isReady(waits[index]);
+        }
+        EXPECT_TRUE(allWoken);
+        for (std::future<bool>& each : waits) {
+            // Wakes those that a broken build has left asleep.
+            EXPECT_TRUE(eventually([&] {
+                confirm("somebody");
+                return each.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+            }));
+            EXPECT_TRUE(each.get());
+        }
+    }
     std::vector<std::string> results() { return BrowserDVBServiceTestAccess::results(*service); }
     std::mutex& lock() { return BrowserDVBServiceTestAccess::handshakeLock(*service); }
 };
@@ -186,27 +212,14 @@ TEST_F(AConfirmation, IsWaitedForWithoutEndWhileTheClockCannotBeRead) {
     EXPECT_TRUE(waiting.get());
 }
 
-TEST_F(AConfirmation, WakesEveryWait) {
-    letTimedWaits(wrapped_time::TimedWaits::endNever);
-    std::vector<std::future<bool>> waits;
-    for (unsigned int pid = 0; pid < 4; ++pid) {
-        waits.push_back(waitForStart(pid, "a"));
-        ASSERT_TRUE(sleeping(pid + 1));
-    }
-    // The last that went to sleep is not the first to be woken when only one is.
-    bool allWoken = true;
-    for (unsigned int pid = 4; pid-- > 0;) {
-        confirmOpen(pid, "a", 0);
-        allWoken = allWoken && isReady(waits[pid]);
-    }
-    EXPECT_TRUE(allWoken);
-    for (std::future<bool>& wait : waits) {
-        EXPECT_TRUE(eventually([&wait] {
-            confirmClose("somebody", 0);
-            return wait.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
-        }));
-        EXPECT_TRUE(wait.get());
-    }
+TEST_F(AConfirmation, OfAnOpeningWakesEveryWait) {
+    expectEveryWaitWoken([this](const std::string& session) { return started(1, session); },
+                         [](const std::string& session) { confirmOpen(1, session, 0); });
+}
+
+TEST_F(AConfirmation, OfAClosingWakesEveryWait) {
+    expectEveryWaitWoken([this](const std::string& session) { return stopped(session); },
+                         [](const std::string& session) { confirmClose(session, 0); });
 }
 
 TEST_F(AConfirmation, EndsOneWaitEvenIfTwoWaitForTheSame) {

@@ -63,6 +63,11 @@ TEST_F(AFilter, IsNotRemovedTwice) {
                                                         " client:" + pointerText(&client) + ", pid: 77 \n")));
 }
 
+TEST_F(AFilter, IsShownWithItsWholePidWhenItCannotBeRemoved) {
+    service->removeFilter(FilterParameter::create(nullptr, "name", 65536 + 77, nullptr, nullptr, 0));
+    EXPECT_THAT(lines().at(0).message, testing::EndsWith(" client:(nil), pid: 65613 \n"));
+}
+
 TEST_F(AFilter, KeepsItsClientRegistered) {
     EXPECT_TRUE(service->registerClient(&client));
     EXPECT_TRUE(service->registerClient(&client));
@@ -80,7 +85,9 @@ TEST_F(AFilter, KeepsItsClientRegistered) {
 TEST(ASessionName, IsThePidAndTheUuidWithItsFirstFieldsInNativeOrder) {
     const std::uint8_t uuid[16] = {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF,
                                    0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F, 0x60, 0x71};
-    EXPECT_EQ(velmora::dvbservice::formatSessionName(0x1234, uuid), "00001234-67452301-AB89-EFCD-0A1B-2C3D4E5F6071");
+    const std::string ofUuid = "67452301-AB89-EFCD-0A1B-2C3D4E5F6071";
+    EXPECT_EQ(velmora::dvbservice::formatSessionName(0x1234, uuid), "00001234-" + ofUuid);
+    EXPECT_EQ(velmora::dvbservice::formatSessionName(0x7FEDCBA9, uuid), "7FEDCBA9-" + ofUuid);
 }
 
 TEST(ASessionName, IsTheSameWhateverTheBrowsersLocale) {

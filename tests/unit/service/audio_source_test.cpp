@@ -1,6 +1,7 @@
 // The one operation that waits for an answer: the audio source.
 #include <future>
 
+#include "eventually.h"
 #include "service_fixture.h"
 #include "waits_for_lock.h"
 #include "wrapped_time.h"
@@ -193,6 +194,8 @@ TEST_F(AnAudioSourceRequest, WaitsWithoutALimit) {
 
 TEST_F(AnAudioSourceRequest, TellsItsStoryInOrder) {
     std::future<int> result = request("a");
+    // The answer writes its line without the lock, so it comes after the send has been told of.
+    ASSERT_TRUE(eventually([] { return logged::story().back() == "<- setAudioSource"; }));
     answer(1, 0);
     result.get();
     EXPECT_THAT(logged::story(),
