@@ -245,8 +245,12 @@ TEST_F(AConfirmation, OfAFiltersStateWakesNobody) {
     letTimedWaits(wrapped_time::TimedWaits::endNever);
     std::future<bool> waiting = waitForStart(1, "a");
     ASSERT_TRUE(sleeping(1));
-    injectEvent<messages::OnFilterOpened>("a", "slot");
-    injectEvent<messages::OnFilterClosed>("a");
+    service->saveFilter(FilterParameter::create(&client, "a", 1, nullptr, nullptr, 0));
+    for (const char* const session : {"a", "unknown"}) {
+        injectEvent<messages::OnFilterOpened>(session, "slot");
+        injectEvent<messages::OnFilterOpened>(session, "");
+        injectEvent<messages::OnFilterClosed>(session);
+    }
     EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
     EXPECT_EQ(wrapped_time::deadlines().size(), 1U) << "it has not looked again";
     confirmOpen(1, "a", 0);

@@ -165,6 +165,7 @@ TEST_F(AHandshake, NotesWhatTheServiceReportsOfAFilter) {
     EXPECT_EQ(FilterParameterTestAccess::state(*recordOf("a")), 0x01U);
     injectEvent<messages::OnFilterOpened>("a", "");
     EXPECT_EQ(FilterParameterTestAccess::state(*recordOf("a")), 0x41U);
+    EXPECT_EQ(FilterParameterTestAccess::dataSlot(*recordOf("a")), "slot") << "the earlier report stays";
     injectEvent<messages::OnFilterOpened>("b", "slot");
     EXPECT_THAT(recording::logOf("onFilterOpened"),
                 testing::ElementsAre(logged::tagged(kOrdinary, kTag, kFile, "onFilterOpened", "Filter Opened : a\n"),
@@ -175,6 +176,7 @@ TEST_F(AHandshake, NotesWhatTheServiceReportsOfAFilter) {
     recording::reset();
     injectEvent<messages::OnFilterClosed>("a");
     EXPECT_EQ(FilterParameterTestAccess::state(*recordOf("a")), 0x20U);
+    EXPECT_EQ(FilterParameterTestAccess::dataSlot(*recordOf("a")), "slot");
     injectEvent<messages::OnFilterClosed>("b");
     EXPECT_THAT(messagesOf("onFilterClosed"),
                 testing::ElementsAre("Filter Closed: a\n", "Filter Closed: b\n", "Unknown Filter closed: b\n"));

@@ -17,6 +17,7 @@ protected:
         confirmOpen(pid, session, 0);
         recording::reset();
     }
+    frame::MsgIds anyIds;
     std::string shown() { return pointerText(&client); }
 };
 
@@ -110,6 +111,20 @@ TEST_F(ARequest, ToCloseWhatIsNotOpenTellsThis) {
                                        kUnregister,
                                        {"<- stopSection"}}));
     EXPECT_TRUE(recording::sent().empty());
+}
+
+TEST_F(ARequest, SavesItsRecordBeforeItRegistersItsClient) {
+    std::vector<bool> saved;
+    recording::setLogAction([&](const recording::LogLine& line) {
+        if (line.text.rfind("[TRACE -> registerClient(IN)]", 0) == 0) {
+            saved.push_back(recordOf(saved.empty() ? "a" : "pmt") != nullptr);
+        }
+    });
+    service->onBrowserOpenFilterConf(anyIds, {}, 100, "a", 0);
+    open("a");
+    service->startPMTRequest(&client, "pmt", 1);
+    recording::setLogAction(nullptr);
+    EXPECT_THAT(saved, testing::ElementsAre(true, true));
 }
 
 TEST_F(ARequest, ForAPmtTellsThis) {
