@@ -1,10 +1,10 @@
-// Proxy: the browser's end of the interface. Turns each command into one message to the DTV service, and each event
-// message into a call of every registered client.
+// Proxy: the browser's end of the RPC interface. Sends each command as one message to the DTV service, and passes each
+// event message to every registered client.
 //
 // Threads: commands from any thread; events on the transport thread.
-// Blocks:  the destructor, up to a second, while commands are under way. Everything else: never.
-// Locks:   the component mutex guards clients; no client is called while it is held.
-// Fails:   commands with the transport's result; -17 and -2 of the client registry.
+// Blocks:  the destructor, up to a second, while commands are in progress. Everything else: never.
+// Locks:   the component mutex guards clients; it is not held while a client is called.
+// Fails:   commands return the transport's result; addClient() -17, removeClient() -2.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -19,10 +19,10 @@ namespace lo::browserdvbservice {
 class Proxy : public frame::AbstractMarshallingImpl, public ServiceInterface {
 public:
     Proxy();
-    /// Withdraws the interface, waits for commands under way, and lets go of every client.
+    /// Withdraws the interface, waits up to a second for commands in progress, and releases every client.
     ~Proxy() override;
 
-    /// Publishes the ServiceInterface under kInterfaceName; adapters find it from then on.
+    /// Publishes the ServiceInterface under kInterfaceName, so that adapters find it.
     int performSetupDone() override;
     int performStarting() override;
     int performStopping() override;
@@ -59,9 +59,9 @@ private:
 
 extern "C" {
 
-/// The members of this library for the platform's process model: a calloc'ed array of one Proxy and a null pointer.
+/// This library's members for the platform's process model: a calloc'ed array of one Proxy and a null pointer.
 __attribute__((visibility("default"))) frame::AbstractApplication** CreateBrowserDvbServiceProxy();
 
-/// The hook by which a process model that loads the library asks for its members; the same array.
+/// A process model that loads the library calls this to get its members. Returns the same array.
 __attribute__((visibility("default"))) frame::AbstractApplication** frameCreateApplicationArray();
 }

@@ -1,7 +1,9 @@
-// The two halves of the interface as virtual operations: ServiceInterface, what a browser asks of the DTV service, and
-// ClientInterface, what the DTV service tells a browser. Slot order is the catalogue's.
+// The two halves of the RPC interface as virtual operations: ServiceInterface, the commands that a browser sends to the
+// DTV service, and ClientInterface, the events that the DTV service sends to a browser.
+// The order of the operations is the order of the message catalogue.
 // Every operation takes the message's addressing and its transport details, then the message's fields.
-// Results: commands return what sending gave (0, or negative: not sent); the results of events are not looked at.
+// Results: commands return the transport's result: 0, or negative when the message was not sent. Results of events are
+// ignored.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -12,12 +14,12 @@
 
 namespace lo::browserdvbservice {
 
-/// Under this name the process publishes the ServiceInterface.
+/// The name under which the process publishes the ServiceInterface.
 constexpr const char* kInterfaceName = "tarno.lm.interfaces.browserdvbservice";
-/// Under this name browsers and DTV service meet.
+/// The service name on which browsers and the DTV service connect.
 constexpr const char* kServiceName = "browserdvbservice";
 
-/// Events, called on the transport thread without a lock held.
+/// Events, called on the transport thread. No lock is held during the call.
 class ClientInterface {
 public:
     virtual ~ClientInterface() = default;
@@ -27,7 +29,7 @@ public:
 #include "browserdvbservice_messages.inc"
 };
 
-/// Commands, from any thread, and the registry of who hears the events.
+/// Commands, from any thread, and the registry of the clients that receive events.
 class ServiceInterface {
 public:
     virtual ~ServiceInterface() = default;
@@ -36,9 +38,10 @@ public:
     virtual int operation(frame::MsgIds& ids, const frame::TransportInfo& transport FIELDS_PARAMETERS(fields)) = 0;
 #include "browserdvbservice_messages.inc"
 
-    /// Adds a client at the end. 0, or -17 when that object is registered already.
+    /// Adds a client at the end. 0, or -17 when that object is already registered.
     virtual int addClient(boost::shared_ptr<ClientInterface> client) = 0;
-    /// Removes a client. 0, or -2 when that object is not registered. It may still hear an event that is under way.
+    /// Removes a client. 0, or -2 when that object is not registered. The client may still receive an event whose
+    /// delivery has begun.
     virtual int removeClient(boost::shared_ptr<ClientInterface> client) = 0;
 };
 

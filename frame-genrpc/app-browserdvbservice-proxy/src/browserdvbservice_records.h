@@ -1,6 +1,7 @@
-// The packed records of the interface: enumerations, nested records with their conversion structures, and one record a
-// message. On a 32-bit machine a record in memory has the wire's offsets; on a 64-bit one its carriers are wider.
-// No reference to a scalar member of a record is ever taken: it may stand at an odd address.
+// The packed records of the RPC interface: enumerations, nested records with their conversion structures, and one
+// record for each message. On a 32-bit machine a record in memory has the same offsets as on the wire; on a 64-bit
+// machine its carriers are wider.
+// Never take a reference to a scalar member of a record: its address may be unaligned.
 #pragma once
 
 #include <cstddef>
@@ -23,7 +24,7 @@ using OpappTypeField = Enumerated<OpappType>;
 using OpappInstallStatusField = Enumerated<OpappInstallStatus>;
 }  // namespace wire
 
-/// What a conversion structure does in more than one step, the same for every nested record.
+/// The conversion steps that are the same for every nested record.
 struct NestedRecords {
     template <typename Structure>
     static void clear(Structure& structure) {
@@ -57,9 +58,9 @@ struct NestedRecords {
     }
 };
 
-// A nested record in memory, and its conversion structure. The structure is plain packed data and frees nothing by
-// itself: whoever filled it calls release(). Assigning again frees what it held, and filling that fails half-way frees
-// what it had filled.
+// A nested record in memory, and its conversion structure. The structure is plain packed data without a destructor:
+// after filling it, call release(). A new assignment frees the old contents. A fill that fails half-way frees what it
+// had allocated.
 #define NESTED(Record, fields)                                                                                  \
     struct Record {                                                                                             \
         FIELDS_MEMORY(fields)                                                                                   \
@@ -86,7 +87,7 @@ struct NestedRecords {
 
 }  // namespace lo::browserdvbservice
 
-// The byte-order tables, one a record, exported by the library under exactly these names.
+// The byte-order tables, one for each record. The library exports them under exactly these names.
 extern "C" {
 #define NESTED(Record, fields) \
     extern __attribute__((visibility("default"))) const ovxEndianTable __ovx_EndianTable_serializable_##Record;

@@ -1,8 +1,8 @@
-// ServiceStub: the DTV service's end of the interface, made from the same catalogue as the proxy. Turns each event call
-// into a message to the browsers, and each received command into a call of the handler.
+// ServiceStub: the DTV service's end of the RPC interface, generated from the same catalogue as the proxy. Sends each
+// event as a message to the browsers, and calls the handler for each received command.
 // Threads: events from any thread; commands on the transport thread.
 // Blocks:  never.
-// Fails:   events return the transport's result: 0, or negative when the addressed browser is not there.
+// Fails:   events return the transport's result: 0, or negative when the addressed browser is not connected.
 #pragma once
 
 #include "browserdvbservice_interfaces.h"
@@ -10,8 +10,8 @@
 
 namespace lo::browserdvbservice {
 
-/// What a DTV service does with commands. `ids` addresses the browser that asked: handed to an event, it is the answer
-/// to that browser alone. Results are not looked at.
+/// What a DTV service does with commands. `ids` addresses the browser that sent the command: pass it to an event to
+/// answer that browser alone. Results are ignored.
 class CommandHandler {
 public:
     virtual ~CommandHandler() = default;
@@ -20,12 +20,13 @@ public:
     virtual int operation(frame::MsgIds& ids, const frame::TransportInfo& transport FIELDS_PARAMETERS(fields)) = 0;
 #include "browserdvbservice_messages.inc"
 
-    /// A browser came or went. On the transport thread.
+    /// A browser connected or disconnected. Called on the transport thread.
     virtual void browserConnected(const frame::TransportInfo& peer) = 0;
     virtual void browserDisconnected(const frame::TransportInfo& peer) = 0;
 };
 
-/// An event operation sends to the browser that `ids` names, or to all with default ids; its transport is not used.
+/// An event operation sends to the browser that `ids` names, or to all browsers with default ids. It ignores the
+/// transport argument.
 class ServiceStub : public frame::AbstractMarshallingImpl, public ClientInterface {
 public:
     /// The handler must outlive the stub.

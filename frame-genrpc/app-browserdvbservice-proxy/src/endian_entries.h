@@ -1,6 +1,6 @@
-// The field lists of all byte-order tables, one a record: entries from the catalogue's fields, offsets from the packed
-// records. Each record's size is held against the summed widths of its fields, so that a gap or an overlap does not
-// compile.
+// The field lists of all byte-order tables, one for each record: entries from the catalogue's fields, offsets from the
+// packed records. A static assertion compares each record's size with the summed widths of its fields, so a gap or an
+// overlap does not compile.
 #pragma once
 
 #include "browserdvbservice_records.h"

@@ -1,5 +1,5 @@
-// Field types of the message catalogue: for each, the type of an operation's parameter, the form it has in a packed
-// record, its kind in a byte-order table, and the way between the two forms.
+// Field types of the message catalogue. Each defines the type of an operation's parameter, its form in a packed record,
+// its kind in a byte-order table, and the conversion between the two forms.
 // Ownership: store() allocates a carrier's bytes with malloc, release() frees them; load() copies and frees nothing.
 // Fails:     store() throws std::bad_alloc when there is no memory.
 #pragma once
@@ -39,7 +39,7 @@ using U64 = Scalar<unsigned long long, std::uint64_t, ovxEndianKind64>;
 template <typename Enumeration>
 using Enumerated = Scalar<Enumeration, std::int32_t, ovxEndianKind32>;
 
-/// A malloc copy of `length` bytes with `extra` bytes of zero behind them.
+/// A malloc'ed copy of `length` bytes, followed by `extra` zero bytes.
 inline void* copyToHeap(const void* bytes, std::size_t length, std::size_t extra) {
     void* const copy = std::malloc(length + extra);
     if (copy == nullptr) {
@@ -70,7 +70,7 @@ struct String {
     static void release(Stored stored) { std::free(stored.data); }
 };
 
-/// What blobs and byte vectors share: no bytes, no buffer.
+/// Common to blobs and byte vectors: a count of 0 means a null pointer.
 template <typename Carrier>
 struct CountedBytes {
     using Stored = Carrier;
@@ -97,7 +97,7 @@ struct Blob : CountedBytes<_ovxDeserBlobUint8_struct> {
     }
 };
 
-/// Handed to clients as the carrier itself, valid during the call only.
+/// Clients get the carrier itself, valid during the call only.
 struct ByteVector : CountedBytes<_ovxDeserVectorU8_struct> {
     using Parameter = const _ovxDeserVectorU8_struct&;
     using Memory = _ovxDeserVectorU8_struct;

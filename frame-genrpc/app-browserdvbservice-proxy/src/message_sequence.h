@@ -1,10 +1,10 @@
-// Walks over the field sequences of the message catalogue. FIELDS_EACH(X, fields) puts the macro X in front of each
-// field of (type, name)(type, name)… and makes nothing of an empty sequence. The other FIELDS_… macros are the walks
-// that records, tables and interfaces are made of.
+// Macros that expand the field sequences of the message catalogue. FIELDS_EACH(X, fields) puts the macro X in front of
+// each field of (type, name)(type, name)…; an empty sequence expands to nothing. The other FIELDS_… macros use it to
+// generate the parts of records, tables and interfaces.
 #pragma once
 
-// The sequence as a list, each field after a comma: two macros hand on to each other, and the one that is left at the
-// end of the sequence becomes its empty _END form.
+// Turns the sequence into a list with a comma before each field. Two macros alternate over the fields. The one that is
+// left over at the end becomes its empty _END form.
 #define FIELDS_LISTED(...) FIELDS_CLOSED(__VA_ARGS__)
 #define FIELDS_CLOSED(...) __VA_ARGS__##_END
 #define FIELDS_LIST_A(type, name) , (type, name)FIELDS_LIST_B
@@ -12,8 +12,8 @@
 #define FIELDS_LIST_A_END
 #define FIELDS_LIST_B_END
 
-// One line for each number of fields, so that a compiler's error shows few expansions between a message and its field.
-// A message of eleven fields needs FIELDS_11 here, in FIELDS_COUNTED, and one parameter more in FIELDS_CHOICE.
+// One macro for each number of fields: compiler errors then show few expansions between a message and its field.
+// For a message of eleven fields add FIELDS_11 here and in FIELDS_COUNTED, and one parameter to FIELDS_CHOICE.
 #define FIELDS_0(X)
 #define FIELDS_1(X, a) X a
 #define FIELDS_2(X, a, b) X a X b
@@ -53,7 +53,7 @@
 #define FIELDS_ARGUMENTS(fields) FIELDS_EACH(FIELD_ARGUMENT, fields)
 #define FIELD_ARGUMENT(type, name) , name
 
-/// The fields of `record`, read, each after a comma.
+/// The values loaded from the fields of `record`, each after a comma.
 #define FIELDS_LOADED(fields) FIELDS_EACH(FIELD_LOADED, fields)
 #define FIELD_LOADED(type, name) , wire::type::load(record.name)
 
@@ -75,6 +75,6 @@
 #define FIELDS_ENTRIES(fields) FIELDS_EACH(FIELD_ENTRY, fields)
 #define FIELD_ENTRY(type, name) {wire::type::kKind, offsetof(Described, name), wire::type::table()},
 
-/// Width of the fields, summed: what a packed record's size must come to.
+/// Sum of the field widths. A packed record has exactly this size.
 #define FIELDS_WIDTH(fields) (std::size_t{0} FIELDS_EACH(FIELD_WIDTH, fields))
 #define FIELD_WIDTH(type, name) +sizeof(wire::type::Stored)

@@ -1,7 +1,7 @@
-// Message descriptors, one a message, and what is done with any of them: fill and send a record, register a handler,
-// deliver a received record to the operation of its name.
+// Message descriptors, one for each message, and the steps that are the same for all of them: fill and send a record,
+// register a handler, deliver a received record to the operation of its name.
 // Threads: any; nothing is shared.
-// Fails:   transfer results are the transport's; filling throws std::bad_alloc. Buffers are freed either way.
+// Fails:   transfers return the transport's result; filling throws std::bad_alloc. Buffers are freed in every case.
 #pragma once
 
 #include "browserdvbservice_interfaces.h"
@@ -10,7 +10,7 @@
 
 namespace lo::browserdvbservice {
 
-/// Commands and events are told apart by the header's direction and by the interface identifier's last bit.
+/// The header's direction and the last bit of the interface identifier tell commands from events.
 constexpr std::uint32_t kCommandInterfaceId = 0x1CCD7773;
 constexpr std::uint32_t kEventInterfaceId = 0x1CCD7774;
 constexpr std::uint8_t kCommandDirection = 0;
@@ -18,7 +18,7 @@ constexpr std::uint8_t kEventDirection = 1;
 
 namespace messages {
 
-// deliver() names its target by the operation's spelling, so that anything with such an operation can be one.
+// deliver() calls the operation by its spelling, so any class with an operation of that name can be the target.
 #define MESSAGE(identifier, operation, Message, interfaceIdentifier, directionFlag, fields)                   \
     struct Message {                                                                                          \
         using Record = browserdvbserviceMsg##Message##_t;                                                     \
@@ -42,7 +42,7 @@ namespace messages {
 
 }  // namespace messages
 
-/// A record on its way out. It begins with nothing in it, and frees its carriers' buffers however the send ends.
+/// A record to be sent. It starts zeroed, and frees its carriers' buffers however the send ends.
 template <typename Message>
 class OutgoingRecord {
 public:
@@ -53,7 +53,7 @@ public:
     const void* bytes() const { return &record; }
 
 private:
-    // A member, so that a fill that throws half-way frees what it had allocated.
+    // A member rather than the destructor: if the fill throws half-way, this still frees what it had allocated.
     struct Releaser {
         typename Message::Record& held;
         ~Releaser() { Message::release(held); }
@@ -62,7 +62,7 @@ private:
     Releaser releaser;
 };
 
-/// Sends one message; the transport's result, unchanged.
+/// Sends one message. Returns the transport's result unchanged.
 template <typename Message, typename... Arguments>
 int sendMessage(frameLmqIOService* service, frame::MsgIds& ids, const Arguments&... arguments) {
     const OutgoingRecord<Message> outgoing(arguments...);

@@ -1,11 +1,11 @@
-// Counting who is inside of an object, and closing it.
+// Counts the threads inside an object, and closes the object before its destruction.
 #include "occupancy.h"
 
 namespace lo::browserdvbservice {
 
 namespace {
 
-/// The stays of this thread, from the latest outwards.
+/// This thread's stays as a linked list, the newest first.
 thread_local Occupancy::Stay* latest = nullptr;
 
 }  // namespace
@@ -27,7 +27,7 @@ Occupancy::Stay::~Stay() {
     }
 }
 
-/// A thread that is inside already keeps the object there, so it may always enter again.
+/// A thread that is inside already prevents the destruction, so it may always enter again.
 bool Occupancy::admits(As role, std::uint64_t seen) const {
     const std::uint64_t refusing = role == As::worker ? kGone | kClosing : kGone;
     return (seen & refusing) == 0 || isInside();
@@ -61,7 +61,7 @@ bool Occupancy::isInside() const {
     return false;
 }
 
-/// What this thread's stays as a worker count for.
+/// The part of the count that belongs to this thread's own stays as a worker.
 std::uint64_t Occupancy::ownWorkers() const {
     std::uint64_t own = 0;
     for (const Stay* stay = latest; stay != nullptr; stay = stay->outer) {

@@ -1,8 +1,9 @@
-// Occupancy: who is inside of an object that may be destroyed while threads that nobody joins still use it, as at the
-// end of the process. Threads announce themselves with a Stay; whoever wants to destroy the object closes it first.
+// Occupancy: counts the threads inside an object, so that it is not destroyed while they use it. Nobody joins these
+// threads, and at the end of the process they may still run. A thread holds a Stay while it uses the object. Call
+// close() before you destroy the object.
 //
 // Threads: any.
-// Blocks:  close() while workers are inside, up to its time. Everything else: never.
+// Blocks:  close() while workers are inside, up to its time limit. Everything else: never.
 // Locks:   mutex, a leaf, taken only to wait in close() and to wake it.
 #pragma once
 
@@ -16,12 +17,12 @@ namespace lo::browserdvbservice {
 
 class Occupancy {
 public:
-    /// Callers come with an operation of the object and may stay long, so nobody waits for them. Workers are there for
-    /// one piece of work: close() waits for those inside, and lets no further one in.
+    /// A caller executes an operation of the object and may stay long, so close() does not wait for callers. A worker
+    /// does one piece of work: close() waits for the workers inside and admits no new ones.
     enum class As { caller, worker };
 
-    /// The presence of one thread inside, for as long as it exists; false when the object is gone.
-    /// Stays of a thread end in the reverse order of their beginning.
+    /// Marks one thread as inside for the lifetime of this object. False when the thread was not admitted.
+    /// A thread ends its stays in the reverse order of their beginning.
     class Stay {
     public:
         Stay(Occupancy& newOccupancy, As newRole);
@@ -38,28 +39,29 @@ public:
         Occupancy& occupancy;
         const As role;
         bool entered;
-        Stay* const outer;  // the stay that this thread began before, in whatever object
+        Stay* const outer;  // this thread's previous stay, in any object
     };
 
     Occupancy() = default;
     Occupancy(const Occupancy&) = delete;
     Occupancy& operator=(const Occupancy&) = delete;
 
-    /// Counts a worker whose thread has yet to begin. It begins with reserved(), or is given back.
+    /// Counts a worker before its thread starts. The thread then enters with reserved(); without a thread, call
+    /// giveBack().
     void reserve() { counts.fetch_add(kWorker); }
     void giveBack() { leave(As::worker); }
     Stay reserved() { return Stay(*this, Stay::Reserved{}); }
 
-    /// Whether a thread that came now would be let in.
+    /// Whether a thread that tries to enter at this moment would be admitted.
     bool admits(As role) const { return admits(role, counts.load()); }
 
-    /// Waits until no other thread's worker is inside, but no longer than `longest`. True when nobody at all is inside
-    /// then: the object may be destroyed, and nobody enters it any more. False when somebody is, this thread included:
-    /// the object has to stay, and callers may still come.
+    /// Waits up to `longest` until no other thread's worker is inside. True when nobody at all is inside then: the
+    /// object may be destroyed, and nobody can enter again. False when a thread is inside, this one included: keep the
+    /// object. Callers may still enter.
     bool close(std::chrono::milliseconds longest);
 
 private:
-    // One word, so that "nobody is inside" and "nobody comes any more" are one step.
+    // Counts and flags share one word, so that checking for an empty object and closing it is one atomic step.
     static constexpr std::uint64_t kCaller = 1;
     static constexpr std::uint64_t kWorker = std::uint64_t{1} << 31U;
     static constexpr std::uint64_t kClosing = std::uint64_t{1} << 62U;

@@ -1,6 +1,6 @@
-// What the library's records and tables need of the platform's types, asserted while compiling: a platform that lays
-// them out in another way would take the wrong bytes from a record without a word.
-// A pointer here is as wide as the machine's: a carrier has 8 bytes on a 32-bit machine and 12 on a 64-bit one.
+// Compile-time checks of the platform's types on which the library's records and tables depend. Without them a platform
+// with another layout would silently read wrong bytes from a record.
+// Pointers have the machine's width here: a carrier takes 8 bytes on a 32-bit machine and 12 on a 64-bit machine.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 
 namespace lo::browserdvbservice::platform_layout {
 
-// The three carriers. Their members have names of their own, hence a macro.
+// The three carriers. A macro, because their members have different names.
 #define CHECK_CARRIER(Carrier, length)                                                                  \
     static_assert(std::is_same_v<decltype(Carrier::length), std::uint32_t>,                             \
                   "frame/endian_table.h: " #Carrier "::" #length " has to be a std::uint32_t");         \
@@ -30,7 +30,7 @@ static_assert(ovxEndianKind8 == 1 && ovxEndianKind16 == 2 && ovxEndianKindNested
                   ovxEndianKind64 == 8,
               "frame/endian_table.h: the kinds have to be 1, 2, 4 and 8 by width, and 3 for a nested record");
 
-// A 32-bit word, then a pointer or what is as wide; on a 64-bit machine with a gap between.
+// A 32-bit word followed by a pointer-sized member. A 64-bit machine has padding between the two.
 constexpr std::size_t kWordAndPointer = 2 * sizeof(void*);
 static_assert(sizeof(ovxEndianEntry) == kWordAndPointer && alignof(ovxEndianEntry) == alignof(void*) &&
                   std::is_standard_layout_v<ovxEndianEntry>,

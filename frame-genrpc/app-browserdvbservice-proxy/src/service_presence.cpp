@@ -1,4 +1,4 @@
-// The presences of the process, from the first to the latest.
+// The list of all presences of the process, oldest first.
 #include "service_presence.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@ namespace lo::browserdvbservice {
 
 namespace {
 
-/// A command sends and returns, so this is for a platform that is stuck in a send.
+/// A command returns right after its send, so only a platform that is stuck in a send takes this long.
 constexpr std::chrono::seconds kLongestCommand{1};
 
 class Presences {

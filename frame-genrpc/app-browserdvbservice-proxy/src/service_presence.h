@@ -1,9 +1,9 @@
-// ServicePresence: a service interface of this process and whether it is still there. The platform destroys the proxy
-// when it stops its members, while threads of the browser may be about to send. They hold a presence, which is never
-// freed, and stay inside of it for the length of a command.
+// ServicePresence: a service interface of this process, and whether it still exists. The platform destroys the proxy
+// when it stops its members, while browser threads may be about to send. Those threads use a presence, which is never
+// freed, and stay inside it during a command.
 //
 // Threads: any.
-// Blocks:  end() while commands are under way, up to a second.
+// Blocks:  end() while commands are in progress, up to a second.
 // Locks:   one over the list of presences, a leaf.
 #pragma once
 
@@ -16,11 +16,11 @@ class ServicePresence {
 public:
     explicit ServicePresence(ServiceInterface& newInterface) : interface(newInterface) {}
 
-    /// The presence of the interface at that address: the latest that began there.
+    /// The presence of the interface at that address. When addresses are reused, the latest one.
     static ServicePresence& of(ServiceInterface& interface);
-    /// An interface has been constructed.
+    /// Call when an interface has been constructed.
     static void begin(ServiceInterface& interface);
-    /// An interface is about to be destroyed: no further command is let in, and those under way are waited for.
+    /// Call before an interface is destroyed. Admits no new command and waits up to a second for those in progress.
     static void end(ServiceInterface& interface);
 
     bool isThere() const { return occupancy.admits(Occupancy::As::worker); }

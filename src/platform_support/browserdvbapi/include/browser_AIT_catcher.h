@@ -1,11 +1,12 @@
-// BrowserAITCatcher: files AIT sections by channel, hands on what is new, and replays a channel's sections on request.
-// The library itself never feeds it: whoever embeds the browser reports the channel with updateCurrentChannelInfo() and
-// hands over the sections with updateAIT(), as they arrive at a DVBServiceListener.
-// Of the browser-facing headers this one alone needs Boost (boost/shared_ptr.hpp).
-// Threads: any; replays run on a thread of their own each.
+// BrowserAITCatcher: stores AIT sections by channel, delivers new ones to the AIT client, and replays a channel's
+// sections on request.
+// The library itself never feeds it. The program that embeds the browser reports the channel with
+// updateCurrentChannelInfo() and passes the sections that its DVBServiceListener receives to updateAIT().
+// This is the only browser-facing header that needs Boost (boost/shared_ptr.hpp).
+// Threads: any; each replay runs on its own thread.
 // Blocks:  updateAIT() while another delivery's client call runs.
-// Locks:   mutex serialises deliveries and is held across the client's call; stateLock guards the stored sections and
-//          the keys and is held across no call out. Never both.
+// Locks:   mutex serialises deliveries and is held during the client's call; stateLock guards the stored sections and
+//          the keys and is not held during any call out. Never both.
 // Fails:   as each operation says; std::invalid_argument for a channel key that is not made of numbers.
 #pragma once
 
@@ -30,7 +31,7 @@ namespace velmora::dvbservice {
 
 class AITStorage;
 
-/// A channel as it was reported: a leading value, which is only stored, then the channel's triplet.
+/// A reported channel: a leading value, which is only stored, then the channel's triplet.
 struct ChannelInfo {
     std::uint16_t first;
     std::uint16_t onId;
@@ -46,19 +47,20 @@ public:
     BrowserAITCatcher& operator=(const BrowserAITCatcher&) = delete;
 
     static BrowserAITCatcher* GetInstance();
-    /// The one catcher of the process. Destroyed at process exit, unless a thread is inside of one of its operations.
-    /// Operations that a thread begins when it is destroyed do nothing: -1, 0 for a replay.
+    /// The one catcher of the process. Process exit destroys it, unless a thread is inside one of its operations.
+    /// After its destruction updateCurrentChannelInfo() and updateAIT() only return -1, and getCurrentChannelAIT() only
+    /// returns 0.
     static BrowserAITCatcher* getInstance();
 
-    /// Says which channel the AIT sections that follow belong to. 0. Nothing stored is dropped.
+    /// Sets the channel of the AIT sections that follow. Stored sections are kept. Returns 0.
     int updateCurrentChannelInfo(std::uint16_t first, std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId);
-    /// Files one whole AIT section (TS 102 809, clause 5.3.4) under the current channel and delivers it to the AIT
+    /// Stores one whole AIT section (TS 102 809, clause 5.3.4) under the current channel and delivers it to the AIT
     /// client when it is new. 0, also for a repetition; -1 for fewer than 8 bytes.
     int updateAIT(std::string section);
 
-    /// "onid:tsid:sid" in decimal: the key of a channel. Unlike the CCID it has no prefix; the two are never compared.
+    /// The key of a channel: "onid:tsid:sid" in decimal. Unlike the CCID it has no prefix; never compare the two.
     std::string convertToCCId(std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId);
-    /// Starts a replay of the channel's sections; 1.
+    /// Starts a replay of the channel's sections. Returns 1.
     int getCurrentChannelAIT(std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId);
     void thread_proc_AITData();
     static void* AITDataHandler(void* catcher);
@@ -82,7 +84,7 @@ private:
     std::string requestedCCId;                                         // guarded by stateLock
     pthread_mutex_t mutex;
     std::mutex stateLock;
-    const std::shared_ptr<lo::browserdvbservice::Occupancy> occupancy;  // replays are workers
+    const std::shared_ptr<lo::browserdvbservice::Occupancy> occupancy;  // a replay is a worker
 };
 
 }  // namespace velmora::dvbservice

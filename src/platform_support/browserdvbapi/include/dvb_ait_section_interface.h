@@ -1,5 +1,6 @@
-// DVBAITSectionInterface ("DvbAITAPI"): the AIT sections of the current channel, as the AIT catcher hands them on.
-// The binary rules at the top of idtv_unknown.h hold.
+// DVBAITSectionInterface ("DvbAITAPI"): gives the browser the AIT sections that the AIT catcher delivers for the
+// current channel.
+// The binary rules at the top of idtv_unknown.h apply.
 #pragma once
 
 #include <cstdint>
@@ -14,13 +15,14 @@ namespace velmora::dtv {
 /// onCurrentChannelAIT() runs.
 class AITSectionClient {
 public:
-    /// One whole AIT section as received; empty for a section that a replay found missing. Called under the catcher's
-    /// delivery lock, on the thread that fed the catcher or on a replay's own: no AIT may be fed from inside.
+    /// Receives one whole AIT section, or an empty one for a section number that a replay did not find. Runs under the
+    /// catcher's delivery lock, on the thread that fed the catcher or on a replay's thread: do not feed an AIT from
+    /// here.
     virtual void onCurrentChannelAIT(std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId,
                                      const std::vector<std::uint8_t>& section) = 0;
 
 protected:
-    // Not virtual: onCurrentChannelAIT is the first entry of the table, and the library never deletes a client.
+    // Not virtual, so that onCurrentChannelAIT is the first virtual-table entry. The library never deletes a client.
     ~AITSectionClient() = default;
 };
 
@@ -28,10 +30,10 @@ class DVBAITSectionInterface : public IDTVUnknown {
 public:
     /// Makes `client` the one client, replacing any earlier one. True.
     virtual bool registerClient(AITSectionClient* client) = 0;
-    /// Leaves no client registered, whichever is given. True.
+    /// Removes the registered client, whichever client is given. True.
     virtual bool unRegisterClient(AITSectionClient* client) = 0;
-    /// Registers the client and replays the stored AIT sections of a channel to it, on a thread of their own. True
-    /// unless there is no AIT catcher.
+    /// Registers the client and replays the stored AIT sections of a channel to it, on a separate thread. True unless
+    /// there is no AIT catcher.
     virtual bool getCurrentChannelAIT(AITSectionClient* client, std::uint16_t onId, std::uint16_t tsId,
                                       std::uint16_t sId) = 0;
 };

@@ -1,11 +1,11 @@
-// DvbAPIInterface ("DvbAPIInterface"): tuning, the current channel, components, and the requests whose answers come as
-// events to the registered listeners.
+// DvbAPIInterface ("DvbAPIInterface"): tuning, the current channel, components, and requests that the DTV service
+// answers with events to the registered listeners.
 // Threads: any. Only setAudioSource() waits for the DTV service; the other operations return at once.
-// Fails:   where an int is returned: 0 when the request was handed to the DTV service, negative when it was not (-1
-//          when no DTV service was ever found). Where nothing is returned, a failure is logged. Nothing is thrown but
-//          what the first use of the DTV service may throw. Arguments are not checked here; they reach the service as
-//          they are.
-// The binary rules at the top of idtv_unknown.h hold.
+// Fails:   operations that return an int: 0 when the request was handed to the DTV service, negative when it was not
+//          (-1 when no DTV service was ever found). Operations without a result log their failures. Only the exceptions
+//          of the first use of the DTV service pass through. Arguments are not checked; the service gets them
+//          unchanged.
+// The binary rules at the top of idtv_unknown.h apply.
 #pragma once
 
 #include <cstdint>
@@ -25,9 +25,9 @@ public:
     /// "ccid:" and the triplet in decimal, parts joined by ":"; -1 for an unknown part. Digits are grouped if the
     /// process's C++ locale groups them.
     virtual std::string getCurrentCCID() = 0;
-    /// The delivery system descriptor of the last tune by descriptor. Empty again after a tune by triplet, and after
-    /// the first PMT of a service other than the one last tuned by triplet: as a rule that is the PMT of the very
-    /// service that the descriptor tuned to. So keep the descriptor if you need it beyond that.
+    /// The delivery system descriptor of the last tune by descriptor. It becomes empty after a tune by triplet, and
+    /// after the first PMT of a service other than the one last tuned by triplet. That is usually the first PMT of the
+    /// service that the descriptor tuned to, so copy the descriptor if you need it longer.
     virtual std::string getCurrentDsd() = 0;
     /// Tells the TV that the broadcast-related application could not be started. 0.
     virtual int sendApplicationStartedFailed() = 0;
@@ -46,15 +46,15 @@ public:
     /// Presents, or stops presenting, the components of a type: 0 video, 1 audio, 2 subtitle.
     virtual void selectComponent(int type) = 0;
     virtual void unselectComponent(int type) = 0;
-    /// Chooses the audio source and waits until the TV has changed over; without an answer it does not return. Must not
-    /// be called from a listener. The TV's result: 0 for success.
+    /// Chooses the audio source and waits until the TV has switched; without an answer it never returns. Do not call it
+    /// from a listener. Returns the TV's result: 0 for success.
     virtual int setAudioSource(std::string source) = 0;
-    /// Registers a listener; the library shares its ownership. A listener that is registered already is not added
-    /// again.
+    /// Registers a listener; the library shares its ownership. A second registration of the same listener has no
+    /// effect.
     virtual void addListener(std::shared_ptr<DVBServiceListener> listener) = 0;
-    /// Removes a listener; it still sees an event whose fan-out is under way.
+    /// Removes a listener. It still receives an event whose delivery has begun.
     virtual void removeListener(std::shared_ptr<DVBServiceListener> listener) = 0;
-    /// Tells the TV that the browser has started, upon which it sends what it knows of the current service.
+    /// Tells the TV that the browser has started. The TV then sends what it knows of the current service.
     virtual void notifyMwhbStart() = 0;
     /// Asks for the presentation time stamp now; answered by onPtsNotify().
     virtual int sendPtsRequest(std::uint32_t) = 0;

@@ -1,10 +1,10 @@
-// IDTVUnknown: what every interface of the library begins with, and the function that hands the interfaces out.
+// IDTVUnknown: the base of every interface of the library, and the function that returns the interfaces.
 //
 // Binary rules of all browser-facing headers:
-//  1. The order of virtual operations never changes; a virtual destructor in front takes two entries of the table.
-//  2. Interfaces have no data members, no default arguments and no inline bodies but defaulted destructors.
+//  1. The order of virtual operations never changes. A virtual destructor in front takes two virtual-table entries.
+//  2. Interfaces have no data members, no default arguments and no inline bodies except defaulted destructors.
 //  3. Strings, vectors and std::shared_ptr cross the boundary: browser and library use the same C++ standard library.
-//  4. Objects of the library are never deleted by the browser, objects of the browser never by the library.
+//  4. The browser never deletes objects of the library; the library never deletes objects of the browser.
 #pragma once
 
 #include <string>
@@ -17,11 +17,11 @@ class IDTVUnknown {
 public:
     virtual ~IDTVUnknown() = default;
 
-    /// Does nothing: the interfaces live until the process ends. May be called in any number and order, on any thread.
+    /// Does nothing: the interfaces live until the process ends. Call it any number of times, on any thread.
     virtual void AddRef() = 0;
     /// Does nothing, as AddRef().
     virtual void Release() = 0;
-    /// The name under which DTVAPI_QueryInterface() hands this interface out.
+    /// The name that DTVAPI_QueryInterface() takes for this interface.
     virtual std::string name() = 0;
 };
 
@@ -29,10 +29,11 @@ public:
 
 extern "C" {
 
-/// Hands out an interface by its exact name: "DvbAPIInterface" (velmora::dtv::DvbAPIInterface), "SectionFilterAPI"
-/// (velmora::dtv::DVBSectionInterface) or "DvbAITAPI" (velmora::dtv::DVBAITSectionInterface); cast `*out` to that type
+/// Returns an interface by its exact name: "DvbAPIInterface" (velmora::dtv::DvbAPIInterface), "SectionFilterAPI"
+/// (velmora::dtv::DVBSectionInterface) or "DvbAITAPI" (velmora::dtv::DVBAITSectionInterface). Cast `*out` to that type
 /// with static_cast. The same name always gives the same pointer.
-/// 0, or -1 for any other name, with `*out` unchanged. A null `name` throws std::logic_error; `out` may not be null.
-/// Any thread. The first call of an interface's operation that needs the DTV service connects to it.
+/// Returns 0, or -1 for any other name; `*out` is then unchanged. A null `name` throws std::logic_error; `out` must not
+/// be null.
+/// May be called on any thread. The first operation that needs the DTV service connects to it.
 DTV_BROWSER_API int DTVAPI_QueryInterface(const char* name, velmora::dtv::IDTVUnknown** out);
 }

@@ -1,9 +1,9 @@
-// Singleton: one object of a class for the life of the process, made at first use and never deleted. The classes that
-// are made this way are marked visible, so that their instance_ words are; the library's list of exports keeps the rest
-// of them inside.
-// Threads: any; a full barrier stands before the address is published, so whoever reads it sees the whole object.
+// Singleton: one object of a class, created at first use and never deleted. Classes that use it have default visibility
+// so that their instance_ words are exported; the library's export list keeps their other symbols internal.
+// Threads: any. A full barrier precedes the publication of the address, so every reader sees the complete object.
 // Blocks:  while another thread constructs the object.
-// Fails:   an exception of the constructor passes on and leaves the being-created marker for good: later calls wait.
+// Fails:   passes on an exception of the constructor. The "being created" marker then stays, and later calls wait
+//          forever.
 #pragma once
 
 #include <cstdint>
@@ -39,7 +39,7 @@ public:
     static constexpr std::intptr_t kNone = 0;
     static constexpr std::intptr_t kBeingCreated = 1;
 
-    /// 0 none, 1 being created, else the object's address. Exported by the library.
+    /// 0 none, 1 being created, otherwise the object's address. Exported by the library.
     static std::intptr_t instance_;
 };
 

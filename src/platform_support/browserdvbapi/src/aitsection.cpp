@@ -1,4 +1,4 @@
-// Reading and showing AIT section records.
+// Reads AIT section records and writes them to the log.
 #include "aitsection.h"
 
 #include <new>
@@ -36,7 +36,7 @@ AITSection::AITSection(std::vector<std::uint8_t>& bytes) : data(bytes) {
 AITSection::AITSection(const std::uint8_t* bytes, int length) {
     BLOG_TRACE(__PRETTY_FUNCTION__);
     if (length < 0) {
-        throw std::bad_alloc();  // nobody has so many bytes as a negative length asks for
+        throw std::bad_alloc();  // no machine has as much memory as a negative length asks for
     }
     data.assign(bytes, bytes + length);
     parse();

@@ -1,7 +1,8 @@
-// AITSection: one received AIT section with the header values that tell a new one from a repetition. A plain value.
+// AITSection: one received AIT section and the header values that distinguish a new section from a repetition. A plain
+// value.
 // Threads: one at a time.
 // Blocks:  never.
-// Fails:   std::bad_alloc and the like only; bad bytes make an invalid record.
+// Fails:   only for lack of memory, with std::bad_alloc and the like; bad bytes make an invalid record.
 #pragma once
 
 #include <cstdint>
@@ -18,21 +19,21 @@ public:
     AITSection& operator=(const AITSection& other);
     ~AITSection();
 
-    /// Reads version_number, section_number, last_section_number and CRC_32 (TS 102 809, clause 5.3.4.6) from bytes of
-    /// at least 8; from fewer it reads nothing. Neither the bytes nor `valid` are touched.
+    /// Reads version_number, section_number, last_section_number and CRC_32 (TS 102 809, clause 5.3.4.6) from at least
+    /// 8 bytes; reads nothing from fewer. Changes neither `data` nor `valid`.
     void calculateParameters(const std::uint8_t* bytes, int length);
-    /// Replaces the bytes and reads them. From fewer than 8 bytes version, number and CRC stay those of the old
-    /// content.
+    /// Replaces the bytes and reads their header. With fewer than 8 bytes, version, number and CRC keep their old
+    /// values.
     void replaceData(std::vector<std::uint8_t> bytes);
     void replaceData(const std::uint8_t* bytes, int length);
-    /// Writes the header values to the log, on request with the bytes.
+    /// Writes the header values to the log, with the bytes on request.
     void dump(bool withData) const;
 
     std::vector<std::uint8_t> data;  ///< table_id to CRC_32, as received
     std::int32_t version = 0;
     std::int32_t sectionNumber = 0;
     std::int32_t sectionCount = 0;  ///< last_section_number + 1
-    std::uint32_t crc = 0;          ///< as it stands in the section: a fingerprint, never computed
+    std::uint32_t crc = 0;          ///< as received: a fingerprint, never computed
     bool valid = false;             ///< the values were read from the bytes
 
 private:

@@ -1,4 +1,4 @@
-// The AIT catcher: filing, delivery, and replays.
+// The AIT catcher: storage, delivery and replays.
 #include "browser_AIT_catcher.h"
 
 #include <chrono>
@@ -25,7 +25,7 @@ constexpr std::size_t kShortestSection = 8;
 constexpr std::size_t kKeyPieces = 3;
 constexpr std::chrono::seconds kLongestReplay{1};
 
-/// The pieces between the colons, empty ones included, but not an empty one behind the last colon.
+/// The pieces between the colons, empty ones included. No empty piece follows a final colon.
 std::vector<std::string> splitKey(const std::string& ccid) {
     std::vector<std::string> pieces;
     std::istringstream text(ccid);
@@ -37,7 +37,8 @@ std::vector<std::string> splitKey(const std::string& ccid) {
 
 }  // namespace
 
-/// The process's catcher with who is inside of it. Never destroyed: threads may ask when the catcher is gone.
+/// The process's catcher and the count of the threads inside it. Never destroyed: threads may check it after the
+/// catcher was destroyed.
 struct BrowserAITCatcher::One {
     const BrowserAITCatcher* catcher;
     std::shared_ptr<Occupancy> occupancy;
@@ -49,14 +50,14 @@ BrowserAITCatcher::BrowserAITCatcher() : occupancy(std::make_shared<Occupancy>()
     pthread_mutex_init(&mutex, nullptr);
 }
 
-/// Replays are not joined, but none may outlive the catcher.
+/// Nobody joins the replays, so wait here until they end.
 BrowserAITCatcher::~BrowserAITCatcher() {
     while (!occupancy->close(kLongestReplay)) {
     }
     pthread_mutex_destroy(&mutex);
 }
 
-/// At process exit. Somebody inside keeps the catcher from being destroyed, but not the process from ending.
+/// Runs at process exit. A thread inside the catcher prevents its destruction, but does not delay the exit.
 void BrowserAITCatcher::destroyUnlessOccupied(BrowserAITCatcher* catcher) {
     if (catcher->occupancy->close(kLongestReplay)) {
         delete catcher;
@@ -85,7 +86,7 @@ BrowserAITCatcher* BrowserAITCatcher::getInstance() {
 
 std::string BrowserAITCatcher::convertToCCId(std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId) {
     std::ostringstream key;
-    key.imbue(std::locale::classic());  // a key that is read back has no digit grouping
+    key.imbue(std::locale::classic());  // the key is parsed again later, so it must have no digit grouping
     key << onId << ":" << tsId << ":" << sId;
     return key.str();
 }
@@ -99,7 +100,7 @@ int BrowserAITCatcher::updateCurrentChannelInfo(std::uint16_t first, std::uint16
     BLOG_TAGGED(blog::kOrdinary, "Broadcast Channel switch In.\n");
     const boost::shared_ptr<ChannelInfo> reported(new ChannelInfo{first, onId, tsId, sId});
     const std::lock_guard<std::mutex> lock(stateLock);
-    // Compared by identity, on purpose: every report counts as another channel, the same one again included.
+    // Compared by identity, on purpose: every report counts as a channel change, even for the same channel.
     if (reported != currentChannel) {
         BLOG_TAGGED(blog::kOrdinary, "Change to Different Channel.\n");
         currentChannel = reported;
@@ -110,7 +111,7 @@ int BrowserAITCatcher::updateCurrentChannelInfo(std::uint16_t first, std::uint16
     return 0;
 }
 
-/// Files a section; whether it is to be delivered. The first section of a channel always is, stored or not.
+/// Stores a section. True when it has to be delivered: always for the first section of a channel, stored or not.
 bool BrowserAITCatcher::store(const std::string& ccid, const std::vector<std::uint8_t>& section) {
     const auto found = aitStorages.find(ccid);
     if (found == aitStorages.end()) {
@@ -188,7 +189,7 @@ bool BrowserAITCatcher::createWorker(const pthread_attr_t* attributes) {
     return false;
 }
 
-/// The channel is read when the worker runs: of two quick requests both may replay the later channel.
+/// Reads the requested channel when the worker runs: two quick requests may both replay the later channel.
 void* BrowserAITCatcher::AITDataHandler(void* catcher) {
     auto* const self = static_cast<BrowserAITCatcher*>(catcher);
     const std::shared_ptr<Occupancy> occupancy = self->occupancy;
@@ -218,7 +219,7 @@ int BrowserAITCatcher::getAITDataAsyc(std::string ccid) {
         return 1;
     }
     BLOG_TAGGED(blog::kOrdinary, "This channel has %d sections.\n", count);
-    // Slots go out as they are: an empty one as an empty vector, and the last one again for each number above 11.
+    // Deliver every slot: an empty one as an empty vector, and the last one again for each number above 11.
     for (int index = 0; index < count; ++index) {
         std::vector<std::uint8_t> bytes;
         {

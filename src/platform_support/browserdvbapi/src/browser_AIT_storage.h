@@ -1,7 +1,7 @@
-// AITStorage: the AIT sections of one channel by section number; tells new content from repetitions.
-// Threads: one at a time; the catcher sees to it.
+// AITStorage: the AIT sections of one channel by section number. Distinguishes new sections from repetitions.
+// Threads: one at a time; the catcher ensures it.
 // Blocks:  never.
-// Fails:   a refusal is false, with a line.
+// Fails:   a refused section gives false and a line.
 #pragma once
 
 #include <array>
@@ -16,19 +16,20 @@ class AITStorage {
 public:
     static constexpr int kSlots = 12;
 
-    /// Begins with the channel's first section, whether or not it can be stored.
+    /// Starts with the channel's first section, even if that cannot be stored.
     explicit AITStorage(const std::vector<std::uint8_t>& firstSection);
 
     /// True when the section was stored; false for a repetition (the same CRC_32 in its slot) or a number above 11.
     bool saveAITSection(const std::vector<std::uint8_t>& section);
-    /// The slot of that number; the last one, with a line, for a number above 11. A negative number is not caught.
+    /// The slot of that number; for a number above 11 the last slot, with a line. Negative numbers are not checked.
     const AITSection& getAITSection(int index) const;
-    /// Sections of the table, as the last change of version said. A channel that begins with version 0 has 0 until
-    /// another version comes: 0 is also what the storage starts from, so it sees no change.
+    /// Number of sections in the table, taken from the section that last changed the version. For a channel that begins
+    /// with version 0 it stays 0 until another version arrives: the storage itself starts at version 0 and sees no
+    /// change.
     int getAITSectionCount() const { return sectionCount; }
 
 private:
-    std::array<AITSection, kSlots> slots;  // sections of an old version stay until their number comes again
+    std::array<AITSection, kSlots> slots;  // a section of an old version stays until its number arrives again
     std::int32_t sectionCount = 0;
     std::int32_t version = 0;
 };

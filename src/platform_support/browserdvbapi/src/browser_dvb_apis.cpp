@@ -1,4 +1,4 @@
-// The DVB API's commands and queries: each forwards to the service object and adds nothing but the lines written here.
+// The DVB API's commands and queries: each forwards to the service object and only adds the lines written here.
 #include "browser_dvb_apis.h"
 
 #include "browser_dvb_service.h"
@@ -48,7 +48,7 @@ std::string BrowserDvbAPI::getCurrentDsd() {
     return BrowserDVBService::visit([&](auto& service) { return service.getCurrentDsd(); });
 }
 
-// The status counts failures: 1 says that the application failed to start, 0 that it started.
+// The status counts failures: 1 means that the application failed to start, 0 that it started.
 int BrowserDvbAPI::sendApplicationStartedFailed() {
     return BrowserDVBService::visit([&](auto& service) {
         return service.sendApplicationStartStatus(lo::browserdvbservice::ApplicationStartFailed);

@@ -1,9 +1,9 @@
-// BrowserDvbAPI: the object behind "DvbAPIInterface". Forwards commands and queries to the service object, and fans
-// events out to the browser's listeners.
+// BrowserDvbAPI: implements "DvbAPIInterface". Forwards commands and queries to the service object, and passes each
+// event to all of the browser's listeners.
 // Threads: commands and the listener registry from any; the on… entry points on the transport thread.
-// Blocks:  setAudioSource() until the DTV service has answered; else never.
-// Locks:   listenersMutex guards listeners; no listener is called while it is held.
-// Fails:   results of the service object, untouched; an exception of a listener ends that fan-out.
+// Blocks:  setAudioSource() until the DTV service has answered. Everything else: never.
+// Locks:   listenersMutex guards listeners; it is not held while a listener is called.
+// Fails:   returns the service object's results unchanged; an exception of a listener ends the delivery of that event.
 #pragma once
 
 #include <atomic>
@@ -55,7 +55,7 @@ public:
 
     // Event entry points, called by the service object; each calls the listener operation of its name.
     void OnChannelChanged(bool started, std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid);
-    /// The leading value is ignored on purpose: listeners fetch the channel with the next section.
+    /// The leading value is ignored on purpose: listeners get the channel with the next section.
     void onAITChannelInfoChanged(std::int16_t first, std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId);
     void onSelectedComponentChanged(std::uint32_t selectedIndex, std::uint32_t type, std::uint16_t pid,
                                     std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid);
@@ -92,8 +92,8 @@ private:
     Listeners listeners;                    // in order of registration, no pointer twice
     boost::recursive_mutex listenersMutex;  // guards listeners
 
-    // The channel of the AIT sections that follow. Written and read by event entry points without a lock; each value
-    // is read by itself, so a listener may see parts of two triplets.
+    // The channel of the AIT sections that follow. Event entry points write and read it without a lock, one value at a
+    // time, so a listener may see parts of two triplets.
     std::atomic<std::int32_t> aitOnId{0};
     std::atomic<std::int32_t> aitTsId{0};
     std::atomic<std::int32_t> aitSId{0};

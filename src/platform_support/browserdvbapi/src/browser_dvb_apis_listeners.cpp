@@ -1,4 +1,4 @@
-// The DVB API's listeners: their registry, and the fan-out of each event over a copy of it.
+// The DVB API's listeners: their registry, and the delivery of each event to a copy of it.
 #include <algorithm>
 
 #include "browser_dvb_apis.h"
@@ -36,7 +36,7 @@ BrowserDvbAPI::Listeners BrowserDvbAPI::listenersNow() {
     return listeners;
 }
 
-/// A null listener is registered like any other, and passed over here.
+/// A null listener can be registered; it is skipped here.
 template <typename Call>
 void BrowserDvbAPI::forEachListener(Call call) {
     for (const std::shared_ptr<dtv::DVBServiceListener>& listener : listenersNow()) {

@@ -1,4 +1,4 @@
-// The service object's life: made once, connected to the DTV service, and destroyed when the process ends.
+// Creates the service object once, connects it to the DTV service, and destroys it when the process ends.
 #include "browser_dvb_service.h"
 
 #include <unistd.h>
@@ -13,8 +13,8 @@ namespace {
 constexpr const char* kBlogTag = kTagService;
 constexpr std::chrono::seconds kLongestDelivery{1};
 
-// The pointer again, for those who come without the lock. It is there before the object is connected, so that whoever
-// is called by the proxy meanwhile need not wait.
+// The instance for readers without the lock. It is set before start(), so that code which the proxy calls meanwhile
+// does not wait for the lock.
 std::atomic<BrowserDVBService*> published{nullptr};
 
 }  // namespace
@@ -24,7 +24,7 @@ const std::shared_ptr<Occupancy>& BrowserDVBService::occupancyOfInstance() {
     return *kept;
 }
 
-/// At process exit. Somebody inside keeps the object from being destroyed, but not the process from ending.
+/// Runs at process exit. A thread inside the object prevents its destruction, but does not delay the exit.
 void BrowserDVBService::destroyUnlessOccupied(BrowserDVBService* service) {
     if (service->occupancy->close(kLongestDelivery)) {
         delete service;

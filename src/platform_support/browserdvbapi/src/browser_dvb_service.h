@@ -1,14 +1,15 @@
-// BrowserDVBService: the one object of the browser's process that talks to the DTV service. Sends every command,
-// receives every event, and keeps the current channel, the section filters and the section-data channel.
+// BrowserDVBService: the one object of the browser's process that communicates with the DTV service. Sends every
+// command, receives every event, and keeps the current channel, the section filters and the section-data channel.
 // Threads: commands and queries from any; the on… handlers on the transport thread; sections on the delivery thread.
-// Blocks:  startSection(), stopSection() up to about ten seconds; setAudioSourceSync() until it is answered; the first
-//          getInstance() while the object is made. Everything else: never.
-// Locks:   registryLock, handshakeLock, audioSourceLock, each over the members named beside it; no two together, none
-//          across a call of a listener or client. audioSourceLock alone is held across a send.
-// Fails:   as each operation says. Creation throws boost::thread_resource_error or std::system_error for lack of a
-//          mutex.
+// Blocks:  startSection(), stopSection() up to about ten seconds; setAudioSourceSync() until the service answers; the
+//          first getInstance() while the object is created. Everything else: never.
+// Locks:   registryLock, handshakeLock, audioSourceLock; the members that each guards are marked. No two are held
+//          together, and none during a call of a listener or client. Only audioSourceLock is held during a send.
+// Fails:   as each operation says. Creation throws boost::thread_resource_error or std::system_error when a mutex
+//          cannot be created.
 //
-// The unit is split by role: lifecycle (this name), _commands, _events, _channel, _filters, _sections.
+// The implementation is split by role: lifecycle (this name), _commands, _events, _channel, _filters, _handshake,
+// _sections.
 #pragma once
 
 #include <atomic>
@@ -36,11 +37,12 @@ using lo::browserdvbservice::Occupancy;
 
 class BrowserDVBService : public lo::browserdvbservice::Adapter {
 public:
-    /// The one object, made, connected and asked for the current channel on the first call. Never null.
+    /// The one object. The first call creates it, connects it and requests the current channel. Never null.
     static BrowserDVBService* getInstance();
 
-    /// Calls `operation` with the one object, which is not destroyed before it is over; its result. A thread that goes
-    /// on while its process exits may find that the object is gone: the result is -1 then, or an empty one.
+    /// Calls `operation` with the one object, which is not destroyed during the call, and returns its result. A thread
+    /// that still runs during process exit may come after the object's destruction: the result is then -1, or an empty
+    /// value.
     template <typename Operation>
     static auto visit(Operation operation) {
         using Result = decltype(operation(std::declval<BrowserDVBService&>()));
@@ -60,23 +62,23 @@ public:
     BrowserDVBService(const BrowserDVBService&) = delete;
     BrowserDVBService& operator=(const BrowserDVBService&) = delete;
 
-    /// Asked by the delivery thread on every pass. True always: the place where a stop condition would go.
+    /// The delivery thread calls this on every pass. Always true: a stop condition would go here.
     bool keepRunning();
     /// Tells the DTV service the names of the browser's IPC channels.
     void updateIPCChannelNames();
 
-    // Commands. Those that return an int return the send's result: 0, or negative when nothing was sent.
+    // Commands. An int result is the send's result: 0, or negative when nothing was sent.
     void tuneToService(int idType, int onid, int tsid, int sid, int flags);
     void tuneToService(const std::string& dsd, int sid, int flags);
     void tuneToComponent(int first, int second, int third);
     void selectComponent(int type);
     void unselectComponent(int type);
     void setAudioSource(unsigned int session, std::string source);
-    /// Sends the request and waits for the next report of an audio-source change; the result reported.
+    /// Sends the request, waits for the next report of an audio-source change, and returns the reported result.
     int setAudioSourceSync(const std::string& source);
     void triggerAitRestart();
     void notifyMwhbStart();
-    /// 0 always.
+    /// Returns 0 always.
     int sendApplicationStartStatus(lo::browserdvbservice::ApplicationStartStatus status);
     void TriggerServiceInfoAcquire();
     void vbStartDtvInfoRequest();
@@ -99,7 +101,7 @@ public:
     int sendOpAppInstallStatus(int type, int status);
 
     // Current channel.
-    /// Reads "onid:tsid:sid"; what cannot be read is unknown (-1) afterwards.
+    /// Reads "onid:tsid:sid"; parts that cannot be read become unknown (-1).
     void updateCurrentChannelInfo(const std::string& info);
     int getCurrentChannelInfo(int& currentOnid, int& currentTsid, int& currentSid);
     std::string getCurrentCCID();
@@ -108,7 +110,7 @@ public:
     // Filter records and the registry of their clients.
     int saveFilter(boost::shared_ptr<FilterParameter> filter);
     void removeFilter(boost::shared_ptr<FilterParameter> filter);
-    /// The first saved record of that name, or an empty pointer.
+    /// The first saved record with that name, or an empty pointer.
     boost::shared_ptr<FilterParameter> findFilterParameterBySessionName(const std::string& sessionName);
     bool registerClient(dtv::SectionFilterClient* client);
     bool isRegistered(dtv::SectionFilterClient* client);
@@ -117,7 +119,7 @@ public:
     std::string generateSessionName();
 
     // Filter requests.
-    /// 0 opened; 1 refused or not confirmed in time: record and client then stay until stopSection().
+    /// 0 opened; 1 refused or not confirmed in time: the record and the client then stay until stopSection().
     int startSection(dtv::SectionFilterClient* client, const std::string& sessionName, unsigned int pid,
                      const unsigned char* mask, const unsigned char* maskBits, int length);
     /// 0 closed; 1 refused or not confirmed in time; -1 unknown session.
@@ -128,12 +130,12 @@ public:
     bool waitForStopSectionResult(const std::string& sessionName);
 
     // Section-data channel.
-    /// Makes queue and delivery thread if they are not there yet; true when the queue is.
+    /// Creates the queue and the delivery thread unless they exist. True when the queue exists.
     bool createIPCChannelForSectionData();
     /// The delivery thread; `service` is the BrowserDVBService.
     static void* thread_proc_section_data(void* service);
 
-    // Events that mean something here; the others end in the adapter. All return 0.
+    // Events that the service object handles; the adapter ignores the others. All return 0.
     int onAitChannelInfoUpdated(frame::MsgIds&, const frame::TransportInfo&, short first, unsigned short aitOnid,
                                 unsigned short aitTsid, unsigned short aitSid) override;
     int onAitParsingStateChanged(frame::MsgIds&, const frame::TransportInfo&, unsigned short state) override;
@@ -186,7 +188,7 @@ public:
 private:
     friend struct BrowserDVBServiceTestAccess;
 
-    /// One confirmation that waits to be collected.
+    /// One confirmation that no wait has taken yet.
     struct _FilterResult {
         int type;  // kOpenConfirmation or kCloseConfirmation
         std::string sessionName;
@@ -197,7 +199,8 @@ private:
     static constexpr int kCloseConfirmation = 2;
     static constexpr unsigned int kNoPid = 0xFFFF;
 
-    /// Who is inside of the one object. Threads may ask when that is gone, so this is never destroyed.
+    /// Counts the threads inside the one object. Threads may check it after the object was destroyed, so it is never
+    /// destroyed.
     static const std::shared_ptr<Occupancy>& occupancyOfInstance();
     static void destroyUnlessOccupied(BrowserDVBService* service);
     template <typename Send>
@@ -217,8 +220,8 @@ private:
     boost::mutex registryLock;
     std::atomic<msgqueue::IPCMessageQueue*> sectionDataQueue{nullptr};  // set once, never deleted
 
-    // The current channel: written on the transport thread, read on browser threads, each value by itself, so that a
-    // reader may see parts of two channels.
+    // The current channel. The transport thread writes it and browser threads read it, one value at a time, so a reader
+    // may see parts of two channels.
     std::atomic<int> onid{-1};
     std::atomic<int> tsid{-1};
     std::atomic<int> sid{-1};
@@ -226,7 +229,7 @@ private:
     SnapshotText dsd;                   // descriptor of the last successful tune by descriptor
 
     SnapshotText sectionDataChannelName;
-    SnapshotText secondChannelName;  // sent, and never set by this library
+    SnapshotText secondChannelName;  // sent to the DTV service; this library never sets it
     std::string sessionName;         // set by the constructor
     [[maybe_unused]] int filterMachinery = 0;
 
@@ -234,13 +237,13 @@ private:
     std::condition_variable handshakeCondition;
     std::deque<_FilterResult> filterResults;  // guarded by handshakeLock
 
-    int audioSourceResult = 0;                    // guarded by audioSourceLock, as the next two
+    int audioSourceResult = 0;                    // guarded by audioSourceLock, like the next two
     unsigned int audioSourceSession = 0;          // counts the requests
-    unsigned int audioSourceFinishedSession = 0;  // of the last report
+    unsigned int audioSourceFinishedSession = 0;  // session of the last report
     std::condition_variable audioSourceCondition;
     std::mutex audioSourceLock;
 
-    const std::shared_ptr<Occupancy> occupancy;  // nobody joins the threads that are inside when the process ends
+    const std::shared_ptr<Occupancy> occupancy;  // nobody joins the threads that are inside at process exit
 };
 
 }  // namespace velmora::dvbservice

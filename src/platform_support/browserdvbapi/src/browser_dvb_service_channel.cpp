@@ -1,4 +1,4 @@
-// The current channel: read from the DTV service's reports, told to the listeners, and read back by the browser.
+// The current channel: parses the DTV service's reports, informs the listeners, and answers the browser's queries.
 #include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/split.hpp>
 #include <boost/lexical_cast.hpp>
@@ -51,7 +51,7 @@ int BrowserDVBService::getCurrentChannelInfo(int& currentOnid, int& currentTsid,
     return 0;
 }
 
-/// Where the process's locale groups digits, so does this text, on purpose: it reads as the process writes its numbers.
+/// Uses the process's global locale on purpose: if that groups digits, so does this text.
 std::string BrowserDVBService::getCurrentCCID() {
     std::string ccid = "ccid:";
     ccid += boost::lexical_cast<std::string>(onid.load(std::memory_order_relaxed));

@@ -1,5 +1,5 @@
-// Commands to the DTV service: each operation turns its arguments into those of one command, sends it and writes its
-// line. A line that shows no result is written before the send.
+// Commands to the DTV service: each operation converts its arguments, sends one command and writes its line. A line
+// that shows no result is written before the send.
 #include "browser_dvb_service.h"
 #include "browser_log.h"
 #include "trace_scope.h"
@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* kBlogTag = kTagService;
 
-/// OIPF's channel idType for a channel that is named by a delivery system descriptor (OIPF DAE, clause 7.13.11).
+/// OIPF's channel idType for a channel given by a delivery system descriptor (OIPF DAE, clause 7.13.11).
 constexpr unsigned int kIdTypeSiDirect = 13;
 
 OpappType toOpappType(int type) {
@@ -47,7 +47,7 @@ int BrowserDVBService::sendUnguarded(Send send) {
     return send(*command.get(), ids, transport);
 }
 
-/// For the operations that test the service interface and log a failed send. `send` returns the command's result.
+/// For operations that check the service interface and log a failed send. `send` returns the command's result.
 template <typename Send>
 void BrowserDVBService::sendGuarded(const char* function, Send send) {
     frame::MsgIds ids;
@@ -95,7 +95,7 @@ void BrowserDVBService::tuneToService(const std::string& toDsd, int toSid, int f
         channel.sid = static_cast<unsigned int>(toSid);
         channel.flags = static_cast<unsigned int>(flags);
         const int result = service.cmdTuneToService(ids, transport, channel);
-        // The last tuned service_id stays as it is: it belongs to tunes by triplet alone.
+        // The last tuned service_id stays unchanged: only tunes by triplet set it.
         if (result == 0) {
             dsd.set(toDsd);
         }
@@ -142,8 +142,8 @@ int BrowserDVBService::setAudioSourceSync(const std::string& source) {
     ++audioSourceSession;
     BLOG_TAGGED(blog::kOrdinary, "set audio source, session %d\n", static_cast<int>(audioSourceSession));
     setAudioSource(audioSourceSession, source);
-    // One wait, ended by whichever report comes first, also after a send that failed. A request that overlapped has
-    // moved the session on by then, so an answer to the first counts as a failure of both.
+    // A single wait: the first report ends it, even after a failed send. An overlapping request has already incremented
+    // the session, so an answer to the earlier request makes both fail.
     audioSourceCondition.wait(lock);
     if (audioSourceFinishedSession != audioSourceSession || audioSourceResult != 0) {
         BLOG_TAGGED(blog::kFailure, "set audio source failed, session %d, result %d\n",
@@ -260,7 +260,7 @@ int BrowserDVBService::stopOSDDetection(unsigned int layer) {
     const int result = sendUnguarded([layer](auto& service, auto& ids, auto& transport) {
         return service.cmdStopOSDDetection(ids, transport, layer);
     });
-    // The words of the start request, on purpose: log readers know the pair by them.
+    // Uses the words of the start request on purpose: log readers rely on them.
     BLOG_TAGGED(blog::kOrdinary, "start OSD Detection res: %d\n", result);
     return result;
 }

@@ -1,5 +1,5 @@
-// Events of the DTV service that are handed on to the DVB API's listeners, and the audio-source report. The channel's
-// events stand with the channel, the filters' with the filters.
+// Events that go on to the DVB API's listeners, and the audio-source report. Channel events are in _channel, filter
+// events in _handshake and _sections.
 #include "browser_dvb_apis.h"
 #include "browser_dvb_service.h"
 #include "browser_log.h"
@@ -50,7 +50,7 @@ int BrowserDVBService::onPmtDataChange(frame::MsgIds&, const frame::TransportInf
     BLOG_PLAIN(blog::kOrdinary, "onid:%d, tsid:%d, sid:%d, update:%d,section len %d.\n", pmtOnid, pmtTsid, pmtSid,
                update, lengthOf(section));
     BrowserDvbAPI::getInstance()->onPMTSectionUpdated(pmtOnid, pmtTsid, pmtSid, update, section);
-    // The descriptor of a tune is kept only while the PMTs that arrive are those of the service last tuned by triplet.
+    // A PMT of any service other than the one last tuned by triplet clears the stored descriptor.
     const int last = pmtServiceId.load(std::memory_order_relaxed);
     if (pmtSid != last) {
         BLOG_PLAIN(blog::kOrdinary, "pmt sid change last = %d, new=%d \n", last, pmtSid);
@@ -110,7 +110,7 @@ int BrowserDVBService::onPtsNotify(frame::MsgIds&, const frame::TransportInfo&, 
     return 0;
 }
 
-// Nobody need be waiting: a late answer just replaces the two values.
+// A late answer finds nobody waiting and only replaces the two values.
 int BrowserDVBService::onSetAudioSourceFinished(frame::MsgIds&, const frame::TransportInfo&, unsigned int session,
                                                 int result) {
     BLOG_TAGGED(blog::kOrdinary, "set audio source finished:%d,%d.\n", static_cast<int>(session), result);

@@ -1,4 +1,4 @@
-// Opening and closing filters: the request to the DTV service, its confirmation, and the wait that joins the two.
+// Opens and closes filters: sends the request to the DTV service and waits for its confirmation.
 #include <chrono>
 #include <ctime>
 
@@ -43,7 +43,7 @@ int BrowserDVBService::startSection(dtv::SectionFilterClient* client, const std:
     frame::MsgIds ids;
     const frame::TransportInfo transport;
     Command(*this)->cmdFilterOpen(ids, transport, session, filter->pid(), matchMask);
-    // After a failure record and client stay: only stopSection() takes them away.
+    // After a failure the record and the client stay: only stopSection() removes them.
     if (!waitForStartSectionResult(pid, session)) {
         return 1;
     }
@@ -51,11 +51,12 @@ int BrowserDVBService::startSection(dtv::SectionFilterClient* client, const std:
     return 0;
 }
 
-/// Takes the record out of the table, so that sections on their way to it are dropped, then offers the client.
+/// Removes the record first, so that sections on their way to it are dropped. Then unregisters the client if it owns no
+/// other filter.
 void BrowserDVBService::releaseFilter(const char* function, dtv::SectionFilterClient* client,
                                       const boost::shared_ptr<FilterParameter>& filter) {
     removeFilter(filter);
-    // Written when the client was removed, the reverse of what the words say: log readers go by the pairing.
+    // Written when the client was removed, the opposite of its text, on purpose: log readers rely on this line.
     if (unRegisterClient(client)) {
         BLOG_TAGGED_AS(blog::kOrdinary, function, "client is still inuse %p\n", static_cast<void*>(client));
     }
@@ -170,8 +171,8 @@ int BrowserDVBService::onFilterClosed(frame::MsgIds&, const frame::TransportInfo
     return 0;
 }
 
-/// Waits for the first confirmation that `matches` and takes it out of the queue; whether it says success. A
-/// confirmation that comes after its waiter gave up stays in the queue for good.
+/// Waits for the first confirmation that `matches` and removes it from the queue. True when it reports success. A
+/// confirmation that arrives after its wait gave up stays in the queue forever.
 template <typename Matches>
 bool BrowserDVBService::waitForResult(const char* function, const std::string& session, Matches matches) {
     double (*const clock)() = handshakeClock.load();
@@ -185,7 +186,7 @@ bool BrowserDVBService::waitForResult(const char* function, const std::string& s
                 return result == 0;
             }
         }
-        // With an unreadable clock both readings are equal, and the wait never gives up.
+        // If the clock cannot be read, both readings are equal and the wait never gives up.
         if (clock() - begin > kLongestWaitSeconds) {
             break;
         }

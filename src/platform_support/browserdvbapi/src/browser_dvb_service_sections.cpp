@@ -1,5 +1,5 @@
-// The section-data channel: the IPC queue that the DTV service writes sections to, and the delivery thread that reads
-// it and hands each section to the client of its filter.
+// The section-data channel: the DTV service writes sections to an IPC queue; the delivery thread reads them and passes
+// each to the client of its filter.
 #include <pthread.h>
 #include <unistd.h>
 
@@ -26,12 +26,13 @@ constexpr std::size_t kQueueMessageSize = 4500;
 constexpr std::size_t kQueueMessages = 128;
 constexpr useconds_t kPauseAfterReceiveError = 100000;
 
-// The start of the delivery thread: its creator waits once on the condition, under the lock, and counts any wake-up.
-// Racing creators are serialised by the lock too.
+// For the start of the delivery thread. Its creator waits once on the condition, and any wake-up counts. The lock also
+// serialises threads that try to create it at the same time.
 pthread_mutex_t startLock = PTHREAD_MUTEX_INITIALIZER;
 pthread_cond_t startCondition = PTHREAD_COND_INITIALIZER;
 
-/// The thread's message with the thread's buffer. The message must never free the buffer, so it is taken back first.
+/// The thread's message and buffer. The message must not free the buffer, so the destructor takes the buffer back
+/// first.
 class SectionReceiver {
 public:
     SectionReceiver()
@@ -55,7 +56,7 @@ public:
     std::unique_ptr<std::uint8_t[]> buffer;
 };
 
-/// Nothing destroys a queue: the one whose object is gone stays where the process reaches it.
+/// Queues are never destroyed. When the service object is gone, this keeps its queue reachable, so it is not a leak.
 std::atomic<IPCMessageQueue*> orphanedQueue{nullptr};
 
 }  // namespace
@@ -108,10 +109,10 @@ void* BrowserDVBService::thread_proc_section_data(void* arg) {
             pthread_cond_signal(&startCondition);
             return nullptr;
         }
-        // Once the creator goes on, the process may end and the object with it.
+        // Copied here: after the signal the process may end and destroy the object.
         occupancy = service->occupancy;
         queue = service->sectionDataQueue.load(std::memory_order_acquire);
-        // The DTV service knows the queue before the creator goes on to open a filter.
+        // The DTV service must know the queue's name before the creator continues and opens a filter.
         service->updateIPCChannelNames();
         pthread_cond_signal(&startCondition);
     }
@@ -120,8 +121,8 @@ void* BrowserDVBService::thread_proc_section_data(void* arg) {
     return nullptr;
 }
 
-/// The thread's loop. A receive error ends it for good: the queue's handle stays set, so no other thread is made. So
-/// does the end of the object, of which nothing is touched outside of a stay.
+/// The delivery thread's loop. A receive error ends it for good: the queue's handle stays set, so no new thread is
+/// created. The loop also ends when the object is gone; a stay protects every access to the object.
 void BrowserDVBService::deliverSections(BrowserDVBService* service, Occupancy& occupancy, IPCMessageQueue& queue,
                                         SectionDataIPCMessage& message) {
     while (true) {
@@ -143,9 +144,9 @@ void BrowserDVBService::deliverSections(BrowserDVBService* service, Occupancy& o
     }
 }
 
-/// A section of a filter that is closed by now, or was never opened here, is dropped without a word.
+/// Silently drops sections of filters that are closed or unknown.
 void BrowserDVBService::deliverSection(const SectionDataIPCMessage& message) {
-    // A length above the buffer's says that bytes are missing, or not the section's: a client would read beyond it.
+    // A length above the buffer size means that data is missing or wrong: a client would read beyond the buffer.
     if (message.dataLength > SectionDataIPCMessage::kBufferSize) {
         BLOG_TAGGED_AS(blog::kFailure, "thread_proc_section_data",
                        "Section of %u bytes does not fit the buffer of %u: %s\n", message.dataLength,

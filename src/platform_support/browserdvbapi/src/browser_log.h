@@ -12,7 +12,7 @@ constexpr const char* kTagService = "SectionFilterService";
 
 }  // namespace velmora::dvbservice
 
-/// "[TRACE] file:line:function", for operations that only note that they were entered. `function` is __func__, or
-/// __PRETTY_FUNCTION__ where overloads are to be told apart.
+/// "[TRACE] file:line:function", for operations that only log their entry. `function` is __func__, or
+/// __PRETTY_FUNCTION__ to tell overloads apart.
 #define BLOG_TRACE(function) \
     BLOG_WRITE(blog::kTrace, "[TRACE] %s:%d:%s\n", blog_base_name(__FILE__), __LINE__, function)

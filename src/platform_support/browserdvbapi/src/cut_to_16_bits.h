@@ -1,4 +1,4 @@
-// cutTo16Bits(): an identifier as listeners and clients take it.
+// cutTo16Bits(): converts an identifier to the 16 bits that listeners and clients take.
 #pragma once
 
 #include <cstdint>

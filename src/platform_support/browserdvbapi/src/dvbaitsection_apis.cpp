@@ -34,7 +34,7 @@ bool DvbAITSectionAPI::registerClient(dtv::AITSectionClient* client) {
     return true;
 }
 
-// Whichever client is named, the registered one goes.
+// Removes the registered client, whichever client is given.
 bool DvbAITSectionAPI::unRegisterClient(dtv::AITSectionClient*) {
     registered.store(nullptr);
     return true;

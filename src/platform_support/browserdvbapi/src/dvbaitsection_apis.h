@@ -1,4 +1,4 @@
-// DvbAITSectionAPI: the object behind "DvbAITAPI". Holds the one AIT client and delivers sections to it.
+// DvbAITSectionAPI: implements "DvbAITAPI". Holds the one AIT client and delivers sections to it.
 // Threads: any.
 // Blocks:  never.
 // Locks:   none; the client's pointer is atomic.
@@ -23,14 +23,14 @@ public:
     bool getCurrentChannelAIT(dtv::AITSectionClient* client, std::uint16_t onId, std::uint16_t tsId,
                               std::uint16_t sId) override;
 
-    /// Whether there is a client at all; the argument is not compared.
+    /// Whether any client is registered; the argument is ignored.
     bool isRegistered(dtv::AITSectionClient* client);
-    /// Called by the catcher, under its delivery lock.
+    /// The catcher calls this under its delivery lock.
     void notifyCurrentChannelAIT(std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId,
                                  const std::vector<std::uint8_t>& section);
 
 private:
-    std::atomic<dtv::AITSectionClient*> registered{nullptr};  // the browser's
+    std::atomic<dtv::AITSectionClient*> registered{nullptr};  // owned by the browser
 };
 
 }  // namespace velmora::dvbservice

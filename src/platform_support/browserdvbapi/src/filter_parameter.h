@@ -1,7 +1,7 @@
 // FilterParameter: one section filter or PMT request, from its opening to its closing.
-// Threads: built on a browser thread; its state is set on the transport thread; the rest never changes.
+// Threads: created on a browser thread; the transport thread sets its state; everything else never changes.
 // Blocks:  never.
-// Fails:   the constructor for lack of memory only.
+// Fails:   only the constructor, for lack of memory.
 #pragma once
 
 #include <atomic>
@@ -17,7 +17,8 @@ namespace velmora::dvbservice {
 
 class FilterParameter : public boost::enable_shared_from_this<FilterParameter> {
 public:
-    /// Copies `length` bytes of both patterns; with 0 or less the patterns are empty and may be null.
+    /// Copies `length` bytes of both patterns. With a length of 0 or less the patterns are empty, and both pointers may
+    /// be null.
     FilterParameter(dtv::SectionFilterClient* client, const std::string& sessionName, unsigned int pid,
                     const unsigned char* mask, const unsigned char* maskBits, int length);
 
@@ -26,9 +27,9 @@ public:
                                                      const unsigned char* maskBits, int length);
 
     void setDataSlot(const std::string& newDataSlot) { dataSlot.set(newDataSlot); }
-    /// Adds the failed bit and keeps the others.
+    /// Sets the failed bit and keeps the others.
     void setFailed() { state.fetch_or(kFailed, std::memory_order_relaxed); }
-    /// Drops every earlier bit, a failure included.
+    /// Clears every other bit, a failure included.
     void closed() { state.store(kClosed, std::memory_order_relaxed); }
 
     unsigned int pid() const { return pid_; }
@@ -46,13 +47,13 @@ private:
     static constexpr unsigned int kFailed = 0x40;
 
     const std::string sessionName_;
-    const unsigned int pid_;  // of a PMT request the service_id
+    const unsigned int pid_;  // for a PMT request the service_id
     std::vector<unsigned char> mask_;
     std::vector<unsigned char> maskBits;
-    // What the DTV service reported of the filter; nothing here reads either of them back.
+    // The state that the DTV service reported; this library never reads it.
     std::atomic<unsigned int> state{kRequested};
     SnapshotText dataSlot;
-    dtv::SectionFilterClient* const client_;  // the browser's; never dereferenced here
+    dtv::SectionFilterClient* const client_;  // owned by the browser; never dereferenced here
 };
 
 }  // namespace velmora::dvbservice

@@ -1,5 +1,5 @@
-// The clock of the filter handshake. A test moves time by replacing the function; the product never does.
-// Threads: any; the function is set before waits begin.
+// The clock of the filter handshake. Only tests replace the function, to control time.
+// Threads: any; set the function before waits begin.
 #pragma once
 
 #include <atomic>
@@ -9,7 +9,7 @@ namespace velmora::dvbservice {
 /// The monotonic clock in seconds, or -1.0 when it cannot be read.
 double monotonicSeconds();
 
-/// What the waits read.
+/// The clock that the waits read.
 extern std::atomic<double (*)()> handshakeClock;
 
 }  // namespace velmora::dvbservice

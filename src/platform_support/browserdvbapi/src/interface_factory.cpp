@@ -1,4 +1,4 @@
-// The library's entry point: hands out the three interface objects by name.
+// The library's entry point: returns the three interface objects by name.
 #include "idtv_unknown.h"
 
 #include <stdexcept>
@@ -16,10 +16,10 @@ constexpr const char* kBlogTag = velmora::dvbservice::kTagBrowser;
 }  // namespace
 
 int DTVAPI_QueryInterface(const char* name, velmora::dtv::IDTVUnknown** out) {
-    // The line is written before the name is looked at, so that it also shows a call that fails.
+    // Logs before the name is checked, so that a failing call is logged too.
     BLOG_TAGGED(blog::kOrdinary, "Creating interface : %s\n", name != nullptr ? name : "(null)");
     if (name == nullptr) {
-        // The text of the string class that callers have always met here, whatever the library at hand would say.
+        // Callers know this text; thrown here so that it does not depend on the C++ library.
         throw std::logic_error("basic_string::_M_construct null not valid");
     }
     const std::string wanted(name);

@@ -1,4 +1,4 @@
-// The section filter API's forwarding.
+// SectionFilterAPI forwards to the service object.
 #include "section_filter_api.h"
 
 #include "browser_dvb_service.h"

@@ -1,5 +1,5 @@
-// SectionFilterAPI: the object behind "SectionFilterAPI". Forwards to the service object; the section operations turn
-// its codes into bool, the PMT operations pass them through.
+// SectionFilterAPI: implements "SectionFilterAPI". Forwards to the service object. The section operations convert its
+// codes to bool; the PMT operations return them unchanged.
 // Threads: any.
 // Blocks:  startSection(), stopSection() up to about ten seconds.
 // Locks:   none.

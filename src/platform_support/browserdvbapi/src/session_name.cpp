@@ -1,4 +1,4 @@
-// The text of a session name, piece by piece.
+// Formats session names.
 #include "session_name.h"
 
 #include <boost/format.hpp>
@@ -20,9 +20,9 @@ Number nativeNumber(const std::uint8_t* bytes) {
 }  // namespace
 
 std::string formatSessionName(pid_t process, const std::uint8_t* uuid) {
-    // Single bytes are widened: as they are, they would print as characters.
+    // Widened, because single bytes would print as characters.
     const auto byte = [uuid](int index) { return static_cast<unsigned short>(uuid[index]); };
-    // The browser's global locale may group digits; the text's shape is fixed.
+    // Fixed locale: the browser's global locale may group digits.
     const auto piece = [](const char* shape) { return boost::format(shape, std::locale::classic()); };
     std::ostringstream text;
     text << piece("%08X-") % static_cast<unsigned long>(process);

@@ -1,7 +1,7 @@
-// SnapshotText: a text that one thread replaces while others read it. A reader gets the whole text of one moment.
+// SnapshotText: a text that one thread replaces while others read it. A reader always gets one complete text.
 // Threads: any.
 // Blocks:  never.
-// Locks:   none of ours; the texts are immutable and swapped.
+// Locks:   none of its own; a write replaces the pointer to an immutable text.
 #pragma once
 
 #include <memory>

@@ -1,4 +1,4 @@
-// The two lines of a traced operation.
+// Writes the two lines of a traced operation.
 #include "trace_scope.h"
 
 #include "ovx/log.h"

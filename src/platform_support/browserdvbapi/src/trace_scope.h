@@ -1,4 +1,4 @@
-// TraceScope: writes a trace line when an operation is entered and one when it is left, by whichever path.
+// TraceScope: writes a trace line when an operation begins and another when it ends, however it ends.
 // Threads: any.
 // Blocks:  never.
 // Fails:   never.
@@ -8,7 +8,7 @@ namespace velmora::dvbservice {
 
 class TraceScope {
 public:
-    /// `tracedFunction` and `tracedFile` are kept, not copied.
+    /// Keeps the pointers `tracedFunction` and `tracedFile`; the texts are not copied.
     TraceScope(const char* tracedFunction, const char* tracedFile, int tracedLine);
     TraceScope(const TraceScope&) = delete;
     TraceScope& operator=(const TraceScope&) = delete;
@@ -22,5 +22,5 @@ private:
 
 }  // namespace velmora::dvbservice
 
-/// Stands at the top of an operation that is traced.
+/// Put this first in every traced operation.
 #define TRACE_SCOPE() const ::velmora::dvbservice::TraceScope traceScope(__func__, __FILE__, __LINE__)

@@ -25,13 +25,13 @@ public:
 
     /// Looks the interface up and registers for events. 0, or -1 when the process does not know the interface.
     int start();
-    /// Ends the registration, if the object is still owned. 0.
+    /// Ends the registration if a shared_ptr still owns the object. Returns 0.
     int stop();
-    /// Where commands go: the proxy, or the null service before start() has succeeded and when the proxy has gone.
-    /// Never null. The proxy may go at any time; Command holds it.
+    /// The target of commands: the proxy, or the null service before start() succeeds and after the proxy is destroyed.
+    /// Never null. The proxy may be destroyed at any time, so send commands through a Command.
     ServiceInterface* getServiceInterface() const;
 
-    /// The service interface for the length of one command: the proxy is not destroyed before the command is over.
+    /// The service interface during one command. The proxy's destructor waits for the command, up to a second.
     class Command {
     public:
         explicit Command(const Adapter& adapter);

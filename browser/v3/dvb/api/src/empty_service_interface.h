@@ -1,5 +1,5 @@
-// EmptyServiceInterface: the null service. Stands in where no service interface is held: every operation writes a line
-// and returns -1.
+// EmptyServiceInterface: the null service, used while there is no service interface. Every operation writes a line and
+// returns -1.
 // Threads: any; it has no state.
 // Blocks:  never.
 // Fails:   always, with -1.
@@ -14,7 +14,7 @@ public:
     EmptyServiceInterface();
     ~EmptyServiceInterface() override;
 
-    /// The one of the process, created at first use and never deleted.
+    /// The process's one instance, created at first use and never deleted.
     static EmptyServiceInterface* shared();
 
 #define COMMAND(identifier, operation, Message, fields) \
