@@ -1,4 +1,4 @@
-// The base utilities and OS-layer wrappers, and the tables of the carriers.
+// The base utilities, the OS-layer wrappers, and the byte-order tables of the carriers.
 #include <sched.h>
 
 #include <cstddef>

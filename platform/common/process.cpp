@@ -1,4 +1,4 @@
-// The process model: interface registry and the members' way through their lifecycle.
+// The process model: interface registry and lifecycle of the members.
 #include "frame/process.h"
 
 #include <algorithm>
@@ -49,7 +49,7 @@ boost::shared_ptr<frame::Interface> InterfaceRegistry::find(const std::string& n
 
 namespace {
 
-/// A member and its transport, on their way up or running. Taking it down undoes exactly the steps that were taken.
+/// A member and its transport. The destructor undoes exactly the steps that succeeded.
 class RunningMember {
 public:
     explicit RunningMember(frame::AbstractApplication* newMember) : member(newMember) {}
@@ -100,7 +100,7 @@ private:
     bool started = false;
 };
 
-/// The members that run. The mutex guards the list; a member's steps run without it.
+/// The running members. The mutex guards the list and is not held during a member's steps.
 class Members {
 public:
     static Members& instance() {
@@ -131,7 +131,7 @@ private:
     std::vector<std::unique_ptr<RunningMember>> running;
 };
 
-/// Takes the array apart so that every member has an owner before the first step runs.
+/// Gives every member of the array an owner before the first step runs.
 std::vector<std::unique_ptr<RunningMember>> adopt(frame::AbstractApplication** array) {
     std::vector<std::unique_ptr<RunningMember>> members;
     for (frame::AbstractApplication** member = array; member != nullptr && *member != nullptr; ++member) {

@@ -1,4 +1,4 @@
-// Record images: one walk over a byte-order table, used for both directions.
+// Record images: both directions iterate over the byte-order table in the same way.
 #include "platform_common/record_image.h"
 
 #include <arpa/inet.h>
@@ -11,7 +11,8 @@ namespace platform_common {
 
 namespace {
 
-/// Calls visit(kind, offset in memory) for every scalar and every carrier pointer of a record, in order of offset.
+/// Calls visit(kind, offset in memory) for every scalar and every carrier pointer of a record, in ascending order of
+/// offset.
 template <typename Visitor>
 void walkFields(const ovxEndianTable& table, std::size_t base, Visitor&& visit) {
     for (const ovxEndianEntry* entry = table.entries; !entry->isEnd(); ++entry) {
@@ -23,7 +24,7 @@ void walkFields(const ovxEndianTable& table, std::size_t base, Visitor&& visit) 
     }
 }
 
-/// Width on the wire: a carrier's pointer is 32 bits of zero there, whatever it is in memory.
+/// Width on the wire. A carrier's pointer is 32 zero bits there, whatever its width in memory.
 std::size_t wireWidth(std::uint32_t kind) {
     return kind == ovxEndianKindCarriedBytes ? 4 : kind;
 }
@@ -40,7 +41,7 @@ void storeWord(void* at, Word value) {
     std::memcpy(at, &value, sizeof value);
 }
 
-/// Copies a scalar between host and network byte order; the conversion is its own inverse.
+/// Copies a scalar and converts it between host and network byte order. The same conversion serves both directions.
 void convertScalar(std::uint32_t kind, const std::uint8_t* from, std::uint8_t* to) {
     switch (kind) {
         case ovxEndianKind16:
@@ -89,7 +90,7 @@ std::vector<std::uint8_t> encodeRecord(const ovxEndianTable& table, const void* 
     return image;
 }
 
-/// Walks an image once: scalars into the record, carried bytes into buffers of their own.
+/// Decodes an image in one pass: scalars into the record, carried bytes into separate buffers.
 class RecordDecoder {
 public:
     RecordDecoder(const std::uint8_t* newImage, std::size_t newLength, std::size_t fixedSize, DecodedRecord& newTarget)
@@ -117,8 +118,7 @@ public:
     }
 
 private:
-    // The word before a carrier's pointer is its length. Nothing of it is believed before it has been compared with
-    // what is there.
+    // The word before a carrier's pointer is its length. Compare it with the rest of the image before you use it.
     void carriedBytes(std::uint8_t* pointerField) {
         if (!problem.empty()) {
             return;

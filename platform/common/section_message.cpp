@@ -1,5 +1,5 @@
-// A section message's bytes in the queue: length of the name, the name, length of the section, the section. Both ends
-// run on one machine, so the lengths stand in its own byte order.
+// Format of a section message in the queue: length of the name, the name, length of the section, the section. Both ends
+// run on one machine, so the lengths are in its byte order.
 #include <cstring>
 
 #include "velmora/msgqueue/ipc_message_queue.h"

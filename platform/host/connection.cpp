@@ -1,4 +1,4 @@
-// Sending packets on a connection.
+// Sends packets on a connection.
 #include "connection.h"
 
 #include <sys/socket.h>
@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kQueued = 1;
 
-/// One system call. The number of an error, or 0.
+/// Makes one system call. Returns 0 or an error number.
 int sendPacket(int descriptor, const iovec* pieces, std::size_t count) {
     msghdr message{};
     message.msg_iov = const_cast<iovec*>(pieces);

@@ -1,5 +1,5 @@
-// Connection: one socket to one peer process. Packets leave in the order of their sends; what the socket does not take
-// at once waits in a bounded queue, which the transport thread flushes.
+// Connection: one socket to one peer process. Packets leave in the order of their sends. A packet that the socket does
+// not accept at once waits in a bounded queue, which the transport thread flushes.
 // Threads: send() from any; the rest on the transport thread.
 // Blocks:  never.
 // Locks:   mutex guards the outgoing queue and the order on the socket.
@@ -17,10 +17,10 @@ namespace host {
 
 class Connection {
 public:
-    /// Bytes that may wait for a peer. One that falls further behind has stalled and is cut off.
+    /// Most bytes that may wait for a peer. A peer that falls further behind has stalled and is disconnected.
     static constexpr std::size_t kMostWaiting = 4U << 20U;
 
-    /// Takes the descriptor over.
+    /// Takes ownership of the socket.
     Connection(int connectedSocket, std::uint32_t peerNumber);
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
@@ -29,16 +29,16 @@ public:
     int socket() const { return descriptor; }
     std::uint32_t peer() const { return peerNumber_; }
 
-    /// Sends a packet of two pieces with one system call, or queues it; 1 when it is queued and the transport thread
-    /// has to watch for room, 0 when it is sent, negative when it is neither.
+    /// Sends a packet of two pieces with one system call, or queues it. 0 when sent; 1 when queued: the transport
+    /// thread must then watch for room; negative when neither.
     int send(const void* head, std::size_t headLength, const void* body, std::size_t bodyLength);
-    /// Whether packets wait for room.
+    /// Whether packets are queued.
     bool waiting();
-    /// Sends what waits; false when the connection has failed.
+    /// Sends the queued packets. False when the connection has failed.
     bool flush();
 
-    // For the transport thread alone.
-    std::uint64_t dropped = 0;  ///< messages received that could not be used; the first is logged
+    // Used only by the transport thread.
+    std::uint64_t dropped = 0;  ///< unusable messages received; the first one is logged
 
 private:
     const int descriptor;
@@ -49,7 +49,7 @@ private:
     bool stalled = false;                            // guarded by mutex
 };
 
-/// True when the process at the other end runs as our own user.
+/// True when the peer process runs as our own user.
 bool peerIsOurs(int socket);
 
 }  // namespace host

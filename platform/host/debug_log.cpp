@@ -1,4 +1,4 @@
-// The host's debug library: one line, one write. Works until the very end of the process.
+// The host's debug library: writes each line with one system call, and works until the very end of the process.
 #include <fcntl.h>
 #include <pthread.h>
 #include <unistd.h>
@@ -20,7 +20,7 @@ constexpr std::uint32_t kUnread = 0xFFFFFFFF;
 constexpr std::uint32_t kImportanceMask = 0xFFFF;
 constexpr std::size_t kDumpBytesPerLine = 16;
 
-/// Read from the settings by whoever asks first; from then on one load is all that an unwanted line costs.
+/// The first check reads it from the settings. After that an unwanted line costs only one load.
 std::atomic<std::uint32_t> threshold{kUnread};
 
 std::uint32_t readThreshold() {
@@ -64,7 +64,7 @@ std::string prefix(std::uint32_t level) {
     return std::string(text, static_cast<std::size_t>(length));
 }
 
-/// Appends a text so that it stays one line: line ends at its end go, everything else below a blank is escaped.
+/// Appends a text as one line: removes newlines at its end and escapes other control characters.
 void appendEscaped(std::string& line, const char* text, std::size_t length) {
     while (length != 0 && text[length - 1] == '\n') {
         --length;

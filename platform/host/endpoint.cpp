@@ -1,4 +1,4 @@
-// Connecting and listening on Unix-domain sockets that keep packet boundaries.
+// Connects and listens on Unix-domain sockets that keep packet boundaries.
 #include "endpoint.h"
 
 #include <fcntl.h>
@@ -83,7 +83,8 @@ int ServiceEndpoint::open(const std::string& serviceName) {
     if (!prepareRunDirectory(settings().runDirectory)) {
         return -EACCES;
     }
-    // The lock, not the socket file, says whether a service lives: it goes with its process, however that ends.
+    // The lock, not the socket file, shows that a service runs: the system releases it when the process ends, even by a
+    // crash.
     const std::string lockPath = pathOf(serviceName, ".lock");
     lockFile = ::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (lockFile < 0 || flock(lockFile, LOCK_EX | LOCK_NB) != 0) {

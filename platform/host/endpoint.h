@@ -1,7 +1,7 @@
-// Endpoints: the socket address of a service name, seen from either side.
+// Endpoints: the socket of a service name, from the client's and from the service's side.
 // Threads: the one that starts or runs an I/O service.
 // Blocks:  never.
-// Fails:   with a line; connecting to a service that is not there is no failure worth one.
+// Fails:   with a line. A service that is not running is normal, so connecting to it writes no line.
 #pragma once
 
 #include <string>
@@ -11,7 +11,8 @@ namespace host {
 /// A connected, non-blocking socket to the service of that name, or -1.
 int connectToService(const std::string& serviceName);
 
-/// The listening end of a service name. At most one process holds a name; what a killed one left behind is taken over.
+/// The listening end of a service name. Only one process holds a name. It replaces the socket that a killed process
+/// left behind.
 class ServiceEndpoint {
 public:
     ServiceEndpoint() = default;
@@ -24,7 +25,7 @@ public:
     void close();
     /// The listening socket, or -1.
     int socket() const { return listening; }
-    /// A connected, non-blocking socket of a client that runs as our user, or -1.
+    /// A connected, non-blocking socket of a client that runs as our own user, or -1.
     int accept();
 
 private:

@@ -1,4 +1,4 @@
-// Packing and unpacking envelopes.
+// Packs and unpacks envelopes.
 #include "envelope.h"
 
 #include <arpa/inet.h>

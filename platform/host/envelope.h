@@ -1,4 +1,4 @@
-// The envelope: what stands before a record's image in a packet on the socket. All words in network byte order.
+// The envelope: the header before a record's image in a packet on the socket. All words are in network byte order.
 //
 //    0        4        8        12       16   17       20       24       28
 //    +--------+--------+--------+--------+----+--------+--------+--------+-- - -
@@ -8,7 +8,7 @@
 //
 // Threads: any.
 // Blocks:  never.
-// Fails:   with a text that says what was wrong.
+// Fails:   with a text that describes the error.
 #pragma once
 
 #include <array>
@@ -30,7 +30,7 @@ struct Envelope {
 
 std::array<std::uint8_t, kEnvelopeSize> packEnvelope(const Envelope& envelope);
 
-/// Reads the envelope of a whole packet; false, and `error` filled, when the packet is not one of ours.
+/// Reads the envelope of a complete packet. False, with a text in `error`, when the packet does not have this format.
 bool unpackEnvelope(const std::uint8_t* packet, std::size_t length, Envelope& envelope, std::string& error);
 
 }  // namespace host

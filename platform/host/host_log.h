@@ -1,4 +1,4 @@
-// The host platform's own log lines carry this tag.
+// The tag of the host platform's own log lines.
 #pragma once
 
 #include "ovx/log.h"

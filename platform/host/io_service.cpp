@@ -1,4 +1,4 @@
-// The transport's sending half, its life, and the platform's entry points to it.
+// The transport: sending, start and stop, and the platform's entry points.
 #include "io_service.h"
 
 #include <sys/eventfd.h>
@@ -12,7 +12,7 @@
 #include "platform_common/io_backend.h"
 #include "platform_common/record_image.h"
 
-/// The handle that members hold. The transport thread keeps the service alive as long as it runs.
+/// The handle that members hold. The transport thread also keeps the service alive while it runs.
 struct frameLmqIOService {
     std::shared_ptr<host::IOService> service;
 };
@@ -56,7 +56,7 @@ int IOService::send(const frame::MsgIds& ids, const frame::MsgMeta& header, cons
         if (sent > 0) {
             wake();
         }
-        // A browser that goes while all are told is no failure of telling.
+        // A send to all browsers succeeds even when one of them disconnects meanwhile.
         const bool toOne = !isService() || ids.peer != frame::kAnyId;
         if (toOne || sent == -EMSGSIZE) {
             result = std::min(sent, 0);
@@ -89,7 +89,7 @@ void IOService::stop() {
     stopping = true;
     wake();
     if (thread.get_id() == std::this_thread::get_id()) {
-        // Called from a handler: the thread ends behind it, on its own.
+        // Called from a handler: the thread cannot join itself, and ends after the handler has returned.
         thread.detach();
     } else {
         thread.join();
@@ -98,7 +98,7 @@ void IOService::stop() {
 
 void IOService::wake() {
     const std::uint64_t one = 1;
-    // A full counter wakes as well.
+    // If the counter is full, the write fails, but the thread wakes all the same.
     [[maybe_unused]] const ssize_t written = write(wakeUp, &one, sizeof one);
 }
 

@@ -1,7 +1,7 @@
 // IOService: the message transport of one marshalling member: its connections, its handlers and its transport thread.
 // Threads: send() from any; handlers and connection callbacks on the transport thread, one at a time.
-// Blocks:  stop() until no handler runs, unless it is called from one; everything else never.
-// Locks:   mutex guards connections; it is not held across a send, a handler or a callback.
+// Blocks:  stop() until no handler runs, except when called from a handler. Everything else: never.
+// Locks:   mutex guards connections; it is not held during a send, a handler or a callback.
 // Fails:   sends with negative error numbers; start() likewise, when the transport itself cannot run.
 #pragma once
 
@@ -29,7 +29,7 @@ public:
     int registerHandler(const frame::MsgMeta& header, frameLmqMessageHandler handler, void* context,
                         const ovxEndianTable* table);
     int send(const frame::MsgIds& ids, const frame::MsgMeta& header, const ovxEndianTable& table, const void* record);
-    /// Whether the service could be made whole.
+    /// False when the constructor could not get its resources.
     bool ready() const { return wakeUp >= 0; }
     int start();
     void stop();
@@ -58,18 +58,18 @@ private:
     void drop(Connection& connection, const std::string& reason);
 
     frame::AbstractMarshallingImpl& owner;
-    std::map<HandlerKey, Handler> handlers;  // written before start only
-    ServiceEndpoint endpoint;                // transport thread, and start() before it runs
+    std::map<HandlerKey, Handler> handlers;  // written only before start
+    ServiceEndpoint endpoint;                // used by start(), then only by the transport thread
     int wakeUp;                              // an eventfd
 
     std::mutex mutex;
     Connections connections;  // guarded by mutex
-    Connections untold;       // guarded by mutex; connected, the member not told yet
+    Connections untold;       // guarded by mutex; connected, but the member does not know yet
 
     std::vector<std::uint8_t> receiveBuffer;  // transport thread
     bool failureTold = false;                 // transport thread
     std::atomic<bool> stopping{false};
-    std::thread thread;  // whoever starts and stops
+    std::thread thread;  // used by the thread that starts and stops
 };
 
 }  // namespace host

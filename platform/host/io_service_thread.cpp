@@ -1,4 +1,5 @@
-// The transport thread: waits for the sockets, takes packets in, flushes what waited, and keeps the connection.
+// The transport thread: waits for the sockets, receives packets, flushes queued packets, and keeps the connection
+// alive.
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -15,11 +16,11 @@ namespace host {
 
 namespace {
 
-/// How often a client looks for its service while that is away.
+/// How often a client tries to connect while its service is not running.
 constexpr int kRetryMilliseconds = 100;
 constexpr int kForever = -1;
 constexpr std::size_t kLargestPacket = 1U << 20U;
-/// Packets taken from one connection before the others get their turn.
+/// Most packets read from one connection before the next connection is served.
 constexpr int kPacketsInARow = 64;
 
 std::uint32_t nextPeerNumber() {
@@ -95,7 +96,7 @@ void IOService::adopt(int connectedSocket) {
     untold.push_back(connection);
 }
 
-/// Callbacks belong to this thread, also for the connection that start() made on its caller's.
+/// Callbacks run on this thread, even for the connection that start() made on its caller's thread.
 void IOService::tellOfNewConnections() {
     Connections news;
     {
@@ -115,7 +116,7 @@ void IOService::closeConnection(const std::shared_ptr<Connection>& connection) {
         const std::lock_guard<std::mutex> lock(mutex);
         connections.erase(std::remove(connections.begin(), connections.end(), connection), connections.end());
     }
-    // Sends that still hold the connection find the socket shut.
+    // A send that still holds the connection then fails.
     shutdown(connection->socket(), SHUT_RDWR);
     if (connection->dropped > 1) {
         BLOG_TAGGED(blog::kFailure, "peer %u: %llu messages were dropped in all\n", connection->peer(),
@@ -126,7 +127,7 @@ void IOService::closeConnection(const std::shared_ptr<Connection>& connection) {
     owner.onIOConnectionDisconnected(transport);
 }
 
-/// False when the peer is gone.
+/// False when the peer has disconnected.
 bool IOService::receiveAll(Connection& connection) {
     for (int count = 0; count < kPacketsInARow && !stopping; ++count) {
         iovec piece{receiveBuffer.data(), receiveBuffer.size()};

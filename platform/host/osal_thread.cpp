@@ -1,4 +1,4 @@
-// Thread creation that notes where in the source a thread was started.
+// Creates threads, and logs where in the source each was started.
 #include "ovx/osal_thread.h"
 
 #include "host_log.h"

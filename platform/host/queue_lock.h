@@ -1,15 +1,16 @@
-// How long a thread waits for the lock of a section queue, whose holder may have been stopped or killed. Boost asks
-// this header, which therefore comes before each of its own.
+// How long a thread waits for the lock of a section queue. The process that holds the lock may have been stopped or
+// killed. Boost's headers use these macros, so include this header before them.
 #pragma once
 
 #include <cstdint>
 
 namespace velmora::msgqueue {
 
-/// In milliseconds. A holder that is merely not run for a while is back within this time even on a busy machine.
+/// In milliseconds. A holder that only waits for the processor releases the lock within this time, even on a busy
+/// machine.
 inline constexpr std::int64_t kPatience = 200;
 
-/// Of this thread.
+/// The current thread's limit.
 inline thread_local std::int64_t lockPatience = kPatience;
 
 }  // namespace velmora::msgqueue

@@ -1,4 +1,4 @@
-// Creating and checking the run directory.
+// Creates and checks the run directory.
 #include "run_directory.h"
 
 #include <sys/stat.h>
@@ -16,7 +16,7 @@ bool prepareRunDirectory(const std::string& directory) {
         BLOG_TAGGED(blog::kFailure, "cannot create run directory %s: %s\n", directory.c_str(), std::strerror(errno));
         return false;
     }
-    // Not followed: a link that someone else put here is not our directory.
+    // lstat(), because a symbolic link from another user must not pass as our directory.
     struct stat found {};
     if (lstat(directory.c_str(), &found) != 0) {
         BLOG_TAGGED(blog::kFailure, "cannot look at run directory %s: %s\n", directory.c_str(), std::strerror(errno));

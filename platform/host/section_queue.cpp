@@ -1,5 +1,5 @@
-// The section queue over shared memory. A process that is killed or stopped inside of the queue leaves its lock taken:
-// a reader gives up after a while, a writer waits once and then no more until it gets in again.
+// The section queue in shared memory. A process that is killed or stopped inside the queue leaves its lock taken. A
+// reader then gives up after a while. A writer waits once, and after that does not wait until it gets the lock again.
 #include "queue_lock.h"
 
 #include <dirent.h>
@@ -28,8 +28,8 @@ constexpr const char* kBlogTag = host::kBlogTag;
 constexpr unsigned int kPriority = 0;
 constexpr const char* kSharedMemory = "/dev/shm";
 constexpr const char* kSectionPrefix = "SECTION-";
-// What lies in shared memory is laid out for processes of one width. Its object carries the width in its name, so that
-// no process ever opens one of the other.
+// The layout in shared memory depends on the pointer width. The object's name ends with the width, so that no process
+// opens a queue of the other width.
 constexpr int kWidth = sizeof(void*) * 8;
 constexpr int kOtherWidth = 32 + 64 - kWidth;
 
@@ -42,7 +42,7 @@ bool isThere(const std::string& object) {
     return stat((std::string(kSharedMemory) + "/" + object).c_str(), &found) == 0;
 }
 
-/// Queues are never closed by the library; their names go when the process ends in good order.
+/// The library never closes its queues; this removes their names at a normal process exit.
 class CreatedQueues {
 public:
     static CreatedQueues& instance() {
@@ -64,7 +64,7 @@ private:
     std::vector<std::string> names;
 };
 
-/// The process that a section queue's name begins with, or 0.
+/// The id of the process that created a section queue, from the queue's name, or 0.
 pid_t processOf(const std::string& name) {
     const std::string prefix = kSectionPrefix;
     constexpr std::size_t kDigits = 8;
@@ -74,7 +74,7 @@ pid_t processOf(const std::string& name) {
     return static_cast<pid_t>(std::strtoul(name.substr(prefix.size(), kDigits).c_str(), nullptr, 16));
 }
 
-/// Whether the process has ended, or is about to be forgotten by its parent.
+/// Whether the process has ended. A zombie counts as ended.
 bool isGone(pid_t process) {
     if (kill(process, 0) != 0) {
         return errno == ESRCH;
@@ -86,7 +86,7 @@ bool isGone(pid_t process) {
     return name != std::string::npos && name + 2 < text.size() && (text[name + 2] == 'Z' || text[name + 2] == 'X');
 }
 
-/// A process that was killed closes its connection a moment before it is gone.
+/// A killed process closes its connection a moment before it disappears, so try for a short while.
 bool isGoneSoon(pid_t process) {
     constexpr int kTries = 50;
     for (int tries = 0; tries < kTries && !isGone(process); ++tries) {
@@ -95,7 +95,7 @@ bool isGoneSoon(pid_t process) {
     return isGone(process);
 }
 
-/// Removes the section queues of our user whose processes were killed before they could.
+/// Removes our user's section queues whose processes were killed before they could remove them.
 void removeLeftOvers() {
     DIR* const directory = opendir(kSharedMemory);
     if (directory == nullptr) {
@@ -113,7 +113,7 @@ void removeLeftOvers() {
     closedir(directory);
 }
 
-/// Another patience with the queue's lock, for the length of a call.
+/// Changes this thread's limit for the queue's lock during one call.
 class Patience {
 public:
     explicit Patience(std::int64_t milliseconds) { lockPatience = milliseconds; }
@@ -128,7 +128,7 @@ struct IPCMessageQueue::State {
     std::string name;
     bool creator;
     Queue queue;
-    std::vector<std::uint8_t> received;  // the one reader's
+    std::vector<std::uint8_t> received;  // used only by the one reader
     std::atomic<bool> isStalled{false};  // the last write did not get the lock
 
     template <typename... Arguments>
@@ -199,7 +199,7 @@ bool IPCMessageQueue::TrySend(const IPCMessage& message) {
                     bytes.size());
         return false;
     }
-    // Sections come in hundreds a second: waiting for each would hold up everything else that the writer does.
+    // Hundreds of sections arrive each second: waiting for each would delay the writer's other work.
     constexpr std::int64_t kNone = 0;
     const Patience patience(state->isStalled ? kNone : kPatience);
     try {
@@ -207,7 +207,7 @@ bool IPCMessageQueue::TrySend(const IPCMessage& message) {
         state->isStalled = false;
         return sent;
     } catch (const boost::interprocess::interprocess_exception&) {
-        // The lock is held by a process that was stopped or killed; as good as full.
+        // A stopped or killed process holds the lock. Treat the queue as full.
         state->isStalled = true;
         return false;
     }

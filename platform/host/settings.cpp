@@ -1,4 +1,4 @@
-// Reading the environment.
+// Reads the settings from the environment.
 #include "settings.h"
 
 #include <unistd.h>

@@ -1,10 +1,10 @@
-// Settings of the host platform, read once from the environment. The library above has none.
+// Settings of the host platform, read once from the environment. The library itself has no settings.
 //   DTV_RUN_DIR    directory of sockets and locks      default $XDG_RUNTIME_DIR/dtv, else /tmp/dtv-<uid>
 //   DTV_LOG_LEVEL  off, failure, warning, ordinary, trace   default warning
-//   DTV_LOG_FILE   file that lines are appended to     default standard error
+//   DTV_LOG_FILE   file to append log lines to         default standard error
 // Threads: any.
 // Blocks:  never.
-// Fails:   an invalid value gets a line on standard error, and the default holds.
+// Fails:   an invalid value writes a line to standard error, and the default applies.
 #pragma once
 
 #include <cstdint>
@@ -14,14 +14,14 @@ namespace host {
 
 struct Settings {
     std::string runDirectory;
-    std::uint32_t logThreshold;  ///< lines whose importance is above it are not written
+    std::uint32_t logThreshold;  ///< lines with a higher importance number are not written
     std::string logFile;         ///< empty for standard error
 };
 
 /// The settings of the process; never destroyed.
 const Settings& settings();
 
-/// Reads them from the environment.
+/// Reads the settings from the environment.
 Settings readSettings();
 
 }  // namespace host

@@ -10,7 +10,7 @@
 
 namespace recording {
 
-/// All of it is guarded by the mutex, but for the atomics, which the log's fast path reads.
+/// The mutex guards everything except the atomics, which the log's fast path reads.
 struct Recorder {
     static Recorder& instance();
 

@@ -1,4 +1,4 @@
-// The recording debug library: every wanted line is kept, taken apart into its fields.
+// The recording debug library: keeps every wanted line and splits it into its fields.
 #include <cstdarg>
 #include <cstdio>
 #include <ostream>
@@ -20,7 +20,7 @@ std::string formatText(const char* format, va_list arguments) {
     return text;
 }
 
-/// The text up to a mark, which is passed over; nothing when the mark does not come.
+/// Moves the text before a mark into `field` and removes both from `rest`. False when the mark is missing.
 bool takeUntil(std::string& rest, const std::string& mark, std::string& field) {
     const std::size_t at = rest.find(mark);
     if (at == std::string::npos) {
@@ -31,7 +31,7 @@ bool takeUntil(std::string& rest, const std::string& mark, std::string& field) {
     return true;
 }
 
-/// "[tag] file:line:function(): message", with or without the tag. A line of another shape keeps its text alone.
+/// Splits "[tag] file:line:function(): message", with or without the tag. A line of another form only keeps its text.
 void takeApart(LogLine& line) {
     LogLine parts;
     std::string rest = line.text;

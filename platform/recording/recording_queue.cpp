@@ -1,4 +1,4 @@
-// Section queues inside the process, and thread creation that can be made to fail.
+// Section queues inside the process, and thread creation that tests can make fail.
 #include <pthread.h>
 
 #include <algorithm>
@@ -14,7 +14,7 @@ namespace velmora::msgqueue {
 
 namespace {
 
-/// What all handles of a name share; lives as long as the process.
+/// The state that all handles of a name share. It lives as long as the process.
 struct Channel {
     std::mutex mutex;  // guards the members
     std::condition_variable changed;
@@ -25,7 +25,7 @@ struct Channel {
     std::exception_ptr failure;  // null for an interprocess error
 };
 
-/// The channels by name.
+/// All channels by name.
 class Channels {
 public:
     static Channels& instance() {

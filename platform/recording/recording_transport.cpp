@@ -1,4 +1,4 @@
-// The recording transport: sends are kept, events are injected on one thread.
+// The recording transport: records sends, and injects events on one thread.
 #include <algorithm>
 #include <deque>
 #include <future>
@@ -7,7 +7,7 @@
 #include "platform_common/io_backend.h"
 #include "recorder.h"
 
-/// A handle; all state is the recorder's.
+/// A handle; the recorder holds all state.
 struct frameLmqIOService {
     bool started = false;
 };
@@ -209,7 +209,7 @@ int setUpIOService(frameLmqIOService*) {
     return recorder.setUpResult;
 }
 
-/// An empty turn of the injection thread: what was injected before has been handled.
+/// Waits for an empty task on the injection thread, so that all earlier injections have been handled.
 int stopIOService(frameLmqIOService* service) {
     if (service != nullptr && service->started) {
         service->started = false;

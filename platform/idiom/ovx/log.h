@@ -1,6 +1,7 @@
-// The common logging idiom over the debug library: asks for the level, then writes the line with its origin in front.
-// Two shapes: BLOG_TAGGED writes "[tag] file:line:function(): " before the message, BLOG_PLAIN the same without the
-// tag. Both take the level, the message's format and up to nine values. A unit that uses BLOG_TAGGED defines kBlogTag.
+// Logging macros over the debug library: they check the level, then write the line with its place in the source.
+// Two forms: BLOG_TAGGED writes "[tag] file:line:function(): " before the message; BLOG_PLAIN writes the same without
+// the tag. Both take the level, the message's format and up to nine values. A source file that uses BLOG_TAGGED defines
+// kBlogTag.
 #pragma once
 
 #include <cstdint>
@@ -26,7 +27,7 @@ constexpr std::uint32_t kTrace = 0x5F1388;
         }                                                                             \
     } while (false)
 
-// The prefix's values stand between a message's format and its own values, so the two are taken apart here.
+// The prefix's values come before the message's values, so these macros separate the message's format from its values.
 #define BLOG_FORMAT(...) BLOG_FORMAT_OF(__VA_ARGS__, ~)
 #define BLOG_FORMAT_OF(format, ...) format
 #define BLOG_VALUES(...)                                                                                            \
@@ -37,7 +38,7 @@ constexpr std::uint32_t kTrace = 0x5F1388;
 #define BLOG_NONE(format)
 #define BLOG_SOME(format, ...) , __VA_ARGS__
 
-/// For a body that serves many operations: the function's name is given.
+/// For code that serves several operations: the caller gives the function's name.
 #define BLOG_PLAIN_AS(level, function, ...)                                                        \
     BLOG_WRITE(level, "%s:%d:%s(): " BLOG_FORMAT(__VA_ARGS__), blog_base_name(__FILE__), __LINE__, \
                function BLOG_VALUES(__VA_ARGS__))

@@ -1,4 +1,4 @@
-// The process: runs the members and keeps the names under which they publish interfaces to each other.
+// The process: runs the members, and keeps the interfaces that they publish to each other by name.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -9,13 +9,13 @@
 
 namespace frame {
 
-/// A published interface: gives back the pointer that was registered, unchanged.
+/// A published interface: returns the registered pointer unchanged.
 class DTV_PLATFORM_API Interface {
 public:
     Interface(std::string name, void* pointer);
 
     const std::string& name() const { return name_; }
-    /// The registered pointer. It points to whatever type was registered: cast it to exactly that.
+    /// The registered pointer. Cast it to exactly the type that was registered.
     void* pointer() const { return pointer_; }
 
 private:
@@ -23,10 +23,10 @@ private:
     void* pointer_;
 };
 
-/// Makes members: a null-terminated array, allocated with calloc. The process frees the array and owns the members.
+/// Creates members: a null-terminated array, allocated with calloc. The process frees the array and owns the members.
 using CreateMembersFunction = AbstractApplication** (*)();
 
-/// A handle of the one process object; copying it is cheap. All operations may be called on any thread.
+/// A handle of the one process object. Copies are cheap. Any thread may call any operation.
 class DTV_PLATFORM_API Process {
 public:
     static Process getInstance();
@@ -34,13 +34,13 @@ public:
     /// Looks an interface up by name. 0 and the reference filled, or negative and the reference untouched.
     int getInterfaceReference(boost::shared_ptr<Interface>& reference, const std::string& name);
 
-    /// Creates the members and takes each through attach, I/O service, setup and start before it returns. A member
-    /// whose step fails is stopped as far as it had come and destroyed, the members behind it are not started, and the
-    /// step's negative result is returned. Members run until stopAppMembers(), which the platform calls at process
+    /// Creates the members and takes each through attach, I/O service, setup and start before it returns. When a step
+    /// fails, that member's completed steps are undone and it is destroyed, the members after it are not started, and
+    /// the step's negative result is returned. Members run until stopAppMembers(), which the platform calls at process
     /// exit.
     int startAppMembersSync(CreateMembersFunction create);
 
-    /// Stops, detaches and destroys all members, last started first. For the end of a process, and for tests.
+    /// Stops, detaches and destroys all members, the last started first. For process exit and for tests.
     void stopAppMembers();
 };
 

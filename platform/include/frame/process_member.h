@@ -1,8 +1,8 @@
-// Members of a process: what the process model creates, sets up, starts, stops and destroys. A member derives from
-// AbstractMarshallingImpl and overrides the perform… steps it has work for.
+// Members of a process: the process model creates, sets up, starts, stops and destroys them. A member derives from
+// AbstractMarshallingImpl and overrides the perform… steps that it needs.
 //
-// The classes are exported by the platform; the order of their virtual operations is binary interface:
-// member lifecycle, component, application, marshalling.
+// The platform exports these classes. The order of their virtual operations is binary interface: member lifecycle,
+// component, application, marshalling.
 #pragma once
 
 #include <pthread.h>
@@ -21,8 +21,8 @@ namespace frame {
 class Process;
 
 /// Lifecycle of a member. The process model calls the entry points in the order attachProcess, (I/O service),
-/// setupDone, start, stop, detachProcess, on the thread that starts or stops the members; each calls its perform… step
-/// and hands its result on. A negative result ends the sequence and is returned to whoever started the members.
+/// setupDone, start, stop, detachProcess, on the thread that starts or stops the members. Each calls its perform… step
+/// and returns its result. A negative result ends the sequence, and the starting call returns it.
 class DTV_PLATFORM_API AbstractProcessMember {
 public:
     AbstractProcessMember() = default;
@@ -40,14 +40,14 @@ public:
     virtual int performStarting();
     virtual int performStopping();
 
-    /// Publishes `pointer` under `name` in this process. Any thread. 0, or negative: null pointer, empty name, or a
-    /// name that is taken.
+    /// Publishes `pointer` under `name` in this process. Any thread. 0, or negative for a null pointer, an empty name,
+    /// or a name that is in use.
     int registerInterface(void* pointer, const std::string& name);
     /// Withdraws every name under which `pointer` is published. Any thread. 0, or negative when there is none.
     int unregisterInterface(void* pointer);
 };
 
-/// An event of a member's own queue; the number and the argument are the member's.
+/// An event of a member's own queue. The member defines the number and the argument.
 struct Event {
     std::uint32_t id = 0;
     void* argument = nullptr;
@@ -55,7 +55,7 @@ struct Event {
 
 using EventHandler = int (*)(const Event& event, void* context);
 
-/// A member with an identity, a mutex of its own and a table of event handlers.
+/// A member with an identity, its own mutex and a table of event handlers.
 class DTV_PLATFORM_API AbstractComponent : public AbstractProcessMember {
 public:
     AbstractComponent();
@@ -67,13 +67,13 @@ public:
     virtual int deliverEvent(const Event& event);
     /// Calls the handler registered for the event; negative when there is none.
     virtual int handleEvent(const Event& event);
-    /// Names the handler of an event number; negative for a null handler or a number that is taken.
+    /// Registers the handler of an event number; negative for a null handler or a number that is in use.
     virtual int registerEventHandler(std::uint32_t id, EventHandler handler, void* context);
-    /// Forgets the handler of an event number; negative when there is none.
+    /// Removes the handler of an event number; negative when there is none.
     virtual int unregisterEventHandler(std::uint32_t id);
 
 protected:
-    /// The component mutex: not recursive, default attributes. Guards what the derived class says it guards.
+    /// The component mutex: not recursive, default attributes. The derived class decides what it guards.
     pthread_mutex_t& componentMutex() { return mutex; }
 
 private:
@@ -82,26 +82,26 @@ private:
         void* context;
     };
 
-    pthread_mutex_t mutex;          // the derived class's; never taken by the platform
+    pthread_mutex_t mutex;          // used by the derived class; the platform never takes it
     pthread_mutex_t handlersMutex;  // guards handlers; released before a handler is called
     std::map<std::uint32_t, Registration> handlers;
     std::uint32_t componentNumber;
 };
 
-/// A component with an event queue, drained by whoever calls scheduleEvents().
+/// A component with an event queue. scheduleEvents() delivers its events.
 class DTV_PLATFORM_API AbstractApplication : public AbstractComponent {
 public:
     AbstractApplication();
     ~AbstractApplication() override;
 
     int deliverEvent(const Event& event) override;
-    /// As deliverEvent(), for events that the application sends to itself.
+    /// Like deliverEvent(), for events that the application sends to itself.
     virtual int deliverInternalEvent(const Event& event);
     /// Appends an event to the queue. Any thread; 0.
     virtual int postEvent(const Event& event);
     /// Puts an event ahead of every event that was posted with postEvent(). Any thread; 0.
     virtual int postInternalEvent(const Event& event);
-    /// Delivers what is queued, on the caller's thread; the number of events delivered.
+    /// Delivers the queued events on the caller's thread. Returns the number of events delivered.
     virtual int scheduleEvents();
 
 private:
@@ -116,8 +116,9 @@ enum CouplingMode : int {
     CouplingModeService = 1,  ///< waits for clients under its name, receives commands, sends events
 };
 
-/// A member that exchanges messages with members of other processes. It holds the I/O service handle; the connection is
-/// made by the base performStarting() and ended by the base performStopping(), and comes back by itself in between.
+/// A member that exchanges messages with members of other processes through its I/O service handle. The base
+/// performStarting() makes the connection and the base performStopping() ends it; a lost connection is restored
+/// automatically.
 class DTV_PLATFORM_API AbstractMarshallingImpl : public AbstractApplication {
 public:
     explicit AbstractMarshallingImpl(int couplingMode);
@@ -127,19 +128,21 @@ public:
     int performStarting() override;
     int performStopping() override;
 
-    /// Given by the process model between attachProcess() and setupDone(): keeps the handle and calls
-    /// registerMessageHandlers(), whose result it returns.
+    /// The process model calls this between attachProcess() and setupDone(). Keeps the handle and returns the result of
+    /// registerMessageHandlers().
     virtual int setLmqIOModule(frameLmqIOService* service);
-    /// Overridden by the member: one frameLmqIOServiceRegisterMessageHandlerFunction() per message that it receives.
+    /// Overridden by the member: calls frameLmqIOServiceRegisterMessageHandlerFunction() once for each message that it
+    /// receives.
     virtual int registerMessageHandlers();
 
-    /// Told of the connection's state, once a change, on the transport thread; `peer` names the connection. The bases
-    /// do nothing. ConnectionFailed is told once for each row of failed attempts, not once an attempt.
+    /// Called once for each change of the connection's state, on the transport thread; `peer` identifies the
+    /// connection. The bases do nothing. ConnectionFailed is called once for a series of failed attempts, not for each
+    /// attempt.
     virtual void onIOConnectionConnected(const TransportInfo& peer);
     virtual void onIOConnectionConnectionFailed(const TransportInfo& peer);
     virtual void onIOConnectionDisconnected(const TransportInfo& peer);
 
-    /// The name under which client and service meet; to be set by the constructor of the member.
+    /// Sets the name under which client and service meet. Call it in the member's constructor.
     void setServiceName(const std::string& name);
     const std::string& serviceName() const { return serviceName_; }
     int couplingMode() const { return couplingMode_; }

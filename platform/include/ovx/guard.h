@@ -1,5 +1,5 @@
-// Scoped lock over a POSIX mutex: taken by the constructor, released by the destructor. A mutex that cannot be taken or
-// released is a programming error and ends the process.
+// Scoped lock of a POSIX mutex: the constructor takes it, the destructor releases it. A failure of either is a
+// programming error and ends the process.
 #pragma once
 
 #include <pthread.h>

@@ -1,4 +1,4 @@
-// Thread creation through the OS layer, which records where in the source a thread was started. Results are those of
+// Creates threads through the OS layer, which records the place in the source that started them. Results are those of
 // the POSIX functions of the same name: 0 or an error number.
 #pragma once
 
@@ -11,7 +11,8 @@ extern "C" {
 DTV_PLATFORM_API int _ovxOsalPOSIX_pthread_attr_init(pthread_attr_t* attributes);
 DTV_PLATFORM_API int _ovxOsalPOSIX_pthread_attr_destroy(pthread_attr_t* attributes);
 
-/// As pthread_create; `attributes` may be null. `file` and `line` name the creating place and are kept, not copied.
+/// Like pthread_create; `attributes` may be null. `file` and `line` name the calling place; the pointer `file` is kept,
+/// not copied.
 DTV_PLATFORM_API int _ovxOsalPOSIX_pthread_create_line(pthread_t* thread, const pthread_attr_t* attributes,
                                                        void* (*entry)(void*), void* argument, const char* file,
                                                        int line);

@@ -1,7 +1,7 @@
 // InterfaceRegistry: the interfaces of this process by name.
 // Threads: any.
 // Blocks:  never.
-// Locks:   mutex guards interfaces; nobody is called while it is held.
+// Locks:   mutex guards interfaces; it is not held during a call out.
 // Fails:   -1, for the reasons given at each operation.
 #pragma once
 
@@ -16,7 +16,7 @@ namespace platform_common {
 
 class InterfaceRegistry {
 public:
-    /// The registry of the process. Never destroyed: members unregister themselves while the process ends.
+    /// The process's registry. Never destroyed: members unregister themselves during process exit.
     static InterfaceRegistry& instance();
 
     /// -1 for a null pointer, an empty name or a name that is taken.

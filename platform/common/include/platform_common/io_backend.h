@@ -1,23 +1,24 @@
-// What a platform brings along beside the common parts: a transport for marshalling members. The common parts call
-// these; the host and the recording platform each define them.
+// The transport that each platform implements for its marshalling members. The common parts call these functions; the
+// host and the recording platform each define them.
 #pragma once
 
 #include "frame/process_member.h"
 
 namespace platform_common {
 
-/// Makes the I/O service of a member whose name and coupling mode are known. Null when it cannot be made.
+/// Creates the I/O service of a member whose name and coupling mode are known. Null when it cannot be created.
 frameLmqIOService* createIOService(frame::AbstractMarshallingImpl& owner);
 
-/// Makes ready for starting. 0, or negative when the transport lacks what it needs.
+/// Prepares the start. 0, or negative when the transport lacks a resource.
 int setUpIOService(frameLmqIOService* service);
 
-/// Begins to exchange messages; the first attempt to connect has been made when it returns, whatever came of it.
+/// Starts to exchange messages. The first attempt to connect has been made on return, whether it succeeded or not.
 /// 0, or negative when the transport itself cannot run.
 int startIOService(frameLmqIOService* service);
 
-/// Ends the exchange: when it returns, no handler runs and none will. Harmless when not started, and when null.
-/// 0, or negative when the transport could not be ended in good order.
+/// Stops the exchange: after the return no handler runs and none will. Does nothing for a service that was not started
+/// or is null.
+/// 0, or negative when the transport could not be stopped cleanly.
 int stopIOService(frameLmqIOService* service);
 
 void destroyIOService(frameLmqIOService* service);

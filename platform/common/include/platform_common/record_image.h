@@ -1,8 +1,8 @@
-// Record images: turns a record in memory into the bytes that travel, and received bytes back into a record, both by
-// the record's byte-order table alone.
+// Record images: encodes a record in memory into its wire bytes, and decodes received bytes into a record. Both use
+// only the record's byte-order table.
 // Threads: any; the functions share no state.
 // Blocks:  never.
-// Fails:   with a text that names what was wrong and where; never reads outside of the given bytes.
+// Fails:   with a text that names the error and its position; never reads outside the given bytes.
 #pragma once
 
 #include <cstddef>
@@ -15,14 +15,14 @@
 
 namespace platform_common {
 
-/// Bytes that the fields of a record take on the wire, a carrier counted as 8. 1 for a record without fields.
+/// Number of bytes that the fields of a record take on the wire; a carrier counts as 8. 1 for a record without fields.
 std::size_t wireSizeOf(const ovxEndianTable& table);
 
-/// The wire image: fields in network byte order at their wire offsets, then the carried bytes in field order.
-/// A record without fields gives one zero byte.
+/// The wire image: the fields in network byte order at their wire offsets, followed by the carried bytes in field
+/// order. A record without fields becomes one zero byte.
 std::vector<std::uint8_t> encodeRecord(const ovxEndianTable& table, const void* record);
 
-/// A received record in host order and layout, with the carried bytes that its carriers point to. Move-only.
+/// A received record in host byte order and layout, together with the bytes of its carriers. Move-only.
 class DecodedRecord {
 public:
     const void* record() const { return bytes.data(); }
@@ -34,8 +34,8 @@ private:
     std::vector<std::unique_ptr<char[]>> carried;
 };
 
-/// Reads a wire image. False, and `error` filled, when the image is too short, too long, or a carrier's length does not
-/// fit what follows.
+/// Decodes a wire image. False, with a text in `error`, when the image is too short or too long, or when a carrier's
+/// length does not fit the rest of the image.
 bool decodeRecord(const ovxEndianTable& table, const std::uint8_t* image, std::size_t length, DecodedRecord& decoded,
                   std::string& error);
 

@@ -1,5 +1,5 @@
-// IPC message queue: bulk data between two processes by the name of the queue. One process creates the queue and reads
-// it on one thread; the other opens it and writes. Errors of the queue itself are thrown as
+// IPC message queue: moves bulk data between two processes that know the queue's name. One process creates the queue
+// and reads it on one thread; the other opens it and writes. The queue throws its errors as
 // boost::interprocess::interprocess_exception.
 #pragma once
 
@@ -12,7 +12,7 @@
 
 namespace velmora::msgqueue {
 
-/// A message as the queue moves it. encode() and decode() belong to the platform: the bytes in the queue are its own.
+/// A message in the queue. The platform defines encode() and decode(), and so the bytes in the queue.
 class DTV_PLATFORM_API IPCMessage {
 public:
     IPCMessage() = default;
@@ -20,20 +20,20 @@ public:
     IPCMessage& operator=(const IPCMessage&) = delete;
     virtual ~IPCMessage();
 
-    /// Writes the message to `bytes`; the number of bytes, or 0 when `capacity` does not suffice.
+    /// Writes the message to `bytes`. Returns the number of bytes, or 0 when `capacity` is too small.
     virtual std::size_t encode(std::uint8_t* bytes, std::size_t capacity) const = 0;
-    /// Reads the message; false, and the message unspecified, when the bytes are not one.
+    /// Reads the message. False when the bytes are not a valid message; the message is then unspecified.
     virtual bool decode(const std::uint8_t* bytes, std::size_t length) = 0;
 };
 
-/// One section on its way to the filter that asked for it.
+/// One section on its way to the filter that requested it.
 class DTV_PLATFORM_API SectionDataIPCMessage : public IPCMessage {
 public:
-    /// Bytes that a reader's buffer has to hold. decode() refuses a longer section.
+    /// Size of a reader's buffer. decode() refuses longer sections.
     static constexpr std::size_t kBufferSize = 8192;
 
     SectionDataIPCMessage() = default;
-    /// Frees `data` with delete[]; whoever lends a buffer sets the pointer back to null first.
+    /// Frees `data` with delete[]. The owner of a lent buffer must set the pointer to null first.
     ~SectionDataIPCMessage() override;
 
     std::size_t encode(std::uint8_t* bytes, std::size_t capacity) const override;
@@ -41,26 +41,25 @@ public:
 
     std::string sessionName;       ///< session name of the filter
     std::uint32_t dataLength = 0;  ///< bytes of the section in `data`
-    std::uint8_t* data = nullptr;  ///< a reader sets it to a buffer of kBufferSize bytes before the first receive
+    std::uint8_t* data = nullptr;  ///< a reader points it to kBufferSize bytes before its first receive
 };
 
 class DTV_PLATFORM_API IPCMessageQueue {
 public:
-    /// Creates the queue, replacing a left-over of the same name. Null when it cannot be created; nothing is thrown.
-    /// Messages of at least `maxMessageSize` bytes are taken, and at least `maxMessages` of them are held.
+    /// Creates the queue and replaces an old one with the same name. Null when it cannot be created; throws nothing.
+    /// Takes messages of at least `maxMessageSize` bytes and holds at least `maxMessages` of them.
     static IPCMessageQueue* create(const std::string& name, std::size_t maxMessageSize, std::size_t maxMessages);
 
-    /// Opens a queue that another process has created. Null when there is none, or none that this process can use.
+    /// Opens a queue that another process has created. Null when there is none, or when this process cannot use it.
     static IPCMessageQueue* open(const std::string& name);
 
     IPCMessageQueue(const IPCMessageQueue&) = delete;
     IPCMessageQueue& operator=(const IPCMessageQueue&) = delete;
-    /// The creator's handle removes the queue's name; so does that of another process where the creator has been
-    /// killed.
+    /// The creator's handle removes the queue's name. If the creator was killed, the other process's handle removes it.
     ~IPCMessageQueue();
 
-    /// Waits for a message and reads it into `message`. Bytes that are no message of that kind are dropped with a line,
-    /// and the wait goes on. One thread at a time.
+    /// Waits for a message and reads it into `message`. Drops bytes that are not a message of that kind, with a line,
+    /// and continues to wait. One thread at a time.
     void Receive(IPCMessage& message);
 
     /// Writes a message if there is room. Never waits: false when the queue is full. Any thread.
