@@ -1,7 +1,7 @@
 #!/bin/bash
-# Describes the library's binary interface, exported symbols and public types with their tables of virtual operations,
-# and compares it with the one that was accepted; every difference is printed in words and fails. With ACCEPT instead of
-# CHECK the description becomes the accepted one.
+# Describes the library's binary interface: exported symbols and public types with their virtual tables. Compares it
+# with the accepted description; prints every difference and fails. With ACCEPT instead of CHECK the description becomes
+# the accepted one.
 #   check_abi.sh CHECK|ACCEPT ACCEPTED_FOLDER LIBRARY TYPES_LIBRARY STRIP HEADER_FOLDER...
 set -euo pipefail
 mode=$1 accepted=$2 library=$3 types=$4 strip=$5
@@ -14,7 +14,7 @@ done
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
-# Without the debug information only the symbols are left, so that no change inside the library shows.
+# Without debug information only the symbols are compared, so internal changes do not show.
 "$strip" --remove-section=.gnu_debuglink -o "$folder/symbols.so" "$library"
 abidw --no-corpus-path --out-file "$folder/exports.abi" "$folder/symbols.so"
 abidw --no-corpus-path --no-comp-dir-path --no-show-locs --type-id-style hash --drop-private-types \
@@ -26,7 +26,7 @@ if [ "$mode" = ACCEPT ]; then
     exit
 fi
 
-# Incompatible differences alone where there are any, which reads better; otherwise all.
+# Shows only the incompatible differences if there are any, because that reads better; otherwise all.
 differences() {
     local pair=("$accepted/$1.abi" "$folder/$1.abi")
     abidiff --no-show-locs "${pair[@]}" >"$folder/differences" &&

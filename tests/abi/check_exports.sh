@@ -1,5 +1,5 @@
 #!/bin/bash
-# Compares the names that the library exports with those that it is to export, both ways.
+# Compares the names that the library exports with the expected names, in both directions.
 #   check_exports.sh NM LIBRARY EXPECTED_MESSAGES
 set -euo pipefail
 nm=$1 library=$2 messages=$3

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Holds the library as it is shipped to what a set maker relies on: what it needs at run time, how it is protected, that
-# its debug information is a file of its own, and its size.
+# Checks the shipped library for what a set maker relies on: its run-time dependencies, its hardening, its separate
+# debug information, and its size.
 #   check_release.sh READELF STRIP LIBRARY LARGEST_BYTES
 set -euo pipefail
 readelf=$1 strip=$2 library=$3 largest=$4
@@ -13,8 +13,7 @@ complain() {
     broken=1
 }
 
-# What a tool prints goes into a file first: a grep that has seen enough would end the tool with a broken pipe, which
-# counts as a failure here.
+# Write a tool's output to a file first: grep may exit early, and the broken pipe would then fail the script.
 
 # The compiler's run-time library and the loader come with the C and C++ libraries.
 allowed='libc\.so\.6|libstdc\+\+\.so\.6|libgcc_s\.so\.1|ld-linux[-a-z0-9_]*\.so\.[0-9]|libuuid\.so\.1|libdtvplatform\.so'
@@ -22,7 +21,7 @@ allowed='libc\.so\.6|libstdc\+\+\.so\.6|libgcc_s\.so\.1|ld-linux[-a-z0-9_]*\.so\
 while read -r needed; do
     [[ $needed =~ ^($allowed)$ ]] || complain "needs $needed"
 done < <(sed -nE 's/.*\(NEEDED\).*\[(.*)\]/\1/p' "$folder/dynamic")
-# shellcheck disable=SC2016 # the loader's word
+# shellcheck disable=SC2016 # $ORIGIN is expanded by the loader
 ! grep -E 'RPATH|RUNPATH' "$folder/dynamic" | grep -qvF '[$ORIGIN]' || complain "searches a folder of the build"
 ! grep -q TEXTREL "$folder/dynamic" || complain "has text relocations"
 grep -q 'BIND_NOW' "$folder/dynamic" || complain "is not bound when it is loaded"

@@ -1,4 +1,4 @@
-// Layouts as text ("0:u32, 4:string") against the entries of a byte-order table, at compile time.
+// Compares layouts as text ("0:u32, 4:string") with the entries of a byte-order table, at compile time.
 #pragma once
 
 #include <string_view>
@@ -32,7 +32,7 @@ inline constexpr FieldType kFieldTypes[] = {
     {"OpenFilterMatchMask_t", 3, 16, &__ovx_EndianTable_serializable_OpenFilterMatchMask_t},
 };
 
-/// By value: a type that is not there has no name.
+/// By value: a type that does not exist has no name.
 constexpr FieldType findType(std::string_view name) {
     for (const FieldType& type : kFieldTypes) {
         if (type.name == name) {
@@ -50,11 +50,11 @@ constexpr std::uint32_t toNumber(std::string_view digits) {
     return number;
 }
 
-/// Where the record in memory has the wire's offsets.
+/// True when records in memory have the same offsets as on the wire.
 constexpr bool kNarrow = sizeof(void*) == 4;
 
-/// Walks the text and the entries side by side: kinds, nested tables and offsets agree, the fields lie without a gap,
-/// and both end at `size`. On a 64-bit machine the entries' own offsets are wider; there the wire's are derived.
+/// Compares the text with the entries: kinds, nested tables and offsets must agree, the fields must have no gaps, and
+/// both must end at `size`. On a 64-bit machine offsets in memory are larger; the wire's are computed from the types.
 constexpr bool matches(const ovxEndianEntry* entry, std::string_view text, std::uint32_t size) {
     std::uint32_t wireOffset = 0;
     while (!text.empty()) {

@@ -1,5 +1,5 @@
-// Every type by which a browser or a platform meets the library, as a parameter of a function of its own, so that the
-// description of this file's functions is the description of all of them. Never run.
+// One function for every type that browsers or platforms share with the library, so that the ABI description of these
+// functions covers all of the types. Never executed.
 #include "app-browserdvbservice-proxy-main.h"
 #include "browser_AIT_catcher.h"
 #include "browserdvbservice_records.h"

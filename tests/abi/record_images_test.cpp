@@ -1,4 +1,4 @@
-// Images that are not what their table says: each is refused with the reason, and what they carry ends in a zero.
+// Invalid images are refused with the reason, and decoded texts end with a zero.
 #include <gmock/gmock.h>
 #include <malloc.h>
 
@@ -11,7 +11,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// The text that refuses an image; empty when it is taken.
+/// The error text for an image; empty when the image is accepted.
 std::string refusal(const ovxEndianTable& table, const Bytes& image) {
     platform_common::DecodedRecord decoded;
     std::string error;
@@ -47,14 +47,14 @@ TEST(ARecordImage, IsRefusedWhenACarrierNamesMoreThanIsThere) {
               "carrier at offset 0 names 2 bytes, 1 are left");
     EXPECT_EQ(refusal(*messages::OnFilterClosed::table(), Bytes{0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0, 'a'}),
               "carrier at offset 0 names 4294967295 bytes, 1 are left");
-    // The second of two carriers is measured against what the first has left.
+    // The second of two carriers is limited by what the first one leaves.
     EXPECT_EQ(
         refusal(*messages::OnFilterOpened::table(), Bytes{0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0, 0, 'a', 'b'}),
         "carrier at offset 8 names 2 bytes, 1 are left");
 }
 
 TEST(ARecordImage, EndsEachCarriersBytesInAZero) {
-    // The heap gives buffers that are not zero.
+    // Makes the heap return non-zero memory.
     mallopt(M_PERTURB, 0x5A);
     platform_common::DecodedRecord record;
     const auto& fields =

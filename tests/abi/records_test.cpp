@@ -1,4 +1,4 @@
-// The wire records against the hand-typed interface: identifiers, sizes, offsets, kinds, the exported tables.
+// Compares the records with the hand-typed interface: identifiers, sizes, offsets, kinds, the exported tables.
 #include <gtest/gtest.h>
 
 #include <set>
@@ -11,7 +11,7 @@
 
 using namespace lo::browserdvbservice;
 
-// Sizes and offsets in memory, asserted while compiling where pointers are 32 bits wide; the wire's always.
+// Checks sizes and offsets in memory at compile time on 32-bit machines; those of the wire on all machines.
 #define EXPECTED_COMMAND(operation, Message, decimal, hexadecimal, size, text)                        \
     static_assert(!layout::kNarrow || sizeof(browserdvbserviceMsg##Message##_t) == (size), #Message); \
     static_assert(layout::matches(table_##Message::kEntries, text, size), #Message);                  \

@@ -1,4 +1,4 @@
-// A section's message in the queue: what is taken for one, at the edges of its lengths.
+// Which bytes count as a section message, at the limits of its lengths.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -11,7 +11,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// A message with the lengths as given, whatever is there.
+/// A message with these lengths, even when they do not match the data.
 Bytes messageWith(std::uint32_t nameLength, const std::string& name, std::uint32_t sectionLength, std::size_t section) {
     Bytes bytes(2 * sizeof nameLength + name.size() + section, 0x42);
     std::memcpy(bytes.data(), &nameLength, sizeof nameLength);

@@ -1,4 +1,4 @@
-// Slot orders of everything with a table that crosses a boundary, typed out: an operation's entry in its class's table.
+// Typed out: the virtual-table slot of every operation that crosses the library's boundary.
 #include <gtest/gtest.h>
 
 #include "app-browserdvbservice-proxy-main.h"
@@ -22,7 +22,7 @@ using velmora::dtv::SectionFilterClient;
 
 namespace {
 
-/// The two destructors of a class that begins with a virtual one.
+/// A class that begins with a virtual destructor has two destructor slots first.
 constexpr int kBehindDestructors = 2;
 
 using TuneByTriplet = void (DvbAPIInterface::*)(int, int, int, int, int);

@@ -1,4 +1,4 @@
-// The byte-order tables as they lie in the loaded library, byte by byte, against what was written down for this width.
+// Compares the byte-order tables in the loaded library, byte by byte, with the accepted bytes for this width.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -36,7 +36,7 @@ const std::uint8_t* pointerAt(const std::uint8_t* bytes) {
     return pointer;
 }
 
-/// Follows a table by its symbol as a platform does: head, entries, end. Heads and entries are two words each.
+/// Reads a table through its symbol as a platform does: head, entries, end. Heads and entries are two words each.
 class TableReader {
 public:
     TableReader() : library(dlopen(LIBRARY_FILE, RTLD_NOW)) {}

@@ -1,5 +1,5 @@
-// The bytes that travel for every message, typed out: the record in network byte order, carriers as (length, 0), and
-// the carried bytes behind it. Strings of two bytes, of none, and with a zero byte inside; the same on either width.
+// The wire bytes of every message, typed out: the record in network byte order, carriers as (length, 0), then the
+// carried bytes. Strings have two bytes, none, or a zero byte inside. The bytes are the same for both widths.
 #include <gtest/gtest.h>
 
 #include "hex_text.h"

@@ -1,4 +1,4 @@
-// Becoming another program after a fork, run by the emulator where the tests themselves are.
+// Executes another program after a fork, in the emulator if the tests run in it.
 #pragma once
 
 #include <unistd.h>
@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-/// What runs a program: what runs the tests too, or the machine, for a program that was built for it.
+/// How to run a program: like the tests, or directly on the machine if it was built for it.
 enum class Runner { emulator, machine };
 
-/// The program by path with its arguments; ends with 127 when it cannot be run. A script is told of the emulator, for
-/// the programs that it starts.
+/// Executes the program at `program` with its arguments; exits with 127 when that fails. The environment names the
+/// emulator to scripts, for the programs that they start.
 [[noreturn]] inline void become(const std::string& program, std::vector<std::string> arguments,
                                 Runner runner = Runner::emulator) {
     std::vector<std::string> emulator = EMULATOR;

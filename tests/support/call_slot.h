@@ -1,4 +1,4 @@
-// Calls an operation by its position in an object's table, as code compiled against an interface's header does.
+// Calls an operation by its virtual-table slot, as code compiled against an interface's header does.
 #pragma once
 
 #include <cstdint>

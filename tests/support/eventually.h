@@ -1,4 +1,4 @@
-// Waiting for a condition, with a deadline that only a broken build meets.
+// Waits for a condition. Only a broken build reaches the deadline.
 #pragma once
 
 #include <chrono>
@@ -11,7 +11,7 @@ bool eventually(Condition condition, std::chrono::milliseconds longest = std::ch
         if (std::chrono::steady_clock::now() >= end) {
             return false;
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));  // between two looks; the condition decides
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));  // pause between two checks; the condition decides
     }
     return true;
 }

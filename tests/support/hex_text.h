@@ -1,4 +1,4 @@
-// Bytes as hexadecimal text, in groups of eight digits, for comparing and for reading differences.
+// Converts bytes to hexadecimal text in groups of eight digits, to compare them and to show differences.
 #pragma once
 
 #include <cctype>
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// Brings digits with any spacing into the one form that is compared.
+/// Normalises the spacing of digits so that they can be compared.
 inline std::string hexText(const std::string& digits) {
     std::string text;
     int count = 0;

@@ -1,5 +1,5 @@
-// Brings an event to the library as the transport would: from its fields, through the wire image, on the injection
-// thread.
+// Passes an event to the library as the transport would: encodes the fields into the wire image and decodes it on the
+// injection thread.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -7,7 +7,7 @@
 #include "message_transfer.h"
 #include "recording/recording_platform.h"
 
-/// Waits until the event has been handled; fails the test when nobody is registered for it.
+/// Waits until the event has been handled. Fails the test when no handler is registered.
 template <typename Event, typename... Arguments>
 void injectEvent(const Arguments&... arguments) {
     const lo::browserdvbservice::OutgoingRecord<Event> outgoing(arguments...);

@@ -11,8 +11,7 @@
 
 namespace logged {
 
-/// The line that is expected, with any line number. A mismatch shows it as a captured line is shown, and says in which
-/// fields the two differ.
+/// An expected line, with any line number. A mismatch prints it like a captured line and names the fields that differ.
 class Line {
 public:
     using is_gtest_matcher = void;
@@ -48,7 +47,7 @@ private:
     recording::LogLine expected;
 };
 
-/// A line of the shape with a tag.
+/// A line of the form with a tag.
 inline Line tagged(std::uint32_t level, const std::string& tag, const std::string& file, const std::string& function,
                    const std::string& message) {
     recording::LogLine expected;
@@ -60,7 +59,7 @@ inline Line tagged(std::uint32_t level, const std::string& tag, const std::strin
     return Line(std::move(expected));
 }
 
-/// A line of the shape without a tag.
+/// A line of the form without a tag.
 inline Line plain(std::uint32_t level, const std::string& file, const std::string& function,
                   const std::string& message) {
     return tagged(level, "", file, function, message);
@@ -77,7 +76,7 @@ inline std::vector<recording::LogLine> withoutTraces() {
     return lines;
 }
 
-/// The texts of the trace lines, with the line number taken out: "[TRACE -> f(IN)] file:f() \n".
+/// The texts of the trace lines, without the line number: "[TRACE -> f(IN)] file:f() \n".
 inline std::vector<std::string> traces() {
     std::vector<std::string> texts;
     for (const recording::LogLine& line : recording::log()) {
@@ -94,8 +93,8 @@ inline std::vector<std::string> traces() {
     return texts;
 }
 
-/// The captured lines of the service object's and the DVB API's units in their order, as "function: message", traces as
-/// "-> function", "<- function" and "[TRACE] function".
+/// The captured lines of the service object and the DVB API in order, as "function: message"; traces as "-> function",
+/// "<- function" and "[TRACE] function".
 inline std::vector<std::string> story() {
     std::vector<std::string> told;
     for (const recording::LogLine& line : recording::log()) {

@@ -1,4 +1,4 @@
-// How many messages and nested records the catalogue has.
+// Number of messages and nested records in the catalogue.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// A client of the RPC interface that keeps every event it hears as text, "operation(value, value)": numbers in decimal,
+// A client of the RPC interface that records every event as text, "operation(value, value)": numbers in decimal,
 // strings and byte vectors in hexadecimal after their length.
 #pragma once
 
@@ -34,9 +34,9 @@ public:
         return result;
     }
 
-    /// Called inside of every event, after it was kept.
+    /// Called inside every event, after the event was recorded.
     std::function<void()> reaction;
-    /// What every event returns.
+    /// The result of every event.
     int answer = 0;
 
 #define EVENT(identifier, operation, Message, decoder, fields)                                                    \

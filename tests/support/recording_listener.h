@@ -1,4 +1,4 @@
-// A listener of the DVB API that keeps every call as text, "operation(value, value)": numbers in decimal, strings in
+// A listener of the DVB API that records every call as text, "operation(value, value)": numbers in decimal, strings in
 // hexadecimal after their length.
 #pragma once
 
@@ -18,7 +18,7 @@ public:
         return heard;
     }
 
-    /// Called inside of every operation, after it was kept.
+    /// Called inside every operation, after the call was recorded.
     std::function<void()> reaction;
 
     void OnChannelChanged(bool started, std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid) override {

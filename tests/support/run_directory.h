@@ -1,4 +1,4 @@
-// A run directory of the test's own, made before anything of the platform reads its settings, and removed at the end.
+// Creates the test's own run directory before the platform reads its settings, and removes it at the end.
 #pragma once
 
 #include <gtest/gtest.h>

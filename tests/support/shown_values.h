@@ -1,4 +1,4 @@
-// Values of calls as text: numbers in decimal, bytes as their count and hexadecimal digits.
+// Formats values of calls as text: numbers in decimal, bytes as their count and hexadecimal digits.
 #pragma once
 
 #include <string>

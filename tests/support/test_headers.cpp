@@ -1,1 +1,1 @@
-// The source of the library that owns the test programs' precompiled headers: a library needs one.
+// Owns the precompiled headers of the test programs: CMake needs a library with at least one source.

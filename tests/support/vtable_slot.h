@@ -1,6 +1,5 @@
-// The entry that a virtual operation has in its class's table, read from a pointer to member as the Itanium C++ ABI
-// (and its 32-bit ARM variant) lays it out. Entries 0 and 1 are the two destructors of a class that begins with a
-// virtual one.
+// Returns the virtual-table slot of an operation from a pointer to member, as the Itanium C++ ABI and its 32-bit ARM
+// variant define it. In a class that begins with a virtual destructor, slots 0 and 1 are the two destructors.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// The functions that the linker puts in front of the C library's.
+// The replacements that the linker puts in place of the C library's functions.
 #include "wrapped_time.h"
 
 #include <unistd.h>
@@ -42,7 +42,7 @@ template <typename Wait>
 int timedWait(pthread_cond_t* condition, pthread_mutex_t* mutex, clockid_t clock, const timespec* deadline, Wait real) {
     switch (note(condition, clock, *deadline)) {
         case TimedWaits::endAtOnce:
-            // The mutex is let go and taken again, as a wait does.
+            // Releases the mutex and takes it again, as a real wait does.
             pthread_mutex_unlock(mutex);
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
             pthread_mutex_lock(mutex);

@@ -1,6 +1,6 @@
-// Time as the library asks for it, in the hands of a test: what it waits for and how long, without waiting for it.
-// A suite that uses this lists wrapped_time.cpp and calls dtv_wrap_time(). Calls from within shared libraries are not
-// seen: waits of the library's own units are.
+// Lets a test control and observe the library's waits and clocks without waiting in real time. To use it, a suite lists
+// wrapped_time.cpp and calls dtv_wrap_time(). It covers calls from the library's own units, not from other shared
+// libraries.
 #pragma once
 
 #include <pthread.h>
@@ -14,24 +14,24 @@ namespace wrapped_time {
 
 enum class TimedWaits {
     asAsked,
-    endAtOnce,  ///< each returns as if its time had passed
+    endAtOnce,  ///< each returns at once, as if its time had passed
     endNever,   ///< each waits until it is woken
 };
-/// Changes the timed waits on a condition; those on others stay as they are.
+/// Changes the timed waits on one condition; waits on other conditions stay real.
 void setTimedWaits(pthread_cond_t* condition, TimedWaits how);
 
-/// The deadlines of the timed waits on that condition since then, by the clock that each goes by.
+/// The deadlines of the timed waits on that condition since then, with the clock that each uses.
 struct Deadline {
     clockid_t clock;
     std::chrono::nanoseconds at;
 };
 std::vector<Deadline> deadlines();
 
-/// Lets clock_gettime() give a time, or with null fail; lasts until asUsual().
+/// Makes clock_gettime() return this time, or fail for null, until asUsual().
 void setClock(const timespec* now);
-/// The clocks that were read since setClock().
+/// The clocks that were read since setClock(), in order.
 std::vector<clockid_t> clocksRead();
-/// The pauses that usleep() was asked for so far, in microseconds.
+/// The durations of all usleep() calls so far, in microseconds.
 std::vector<useconds_t> pauses();
 
 void asUsual();

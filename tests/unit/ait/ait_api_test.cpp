@@ -1,4 +1,4 @@
-// The AIT API: its one client, and its way to the process's catcher.
+// The AIT API: its one client, and its access to the process's catcher.
 #include "catcher_fixture.h"
 
 namespace {

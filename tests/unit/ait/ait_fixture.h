@@ -1,4 +1,4 @@
-// AIT sections for tests, and a client that keeps what it is given.
+// AIT sections for tests, and a client that records what it receives.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ constexpr const char* kTag = "B-LOG";
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// A section with the fields that are looked at; `crc` stands in its last four bytes as given.
+/// A section with the header fields that the library reads. The last four bytes hold `crc`, whatever the content.
 inline Bytes aitBytes(unsigned int version, unsigned int number, unsigned int lastNumber, std::uint32_t crc,
                       std::size_t length = 16) {
     Bytes bytes(length, 0xAA);
@@ -57,7 +57,7 @@ public:
             reaction();
         }
     }
-    /// Called inside of every delivery, after it was kept.
+    /// Called inside every delivery, after it was recorded.
     std::function<void()> reaction;
 
     std::vector<Delivery> deliveries() const {
@@ -70,7 +70,7 @@ private:
     std::vector<Delivery> kept;
 };
 
-/// How each line that is no ordinary one begins.
+/// Recognises the messages whose level is failure, by their beginning.
 inline bool isFailure(const std::string& message) {
     const std::vector<std::string> failures = {
         "Invalid AIT Section length", "This Channel AIT is not stored.", "channelInfo.size() =",         "pthread_",
@@ -79,7 +79,7 @@ inline bool isFailure(const std::string& message) {
                        [&message](const std::string& failure) { return message.rfind(failure, 0) == 0; });
 }
 
-/// The captured lines without their traces, as messages. Each has the level and the tag that lines of its kind have.
+/// The messages of all captured lines except traces. Checks the level and the tag of each.
 inline std::vector<std::string> allMessages() {
     std::vector<std::string> messages;
     for (const recording::LogLine& line : logged::withoutTraces()) {
@@ -90,7 +90,7 @@ inline std::vector<std::string> allMessages() {
     return messages;
 }
 
-/// The same of one file.
+/// The same for one file.
 inline std::vector<std::string> messagesOf(const std::string& file) {
     std::vector<std::string> messages = allMessages();
     std::vector<std::string> own;
@@ -103,7 +103,7 @@ inline std::vector<std::string> messagesOf(const std::string& file) {
     return own;
 }
 
-/// The functions of the captured lines, in their order.
+/// The functions of the captured lines, in order.
 inline std::vector<std::string> functionsOf(const std::string& file) {
     std::vector<std::string> functions;
     for (const recording::LogLine& line : logged::withoutTraces()) {

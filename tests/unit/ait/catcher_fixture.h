@@ -1,4 +1,4 @@
-// A catcher of the test's own, with a client behind the AIT API.
+// The test's own catcher, with a client registered with the AIT API.
 #pragma once
 
 #include "ait_fixture.h"
@@ -7,7 +7,7 @@
 
 namespace velmora::dvbservice {
 
-/// Looks at what the catcher keeps to itself.
+/// Gives tests access to the catcher's private members.
 struct BrowserAITCatcherTestAccess {
     static std::size_t storages(BrowserAITCatcher& catcher) { return catcher.aitStorages.size(); }
     static ChannelInfo currentChannel(BrowserAITCatcher& catcher) { return *catcher.currentChannel; }
@@ -32,7 +32,7 @@ protected:
     bool deliveredEventually(std::size_t count) {
         return eventually([&] { return client.deliveries().size() == count; });
     }
-    /// Whether anybody holds the delivery mutex, the calling thread included.
+    /// Whether any thread holds the delivery mutex, the calling thread included.
     bool isDelivering() {
         pthread_mutex_t& mutex = velmora::dvbservice::BrowserAITCatcherTestAccess::mutex(catcher);
         if (pthread_mutex_trylock(&mutex) != 0) {

@@ -1,4 +1,4 @@
-// The AIT catcher: channels, filing and delivery.
+// The AIT catcher: channels, storage and delivery.
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -17,7 +17,7 @@ using velmora::dvbservice::BrowserAITCatcher;
 using velmora::dvbservice::BrowserAITCatcherTestAccess;
 using velmora::dvbservice::DvbAITSectionAPI;
 
-/// What the split of a key into numbers throws; empty when it throws nothing.
+/// What parsing a key into numbers throws; empty when nothing is thrown.
 std::string thrownBy(BrowserAITCatcher& catcher, const std::string& key) {
     try {
         catcher.sendAITData(key, Bytes(8, 1));
@@ -272,7 +272,7 @@ TEST_F(ACatcher, NeverOverlapsDeliveriesWhileEverythingHappensAtOnce) {
     api->unRegisterClient(nullptr);
 }
 
-/// Ends its process from inside of a delivery.
+/// Exits its process from inside a delivery.
 class EndingClient final : public velmora::dtv::AITSectionClient {
 public:
     std::promise<void> mayEnd;
@@ -283,7 +283,7 @@ public:
 };
 
 TEST(TheProcess, EndsFromInsideADeliveryThoughReplaysWaitForIt) {
-    // A process of its own, which forks before it has threads.
+    // A separate process, forked before any thread exists.
     const pid_t child = fork();
     if (child == 0) {
         static EndingClient client;
@@ -291,7 +291,7 @@ TEST(TheProcess, EndsFromInsideADeliveryThoughReplaysWaitForIt) {
         catcher->updateCurrentChannelInfo(0, 7, 8, 9);
         catcher->updateAIT(asText(aitBytes(1, 0, 0, 1)));
         DvbAITSectionAPI::getInstance()->registerClient(&client);
-        // Each has found its section before it waits for the delivery that goes on.
+        // Both replays find their section, then wait for the delivery in progress.
         catcher->getCurrentChannelAIT(7, 8, 9);
         catcher->getCurrentChannelAIT(7, 8, 9);
         eventually([] {

@@ -1,4 +1,4 @@
-// Replays of the AIT catcher: what is sent again, and the worker that does it.
+// Replays of the AIT catcher: what they deliver, and the worker thread.
 #include <thread>
 
 #include "catcher_fixture.h"
@@ -8,7 +8,7 @@ namespace {
 using velmora::dvbservice::BrowserAITCatcher;
 using velmora::dvbservice::BrowserAITCatcherTestAccess;
 
-/// Runs the workers that were kept, one after the other, each on a thread of its own.
+/// Runs the recorded workers one after the other, each on its own thread.
 void runKeptWorkers() {
     for (const seams::Worker& worker : seams::keptWorkers()) {
         std::thread([&worker] { worker.run(); }).join();

@@ -1,4 +1,4 @@
-// The wrapped functions: __wrap_f is what callers of f reach, __real_f is f itself.
+// The wrapped functions: callers of f reach __wrap_f; __real_f is the original f.
 #include "seams.h"
 
 #include <cstdint>

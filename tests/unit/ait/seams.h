@@ -1,7 +1,7 @@
-// The calls that the AIT units make of the platform and of each other, seen and answered by a test. The linker leads
-// them here (--wrap), so the library has no part in it. Until a test asks for more, every call goes where it would.
+// Lets tests observe and replace the AIT units' calls to the platform and to each other. The linker redirects the calls
+// (--wrap), so the library needs no change. By default every call goes to its normal target.
 // Threads: any.
-// Locks:   one mutex guards what is kept; no other function is called while it is held.
+// Locks:   one mutex guards the recorded data; it is not held during other calls.
 #pragma once
 
 #include <pthread.h>
@@ -11,19 +11,19 @@
 
 namespace seams {
 
-/// Forgets everything: calls go where they would.
+/// Clears everything: calls go to their normal targets.
 void reset();
 
 // --- threads -------------------------------------------------------------------------------------------------------
 
-/// What was done to make threads, in order: "init", "detach", "create", "destroy".
+/// The steps that created threads, in order: "init", "detach", "create", "destroy".
 std::vector<std::string> threadSteps();
-/// The attributes that the steps were given, one a step; null for a thread that is created without.
+/// The attributes passed to each step; null for a thread created without attributes.
 std::vector<const pthread_attr_t*> threadAttributes();
-/// Lets setting the detached state fail.
+/// Makes setting the detached state fail.
 void failDetaching();
 
-/// A thread that was to be created.
+/// A thread whose creation was requested.
 struct Worker {
     void* (*entry)(void*);
     void* argument;
@@ -32,16 +32,16 @@ struct Worker {
     bool isDetached;
     void run() const { entry(argument); }
 };
-/// Keeps threads instead of creating them; the caller is told that they run.
+/// Records threads instead of creating them; the caller gets a success.
 void keepWorkers();
 std::vector<Worker> keptWorkers();
 
 // --- singletons ----------------------------------------------------------------------------------------------------
 
-/// Lets getInstance() of the AIT API, or of the catcher, find nothing.
+/// Makes getInstance() of the AIT API, or of the catcher, return null.
 void hideApi();
 void hideCatcher();
-/// How often somebody has waited for an instance that is being created.
+/// How often a thread has waited for an instance that is being created.
 int waitsForInstance();
 
 }  // namespace seams

@@ -1,4 +1,4 @@
-// The singleton scheme: its word's values, and who waits for whom.
+// The singleton: the values of its word, and which thread waits.
 #include "singleton.h"
 
 #include <future>
@@ -11,7 +11,7 @@ namespace {
 
 using velmora::base::Singleton;
 
-/// A class of the scheme that looks at its own word while it is constructed, and counts its constructions.
+/// A singleton class that reads its own word during construction and counts its constructions.
 template <int number>
 struct Watched {
     Watched() {
@@ -56,7 +56,7 @@ TEST(TheSingletonScheme, LetsASecondCallerWaitWhileTheFirstCreates) {
     using T = Watched<2>;
     seams::reset();
     std::future<T*> second;
-    // The first construction goes on when the second caller waits, or has begun to construct as well.
+    // The first construction continues once the second caller waits or has also begun to construct.
     T::during() = [&second] {
         T::during() = nullptr;
         second = std::async(std::launch::async, [] { return Singleton<T>::get(); });
@@ -71,7 +71,7 @@ TEST(TheSingletonScheme, LetsASecondCallerWaitWhileTheFirstCreates) {
 TEST(TheSingletonScheme, GivesAnyWordAboveTheMarkWithoutWaiting) {
     using T = Watched<3>;
     seams::reset();
-    // The last is an address in the upper half.
+    // The last is an address in the upper half of the address space.
     for (const std::intptr_t word : {std::intptr_t{2}, std::intptr_t{0x1000}, std::intptr_t{-16}}) {
         setWord<T>(word);
         EXPECT_EQ(reinterpret_cast<std::intptr_t>(Singleton<T>::get()), word);

@@ -1,4 +1,4 @@
-// What the storage of a channel takes, and what it tells from it.
+// Which sections the storage of a channel takes, and what it returns.
 #include "ait_fixture.h"
 
 using velmora::dvbservice::AITStorage;

@@ -1,4 +1,4 @@
-// The two lines of a traced operation.
+// The two trace lines in the AIT units.
 #include "trace_scope.h"
 
 #include <stdexcept>

@@ -1,4 +1,4 @@
-// Who is inside of an object, and when it may be destroyed.
+// Which threads count as inside an object, and when the object may be destroyed.
 #include "occupancy.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ using Stay = Occupancy::Stay;
 constexpr std::chrono::milliseconds kAtOnce{0};
 constexpr std::chrono::seconds kLong{20};
 
-/// A thread that is inside until it is told to leave.
+/// A thread that stays inside until the test tells it to leave.
 class Visitor {
 public:
     Visitor(Occupancy& occupancy, As role) {

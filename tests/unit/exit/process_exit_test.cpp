@@ -1,5 +1,5 @@
-// Real processes that end while threads are inside of the library: they end, none crashes, the objects are destroyed
-// when nobody is inside and left alone when somebody is.
+// Real processes that exit while threads are inside the library: every process exits without a crash, and destroys the
+// objects only if no thread is inside.
 #include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -30,11 +30,11 @@ using velmora::dvbservice::SectionFilterAPI;
 constexpr int kEnded = 3;
 constexpr int kScenarioFailed = 4;
 
-/// How a process ended, and what it had logged by then.
+/// How a process ended, and what it had logged.
 struct End {
     bool inTime = false;
     int status = 0;
-    std::vector<std::string> lines;  // those about life, waits and the null service
+    std::vector<std::string> lines;  // only lines about creation, destruction, waits and the null service
 
     bool isClean() const { return inTime && WIFEXITED(status) && WEXITSTATUS(status) == kEnded; }
     std::size_t count(const std::string& part) const {
@@ -47,7 +47,7 @@ struct End {
 int reportTo = -1;
 std::function<void()> afterwards;
 
-/// Registered before the library has made anything, so it runs when everything of the library's has been destroyed.
+/// Registered before the library creates any object, so it runs after all objects have been destroyed.
 void lastHandler() {
     if (afterwards) {
         afterwards();
@@ -70,7 +70,8 @@ void lastHandler() {
     std::exit(kEnded);
 }
 
-/// Runs a scenario in a process of its own, which then exits; `last` runs in it after the library's objects have gone.
+/// Runs a scenario in a separate process, which then exits. `last` runs in it after the library's objects were
+/// destroyed.
 End endOf(const std::function<void()>& scenario, std::function<void()> last = {}) {
     int ends[2];
     EXPECT_EQ(pipe(ends), 0);
@@ -106,13 +107,13 @@ void require(bool condition) {
     }
 }
 
-/// A thread that outlives the process's exit handlers.
+/// A thread that continues while and after the exit handlers run.
 template <typename Function>
 void detached(Function function) {
     std::thread(function).detach();
 }
 
-/// Answers each request to open a filter at once, and a close only when `closes`.
+/// Confirms each request to open a filter at once, and requests to close one only if `closes`.
 void answerFilters(bool closes) {
     recording::setSendAction([closes](const recording::SentMessage& message) {
         frame::MsgIds ids;
@@ -135,7 +136,7 @@ bool waitForSentMessage(std::uint32_t identifier) {
     });
 }
 
-/// Does something with the first section that it is given.
+/// Runs a reaction on the first section that it receives.
 class ReactingSectionClient final : public velmora::dtv::SectionFilterClient {
 public:
     explicit ReactingSectionClient(std::function<void()> newReaction) : reaction(std::move(newReaction)) {}
@@ -149,7 +150,7 @@ private:
     std::function<void()> reaction;
 };
 
-/// Opens a filter and has the client be inside of its first section.
+/// Opens a filter and delivers a section, so that the client is inside its first call.
 void deliverTo(ReactingSectionClient& client) {
     answerFilters(true);
     require(SectionFilterAPI::getInstance()->startSection(&client, "s", 0x111, nullptr, nullptr, 0));
@@ -266,7 +267,7 @@ TEST(AProcess, ExitsWhileAListenerHandsOverAnAit) {
             });
             client.entered.get_future().wait();
         },
-        // The catcher's turn to be destroyed has passed: the thread inside still has it.
+        // The catcher was not destroyed, because this thread is inside it.
         [] {
             client.mayLeave.set_value();
             done.get_future().wait();

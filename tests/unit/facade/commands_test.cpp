@@ -1,5 +1,5 @@
-// Every operation of the DVB API, called through the pointer that the entry point gave: what it sends, what it returns,
-// which lines and traces are the facade's own.
+// Every operation of the DVB API, called through the pointer from the entry point: which message it sends, what it
+// returns, and which lines and traces the facade itself writes.
 #include <future>
 #include <limits>
 
@@ -20,7 +20,7 @@ struct Operation {
     const char* wire;
     enum class Result { none, zero, ofSend } result;
     bool traced;
-    const char* line;  // the facade's own; null for none
+    const char* line;  // written by the facade itself; null for none
 };
 
 using Result = Operation::Result;
@@ -94,7 +94,7 @@ std::vector<std::string> ownTraces() {
 constexpr int kLeast = std::numeric_limits<int>::min();
 constexpr int kMost = std::numeric_limits<int>::max();
 
-/// The same calls of the DVB API and of the service object, with values at their ends.
+/// The same calls to the DVB API and to the service object, with extreme values.
 template <typename Target>
 std::vector<std::function<int(Target&)>> extremeCalls() {
     const auto nothing = [](auto call) {
@@ -123,7 +123,7 @@ std::vector<std::function<int(Target&)>> extremeCalls() {
     };
 }
 
-/// What a call sends, returns, and lets the service object write.
+/// The messages that a call sends, its result, and the service object's lines.
 template <typename Target>
 std::vector<std::string> outcome(const std::function<int(Target&)>& call, Target& target) {
     recording::reset();
@@ -253,7 +253,7 @@ TEST_F(TheDvbApi, ReadsTheChannelBack) {
 }
 
 TEST_F(TheDvbApi, AnswersThroughItsTableByPosition) {
-    // Slot 6 gives a string by value: what a browser compiled against the header calls blind.
+    // Slot 6 returns a string by value; a browser calls it by the slot number compiled from the header.
     injectEvent<messages::OnAcquireDtvServiceInfo>("4:5:6");
     using Slot = std::string (*)(DvbAPIInterface*);
     void* const* const table = *reinterpret_cast<void* const* const*>(api);

@@ -1,5 +1,5 @@
-// The DVB API as a browser gets it, by the entry point, on the recording platform. The objects behind it are those of
-// the process, so each test sets the state that it looks at.
+// The DVB API as a browser gets it, from the entry point, on the recording platform. Its objects exist once per
+// process, so each test first sets the state that it checks.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
-// The listeners: their registry, and the fan-out of an event.
+// The listeners: their registry, and the delivery of events.
 #include "facade_fixture.h"
 #include "waits_for_lock.h"
 
 namespace velmora::dvbservice {
 
-/// Looks at what the DVB API keeps to itself.
+/// Gives tests access to the DVB API's private members.
 struct BrowserDvbAPITestAccess {
     static boost::recursive_mutex& listenersMutex(BrowserDvbAPI& api) { return api.listenersMutex; }
     static std::size_t count(BrowserDvbAPI& api) {
@@ -22,7 +22,7 @@ using velmora::dvbservice::BrowserDvbAPITestAccess;
 
 using Listener = std::shared_ptr<RecordingListener>;
 
-/// Registers listeners for the length of a test.
+/// Registers listeners for the duration of a test.
 class AListenerRegistry : public TheDvbApi {
 protected:
     ~AListenerRegistry() override {
@@ -119,11 +119,11 @@ TEST_F(AListenerRegistry, KeepsTheOrderOfTheOthersAfterARemoval) {
 }
 
 TEST_F(AListenerRegistry, TellsListenersApartByTheirAddress) {
-    // Two that are alike in every value.
+    // Two listeners with equal values.
     const Listener first = added();
     const Listener second = added();
     EXPECT_EQ(BrowserDvbAPITestAccess::count(own()), 2U);
-    // The same listener through another owner.
+    // The same listener with another owner.
     api->addListener(std::shared_ptr<RecordingListener>(first.get(), [](RecordingListener*) {}));
     EXPECT_EQ(BrowserDvbAPITestAccess::count(own()), 2U);
     api->removeListener(std::shared_ptr<RecordingListener>(second.get(), [](RecordingListener*) {}));

@@ -1,4 +1,4 @@
-// The entry point and the singleton scheme.
+// The entry point and the singleton.
 #include <future>
 #include <set>
 #include <thread>
@@ -24,12 +24,12 @@ auto creating(const std::string& name) {
     return logged::tagged(0x5F0FA0, "B-LOG", kFile, "DTVAPI_QueryInterface", "Creating interface : " + name + "\n");
 }
 
-/// A class of the scheme whose constructor throws as often as it is told to.
+/// A singleton class whose constructor always throws.
 struct Fragile {
     Fragile() { throw std::runtime_error("not yet"); }
 };
 
-/// A class of the scheme whose construction takes until it is told to finish.
+/// A singleton class whose construction lasts until the test ends it.
 struct Slow {
     Slow() {
         ++constructions;
@@ -46,12 +46,12 @@ std::atomic<int> Slow::constructions{0};
 std::promise<void> Slow::begun;
 std::future<void> Slow::finish;
 
-/// A class of the scheme that tells of its end.
+/// A singleton class that reports its destruction.
 struct Mourned {
     ~Mourned() { std::fputs("destroyed\n", stderr); }
 };
 
-/// A class of the scheme that counts its constructions, and lets them take until all threads are there.
+/// A singleton class that counts its constructions and waits in them until all threads are there.
 struct Counted {
     Counted() {
         ++constructions;
@@ -212,7 +212,7 @@ TEST(TheServiceObject, IsMadeStartedAndAskedForTheChannelOnceWhenThreadsRace) {
     BrowserDVBService* const first = racers[0].get();
     EXPECT_EQ(racers[1].get(), first);
     EXPECT_EQ(BrowserDVBService::getInstance(), first);
-    // In a process of its own this test sees the creation; after another one it sees that there is none.
+    // When this test runs in its own process, it sees the creation; after another test it sees none.
     std::size_t creations = 0;
     for (const recording::LogLine& line : recording::log()) {
         creations += line.message.rfind("Creating BrowserDVBService", 0) == 0 ? 1 : 0;

@@ -1,10 +1,10 @@
-// The DVB API and its listeners called by position alone: the numbers here are the binary interface.
+// Calls the DVB API and its listeners only by slot number: the numbers here are the binary interface.
 #include "call_slot.h"
 #include "facade_fixture.h"
 
 namespace {
 
-/// The message that the last call sent.
+/// Identifier of the message that the last call sent.
 std::uint32_t sentId() {
     const std::vector<recording::SentMessage> sent = recording::sent();
     const std::uint32_t id = sent.size() == 1 ? sent[0].header.messageId : 0;
@@ -72,7 +72,7 @@ TEST_F(TheDvbApi, DoesWhatEachPositionSays) {
 }
 
 TEST_F(TheDvbApi, TakesListenersAtTheirPositions) {
-    // A shared pointer by value goes by reference to a copy, as every class with a destructor of its own.
+    // A shared pointer by value is passed as the address of a copy, like every class with a destructor.
     std::shared_ptr<velmora::dtv::DVBServiceListener> listener = std::make_shared<RecordingListener>();
     const auto& heard = static_cast<RecordingListener&>(*listener);
     std::shared_ptr<velmora::dtv::DVBServiceListener> copy = listener;

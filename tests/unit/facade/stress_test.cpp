@@ -1,5 +1,5 @@
-// Browser threads, events and listeners that come and go, all at once: nobody deadlocks, and who was registered
-// throughout hears of every event exactly once. The thread sanitizer's build looks at the accesses.
+// Browser threads, events and listeners that are added and removed, all at once: there is no deadlock, and a listener
+// that stays registered receives every event exactly once. The thread sanitizer checks the accesses.
 #include <atomic>
 #include <thread>
 
@@ -10,7 +10,7 @@ namespace {
 constexpr int kRounds = 300;
 constexpr int kBrowserThreads = 4;
 
-/// Counts instead of keeping.
+/// Counts events instead of recording them.
 class CountingListener : public RecordingListener {
 public:
     std::atomic<int> pts{0};

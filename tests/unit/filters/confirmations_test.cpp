@@ -1,4 +1,4 @@
-// Confirmations: which wait takes which, how waits sleep and wake, and what the clock has to do with it.
+// Confirmations: which wait takes which one, how waits sleep and wake, and how they use the clock.
 #include <chrono>
 #include <future>
 
@@ -27,7 +27,7 @@ protected:
     static bool sleeping(std::size_t count) {
         return eventually([count] { return wrapped_time::deadlines().size() == count; });
     }
-    /// Lets four wait, and confirms them one by one.
+    /// Starts four waits and confirms them one by one.
     template <typename Wait, typename Confirm>
     void expectEveryWaitWoken(Wait wait, Confirm confirm) {
         letTimedWaits(wrapped_time::TimedWaits::endNever);
@@ -37,7 +37,7 @@ protected:
             waits.push_back(std::async(std::launch::async, wait, session));
             ASSERT_TRUE(sleeping(waits.size()));
         }
-        // The last that went to sleep is not the first to be woken when only one is.
+        // In reverse order: with a notify_one() the wait that slept last would not wake first.
         bool allWoken = true;
         for (std::size_t index = waits.size(); index-- > 0;) {
             confirm(sessions[index]);
@@ -45,7 +45,7 @@ protected:
         }
         EXPECT_TRUE(allWoken);
         for (std::future<bool>& each : waits) {
-            // Wakes those that a broken build has left asleep.
+            // Wakes the waits that a broken build has left asleep.
             EXPECT_TRUE(eventually([&] {
                 confirm("somebody");
                 return each.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
@@ -164,7 +164,7 @@ TEST_F(AConfirmation, HasItsLinesWrittenUnderTheLock) {
 }
 
 TEST_F(AConfirmation, IsWaitedForTenSecondsOfTheWallClockAtATime) {
-    // Time stands still for three looks at the clock after the one at the beginning.
+    // The clock does not advance for the first four readings, the one at the beginning included.
     static std::atomic<int> looks;
     looks = 0;
     velmora::dvbservice::handshakeClock = [] { return ++looks <= 4 ? 5.0 : 15.1; };
@@ -187,11 +187,11 @@ TEST_F(AConfirmation, IsWaitedForTenSecondsOfTheWallClockAtATime) {
 }
 
 TEST_F(AConfirmation, IsLookedForBeforeTheTimeIs) {
-    // More than ten seconds have passed at the first look, but the confirmation is there.
+    // More than ten seconds have passed at the first check, but the confirmation has already arrived.
     hurry();
     confirmClose("a", 0);
     EXPECT_TRUE(stopped("a"));
-    // It comes during a sleep that takes longer than the wait.
+    // The confirmation arrives during a sleep that exceeds the limit.
     testSeconds = 0;
     velmora::dvbservice::handshakeClock = &readTestSeconds;
     letTimedWaits(wrapped_time::TimedWaits::endNever);
@@ -232,7 +232,7 @@ TEST_F(AConfirmation, EndsOneWaitEvenIfTwoWaitForTheSame) {
         });
     };
     confirmOpen(1, "a", 0);
-    // Both were woken: one has gone back to sleep.
+    // Both waits woke, and one of them sleeps again.
     ASSERT_TRUE(sleeping(3));
     EXPECT_TRUE(eventually([&ready] { return ready() == 1; }));
     EXPECT_TRUE(results().empty());

@@ -8,9 +8,9 @@
 
 namespace {
 
-/// Whether memory that may be refused is refused.
+/// Makes the optional allocations fail.
 std::atomic<bool> failingAllocations{false};
-/// How often such memory was asked for.
+/// Number of such allocations so far.
 std::atomic<int> allocations{0};
 
 }  // namespace
@@ -134,7 +134,7 @@ TEST_F(ADelivery, EndsForGoodAfterAReceiveError) {
     openFilter("b");
     EXPECT_TRUE(messagesOf("createIPCChannelForSectionData").empty()) << "no thread is made again";
     ASSERT_TRUE(recording::writeSection(queue(), "b", {1}));
-    // Longer than the thread rests after the error.
+    // Longer than the thread's pause after the error.
     EXPECT_FALSE(eventually([&] { return recording::waitingSections(queue()) != 1; }, std::chrono::milliseconds(300)));
     EXPECT_TRUE(client.sections().empty());
     EXPECT_TRUE(recording::logOf("thread_proc_section_data").empty());
@@ -145,10 +145,10 @@ TEST_F(ADelivery, OutlivesItsObjectAndTouchesItNoMore) {
     const std::string name = queue();
     ASSERT_TRUE(recording::writeSection(name, "a", {1}));
     ASSERT_TRUE(delivered(1));
-    service->stop();  // the proxy holds it too
+    service->stop();  // the proxy holds a reference too
     service.reset();
     EXPECT_EQ(recording::logOf("~BrowserDVBService").size(), 1U);
-    // The sanitizers watch that the thread, which takes the section, leaves the object alone.
+    // The sanitizers report it if the thread, which takes the section, accesses the destroyed object.
     EXPECT_TRUE(recording::writeSection(name, "a", {2}));
     EXPECT_TRUE(eventually([&name] { return recording::waitingSections(name) == 0; }));
     EXPECT_EQ(client.sections().size(), 1U);

@@ -1,4 +1,4 @@
-// The delivery thread's start, between it and its creator, its end after a receive error, and what it hands to clients.
+// The delivery thread: its start, its end after a receive error, and what it delivers to clients.
 #include <boost/interprocess/exceptions.hpp>
 #include <future>
 #include <stdexcept>
@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Tells of the end of the thread that has one.
+/// Reports the end of the thread that owns it.
 class ThreadsEnd {
 public:
     ~ThreadsEnd() {
@@ -36,7 +36,7 @@ protected:
         answerWith(0);
         ASSERT_EQ(service->startSection(&client, session, 100, nullptr, nullptr, 0), 0);
     }
-    /// A filter with its thread, which has written all of its beginning.
+    /// Opens a filter and waits until the delivery thread has written its start lines.
     void openFirstFilter() {
         openFilter("a");
         ASSERT_TRUE(recording::waitForLog("thread_proc_section_data create Signal 1"));
@@ -44,7 +44,7 @@ protected:
     bool delivered(std::size_t count) {
         return eventually([&] { return client.sections().size() == count; });
     }
-    /// Writes a section of the first filter and waits until its client has done something on the delivery thread.
+    /// Writes a section and waits until the client has run `reaction` on the delivery thread.
     void inDelivery(const std::function<void()>& reaction) {
         const auto done = std::make_shared<std::promise<void>>();
         client.reaction = [=] {
@@ -54,7 +54,7 @@ protected:
         ASSERT_TRUE(recording::writeSection(queue(), "a", {1}));
         ASSERT_TRUE(isReady(done->get_future()));
     }
-    /// In a process that a test expects to end: waits for that.
+    /// Gives another thread time to end this process; exits with 0 if it does not.
     [[noreturn]] static void waitForTheEnd() {
         std::this_thread::sleep_for(std::chrono::seconds(20));
         std::_Exit(0);
@@ -264,7 +264,7 @@ TEST_F(ADeliveryThread, EndsAfterAReceiveErrorAndItsPause) {
     EXPECT_THAT(logged::story(),
                 testing::ElementsAre("thread_proc_section_data: Failed to received DTV data. Exception occured: "
                                      "Input/output error\n"));
-    // And for good: the queue is there, so no other thread is made.
+    // The end is final: the queue exists, so no new thread is created.
     recording::reset();
     openFilter("b");
     EXPECT_TRUE(recording::threadsCreated().empty());

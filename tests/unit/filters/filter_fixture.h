@@ -1,4 +1,5 @@
-// A service object with filters on the recording platform: what it sends is answered by the test, or at once.
+// A service object with filters on the recording platform. The test answers the sent messages, or the fixture does so
+// at once.
 #pragma once
 
 #include <algorithm>
@@ -8,7 +9,7 @@
 
 namespace velmora::dvbservice {
 
-/// Looks at what records keep to themselves.
+/// Gives tests access to the private members of filter records.
 struct FilterParameterTestAccess {
     static unsigned int state(const FilterParameter& filter) { return filter.state; }
     static std::string dataSlot(const FilterParameter& filter) { return filter.dataSlot.get(); }
@@ -19,7 +20,7 @@ struct FilterParameterTestAccess {
 using velmora::dvbservice::FilterParameter;
 using velmora::dvbservice::FilterParameterTestAccess;
 
-/// Keeps the sections that it is given.
+/// Records the sections that it receives.
 class KeepingSectionClient final : public velmora::dtv::SectionFilterClient {
 public:
     struct Section {
@@ -54,14 +55,15 @@ protected:
     ~AFilter() override {
         velmora::dvbservice::handshakeClock = &velmora::dvbservice::monotonicSeconds;
         recording::setSendAction(nullptr);
-        // The delivery thread goes on for the life of the process, so its object and the client do as well.
+        // The delivery thread runs until the process ends, so its object and the client must live as long.
         static auto* const kept = new std::vector<boost::shared_ptr<velmora::dvbservice::BrowserDVBService>>;
         kept->push_back(service);
         static auto* const keptClients = new std::vector<std::shared_ptr<KeepingSectionClient>>;
         keptClients->push_back(ownedClient);
     }
 
-    /// Answers every open and close with a result, from the thread that sends it; `sendResult` is what its send gets.
+    /// Answers every open and close request with `result` on the sending thread. `sendResult` is the result of the
+    /// send.
     void answerWith(short result, int sendResult = 0) {
         recording::setSendAction([this, result, sendResult](const recording::SentMessage& message) {
             const auto text = [&message](std::size_t fixed) {
@@ -81,7 +83,7 @@ protected:
     boost::shared_ptr<FilterParameter> recordOf(const std::string& session) {
         return service->findFilterParameterBySessionName(session);
     }
-    /// How each line that is no ordinary one begins.
+    /// Recognises the messages whose level is failure, by their beginning.
     static bool isFailure(const std::string& message) {
         const std::vector<std::string> failures = {"Invalid ",
                                                    " Filter For Session Not Found",
@@ -94,7 +96,7 @@ protected:
         return std::any_of(failures.begin(), failures.end(),
                            [&message](const std::string& failure) { return message.rfind(failure, 0) == 0; });
     }
-    /// The captured lines of a function, as messages. Each has the level, tag and file that lines of its kind have.
+    /// The messages of a function's captured lines. Checks the level, tag and file of each.
     static std::vector<std::string> messagesOf(const std::string& function) {
         std::vector<std::string> messages;
         for (const recording::LogLine& line : recording::logOf(function)) {

@@ -1,4 +1,4 @@
-// Filters that are opened and closed, with confirmations and a clock of the test's.
+// Opens and closes filters with confirmations and a clock that the test controls.
 #pragma once
 
 #include <atomic>
@@ -7,14 +7,14 @@
 
 constexpr const char* kFile = "browser_dvb_service_handshake.cpp";
 
-/// Time as the test moves it.
+/// The time that the test sets.
 inline std::atomic<double> testSeconds{0};
 inline std::atomic<int> readings{0};
 inline double readTestSeconds() {
     ++readings;
     return testSeconds;
 }
-/// Eleven seconds pass with every look at the clock, so that a wait gives up at its first.
+/// Advances eleven seconds at each reading, so that a wait gives up at its first check.
 inline double hurryingSeconds() {
     static std::atomic<int> looks{0};
     return 11.0 * ++looks;

@@ -91,9 +91,9 @@ TEST_F(AHandshake, GivesUpAfterTenSecondsAndLeavesALateConfirmationForGood) {
     velmora::dvbservice::handshakeClock = &readTestSeconds;
     std::future<int> result = std::async(std::launch::async, [this] { return open("late"); });
     ASSERT_TRUE(recording::waitForSent(2));
-    // The wait has noted its begin, and looked once how much has passed.
+    // The wait has read the clock at its beginning and checked it once.
     ASSERT_TRUE(eventually([] { return readings >= 2; }));
-    // Another PID's confirmation wakes the wait and is not taken, nor does ten seconds to the dot end it.
+    // A confirmation for another PID wakes the wait but does not end it. Exactly ten seconds do not end it either.
     testSeconds = 1010;
     const int readingsBefore = readings;
     confirmOpen(101, "late", 0);

@@ -1,4 +1,4 @@
-// The filter table and the registry of clients: what their lock covers, their order, and what is the same.
+// The filter table and the client registry: what their lock covers, their order, and which entries count as equal.
 #include <thread>
 
 #include "filter_fixture.h"

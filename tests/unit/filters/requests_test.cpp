@@ -1,18 +1,18 @@
-// The four requests: the complete lines of each in their order, what holds at the moment of the send, and that neither
-// the send's result nor a missing queue matters.
+// The four requests: the complete lines of each in order, the state at the moment of the send, and that the send's
+// result and a missing queue do not matter.
 #include "handshake_fixture.h"
 
 namespace {
 
 class ARequest : public AHandshake {
 protected:
-    /// The channel is there, so that its lines are not.
+    /// Creates the channel first, so that its lines do not appear in the tests.
     ARequest() {
         service->createIPCChannelForSectionData();
         recording::waitForLog("thread_proc_section_data create Signal 1");
         recording::reset();
     }
-    /// The confirmation is there before the request.
+    /// Confirms the request before it is made.
     void confirmed(const std::string& session, unsigned int pid = 100) {
         confirmOpen(pid, session, 0);
         recording::reset();

@@ -1,4 +1,4 @@
-// The section filter API: each operation at its position, and what its results become.
+// The section filter API: the slot of each operation, and how it converts results.
 #include "section_filter_api.h"
 
 #include "call_slot.h"
@@ -9,7 +9,7 @@ namespace {
 using velmora::dvbservice::BrowserDVBService;
 using velmora::dvbservice::SectionFilterAPI;
 
-/// Its service object is the one of the process.
+/// Uses the process's one service object.
 class TheSectionFilterApi : public AFilter {
 protected:
     TheSectionFilterApi() {

@@ -1,4 +1,4 @@
-// The log's lines, the settings, and the section queue.
+// The host's log, settings and section queue.
 #include "platform/host/queue_lock.h"
 
 #include <gmock/gmock.h>
@@ -43,7 +43,7 @@ std::string queueName(const char* what) {
 
 constexpr int kWidth = sizeof(void*) * 8;
 
-/// The shared memory of a queue that processes of a width made.
+/// The shared-memory object of a queue for processes of this width.
 std::string objectName(const std::string& queue, int width) {
     return queue + "." + std::to_string(width);
 }
@@ -58,7 +58,7 @@ bool sendSection(IPCMessageQueue& queue, const std::string& session, const std::
     return sent;
 }
 
-/// A message with a buffer of its own, as the reader has it.
+/// A message with its own buffer, as the reader has it.
 struct Reader {
     Reader() { message.data = new std::uint8_t[SectionDataIPCMessage::kBufferSize]; }
     std::vector<std::uint8_t> section() const { return {message.data, message.data + message.dataLength}; }
@@ -68,8 +68,8 @@ struct Reader {
 constexpr std::size_t kMessageSize = 4500;
 constexpr std::size_t kMessages = 128;
 
-/// A process that stops while it holds the queue's lock: it stops where its message is copied, from memory that it may
-/// not read before it is continued.
+/// A process that stops while it holds the queue's lock. It sends from unreadable memory: the fault handler stops the
+/// process during the copy, and makes the memory readable when the process continues.
 class StoppedInside {
 public:
     explicit StoppedInside(const std::string& queue) : process(fork()) {
@@ -203,7 +203,7 @@ TEST(ASectionQueue, WhoseReaderIsStoppedInsideHoldsNoWriterUp) {
     const std::unique_ptr<IPCMessageQueue> reader(IPCMessageQueue::create(name, kMessageSize, kMessages));
     const std::unique_ptr<IPCMessageQueue> writer(IPCMessageQueue::open(name));
     const StoppedInside stopped(name);
-    // A wait for each would take more than half an hour, which the test's limit does not allow.
+    // If each write waited, this would take more than half an hour and exceed the test's time limit.
     for (int count = 0; count < 10000; ++count) {
         ASSERT_FALSE(sendSection(*writer, "s", {1, 2, 3}));
     }
@@ -262,7 +262,7 @@ TEST(ASectionQueue, OfAKilledProcessIsRemovedWhenTheNextIsMade) {
     waitpid(child, nullptr, WUNTRACED);
     char name[64];
     std::snprintf(name, sizeof name, "SECTION-%08X-killed", static_cast<unsigned int>(child));
-    // Looked at while its creator lives: from its end on, anybody who makes a queue removes this one.
+    // Checked while the creator lives: after its end the next process that creates any queue removes this one.
     const std::unique_ptr<IPCMessageQueue> before(IPCMessageQueue::open(name));
     EXPECT_TRUE(before);
     kill(child, SIGKILL);

@@ -1,4 +1,4 @@
-// A service and clients of a small interface of the test's own: one message with a number and a text each way.
+// A service and clients of a small test interface: one message with a number and a text in each direction.
 #pragma once
 
 #include <sched.h>
@@ -41,7 +41,7 @@ struct Message {
     std::string text;
 };
 
-/// One end; keeps what it receives and how its connections went.
+/// One end; records its received messages and its connection changes.
 class Member : public frame::AbstractMarshallingImpl {
 public:
     explicit Member(int mode, const std::string& name = "toy") : AbstractMarshallingImpl(mode) {

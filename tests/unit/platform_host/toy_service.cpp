@@ -1,4 +1,4 @@
-// A service of the toy interface as a process of its own, for tests that kill it.
+// A service of the test interface in a separate process, for tests that kill it.
 //   toy_service NAME
 #include <unistd.h>
 

@@ -1,4 +1,4 @@
-// The transport between processes: connecting, sending, losing the other side, and bytes that are not messages.
+// The transport between processes: connecting, sending, losing the other side, and invalid packets.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -32,7 +32,7 @@ std::string logText() {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// A client that knows nothing of envelopes.
+/// A client that sends raw bytes without an envelope.
 class RawClient {
 public:
     explicit RawClient(const std::string& name) : descriptor(socket(AF_UNIX, SOCK_SEQPACKET, 0)) {
@@ -54,7 +54,7 @@ private:
     int descriptor;
 };
 
-/// A whole packet of the toy command, as it stands on the socket.
+/// A complete packet of the test command.
 std::vector<std::uint8_t> goodPacket() {
     return {'D',  'T',  'V', '1', 0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0,    100, 0, 0, 0, 1, 0, 0, 0, 0,   0xFF, 0xFF,
             0xFF, 0xFF, 0,   0,   0,    15,   7,    0,    0, 1, 0x2C, 0,   0, 0, 2, 0, 0, 0, 0, 'h', 'i'};

@@ -34,7 +34,7 @@ std::vector<recording::LogLine> linesOfAdapter() {
     return lines;
 }
 
-/// A service that answers as it is told and keeps who registered.
+/// A service that returns what the test sets and records who registered.
 class AnsweringService : public EmptyServiceInterface {
 public:
     int answer = 0;
@@ -62,7 +62,7 @@ protected:
         frame::Process::getInstance().stopAppMembers();
     }
 
-    /// The process knows this service under the interface's name, and answers the look-up so.
+    /// Publishes this service under the interface's name; `answer` is the result of the look-up.
     static void publish(ServiceInterface* service, int answer = 0) {
         seams::setLookUp([=](boost::shared_ptr<frame::Interface>& reference, const std::string& name) {
             EXPECT_EQ(name, "tarno.lm.interfaces.browserdvbservice");

@@ -1,4 +1,4 @@
-// The null service: every operation is refused with a line of its own.
+// The null service: every operation fails with its own line.
 #include <memory>
 
 #include "empty_service_interface.h"

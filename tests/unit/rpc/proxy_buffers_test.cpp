@@ -1,4 +1,4 @@
-// The heap buffers of records on their way out: which there are, what stands in them, and that all are freed.
+// The heap buffers of outgoing records: how many there are, what they contain, and that all are freed.
 #include <array>
 #include <cstdlib>
 #include <new>
@@ -21,7 +21,7 @@ std::size_t countOf(const std::string& word, const std::string& text) {
     return count;
 }
 
-/// A record of the nested kind with bytes in both of its sequences.
+/// A nested record with bytes in both of its sequences.
 OpenFilterMatchMask_t filledMatchMask() {
     OpenFilterMatchMask_t matchMask;
     matchMask.mask = {1, 2};
@@ -29,7 +29,7 @@ OpenFilterMatchMask_t filledMatchMask() {
     return matchMask;
 }
 
-/// A structure that is made where other bytes have been.
+/// A structure that is created in memory with old non-zero bytes.
 template <typename Structure>
 std::vector<unsigned char> bytesOfANew() {
     alignas(Structure) std::array<unsigned char, sizeof(Structure)> memory{};

@@ -1,4 +1,4 @@
-// Sending: what reaches the transport for each command, and what of it comes back.
+// Sending: what the transport gets for each command, and what the caller gets back.
 #include "message_counts.h"
 #include "message_transfer.h"
 #include "proxy_fixture.h"
@@ -20,7 +20,7 @@ const ExpectedCommand kExpected[] = {
 #include "expected_messages.inc"
 };
 
-/// All commands, in order; their results.
+/// Calls all commands in order and returns their results.
 std::vector<int> callAllCommands(ServiceInterface& service, frame::MsgIds& ids) {
     std::vector<int> results;
 #define EXPECTED_COMMAND(operation, Message, decimal, hexadecimal, bytes, layout) \

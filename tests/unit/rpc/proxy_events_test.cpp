@@ -1,5 +1,5 @@
-// Decoding of every event: from the bytes of the wire, with numbers at their extremes and strings that are empty, hold
-// a zero byte or are not text, to the call that a client sees. Typed out, independently of the message catalogue.
+// Decoding of every event from wire bytes to the client's call, with extreme numbers and with strings that are empty,
+// contain a zero byte or are not text. Typed out, independently of the message catalogue.
 #include <algorithm>
 
 #include "hex_bytes.h"
@@ -68,7 +68,7 @@ const Event kEvents[] = {
      "onDATagsServicePmtDataChange(32768, 1, 65535, -1, 3:610062)"},
 };
 
-/// Gives a record that is in memory to the decoder of its event, as the platform does; the decoder's result.
+/// Passes a record in memory to its event's decoder, as the platform does. Returns the decoder's result.
 template <typename Event>
 int decode(const typename Event::Record& record) {
     const std::vector<recording::Registration> registrations = recording::registrations();

@@ -1,4 +1,4 @@
-// A proxy on the recording platform, set up as the process model would, without the process.
+// A proxy on the recording platform, set up like in a process, but without one.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,12 +13,12 @@
 
 constexpr const char* kProxyFile = "app-browserdvbservice-proxy-main.cpp";
 
-/// A proxy that shows its component mutex.
+/// A proxy that gives access to its component mutex.
 class OpenProxy : public lo::browserdvbservice::Proxy {
 public:
     using Proxy::componentMutex;
 
-    /// Whether anybody holds the mutex, the calling thread included.
+    /// Whether any thread holds the mutex, the calling thread included.
     bool isLocked() {
         if (pthread_mutex_trylock(&componentMutex()) != 0) {
             return true;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* kName = "tarno.lm.interfaces.browserdvbservice";
 
-/// A member that takes names in the interface registry.
+/// A member that registers names in the interface registry.
 class OtherMember : public frame::AbstractProcessMember {};
 
 class AProxyAsAMember : public testing::Test {
@@ -293,7 +293,7 @@ std::vector<std::string>& steps() {
     return taken;
 }
 
-/// A member that notes its steps under a name.
+/// A member that records its steps under a name.
 template <char name>
 class NotingMember : public frame::AbstractApplication {
 public:

@@ -1,4 +1,4 @@
-// The component mutex: what is done under it, and what is not.
+// The component mutex: what happens under it, and what does not.
 #include <atomic>
 #include <thread>
 
@@ -53,7 +53,7 @@ TEST_F(AProxy, SendsWithoutItsMutex) {
     EXPECT_EQ(seams::timesLocked(), 0U);
 }
 
-// A sanitizer that watches threads sees an access without the mutex here.
+// The thread sanitizer reports an access without the mutex.
 TEST_F(AProxy, TakesAndLosesClientsWhileEventsArrive) {
     constexpr int kRounds = 300;
     recording::setLogThreshold(0);

@@ -1,4 +1,4 @@
-// The proxy's clients: who is registered, who is called, and who stays alive how long.
+// The proxy's clients: which are registered, which are called, and how long they stay alive.
 #include <boost/weak_ptr.hpp>
 
 #include "proxy_fixture.h"

@@ -1,4 +1,4 @@
-// The wrapped functions: __wrap_f is what callers of f reach, __real_f is f itself.
+// The wrapped functions: callers of f reach __wrap_f; __real_f is the original f.
 #include "seams.h"
 
 #include <algorithm>
@@ -30,13 +30,13 @@ struct State {
 
 std::mutex guarding;  // guards the state
 
-/// Never destroyed: memory is still freed while the process ends.
+/// Never destroyed: memory is still freed during process exit.
 State& state() {
     static auto* const all = new State;
     return *all;
 }
 
-/// A copy of one member of the state().
+/// A copy of one member of the state.
 template <typename Member>
 Member now(Member State::*member) {
     const std::lock_guard<std::mutex> lock(guarding);
@@ -49,7 +49,7 @@ void set(Member State::*member, Value value) {
     state().*member = std::move(value);
 }
 
-/// Whether this allocation is to fail; counts it when it is not.
+/// Whether this allocation must fail. Counts the allocations that succeed.
 bool takeFailure(std::size_t size) {
     const std::lock_guard<std::mutex> lock(guarding);
     if (!state().watchingHeap) {
@@ -194,7 +194,7 @@ int __wrap_frameLmqIOServiceRegisterMessageHandlerFunction(frameLmqIOService* se
 }
 }
 
-// Members of the platform's classes have their mangled names, which are the same on either width.
+// Class members have their mangled names, which are the same for both widths.
 #define STRING "NSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE"
 #define LOCK "_ZN7ltGuardC1ER15pthread_mutex_t"
 #define LOOK_UP "_ZN5frame7Process21getInterfaceReferenceERN5boost10shared_ptrINS_9InterfaceEEERK" STRING
@@ -204,7 +204,7 @@ int __wrap_frameLmqIOServiceRegisterMessageHandlerFunction(frameLmqIOService* se
 #define START "_ZN5frame23AbstractMarshallingImpl15performStartingEv"
 #define STOP "_ZN5frame23AbstractMarshallingImpl15performStoppingEv"
 
-// A constructor returns its object where the ABI is ARM's.
+// In the ARM ABI a constructor returns its object.
 void* realLock(void* guard, pthread_mutex_t& mutex) asm("__real_" LOCK);
 void* wrappedLock(void* guard, pthread_mutex_t& mutex) asm("__wrap_" LOCK);
 

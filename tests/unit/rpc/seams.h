@@ -1,6 +1,7 @@
-// The calls that the RPC layer makes of the C library and of the platform, seen and answered by a test. The linker
-// leads them here (--wrap), so the library has no part in it. Until a test asks for more, every call goes where it
-// would. Threads: any. Locks:   one mutex guards what is kept; no hook is called while it is held.
+// Lets tests observe and replace the RPC layer's calls to the C library and to the platform. The linker redirects the
+// calls (--wrap), so the library needs no change. By default every call goes to its normal target.
+// Threads: any.
+// Locks:   one mutex guards the recorded data; it is not held during a hook.
 #pragma once
 
 #include <boost/shared_ptr.hpp>
@@ -13,18 +14,18 @@
 
 namespace seams {
 
-/// Forgets everything: calls go where they would.
+/// Clears everything: calls go to their normal targets.
 void reset();
 
 // --- the heap ------------------------------------------------------------------------------------------------------
 
-/// Begins to count what malloc and calloc give. Buffers of malloc begin with bytes that are not zero.
+/// Starts to count the allocations of malloc and calloc. Buffers of malloc start with non-zero bytes.
 void watchHeap();
-/// Sizes of the allocations so far, in their order.
+/// Sizes of the allocations so far, in order.
 std::vector<std::size_t> allocations();
 /// The allocations that are not freed yet.
 std::vector<void*> heldBuffers();
-/// Lets the allocation with that number, counted from 0, find no memory.
+/// Makes the allocation with that number, counted from 0, fail.
 void failAllocation(std::size_t number);
 
 // --- locks and lines -----------------------------------------------------------------------------------------------
@@ -32,26 +33,26 @@ void failAllocation(std::size_t number);
 /// Counts how often this mutex is taken from now on.
 void watchMutex(const pthread_mutex_t& mutex);
 std::size_t timesLocked();
-/// Called before each log line, when the library asks for its level, on the thread that writes it.
+/// Called on the writing thread before each log line, when the library checks the level.
 void setLineHook(std::function<void()> hook);
 
 // --- the transport -------------------------------------------------------------------------------------------------
 
-/// The addressing objects that sends were given, by address.
+/// Addresses of the addressing objects that were passed to sends.
 std::vector<const frame::MsgIds*> sentIds();
-/// What every registration of a handler answers; the handler is registered all the same.
+/// Sets the result of every handler registration; the handler is registered anyway.
 void setRegistrationResult(int result);
 
 // --- the process model ---------------------------------------------------------------------------------------------
 
-/// Takes the place of the look-up of an interface.
+/// Replaces the look-up of an interface.
 using LookUp = std::function<int(boost::shared_ptr<frame::Interface>& reference, const std::string& name)>;
 void setLookUp(LookUp lookUp);
-/// What publishing an interface answers; it is published all the same.
+/// Sets the result of publishing an interface; the interface is published anyway.
 void setPublishResult(int result);
-/// Takes the place of each step of a marshalling member's base.
+/// Replaces each step of a marshalling member's base.
 void setBaseStep(std::function<int()> step);
-/// Called before the base keeps a member's service name. May throw.
+/// Called before the base stores a member's service name. May throw.
 void setNameHook(std::function<void()> hook);
 
 }  // namespace seams

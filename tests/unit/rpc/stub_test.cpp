@@ -1,5 +1,4 @@
-// The service's end of the interface: events that it sends arrive at a proxy as they were given, commands of a proxy
-// arrive at its handler.
+// The service's end of the interface: its events reach a proxy unchanged, and a proxy's commands reach its handler.
 #include "browserdvbservice_stub.h"
 #include "proxy_fixture.h"
 #include "some_values.h"
@@ -8,7 +7,7 @@ using namespace lo::browserdvbservice;
 
 namespace {
 
-/// Keeps the names of the commands that arrive, with the asker's address.
+/// Records the names of received commands with the sender's address.
 class RecordingHandler : public CommandHandler {
 public:
     std::vector<std::string> commands;

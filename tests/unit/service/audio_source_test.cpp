@@ -1,4 +1,4 @@
-// The one operation that waits for an answer: the audio source.
+// The audio source: the one operation that waits for an answer.
 #include <future>
 
 #include "eventually.h"
@@ -12,8 +12,8 @@ constexpr const char* kFile = "browser_dvb_service_commands.cpp";
 
 class AnAudioSourceRequest : public AServiceObject {
 protected:
-    /// A request on a thread of its own. It has been sent when this returns, and its thread is in its wait as soon as
-    /// the lock can be had, which is how an answer finds it there.
+    /// Starts a request on its own thread and returns after its send. The thread holds the lock until it waits, so an
+    /// answer, which takes the lock, always finds it waiting.
     std::future<int> request(const std::string& source) {
         const std::size_t before = recording::sent().size();
         std::future<int> result =
@@ -194,7 +194,7 @@ TEST_F(AnAudioSourceRequest, WaitsWithoutALimit) {
 
 TEST_F(AnAudioSourceRequest, TellsItsStoryInOrder) {
     std::future<int> result = request("a");
-    // The answer writes its line without the lock, so it comes after the send has been told of.
+    // The answer writes its line without the lock, so wait for the end of the send first.
     ASSERT_TRUE(eventually([] { return logged::story().back() == "<- setAudioSource"; }));
     answer(1, 0);
     result.get();

@@ -1,4 +1,4 @@
-// The current channel: the texts that the DTV service reports, and what is read back.
+// The current channel: texts that the DTV service reports, and what the browser reads.
 #include "recording_listener.h"
 #include "service_fixture.h"
 
@@ -12,7 +12,7 @@ struct Read {
     int result;
 };
 
-/// Texts that are read without a word.
+/// Texts that are parsed without a line.
 const Read kSilentTexts[] = {
     {"1:1025:28106", "ccid:1:1025:28106", 0},
     {"0:0:0", "ccid:0:0:0", 0},
@@ -32,7 +32,7 @@ const Read kSilentTexts[] = {
     {"70000:65536:2147483647", "ccid:70000:65536:2147483647", 0},
 };
 
-/// Texts with something that is not a number: the parts before it count.
+/// Texts with a part that is not a number: the parts before it count.
 const Read kBadNumbers[] = {
     {"1:x:3", "ccid:1:-1:-1", -1},         {"x:2:3", "ccid:-1:-1:-1", -1},   {"1:2:3 ", "ccid:1:2:-1", -1},
     {"1:2:2147483648", "ccid:1:2:-1", -1}, {"0x1:2:3", "ccid:-1:-1:-1", -1}, {" 1:2:3", "ccid:-1:-1:-1", -1},

@@ -1,4 +1,4 @@
-// Commands, all of them alike: the complete lines of each, whatever the send answers, and what it returns.
+// The commands of the same kind: the complete lines of each, for every result of the send, and what it returns.
 #include <algorithm>
 
 #include "service_fixture.h"
@@ -8,7 +8,7 @@ namespace {
 using Service = velmora::dvbservice::BrowserDVBService;
 using lo::browserdvbservice::ApplicationStartStatus;
 
-/// What an operation returns when a send answers `result`.
+/// What an operation returns when its send returns `result`.
 enum class Returns { nothing, zero, result, sent };
 
 struct Command {

@@ -1,4 +1,4 @@
-// Commands: for each operation the message that goes out, its bytes, the lines in their order, and the result.
+// Commands: for each operation the sent message, its bytes, the lines in order, and the result.
 #include "service_fixture.h"
 
 using lo::browserdvbservice::ApplicationStarted;

@@ -1,5 +1,5 @@
-// Events that are handed on: from the bytes of the wire, with values at their extremes, to the line, the trace and the
-// listener's call. Typed out, independently of the message catalogue.
+// Forwarded events: from wire bytes with extreme values to the line, the trace and the listener's call. Typed out,
+// independently of the message catalogue.
 #include "hex_bytes.h"
 #include "recording_listener.h"
 #include "service_fixture.h"
@@ -14,7 +14,7 @@ struct Event {
     const char* wire;
     bool tagged;
     const char* message;
-    const char* call;  // null: no listener hears of it
+    const char* call;  // null: no listener is called
     bool traced;
 };
 
@@ -73,7 +73,7 @@ protected:
         ASSERT_TRUE(recording::inject({-1, 0x1CCD7774, event.messageId, 1}, hexBytes(event.wire), &result));
         EXPECT_EQ(result, 0);
     }
-    /// The lines of the service object's handler itself.
+    /// The lines of the service object's own handler.
     static std::vector<recording::LogLine> ownLines(const Event& event) {
         std::vector<recording::LogLine> own;
         for (recording::LogLine& line : lines()) {
@@ -134,7 +134,7 @@ TEST_F(AnEvent, IsTracedOnlyWhereItIsNamedSo) {
 TEST_F(AnEvent, CarriesTextOfAnyLengthAndAnyBytes) {
     const auto u16 = [](int value) { return static_cast<unsigned short>(value); };
     for (const std::size_t length : {std::size_t{0}, std::size_t{1}, std::size_t{4096}}) {
-        // Every second byte is zero, the first included.
+        // Every second byte is zero, starting with the first.
         std::string text(length, '\0');
         std::string hex = std::to_string(length) + ":";
         for (std::size_t at = 0; at < length; ++at) {
@@ -211,9 +211,9 @@ TEST_F(AnEvent, WithThePmtOfTheTunedServiceChangesNothing) {
 
 TEST_F(AnEvent, WithAnotherServicesPmtForgetsTheTunedServiceAndTheDescriptorAfterForwarding) {
     service->tuneToService(12, 1, 2, 300, 0);
-    service->tuneToService("dsd", 299, 0);  // of which nothing is noted
+    service->tuneToService("dsd", 299, 0);  // does not change the tuned service
     recording::setSendResult(-107);
-    service->tuneToService(12, 1, 2, 298, 0);  // nor of a tune that fails
+    service->tuneToService(12, 1, 2, 298, 0);  // a tune that fails does not either
     std::string duringEvent;
     listener->reaction = [&] { duringEvent = service->getCurrentDsd(); };
     const auto pmtOf = [](int sid) {

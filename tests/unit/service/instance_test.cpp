@@ -1,5 +1,5 @@
-// The one service object of a process: how it is made, who gets it when, and its end. Each test needs a process that
-// has not made it yet.
+// The process's one service object: its creation, who gets it when, and its end. Each test needs a process that has not
+// created it yet.
 #include "alone.h"
 #include "service_fixture.h"
 #include "waits_for_lock.h"
@@ -25,7 +25,7 @@ protected:
         }
         return count;
     }
-    /// Calls a function once, on the creator's thread, at the first line of that function with that beginning.
+    /// Calls a function once, on the creator's thread, at the first line of `function` that starts with `beginning`.
     static void atLine(const std::string& function, const std::string& beginning, std::function<void()> reaction) {
         recording::setLogAction([=, done = std::make_shared<std::atomic<bool>>(false)](const recording::LogLine& line) {
             if (line.function == function && line.message.rfind(beginning, 0) == 0 && !done->exchange(true)) {
@@ -121,7 +121,7 @@ TEST_F(TheServiceObject, IsThereWhenItsQuestionForTheChannelFails) {
 
 TEST_F(TheServiceObject, IsDestroyedWhenTheProcessEnds) {
     const auto end = [] {
-        // Registered first, so it runs after the object is gone.
+        // Registered first, so it runs after the object was destroyed.
         std::atexit([] {
             for (const recording::LogLine& line : recording::log()) {
                 std::fputs(line.message.c_str(), stderr);

@@ -1,4 +1,4 @@
-// The service object's creation, its connection and its end.
+// Creation, connection and destruction of the service object.
 #include <unistd.h>
 
 #include "service_fixture.h"

@@ -12,7 +12,7 @@ namespace {
 using velmora::dvbservice::BrowserAITCatcher;
 using velmora::dvbservice::DvbAITSectionAPI;
 
-/// Groups by three digits with a dot, as in 28.106.
+/// Separates groups of three digits with a dot, as in 28.106.
 class Grouping final : public std::numpunct<char> {
     char do_thousands_sep() const override { return '.'; }
     std::string do_grouping() const override { return "\3"; }

@@ -1,4 +1,4 @@
-// Looks at what the service object keeps to itself.
+// Gives tests access to the service object's private members.
 #pragma once
 
 #include <string>
@@ -37,7 +37,7 @@ struct BrowserDVBServiceTestAccess {
         const std::lock_guard<std::mutex> lock(service.handshakeLock);
         return service.filterResults.size();
     }
-    /// "type session pid result" of each confirmation that waits to be collected.
+    /// "type session pid result" of each confirmation that no wait has taken yet.
     static std::vector<std::string> results(BrowserDVBService& service) {
         const std::lock_guard<std::mutex> lock(service.handshakeLock);
         std::vector<std::string> shown;

@@ -1,4 +1,4 @@
-// A service object of the test's own on the recording platform, connected to a proxy of its own.
+// The test's own service object on the recording platform, connected to its own proxy.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -28,7 +28,7 @@ protected:
     }
     ~AServiceObject() override { frame::Process::getInstance().stopAppMembers(); }
 
-    /// The lines that the library's own units wrote, without trace lines and without the RPC layer's.
+    /// The lines of the library's own units, without trace lines and without the RPC layer's lines.
     static std::vector<recording::LogLine> lines() {
         std::vector<recording::LogLine> own;
         for (recording::LogLine& line : logged::withoutTraces()) {
@@ -39,7 +39,7 @@ protected:
         return own;
     }
 
-    /// The one message that was sent.
+    /// The only message that was sent.
     static recording::SentMessage theSent() {
         const std::vector<recording::SentMessage> messages = recording::sent();
         EXPECT_EQ(messages.size(), 1U);

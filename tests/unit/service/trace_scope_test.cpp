@@ -1,4 +1,4 @@
-// The trace of an operation: two lines, by whichever path it is left.
+// The trace of an operation: two lines, however the operation ends.
 #include "trace_scope.h"
 
 #include <stdexcept>
