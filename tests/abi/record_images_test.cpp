@@ -42,7 +42,7 @@ TEST(ARecordImage, IsRefusedWhenBytesStandBehindIt) {
               "1 bytes behind the record's end");
 }
 
-TEST(ARecordImage, IsRefusedWhenACarrierNamesMoreThanIsThere) {
+TEST(ARecordImage, RefusesACarrierLongerThanTheImage) {
     EXPECT_EQ(refusal(*messages::OnFilterClosed::table(), Bytes{0, 0, 0, 2, 0, 0, 0, 0, 'a'}),
               "carrier at offset 0 names 2 bytes, 1 are left");
     EXPECT_EQ(refusal(*messages::OnFilterClosed::table(), Bytes{0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0, 'a'}),

@@ -76,7 +76,7 @@ TEST(TheInterface, HasTheAgreedMessagesAndNoOthers) {
     EXPECT_EQ(std::size(kExpectedEvents), kEvents);
 }
 
-TEST(TheInterface, NumbersCommandsThenEventsWithoutAGapInOrderOfTheirOperations) {
+TEST(TheInterface, NumbersCommandsThenEventsWithoutGaps) {
     std::uint32_t next = 677843510;
     for (const Expected& command : kExpectedCommands) {
         EXPECT_EQ(command.id, next++) << command.operation;
@@ -129,7 +129,7 @@ TEST(AnExportedTable, DescribesEveryNestedRecordAsAgreed) {
 #include "expected_messages.inc"
 }
 
-TEST(AnExportedTable, PacksKindAndOffsetIntoOneWordAndEndsInItsMark) {
+TEST(AnExportedTable, PacksKindAndOffsetIntoOneWord) {
     const ovxEndianEntry* entry = __ovx_EndianTable_browserdvbserviceMsgOnTimelineInfoChange_t.entries;
     EXPECT_EQ(entry[0].kindAndOffset, 0x00010000U);
     EXPECT_EQ(entry[1].kindAndOffset, 0x00010001U);
@@ -142,7 +142,7 @@ TEST(AnExportedTable, PacksKindAndOffsetIntoOneWordAndEndsInItsMark) {
     EXPECT_EQ(entry[6].mark, 0xFFFFFFFFU);
 }
 
-TEST(AnExportedTable, OfARecordWithoutFieldsHasSizeOneAndOnlyTheEndEntry) {
+TEST(AnExportedTable, HasSizeOneForARecordWithoutFields) {
     EXPECT_EQ(__ovx_EndianTable_browserdvbserviceMsgCmdSendPMTCache_t.recordSize, 1U);
     EXPECT_TRUE(__ovx_EndianTable_browserdvbserviceMsgCmdSendPMTCache_t.entries->isEnd());
 }

@@ -40,14 +40,14 @@ TEST(ASectionMessage, IsReadBackAsItWasWritten) {
     EXPECT_EQ(reader.dataLength, 0U);
 }
 
-TEST(ASectionMessage, WhoseNameIsLongerThanItselfIsRefused) {
+TEST(ASectionMessage, RefusesANameLongerThanItself) {
     Reader reader;
     EXPECT_FALSE(reader.takes(messageWith(5, "name", 0, 0)));
     EXPECT_FALSE(reader.takes(messageWith(8, "name", 3, 3)));
     EXPECT_FALSE(reader.takes(messageWith(0xFFFFFFFF, "name", 3, 3)));
 }
 
-TEST(ASectionMessage, WhoseSectionIsNotOfItsLengthIsRefused) {
+TEST(ASectionMessage, RefusesASectionOfTheWrongLength) {
     Reader reader;
     EXPECT_FALSE(reader.takes(messageWith(4, "name", 3, 2))) << "one byte is missing";
     EXPECT_FALSE(reader.takes(messageWith(4, "name", 3, 4))) << "one byte stands behind";

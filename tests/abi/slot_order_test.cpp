@@ -38,7 +38,7 @@ TEST(TheSlotOrder, OfTheClientInterfaceIsThatOfTheEvents) {
     EXPECT_EQ(slot, kBehindDestructors + static_cast<int>(kEvents));
 }
 
-TEST(TheSlotOrder, OfTheServiceInterfaceIsThatOfTheCommandsThenTheRegistry) {
+TEST(TheSlotOrder, PutsCommandsBeforeTheRegistry) {
     int slot = kBehindDestructors;
 #define EXPECTED_COMMAND(operation, Message, decimal, hexadecimal, size, layout) \
     EXPECT_EQ(vtableSlot(&ServiceInterface::operation), slot++) << #operation;
@@ -73,7 +73,7 @@ TEST(TheSlotOrder, OfTheProxyBeginsWithThePlatformsOperations) {
     EXPECT_EQ(vtableSlot(&Proxy::onIOConnectionDisconnected), 23);
 }
 
-TEST(TheSlotOrder, OfTheProxyGoesOnWithTheCommandsAndTheRegistry) {
+TEST(TheSlotOrder, PutsCommandsAndRegistryAfterThePlatform) {
     int slot = 24;
 #define EXPECTED_COMMAND(operation, Message, decimal, hexadecimal, size, layout) \
     EXPECT_EQ(vtableSlot(&Proxy::operation), slot++) << #operation;
@@ -158,7 +158,7 @@ TEST(TheSlotOrder, OfTheAitApi) {
     EXPECT_EQ(vtableSlot(&DVBAITSectionInterface::getCurrentChannelAIT), 7);
 }
 
-TEST(TheSlotOrder, OfAClientWithoutADestructorBeginsWithItsCallback) {
+TEST(TheSlotOrder, StartsClientsWithTheirCallback) {
     EXPECT_EQ(vtableSlot(&SectionFilterClient::onSectionData), 0);
     EXPECT_EQ(vtableSlot(&AITSectionClient::onCurrentChannelAIT), 0);
 }

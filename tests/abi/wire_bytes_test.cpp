@@ -378,7 +378,7 @@ TEST(TheWireBytes, OfOnDATagsServicePmtDataChange) {
                       " 6162"));
 }
 
-TEST(TheWireBytes, OfAnEmptyBlobAreACountOfZeroAndANullPointerInMemory) {
+TEST(TheWireBytes, EncodeAnEmptyBlobAsNullInMemory) {
     const _OpenFilterMatchMask_t_struct structure{OpenFilterMatchMask_t{}};
     EXPECT_EQ(structure.mask.count, 0U);
     EXPECT_EQ(structure.mask.data, nullptr);
@@ -387,7 +387,7 @@ TEST(TheWireBytes, OfAnEmptyBlobAreACountOfZeroAndANullPointerInMemory) {
               hexText("00000000 00000000 00000000 00000000 00000000 00000000 00000000"));
 }
 
-TEST(TheWireBytes, OfAnEmptyStringAreALengthOfZeroAndOneTerminatorInMemory) {
+TEST(TheWireBytes, EncodeAnEmptyStringAsOneTerminatorInMemory) {
     _ovxDeserString_struct carrier = wire::String::store(std::string());
     ASSERT_NE(carrier.data, nullptr);
     EXPECT_EQ(carrier.length, 0U);

@@ -10,7 +10,7 @@ constexpr const char* kFile = "dvbaitsection_apis.cpp";
 
 }  // namespace
 
-TEST(TheAitApi, HoldsOneClientWhoeverIsNamedWhenItGoes) {
+TEST(TheAitApi, UnregistersItsClientWhicheverIsGiven) {
     KeepingAitClient first;
     KeepingAitClient second;
     DvbAITSectionAPI* const api = DvbAITSectionAPI::getInstance();
@@ -107,7 +107,7 @@ TEST(TheAitApi, RegistersItsCallerThroughItsOwnOperation) {
     seams::reset();
 }
 
-TEST(TheAitApi, AsksTheCatcherForTheChannelInTheOrderOfItsValues) {
+TEST(TheAitApi, PassesTheTripletInOrder) {
     seams::keepWorkers();
     KeepingAitClient client;
     recording::reset();

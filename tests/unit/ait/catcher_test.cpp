@@ -35,7 +35,7 @@ TEST_F(ACatcher, MakesItsKeyOfThreeUnsignedNumbers) {
     EXPECT_EQ(catcher.convertToCCId(65535, 65535, 65535), "65535:65535:65535");
 }
 
-TEST_F(ACatcher, TakesEveryReportOfAChannelForADifferentOne) {
+TEST_F(ACatcher, TreatsEachReportAsAnotherChannel) {
     for (int count = 0; count < 2; ++count) {
         recording::reset();
         EXPECT_EQ(catcher.updateCurrentChannelInfo(9, 1, 2, 3), 0);
@@ -57,7 +57,7 @@ TEST_F(ACatcher, KeepsTheReportedChannelInTheOrderOfItsValues) {
     }
 }
 
-TEST_F(ACatcher, RefusesASectionOfSevenBytesAndTakesOneOfEight) {
+TEST_F(ACatcher, NeedsEightBytesOfASection) {
     catcher.updateCurrentChannelInfo(0, 1, 2, 3);
     recording::reset();
     EXPECT_EQ(feed(Bytes(7, 0)), -1);
@@ -96,7 +96,7 @@ TEST_F(ACatcher, DeliversASectionOnce) {
     EXPECT_EQ(client.deliveries().size(), 2U);
 }
 
-TEST_F(ACatcher, StillKnowsAChannelsSectionsWhenTheChannelComesBack) {
+TEST_F(ACatcher, KeepsSectionsOfOtherChannels) {
     const Bytes section = aitBytes(1, 0, 0, 5);
     catcher.updateCurrentChannelInfo(0, 1, 2, 3);
     feed(section);
@@ -142,13 +142,13 @@ TEST_F(ACatcher, LetsItsMutexGoWhenNothingIsDelivered) {
     EXPECT_FALSE(isDelivering());
 }
 
-TEST_F(ACatcher, ReadsTheNumbersOfAKeyInBaseTenAsFarAsTheyGo) {
+TEST_F(ACatcher, ReadsTheLeadingDecimalDigitsOfAKey) {
     catcher.sendAITData("010:0x2:3x", Bytes(8, 1));
     EXPECT_THAT(allMessages(), testing::ElementsAre("ccId:010:0x2:3x,onId:10,tsId:0,sId:3\n"));
     EXPECT_THAT(client.deliveries(), testing::ElementsAre(Delivery{10, 0, 3, Bytes(8, 1)}));
 }
 
-TEST_F(ACatcher, ThrowsForAKeyThatIsNotMadeOfNumbersWithoutALine) {
+TEST_F(ACatcher, ThrowsSilentlyForAKeyWithoutNumbers) {
     for (const char* const key : {"a:2:3", "1:b:3", "1:2:c", ":2:3", "1::3", "1:2::"}) {
         EXPECT_EQ(thrownBy(catcher, key), "stoi") << key;
     }
@@ -156,7 +156,7 @@ TEST_F(ACatcher, ThrowsForAKeyThatIsNotMadeOfNumbersWithoutALine) {
     EXPECT_THAT(client.deliveries(), testing::IsEmpty());
 }
 
-TEST_F(ACatcher, DropsADeliveryWithALineWhenThereIsNoApi) {
+TEST_F(ACatcher, LogsADeliveryWithoutAnApi) {
     seams::hideApi();
     catcher.sendAITData("1:2:3", Bytes(8, 1));
     catcher.sendAITData("no key", Bytes(8, 1));
@@ -282,7 +282,7 @@ public:
     }
 };
 
-TEST(TheProcess, EndsFromInsideADeliveryThoughReplaysWaitForIt) {
+TEST(TheProcess, ExitsFromADeliveryWhileReplaysWait) {
     // A separate process, forked before any thread exists.
     const pid_t child = fork();
     if (child == 0) {

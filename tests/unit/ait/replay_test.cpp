@@ -58,7 +58,7 @@ TEST_F(ACatcher, ReplaysNothingForVersionZeroOrAnUnknownChannel) {
     EXPECT_EQ(client.deliveries().size(), 1U);
 }
 
-TEST_F(ACatcher, WritesHowManySectionsThereAreBeforeItSendsThem) {
+TEST_F(ACatcher, LogsTheSectionCountBeforeItsReplay) {
     catcher.updateCurrentChannelInfo(0, 1, 2, 3);
     feed(aitBytes(1, 0, 1, 1));
     recording::reset();
@@ -108,7 +108,7 @@ TEST_F(ACatcher, MakesADetachedWorkerAndDestroysTheAttributes) {
     runKeptWorkers();
 }
 
-TEST_F(ACatcher, MakesAWorkerWithoutAttributesWhenTheDetachedStateFails) {
+TEST_F(ACatcher, CreatesAPlainWorkerWhenDetachingFails) {
     seams::failDetaching();
     seams::keepWorkers();
     EXPECT_EQ(catcher.getCurrentChannelAIT(1, 2, 3), 1);
@@ -123,7 +123,7 @@ TEST_F(ACatcher, MakesAWorkerWithoutAttributesWhenTheDetachedStateFails) {
     runKeptWorkers();
 }
 
-TEST_F(ACatcher, LogsAWorkerThatCannotBeMadeAndLosesTheRequest) {
+TEST_F(ACatcher, LogsAFailedCreationOfAWorker) {
     recording::setThreadCreateResult(11);
     EXPECT_EQ(catcher.getCurrentChannelAIT(65535, 65534, 65533), 1);
     EXPECT_THAT(allMessages(),
@@ -133,7 +133,7 @@ TEST_F(ACatcher, LogsAWorkerThatCannotBeMadeAndLosesTheRequest) {
     EXPECT_THAT(client.deliveries(), testing::IsEmpty());
 }
 
-TEST_F(ACatcher, LogsAWorkerThatCanBeMadeNeitherDetachedNorAtAll) {
+TEST_F(ACatcher, LogsAFailedDetachAndAFailedCreation) {
     seams::failDetaching();
     recording::setThreadCreateResult(11);
     EXPECT_EQ(catcher.getCurrentChannelAIT(1, 2, 3), 1);
@@ -143,7 +143,7 @@ TEST_F(ACatcher, LogsAWorkerThatCanBeMadeNeitherDetachedNorAtAll) {
     EXPECT_THAT(seams::threadSteps(), testing::ElementsAre("init", "detach", "create", "destroy"));
 }
 
-TEST_F(ACatcher, ReplaysTheChannelThatWasRequestedLastWhenItsWorkerRuns) {
+TEST_F(ACatcher, ReplaysTheChannelThatWasRequestedLast) {
     for (const std::uint16_t sid : {std::uint16_t{3}, std::uint16_t{4}}) {
         catcher.updateCurrentChannelInfo(0, 1, 2, sid);
         feed(aitBytes(1, 0, 0, sid));

@@ -53,7 +53,7 @@ TEST(AnAitSection, ReadsTheVersionFromTheMiddleBitsOfItsByte) {
     EXPECT_EQ(AITSection(bytes).version, 31);
 }
 
-TEST(AnAitSection, OfEightBytesIsValidAndItsCrcOverlapsTheHeader) {
+TEST(AnAitSection, IsValidWithEightBytes) {
     Bytes bytes = {0x74, 0xB0, 0x05, 0x00, 0x10, 0xC3, 0x01, 0x02};
     const AITSection section(bytes);
     EXPECT_TRUE(section.valid);
@@ -72,7 +72,7 @@ TEST(AnAitSection, OfSevenBytesIsInvalidWithAllNumbersZero) {
     EXPECT_EQ(section.crc, 0U);
 }
 
-TEST(AnAitSection, KeepsItsOldNumbersWhenItsDataIsReplacedByTooFewBytes) {
+TEST(AnAitSection, KeepsOldNumbersOnTooFewBytes) {
     Bytes bytes = aitBytes(5, 3, 7, 0x01020304);
     AITSection section(bytes);
     section.replaceData(Bytes(7, 0xFF));
@@ -105,7 +105,7 @@ TEST(AnAitSection, ThrowsForANegativeLengthBehindItsTrace) {
     EXPECT_THAT(traceTexts(), testing::ElementsAre(testing::HasSubstr("AITSection::AITSection(const ")));
 }
 
-TEST(AnAitSection, DumpsItsBytesOnRequestAndSaysWhenThereAreNone) {
+TEST(AnAitSection, DumpsItsBytesOnRequest) {
     Bytes bytes = aitBytes(1, 0, 0, 7);
     const AITSection section(bytes);
     recording::reset();
@@ -136,7 +136,7 @@ TEST(AnAitSection, DumpsNoBytesThatAreNotASection) {
                              "DumpAITSection: ver:0,sn:0/-1,crc:00000000(valid:1)\n", "DumpAITSection:  no data.\n"));
 }
 
-TEST(AnAitSection, DumpsItsHeaderAloneWhenItsBytesAreNotWanted) {
+TEST(AnAitSection, DumpsOnlyItsHeaderUnlessAsked) {
     Bytes bytes = aitBytes(31, 255, 254, 0xFEDCBA98);
     const AITSection section(bytes);
     recording::reset();
@@ -239,7 +239,7 @@ TEST(AnAitSection, LeavesItsValidityAloneWhenItOnlyReads) {
     EXPECT_EQ(section.version, 1);
 }
 
-TEST(AnAitSection, IsCopiedWithAllItsValuesAndToItselfWithoutHarm) {
+TEST(AnAitSection, CopiesAllValuesEvenToItself) {
     Bytes bytes = aitBytes(4, 1, 2, 99);
     const AITSection original(bytes);
     AITSection copy(original);

@@ -30,7 +30,7 @@ TEST(AnAitStorage, WritesWhatItDoesWithASection) {
     EXPECT_THAT(messagesOf(kFile), testing::ElementsAre("No Need to update Section: 0/1, ver: 3,crc:ABCDEF01\n"));
 }
 
-TEST(AnAitStorage, KeepsItsCountAtZeroForAFirstVersionOfZero) {
+TEST(AnAitStorage, CountsZeroSectionsForAFirstVersionZero) {
     AITStorage storage(aitBytes(0, 0, 2, 1));
     EXPECT_EQ(storage.getAITSectionCount(), 0);
     EXPECT_TRUE(storage.getAITSection(0).valid);
@@ -46,7 +46,7 @@ TEST(AnAitStorage, GoesByTheCrcAlone) {
     EXPECT_TRUE(storage.saveAITSection(aitBytes(1, 0, 0, 2)));
 }
 
-TEST(AnAitStorage, NotesANewVersionEvenWhenTheCrcIsTheSame) {
+TEST(AnAitStorage, NotesANewVersionWithTheSameCrc) {
     AITStorage storage(aitBytes(1, 0, 0, 1));
     EXPECT_FALSE(storage.saveAITSection(aitBytes(2, 0, 5, 1)));
     EXPECT_EQ(storage.getAITSectionCount(), 6);
@@ -113,7 +113,7 @@ TEST(AnAitStorage, KeepsTheCountOfTheSectionThatChangedTheVersion) {
                                                         "No Need to update Section: 1/7, ver: 1,crc:00000002\n"));
 }
 
-TEST(AnAitStorage, WritesTheChangeOfVersionBeforeItFindsARepetition) {
+TEST(AnAitStorage, LogsANewVersionBeforeARepetition) {
     AITStorage storage(aitBytes(1, 0, 0, 7));
     recording::reset();
     EXPECT_FALSE(storage.saveAITSection(aitBytes(2, 0, 5, 7)));
@@ -141,7 +141,7 @@ TEST(AnAitStorage, ComparesTheCrcOfTheSameNumberAlone) {
     EXPECT_TRUE(storage.saveAITSection(aitBytes(1, 1, 1, 7)));
 }
 
-TEST(AnAitStorage, WritesNothingButTheHeaderOfASectionThatItRefuses) {
+TEST(AnAitStorage, LogsOnlyTheHeaderOfARefusedSection) {
     AITStorage storage(aitBytes(1, 0, 1, 7));
     for (const unsigned int number : {12U, 255U}) {
         recording::reset();
@@ -165,7 +165,7 @@ TEST(AnAitStorage, BeginsEmptyWhenItsFirstSectionIsRefused) {
     }
 }
 
-TEST(AnAitStorage, TakesBytesThatAreTooFewForASectionAndNeverKnowsThemAgain) {
+TEST(AnAitStorage, StoresTooShortSectionsEachTime) {
     AITStorage storage(Bytes(7, 0xFF));
     EXPECT_EQ(storage.getAITSection(0).data, Bytes(7, 0xFF));
     EXPECT_FALSE(storage.getAITSection(0).valid);

@@ -30,7 +30,7 @@ TEST(ATraceScope, WritesBothItsLinesWithTheLineOfItsBeginning) {
                                               "[TRACE <- operation(OUT)] file.cpp:77:operation() \n"));
 }
 
-TEST(ATraceScope, WritesItsSecondLineWhenAnExceptionPasses) {
+TEST(ATraceScope, LogsTheExitOfAnOperationThatThrows) {
     recording::reset();
     EXPECT_THROW(
         {

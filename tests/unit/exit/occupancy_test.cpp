@@ -59,7 +59,7 @@ TEST(AnOccupancy, LetsNobodyInOnceItWasClosedEmpty) {
     EXPECT_TRUE(occupancy.close(kAtOnce)) << "closing again changes nothing";
 }
 
-TEST(AnOccupancy, StaysOpenToCallersWhenItWasClosedWithACallerInside) {
+TEST(AnOccupancy, AdmitsCallersAfterAFailedClose) {
     Occupancy occupancy;
     {
         const Visitor visitor(occupancy, As::caller);
@@ -78,7 +78,7 @@ TEST(AnOccupancy, WaitsForTheWorkersInside) {
     EXPECT_TRUE(closed.get());
 }
 
-TEST(AnOccupancy, WaitsForAWorkerWhoseThreadHasYetToBegin) {
+TEST(AnOccupancy, WaitsForAReservedWorker) {
     Occupancy occupancy;
     occupancy.reserve();
     EXPECT_FALSE(occupancy.close(kAtOnce));
@@ -93,13 +93,13 @@ TEST(AnOccupancy, WaitsForNoWorkerThatIsGivenBack) {
     EXPECT_TRUE(occupancy.close(kAtOnce));
 }
 
-TEST(AnOccupancy, CountsTheThreadThatClosesItButDoesNotWaitForIt) {
+TEST(AnOccupancy, CountsItsCloserButDoesNotWaitForIt) {
     Occupancy occupancy;
     const Stay worker(occupancy, As::worker);
     EXPECT_FALSE(occupancy.close(kLong));
 }
 
-TEST(AnOccupancy, LetsAThreadThatIsInsideEnterAgainWhileItCloses) {
+TEST(AnOccupancy, AdmitsItsOwnThreadsWhileClosing) {
     Occupancy occupancy;
     const Stay worker(occupancy, As::worker);
     EXPECT_FALSE(occupancy.close(kAtOnce));

@@ -167,7 +167,7 @@ TEST_F(TheDvbApi, ForwardsEveryCommandUnchangedAndReturnsTheResultUntouched) {
     }
 }
 
-TEST_F(TheDvbApi, ChangesNoValueOnItsWayToTheServiceObject) {
+TEST_F(TheDvbApi, PassesAllValuesUnchanged) {
     using velmora::dvbservice::BrowserDVBService;
     const auto ofApi = extremeCalls<DvbAPIInterface>();
     const auto ofService = extremeCalls<BrowserDVBService>();
@@ -195,7 +195,7 @@ TEST_F(TheDvbApi, TracesItsOperationsOnlyWhereTheyAreNamedSo) {
     }
 }
 
-TEST_F(TheDvbApi, WritesALineOfItsOwnBeforeForwardingOnlyWhereItHasOne) {
+TEST_F(TheDvbApi, LogsItsOwnLineBeforeForwarding) {
     for (const Operation& operation : operations()) {
         SCOPED_TRACE(operation.name);
         recording::reset();

@@ -148,7 +148,7 @@ TEST_F(AListenerRegistry, IsOpenToOtherThreadsDuringACall) {
     EXPECT_TRUE(changed) << "the lock is held during the call";
 }
 
-TEST_F(AListenerRegistry, TakesItsLockForEveryChangeAndForTheCopyOfAFanOut) {
+TEST_F(AListenerRegistry, LocksForChangesAndForTheCopy) {
     const Listener listener = added();
     boost::recursive_mutex& mutex = BrowserDvbAPITestAccess::listenersMutex(own());
     EXPECT_TRUE(waitsForLock(mutex, [&] { api->addListener(listener); }));
@@ -157,7 +157,7 @@ TEST_F(AListenerRegistry, TakesItsLockForEveryChangeAndForTheCopyOfAFanOut) {
     EXPECT_TRUE(isFree(mutex));
 }
 
-TEST_F(AListenerRegistry, KeepsAListenerThatIsReleasedDuringTheEventUntilItsCallIsOver) {
+TEST_F(AListenerRegistry, KeepsAReleasedListenerUntilItsCallEnds) {
     struct Mourned : RecordingListener {
         explicit Mourned(std::vector<std::string>& newStory) : story(newStory) {}
         ~Mourned() override { story.emplace_back("released"); }
@@ -210,7 +210,7 @@ TEST_F(AListenerRegistry, StillTellsAListenerThatIsRemovedDuringTheEvent) {
     EXPECT_EQ(second->calls().size(), 1U);
 }
 
-TEST_F(AListenerRegistry, TellsAListenerThatIsAddedDuringAnEventOfTheNextOne) {
+TEST_F(AListenerRegistry, CallsAListenerAddedDuringAnEventFromTheNextOn) {
     const Listener first = added();
     const Listener late = make();
     first->reaction = [&] { api->addListener(late); };
@@ -296,7 +296,7 @@ TEST_F(AListenerRegistry, PassesItsOwnTextWhereListenersTakeAReference) {
     EXPECT_THAT(looking->seen, testing::ElementsAre(&text, &text));
 }
 
-TEST_F(AListenerRegistry, GivesEachListenerATextOfItsOwnWhereItTakesOneByValue) {
+TEST_F(AListenerRegistry, CopiesTextsThatListenersTakeByValue) {
     struct Spoiling : RecordingListener {
         void onPMTSectionUpdated(std::uint16_t, std::uint16_t, std::uint16_t, int, std::string section) override {
             spoil(section);
@@ -326,7 +326,7 @@ TEST_F(AListenerRegistry, GivesEachListenerATextOfItsOwnWhereItTakesOneByValue) 
     }
 }
 
-TEST_F(AListenerRegistry, WritesItsLinesBeforeListenersAreCalledAndNoneForOtherEvents) {
+TEST_F(AListenerRegistry, LogsOnlyItsOwnEventsBeforeListenersAreCalled) {
     const Listener listener = added();
     std::vector<std::string> before;
     listener->reaction = [&before] { before = logged::story(); };

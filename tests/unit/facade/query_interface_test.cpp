@@ -195,7 +195,7 @@ TEST(ASingleton, IsConstructedOnceWhenThreadsRace) {
     EXPECT_EQ(Counted::constructions, 1);
 }
 
-TEST(TheServiceObject, IsMadeStartedAndAskedForTheChannelOnceWhenThreadsRace) {
+TEST(TheServiceObject, IsCreatedOnceWhenThreadsRace) {
     using velmora::dvbservice::BrowserDVBService;
     recording::reset();
     std::atomic<int> ready{0};

@@ -73,7 +73,7 @@ TEST_F(AConfirmation, IsKeptWithItsKindSessionPidAndResult) {
                     "onBrowserOpenFilterConf: Filter Open Result :  , -32768, size:3\n", "<- onBrowserOpenFilterConf"));
 }
 
-TEST_F(AConfirmation, IsTakenByTheWaitOfItsKindSessionAndPidAlone) {
+TEST_F(AConfirmation, EndsOnlyTheWaitOfItsKindSessionAndPid) {
     confirmOpen(100, "a", 0);
     confirmOpen(65535, "b", 0);
     confirmClose("a", 0);
@@ -163,7 +163,7 @@ TEST_F(AConfirmation, HasItsLinesWrittenUnderTheLock) {
     EXPECT_THAT(freeAt, testing::SizeIs(8)) << "the traces stand around it";
 }
 
-TEST_F(AConfirmation, IsWaitedForTenSecondsOfTheWallClockAtATime) {
+TEST_F(AConfirmation, IsAwaitedInSleepsOfTenSeconds) {
     // The clock does not advance for the first four readings, the one at the beginning included.
     static std::atomic<int> looks;
     looks = 0;
@@ -186,7 +186,7 @@ TEST_F(AConfirmation, IsWaitedForTenSecondsOfTheWallClockAtATime) {
     EXPECT_LT(deadlines[0].at, deadlines[2].at) << "each sleep is ten seconds from its own begin";
 }
 
-TEST_F(AConfirmation, IsLookedForBeforeTheTimeIs) {
+TEST_F(AConfirmation, IsCheckedBeforeTheTime) {
     // More than ten seconds have passed at the first check, but the confirmation has already arrived.
     hurry();
     confirmClose("a", 0);
@@ -202,7 +202,7 @@ TEST_F(AConfirmation, IsLookedForBeforeTheTimeIs) {
     EXPECT_TRUE(waiting.get());
 }
 
-TEST_F(AConfirmation, IsWaitedForWithoutEndWhileTheClockCannotBeRead) {
+TEST_F(AConfirmation, IsAwaitedForeverWithoutAClock) {
     velmora::dvbservice::handshakeClock = [] { return -1.0; };
     letTimedWaits(wrapped_time::TimedWaits::endAtOnce);
     std::future<bool> waiting = waitForStart(1, "a");

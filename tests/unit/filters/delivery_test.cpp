@@ -73,7 +73,7 @@ TEST_F(ADelivery, GoesOnWithoutAQueueAndTriesAgainLater) {
     EXPECT_TRUE(service->createIPCChannelForSectionData());
 }
 
-TEST_F(ADelivery, HandsEachSectionToTheClientOfItsFilterBitExact) {
+TEST_F(ADelivery, DeliversEachSectionUnchangedToItsClient) {
     openFilter("a", 0x111);
     openFilter("b", 0x222);
     std::size_t count = 0;

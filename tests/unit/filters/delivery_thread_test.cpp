@@ -101,7 +101,7 @@ TEST_F(ADeliveryThread, ReleasesItsCreatorBeforeItsLine) {
     recording::setLogAction(nullptr);
 }
 
-TEST_F(ADeliveryThread, HasTheStartLockFreeWhenItsCreatorSaysThatItRuns) {
+TEST_F(ADeliveryThread, ReleasesTheStartLockBeforeTheCreatorContinues) {
     bool wasFree = false;
     std::future<void*> other;
     recording::setLogAction([&](const recording::LogLine& line) {
@@ -145,7 +145,7 @@ TEST_F(ADeliveryThread, WithoutAnObjectReleasesTheCreator) {
     EXPECT_THAT(messagesOf("thread_proc_section_data"), testing::ElementsAre("Invalid Thread data.\n"));
 }
 
-TEST_F(ADeliveryThread, HasItsQueuesNameEvenIfTheQueueCannotBeMade) {
+TEST_F(ADeliveryThread, KeepsTheQueueNameWithoutAQueue) {
     recording::setQueueCreationFails(true);
     EXPECT_FALSE(create());
     EXPECT_FALSE(create()) << "each call tries again";

@@ -29,7 +29,7 @@ TEST_F(AHandshake, EndsAtOnceWithARefusalAndLeavesTheRecord) {
     EXPECT_THAT(messagesOf("startSection"), testing::SizeIs(1));
 }
 
-TEST_F(AHandshake, ClosesAFilterAndSaysInUseOfAClientThatIsNot) {
+TEST_F(AHandshake, LogsInUseForARemovedClient) {
     answerWith(0);
     open("a");
     recording::setSendAction([this](const recording::SentMessage& message) {
@@ -86,7 +86,7 @@ TEST_F(AHandshake, FindsAConfirmationThatCameBeforeTheWait) {
     EXPECT_TRUE(service->waitForStartSectionResult(7, "early"));
 }
 
-TEST_F(AHandshake, GivesUpAfterTenSecondsAndLeavesALateConfirmationForGood) {
+TEST_F(AHandshake, GivesUpAfterTenSecondsAndKeepsLateConfirmations) {
     testSeconds = 1000;
     velmora::dvbservice::handshakeClock = &readTestSeconds;
     std::future<int> result = std::async(std::launch::async, [this] { return open("late"); });

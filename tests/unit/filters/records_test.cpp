@@ -40,7 +40,7 @@ TEST_F(AFilter, KeepsItsStateBitsAsReported) {
     EXPECT_EQ(FilterParameterTestAccess::state(*closedFirst), 0x60U);
 }
 
-TEST_F(AFilter, IsSavedOnceAndFoundByTheFirstOfItsName) {
+TEST_F(AFilter, IsSavedOnceAndFoundByName) {
     const auto first = FilterParameter::create(&client, "same", 1, nullptr, nullptr, 0);
     const auto second = FilterParameter::create(&client, "same", 2, nullptr, nullptr, 0);
     EXPECT_EQ(service->saveFilter(first), 0);
@@ -63,7 +63,7 @@ TEST_F(AFilter, IsNotRemovedTwice) {
                                                         " client:" + pointerText(&client) + ", pid: 77 \n")));
 }
 
-TEST_F(AFilter, IsShownWithItsWholePidWhenItCannotBeRemoved) {
+TEST_F(AFilter, IsLoggedWithItsUncutPidWhenUnknown) {
     service->removeFilter(FilterParameter::create(nullptr, "name", 65536 + 77, nullptr, nullptr, 0));
     EXPECT_THAT(lines().at(0).message, testing::EndsWith(" client:(nil), pid: 65613 \n"));
 }
@@ -82,7 +82,7 @@ TEST_F(AFilter, KeepsItsClientRegistered) {
     EXPECT_FALSE(service->unRegisterClient(&client));
 }
 
-TEST(ASessionName, IsThePidAndTheUuidWithItsFirstFieldsInNativeOrder) {
+TEST(ASessionName, IsThePidAndTheUuidInNativeOrder) {
     const std::uint8_t uuid[16] = {0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF,
                                    0x0A, 0x1B, 0x2C, 0x3D, 0x4E, 0x5F, 0x60, 0x71};
     const std::string ofUuid = "67452301-AB89-EFCD-0A1B-2C3D4E5F6071";
@@ -108,7 +108,7 @@ TEST_F(AFilter, EndsTheProcessWhereThereIsAnEmptyRecord) {
     EXPECT_DEATH(service->findFilterParameterBySessionName("any"), "px != 0");
 }
 
-TEST_F(AFilter, GetsASessionNameOfFortyFiveCharactersThatBeginsWithTheProcess) {
+TEST_F(AFilter, GetsASessionNameThatStartsWithItsProcess) {
     char process[16];
     std::snprintf(process, sizeof process, "%08X-", static_cast<unsigned int>(getpid()));
     const std::string name = service->generateSessionName();

@@ -37,7 +37,7 @@ TEST_F(ARegistry, TakesItsLockForEveryOperation) {
     EXPECT_TRUE(isFree(lock()));
 }
 
-TEST_F(ARegistry, HoldsItsLockAtItsLineAndNotAtItsTraces) {
+TEST_F(ARegistry, HoldsItsLockOnlyDuringItsLine) {
     std::vector<bool> free;
     recording::setLogAction([&](const recording::LogLine&) { free.push_back(isFree(lock())); });
     service->removeFilter(record("a", client));
@@ -105,7 +105,7 @@ TEST_F(ARegistry, TellsRecordsApartByTheObject) {
     EXPECT_EQ(recordOf("same"), first);
 }
 
-TEST_F(ARegistry, KeepsAClientForAnyOfItsFiltersAndForNoOtherClients) {
+TEST_F(ARegistry, KeepsAClientWhileItOwnsAFilter) {
     service->registerClient(&client);
     service->registerClient(&second);
     const auto before = saved("0", third);
@@ -152,7 +152,7 @@ TEST_F(ARegistry, WritesNothingButTheTracesOfItsClients) {
                                      "<- unRegisterClient", "-> unRegisterClient", "<- unRegisterClient"));
 }
 
-TEST_F(ARegistry, HoldsARecordsPatternsToItsLengthAsTheyWere) {
+TEST_F(ARegistry, CopiesTheLengthOfThePatterns) {
     unsigned char pattern[] = {1, 2, 3, 4};
     unsigned char patternBits[] = {5, 6, 7, 8};
     const auto one = FilterParameter::create(&client, "a", 1, pattern, patternBits, 1);

@@ -35,7 +35,7 @@ std::vector<std::string> joined(std::initializer_list<std::vector<std::string>> 
 
 }  // namespace
 
-TEST_F(ARequest, ToOpenAFilterTellsThis) {
+TEST_F(ARequest, LogsTheOpening) {
     confirmed("a");
     std::vector<std::string> atSend;
     recording::setSendAction([&](const recording::SentMessage&) {
@@ -53,7 +53,7 @@ TEST_F(ARequest, ToOpenAFilterTellsThis) {
                                         "startSection: startSection no error!\n", "<- startSection"}}));
 }
 
-TEST_F(ARequest, ToOpenAFilterThatIsNotConfirmedTellsThis) {
+TEST_F(ARequest, LogsAnUnconfirmedOpening) {
     velmora::dvbservice::handshakeClock = &hurryingSeconds;
     EXPECT_EQ(open("a", 0xFFFFFFFF), 1);
     EXPECT_EQ(logged::story(),
@@ -66,7 +66,7 @@ TEST_F(ARequest, ToOpenAFilterThatIsNotConfirmedTellsThis) {
     EXPECT_EQ(hexText(theSent().wire).substr(18, 8), "FFFFFFFF");
 }
 
-TEST_F(ARequest, ToCloseAFilterTellsThis) {
+TEST_F(ARequest, LogsTheClosing) {
     confirmed("a");
     open("a");
     confirmClose("a", 0);
@@ -90,7 +90,7 @@ TEST_F(ARequest, ToCloseAFilterTellsThis) {
                                         "stopSection: stopSection no error!\n", "<- stopSection"}}));
 }
 
-TEST_F(ARequest, ToCloseAFilterThatIsRefusedTellsThis) {
+TEST_F(ARequest, LogsARefusedClosing) {
     confirmed("a");
     confirmOpen(100, "b", 0);
     open("a");
@@ -104,7 +104,7 @@ TEST_F(ARequest, ToCloseAFilterThatIsRefusedTellsThis) {
                       {"-> waitForStopSectionResult", "<- waitForStopSectionResult", "<- stopSection"}}));
 }
 
-TEST_F(ARequest, ToCloseWhatIsNotOpenTellsThis) {
+TEST_F(ARequest, LogsTheClosingOfAnUnknownFilter) {
     EXPECT_EQ(service->stopSection(&client, "a"), -1);
     EXPECT_EQ(logged::story(), joined({{"-> stopSection", "stopSection:  Closing  Filter: " + shown() + ", a\n",
                                         "stopSection: Invalid Filter Session: a for " + shown() + "\n"},
@@ -127,7 +127,7 @@ TEST_F(ARequest, SavesItsRecordBeforeItRegistersItsClient) {
     EXPECT_THAT(saved, testing::ElementsAre(true, true));
 }
 
-TEST_F(ARequest, ForAPmtTellsThis) {
+TEST_F(ARequest, LogsThePmtRequest) {
     std::vector<std::string> atSend;
     recording::setSendAction([&](const recording::SentMessage&) {
         atSend = logged::story();
@@ -147,7 +147,7 @@ TEST_F(ARequest, ForAPmtTellsThis) {
     EXPECT_EQ(logged::story(), joined({before, {"<- startPMTRequest"}}));
 }
 
-TEST_F(ARequest, ToStopAPmtTellsThis) {
+TEST_F(ARequest, LogsThePmtStop) {
     service->startPMTRequest(&client, "a", 1);
     recording::reset();
     std::vector<std::string> atSend;
@@ -166,7 +166,7 @@ TEST_F(ARequest, ToStopAPmtTellsThis) {
     EXPECT_EQ(logged::story(), joined({before, {"<- stopPMTRequest"}}));
 }
 
-TEST_F(ARequest, ToStopAPmtOfAClientWithAnotherTellsThis) {
+TEST_F(ARequest, LogsAPmtStopByAnotherClient) {
     service->startPMTRequest(&client, "a", 1);
     service->startPMTRequest(&client, "b", 1);
     recording::reset();
@@ -177,7 +177,7 @@ TEST_F(ARequest, ToStopAPmtOfAClientWithAnotherTellsThis) {
     EXPECT_TRUE(service->isRegistered(&client));
 }
 
-TEST_F(ARequest, ToStopAPmtThatIsRefusedTellsThis) {
+TEST_F(ARequest, LogsARefusedPmtStop) {
     EXPECT_EQ(service->stopPMTRequest(nullptr, ""), -1);
     EXPECT_EQ(service->stopPMTRequest(&client, ""), -1);
     EXPECT_EQ(service->stopPMTRequest(&client, "a"), -1);
@@ -190,7 +190,7 @@ TEST_F(ARequest, ToStopAPmtThatIsRefusedTellsThis) {
     EXPECT_TRUE(recording::sent().empty());
 }
 
-TEST_F(ARequest, IsRefusedWithAnEmptySessionEvenIfThereIsOne) {
+TEST_F(ARequest, RefusesAnEmptySessionName) {
     service->startPMTRequest(&client, "", 1);
     EXPECT_EQ(service->stopPMTRequest(&client, ""), -1);
     EXPECT_TRUE(recordOf("")) << "it was not looked for";
@@ -204,7 +204,7 @@ TEST_F(ARequest, ToOpenIsSentWithoutClientAndSessionToo) {
     EXPECT_EQ(service->startPMTRequest(nullptr, "", 5), 0);
 }
 
-TEST_F(ARequest, OffersTheClientOfTheCallNotThatOfTheRecord) {
+TEST_F(ARequest, UnregistersTheCallsClient) {
     KeepingSectionClient other;
     service->registerClient(&other);
     for (const bool pmt : {false, true}) {
@@ -220,7 +220,7 @@ TEST_F(ARequest, OffersTheClientOfTheCallNotThatOfTheRecord) {
     }
 }
 
-TEST_F(ARequest, TakesNoNoteOfItsSendsResult) {
+TEST_F(ARequest, IgnoresTheSendResult) {
     for (const int sendResult : {-107, 7}) {
         answerWith(0, sendResult);
         EXPECT_EQ(open("a"), 0);

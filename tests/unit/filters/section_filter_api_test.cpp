@@ -39,7 +39,7 @@ protected:
 
 }  // namespace
 
-TEST_F(TheSectionFilterApi, MakesTruthOfAnOpenFilterAndOfAClosedOne) {
+TEST_F(TheSectionFilterApi, ReturnsTrueForOpenedAndForClosed) {
     answerWith(0);
     EXPECT_TRUE(start("a"));
     EXPECT_TRUE(stop("a"));
@@ -49,7 +49,7 @@ TEST_F(TheSectionFilterApi, MakesTruthOfAnOpenFilterAndOfAClosedOne) {
     EXPECT_FALSE(stop("refused")) << "the close is refused too";
 }
 
-TEST_F(TheSectionFilterApi, LeavesRecordAndClientOfAFilterThatNobodyConfirms) {
+TEST_F(TheSectionFilterApi, KeepsAnUnconfirmedFilter) {
     velmora::dvbservice::handshakeClock = &hurryingSeconds;
     EXPECT_FALSE(start("late"));
     EXPECT_TRUE(recordOf("late"));
@@ -77,7 +77,7 @@ TEST_F(TheSectionFilterApi, IsNamedAndNotCountedAndGivesSessionNames) {
     EXPECT_NE(name, callSlot<std::string>(api, kGenerateSessionName));
 }
 
-TEST_F(TheSectionFilterApi, ChangesNoValueOnItsWayToTheServiceObject) {
+TEST_F(TheSectionFilterApi, PassesAllValuesUnchanged) {
     frame::MsgIds ids;
     service->onBrowserOpenFilterConf(ids, {}, 0xFFFFFFFE, "a", 0);
     EXPECT_TRUE(api->startSection(&client, "a", 0xFFFFFFFE, bits, match, 2));

@@ -198,7 +198,7 @@ TEST(ASectionQueue, IsFullAfterItsMessagesAndNeverWaits) {
     EXPECT_TRUE(sendSection(*writer, "s", {1, 2, 3}));
 }
 
-TEST(ASectionQueue, WhoseReaderIsStoppedInsideHoldsNoWriterUp) {
+TEST(ASectionQueue, DoesNotBlockWritersWhenItsReaderStops) {
     const std::string name = queueName("stopped");
     const std::unique_ptr<IPCMessageQueue> reader(IPCMessageQueue::create(name, kMessageSize, kMessages));
     const std::unique_ptr<IPCMessageQueue> writer(IPCMessageQueue::open(name));
@@ -252,7 +252,7 @@ TEST(ASectionQueue, GoesWithItsCreator) {
     EXPECT_EQ(IPCMessageQueue::open(name), nullptr);
 }
 
-TEST(ASectionQueue, OfAKilledProcessIsRemovedWhenTheNextIsMade) {
+TEST(ASectionQueue, IsRemovedAfterItsProcessWasKilled) {
     const pid_t child = fork();
     if (child == 0) {
         IPCMessageQueue::create(queueName("killed"), kMessageSize, kMessages);

@@ -99,7 +99,7 @@ TEST_F(AnAdapter, SharesOneNullServiceWithAllOthers) {
     EXPECT_TRUE(recording::log().empty());
 }
 
-TEST_F(AnAdapter, FailsToStartWhenTheProcessDoesNotKnowTheInterface) {
+TEST_F(AnAdapter, FailsToStartWithoutTheInterface) {
     recording::reset();
     EXPECT_EQ(adapter->start(), -1);
     EXPECT_THAT(recording::log(),
@@ -154,7 +154,7 @@ TEST_F(AnAdapter, SkipsTheRemovalWhenNobodyOwnsIt) {
     EXPECT_THAT(recording::log(), testing::ElementsAre(called("stop")));
 }
 
-TEST_F(AnAdapter, WritesALineWhenItIsMadeAndWhenItGoes) {
+TEST_F(AnAdapter, LogsItsConstructionAndDestruction) {
     recording::reset();
     { const Adapter unowned; }
     EXPECT_THAT(recording::log(), testing::ElementsAre(called("Adapter"), called("~Adapter")));
@@ -192,7 +192,7 @@ TEST_F(AnAdapter, StartsWhateverTheServiceAnswersToItsRegistration) {
     }
 }
 
-TEST_F(AnAdapter, TakesAPositiveResultOfTheLookUpForASuccess) {
+TEST_F(AnAdapter, AcceptsAPositiveLookUpResult) {
     AnsweringService service;
     publish(&service, 7);
     recording::reset();
@@ -201,7 +201,7 @@ TEST_F(AnAdapter, TakesAPositiveResultOfTheLookUpForASuccess) {
     EXPECT_EQ(adapter->getServiceInterface(), &service);
 }
 
-TEST_F(AnAdapter, FailsToStartWhenTheLookUpFailsThoughItFilledTheReference) {
+TEST_F(AnAdapter, FailsWhenTheLookUpFailsWithAReference) {
     AnsweringService service;
     publish(&service, -3);
     recording::reset();
@@ -213,7 +213,7 @@ TEST_F(AnAdapter, FailsToStartWhenTheLookUpFailsThoughItFilledTheReference) {
     EXPECT_NE(adapter->getServiceInterface(), &service);
 }
 
-TEST_F(AnAdapter, FailsToStartWithoutALineWhenTheInterfaceHoldsNoService) {
+TEST_F(AnAdapter, FailsSilentlyWhenTheInterfaceHoldsNoService) {
     publish(nullptr);
     recording::reset();
     EXPECT_EQ(adapter->start(), -1);
@@ -221,7 +221,7 @@ TEST_F(AnAdapter, FailsToStartWithoutALineWhenTheInterfaceHoldsNoService) {
     EXPECT_NE(dynamic_cast<EmptyServiceInterface*>(adapter->getServiceInterface()), nullptr);
 }
 
-TEST_F(AnAdapter, FailsToStartWithoutALineWhenTheLookUpSucceedsWithoutAnInterface) {
+TEST_F(AnAdapter, FailsSilentlyWhenTheLookUpGivesNoInterface) {
     seams::setLookUp([](boost::shared_ptr<frame::Interface>&, const std::string&) { return 0; });
     recording::reset();
     EXPECT_EQ(adapter->start(), -1);

@@ -56,7 +56,7 @@ TEST_F(AProxy, HoldsABufferForEachTextUntilTheCommandIsSent) {
 #include "expected_messages.inc"
 }
 
-TEST_F(AProxy, AllocatesATextWithItsTerminatorAndASequenceOfBytesAsItIs) {
+TEST_F(AProxy, AllocatesTextsWithTerminatorAndBytesWithout) {
     frame::MsgIds ids;
     seams::watchHeap();
     proxy->cmdUpdateIPCChannelNames(ids, {}, "first", "", std::string("a\0b", 3));
@@ -170,7 +170,7 @@ TEST(AConversionStructure, OfAChannelFreesItsTextBeforeItTakesAnother) {
     seams::reset();
 }
 
-TEST(TheHook, AllocatesItsArrayEmptyAndLeavesItWhenTheProxyCannotBeMade) {
+TEST(TheHook, LeavesAnEmptyArrayWhenTheProxyThrows) {
     seams::watchHeap();
     seams::setNameHook([] { throw std::runtime_error("no name"); });
     EXPECT_THROW(CreateBrowserDvbServiceProxy(), std::runtime_error);

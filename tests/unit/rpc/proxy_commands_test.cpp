@@ -31,7 +31,7 @@ std::vector<int> callAllCommands(ServiceInterface& service, frame::MsgIds& ids) 
 
 }  // namespace
 
-TEST_F(AProxy, SendsEachCommandWithItsHeaderItsTableAndAFourthArgumentOfZero) {
+TEST_F(AProxy, SendsEachCommandWithHeaderTableAndZero) {
     frame::MsgIds ids;
     callAllCommands(*proxy, ids);
     const std::vector<recording::SentMessage> sent = recording::sent();
@@ -111,7 +111,7 @@ TEST_F(AProxy, SendsDefaultIdsAsAllOnes) {
     EXPECT_EQ(recording::sent().at(0).ids.transaction, 0xFFFFFFFFU);
 }
 
-TEST_F(AProxy, SendsARecordOfOneByteForACommandWithoutFields) {
+TEST_F(AProxy, SendsOneByteForACommandWithoutFields) {
     frame::MsgIds ids;
     proxy->cmdSendPMTCache(ids, {});
     EXPECT_EQ(recording::sent().at(0).wire.size(), 1U);

@@ -99,7 +99,7 @@ TEST_F(AProxy, DecodesEveryEventIntoTheCallOfItsName) {
     }
 }
 
-TEST_F(AProxy, HandsTheSharedEmptyIdsAndTheMessagesTransportToItsClients) {
+TEST_F(AProxy, PassesEmptyIdsAndTheTransportToClients) {
     const boost::shared_ptr<RecordingClient> client = addedClient();
     frame::TransportInfo transport;
     transport.peer = 7;
@@ -125,7 +125,7 @@ TEST_F(AProxy, AnswersZeroToEveryEventWhateverItsClientsAnswer) {
     }
 }
 
-TEST_F(AProxy, RefusesNoEventThatNobodyHearsAndWritesItsLine) {
+TEST_F(AProxy, LogsAnEventWithoutClients) {
     for (const Event& event : kEvents) {
         recording::reset();
         int result = -99;

@@ -47,7 +47,7 @@ auto called(const std::string& function) {
 
 }  // namespace
 
-TEST_F(AProxyAsAMember, IsMadeByTheHookAsTheOnlyOneOfAnArray) {
+TEST_F(AProxyAsAMember, IsTheOnlyMemberTheHookCreates) {
     frame::AbstractApplication** members = CreateBrowserDvbServiceProxy();
     ASSERT_NE(members, nullptr);
     ASSERT_NE(members[0], nullptr);
@@ -108,7 +108,7 @@ TEST_F(AProxyAsAMember, IgnoresTheResultOfRegistrations) {
     }
 }
 
-TEST_F(AProxyAsAMember, TakesAPositiveResultOfItsBaseForASuccess) {
+TEST_F(AProxyAsAMember, AcceptsAPositiveResultOfItsBase) {
     Proxy proxy;
     recording::reset();
     seams::setBaseStep([] { return 5; });
@@ -120,7 +120,7 @@ TEST_F(AProxyAsAMember, TakesAPositiveResultOfItsBaseForASuccess) {
                 testing::ElementsAre(called("performSetupDone"), called("performStarting"), called("performStopping")));
 }
 
-TEST_F(AProxyAsAMember, TakesAPositiveResultOfPublishingForASuccess) {
+TEST_F(AProxyAsAMember, AcceptsAPositiveResultOfPublishing) {
     Proxy proxy;
     recording::reset();
     seams::setPublishResult(3);
@@ -128,7 +128,7 @@ TEST_F(AProxyAsAMember, TakesAPositiveResultOfPublishingForASuccess) {
     EXPECT_THAT(recording::log(), testing::ElementsAre(called("performSetupDone")));
 }
 
-TEST_F(AProxyAsAMember, WritesTheLineOfAStepBeforeItsBaseTakesIt) {
+TEST_F(AProxyAsAMember, LogsAStepBeforeItsBaseRuns) {
     Proxy proxy;
     std::vector<std::string> lastLines;
     recording::reset();
@@ -164,7 +164,7 @@ TEST_F(AProxyAsAMember, ReturnsEachNegativeResultAsItIs) {
             called("performStopping"), failed("performStopping", "Parent class performStopping() returned -107.")));
 }
 
-TEST_F(AProxyAsAMember, WithdrawsItsInterfaceBeforeItLetsGoOfItsClients) {
+TEST_F(AProxyAsAMember, WithdrawsItsInterfaceBeforeReleasingClients) {
     class LastLook : public RecordingClient {
     public:
         explicit LastLook(std::vector<std::string>& newEvents) : events(newEvents) {}
@@ -183,7 +183,7 @@ TEST_F(AProxyAsAMember, WithdrawsItsInterfaceBeforeItLetsGoOfItsClients) {
     EXPECT_THAT(events, testing::ElementsAre("withdrawn", "~Proxy"));
 }
 
-TEST_F(AProxyAsAMember, PublishesItsServiceInterfaceWhenItIsSetUpAndWithdrawsItWhenItIsDestroyed) {
+TEST_F(AProxyAsAMember, PublishesItsInterfaceFromSetupToDestruction) {
     boost::shared_ptr<frame::Interface> found;
     {
         Proxy proxy;
@@ -224,7 +224,7 @@ TEST_F(AProxyAsAMember, ReturnsAFailedStartOfItsBaseWithALine) {
                                                                      "Parent class performStarting() returned -5.\n")));
 }
 
-TEST_F(AProxyAsAMember, ReturnsAFailedSetupOfItsBaseWithALineAndPublishesNothing) {
+TEST_F(AProxyAsAMember, PublishesNothingWhenItsBaseFailsToSetUp) {
     Proxy proxy;
     recording::reset();
     recording::setSetUpResult(-6);
@@ -316,7 +316,7 @@ private:
 
 }  // namespace
 
-TEST_F(AProxyAsAMember, IsStoppedAfterTheMembersThatWereStartedAfterIt) {
+TEST_F(AProxyAsAMember, StopsAfterMembersStartedLater) {
     frame::Process process = frame::Process::getInstance();
     steps().clear();
     ASSERT_EQ(process.startAppMembersSync(NotingMember<'a'>::create), 0);

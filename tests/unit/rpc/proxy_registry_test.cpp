@@ -104,7 +104,7 @@ TEST_F(AProxy, CallsTheOthersWhenAClientReturnsAFailure) {
     EXPECT_EQ(second->calls().size(), 1U);
 }
 
-TEST_F(AProxy, KeepsAClientThatRemovesItselfAliveUntilTheEventIsOver) {
+TEST_F(AProxy, KeepsASelfRemovingClientDuringTheEvent) {
     boost::shared_ptr<RecordingClient> leaving(new RecordingClient);
     boost::weak_ptr<RecordingClient> observed = leaving;
     proxy->addClient(leaving);

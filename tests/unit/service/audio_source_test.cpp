@@ -61,7 +61,7 @@ TEST_F(AnAudioSourceRequest, ReturnsTheReportedFailure) {
                                                      failure("set audio source failed, session 1, result -7\n")));
 }
 
-TEST_F(AnAudioSourceRequest, TakesAnAnswerToAnOlderSessionAsAFailureAndReturnsItsResult) {
+TEST_F(AnAudioSourceRequest, FailsOnAnAnswerToAnOlderSession) {
     std::future<int> first = request("a");
     answer(1, 0);
     EXPECT_EQ(first.get(), 0);
@@ -72,7 +72,7 @@ TEST_F(AnAudioSourceRequest, TakesAnAnswerToAnOlderSessionAsAFailureAndReturnsIt
     EXPECT_THAT(requestLines(), testing::ElementsAre(failure("set audio source failed, session 1, result 0\n")));
 }
 
-TEST_F(AnAudioSourceRequest, IgnoresALateAnswerUntilTheNextRequestMeetsAnother) {
+TEST_F(AnAudioSourceRequest, IgnoresALateAnswer) {
     answer(41, -3);
     EXPECT_EQ(BrowserDVBServiceTestAccess::lastAudioReport(*service), (std::pair<unsigned int, int>(41, -3)));
     std::future<int> result = request("a");
@@ -124,7 +124,7 @@ TEST_F(AnAudioSourceRequest, CountsFromOne) {
     }
 }
 
-TEST_F(AnAudioSourceRequest, TakesAnAnswerToANewerSessionAsAFailure) {
+TEST_F(AnAudioSourceRequest, FailsOnAnAnswerToANewerSession) {
     std::future<int> result = request("a");
     answer(2, 0);
     EXPECT_EQ(result.get(), 0);

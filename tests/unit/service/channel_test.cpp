@@ -60,7 +60,7 @@ TEST_F(AServiceObject, ReadsTheTripletOfATextWithoutAWord) {
     }
 }
 
-TEST_F(AServiceObject, LogsTheWholeTextWhenAPartIsNoNumberAndKeepsThePartsBeforeIt) {
+TEST_F(AServiceObject, KeepsThePartsBeforeABadNumber) {
     for (const Read& read : kBadNumbers) {
         SCOPED_TRACE(read.text);
         service->updateCurrentChannelInfo("9:9:9");

@@ -46,7 +46,7 @@ TEST_F(ACommand, TunesByDescriptorWithTheUnusedValuesSentAsZero) {
     expectTraced("tuneToService");
 }
 
-TEST_F(ACommand, LogsAFailedTuneAndLeavesTheBookkeepingAsItWas) {
+TEST_F(ACommand, KeepsTheDescriptorAfterAFailedTune) {
     service->tuneToService("dsd", 5, 0);
     failSends();
     service->tuneToService(12, 1, 2, 3, 4);
@@ -116,7 +116,7 @@ TEST_F(ACommand, TellsThatTheBrowserHasStarted) {
     expectTraced("notifyMwhbStart");
 }
 
-TEST_F(ACommand, ReportsTheApplicationsStartAndReturnsZeroWhateverTheSend) {
+TEST_F(ACommand, ReportsTheApplicationStartAndReturnsZero) {
     EXPECT_EQ(service->sendApplicationStartStatus(ApplicationStartFailed), 0);
     expectSent(0x2867123D, "00000001");
     EXPECT_THAT(lines(), testing::ElementsAre(plain("sendApplicationStartStatus", "application start status 1.\n")));
@@ -201,7 +201,7 @@ TEST_F(ACommand, StartsTheDetectionOfALayer) {
     expectTraced("startOSDDetection");
 }
 
-TEST_F(ACommand, StopsTheDetectionOfALayerWithTheWordsOfItsStart) {
+TEST_F(ACommand, LogsStopOsdDetectionAsStart) {
     EXPECT_EQ(service->stopOSDDetection(6), 0);
     expectSent(0x2867124D, "00000006");
     EXPECT_THAT(lines(), testing::ElementsAre(tagged("stopOSDDetection", "start OSD Detection res: 0\n")));
@@ -239,7 +239,7 @@ TEST_F(ACommand, ReportsAnInstallationAsGiven) {
     expectTraced("sendOpAppInstallStatus");
 }
 
-TEST_F(ACommand, SendsAnInvalidInstallationAsZeroWithALineForEachValue) {
+TEST_F(ACommand, SendsAnInvalidInstallationAsZero) {
     EXPECT_EQ(service->sendOpAppInstallStatus(2, 5), 0);
     expectSent(0x28671251, "00000000 00000000");
     EXPECT_THAT(lines(), testing::ElementsAre(tagged("sendOpAppInstallStatus", "opappType:2, installStatus:5.\n"),
@@ -284,7 +284,7 @@ TEST_F(ACommand, SendsEveryInvalidInstallationAsZero) {
     }
 }
 
-TEST_F(ACommand, KeepsTheDescriptorOfATuneThatWasSentOnly) {
+TEST_F(ACommand, KeepsTheDescriptorOfASentTuneOnly) {
     service->tuneToService(std::string("\x5A\0x", 3), 5, 0);
     EXPECT_EQ(service->getCurrentDsd(), std::string("\x5A\0x", 3)) << "to its last byte";
     for (const int result : {7, -107}) {
@@ -296,7 +296,7 @@ TEST_F(ACommand, KeepsTheDescriptorOfATuneThatWasSentOnly) {
     }
 }
 
-TEST_F(ACommand, KeepsTheServiceOfATuneByTripletThatWasSentOnly) {
+TEST_F(ACommand, KeepsTheServiceOfASentTripletTuneOnly) {
     EXPECT_EQ(BrowserDVBServiceTestAccess::pmtServiceId(*service), -1);
     for (const int sid : {0, 28106, 65535, 65536 + 300, 2147483647, -2147483647, -1}) {
         recording::setSendResult(0);

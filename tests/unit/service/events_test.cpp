@@ -209,7 +209,7 @@ TEST_F(AnEvent, WithThePmtOfTheTunedServiceChangesNothing) {
     EXPECT_EQ(listener->calls(), std::vector<std::string>{"onPMTSectionUpdated(1, 2, 300, 0, 3:706D74)"});
 }
 
-TEST_F(AnEvent, WithAnotherServicesPmtForgetsTheTunedServiceAndTheDescriptorAfterForwarding) {
+TEST_F(AnEvent, ClearsTheDescriptorAfterForwardingAnotherServicesPmt) {
     service->tuneToService(12, 1, 2, 300, 0);
     service->tuneToService("dsd", 299, 0);  // does not change the tuned service
     recording::setSendResult(-107);
@@ -236,7 +236,7 @@ TEST_F(AnEvent, WithAnotherServicesPmtForgetsTheTunedServiceAndTheDescriptorAfte
                 testing::Contains(changeLine("pmt sid change last = -1, new=301 \n")));
 }
 
-TEST_F(AnEvent, ComparesThePmtWithTheWholeNumberOfTheTunedService) {
+TEST_F(AnEvent, ComparesThePmtWithTheUncutServiceId) {
     const auto changeAfter = [this](int tuned, int sid) {
         service->tuneToService("dsd", 1, 0);
         service->tuneToService(12, 1, 2, tuned, 0);
@@ -255,7 +255,7 @@ TEST_F(AnEvent, ComparesThePmtWithTheWholeNumberOfTheTunedService) {
     EXPECT_EQ(changeAfter(-2, 65534), "pmt sid change last = -2, new=65534 \n");
 }
 
-TEST_F(AnEvent, TakesTheFirstPmtForAnotherServicesBeforeAnyTuneByTriplet) {
+TEST_F(AnEvent, TreatsThePmtAsAnotherServicesBeforeATune) {
     service->tuneToService("dsd", 0, 0);
     injectEvent<messages::OnPmtDataChange>(static_cast<unsigned short>(1), static_cast<unsigned short>(2),
                                            static_cast<unsigned short>(0), 0, "");
@@ -263,7 +263,7 @@ TEST_F(AnEvent, TakesTheFirstPmtForAnotherServicesBeforeAnyTuneByTriplet) {
     EXPECT_EQ(service->getCurrentDsd(), "");
 }
 
-TEST_F(AnEvent, WithTheDaTagsPmtLeavesTheTunedServiceAndTheDescriptorAlone) {
+TEST_F(AnEvent, KeepsTheDescriptorOnADaTagsPmt) {
     service->tuneToService(12, 1, 2, 300, 0);
     service->tuneToService("dsd", 299, 0);
     for (const int sid : {300, 301}) {
@@ -305,7 +305,7 @@ TEST_F(AnEvent, WritesNoLineButItsOwn) {
     }
 }
 
-TEST_F(AnEvent, OfAPmtOfAnotherServiceWritesItsChangeAsAnOrdinaryLine) {
+TEST_F(AnEvent, LogsAPmtChangeAsOrdinary) {
     injectEvent<messages::OnPmtDataChange>(static_cast<unsigned short>(1), static_cast<unsigned short>(2),
                                            static_cast<unsigned short>(3), 0, "");
     EXPECT_THAT(recording::logOf("onPmtDataChange").back(),

@@ -42,7 +42,7 @@ protected:
 
 }  // namespace
 
-TEST_F(TheServiceObject, IsMadeConnectedAndAskedForTheChannelInThisOrder) {
+TEST_F(TheServiceObject, ConnectsThenRequestsTheChannel) {
     BrowserDVBService* const service = BrowserDVBService::getInstance();
     ASSERT_NE(service, nullptr);
     ASSERT_EQ(recording::sent().size(), 1U);
@@ -103,7 +103,7 @@ TEST_F(TheServiceObject, IsGivenToOthersWhileItAsksForTheChannel) {
     EXPECT_EQ(second.get(), first);
 }
 
-TEST_F(TheServiceObject, IsThereWithoutAProxyAndAsksAllTheSame) {
+TEST_F(TheServiceObject, RequestsTheChannelWithoutAProxy) {
     recording::setStartResult(-3);
     EXPECT_NE(BrowserDVBService::getInstance(), nullptr);
     EXPECT_TRUE(recording::sent().empty());

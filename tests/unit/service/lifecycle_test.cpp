@@ -78,7 +78,7 @@ TEST_F(AServiceObject, SendsThreeEmptyChannelNamesBeforeAFilterWasOpened) {
     EXPECT_TRUE(logged::traces().empty());
 }
 
-TEST_F(AServiceObject, GoesOnWithTheNullServiceWhenTheProxyCannotStart) {
+TEST_F(AServiceObject, UsesTheNullServiceWhenTheProxyCannotStart) {
     frame::Process::getInstance().stopAppMembers();
     recording::setStartResult(-3);
     const boost::shared_ptr<BrowserDVBService> unconnected(new BrowserDVBService);

@@ -28,7 +28,7 @@ TEST(ATraceScope, WritesFunctionFileAndLineAtBothEnds) {
                                               "[TRACE <- operation(OUT)] unit.cpp:77:operation() \n"));
 }
 
-TEST(ATraceScope, WritesItsSecondLineWhenAnExceptionLeavesTheOperation) {
+TEST(ATraceScope, LogsTheExitOnAnException) {
     recording::reset();
     try {
         const velmora::dvbservice::TraceScope scope("operation", "unit.cpp", 1);
