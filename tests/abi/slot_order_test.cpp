@@ -30,7 +30,7 @@ using TuneByDescriptor = void (DvbAPIInterface::*)(const std::string&, int, int)
 
 }  // namespace
 
-TEST(TheSlotOrder, OfTheClientInterfaceIsThatOfTheEvents) {
+TEST(TheSlotOrder, FollowsTheEventsInTheClientInterface) {
     int slot = kBehindDestructors;
 #define EXPECTED_EVENT(operation, Message, decimal, hexadecimal, size, layout) \
     EXPECT_EQ(vtableSlot(&ClientInterface::operation), slot++) << #operation;
@@ -82,7 +82,7 @@ TEST(TheSlotOrder, PutsCommandsAndRegistryAfterThePlatform) {
     EXPECT_EQ(vtableSlot(&Proxy::removeClient), slot++);
 }
 
-TEST(TheSlotOrder, OfTheServiceObjectIsThatOfTheEvents) {
+TEST(TheSlotOrder, FollowsTheEventsInTheServiceObject) {
     using velmora::dvbservice::BrowserDVBService;
     int slot = kBehindDestructors;
 #define EXPECTED_EVENT(operation, Message, decimal, hexadecimal, size, layout) \
@@ -90,7 +90,7 @@ TEST(TheSlotOrder, OfTheServiceObjectIsThatOfTheEvents) {
 #include "expected_messages.inc"
 }
 
-TEST(TheSlotOrder, OfEveryInterfaceBeginsWithThoseOfTheRoot) {
+TEST(TheSlotOrder, StartsInterfacesWithTheirRoot) {
     EXPECT_EQ(vtableSlot(&IDTVUnknown::AddRef), 2);
     EXPECT_EQ(vtableSlot(&IDTVUnknown::Release), 3);
     EXPECT_EQ(vtableSlot(&IDTVUnknown::name), 4);

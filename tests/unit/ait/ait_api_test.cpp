@@ -75,7 +75,7 @@ TEST(TheAitApi, HandsTheSectionOnWithoutACopy) {
     api->unRegisterClient(&client);
 }
 
-TEST(TheAitApi, FailsWithALineWhenThereIsNoCatcher) {
+TEST(TheAitApi, LogsAMissingCatcher) {
     seams::hideCatcher();
     KeepingAitClient client;
     DvbAITSectionAPI* const api = DvbAITSectionAPI::getInstance();

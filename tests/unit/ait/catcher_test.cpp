@@ -46,7 +46,7 @@ TEST_F(ACatcher, TreatsEachReportAsAnotherChannel) {
     }
 }
 
-TEST_F(ACatcher, KeepsTheReportedChannelInTheOrderOfItsValues) {
+TEST_F(ACatcher, KeepsTheReportedTripletInOrder) {
     for (const std::uint16_t first : {std::uint16_t{9}, std::uint16_t{65535}}) {
         catcher.updateCurrentChannelInfo(first, 1, 2, 3);
         const velmora::dvbservice::ChannelInfo channel = BrowserAITCatcherTestAccess::currentChannel(catcher);
@@ -187,7 +187,7 @@ TEST_F(ACatcher, AlwaysDeliversTheFirstSectionOfAChannel) {
     EXPECT_EQ(BrowserAITCatcherTestAccess::storages(catcher), 1U);
 }
 
-TEST_F(ACatcher, FilesASectionUnderTheChannelOfTheMoment) {
+TEST_F(ACatcher, StoresSectionsUnderTheCurrentChannel) {
     feed(aitBytes(1, 0, 0, 1));
     EXPECT_TRUE(client.deliveries().empty()) << "before the first channel there is no key to deliver under";
     EXPECT_THAT(messagesOf(kFile), testing::Contains("channelInfo.size() =0  error!!!\n"));

@@ -79,7 +79,7 @@ TEST_F(ACatcher, ReplaysNoSectionAboveTheCountOfItsVersion) {
     EXPECT_EQ(client.deliveries().back(), (Delivery{1, 2, 3, aitBytes(4, 0, 0, 2)}));
 }
 
-TEST_F(ACatcher, HoldsItsMutexWhileTheClientGetsAReplay) {
+TEST_F(ACatcher, HoldsItsMutexDuringAReplay) {
     catcher.updateCurrentChannelInfo(0, 1, 2, 3);
     feed(aitBytes(1, 0, 0, 1));
     std::vector<bool> locked;

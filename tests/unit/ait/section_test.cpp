@@ -45,7 +45,7 @@ TEST(AnAitSection, ReadsItsHeaderFromTheBytes) {
     }
 }
 
-TEST(AnAitSection, ReadsTheVersionFromTheMiddleBitsOfItsByte) {
+TEST(AnAitSection, ReadsTheVersionFromFiveBits) {
     Bytes bytes = aitBytes(0, 0, 0, 0);
     bytes[5] = 0xC3;
     EXPECT_EQ(AITSection(bytes).version, 1);
@@ -61,7 +61,7 @@ TEST(AnAitSection, IsValidWithEightBytes) {
     EXPECT_EQ(section.sectionCount, 3);
 }
 
-TEST(AnAitSection, OfSevenBytesIsInvalidWithAllNumbersZero) {
+TEST(AnAitSection, IsInvalidWithSevenBytes) {
     Bytes bytes = {0x74, 0xB0, 0x05, 0x00, 0x10, 0xC3, 0x01};
     const AITSection section(bytes);
     EXPECT_FALSE(section.valid);
@@ -223,7 +223,7 @@ TEST(AnAitSection, TakesReplacedDataWhole) {
     EXPECT_EQ(section.sectionNumber, 3);
 }
 
-TEST(AnAitSection, LeavesTheBytesThatItIsMadeOfAlone) {
+TEST(AnAitSection, DoesNotChangeItsSourceBytes) {
     Bytes bytes = aitBytes(5, 3, 7, 0x01020304);
     const Bytes before = bytes;
     AITSection section(bytes);

@@ -42,7 +42,7 @@ void setWord(std::intptr_t value) {
 
 }  // namespace
 
-TEST(TheSingletonScheme, GoesFromNoneThroughBeingCreatedToTheAddress) {
+TEST(TheSingletonScheme, GoesFromNoneToTheAddress) {
     using T = Watched<1>;
     setWord<T>(0);
     T* const instance = Singleton<T>::get();
@@ -52,7 +52,7 @@ TEST(TheSingletonScheme, GoesFromNoneThroughBeingCreatedToTheAddress) {
     EXPECT_EQ(T::constructions(), 1);
 }
 
-TEST(TheSingletonScheme, LetsASecondCallerWaitWhileTheFirstCreates) {
+TEST(TheSingletonScheme, BlocksASecondCallerDuringCreation) {
     using T = Watched<2>;
     seams::reset();
     std::future<T*> second;

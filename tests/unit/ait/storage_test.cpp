@@ -61,7 +61,7 @@ TEST(AnAitStorage, DoesNotClearTheSlotsOfAnOldVersion) {
     EXPECT_TRUE(storage.getAITSection(1).valid);
 }
 
-TEST(AnAitStorage, TakesTwelveSectionsAndRefusesTheNextWithADump) {
+TEST(AnAitStorage, TakesTwelveSectionsAndDumpsTheNext) {
     AITStorage storage(aitBytes(1, 11, 20, 1));
     EXPECT_TRUE(storage.getAITSection(11).valid);
     recording::reset();
@@ -102,7 +102,7 @@ TEST(AnAitStorage, TakesALowerVersionForAChange) {
     EXPECT_EQ(storage.getAITSectionCount(), 5) << "version 0 is one too";
 }
 
-TEST(AnAitStorage, KeepsTheCountOfTheSectionThatChangedTheVersion) {
+TEST(AnAitStorage, KeepsTheCountOfTheVersionChange) {
     AITStorage storage(aitBytes(1, 3, 4, 1));
     recording::reset();
     EXPECT_TRUE(storage.saveAITSection(aitBytes(1, 1, 9, 2)));
@@ -127,7 +127,7 @@ TEST(AnAitStorage, LogsANewVersionBeforeARepetition) {
         << "the version is known";
 }
 
-TEST(AnAitStorage, StoresWhateverTheVersionWhenTheCrcIsNew) {
+TEST(AnAitStorage, StoresEveryNewCrc) {
     AITStorage storage(aitBytes(1, 0, 0, 7));
     EXPECT_TRUE(storage.saveAITSection(aitBytes(1, 0, 0, 8)));
     EXPECT_EQ(storage.getAITSection(0).data, aitBytes(1, 0, 0, 8));
@@ -172,7 +172,7 @@ TEST(AnAitStorage, StoresTooShortSectionsEachTime) {
     EXPECT_TRUE(storage.saveAITSection(Bytes(7, 0xFF)));
 }
 
-TEST(AnAitStorage, GivesTheSlotOfANumberWithoutALine) {
+TEST(AnAitStorage, ReturnsSlotsSilently) {
     const AITStorage storage(aitBytes(1, 11, 11, 1));
     recording::reset();
     EXPECT_EQ(storage.getAITSection(11).data, aitBytes(1, 11, 11, 1));

@@ -20,7 +20,7 @@ std::vector<std::string> texts() {
 
 }  // namespace
 
-TEST(ATraceScope, WritesBothItsLinesWithTheLineOfItsBeginning) {
+TEST(ATraceScope, LogsItsFirstLineNumberTwice) {
     recording::reset();
     {
         const TraceScope scope("operation", "folder/file.cpp", 77);

@@ -192,7 +192,7 @@ TEST(AProcess, ExitsWhileAThreadWaitsForTheAudioSource) {
     EXPECT_THAT(end.lines, IsEmpty()) << "the object stays";
 }
 
-TEST(AProcess, ExitsWhileAThreadWaitsForAFilterToOpen) {
+TEST(AProcess, ExitsWhileAThreadOpensAFilter) {
     const End end = endOf([] {
         detached([] { SectionFilterAPI::getInstance()->startSection(nullptr, "s", 1, nullptr, nullptr, 0); });
         require(waitForSentMessage(0x28671243));
@@ -201,7 +201,7 @@ TEST(AProcess, ExitsWhileAThreadWaitsForAFilterToOpen) {
     EXPECT_THAT(end.lines, IsEmpty()) << "the object stays, and the exit does not last as long as the wait";
 }
 
-TEST(AProcess, ExitsWhileAThreadWaitsForAFilterToClose) {
+TEST(AProcess, ExitsWhileAThreadClosesAFilter) {
     const End end = endOf([] {
         answerFilters(false);
         require(SectionFilterAPI::getInstance()->startSection(nullptr, "s", 1, nullptr, nullptr, 0));
@@ -226,7 +226,7 @@ TEST(AProcess, ExitsWhileAClientSendsFromInsideItsSection) {
     EXPECT_EQ(end.count("cmdSendPtsRequest: Null Service Interface!!!"), 1U);
 }
 
-TEST(AProcess, ExitsThoughAClientNeverComesBackFromItsSection) {
+TEST(AProcess, ExitsWhileAClientBlocks) {
     const End end = endOf([] {
         static ReactingSectionClient client([] {
             while (true) {
@@ -278,7 +278,7 @@ TEST(AProcess, ExitsWhileAListenerHandsOverAnAit) {
     EXPECT_TRUE(end.isClean());
 }
 
-TEST(AProcess, RefusesCallsThatComeWhenItsObjectsHaveGone) {
+TEST(AProcess, RefusesCallsAfterItsObjectsEnd) {
     static BrowserAITCatcher* catcher = nullptr;
     const End end = endOf(
         [] {

@@ -152,7 +152,7 @@ std::vector<recording::LogLine> ownLines() {
 
 }  // namespace
 
-TEST_F(TheDvbApi, ForwardsEveryCommandUnchangedAndReturnsTheResultUntouched) {
+TEST_F(TheDvbApi, ForwardsCommandsAndResultsUnchanged) {
     for (const Operation& operation : operations()) {
         SCOPED_TRACE(operation.name);
         for (const int ofSend : {0, -107, 3}) {
@@ -179,7 +179,7 @@ TEST_F(TheDvbApi, PassesAllValuesUnchanged) {
     }
 }
 
-TEST_F(TheDvbApi, TracesItsOperationsOnlyWhereTheyAreNamedSo) {
+TEST_F(TheDvbApi, TracesOnlyTheListedOperations) {
     for (const Operation& operation : operations()) {
         SCOPED_TRACE(operation.name);
         recording::reset();

@@ -199,7 +199,7 @@ TEST_F(AListenerRegistry, LetsAListenerRemoveItselfFromInsideItsCall) {
     EXPECT_EQ(staying->calls().size(), 2U);
 }
 
-TEST_F(AListenerRegistry, StillTellsAListenerThatIsRemovedDuringTheEvent) {
+TEST_F(AListenerRegistry, CallsARemovedListenerOnceMoreDuringAnEvent) {
     const Listener first = added();
     const Listener second = added();
     first->reaction = [&] { api->removeListener(second); };
@@ -210,7 +210,7 @@ TEST_F(AListenerRegistry, StillTellsAListenerThatIsRemovedDuringTheEvent) {
     EXPECT_EQ(second->calls().size(), 1U);
 }
 
-TEST_F(AListenerRegistry, CallsAListenerAddedDuringAnEventFromTheNextOn) {
+TEST_F(AListenerRegistry, CallsAnAddedListenerFromTheNextEventOn) {
     const Listener first = added();
     const Listener late = make();
     first->reaction = [&] { api->addListener(late); };
@@ -326,7 +326,7 @@ TEST_F(AListenerRegistry, CopiesTextsThatListenersTakeByValue) {
     }
 }
 
-TEST_F(AListenerRegistry, LogsOnlyItsOwnEventsBeforeListenersAreCalled) {
+TEST_F(AListenerRegistry, LogsItsLinesBeforeListenersAreCalled) {
     const Listener listener = added();
     std::vector<std::string> before;
     listener->reaction = [&before] { before = logged::story(); };

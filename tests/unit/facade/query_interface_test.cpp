@@ -84,7 +84,7 @@ TEST(TheEntryPoint, HandsOutEachInterfaceUnderItsOwnName) {
     }
 }
 
-TEST(TheEntryPoint, RefusesEveryOtherNameAndLeavesTheOutputAlone) {
+TEST(TheEntryPoint, RefusesUnknownNames) {
     for (const char* const name :
          {"sectionfilterapi", "DvbAITSectionAPI", "DVBSectionInterface", "", "DvbAPIInterface ", "DvbAPIInterfac",
           "DvbAPIInterfaceX", "DvbAPI", "DVBAPIINTERFACE", " DvbAPIInterface", "SectionFilterAPI2", "SectionFilterAP",
@@ -121,7 +121,7 @@ TEST(TheEntryPoint, GivesObjectsThatReferenceCountingDoesNotTouch) {
     EXPECT_EQ(found->name(), "DvbAPIInterface");
 }
 
-TEST(TheEntryPoint, WritesTheFacadesOwnLineWhenItIsMade) {
+TEST(TheEntryPoint, LogsTheFacadesCreation) {
     if (velmora::base::Singleton<velmora::dvbservice::BrowserDvbAPI>::instance_ != 0) {
         GTEST_SKIP() << "another test of this process has made it";
     }
@@ -140,7 +140,7 @@ TEST(ASingleton, KeepsItsAddressInItsInstanceWord) {
     EXPECT_EQ(velmora::base::Singleton<SectionFilterAPI>::instance_, reinterpret_cast<std::intptr_t>(instance));
 }
 
-TEST(ASingleton, OfTheCatcherIsTheOneItsSharedPointerHolds) {
+TEST(ASingleton, IsTheSharedCatcher) {
     using velmora::dvbservice::BrowserAITCatcher;
     EXPECT_EQ(BrowserAITCatcher::getInstance(), BrowserAITCatcher::GetInstance());
 }

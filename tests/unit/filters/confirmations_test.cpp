@@ -222,7 +222,7 @@ TEST_F(AConfirmation, OfAClosingWakesEveryWait) {
                          [](const std::string& session) { confirmClose(session, 0); });
 }
 
-TEST_F(AConfirmation, EndsOneWaitEvenIfTwoWaitForTheSame) {
+TEST_F(AConfirmation, EndsOnlyOneOfTwoWaits) {
     letTimedWaits(wrapped_time::TimedWaits::endNever);
     std::future<bool> waits[] = {waitForStart(1, "a"), waitForStart(1, "a")};
     ASSERT_TRUE(sleeping(2));

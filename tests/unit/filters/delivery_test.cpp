@@ -42,7 +42,7 @@ protected:
 
 }  // namespace
 
-TEST_F(ADelivery, MakesQueueAndThreadOnceAndTellsTheirName) {
+TEST_F(ADelivery, CreatesQueueAndThreadOnce) {
     EXPECT_TRUE(service->createIPCChannelForSectionData());
     EXPECT_EQ(recording::sent().size(), 1U);
     const recording::SentMessage sent = recording::sent()[0];
@@ -64,7 +64,7 @@ TEST_F(ADelivery, MakesQueueAndThreadOnceAndTellsTheirName) {
     EXPECT_TRUE(recording::sent().empty());
 }
 
-TEST_F(ADelivery, GoesOnWithoutAQueueAndTriesAgainLater) {
+TEST_F(ADelivery, TriesAgainAfterAFailedQueue) {
     recording::setQueueCreationFails(true);
     EXPECT_FALSE(service->createIPCChannelForSectionData());
     EXPECT_THAT(messagesOf("createIPCChannelForSectionData"),
@@ -90,7 +90,7 @@ TEST_F(ADelivery, DeliversEachSectionUnchangedToItsClient) {
     }
 }
 
-TEST_F(ADelivery, DropsASectionOfAnUnknownSessionWithoutAWord) {
+TEST_F(ADelivery, DropsUnknownSessionsSilently) {
     openFilter("a");
     ASSERT_TRUE(recording::waitForLog("thread_proc_section_data create Signal 1"));
     recording::reset();
@@ -101,7 +101,7 @@ TEST_F(ADelivery, DropsASectionOfAnUnknownSessionWithoutAWord) {
     EXPECT_TRUE(lines().empty());
 }
 
-TEST_F(ADelivery, DropsASectionOfAClientThatIsNotThere) {
+TEST_F(ADelivery, DropsSectionsOfUnregisteredClients) {
     answerWith(0);
     service->startSection(nullptr, "null", 1, nullptr, nullptr, 0);
     ASSERT_TRUE(recording::writeSection(queue(), "null", {1}));
@@ -154,7 +154,7 @@ TEST_F(ADelivery, OutlivesItsObjectAndTouchesItNoMore) {
     EXPECT_EQ(client.sections().size(), 1U);
 }
 
-TEST_F(ADelivery, ReleasesItsCreatorWhenThereIsNoMemoryForIt) {
+TEST_F(ADelivery, ReleasesItsCreatorWithoutMemory) {
     failingAllocations = true;
     const bool hasQueue = service->createIPCChannelForSectionData();
     failingAllocations = false;

@@ -288,7 +288,7 @@ TEST_F(ADeliveryThread, WritesTheErrorBeforeItsPause) {
     EXPECT_EQ(pausesAtLine, pausesBefore);
 }
 
-TEST_F(ADeliveryThread, EndsTheProcessWithAnyOtherErrorOfTheQueue) {
+TEST_F(ADeliveryThread, EndsTheProcessOnOtherQueueErrors) {
     EXPECT_EXIT(
         {
             openFirstFilter();
@@ -298,7 +298,7 @@ TEST_F(ADeliveryThread, EndsTheProcessWithAnyOtherErrorOfTheQueue) {
         testing::KilledBySignal(SIGABRT), "another error");
 }
 
-TEST_F(ADeliveryThread, EndsTheProcessWithAnErrorOfAClient) {
+TEST_F(ADeliveryThread, EndsTheProcessOnAClientError) {
     EXPECT_EXIT(
         {
             openFirstFilter();

@@ -21,7 +21,7 @@ TEST_F(AHandshake, OpensAFilter) {
     EXPECT_EQ(BrowserDVBServiceTestAccess::waitingResults(*service), 0U);
 }
 
-TEST_F(AHandshake, EndsAtOnceWithARefusalAndLeavesTheRecord) {
+TEST_F(AHandshake, KeepsTheRecordAfterARefusal) {
     answerWith(-1);
     EXPECT_EQ(open("refused"), 1);
     EXPECT_TRUE(recordOf("refused")) << "only a stop takes it away";
@@ -47,7 +47,7 @@ TEST_F(AHandshake, LogsInUseForARemovedClient) {
     EXPECT_FALSE(service->isRegistered(&client));
 }
 
-TEST_F(AHandshake, SaysNothingOfAClientThatOwnsAnotherFilter) {
+TEST_F(AHandshake, LogsNothingForAClientWithAnotherFilter) {
     answerWith(0);
     open("a");
     open("b");
@@ -199,7 +199,7 @@ TEST_F(AHandshake, SendsAPmtRequestWithoutWaiting) {
     EXPECT_FALSE(recordOf("pmt"));
 }
 
-TEST_F(AHandshake, RefusesToStopAPmtRequestWithoutClientOrSession) {
+TEST_F(AHandshake, NeedsClientAndSessionToStopAPmt) {
     EXPECT_EQ(service->stopPMTRequest(nullptr, "pmt"), -1);
     EXPECT_EQ(service->stopPMTRequest(&client, ""), -1);
     service->registerClient(&client);

@@ -20,7 +20,7 @@ TEST_F(AFilter, HoldsWhatItWasBuiltFrom) {
     EXPECT_EQ(FilterParameterTestAccess::dataSlot(*record), "");
 }
 
-TEST_F(AFilter, HasEmptyPatternsForALengthOfZeroOrLess) {
+TEST_F(AFilter, HasEmptyPatternsWithoutALength) {
     for (const int length : {0, -1, -100}) {
         const auto record = FilterParameter::create(&client, "name", 1, nullptr, nullptr, length);
         EXPECT_TRUE(record->mask().empty());
@@ -103,7 +103,7 @@ TEST(ASessionName, IsTheSameWhateverTheBrowsersLocale) {
     std::locale::global(before);
 }
 
-TEST_F(AFilter, EndsTheProcessWhereThereIsAnEmptyRecord) {
+TEST_F(AFilter, EndsTheProcessOnAnEmptyRecord) {
     service->saveFilter({});
     EXPECT_DEATH(service->findFilterParameterBySessionName("any"), "px != 0");
 }

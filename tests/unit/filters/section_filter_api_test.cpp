@@ -68,7 +68,7 @@ TEST_F(TheSectionFilterApi, PassesTheCodesOfPmtRequestsThrough) {
     EXPECT_EQ(recording::sent().back().header.messageId, 0x28671248U);
 }
 
-TEST_F(TheSectionFilterApi, IsNamedAndNotCountedAndGivesSessionNames) {
+TEST_F(TheSectionFilterApi, HasANameAndGivesSessionNames) {
     callSlot<void>(api, 2);
     callSlot<void>(api, 3);
     EXPECT_EQ(callSlot<std::string>(api, 4), "SectionFilterAPI");

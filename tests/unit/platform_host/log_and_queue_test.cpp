@@ -105,7 +105,7 @@ private:
 
 }  // namespace
 
-TEST(TheHostsLog, WritesOneLineACallWhateverIsInIt) {
+TEST(TheHostsLog, WritesOneLinePerCall) {
     BLOG_WRITE(blog::kOrdinary, "%s", "two breaks at its end\n\n");
     BLOG_WRITE(blog::kOrdinary, "%s", "a break\nand a \x01 inside\n");
     BLOG_WRITE(blog::kOrdinary, "%s", std::string(5000, 'x').c_str());
@@ -217,7 +217,7 @@ TEST(ASectionQueue, RefusesASectionThatDoesNotFit) {
     EXPECT_THAT(logLines().back(), testing::HasSubstr("does not fit 4500 bytes; dropped"));
 }
 
-TEST(ASectionQueue, DropsBytesThatAreNoSectionMessageWithALine) {
+TEST(ASectionQueue, LogsBytesThatAreNoSection) {
     const std::string name = queueName("bytes");
     const std::unique_ptr<IPCMessageQueue> reader(IPCMessageQueue::create(name, kMessageSize, kMessages));
     const std::unique_ptr<IPCMessageQueue> writer(IPCMessageQueue::open(name));
@@ -234,7 +234,7 @@ TEST(ASectionQueue, ThatNobodyMadeIsNotOpened) {
     EXPECT_EQ(IPCMessageQueue::open(queueName("none")), nullptr);
 }
 
-TEST(ASectionQueue, OfTheOtherWidthIsRefusedWithALine) {
+TEST(ASectionQueue, RefusesTheOtherWidth) {
     const std::string name = queueName("width");
     const int other = 96 - kWidth;
     const std::string path = "/dev/shm/" + objectName(name, other);

@@ -140,7 +140,7 @@ TEST_F(AnAdapter, LeavesTheProxyWhenItIsStopped) {
     EXPECT_EQ(adapter->getServiceInterface()->removeClient(adapter), -2);
 }
 
-TEST_F(AnAdapter, StopsAtTheNullServiceWhenItWasNeverStarted) {
+TEST_F(AnAdapter, StopsAtTheNullServiceWithoutStart) {
     adapter->getServiceInterface();
     recording::reset();
     EXPECT_EQ(adapter->stop(), 0);
@@ -169,7 +169,7 @@ TEST_F(AnAdapter, TakesEveryEventWithoutEffect) {
     EXPECT_TRUE(recording::sent().empty());
 }
 
-TEST_F(AnAdapter, RegistersItselfBetweenItsSecondLineAndItsThird) {
+TEST_F(AnAdapter, RegistersBetweenItsSecondAndThirdLine) {
     AnsweringService service;
     publish(&service);
     recording::reset();
@@ -229,7 +229,7 @@ TEST_F(AnAdapter, FailsSilentlyWhenTheLookUpGivesNoInterface) {
     EXPECT_NE(dynamic_cast<EmptyServiceInterface*>(adapter->getServiceInterface()), nullptr);
 }
 
-TEST_F(AnAdapter, SendsToTheNullServiceOnceTheProxyHasGone) {
+TEST_F(AnAdapter, SendsToTheNullServiceAfterTheProxysEnd) {
     startProxy();
     ASSERT_EQ(adapter->start(), 0);
     frame::Process::getInstance().stopAppMembers();
@@ -242,7 +242,7 @@ TEST_F(AnAdapter, SendsToTheNullServiceOnceTheProxyHasGone) {
     EXPECT_TRUE(recording::sent().empty());
 }
 
-TEST_F(AnAdapter, MeetsAProxyThatWasMadeAfterAnotherHadGone) {
+TEST_F(AnAdapter, FindsASecondProxy) {
     startProxy();
     ASSERT_EQ(adapter->start(), 0);
     frame::Process::getInstance().stopAppMembers();

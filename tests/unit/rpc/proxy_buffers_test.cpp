@@ -40,7 +40,7 @@ std::vector<unsigned char> bytesOfANew() {
 
 }  // namespace
 
-TEST_F(AProxy, HoldsABufferForEachTextUntilTheCommandIsSent) {
+TEST_F(AProxy, KeepsTextBuffersUntilTheSend) {
     ServiceInterface& service = *proxy;
     std::size_t heldAtSend = 0;
     recording::setSendAction([&heldAtSend](const recording::SentMessage&) {
@@ -94,7 +94,7 @@ TEST_F(AProxy, FreesItsBuffersWhenTheSendFailsOrThrows) {
     EXPECT_THAT(seams::heldBuffers(), testing::IsEmpty());
 }
 
-TEST_F(AProxy, SendsNothingAndFreesTheRestWhenMemoryEnds) {
+TEST_F(AProxy, SendsNothingWhenMemoryEnds) {
     frame::MsgIds ids;
     for (const std::size_t number : {0U, 1U, 2U}) {
         seams::watchHeap();
@@ -135,7 +135,7 @@ TEST(AByteVectorCarrier, WithoutBytesHasNoBuffer) {
     EXPECT_EQ(carrier.data, nullptr);
 }
 
-TEST(AConversionStructure, BeginsWithZerosWhateverWasThereBefore) {
+TEST(AConversionStructure, BeginsZeroed) {
     EXPECT_THAT(bytesOfANew<_TuneInfoChannel_struct>(), testing::Each(0));
     EXPECT_THAT(bytesOfANew<_TuneInfoComponent_struct>(), testing::Each(0));
     EXPECT_THAT(bytesOfANew<_OpenFilterMatchMask_t_struct>(), testing::Each(0));
@@ -157,7 +157,7 @@ TEST(AConversionStructure, FreesItsBuffersBeforeItTakesOthers) {
     seams::reset();
 }
 
-TEST(AConversionStructure, OfAChannelFreesItsTextBeforeItTakesAnother) {
+TEST(AConversionStructure, FreesAChannelsOldText) {
     seams::watchHeap();
     TuneInfoChannel channel;
     channel.dsd = "first";

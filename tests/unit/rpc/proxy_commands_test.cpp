@@ -144,7 +144,7 @@ TEST(AConversionStructure, BeginsWithNothingInIt) {
     EXPECT_EQ(component.first, 0U);
 }
 
-TEST(AConversionStructure, FreesWhatItHeldWhenItIsAssignedAgain) {
+TEST(AConversionStructure, FreesOldContentsOnAssignment) {
     OpenFilterMatchMask_t matchMask;
     matchMask.mask = {1, 2, 3};
     matchMask.maskBits = {4};

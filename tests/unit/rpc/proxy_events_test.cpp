@@ -113,7 +113,7 @@ TEST_F(AProxy, PassesEmptyIdsAndTheTransportToClients) {
     }
 }
 
-TEST_F(AProxy, AnswersZeroToEveryEventWhateverItsClientsAnswer) {
+TEST_F(AProxy, AnswersZeroToEveryEvent) {
     const boost::shared_ptr<RecordingClient> client = addedClient();
     for (const int answer : {-1, 6}) {
         client->answer = answer;
@@ -136,7 +136,7 @@ TEST_F(AProxy, LogsAnEventWithoutClients) {
     }
 }
 
-TEST_F(AProxy, FormatsNoLineOfAnEventWhoseLevelIsOff) {
+TEST_F(AProxy, FormatsNoUnwantedEventLine) {
     recording::setLogThreshold(0);
     for (const Event& event : kEvents) {
         ASSERT_TRUE(recording::inject({-1, 0x1CCD7774, event.messageId, 1}, hexBytes(event.wire)));
@@ -145,7 +145,7 @@ TEST_F(AProxy, FormatsNoLineOfAnEventWhoseLevelIsOff) {
     EXPECT_EQ(recording::formattedLines(), 0U);
 }
 
-TEST_F(AProxy, TakesNoEventThatIsAByteShorterOrLonger) {
+TEST_F(AProxy, RefusesEventsOfTheWrongLength) {
     const boost::shared_ptr<RecordingClient> client = addedClient();
     for (const Event& event : kEvents) {
         const std::vector<std::uint8_t> image = hexBytes(event.wire);
@@ -158,7 +158,7 @@ TEST_F(AProxy, TakesNoEventThatIsAByteShorterOrLonger) {
     EXPECT_TRUE(client->calls().empty());
 }
 
-TEST_F(AProxy, TakesATextWithoutAPointerForAnEmptyOne) {
+TEST_F(AProxy, ReadsANullTextAsEmpty) {
     const boost::shared_ptr<RecordingClient> client = addedClient();
     for (const std::uint32_t length : {0U, 5U}) {
         EXPECT_EQ(decode<messages::OnAitSectionAvailable>({{length, nullptr}}), 0);
@@ -192,7 +192,7 @@ TEST_F(AProxy, BuildsTheTextsAfreshForEachClient) {
     EXPECT_THAT(behind->texts(), testing::ElementsAre("onAitSectionAvailable(2:6162)"));
 }
 
-TEST_F(AProxy, HandsAByteVectorOnAsTheRecordHasIt) {
+TEST_F(AProxy, PassesByteVectorsWithoutACopy) {
     class CarrierClient : public RecordingClient {
     public:
         const std::uint8_t* bytes = nullptr;

@@ -61,7 +61,7 @@ TEST_F(AProxyAsAMember, IsTheOnlyMemberTheHookCreates) {
     std::free(members);
 }
 
-TEST_F(AProxyAsAMember, IsMadeByTheProcessModelsHookTheSameWay) {
+TEST_F(AProxyAsAMember, IsCreatedByTheProcessModelsHook) {
     frame::AbstractApplication** members = frameCreateApplicationArray();
     EXPECT_NE(dynamic_cast<Proxy*>(members[0]), nullptr);
     EXPECT_EQ(members[1], nullptr);
@@ -213,7 +213,7 @@ TEST_F(AProxyAsAMember, ReturnsTheRegistrysRefusalWithALine) {
     other.unregisterInterface(&someObject);
 }
 
-TEST_F(AProxyAsAMember, ReturnsAFailedStartOfItsBaseWithALine) {
+TEST_F(AProxyAsAMember, LogsAFailedStartOfItsBase) {
     Proxy proxy;
     proxy.setLmqIOModule(recording::ioService());
     recording::reset();
@@ -237,7 +237,7 @@ TEST_F(AProxyAsAMember, PublishesNothingWhenItsBaseFailsToSetUp) {
     EXPECT_LT(frame::Process::getInstance().getInterfaceReference(found, kName), 0);
 }
 
-TEST_F(AProxyAsAMember, ReturnsAFailedStopOfItsBaseWithALine) {
+TEST_F(AProxyAsAMember, LogsAFailedStopOfItsBase) {
     Proxy proxy;
     recording::reset();
     recording::setStopResult(-7);

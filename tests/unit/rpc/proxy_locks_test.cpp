@@ -7,7 +7,7 @@
 
 using namespace lo::browserdvbservice;
 
-TEST_F(AProxy, TakesItsMutexOnceForEachAccessToItsClients) {
+TEST_F(AProxy, LocksOnceForEachClientAccess) {
     const boost::shared_ptr<RecordingClient> client(new RecordingClient);
     seams::watchMutex(proxy->componentMutex());
     proxy->addClient(client);

@@ -37,7 +37,7 @@ TEST_F(AProxy, CountsItsClientsAsTheyComeAndGo) {
                     logged::plain(0x5F03E8, kProxyFile, "removeClient", "client not found (of 0 known ones)\n")));
 }
 
-TEST_F(AProxy, TellsClientsApartByTheObjectNotByItsOwner) {
+TEST_F(AProxy, ComparesClientsByObject) {
     const boost::shared_ptr<RecordingClient> client = addedClient();
     const boost::shared_ptr<ClientInterface> sameObject(boost::shared_ptr<int>(new int), client.get());
     EXPECT_EQ(proxy->addClient(sameObject), -17);
@@ -52,7 +52,7 @@ TEST_F(AProxy, TellsClientsApartByTheObjectNotByItsOwner) {
     proxy->removeClient(sameOwner);
 }
 
-TEST_F(AProxy, SharesTheOwnershipOfItsClientsWhileTheyAreRegistered) {
+TEST_F(AProxy, KeepsRegisteredClientsAlive) {
     boost::shared_ptr<RecordingClient> client = addedClient();
     const boost::weak_ptr<RecordingClient> observed = client;
     client.reset();
@@ -61,7 +61,7 @@ TEST_F(AProxy, SharesTheOwnershipOfItsClientsWhileTheyAreRegistered) {
     EXPECT_TRUE(observed.expired());
 }
 
-TEST_F(AProxy, KeepsTheOrderOfTheOthersWhenAClientGoes) {
+TEST_F(AProxy, KeepsTheOrderAfterARemoval) {
     std::vector<int> order;
     std::vector<boost::shared_ptr<RecordingClient>> clients;
     for (int number = 0; number < 5; ++number) {
@@ -125,7 +125,7 @@ TEST_F(AProxy, KeepsASelfRemovingClientDuringTheEvent) {
     EXPECT_EQ(staying->calls().size(), 2U);
 }
 
-TEST_F(AProxy, StillCallsAClientThatAnotherRemovesDuringTheEvent) {
+TEST_F(AProxy, CallsAClientRemovedDuringTheEvent) {
     const boost::shared_ptr<RecordingClient> first = addedClient();
     const boost::shared_ptr<RecordingClient> second = addedClient();
     first->reaction = [&] { proxy->removeClient(second); };
@@ -136,7 +136,7 @@ TEST_F(AProxy, StillCallsAClientThatAnotherRemovesDuringTheEvent) {
     EXPECT_EQ(second->calls().size(), 1U);
 }
 
-TEST_F(AProxy, DoesNotCallAClientThatIsAddedDuringTheEvent) {
+TEST_F(AProxy, CallsAnAddedClientFromTheNextEventOn) {
     const boost::shared_ptr<RecordingClient> first = addedClient();
     const boost::shared_ptr<RecordingClient> late(new RecordingClient);
     first->reaction = [&] { proxy->addClient(late); };
@@ -144,7 +144,7 @@ TEST_F(AProxy, DoesNotCallAClientThatIsAddedDuringTheEvent) {
     EXPECT_TRUE(late->calls().empty());
 }
 
-TEST_F(AProxy, LetsAClientSendACommandFromInsideAnEvent) {
+TEST_F(AProxy, SendsCommandsFromInsideAnEvent) {
     const boost::shared_ptr<RecordingClient> client = addedClient();
     client->reaction = [this] {
         frame::MsgIds ids;

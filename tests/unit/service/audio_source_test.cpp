@@ -150,7 +150,7 @@ TEST_F(AnAudioSourceRequest, HoldsItsLockAcrossTheSend) {
     EXPECT_FALSE(freeDuringSend) << "the answer may come before the wait";
 }
 
-TEST_F(AnAudioSourceRequest, HoldsItsLockFromItsFirstLineToItsLast) {
+TEST_F(AnAudioSourceRequest, HoldsItsLockFromFirstToLastLine) {
     std::vector<std::string> freeAt;
     std::vector<std::string> heldAt;
     recording::setLogAction([&](const recording::LogLine& entry) {
@@ -167,7 +167,7 @@ TEST_F(AnAudioSourceRequest, HoldsItsLockFromItsFirstLineToItsLast) {
     EXPECT_THAT(freeAt, testing::ElementsAre("trace", "trace"));
 }
 
-TEST_F(AnAudioSourceRequest, IsAnsweredUnderItsLockAfterTheAnswersLine) {
+TEST_F(AnAudioSourceRequest, TakesItsAnswerUnderItsLock) {
     EXPECT_TRUE(waitsForLock(lock(), [this] {
         frame::MsgIds ids;
         service->onSetAudioSourceFinished(ids, {}, 9, 8);

@@ -42,7 +42,7 @@ const Read kBadNumbers[] = {
 
 }  // namespace
 
-TEST_F(AServiceObject, ReadsTheTripletOfATextWithoutAWord) {
+TEST_F(AServiceObject, ReadsATripletSilently) {
     for (const Read& read : kSilentTexts) {
         SCOPED_TRACE(read.text);
         service->updateCurrentChannelInfo("9:9:9");
@@ -131,7 +131,7 @@ TEST_F(AServiceObject, WritesTheLinesOfAChannelChangeInOrder) {
                                      "onAcquireDtvServiceInfo: channel onid:1, tsid:-1, sid:-1.\n"));
 }
 
-TEST_F(AServiceObject, UpdatesTheChannelBeforeListenersHearOfTheChange) {
+TEST_F(AServiceObject, UpdatesTheChannelBeforeListenersAreCalled) {
     const auto listener = std::make_shared<RecordingListener>();
     std::string ccid;
     listener->reaction = [&] { ccid = service->getCurrentCCID(); };
@@ -141,7 +141,7 @@ TEST_F(AServiceObject, UpdatesTheChannelBeforeListenersHearOfTheChange) {
     EXPECT_EQ(ccid, "ccid:3:4:5");
 }
 
-TEST_F(AServiceObject, RefreshesTheChannelFromAServiceInfoAndTellsNobody) {
+TEST_F(AServiceObject, ReportsNoServiceInfoToListeners) {
     const auto listener = std::make_shared<RecordingListener>();
     velmora::dvbservice::BrowserDvbAPI::getInstance()->addListener(listener);
     injectEvent<messages::OnAcquireDtvServiceInfo>("2:3:4");

@@ -218,7 +218,7 @@ class EachCommand : public AServiceObject {};
 
 }  // namespace
 
-TEST_F(EachCommand, WritesItsLinesAndNoOtherWhateverTheSendAnswers) {
+TEST_F(EachCommand, LogsTheSameForEverySendResult) {
     for (const Command& command : allCommands()) {
         for (const int result : {0, 7, -107, -1}) {
             SCOPED_TRACE(std::string(command.function) + " " + std::to_string(result));
@@ -231,7 +231,7 @@ TEST_F(EachCommand, WritesItsLinesAndNoOtherWhateverTheSendAnswers) {
     }
 }
 
-TEST_F(EachCommand, ReturnsWhatItSaysWhateverTheSendAnswers) {
+TEST_F(EachCommand, MapsTheSendResultToItsResult) {
     for (const Command& command : allCommands()) {
         for (const int result : {0, 7, 1, -107, -1}) {
             SCOPED_TRACE(std::string(command.function) + " " + std::to_string(result));
@@ -251,7 +251,7 @@ TEST_F(EachCommand, IsSentWithDefaultIdsAndTransport) {
     }
 }
 
-TEST_F(EachCommand, WritesNothingButWhatIsWantedAndFormatsNothingElse) {
+TEST_F(EachCommand, FormatsOnlyWantedLines) {
     const std::vector<Command> commands = allCommands();
     const auto linesUpTo = [&](std::uint32_t threshold) {
         recording::reset();

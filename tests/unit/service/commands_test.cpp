@@ -39,7 +39,7 @@ TEST_F(ACommand, TunesByTriplet) {
     expectTraced("tuneToService");
 }
 
-TEST_F(ACommand, TunesByDescriptorWithTheUnusedValuesSentAsZero) {
+TEST_F(ACommand, SendsUnusedTuneValuesAsZero) {
     service->tuneToService(std::string("\x5A\x00", 2), 28106, 3);
     expectSent(0x28671236, "0000000D 00000002 00000000 00000000 00000000 00006DCA 00000003 5A00");
     EXPECT_THAT(lines(), testing::ElementsAre(tagged("tuneToService", "TunerToService:{ dsd len:2,sid:28106}\n")));
@@ -313,7 +313,7 @@ TEST_F(ACommand, KeepsTheServiceOfASentTripletTuneOnly) {
     }
 }
 
-TEST_F(ACommand, WritesALineThatShowsNoResultBeforeItsSend) {
+TEST_F(ACommand, LogsLinesWithoutResultBeforeTheSend) {
     using Service = velmora::dvbservice::BrowserDVBService;
     const auto linesAtSend = [this](const auto& command) {
         std::size_t count = 99;

@@ -117,7 +117,7 @@ TEST_F(AnEvent, WritesItsLineFirst) {
     }
 }
 
-TEST_F(AnEvent, IsTracedOnlyWhereItIsNamedSo) {
+TEST_F(AnEvent, IsTracedOnlyWhereListed) {
     for (const Event& event : kEvents) {
         SCOPED_TRACE(event.operation);
         inject(event);

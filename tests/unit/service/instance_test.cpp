@@ -65,7 +65,7 @@ TEST_F(TheServiceObject, ConnectsThenRequestsTheChannel) {
     EXPECT_TRUE(recording::sent().empty());
 }
 
-TEST_F(TheServiceObject, IsMadeOnceWhenAnotherAsksDuringItsConstruction) {
+TEST_F(TheServiceObject, IsCreatedOnceWhenAskedDuringConstruction) {
     std::future_status during = std::future_status::ready;
     atLine("BrowserDVBService", "Creating", [&] {
         second = askOnAnotherThread();
@@ -79,7 +79,7 @@ TEST_F(TheServiceObject, IsMadeOnceWhenAnotherAsksDuringItsConstruction) {
     EXPECT_EQ(recording::sent().size(), 1U);
 }
 
-TEST_F(TheServiceObject, IsGivenToOthersWhileItIsBeingConnected) {
+TEST_F(TheServiceObject, IsAvailableWhileItConnects) {
     bool given = false;
     atLine("start", "called.", [&] {
         second = askOnAnotherThread();
@@ -91,7 +91,7 @@ TEST_F(TheServiceObject, IsGivenToOthersWhileItIsBeingConnected) {
     EXPECT_EQ(recording::sent().size(), 1U);
 }
 
-TEST_F(TheServiceObject, IsGivenToOthersWhileItAsksForTheChannel) {
+TEST_F(TheServiceObject, IsAvailableDuringTheChannelRequest) {
     bool given = false;
     recording::setSendAction([&](const recording::SentMessage&) {
         second = askOnAnotherThread();
@@ -110,7 +110,7 @@ TEST_F(TheServiceObject, RequestsTheChannelWithoutAProxy) {
     EXPECT_THAT(recording::logOf("TriggerServiceInfoAcquire"), testing::SizeIs(1));
 }
 
-TEST_F(TheServiceObject, IsThereWhenItsQuestionForTheChannelFails) {
+TEST_F(TheServiceObject, SurvivesAFailedChannelRequest) {
     recording::setSendResult(-107);
     BrowserDVBService* const service = BrowserDVBService::getInstance();
     EXPECT_NE(service, nullptr);

@@ -68,7 +68,7 @@ TEST_F(AServiceObject, HasNoSectionChannelUntilAFilterIsOpened) {
     EXPECT_EQ(BrowserDVBServiceTestAccess::queueName(*service).size(), 8U + 45U) << "its session's name is there";
 }
 
-TEST_F(AServiceObject, SendsThreeEmptyChannelNamesBeforeAFilterWasOpened) {
+TEST_F(AServiceObject, SendsEmptyChannelNamesBeforeAFilter) {
     service->updateIPCChannelNames();
     EXPECT_EQ(theSent().header.messageId, 0x28671242U);
     EXPECT_EQ(hexText(theSent().wire), hexText("00000000 00000000 00000000 00000000 00000000 00000000"));
