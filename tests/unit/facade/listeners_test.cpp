@@ -262,6 +262,17 @@ TEST_F(AListenerRegistry, StoresTheAitTripletBeforeListenersHearOfIt) {
                 testing::ElementsAre("onAITChannelInfoChanged()", "onAITSectionUpdated(1, 1025, 28106, 0:)"));
 }
 
+TEST_F(AListenerRegistry, StoresAnyAitTriplet) {
+    const Listener listener = added();
+    own().onAITChannelInfoChanged(0, 1, 2, 3);
+    own().onAITChannelInfoChanged(1, 0, 0, 0);
+    own().onAITSectionUpdated("");
+    EXPECT_EQ(listener->calls().back(), "onAITSectionUpdated(0, 0, 0, 0:)");
+    own().onAITChannelInfoChanged(-1, 65535, 65534, 65533);
+    own().onAITSectionUpdated("");
+    EXPECT_EQ(listener->calls().back(), "onAITSectionUpdated(65535, 65534, 65533, 0:)");
+}
+
 TEST_F(AListenerRegistry, ReadsTheAitTripletAnewForEachListener) {
     own().onAITChannelInfoChanged(0, 1, 2, 3);
     const Listener first = added();

@@ -80,7 +80,9 @@ TEST_F(AConfirmation, EndsOnlyTheWaitOfItsKindSessionAndPid) {
     confirmOpen(101, "a", 0);
     hurry();
     const std::vector<std::string> all = results();
-    EXPECT_FALSE(started(102, "a")) << "another PID";
+    for (const unsigned int pid : {102U, 100U + 0x2000U, 100U + 0x10000U, 0U}) {
+        EXPECT_FALSE(started(pid, "a")) << "another PID: " << pid;
+    }
     EXPECT_FALSE(started(100, "A")) << "another session";
     EXPECT_FALSE(started(100, "")) << "another session";
     EXPECT_FALSE(started(100, std::string("a\0", 2))) << "a longer session";

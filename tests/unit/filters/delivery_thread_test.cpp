@@ -169,17 +169,25 @@ TEST_F(ADeliveryThread, IsMadeOnceThoughCreatorsCallAgain) {
 }
 
 TEST_F(ADeliveryThread, IsMadeOnceThoughCreatorsRace) {
-    std::future<bool> second;
+    // Another object's creator holds the start lock, so that both creators find no queue and wait for the lock.
+    static auto* const other = new boost::shared_ptr<velmora::dvbservice::BrowserDVBService>;
+    other->reset(new velmora::dvbservice::BrowserDVBService);
+    std::future<bool> creators[2];
     recording::setLogAction([&](const recording::LogLine& line) {
-        if (line.message.rfind("Wait thread_proc_section_data create 0", 0) == 0 && !second.valid()) {
-            second = std::async(std::launch::async, [this] { return create(); });
-            second.wait_for(std::chrono::milliseconds(100));
+        if (line.message.rfind("Wait thread_proc_section_data create 0", 0) == 0 && !creators[0].valid()) {
+            for (std::future<bool>& creator : creators) {
+                creator = std::async(std::launch::async, [this] { return create(); });
+            }
+            for (const std::future<bool>& creator : creators) {
+                EXPECT_EQ(creator.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+            }
         }
     });
-    EXPECT_TRUE(create());
-    EXPECT_TRUE(second.get());
+    EXPECT_TRUE((*other)->createIPCChannelForSectionData());
+    EXPECT_TRUE(creators[0].get());
+    EXPECT_TRUE(creators[1].get());
     recording::setLogAction(nullptr);
-    EXPECT_EQ(recording::threadsCreated().size(), 1U);
+    EXPECT_EQ(recording::threadsCreated().size(), 2U) << "one of the other object, one of this";
 }
 
 TEST_F(ADeliveryThread, HandsOnASectionWithoutBytes) {

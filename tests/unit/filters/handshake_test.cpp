@@ -160,6 +160,9 @@ TEST_F(AHandshake, NotesWhatTheServiceReportsOfAFilter) {
     answerWith(0);
     open("a");
     recording::reset();
+    injectEvent<messages::OnFilterOpened>("a", "s");
+    EXPECT_EQ(FilterParameterTestAccess::dataSlot(*recordOf("a")), "s");
+    recording::reset();
     injectEvent<messages::OnFilterOpened>("a", "slot");
     EXPECT_EQ(FilterParameterTestAccess::dataSlot(*recordOf("a")), "slot");
     EXPECT_EQ(FilterParameterTestAccess::state(*recordOf("a")), 0x01U);

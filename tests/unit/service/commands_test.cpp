@@ -296,6 +296,14 @@ TEST_F(ACommand, KeepsTheDescriptorOfASentTuneOnly) {
     }
 }
 
+TEST_F(ACommand, ForgetsTheDescriptorAfterATuneToTheSameServiceToo) {
+    for (const int sid : {3, 3, -1, 0}) {
+        service->tuneToService("dsd", 5, 0);
+        service->tuneToService(12, 1, 2, sid, 4);
+        EXPECT_EQ(service->getCurrentDsd(), "") << sid;
+    }
+}
+
 TEST_F(ACommand, KeepsTheServiceOfASentTripletTuneOnly) {
     EXPECT_EQ(BrowserDVBServiceTestAccess::pmtServiceId(*service), -1);
     for (const int sid : {0, 28106, 65535, 65536 + 300, 2147483647, -2147483647, -1}) {

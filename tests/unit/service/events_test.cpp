@@ -311,3 +311,21 @@ TEST_F(AnEvent, LogsAPmtChangeAsOrdinary) {
     EXPECT_THAT(recording::logOf("onPmtDataChange").back(),
                 logged::plain(kOrdinary, kFile, "onPmtDataChange", "pmt sid change last = -1, new=3 \n"));
 }
+
+TEST_F(AnEvent, ShowsTheLengthOfItsSectionWhateverTheBytes) {
+    const auto u16 = [](int value) { return static_cast<unsigned short>(value); };
+    for (const std::size_t length : {std::size_t{0}, std::size_t{3}, std::size_t{70000}}) {
+        const std::string section(length, '\0');
+        const std::string shown = std::to_string(length) + ".\n";
+        recording::reset();
+        injectEvent<messages::OnEitDataChange>(1, section);
+        injectEvent<messages::OnPmtDataChange>(u16(1), u16(2), u16(3), 4, section);
+        injectEvent<messages::OnDATagsServicePmtDataChange>(u16(1), u16(2), u16(3), 4, section);
+        injectEvent<messages::OnAitSectionAvailable>(section);
+        const auto lineOf = [](const char* handler) { return recording::logOf(handler).at(0).message; };
+        EXPECT_EQ(lineOf("onEitDataChange"), "update:1,section len " + shown);
+        EXPECT_EQ(lineOf("onPmtDataChange"), "onid:1, tsid:2, sid:3, update:4,section len " + shown);
+        EXPECT_EQ(lineOf("onDATagsServicePmtDataChange"), "onid:1, tsid:2, sid:3, update:4,section len " + shown);
+        EXPECT_EQ(lineOf("onAitSectionAvailable"), "called,AIT section len:" + shown);
+    }
+}
