@@ -75,6 +75,7 @@ TEST(TheEntryPoint, HandsOutEachInterfaceUnderItsOwnName) {
         ASSERT_NE(found, nullptr);
         EXPECT_EQ(found->name(), name);
         EXPECT_THAT(recording::log().front(), creating(name));
+        EXPECT_TRUE(recording::sent().empty()) << "the DTV service is not needed for it";
         recording::reset();
         IDTVUnknown* again = nullptr;
         EXPECT_EQ(DTVAPI_QueryInterface(name, &again), 0);

@@ -192,11 +192,11 @@ TEST_F(ADelivery, RefusesAThreadWithoutItsObject) {
 TEST_F(ADelivery, NeverComesThroughTheRetiredEvent) {
     openFilter("a");
     recording::reset();
-    injectEvent<messages::OnFilterSectionDataArrived>("a", "bytes", 5U);
+    injectEvent<messages::OnFilterSectionDataArrived>("a", "bytes", 7U);
     EXPECT_THAT(messagesOf("onFilterSectionDataArrived"),
                 testing::ElementsAre("Sending section through shared memory is removed due to performance issue. "
                                      "Please using IPC message instead.\n",
-                                     "session: a, len:5\n"));
+                                     "session: a, len:7\n"));
     ASSERT_TRUE(recording::writeSection(queue(), "a", {9}));
     ASSERT_TRUE(delivered(1));
     EXPECT_EQ(client.sections()[0].bytes, std::vector<unsigned char>{9});

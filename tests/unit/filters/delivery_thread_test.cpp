@@ -200,6 +200,14 @@ TEST_F(ADeliveryThread, HandsOnASectionWithoutBytes) {
     EXPECT_EQ(client.sections()[1].bytes.size(), 2U);
 }
 
+TEST_F(ADeliveryThread, HandsOnASectionOfAPmtRequestWithItsService) {
+    ASSERT_EQ(service->startPMTRequest(&client, "pmt", 0xFFFF6DCA), 0);
+    ASSERT_TRUE(recording::writeSection(queue(), "pmt", {2}));
+    ASSERT_TRUE(delivered(1));
+    EXPECT_EQ(client.sections()[0].session, "pmt");
+    EXPECT_EQ(client.sections()[0].pid, 0xFFFF6DCAU);
+}
+
 TEST_F(ADeliveryThread, ReadsEverySectionIntoOneBuffer) {
     struct Looking final : velmora::dtv::SectionFilterClient {
         void onSectionData(const std::string&, unsigned int, const unsigned char* data, unsigned int) override {
