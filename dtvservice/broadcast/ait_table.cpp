@@ -18,7 +18,7 @@ void AitTable::follow(const si::Pmt& pmt) {
     }
 }
 
-/// Another PID, another AIT: what was stored goes with the PID.
+/// The AIT on another PID is another table, so the stored sections are dropped.
 void AitTable::subscribe() {
     subscriptions.clear();
     tables.clear();
@@ -27,7 +27,8 @@ void AitTable::subscribe() {
     }
 }
 
-/// An application_type with test_application_flag is another one: what is broadcast for tests is not for viewers.
+/// test_application_flag is the top bit of the compared field, so AITs of test applications, which viewers must not
+/// get, do not match.
 void AitTable::onSection(std::uint16_t pid, si::Bytes section) {
     constexpr std::uint8_t kTableId = 0x74;
     if (!isCurrent(section, kTableId) || si::tableIdExtension(section) != si::kApplicationTypeHbbTv) {

@@ -1,7 +1,7 @@
 // AitTable: the HbbTV AITs of one service, on the PIDs that its PMT signals.
 // Threads: one.
-// Blocks: never.
-// Fails: never; sections of other application types are passed over.
+// Blocks:  never.
+// Fails:   never; sections with another application_type are ignored.
 #pragma once
 
 #include <map>
@@ -16,7 +16,7 @@ namespace broadcast {
 class AitTable {
 public:
     struct Listener {
-        /// What isSignalled() says has changed.
+        /// The result of isSignalled() has changed.
         std::function<void(bool signalled)> onSignalled;
         /// A section is new or has changed.
         std::function<void(si::Bytes section, Update update)> onSection;
@@ -27,9 +27,10 @@ public:
     AitTable(const AitTable&) = delete;
     AitTable& operator=(const AitTable&) = delete;
 
-    /// After each change of the PMT.
+    /// Call this after each change of the PMT.
     void follow(const si::Pmt& pmt);
-    /// Whether there is an HbbTV AIT: the PMT lists the application_type, or lists none and a section has come.
+    /// Whether there is an HbbTV AIT: the PMT lists HbbTV's application_type, or an HbbTV AIT section has arrived from
+    /// a PMT that lists no type.
     bool isSignalled() const { return isListed || !tables.empty(); }
     /// By PID, then by number.
     std::vector<Section> sections() const;
@@ -42,8 +43,8 @@ private:
     Listener listener;
     std::vector<std::uint16_t> pids;
     std::vector<SectionSubscription> subscriptions;
-    std::map<std::uint16_t, SubTable> tables;  // by PID: each has versions of its own
-    bool isListed = false;                     // HbbTV's application_type, in the PMT
+    std::map<std::uint16_t, SubTable> tables;  // by PID: each PID has its own version_number
+    bool isListed = false;                     // the PMT lists HbbTV's application_type
 };
 
 }  // namespace broadcast

@@ -10,11 +10,11 @@
 namespace broadcast {
 
 struct Channel {
-    std::optional<std::uint16_t> originalNetworkId;  ///< absent until SDT, NIT or EIT has told it
+    std::optional<std::uint16_t> originalNetworkId;  ///< absent until an SDT, NIT or EIT gives it
     std::uint16_t transportStreamId = 0;
     std::uint16_t serviceId = 0;
     std::uint16_t pmtPid = 0;
-    std::string name;  ///< UTF-8; empty until an SDT has named it
+    std::string name;  ///< UTF-8; empty until an SDT gives it
 
     /// The original_network_id, or si::kUnknownNetworkId.
     std::uint16_t networkId() const { return originalNetworkId.value_or(si::kUnknownNetworkId); }

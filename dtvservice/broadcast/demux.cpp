@@ -7,13 +7,13 @@ namespace broadcast {
 
 struct Demux::Subscriber {
     Subscription subscription;
-    std::shared_ptr<Handler> handler;  // null once ended
+    std::shared_ptr<Handler> handler;  // null after unsubscribe()
 };
 
 struct Demux::Pid {
     Pid() : assembler([this](si::Bytes section) { deliver(section); }) {}
 
-    /// Only those subscribed when the section begins its round hear of it.
+    /// Subscribers added during delivery get the next section.
     void deliver(si::Bytes section) {
         const std::size_t count = subscribers.size();
         for (std::size_t index = 0; index < count; ++index) {
@@ -37,7 +37,7 @@ Demux::Subscription Demux::subscribe(std::uint16_t pid, Handler handler) {
     if (!entry) {
         entry = std::make_unique<Pid>();
     }
-    // The PID stands in the low bits, so that ending a subscription finds it.
+    // The low bits hold the PID, so that unsubscribe() finds it.
     const Subscription subscription = ++lastSubscription * kPidCount + pid % kPidCount;
     entry->subscribers.push_back({subscription, std::make_shared<Handler>(std::move(handler))});
     return subscription;
@@ -82,7 +82,7 @@ void Demux::feed(TsPacket packet) {
     sweep(pid);
 }
 
-/// Forgets ended subscriptions, and a PID that nobody follows.
+/// Removes ended subscriptions, and the PID's assembler after the last one.
 void Demux::sweep(std::uint16_t pid) {
     std::vector<Subscriber>& subscribers = pids[pid]->subscribers;
     subscribers.erase(std::remove_if(subscribers.begin(), subscribers.end(),

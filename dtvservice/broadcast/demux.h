@@ -1,5 +1,8 @@
-// Demux: packets to the section handlers of their PIDs.
-// Threads: one.   Blocks: never.   Fails: never. Handlers may subscribe and unsubscribe from inside their calls.
+// Demux: assembles sections from packets and calls the handlers of their PIDs. A handler may subscribe and unsubscribe
+// while it runs.
+// Threads: one.
+// Blocks:  never.
+// Fails:   never.
 #pragma once
 
 #include <array>
@@ -22,19 +25,19 @@ public:
     Demux(const Demux&) = delete;
     Demux& operator=(const Demux&) = delete;
 
-    /// Sections of the PID go to the handler until the subscription is ended.
+    /// Sections of the PID go to the handler until unsubscribe().
     Subscription subscribe(std::uint16_t pid, Handler handler);
     void unsubscribe(Subscription subscription);
 
-    /// Every packet of the PID goes to the watcher, as it came. One watcher a PID; null ends it. To be called from
-    /// outside of the watcher.
+    /// Every packet of the PID goes to the watcher unchanged. A PID has one watcher; null removes it. Do not call this
+    /// from a watcher.
     using Watcher = std::function<void(TsPacket packet)>;
     void watch(std::uint16_t pid, Watcher watcher);
 
     void feed(TsPacket packet);
-    /// The packets that follow have nothing to do with those before, as where a file begins again.
+    /// The next packets do not continue the previous ones, for example when a file starts again.
     void discontinuity();
-    /// What all assemblers of the PIDs followed now have counted.
+    /// The sum over all PIDs that have subscriptions at present.
     SectionCounts counts() const;
     /// Packets fed, of any PID.
     std::uint64_t packets() const { return packets_; }
@@ -46,7 +49,7 @@ private:
     void sweep(std::uint16_t pid);
 
     std::array<std::unique_ptr<Pid>, kPidCount> pids;
-    std::map<std::uint16_t, Watcher> watchers;  // a few
+    std::map<std::uint16_t, Watcher> watchers;  // by PID
     Subscription lastSubscription = 0;
     std::uint64_t packets_ = 0;
 };

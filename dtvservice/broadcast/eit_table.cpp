@@ -1,4 +1,4 @@
-// Filing EIT sections.
+// Stores EIT sections.
 #include "eit_table.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // EitTable: the EIT present/following (actual) of one service.
 // Threads: one.
-// Blocks: never.
-// Fails: never.
+// Blocks:  never.
+// Fails:   never.
 #pragma once
 
 #include "sub_table.h"
@@ -12,13 +12,14 @@ class EitTable {
 public:
     static constexpr std::uint16_t kPid = 0x0012;
 
-    /// Whether it is a section of such a table, of whatever service.
+    /// Whether the section belongs to an EIT present/following (actual), of any service.
     static bool isEit(si::Bytes section);
-    /// original_network_id of such a section.
+    /// original_network_id of a section for which isEit() is true.
     static std::uint16_t networkId(si::Bytes section);
 
-    /// Files a section under its number alone: some broadcasters give each section of an EIT a version of its own.
-    /// Sections behind the last one are forgotten.
+    /// Stores a section by its section_number only, because some broadcasters give each section of an EIT its own
+    /// version_number. Drops stored sections beyond the last one, which is last_section_number or, if higher, this
+    /// section's own number.
     Update file(si::Bytes section);
     const Sections& sections() const { return sections_; }
 

@@ -1,4 +1,4 @@
-// Putting modules together and looking through directories.
+// Assembles modules and reads directories.
 #include "event_objects.h"
 
 #include <zlib.h>
@@ -9,7 +9,7 @@ namespace broadcast {
 
 namespace {
 
-/// What a broadcast may make this process keep: modules of files are far below, and names are few.
+/// Limits on the memory that a broadcast can use. Real carousels stay far below them.
 constexpr std::size_t kLargestModule = 8 * 1024 * 1024;
 constexpr std::size_t kMostModules = 4096;
 constexpr std::size_t kDeepest = 16;
@@ -25,7 +25,7 @@ std::vector<std::uint8_t> inflated(const std::vector<std::uint8_t>& bytes, std::
     return result;
 }
 
-/// About what an object takes in memory.
+/// Approximate size of an object in memory.
 std::size_t sizeOf(const si::CarouselObject& object) {
     std::size_t size = sizeof object + object.key.size() + object.associationTags.size() * sizeof(std::uint16_t);
     for (const si::CarouselObject::Entry& entry : object.entries) {
@@ -81,7 +81,8 @@ bool EventObjects::onInfo(const si::DownloadInfo& info) {
     return changed;
 }
 
-/// A block of a module that nothing leads to yet comes again.
+/// Takes blocks only of modules that a known directory refers to. The carousel repeats all blocks, so one that is
+/// ignored too early arrives again.
 bool EventObjects::onBlock(const si::DownloadBlock& block) {
     const ModuleId id = {block.downloadId, block.moduleId};
     const auto found = modules.find(id);
@@ -131,7 +132,7 @@ void EventObjects::finish(Module& module) {
     module.isComplete = true;
 }
 
-/// The files of a directory are most of its entries, and lead to no events.
+/// Drops a directory's entries for files: they are the majority and lead to no events.
 void EventObjects::keep(Module& module, si::CarouselObject object) {
     auto& entries = object.entries;
     entries.erase(std::remove_if(entries.begin(), entries.end(),
@@ -160,8 +161,8 @@ void EventObjects::lookThrough() {
     }
 }
 
-/// Module after module comes, so each is looked into by itself. Once there are all, the look from the start makes what
-/// is known the same in whatever order they came.
+/// Reads a module as soon as it is complete. After the last module it reads everything again from the service gateway,
+/// so that the result does not depend on the order in which modules arrive.
 void EventObjects::goOnIn(const ModuleId& id) {
     const auto places = waiting.extract(id);
     for (const Place& place : places.mapped()) {
@@ -172,7 +173,7 @@ void EventObjects::goOnIn(const ModuleId& id) {
     }
 }
 
-/// An object that several entries lead to is known by the first of them; directories may lead in circles.
+/// Visits each object once, by the first path found, because directories may form cycles.
 void EventObjects::visit(Place place) {
     if (place.depth <= kDeepest && visited.count({place.pid, place.module, place.key}) == 0 &&
         note(sizeof place + 2 * place.key.size() + place.path.size())) {
@@ -206,7 +207,7 @@ void EventObjects::look(const Place& place) {
     }
 }
 
-/// Whether so much more may be noted of the look that is under way.
+/// Counts the bytes against the limit; false if they exceed it.
 bool EventObjects::note(std::size_t bytes) {
     if (noted + bytes > mostKept) {
         passedOver = true;

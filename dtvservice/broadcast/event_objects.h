@@ -1,6 +1,9 @@
-// EventObjects: the stream event objects of a service's object carousels, which give events their names. Only the
-// modules with directories and with these objects are put together, and of those nothing else is kept, and not more
-// than a limit. Threads: one.   Blocks: never.   Fails: never; what does not fit is passed over.
+// EventObjects: reads the stream event objects of a service's object carousels, which give the events their names. It
+// assembles only the modules that contain the directories and these objects, and keeps nothing else of them. A limit
+// bounds the memory.
+// Threads: one.
+// Blocks:  never.
+// Fails:   never; objects above the limit and malformed data are ignored.
 #pragma once
 
 #include <cstdint>
@@ -16,10 +19,10 @@ namespace broadcast {
 
 class EventObjects {
 public:
-    /// An event by its name in an object.
+    /// A named event of a stream event object.
     struct Named {
-        std::uint16_t carouselPid = 0;  ///< on which the carousel's DownloadServerInitiate comes
-        std::string path;               ///< of the object, without a slash in front
+        std::uint16_t carouselPid = 0;  ///< PID of the carousel's DownloadServerInitiate
+        std::string path;               ///< of the object, without a leading slash
         std::string name;
         std::uint16_t eventId = 0;
         std::vector<std::uint16_t> associationTags;  ///< of the streams that carry the event
@@ -27,17 +30,17 @@ public:
 
     static constexpr std::size_t kMostKept = 16 * 1024 * 1024;
 
-    /// The carousels are those that begin on these PIDs. Of what their modules have, so many bytes are kept, and of the
-    /// ways through it as many again.
+    /// Reads the carousels whose DownloadServerInitiate is on one of these PIDs. Keeps at most `newMostKept` bytes of
+    /// objects, and as many again for paths and events found.
     explicit EventObjects(std::set<std::uint16_t> newPids, std::size_t newMostKept = kMostKept)
         : pids(std::move(newPids)), mostKept(newMostKept) {}
 
-    /// A section of one of the PIDs; true when more may be known than before.
+    /// A section of one of the PIDs. True if events() or isComplete() may have changed.
     bool onSection(std::uint16_t pid, si::Bytes section);
     const std::vector<Named>& events() const { return events_; }
-    /// Every directory of every carousel has been looked through.
+    /// Whether every directory of every carousel has been read.
     bool isComplete() const { return gateways.size() == pids.size() && waiting.empty(); }
-    /// Something was above the limit; events may be missing though the carousels are complete.
+    /// Whether something exceeded the limit. Events may then be missing although isComplete() is true.
     bool hasPassedOver() const { return passedOver; }
 
 private:
@@ -48,9 +51,9 @@ private:
         std::map<std::uint16_t, std::vector<std::uint8_t>> blocks;
         bool isComplete = false;
         std::map<std::string, si::CarouselObject> objects;  // by key
-        std::size_t kept = 0;                               // bytes of objects, about
+        std::size_t kept = 0;                               // approximate bytes of objects
     };
-    /// An object as a way leads to it.
+    /// An object and the path that leads to it.
     struct Place {
         std::uint16_t pid = 0;  // of the carousel
         ModuleId module;
@@ -74,11 +77,11 @@ private:
     std::size_t mostKept;
     std::map<std::uint16_t, si::ObjectReference> gateways;  // by PID
     std::map<ModuleId, Module> modules;
-    std::map<ModuleId, std::vector<Place>> waiting;  // what was come to in modules that are not complete
-    std::set<std::tuple<std::uint16_t, ModuleId, std::string>> visited;  // objects, by the carousel's PID
+    std::map<ModuleId, std::vector<Place>> waiting;  // objects to read once their module is complete
+    std::set<std::tuple<std::uint16_t, ModuleId, std::string>> visited;  // objects: carousel's PID, module, key
     std::size_t held = 0;                                                // bytes of blocks
-    std::size_t kept = 0;                                                // bytes of objects, about
-    std::size_t noted = 0;                                               // bytes of visited and what they led to
+    std::size_t kept = 0;                                                // approximate bytes of objects
+    std::size_t noted = 0;                                               // bytes of visited, waiting and events_
     bool passedOver = false;
     std::vector<Named> events_;
 };

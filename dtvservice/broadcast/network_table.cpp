@@ -1,4 +1,4 @@
-// Putting together what NIT and SDT (other) say of the same stream.
+// Combines NIT (actual) and SDT (other) for each transport stream.
 #include "network_table.h"
 
 #include <algorithm>
@@ -65,7 +65,8 @@ void NetworkTable::add(const si::Nit& part) {
     }
 }
 
-/// The streams as the NIT's sections have them: what an older version said is forgotten.
+/// Reads all transport streams again from the sections of the current NIT version, and drops the data of older
+/// versions.
 void NetworkTable::renew() {
     for (auto stream = streams.begin(); stream != streams.end();) {
         stream->second.descriptors.clear();

@@ -1,8 +1,8 @@
-// NetworkTable: the transport streams of the network, by NIT (actual) and SDT (other): how they are received, and which
-// services they have.
+// NetworkTable: the transport streams of the network with their delivery systems and services, from the NIT (actual)
+// and the SDT (other).
 // Threads: one.
-// Blocks: never.
-// Fails: never; a section that cannot be read is passed over.
+// Blocks:  never.
+// Fails:   never; a malformed section is ignored.
 #pragma once
 
 #include <map>
@@ -21,21 +21,22 @@ class NetworkTable {
 public:
     static constexpr std::uint16_t kPid = 0x0010;  // of the NIT
 
-    /// What a section of the NIT says, if it is new.
+    /// The parsed NIT section if it is new; else nothing.
     std::optional<si::Nit> onNitSection(si::Bytes section);
     void onSdtSection(si::Bytes section);
 
-    /// Services of other transport streams than the multiplex's own, by network, transport stream and service.
+    /// Services of all transport streams but the multiplex's own, in the order of network, transport stream and
+    /// service.
     std::vector<Channel> otherChannels(std::optional<std::uint16_t> own) const;
-    /// Whether the NIT gives the channel's transport stream a descriptor of exactly these bytes, tag and length
-    /// included. A network that nothing has told yet is any.
+    /// Whether the NIT has a descriptor with exactly these bytes, tag and length included, for the channel's transport
+    /// stream. A channel whose network is still unknown matches any network.
     bool hasDeliverySystem(const Channel& channel, const std::string& descriptor) const;
 
 private:
     struct Stream {
         SdtNames sdt;
-        si::Descriptors descriptors;     // of the NIT
-        std::set<std::uint16_t> listed;  // by service_id, in the NIT's service lists
+        si::Descriptors descriptors;     // in the NIT
+        std::set<std::uint16_t> listed;  // service_ids in the NIT's service lists
     };
 
     Stream* streamOf(std::uint16_t networkId, std::uint16_t transportStream);

@@ -1,4 +1,4 @@
-// Reading the PAT once all of its sections are there.
+// Reads the PAT once all of its sections have arrived.
 #include "pat_table.h"
 
 namespace broadcast {

@@ -1,7 +1,7 @@
 // PatTable: the services that the PAT lists, with the PIDs of their PMTs.
 // Threads: one.
-// Blocks: never.
-// Fails: never; a section that cannot be read is passed over.
+// Blocks:  never.
+// Fails:   never; a malformed section is ignored.
 #pragma once
 
 #include <optional>
@@ -16,11 +16,11 @@ class PatTable {
 public:
     static constexpr std::uint16_t kPid = 0x0000;
 
-    /// What a section has brought: nothing to act on yet, the same again, or a list that is whole.
+    /// The effect of a section: none, a repetition of a known section, or a new complete list.
     enum class Outcome { none, repetition, list };
 
     Outcome onSection(si::Bytes section);
-    /// The services in the order of the last whole PAT, without network and name.
+    /// The services in the order of the last complete PAT, without network and name.
     const std::vector<Channel>& channels() const { return channels_; }
     std::optional<std::uint16_t> transportStreamId() const { return transportStreamId_; }
     std::uint64_t repetitions() const { return repetitions_; }

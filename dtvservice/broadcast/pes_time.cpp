@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::uint8_t kTimelineTag = 0x04;
 
-/// Bytes of a packet from an offset on; reading behind their end gives zero and is remembered.
+/// Reads the bytes of a packet from an offset. A read beyond the end gives 0 and marks the reader as failed.
 class PacketReader {
 public:
     PacketReader(const std::uint8_t* newBytes, std::size_t newSize) : bytes(newBytes), size(newSize) {}
@@ -23,7 +23,7 @@ public:
     void skip(std::size_t count) { at += count; }
     std::size_t position() const { return at; }
     bool good() const { return at <= size; }
-    /// The next bytes, which are there, as a range of their own.
+    /// A reader for the next `count` bytes. There must be as many.
     PacketReader take(std::size_t count) {
         at += count;
         return {bytes + at - count, count};
@@ -36,8 +36,8 @@ private:
     std::size_t at = 0;
 };
 
-/// Where the adaptation field's extension has its descriptors: behind the parts that its flags announce. An empty range
-/// without descriptors.
+/// The descriptors of the adaptation field's extension, after the optional fields that its flags announce. Empty if
+/// there are none.
 PacketReader descriptorsOf(TsPacket packet) {
     constexpr std::size_t kLengthAt = 4;
     const PacketReader none(nullptr, 0);

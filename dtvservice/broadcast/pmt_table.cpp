@@ -1,4 +1,4 @@
-// Reading PMT sections.
+// Reads PMT sections.
 #include "pmt_table.h"
 
 namespace broadcast {
@@ -13,7 +13,7 @@ Section PmtTable::section() const {
     return table.sections().empty() ? Section() : table.sections().begin()->second;
 }
 
-/// Several services may have their PMTs on one PID.
+/// Checks program_number, because several services may have their PMTs on one PID.
 void PmtTable::onSection(si::Bytes section) {
     constexpr std::uint8_t kTableId = 0x02;
     if (!isCurrent(section, kTableId) || si::tableIdExtension(section) != serviceId) {

@@ -1,7 +1,7 @@
 // PmtTable: the PMT of one service, on the PID that the PAT gives it.
 // Threads: one.
-// Blocks: never.
-// Fails: never; a section that cannot be read is passed over.
+// Blocks:  never.
+// Fails:   never; a malformed section is ignored.
 #pragma once
 
 #include "section_subscription.h"
@@ -22,7 +22,7 @@ public:
     PmtTable& operator=(const PmtTable&) = delete;
 
     std::uint16_t pid() const { return pid_; }
-    /// The latest section; empty when none has come.
+    /// The latest section; empty if none has arrived.
     Section section() const;
 
 private:

@@ -1,4 +1,4 @@
-// Keeping names of services.
+// Stores the names of services.
 #include "sdt_table.h"
 
 namespace broadcast {
@@ -8,8 +8,7 @@ bool SdtNames::isSdt(si::Bytes section, std::uint8_t tableId) {
     return isCurrent(section, tableId) && si::sectionNumber(section) < kMostSections;
 }
 
-/// Adds what the section names. Names of an older version go when the new one is whole: until then they are better than
-/// none.
+/// Adds the section's names. Old names stay until the new version is complete, because an old name is better than none.
 std::optional<si::Sdt> SdtNames::onSection(si::Bytes section) {
     if (table.file(section) == Update::none) {
         return std::nullopt;
@@ -78,7 +77,7 @@ void SdtTable::describe(Channel& channel) const {
     }
 }
 
-/// None when there are too many: only the multiplex's own takes another's place.
+/// Null if there are too many streams. Only the multiplex's own stream may then replace another one.
 SdtTable::Stream* SdtTable::streamOf(std::uint16_t transportStream, std::optional<std::uint16_t> own) {
     if (streams.size() >= kMostStreams && streams.find(transportStream) == streams.end()) {
         if (transportStream != own) {

@@ -1,7 +1,7 @@
-// SdtNames, SdtTable: what SDTs say of transport streams: the names of their services, and the network they come from.
+// SdtNames, SdtTable: the service names and the original_network_id of transport streams, from the SDT.
 // Threads: one.
-// Blocks: never.
-// Fails: never; a section that cannot be read is passed over.
+// Blocks:  never.
+// Fails:   never; a malformed section is ignored.
 #pragma once
 
 #include <map>
@@ -13,22 +13,23 @@
 
 namespace broadcast {
 
-/// A broadcast may not make this process keep more than any network has.
+/// Limits on the memory that a broadcast can use. No real network reaches them.
 constexpr std::size_t kMostStreams = 1000;
-constexpr std::size_t kMostServices = 1000;  // of a stream
+constexpr std::size_t kMostServices = 1000;  // per stream
 
 /// The SDT of one transport stream.
 class SdtNames {
 public:
     using Names = std::map<std::uint16_t, std::string>;  // by service_id
 
-    /// Whether it is an SDT's section, with that table_id and a section number that any network has.
+    /// Whether this is a current SDT section with this table_id. High section numbers, which no real network uses, are
+    /// refused to limit the memory.
     static bool isSdt(si::Bytes section, std::uint8_t tableId);
 
-    /// What the section says, if it is new.
+    /// The parsed section if it is new; else nothing.
     std::optional<si::Sdt> onSection(si::Bytes section);
     const Names& names() const { return names_; }
-    /// No section has come.
+    /// Whether no section has arrived.
     bool isEmpty() const { return table.sections().empty(); }
 
 private:
@@ -38,16 +39,17 @@ private:
     Names names_;
 };
 
-/// SDT (actual), by transport_stream_id: it may come before the PAT that says which one is the multiplex's own.
+/// SDT (actual), by transport_stream_id. The SDT may arrive before the PAT, which says which transport stream is the
+/// multiplex's own.
 class SdtTable {
 public:
-    static constexpr std::uint16_t kPid = 0x0011;  // SDT (other) as well
+    static constexpr std::uint16_t kPid = 0x0011;  // of the SDT (other), too
 
-    /// `own` is the multiplex's transport_stream_id. True when something may be known that was not.
+    /// `own` is the multiplex's transport_stream_id. True if networks or names may have changed.
     bool onSection(si::Bytes section, std::optional<std::uint16_t> own);
-    /// NIT and EIT tell the network of a stream, too: they count where nothing has told it yet. True when this does.
+    /// Takes a stream's network from the NIT or EIT if it is still unknown. True if it was.
     bool learnNetwork(std::uint16_t transportStream, std::uint16_t networkId, std::optional<std::uint16_t> own);
-    /// Gives the channel its network and name, as far as they are known.
+    /// Sets the channel's network and name as far as they are known.
     void describe(Channel& channel) const;
 
 private:

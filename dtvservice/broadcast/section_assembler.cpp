@@ -1,4 +1,4 @@
-// Assembling sections.
+// Assembles sections.
 #include "section_assembler.h"
 
 #include <algorithm>
@@ -75,7 +75,7 @@ void SectionAssembler::remember(TsPacket packet) {
     lastWasDuplicate = false;
 }
 
-/// A repeated packet may carry a PCR of its own.
+/// Compares all but the PCR, which may differ in a repeated packet.
 bool SectionAssembler::isCopyOfLast(TsPacket packet) const {
     if (!packet.hasPcr()) {
         return std::memcmp(packet.bytes, last.data(), kPacketSize) == 0;
@@ -103,7 +103,7 @@ void SectionAssembler::startUnit(const std::uint8_t* payload, std::size_t size) 
     }
 }
 
-/// Adds bytes to the section in progress until it is complete; how many it took.
+/// Adds bytes to the section in progress until it is complete. Returns the number of bytes used.
 std::size_t SectionAssembler::append(const std::uint8_t* bytes, std::size_t size) {
     std::size_t used = 0;
     while (used < size) {

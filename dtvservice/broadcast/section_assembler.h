@@ -1,12 +1,16 @@
-// SectionAssembler: the packets of one PID to complete sections (ISO/IEC 13818-1, clauses 2.4.3.3 and 2.4.4).
+// SectionAssembler: assembles complete sections from the packets of one PID (ISO/IEC 13818-1, clauses 2.4.3.3 and
+// 2.4.4).
 //
 //  1. Packets with transport_error_indicator or scrambling bits are not used.
-//  2. A gap in the continuity counter drops the section in progress. A packet that repeats its predecessor bit for bit,
-//     but for the PCR, is ignored once; one that repeats only its counter is a gap.
-//  3. Where a packet starts a section, whatever is incomplete before that start was cut and is dropped.
-//  4. A section may have up to 4096 bytes. One with a wrong CRC_32 is counted and never handed on.
+//  2. A gap in the continuity counter drops the section in progress. A packet that repeats the previous one bit for
+//  bit,
+//     except for the PCR, is ignored once. A packet that repeats only the counter is a gap.
+//  3. A section that is still incomplete where a packet starts a new one is dropped.
+//  4. A section may have up to 4096 bytes. One with a wrong CRC_32 is counted and dropped.
 //
-// Threads: one.   Blocks: never.   Fails: never; what is wrong is counted.
+// Threads: one.
+// Blocks:  never.
+// Fails:   never; errors are counted.
 #pragma once
 
 #include <array>
@@ -33,11 +37,11 @@ class SectionAssembler {
 public:
     using Handler = std::function<void(si::Bytes section)>;
 
-    /// The handler is called for each good section; its bytes are valid during the call.
+    /// The handler is called for each correct section. The bytes are valid only during the call.
     explicit SectionAssembler(Handler newHandler);
 
     void feed(TsPacket packet);
-    /// The packets that follow have nothing to do with those before: no gap is counted.
+    /// The next packets do not continue the previous ones. No gap is counted.
     void discontinuity();
     const SectionCounts& counts() const { return counts_; }
 
@@ -53,7 +57,7 @@ private:
     void finish();
 
     Handler handler;
-    std::vector<std::uint8_t> section;  // in progress; empty when none is
+    std::vector<std::uint8_t> section;  // in progress, or empty
     std::array<std::uint8_t, kPacketSize> last{};
     bool haveLast = false;
     bool lastWasDuplicate = false;

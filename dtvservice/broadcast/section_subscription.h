@@ -1,7 +1,7 @@
-// SectionSubscription: a handler's subscription to the sections of a PID, which ends with this object.
+// SectionSubscription: a handler's subscription to the sections of a PID. It ends with this object.
 // Threads: one.
-// Blocks: never.
-// Fails: never.
+// Blocks:  never.
+// Fails:   never.
 #pragma once
 
 #include <utility>

@@ -1,4 +1,4 @@
-// Bringing the tables of a multiplex together.
+// Combines the tables of a multiplex.
 #include "si_database.h"
 
 #include <algorithm>
@@ -7,7 +7,8 @@ namespace broadcast {
 
 namespace {
 
-/// 2.5 s where the PAT comes ten times a second; the SDT is due every 2 s.
+/// Number of PAT repetitions after which the network counts as unknown. The PAT is sent about ten times a second, so
+/// this takes 2.5 s; an SDT would arrive within 2 s.
 constexpr std::uint64_t kPatsWithoutNetwork = 25;
 
 }  // namespace
@@ -87,7 +88,7 @@ void SiDatabase::onPatSection(si::Bytes section) {
     }
 }
 
-/// A service whose PMT has moved to another PID begins anew.
+/// Replaces the tables of a service whose PMT has moved to another PID.
 void SiDatabase::followServices() {
     channels_ = pat.channels();
     for (auto service = services.begin(); service != services.end();) {
@@ -104,7 +105,7 @@ bool SiDatabase::isListed(std::uint16_t serviceId, std::uint16_t pmtPid) const {
     return channel != nullptr && channel->pmtPid == pmtPid;
 }
 
-/// Gives every channel what is known of its multiplex, and tells of the list.
+/// Sets the network and name of every channel, and notifies the listener.
 void SiDatabase::nameChannels() {
     for (Channel& channel : channels_) {
         sdt.describe(channel);
@@ -135,7 +136,8 @@ void SiDatabase::onNitSection(si::Bytes section) {
     }
 }
 
-/// "Actual" says whose table it is; recorders that rewrite the PAT leave another transport_stream_id here.
+/// Does not compare transport_stream_id: an EIT (actual) is always the multiplex's own, and recorders that rewrite the
+/// PAT leave the old identifier in the EIT.
 void SiDatabase::onEitSection(si::Bytes section) {
     const std::optional<std::uint16_t> own = pat.transportStreamId();
     if (!EitTable::isEit(section) || !own) {

@@ -1,6 +1,8 @@
-// SiDatabase: what a multiplex says of itself: its services by PAT and SDT, and of each the sections of its PMT, its
-// EIT present/following and its HbbTV AIT, as they came. Each table is a class of its own; this one brings them
-// together. Threads: one. Blocks: never. Fails: never; sections that cannot be read are passed over.
+// SiDatabase: the tables of a multiplex. It combines the table classes: the services from PAT and SDT, and for each
+// service the original sections of its PMT, EIT present/following and HbbTV AIT.
+// Threads: one.
+// Blocks:  never.
+// Fails:   never; malformed sections are ignored.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +22,8 @@ namespace broadcast {
 
 class SiDatabase;
 
-/// Told on the feeding thread, by which database, of changes only. `changed` tells a change from the first.
+/// Gets the changes of a database, on the thread that feeds packets. A section that repeats is not a change. `changed`
+/// is false for the first version of a table and true for later ones.
 class SiListener {
 public:
     virtual ~SiListener() = default;
@@ -28,7 +31,7 @@ public:
     virtual void onPmt(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) = 0;
     virtual void onEit(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) = 0;
     virtual void onAit(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) = 0;
-    /// What signalsHbbTv() says of the service has changed.
+    /// The result of signalsHbbTv() for the service has changed.
     virtual void onAitSignalled(const SiDatabase& /*of*/, std::uint16_t /*serviceId*/, bool /*signalled*/) {}
 };
 
@@ -42,22 +45,23 @@ public:
     /// In the order of the PAT.
     const std::vector<Channel>& channels() const { return channels_; }
     const Channel* find(std::uint16_t serviceId) const;
-    /// Whether the services' triplets are as whole as they will be: their network is known, or the PAT has come so
-    /// often that no table is going to tell it.
+    /// Whether the services' triplets are final: the network is known, or the PAT has been repeated so often that no
+    /// table is likely to give it any more.
     bool isIdentified() const;
-    /// Services of other transport streams, by network, transport stream and service: those that the SDT (other) or the
-    /// NIT's service lists name. They have no PMT PID.
+    /// Services of other transport streams, from the SDT (other) and the NIT's service lists, in the order of network,
+    /// transport stream and service. They have no PMT PID.
     std::vector<Channel> otherChannels() const { return network.otherChannels(pat.transportStreamId()); }
-    /// The latest section; empty when none has come.
+    /// The latest section; empty if none has arrived.
     Section pmt(std::uint16_t serviceId) const;
-    /// Present, then following, as far as they have come.
+    /// The sections that have arrived: present, then following.
     std::vector<Section> eit(std::uint16_t serviceId) const;
-    /// The AIT's sections by PID, then by number, as far as they have come.
+    /// The sections that have arrived, in the order of PID and section_number.
     std::vector<Section> ait(std::uint16_t serviceId) const;
-    /// Whether the service has an HbbTV AIT: its PMT lists the application_type, or lists none and a section has come.
+    /// Whether the service has an HbbTV AIT: its PMT lists HbbTV's application_type, or an HbbTV AIT section has
+    /// arrived from a PMT that lists no type.
     bool signalsHbbTv(std::uint16_t serviceId) const;
-    /// Whether the NIT (actual) gives the channel's transport stream a descriptor of exactly these bytes, tag and
-    /// length included. A network that nothing has told yet is any.
+    /// Whether the NIT (actual) has a descriptor with exactly these bytes, tag and length included, for the channel's
+    /// transport stream. A channel whose network is still unknown matches any network.
     bool hasDeliverySystem(const Channel& channel, const std::string& descriptor) const {
         return network.hasDeliverySystem(channel, descriptor);
     }
@@ -68,7 +72,7 @@ private:
         Service(SiDatabase& database, const Channel& channel);
         AitTable ait;
         EitTable eit;
-        PmtTable pmt;  // the last: its PMT decides on the AIT
+        PmtTable pmt;  // the last member: its listener uses `ait`
     };
 
     const Service* serviceOf(std::uint16_t serviceId) const;

@@ -1,4 +1,4 @@
-// Filing sections by version and number.
+// Stores sections by version and number.
 #include "sub_table.h"
 
 namespace broadcast {

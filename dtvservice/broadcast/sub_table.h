@@ -1,7 +1,7 @@
-// SubTable: the sections of one table, as they came, and what a table looks at before it takes a section.
+// SubTable: stores the original sections of one sub-table. Also the checks and helpers that all tables share.
 // Threads: one.
-// Blocks: never.
-// Fails: never.
+// Blocks:  never.
+// Fails:   never.
 #pragma once
 
 #include <cstdint>
@@ -16,33 +16,33 @@ namespace broadcast {
 using Section = std::vector<std::uint8_t>;
 using Sections = std::map<std::uint8_t, Section>;  // by section_number
 
-/// What a section is to the table: a repetition, the first that came, or a change.
+/// The effect of a section on the table: none (a repetition), a section of the first version, or a change.
 enum class Update { none, first, changed };
 
-/// Sections of one version: a new version forgets those of the old one.
+/// Keeps the sections of one version. The first section of a new version removes the old ones.
 class SubTable {
 public:
-    /// Files a section under its number.
+    /// Stores a section by its section_number.
     Update file(si::Bytes section);
-    /// Whether all sections are there, as the latest one counts them.
+    /// Whether all sections up to last_section_number of the latest section have arrived.
     bool isWhole(si::Bytes latest) const;
     const Sections& sections() const { return sections_; }
 
 private:
     std::optional<std::uint8_t> version;
     Sections sections_;
-    bool changed = false;  // since the first version
+    bool changed = false;  // something differs from the first version
 };
 
-/// A long-form section of that table which is valid now.
+/// Whether this is a long-form section with this table_id and current_next_indicator set.
 bool isCurrent(si::Bytes section, std::uint8_t tableId);
 
-/// Two bytes of a section that has them.
+/// The 16 bits at an offset. The section must be long enough.
 std::uint16_t wordAt(si::Bytes section, std::size_t at);
 
 Section copyOf(si::Bytes section);
 
-/// The sections in the order of their numbers, added to a list.
+/// Appends the sections to a list, in the order of section_number.
 void append(const Sections& sections, std::vector<Section>& list);
 
 }  // namespace broadcast

@@ -1,5 +1,7 @@
-// Fields of a transport stream packet (ISO/IEC 13818-1, clause 2.4.3). The packet is 188 bytes and begins with 0x47.
-// Threads: any.   Blocks: never.   Fails: never; a broken adaptation field leaves no payload.
+// Fields of a transport stream packet (ISO/IEC 13818-1, clause 2.4.3). The packet has 188 bytes and begins with 0x47.
+// Threads: any.
+// Blocks:  never.
+// Fails:   never; with a malformed adaptation field, hasPayload() is false.
 #pragma once
 
 #include <cstddef>
@@ -33,7 +35,7 @@ struct TsPacket {
         constexpr std::uint8_t kFlagsAndPcr = 7;
         return hasAdaptation() && bytes[4] >= kFlagsAndPcr && (bytes[5] & 0x10) != 0;
     }
-    /// program_clock_reference in ticks of 27 MHz; the packet has one.
+    /// program_clock_reference in ticks of 27 MHz. hasPcr() must be true.
     std::uint64_t pcr() const {
         const std::uint64_t base = std::uint64_t{bytes[6]} << 25U | std::uint64_t{bytes[7]} << 17U |
                                    std::uint64_t{bytes[8]} << 9U | std::uint64_t{bytes[9]} << 1U | bytes[10] >> 7U;
@@ -42,7 +44,7 @@ struct TsPacket {
     }
 };
 
-/// Where program_clock_reference starts over: 33 bits at 90 kHz, times 300.
+/// program_clock_reference wraps to 0 at this value: 33 bits at 90 kHz, times 300.
 constexpr std::uint64_t kPcrWrap = (std::uint64_t{1} << 33U) * 300;
 constexpr std::uint64_t kPcrFrequency = 27000000;
 

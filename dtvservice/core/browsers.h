@@ -1,6 +1,7 @@
-// Browsers: those that are connected, and the way to tell them events.
-// Threads: the loop's; connect() before anything is played.   Blocks: never.
-// Fails:   never; an event to a browser that has gone is dropped.
+// Browsers: the connected browsers, and how events are sent to them.
+// Threads: the loop's; call connect() before anything is played.
+// Blocks:  never.
+// Fails:   never; an event for a disconnected browser is dropped.
 #pragma once
 
 #include <cstdint>
@@ -12,27 +13,28 @@ namespace dtvservice {
 
 /// The platform's number of a browser's connection.
 using Browser = std::uint32_t;
-/// Those whom an event goes to.
+/// The browsers that receive an event.
 using Audience = std::set<Browser>;
 using Events = lo::browserdvbservice::ClientInterface;
 
 class Browsers {
-    // Leaves it to the event alone which types its values have.
+    // Takes `Value` out of template argument deduction, so that the event alone determines the types of its values.
     template <typename Value>
     struct Given {
         using Type = Value;
     };
 
 public:
-    /// Events leave by this interface.
+    /// Sets the interface that sends the events.
     void connect(Events& newEvents) { events = &newEvents; }
 
     void add(Browser browser) { connected.insert(browser); }
     void remove(Browser browser) { connected.erase(browser); }
-    /// Those that the loop knows. One that has just connected is told what it needs once the loop has heard of it.
+    /// The browsers that the loop knows. A new connection is posted to the loop, which adds the browser and then sends
+    /// it the current state.
     const Audience& all() const { return connected; }
 
-    /// One event with its values to each of the audience.
+    /// Sends one event to every browser of the audience.
     template <typename... Values>
     void tell(const Audience& to,
               int (Events::*event)(frame::MsgIds& ids, const frame::TransportInfo& transport, Values... values),

@@ -1,5 +1,6 @@
-// Commands: what browsers ask for, brought from the transport thread to the loop's, and there to the room that has it.
-// Threads: commands arrive on the transport thread; handlers are set before the first one, and run on the loop's.
+// Commands: posts the browsers' commands from the transport thread to the loop, which calls the handler of the room in
+// charge.
+// Threads: commands arrive on the transport thread; handlers run on the loop's. Set them before the first command.
 // Blocks:  never.
 // Fails:   a command without a handler is refused in the log.
 #pragma once
@@ -13,7 +14,7 @@
 
 namespace dtvservice {
 
-/// What is done with each command, under the command's name: called with the browser that asks, and the values.
+/// One handler for each command, under the command's name. Its parameters are the asking browser and the values.
 struct CommandHandlers {
 #define COMMAND(identifier, operation, Message, fields) \
     std::function<void(Browser asker FIELDS_PARAMETER_TYPES(fields))> operation;
@@ -24,7 +25,8 @@ class Commands : public lo::browserdvbservice::CommandHandler {
 public:
     using Change = std::function<void(Browser browser)>;
 
-    /// The loop must outlive this, and run none of its tasks afterwards. Browsers' coming and going is told on it.
+    /// The loop must outlive this object, and run no task after this object ends. `newConnected` and `newGone` are
+    /// called on the loop's thread.
     Commands(EventLoop& newLoop, Change newConnected, Change newGone)
         : loop(newLoop), connected(std::move(newConnected)), gone(std::move(newGone)) {}
 

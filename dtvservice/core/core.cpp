@@ -1,4 +1,4 @@
-// Telling rooms what happens.
+// Notifies the rooms.
 #include "core.h"
 
 #include <nlohmann/json.hpp>
@@ -33,7 +33,7 @@ const Channel* Core::presented() const {
     return presentedId ? received_->si.find(*presentedId) : nullptr;
 }
 
-/// The presented service, where it is that one; or null.
+/// The channel, if this service of this multiplex is presented; else null.
 const Channel* Core::presentedOf(const SiDatabase& of, std::uint16_t serviceId) const {
     return &of == &received_->si && presentedId == serviceId ? of.find(serviceId) : nullptr;
 }
@@ -72,7 +72,8 @@ void Core::onChannelList(const SiDatabase& of) {
 }
 
 void Core::onPmt(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) {
-    // A service that a room presents because its PMT has arrived is told with its PMT then.
+    // A room may present this service in pmtArrived(), which sends the PMT. Look first which service is presented, so
+    // that pmtChanged() does not send it again.
     const Channel* const concerned = presentedOf(of, serviceId);
     toRooms([&](Room& room) { room.pmtArrived(multiplexes.of(of), serviceId, section); });
     if (concerned != nullptr) {

@@ -1,7 +1,7 @@
-// Core: what all subjects of the service share: the loop, the browsers, the multiplexes, and the presented service.
-// It brings commands and operators' requests to the rooms that have them, and tells every room what happens, in the
-// order in which the rooms were added. It knows none of them by name.
-// Threads: the loop's, but for the commands' arrival.
+// Core: what all rooms share: the loop, the browsers, the multiplexes, and the presented service. It passes each
+// command and each operator's request to the room that handles it. It notifies all rooms of changes, in the order in
+// which they were added. It does not know the individual rooms.
+// Threads: the loop's; only commands arrive on the transport thread.
 // Blocks:  never.
 #pragma once
 
@@ -17,7 +17,7 @@ namespace dtvservice {
 
 class Core : private broadcast::SiListener {
 public:
-    /// The loop must outlive the core, and run none of its tasks afterwards.
+    /// The loop must outlive the core, and run no task after the core ends.
     explicit Core(EventLoop& newLoop);
 
     EventLoop& loop;
@@ -26,19 +26,19 @@ public:
     Commands commands;
     OperatorRequests requests;
 
-    /// Rooms come before the multiplexes, and at least one of those before commands and packets.
+    /// Add all rooms first, then the multiplexes. Commands and packets need at least one multiplex.
     void add(std::unique_ptr<Room> room) { rooms.push_back(std::move(room)); }
-    /// One more multiplex. The first is received until a service of another is presented.
+    /// Adds a multiplex. The first one is received until a service of another one is presented.
     Multiplex& addMultiplex();
 
-    /// The one that is received, as with one tuner.
+    /// The multiplex that is received: there is one tuner.
     Multiplex& received() const { return *received_; }
     /// Null while nothing is presented.
     const broadcast::Channel* presented() const;
 
-    /// Presents a service: rooms are told, browsers not yet.
+    /// Presents a service and notifies the rooms. Call tellPresented() to notify the browsers.
     void present(Multiplex& multiplex, const broadcast::Channel& channel);
-    /// What is known of the presented service, part by part and of each part room by room.
+    /// Sends all that is known of the presented service: for each Part, every room sends its share.
     void tellPresented(const Audience& to);
 
 private:
@@ -56,7 +56,7 @@ private:
     void onBrowserGone(Browser browser);
     nlohmann::json describeBrowsers(const nlohmann::json& request);
     nlohmann::json countPackets(const nlohmann::json& request);
-    /// One call of every room.
+    /// Calls every room, in order.
     template <typename Call>
     void toRooms(Call call) {
         for (const std::unique_ptr<Room>& room : rooms) {
@@ -65,8 +65,8 @@ private:
     }
 
     Multiplex* received_ = nullptr;
-    std::optional<std::uint16_t> presentedId;  // service_id, in the multiplex that is received
-    std::vector<std::unique_ptr<Room>> rooms;  // they end before the multiplexes that they listen to
+    std::optional<std::uint16_t> presentedId;  // service_id, in the received multiplex
+    std::vector<std::unique_ptr<Room>> rooms;  // the last member: rooms use the multiplexes until they are destroyed
 };
 
 }  // namespace dtvservice

@@ -1,8 +1,8 @@
-// EventLoop: the one thread on which the service thinks. Packets are played on it, and everything that comes from other
-// threads is posted to it, so that the service's own state needs no lock.
-// Threads: post(), postAt() and stop() from any; the rest on the loop's thread.
-// Blocks:  runUntil() until its time, running what is posted meanwhile.
-// Locks:   mutex guards tasks and the stop mark; no task runs while it is held.
+// EventLoop: runs all of the service's work on one thread. Packets are played on this thread, and other threads post
+// their work to it, so the service's state needs no lock.
+// Threads: post(), postAt() and stop() from any thread; runUntil() on the loop's thread.
+// Blocks:  runUntil() until the given time; it runs posted tasks meanwhile.
+// Locks:   mutex guards the tasks and the stop flag; it is not held while a task runs.
 #pragma once
 
 #include <chrono>
@@ -20,11 +20,11 @@ public:
     using Task = std::function<void()>;
 
     void post(Task task);
-    /// Runs the task when the time has come, or later.
+    /// Runs the task at the given time or later.
     void postAt(Clock::time_point time, Task task);
-    /// Lets every runUntil() return false from now on.
+    /// From now on every runUntil() returns false.
     void stop();
-    /// Runs posted tasks until the time has come; false once stopped.
+    /// Runs posted tasks until the given time; false once the loop is stopped.
     bool runUntil(Clock::time_point time);
 
 private:

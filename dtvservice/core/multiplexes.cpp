@@ -17,7 +17,7 @@ Multiplex& Multiplexes::of(const broadcast::SiDatabase& si) {
     return *std::find_if(list.begin(), list.end(), [&si](const Multiplex& multiplex) { return &multiplex.si == &si; });
 }
 
-/// Whether a multiplex that is received has the service.
+/// Whether an input carries the service.
 bool Multiplexes::isReceived(const Channel& channel) const {
     const Triplet wanted = {*channel.originalNetworkId, channel.transportStreamId, channel.serviceId};
     return std::any_of(list.begin(), list.end(), [&wanted](const Multiplex& multiplex) {

@@ -1,5 +1,7 @@
-// Multiplexes: the inputs' packets, and what they say of services: the channel list spans them all.
-// Threads: the loop's.   Blocks: never.   Fails: never; what is not found is null or nothing.
+// Multiplexes: the demultiplexer and the tables of every input. Searches for a service cover all inputs.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   never; a search without a result gives null or an empty list.
 #pragma once
 
 #include <deque>
@@ -20,31 +22,31 @@ struct Multiplex {
     broadcast::SiDatabase si;
 };
 
-/// original_network_id, transport_stream_id and service_id, as a browser asks for them.
+/// original_network_id, transport_stream_id and service_id of the service that a browser asks for.
 struct Triplet {
     std::uint32_t onid;
     std::uint32_t tsid;
     std::uint32_t sid;
 };
-/// A network that no table has told yet is any.
+/// A channel whose network is still unknown matches any network.
 bool matches(const broadcast::Channel& channel, const Triplet& wanted);
 
 class Multiplexes {
 public:
-    /// It stays where it is.
+    /// The reference stays valid: multiplexes are never moved or removed.
     Multiplex& add(broadcast::SiListener& listener) { return list.emplace_back(listener); }
     auto begin() { return list.begin(); }
     auto end() { return list.end(); }
     auto begin() const { return list.begin(); }
     auto end() const { return list.end(); }
-    /// The one with that database, which is one of them.
+    /// The multiplex that owns the database. There must be one.
     Multiplex& of(const broadcast::SiDatabase& si);
 
     struct Found {
         Multiplex* multiplex = nullptr;
         const broadcast::Channel* channel = nullptr;
     };
-    /// The first service that the condition holds for; null where there is none.
+    /// The first service that meets the condition; null if there is none.
     template <typename Condition>
     Found find(Condition isWanted) {
         for (Multiplex& multiplex : list) {
@@ -56,9 +58,10 @@ public:
         }
         return {};
     }
-    /// Services that a multiplex tells of and none has: each once, under the first name that is told.
+    /// Services that the tables of a multiplex announce but that no input carries. Each is listed once, with the first
+    /// name found.
     std::vector<broadcast::Channel> channelsWithoutInput() const;
-    /// Of a triplet that find() does not find.
+    /// The reason why find() has no service with this triplet.
     std::string whyNotReceived(const std::string& triplet) const;
 
 private:

@@ -1,4 +1,4 @@
-// Lines in, lines out; what they ask for is the rooms' business.
+// Reads requests and writes answers; the rooms' handlers carry them out.
 #include "operator_requests.h"
 
 #include "request_values.h"

@@ -1,7 +1,8 @@
-// OperatorRequests: what an operator may ask for. A request is a line with a JSON object that has a "command". Its
-// answer is one too, and has "ok" and, where that is false, an "error".
-// Threads: the loop's.   Blocks: never.
-// Fails:   a request that cannot be carried out is answered so, with what is wrong.
+// OperatorRequests: the requests that an operator may send. A request is one line with a JSON object; its "command"
+// names the request. The answer is one line with a JSON object, too: "ok" is true, or false with the reason in "error".
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   a request that cannot be carried out gets an answer with the reason.
 #pragma once
 
 #include <functional>
@@ -14,12 +15,12 @@ namespace dtvservice {
 
 class OperatorRequests {
 public:
-    /// Gives what the answer says. Throws std::invalid_argument with what is wrong with the request.
+    /// Returns the fields of the answer. Throws std::invalid_argument if the request is wrong; its text says why.
     using Handler = std::function<nlohmann::json(const nlohmann::json& request)>;
 
-    /// Where several rooms have something to say to one command, the answer has it all.
+    /// Several rooms may handle one command: the answer then has the fields of all of them.
     void add(const std::string& command, Handler handler);
-    /// The answer to a line, without the end of the line.
+    /// The answer to one line. Neither line includes its line break.
     std::string answer(const std::string& line) const;
 
 private:

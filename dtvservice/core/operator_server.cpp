@@ -51,7 +51,7 @@ void OperatorServer::run() {
     }
 }
 
-/// False when the connection is to be closed.
+/// Answers all complete lines; false if the connection must be closed.
 bool OperatorServer::serve(control::Connection& connection) {
     if (!connection.fill()) {
         return false;
@@ -64,7 +64,8 @@ bool OperatorServer::serve(control::Connection& connection) {
     return !connection.isTooLong();
 }
 
-/// Once the loop has ended nobody answers any more; its end comes before this object's.
+/// The loop stops before this object is destroyed. A request that it no longer runs would never be answered, so the
+/// wait for an answer also ends on the wake-up.
 std::string OperatorServer::answer(const std::string& request) {
     auto answered = std::make_shared<std::promise<std::string>>();
     std::future<std::string> result = answered->get_future();

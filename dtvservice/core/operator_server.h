@@ -1,6 +1,7 @@
-// OperatorServer: takes operators' requests at a socket and has them answered on the loop's thread.
-// Threads: one of its own.   Blocks: its end, until the request under way is answered.
-// Fails:   a socket that cannot be made is told by error().
+// OperatorServer: receives operators' requests on a socket. The loop's thread makes the answers.
+// Threads: one of its own for the socket.
+// Blocks:  the destructor, until this thread has ended.
+// Fails:   error() gives the reason if the socket cannot be made.
 #pragma once
 
 #include <functional>
@@ -16,7 +17,7 @@ namespace dtvservice {
 
 class OperatorServer {
 public:
-    /// Called on the loop's thread with a line; gives the answer's line.
+    /// Called on the loop's thread with the line of a request; returns the line of its answer.
     using Handler = std::function<std::string(const std::string& request)>;
 
     OperatorServer(const std::string& path, EventLoop& newLoop, Handler newHandler);
@@ -24,7 +25,7 @@ public:
     OperatorServer& operator=(const OperatorServer&) = delete;
     ~OperatorServer();
 
-    /// Why there is no socket; empty where there is one.
+    /// Why there is no socket; empty if there is one.
     const std::string& error() const { return error_; }
 
 private:
@@ -36,7 +37,7 @@ private:
     control::Listener listener;
     EventLoop& loop;
     Handler handler;
-    int wakeUp = -1;  // an eventfd: written once, at the end
+    int wakeUp = -1;  // an eventfd; the destructor writes to it to end the thread
     std::thread thread;
 };
 

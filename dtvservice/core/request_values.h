@@ -1,5 +1,7 @@
-// The values of an operator's request.
-// Threads: any.   Blocks: never.   Fails: throws std::invalid_argument that names the value.
+// Reads the values of an operator's request.
+// Threads: any.
+// Blocks:  never.
+// Fails:   throws std::invalid_argument with the name of the value.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +27,7 @@ template <typename Number>
 Number getNumber(const nlohmann::json& request, const char* name) {
     const auto value = get<std::int64_t>(request, name);
     const auto number = static_cast<Number>(value);
-    // A number above the signed ones is another one as a signed one.
+    // An unsigned number above the int64_t range arrives here as a negative int64_t, but is not negative.
     const bool isNegative = value < 0 && !request.at(name).is_number_unsigned();
     if (!request.at(name).is_number_integer() || static_cast<std::int64_t>(number) != value ||
         isNegative != (number < 0)) {

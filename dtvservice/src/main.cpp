@@ -1,4 +1,4 @@
-// dtvserviced: the reference DTV service. Plays a transport stream file and answers browsers.
+// dtvserviced: the reference DTV service. Plays transport streams from files and live inputs, and answers browsers.
 #include <getopt.h>
 #include <signal.h>
 
@@ -142,7 +142,8 @@ int list(const std::string& path) {
 
 dtvservice::Core* theCore = nullptr;
 
-/// The process model's hook: one member, the stub over the core's commands.
+/// Called by the process model to make the process's members. There is one: the stub, which passes commands to the
+/// core.
 frame::AbstractApplication** createServiceStub() {
     auto** const members =
         static_cast<frame::AbstractApplication**>(std::calloc(2, sizeof(frame::AbstractApplication*)));
@@ -152,7 +153,8 @@ frame::AbstractApplication** createServiceStub() {
     return members;
 }
 
-/// SIGINT and SIGTERM stop the loop. They are blocked everywhere and taken by a thread of their own.
+/// SIGINT and SIGTERM stop the loop. All threads block them, and a thread of their own waits for them. SIGUSR1 ends
+/// this thread.
 class SignalWaiter {
 public:
     explicit SignalWaiter(dtvservice::EventLoop& loop) {
@@ -179,8 +181,8 @@ private:
     std::thread thread;
 };
 
-/// The files among the inputs; null for what is none or cannot be opened. Where none can be and there is nothing else,
-/// this process ends.
+/// Opens the inputs that are files: one entry for each input, null for a live input or for a file that cannot be
+/// opened. Ends the process if every input is a file and none can be opened.
 std::vector<std::unique_ptr<dtvservice::PacketFile>> openFiles(const std::vector<dtvservice::InputName>& inputs) {
     std::vector<std::unique_ptr<dtvservice::PacketFile>> files;
     std::vector<std::string> problems;

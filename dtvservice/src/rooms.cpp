@@ -1,4 +1,4 @@
-// A new subject is a folder and a line here.
+// Lists the service's rooms. A new room is a folder and a line here.
 #include "rooms.h"
 
 #include "applications_room.h"
@@ -14,7 +14,8 @@
 
 namespace dtvservice {
 
-/// Browsers hear of a PMT or an EIT first, and of components behind it.
+/// Browsers must receive a PMT or EIT before the components that it describes, so PresentationRoom comes before
+/// ComponentsRoom.
 void addRooms(Core& core, const Settings& settings) {
     core.add(std::make_unique<FiltersRoom>(core));
     core.add(std::make_unique<PresentationRoom>(core));

@@ -1,4 +1,4 @@
-// The service's rooms: which there are, and in which order they are told what happens.
+// Adds the service's rooms to the core, in the order in which the core notifies them.
 #pragma once
 
 #include <string>
@@ -8,7 +8,7 @@
 namespace dtvservice {
 
 struct Settings {
-    std::string serialNumber;  ///< of video on demand
+    std::string serialNumber;  ///< for video on demand
 };
 
 void addRooms(Core& core, const Settings& settings);
