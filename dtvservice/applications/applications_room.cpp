@@ -1,4 +1,4 @@
-// Telling browsers of AITs, and noting what they tell of applications.
+// Sends AITs to browsers, and logs what browsers report about applications.
 #include "applications_room.h"
 
 #include "si/ait.h"
@@ -45,7 +45,7 @@ void ApplicationsRoom::tell(Part part, const Channel& channel, const Audience& t
     }
 }
 
-/// The channel first, so that a browser knows whose the sections are.
+/// Sends the channel first, so that a browser knows to which service the sections belong.
 void ApplicationsRoom::tellAit(const Channel& channel, const Audience& to) {
     tellAitChannel(channel, to);
     for (const Section& section : core.received().si.ait(channel.serviceId)) {
@@ -58,7 +58,7 @@ void ApplicationsRoom::tellAitChannel(const Channel& channel, const Audience& to
                        channel.serviceId);
 }
 
-/// The section, then what it says of each application.
+/// Sends the section, then the values of each of its applications.
 void ApplicationsRoom::tellAitSection(const Section& section, const Audience& to) {
     core.browsers.tell(to, &Events::onAitSectionAvailable, {section.begin(), section.end()});
     std::string error;

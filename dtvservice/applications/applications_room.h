@@ -1,5 +1,7 @@
-// ApplicationsRoom: the presented service's AIT, and what browsers tell of applications.
-// Threads: the loop's.   Blocks: never.   Fails: an AIT that cannot be read is told in the log.
+// ApplicationsRoom: sends browsers the presented service's AIT, and logs the status of applications that they report.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   a malformed AIT is logged.
 #pragma once
 
 #include "core.h"

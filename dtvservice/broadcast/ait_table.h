@@ -29,8 +29,8 @@ public:
 
     /// Call this after each change of the PMT.
     void follow(const si::Pmt& pmt);
-    /// Whether there is an HbbTV AIT: the PMT lists HbbTV's application_type, or an HbbTV AIT section has arrived from
-    /// a PMT that lists no type.
+    /// Whether there is an HbbTV AIT: the PMT lists HbbTV's application_type or, if it does not, an HbbTV AIT section
+    /// has arrived.
     bool isSignalled() const { return isListed || !tables.empty(); }
     /// By PID, then by number.
     std::vector<Section> sections() const;

@@ -57,8 +57,8 @@ public:
     std::vector<Section> eit(std::uint16_t serviceId) const;
     /// The sections that have arrived, in the order of PID and section_number.
     std::vector<Section> ait(std::uint16_t serviceId) const;
-    /// Whether the service has an HbbTV AIT: its PMT lists HbbTV's application_type, or an HbbTV AIT section has
-    /// arrived from a PMT that lists no type.
+    /// Whether the service has an HbbTV AIT: its PMT lists HbbTV's application_type or, if it does not, an HbbTV AIT
+    /// section has arrived.
     bool signalsHbbTv(std::uint16_t serviceId) const;
     /// Whether the NIT (actual) has a descriptor with exactly these bytes, tag and length included, for the channel's
     /// transport stream. A channel whose network is still unknown matches any network.

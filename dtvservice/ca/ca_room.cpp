@@ -1,4 +1,4 @@
-// The operator in the place of CA modules.
+// Lets the operator act as the CA modules.
 #include "ca_room.h"
 #include "request_values.h"
 
@@ -12,7 +12,7 @@ constexpr unsigned short kNoSlot = 0xFFFF;
 constexpr unsigned short kDone = 0;
 constexpr unsigned short kFailed = 1;
 
-/// The beginning of a text, not longer than a line of an answer has room for, and no character of it cut.
+/// The beginning of a UTF-8 text, short enough for a line of an answer. Does not cut a character.
 std::string beginningOf(const std::string& text) {
     constexpr std::size_t kLongest = 200;
     constexpr unsigned int kContinuationMask = 0xC0;
@@ -27,7 +27,7 @@ std::string beginningOf(const std::string& text) {
     return text.substr(0, end);
 }
 
-/// The oldest messages: an answer has to fit a line, whatever the texts are.
+/// Lists only the oldest messages, because the answer must fit in one line.
 json listOf(const std::list<DrmMessage>& messages) {
     constexpr std::size_t kMostListed = 100;
     json list = json::array();
@@ -65,13 +65,13 @@ void CaRoom::cmdCaDrmRequestDisconnect(Browser asker, unsigned short slot) {
     core.browsers.tell({asker}, &Events::onCaDrmDisonnected, slot, slots.count(slot) != 0 ? kDone : kFailed);
 }
 
-/// Of those with a module.
+/// The lowest slot with a module.
 unsigned short CaRoom::lowestSlot() const {
     return slots.empty() ? kNoSlot : *slots.begin();
 }
 
-/// The operator answers for the module. Without a module the answer is "unknown DRM system", and where the
-/// operator answers none of too many, "cannot process request".
+/// The operator answers for the module. Without a module the answer is "unknown DRM system". If too many of the
+/// browser's messages wait for the operator, it is "cannot process request".
 void CaRoom::cmdSendDrmMessage(Browser asker, unsigned long long session, unsigned short caSystemId, unsigned short,
                                const std::string& type, const std::string& message) {
     constexpr unsigned char kCannotProcess = 2;

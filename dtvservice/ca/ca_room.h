@@ -1,5 +1,8 @@
-// CaRoom: CA modules, which the operator inserts and answers for, and browsers' messages to them.
-// Threads: the loop's.   Blocks: never.   Fails: a message that cannot be kept is answered so.
+// CaRoom: simulated CA modules and browsers' messages to them. The operator inserts the modules and answers the
+// messages.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   a message that cannot be stored gets the answer "cannot process request".
 #pragma once
 
 #include "core.h"
@@ -26,7 +29,7 @@ private:
     unsigned short lowestSlot() const;
 
     Core& core;
-    std::set<unsigned short> slots;  // those with a module
+    std::set<unsigned short> slots;  // slots with a module
     DrmMessages messages;
 };
 

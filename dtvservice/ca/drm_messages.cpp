@@ -1,4 +1,4 @@
-// Keeping messages for the operator.
+// Stores messages for the operator.
 #include "drm_messages.h"
 
 #include <algorithm>

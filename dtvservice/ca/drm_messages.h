@@ -1,5 +1,7 @@
 // DrmMessages: browsers' messages to a CA system that the operator has not answered yet.
-// Threads: the loop's.   Blocks: never.   Fails: by refusing what is too much: an operator may never answer.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   add() refuses messages above a limit, because the operator may never answer.
 #pragma once
 
 #include <cstddef>
@@ -20,16 +22,16 @@ struct DrmMessage {
 
 class DrmMessages {
 public:
-    /// Of one browser.
+    /// Limits per browser.
     static constexpr std::size_t kMostMessages = 64;
     static constexpr std::size_t kMostText = 1024 * 1024;  // bytes of types and texts
 
-    /// False where too much of that browser waits.
+    /// False if the browser would exceed a limit.
     bool add(DrmMessage message);
-    /// Takes out the oldest of a session.
+    /// Removes and returns the oldest message of a session.
     std::optional<DrmMessage> take(std::uint64_t session);
     void forget(std::uint32_t browser);
-    /// The oldest first.
+    /// Oldest first.
     const std::list<DrmMessage>& all() const { return messages; }
 
 private:

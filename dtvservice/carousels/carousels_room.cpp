@@ -1,4 +1,4 @@
-// Answers for object carousels.
+// Answers the commands for object carousels.
 #include "carousels_room.h"
 
 namespace dtvservice {

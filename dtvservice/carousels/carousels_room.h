@@ -1,5 +1,7 @@
-// CarouselsRoom: object carousels. None is mounted, and whoever asks for one is told so.
-// Threads: the loop's.   Blocks: never.   Fails: never.
+// CarouselsRoom: object carousels. This service mounts none and refuses every request.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   never.
 #pragma once
 
 #include "core.h"

@@ -1,4 +1,4 @@
-// Presenting components and telling browsers of them.
+// Selects components and tells browsers of them.
 #include "components_room.h"
 
 namespace dtvservice {
@@ -21,7 +21,7 @@ std::uint16_t tagOf(const si::Component& component) {
     return *component.tag;
 }
 
-/// The three letters of a language, the first in the highest of the low 24 bits; 0 for none.
+/// The three letters of a language in the low 24 bits, the first one on top; 0 for no language.
 std::uint32_t languageCode(const std::string& language) {
     std::uint32_t code = 0;
     for (const char letter : language) {
@@ -30,7 +30,7 @@ std::uint32_t languageCode(const std::string& language) {
     return code;
 }
 
-/// What the EIT's present event tells of its components.
+/// The descriptors of the present event, which describe components.
 si::Descriptors presentEvent(const std::vector<Section>& eit) {
     const bool hasPresent = !eit.empty() && si::sectionNumber(eit[0]) == 0;
     return hasPresent ? si::firstEventDescriptors(eit[0]) : si::Descriptors();
@@ -73,7 +73,7 @@ void ComponentsRoom::cmdUnselectComponent(Browser, ComponentType wanted) {
     tellSelected(static_cast<si::ComponentType>(type), core.browsers.all());
 }
 
-/// None while no PMT that can be read has come.
+/// Nothing until a valid PMT has arrived.
 std::optional<std::vector<si::Component>> ComponentsRoom::listOf(const Channel& channel) const {
     const broadcast::SiDatabase& si = core.received().si;
     std::string error;

@@ -1,5 +1,7 @@
-// ComponentsRoom: the components of the presented service, and which of them are presented.
-// Threads: the loop's.   Blocks: never.   Fails: a component that is not there is told in the log.
+// ComponentsRoom: the components of the presented service, and browsers' commands to select them.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   a command for a missing component is logged.
 #pragma once
 
 #include "core.h"

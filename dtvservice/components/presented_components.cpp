@@ -1,4 +1,4 @@
-// Choosing components.
+// Selects components.
 #include "presented_components.h"
 
 #include <algorithm>
@@ -15,7 +15,7 @@ void PresentedComponents::begin(std::vector<Component> newList) {
     select(ComponentType::audio);
 }
 
-/// One that was presented and is gone gives way to the first of its type.
+/// If a selected component is gone, the first one of its type is selected.
 bool PresentedComponents::update(std::vector<Component> newList) {
     if (newList == components) {
         return false;

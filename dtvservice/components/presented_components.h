@@ -1,5 +1,7 @@
-// PresentedComponents: the components of the presented service, and which of each type is presented.
-// Threads: the loop's.   Blocks: never.   Fails: as each operation says.
+// PresentedComponents: the components of the presented service, and the selected component of each type.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   as each operation says.
 #pragma once
 
 #include <array>
@@ -12,19 +14,20 @@ namespace dtvservice {
 
 class PresentedComponents {
 public:
-    /// Another service's: what was selected is forgotten; the first video and the first audio are presented.
+    /// Starts with the components of a service: selects the first video and the first audio.
     void begin(std::vector<si::Component> newList);
-    /// The same service's: what is selected stays while it is there. True when anything differs.
+    /// Takes a new list of the same service. Selected components stay selected while they exist. True if the list has
+    /// changed.
     bool update(std::vector<si::Component> newList);
 
     const std::vector<si::Component>& list() const { return components; }
-    /// The presented one of a type, or null.
+    /// The selected component of a type, or null.
     const si::Component* selected(si::ComponentType type) const;
 
-    /// Presents the first of a type, if none is; false when the service has none.
+    /// Selects the first component of a type, unless one is selected. False if the service has none.
     bool select(si::ComponentType type);
     void unselect(si::ComponentType type) { pidOf(type).reset(); }
-    /// Presents the one of that PID; false when the type has none of it.
+    /// Selects the component of this type on this PID. False if there is none.
     bool selectPid(si::ComponentType type, std::uint32_t pid);
 
 private:

@@ -15,7 +15,7 @@ namespace control {
 
 namespace {
 
-/// False for a path that is too long for a socket.
+/// False if the path is too long for a socket.
 bool makeAddress(const std::string& path, sockaddr_un& address, std::string& error) {
     address = {};
     address.sun_family = AF_UNIX;
@@ -132,7 +132,7 @@ Listener::Listener(const std::string& newPath, std::string& error) : path(newPat
     if (!makeAddress(path, address, error)) {
         return;
     }
-    // Who holds the service's name holds this path too, so what stands there is a left-over.
+    // Only one service runs at a time: it holds the service's name. A socket at this path is therefore a leftover.
     unlink(path.c_str());
     const int made = makeSocket();
     const mode_t before = umask(0177);
@@ -158,7 +158,7 @@ Listener::~Listener() {
 
 Connection Listener::accept() const {
     const int accepted = accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC);
-    // Whoever does not read its answers does not hold the others up for longer.
+    // A client that does not read its answers must not delay the others for long.
     const timeval longest{1, 0};
     setsockopt(accepted, SOL_SOCKET, SO_SNDTIMEO, &longest, sizeof longest);
     return Connection(accepted);

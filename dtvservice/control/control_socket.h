@@ -1,5 +1,7 @@
-// The operator's socket: where it is, and lines over it. One request is one line of JSON, one answer another.
-// Threads: one a connection.   Blocks: as each operation says.   Fails:   with a text.
+// The operator's socket: its path, and the lines on it. Each request and each answer is one line of JSON.
+// Threads: one per connection.
+// Blocks:  as each operation says.
+// Fails:   with a text that says why.
 #pragma once
 
 #include <optional>
@@ -7,13 +9,13 @@
 
 namespace control {
 
-/// The longest line that either end takes.
+/// The longest line that either end accepts.
 constexpr std::size_t kLongestLine = 1U << 20U;
 
 /// dtvctl.sock in the run directory: DTV_RUN_DIR, else XDG_RUNTIME_DIR/dtv, else /tmp/dtv-<uid>.
 std::string defaultSocketPath();
 
-/// A connected socket, closed with the object.
+/// A connected socket. The destructor closes it.
 class Connection {
 public:
     explicit Connection(int newDescriptor = -1) : descriptor(newDescriptor) {}
@@ -21,19 +23,21 @@ public:
     Connection& operator=(Connection&& other) noexcept;
     ~Connection();
 
-    /// Not connected, and the reason, when nobody listens at the path.
+    /// Not connected, with the reason, if nobody listens at the path.
     static Connection connectTo(const std::string& path, std::string& error);
 
     explicit operator bool() const { return descriptor >= 0; }
     int fd() const { return descriptor; }
 
-    /// The whole line, with a line break behind it; false when the other end is gone. Waits for room.
+    /// Sends the line and a line break. Waits for buffer space, on the listener's connections at most a second. False
+    /// if the line could not be sent completely.
     bool sendLine(const std::string& line);
-    /// The next line without its break; none at the end, or where one is too long. Waits for it.
+    /// Waits for the next line and returns it without its line break; nothing at the end or for a line that is too
+    /// long.
     std::optional<std::string> receiveLine();
-    /// One read; whether the other end is still there.
+    /// Reads once. False if the connection has ended.
     bool fill();
-    /// The next line of what was read so far.
+    /// The next complete line among the bytes read so far.
     std::optional<std::string> takeLine();
     bool isTooLong() const { return received.size() > kLongestLine; }
 
@@ -42,7 +46,7 @@ private:
     std::string received;
 };
 
-/// A listening socket, mode 0600, removed with the object. One that a killed service left is taken over.
+/// A listening socket with mode 0600. The destructor removes it. Replaces a socket that a killed service left behind.
 class Listener {
 public:
     Listener(const std::string& newPath, std::string& error);

@@ -1,4 +1,4 @@
-// The set's own matters, and what its operator does.
+// Handles the commands and operator's requests that concern the TV itself.
 #include "device_room.h"
 #include "request_values.h"
 
@@ -14,7 +14,7 @@ DeviceRoom::DeviceRoom(Core& newCore, std::string newSerialNumber)
     core.requests.add("stop-terminals", calls(*this, &DeviceRoom::stopTerminals));
 }
 
-/// Nothing is heard from this service, so every source is as good as another, and the change is over at once.
+/// This service plays no sound, so every audio source works and the change is done at once.
 void DeviceRoom::cmdSetAudioSource(Browser asker, unsigned int session, const std::string& source) {
     constexpr int kDone = 0;
     BLOG_TAGGED(blog::kOrdinary, "audio source \"%s\", session %u\n", source.c_str(), session);

@@ -1,5 +1,8 @@
-// DeviceRoom: what is the television's and no broadcast's: serial number, audio source, HbbTV engine, terminals.
-// Threads: the loop's.   Blocks: never.   Fails: never.
+// DeviceRoom: matters of the TV that are independent of a broadcast: serial number, audio source, HbbTV engine,
+// terminals.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   never.
 #pragma once
 
 #include "core.h"

@@ -1,4 +1,4 @@
-// Commands for section filters and PMT requests, and their answers.
+// Handles the commands for section filters and PMT requests.
 #include "filters_room.h"
 
 #include <nlohmann/json.hpp>
@@ -24,7 +24,7 @@ FiltersRoom::FiltersRoom(Core& newCore) : core(newCore) {
     core.requests.add("statistics", calls(*this, &FiltersRoom::count));
 }
 
-/// A tuner receives one multiplex: filters on another one end, and their browsers are told.
+/// The tuner receives only one multiplex, so filters on another one are closed and their browsers notified.
 void FiltersRoom::multiplexReceived(Multiplex& multiplex) {
     for (const SectionFilters::Name& ended : filters.follow(multiplex.demux)) {
         core.browsers.tell({ended.first}, &Events::onFilterClosed, ended.second);
@@ -75,7 +75,7 @@ void FiltersRoom::cmdStopPMTRequest(Browser asker, const std::string& session) {
     filters.close(asker, session);
 }
 
-/// Sections go by the queue alone; there is no slot to free.
+/// Does nothing: sections are sent only by the queue, so there is no data slot to free.
 void FiltersRoom::cmdDataReadFinished(Browser, const std::string&, const std::string&) {}
 
 nlohmann::json FiltersRoom::count(const nlohmann::json&) {

@@ -1,5 +1,7 @@
-// FiltersRoom: section filters and PMT requests, and the queues that their sections go to.
-// Threads: the loop's.   Blocks: never.   Fails: a filter that cannot be opened is answered so, and told in the log.
+// FiltersRoom: browsers' commands for section filters and PMT requests.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   a filter that cannot be opened is logged, and the browser gets a negative answer.
 #pragma once
 
 #include "core.h"

@@ -1,4 +1,4 @@
-// Filtering sections and writing them to the browsers' queues.
+// Filters sections and writes them to the browsers' queues.
 #include "section_filters.h"
 
 #include "service_log.h"
@@ -10,7 +10,7 @@ using velmora::msgqueue::SectionDataIPCMessage;
 
 namespace {
 
-/// A message over bytes that are not its own.
+/// A message that borrows the section's bytes. The message would free them, so the destructor resets the pointer first.
 class BorrowedSection {
 public:
     BorrowedSection(const std::string& session, si::Bytes section) {

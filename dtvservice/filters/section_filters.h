@@ -1,7 +1,7 @@
-// SectionFilters: the section filters and PMT requests of all browsers, and the queues that their sections go to.
-// Threads: the loop's.   Blocks: never: a browser that does not read loses sections, which is counted and logged once a
-//          second at most.
-// Fails:   opening a filter with a text that says why.
+// SectionFilters: the section filters and PMT requests of all browsers, and the queues that carry their sections.
+// Threads: the loop's.
+// Blocks:  never: if a browser does not read, its sections are dropped, counted, and logged at most once a second.
+// Fails:   open() gives the reason.
 #pragma once
 
 #include <chrono>
@@ -16,16 +16,16 @@
 
 namespace dtvservice {
 
-/// Whether a section passes a filter as DVB demultiplexers apply it: the pattern's byte 0 stands for section byte 0
-/// (table_id), its bytes 1, 2, … for section bytes 3, 4, …; the two bytes of the length are no part of it. A bit counts
-/// where the mask has a 1. A section that is shorter than the pattern does not pass.
+/// Whether a section passes a filter, as DVB demultiplexers apply it: pattern byte 0 is compared with section byte 0
+/// (table_id), pattern bytes 1, 2, … with section bytes 3, 4, …. The two bytes with section_length are skipped. Only
+/// bits that are 1 in the mask are compared. A section that is shorter than the pattern does not pass.
 bool passesFilter(si::Bytes section, const std::vector<std::uint8_t>& match, const std::vector<std::uint8_t>& mask);
 
 class SectionFilters {
 public:
     using Peer = std::uint32_t;
 
-    /// A filter or PMT request by its browser and session.
+    /// Identifies a filter or PMT request: browser and session.
     using Name = std::pair<Peer, std::string>;
 
     SectionFilters() = default;
@@ -33,24 +33,24 @@ public:
     SectionFilters& operator=(const SectionFilters&) = delete;
     ~SectionFilters();
 
-    /// Filters are opened on this demultiplexer from now on, which must outlive them. Those that are open on another
-    /// one end, PMT requests too; which they were.
+    /// Changes to another demultiplexer, which must outlive the filters. Closes all filters and PMT requests of the old
+    /// one and returns them.
     std::vector<Name> follow(broadcast::Demux& newDemux);
-    /// Opens the browser's queue; false when there is none of that name. An empty name closes it.
+    /// Opens the browser's queue; false if no queue has this name. An empty name closes the queue.
     bool setQueue(Peer browser, const std::string& name);
-    /// False, with the reason, for a PID or patterns that are none, or a session that is open.
+    /// False with the reason, for example for an invalid PID or a session that is already open.
     bool open(Peer browser, const std::string& session, unsigned int pid, const std::vector<std::uint8_t>& match,
               const std::vector<std::uint8_t>& mask, std::string& error);
-    /// Sections of a service's PMT go to the session as they are told to pmtChanged().
+    /// From now on pmtChanged() sends the service's PMT sections to the session.
     void openPmt(Peer browser, const std::string& session, unsigned int serviceId);
-    /// Ends a filter or PMT request; false when the browser has none of that name.
+    /// Closes a filter or PMT request; false if the browser has none with this session.
     bool close(Peer browser, const std::string& session);
-    /// Everything of a browser that is gone.
+    /// Removes everything of a browser that has disconnected.
     void forget(Peer browser);
 
     struct Totals {
-        std::size_t filters = 0;    ///< open, PMT requests included
-        std::uint64_t dropped = 0;  ///< sections that connected browsers did not read in time
+        std::size_t filters = 0;    ///< open filters and PMT requests
+        std::uint64_t dropped = 0;  ///< sections that the connected browsers did not read in time
     };
     Totals totals() const;
 

@@ -1,5 +1,7 @@
 // OsdFollowers: which browsers follow which on-screen display layers.
-// Threads: the loop's.   Blocks: never.   Fails: never; a browser with too many layers gets no more.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   add() refuses layers above a limit.
 #pragma once
 
 #include <cstddef>
@@ -12,10 +14,10 @@ namespace dtvservice {
 class OsdFollowers {
 public:
     using Peer = std::uint32_t;
-    /// Layers are any numbers of 32 bits, and a set has a few.
+    /// Per browser: a TV has only a few layers, but a browser may name any 32-bit number.
     static constexpr std::size_t kMostLayers = 64;
 
-    /// False where the browser follows as many others as it may.
+    /// False if the browser already follows the maximum number of other layers.
     bool add(Peer browser, std::uint32_t layer) {
         std::set<std::uint32_t>& followed = layers[browser];
         if (followed.size() >= kMostLayers && followed.count(layer) == 0) {

@@ -1,4 +1,4 @@
-// What the operator shows on the screen, told to the browsers that follow it.
+// Shows layers for the operator and notifies the browsers that follow them.
 #include "osd_room.h"
 #include "request_values.h"
 

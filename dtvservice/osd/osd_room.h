@@ -1,5 +1,8 @@
-// OsdRoom: layers of the on-screen display, which the operator shows and browsers follow.
-// Threads: the loop's.   Blocks: never.   Fails: a browser that follows too many layers is told of in the log.
+// OsdRoom: the layers of the on-screen display. The operator shows and hides them; browsers that follow a layer are
+// notified.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   a layer that exceeds a browser's limit is refused in the log.
 #pragma once
 
 #include "core.h"
@@ -21,7 +24,7 @@ private:
 
     Core& core;
     OsdFollowers followers;
-    std::set<unsigned int> layers;  // those that are shown
+    std::set<unsigned int> layers;  // the layers that are shown
 };
 
 }  // namespace dtvservice

@@ -1,4 +1,4 @@
-// Services in the order of their triplets.
+// Lists services in the order of their triplets.
 #include "channel_list.h"
 
 #include <algorithm>
@@ -23,7 +23,7 @@ json described(const Channel& channel) {
             {"presented", false}};
 }
 
-/// A network that is not known yet comes last.
+/// By triplet. Unknown networks come last, because their number is the highest.
 bool isBefore(const json& one, const json& other) {
     const auto key = [](const json& channel) {
         return std::make_tuple(channel["onid"].get<unsigned int>(), channel["tsid"].get<unsigned int>(),

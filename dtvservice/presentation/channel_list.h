@@ -1,5 +1,7 @@
-// The channel list as the operator sees it: services of all inputs, and those that are on no input.
-// Threads: the loop's.   Blocks: never.   Fails: never.
+// The operator's channel list: the services of all inputs, and announced services that no input carries.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   never.
 #pragma once
 
 #include "core.h"

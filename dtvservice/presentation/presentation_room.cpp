@@ -1,4 +1,4 @@
-// Tuning, and telling browsers which service is presented.
+// Tunes, and tells browsers which service is presented.
 #include "presentation_room.h"
 
 #include <algorithm>
@@ -15,7 +15,7 @@ using nlohmann::json;
 
 namespace {
 
-/// OIPF's channel idType of a tune by delivery system descriptor.
+/// OIPF's channel idType for a tune by delivery system descriptor.
 constexpr unsigned int kIdTypeSiDirect = 13;
 constexpr int kFirst = 0;
 constexpr int kChanged = 1;
@@ -37,7 +37,7 @@ PresentationRoom::PresentationRoom(Core& newCore) : core(newCore) {
 void PresentationRoom::cmdTuneToService(Browser asker, const TuneInfoChannel& wanted) {
     const bool isDone = wanted.idType == kIdTypeSiDirect ? tuneByDescriptor(wanted) : tune(wanted);
     if (!isDone) {
-        // What is presented stays, and its triplet is what the asker is to believe.
+        // The presented service does not change. Its triplet in the answer tells the asker so.
         const Channel* const staying = core.presented();
         core.browsers.tell({asker}, &Events::onServiceChanged, kFailed,
                            staying == nullptr ? std::string() : staying->triplet());
@@ -58,7 +58,7 @@ bool PresentationRoom::tune(const TuneInfoChannel& wanted) {
     return true;
 }
 
-/// The multiplex is the one that a NIT, its own or another's, gives these very bytes.
+/// The NIT of any input may describe the wanted multiplex, so the descriptor is compared with all of them.
 bool PresentationRoom::tuneByDescriptor(const TuneInfoChannel& wanted) {
     Multiplexes& all = core.multiplexes;
     for (Multiplex& multiplex : all) {
@@ -81,12 +81,12 @@ void PresentationRoom::cmdTriggerServiceInfoAcquire(Browser asker) {
     tellServiceInfo(asker);
 }
 
-/// A browser that has started knows as little as one that has just connected.
+/// A browser that has just started knows nothing yet, so it gets the same as after connecting.
 void PresentationRoom::cmdSendPMTCache(Browser asker) {
     browserConnected(asker);
 }
 
-/// The service and its PMT, as the event for data services carries it.
+/// Sends the service, and its PMT by the event for data services.
 void PresentationRoom::cmdDtvInfoRequest(Browser asker) {
     tellServiceInfo(asker);
     const Channel* const channel = core.presented();
@@ -97,7 +97,7 @@ void PresentationRoom::cmdDtvInfoRequest(Browser asker) {
     }
 }
 
-/// Tables that do not change are not told again, so it is told what a tune would tell.
+/// Sends all that a tune sends, because unchanged tables are not sent again later.
 void PresentationRoom::browserConnected(Browser browser) {
     if (core.presented() != nullptr) {
         tellServiceInfo(browser);
@@ -118,7 +118,7 @@ void PresentationRoom::channelListChanged(Multiplex& multiplex) {
     if (channel == nullptr) {
         presentFirst(multiplex);
     } else if (&multiplex == &core.received() && channel->triplet() != toldTriplet) {
-        // Its network has become known. What was told of it so far was told of another triplet.
+        // The network has become known, so the triplet that browsers have is wrong. Present the service again.
         present(multiplex, *channel);
     }
 }
@@ -129,8 +129,8 @@ void PresentationRoom::pmtArrived(Multiplex& multiplex, std::uint16_t, const Sec
     }
 }
 
-/// A set always presents something: until a browser tunes, the first service whose PMT has come. Whoever is told of it
-/// files it, and its AIT, under its triplet, so that is to be whole.
+/// A TV always presents a service: until a browser tunes, the first one whose PMT has arrived. Browsers key the service
+/// and its AIT by triplet, so wait until the network is known.
 void PresentationRoom::presentFirst(Multiplex& multiplex) {
     const std::vector<Channel>& channels = multiplex.si.channels();
     const auto first = std::find_if(channels.begin(), channels.end(), [&multiplex](const Channel& channel) {

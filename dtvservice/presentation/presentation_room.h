@@ -1,6 +1,8 @@
-// PresentationRoom: which service is presented, as browsers, the operator and the broadcast itself want it; its PMT and
-// its EIT present/following.
-// Threads: the loop's.   Blocks: never.   Fails: a tune that fails is told in the log and to the browser that asked.
+// PresentationRoom: selects the presented service on request of browsers and of the operator, and when the broadcast
+// changes. Sends browsers its PMT and its EIT present/following.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   a failed tune is logged, and the browser that asked gets an event. The operator gets the reason.
 #pragma once
 
 #include "core.h"
@@ -35,7 +37,7 @@ private:
     nlohmann::json describe(const nlohmann::json& request);
 
     Core& core;
-    std::string toldTriplet;  // of the presented service, as browsers know it
+    std::string toldTriplet;  // the presented service's triplet that browsers have received
 };
 
 }  // namespace dtvservice

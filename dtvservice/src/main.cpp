@@ -23,20 +23,19 @@ constexpr const char* kUsage =
     "usage: dtvserviced --input INPUT... [OPTION]...  play and answer browsers\n"
     "       dtvserviced --list FILE                   print the services of FILE and end\n"
     "\n"
-    "  --input INPUT  a transport stream; given several times, each is a multiplex of its own, and tuning switches\n"
-    "                 between them:\n"
-    "                   FILE or file:FILE   played at the pace of its PCR, again and again; compressed by gzip or not\n"
+    "  --input INPUT  a transport stream. With several inputs each is a multiplex, and tuning switches between them:\n"
+    "                   FILE or file:FILE   played in a loop at the pace of its PCR; may be compressed with gzip\n"
     "                   -                   standard input, at the pace of its PCR\n"
-    "                   udp://[@]HOST:PORT  datagrams, unicast or multicast; HOST a numeric address or nothing;\n"
-    "                   rtp://[@]HOST:PORT  the same with RTP; ?interface=ADDRESS chooses a multicast group's "
+    "                   udp://[@]HOST:PORT  datagrams, unicast or multicast; HOST is a numeric address or empty;\n"
+    "                   rtp://[@]HOST:PORT  the same with RTP; ?interface=ADDRESS selects a multicast group's "
     "interface\n"
     "                   dvb://ADAPTER[/FRONTEND]?delivery_system=DVBC/ANNEX_A&frequency=346000000&...\n"
-    "                                       a DVB adapter; names and values as libdvbv5 has them, and lnb=NAME\n"
-    "                 packets of 188 bytes, or of 192 or 204\n"
-    "  --once         end with the files\n"
-    "  --serial-number TEXT   what browsers get that ask for the serial number of video on demand; empty unless given\n"
-    "  --list FILE    one line a service: onid:tsid:sid, pmt or nopmt, hbbtv or no-hbbtv, name; tabs between them\n"
-    "                 (onid 0 where the file does not tell it)\n";
+    "                                       a DVB adapter; names and values are libdvbv5's; lnb=NAME selects an LNB\n"
+    "                 Packets have 188, 192 or 204 bytes.\n"
+    "  --once         play each file once; end after the last one unless there are other inputs\n"
+    "  --serial-number TEXT   the serial number for video on demand that browsers get; default: empty\n"
+    "  --list FILE    print one line per service, separated by tabs: onid:tsid:sid, pmt or nopmt, hbbtv or no-hbbtv,\n"
+    "                 name; onid is 65535 if the file does not give it\n";
 
 struct Options {
     std::vector<dtvservice::InputName> inputs;
