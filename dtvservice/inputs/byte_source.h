@@ -1,5 +1,7 @@
-// ByteSource: where the bytes of a transport stream come from.
-// Threads: one.   Blocks: read() until there are bytes.   Fails: by what read() gives, and error().
+// ByteSource: an origin of a transport stream's bytes.
+// Threads: one.
+// Blocks:  read() until there are bytes.
+// Fails:   read() returns 0; error() gives the reason.
 #pragma once
 
 #include <cstddef>
@@ -15,11 +17,11 @@ public:
     ByteSource& operator=(const ByteSource&) = delete;
     virtual ~ByteSource() = default;
 
-    /// Up to so many bytes; 0 at the end, or where reading failed, which error() then tells.
+    /// Reads up to `capacity` bytes. Returns 0 at the end or if reading failed; error() then gives the reason.
     virtual std::size_t read(std::uint8_t* bytes, std::size_t capacity) = 0;
-    /// Back to the first byte; false where that is not possible.
+    /// Goes back to the first byte; false if that is not possible.
     virtual bool rewind() { return false; }
-    /// What ended the bytes early, with the source's name; empty at a proper end.
+    /// What ended the bytes early, with the source's name; empty after a regular end.
     const std::string& error() const { return problem; }
 
 protected:

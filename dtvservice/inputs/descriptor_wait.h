@@ -1,4 +1,7 @@
-// Waiting for a descriptor, or for the word to end.
+// Waits for a descriptor, or for the request to end.
+// Threads: any.
+// Blocks:  as long as the caller asks for.
+// Fails:   never.
 #pragma once
 
 #include <poll.h>
@@ -8,8 +11,8 @@
 
 namespace dtvservice {
 
-/// Waits until the descriptor is readable, for so many milliseconds at most (-1: for ever). False when `wakeUp` has
-/// become readable.
+/// Waits until the descriptor is readable, at most `milliseconds` (-1: no limit). False if `wakeUp` has become
+/// readable.
 inline bool waitFor(int descriptor, int wakeUp, int milliseconds = -1) {
     pollfd waits[] = {{wakeUp, POLLIN, 0}, {descriptor, POLLIN, 0}};
     while (poll(waits, std::size(waits), milliseconds) < 0 && errno == EINTR) {

@@ -1,4 +1,4 @@
-// Tuning and reading through libdvbv5.
+// Tunes and reads through libdvbv5.
 #include "dvb_source.h"
 
 #include <fcntl.h>
@@ -18,7 +18,7 @@
 #include <optional>
 #include <vector>
 
-// The one header of the library that leaves this to its users.
+// This header lacks extern "C", unlike the library's others.
 extern "C" {
 #include <libdvbv5/dvb-dev.h>
 }
@@ -38,14 +38,14 @@ struct Property {
     std::uint32_t value;
 };
 
-/// What to tune to.
+/// The parameters of a tune.
 struct Tuning {
     std::uint32_t system = SYS_UNDEFINED;
     std::vector<Property> properties;
     int lnb = kNoLnb;
 };
 
-/// The property with that name, in any case; 0 for none that an input may set.
+/// The property with this name, upper or lower case; 0 if an input has no such property.
 unsigned int commandOf(const std::string& name) {
     for (unsigned int command = DTV_FREQUENCY; command <= DTV_LNA; ++command) {
         const char* const known = dvb_cmd_name(static_cast<int>(command));
@@ -56,7 +56,7 @@ unsigned int commandOf(const std::string& name) {
     return strcasecmp(name.c_str(), "polarization") == 0 ? DTV_POLARIZATION : 0;
 }
 
-/// One of the names that a property's values have, or a number where they have none.
+/// Reads a property's value: a name if its values have names, else a number.
 std::optional<std::uint32_t> valueOf(unsigned int command, const std::string& text, std::string& error) {
     const char* const* const names = dvb_attr_names(static_cast<int>(command));
     std::string known;
@@ -140,9 +140,9 @@ std::optional<Tuning> readTuning(const InputName& input, std::string& error) {
     return tuning;
 }
 
-/// The latest error that libdvbv5 has told.
+/// Keeps the latest error that libdvbv5 has logged.
 void keepError(void* kept, int level, const char* format, ...) {
-    constexpr int kError = 3;  // as of syslog
+    constexpr int kError = 3;  // syslog's LOG_ERR
     if (level > kError) {
         return;
     }
@@ -189,7 +189,7 @@ public:
     }
 
 private:
-    /// False, with the step and the library's own words on it.
+    /// Returns false, and sets the error to the failed step and the library's own message.
     bool fail(const std::string& step, std::string& error) const {
         error = step + (libraryError.empty() ? "" : ": " + libraryError);
         return false;
@@ -262,7 +262,7 @@ private:
     InputName input;
     int wakeUp;
     std::string libraryError;
-    dvb_device* devices;  // closes what was opened through it
+    dvb_device* devices;  // freeing it closes all opened devices
     int stream = -1;
 };
 

@@ -1,4 +1,4 @@
-// Builds without libdvbv5 have no adapters, and say so.
+// For builds without libdvbv5: refuses DVB adapters.
 #include "dvb_source.h"
 
 namespace dtvservice {

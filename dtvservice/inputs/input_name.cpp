@@ -1,4 +1,4 @@
-// Reading the names of inputs.
+// Parses the names of inputs.
 #include "input_name.h"
 
 #include <algorithm>

@@ -1,7 +1,13 @@
-// InputName: one --input of the command line: file:PATH or PATH, - for standard input, udp://[@]HOST:PORT or
-// rtp://[@]HOST:PORT, with ?interface=ADDRESS for the network interface of a multicast group, dvb://ADAPTER[/FRONTEND]
-// with ?NAME=VALUE&NAME=VALUE for what to tune to.
-// Threads: any.   Blocks: never.   Fails: no value, and a text that says what is wrong.
+// InputName: one --input of the command line:
+//
+//  - file:PATH or PATH;
+//  - "-" for standard input;
+//  - udp://[@]HOST:PORT or rtp://[@]HOST:PORT, with ?interface=ADDRESS for the network interface of a multicast group;
+//  - dvb://ADAPTER[/FRONTEND], with ?NAME=VALUE&NAME=VALUE for the tuning parameters.
+//
+// Threads: any.
+// Blocks:  never.
+// Fails:   no value, and a text that says what is wrong.
 #pragma once
 
 #include <cstdint>
@@ -18,14 +24,14 @@ struct InputName {
         std::string value;
     };
     Kind kind = Kind::file;
-    std::string text;  ///< as it was given
+    std::string text;  ///< as given on the command line
     std::string path;  ///< of a file
-    std::string host;  ///< numeric address to listen at, a multicast group, or empty for every address of the machine
+    std::string host;  ///< numeric address to listen on, a multicast group, or empty for all addresses of the machine
     std::uint16_t port = 0;
     std::string interface;  ///< numeric address of an interface, or empty for the system's choice
     unsigned int adapter = 0;
     unsigned int frontend = 0;
-    std::vector<Option> options;  ///< of an adapter: what to tune to
+    std::vector<Option> options;  ///< tuning parameters of an adapter
 
     bool isFile() const { return kind == Kind::file; }
 };

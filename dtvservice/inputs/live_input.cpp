@@ -1,4 +1,4 @@
-// Carrying packets from a source to the loop.
+// Posts packets from a source to the loop.
 #include "live_input.h"
 
 #include <sys/eventfd.h>
@@ -30,7 +30,7 @@ LiveInput::~LiveInput() {
     close(wakeUp);
 }
 
-/// False when the input is to end.
+/// False if the input must end.
 bool LiveInput::waitUntil(EventLoop::Clock::time_point time) const {
     constexpr int kNothing = -1;
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(time - EventLoop::Clock::now());
@@ -67,7 +67,7 @@ void LiveInput::playFrom(PacketReader& reader) {
         const auto now = EventLoop::Clock::now();
         if (paced) {
             const auto due = pacer.due(broadcast::TsPacket{packet}, now);
-            // Waits are counted in whole milliseconds; what is due within one goes together.
+            // Waits are whole milliseconds, so packets that are due within one go together.
             if (due - now >= std::chrono::milliseconds(1)) {
                 handOver(batch);
                 if (!waitUntil(due)) {
@@ -83,7 +83,7 @@ void LiveInput::playFrom(PacketReader& reader) {
     handOver(batch);
 }
 
-/// A loop that does not keep up costs packets, which are counted and told once a second at most.
+/// If the loop does not keep up, drops and counts the packets, and logs this at most once a second.
 void LiveInput::handOver(std::vector<std::uint8_t>& batch) {
     if (batch.empty()) {
         return;

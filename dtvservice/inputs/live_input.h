@@ -1,8 +1,8 @@
-// LiveInput: an input that comes by itself, on its way into a demultiplexer. Standard input is played at the pace of
-// its PCR; datagrams are taken as they come. What fails is opened again every second.
-// Threads: one of its own; packets are handed over on the loop's.
-// Blocks:  its end, shortly.
-// Fails:   never: what is wrong is told in the log, once for each cause.
+// LiveInput: plays standard input, datagrams or a DVB adapter into a demultiplexer. Standard input is played at the
+// pace of its PCR, the others as their packets arrive. A source that fails is opened again every second.
+// Threads: one of its own; packets are posted to the loop.
+// Blocks:  the destructor, shortly.
+// Fails:   never; errors are logged, but not again while the cause stays the same.
 #pragma once
 
 #include <atomic>
@@ -20,7 +20,7 @@ namespace dtvservice {
 
 class LiveInput {
 public:
-    /// What may wait for the loop: about a second of a full satellite transponder.
+    /// The maximum number of packets that wait for the loop: about a second of a full satellite transponder.
     static constexpr std::size_t kMostUnderWay = 32768;
 
     /// The demultiplexer must live as long as the loop runs.
@@ -38,11 +38,12 @@ private:
     InputName input;
     EventLoop& loop;
     broadcast::Demux& demux;
-    // Packets that are posted and not taken yet. A batch of them may be of any size: a datagram has seven.
+    // Packets that are posted to the loop but not yet played. Counts packets, because batches differ in size: a
+    // datagram usually has seven packets.
     std::shared_ptr<std::atomic<std::size_t>> underWay = std::make_shared<std::atomic<std::size_t>>(0);
     std::uint64_t dropped = 0;
     EventLoop::Clock::time_point lastLine;
-    int wakeUp;  // an eventfd: written once, at the end
+    int wakeUp;  // an eventfd; the destructor writes to it to end the thread
     std::thread thread;
 };
 

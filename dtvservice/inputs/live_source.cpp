@@ -1,4 +1,4 @@
-// Reading descriptors.
+// Opens and reads live sources.
 #include "live_source.h"
 
 #include <arpa/inet.h>
@@ -89,7 +89,7 @@ private:
         return true;
     }
 
-    /// Once a second at most.
+    /// Logs at most once a second.
     void noteLoss() {
         const auto now = std::chrono::steady_clock::now();
         const std::uint64_t bad = reorderer.lost() + reorderer.unreadable();
@@ -147,7 +147,7 @@ bool joinIpv6(int descriptor, const sockaddr_in6& group, const InputName& input,
     return true;
 }
 
-/// Several may listen to one group, each with a socket of its own.
+/// Sets SO_REUSEADDR for a multicast group, so that several inputs can listen to the same one.
 int bindSocket(const addrinfo& address, const InputName& input, std::string& error) {
     const int made = socket(address.ai_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (made < 0) {

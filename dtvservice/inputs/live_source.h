@@ -1,6 +1,7 @@
-// Bytes of a transport stream as they come: standard input, datagrams with or without RTP, and DVB adapters.
-// Threads: the input's own.   Blocks: read(), until there are bytes or until the wake-up is written.
-// Fails:   openLive() with a text that names the input; a read that fails ends the bytes.
+// Live sources of transport stream bytes: standard input, datagrams with or without RTP, and DVB adapters.
+// Threads: the input's own.
+// Blocks:  read() until there are bytes or the wake-up descriptor is written to.
+// Fails:   openLive() with a text that names the input; a failed read ends the bytes.
 #pragma once
 
 #include <memory>
@@ -10,7 +11,7 @@
 
 namespace dtvservice {
 
-/// `wakeUp`: a descriptor that becomes readable when reading is to end.
+/// `wakeUp`: a descriptor that becomes readable when reading must end.
 std::unique_ptr<ByteSource> openLive(const InputName& input, int wakeUp, std::string& error);
 
 }  // namespace dtvservice

@@ -1,4 +1,4 @@
-// Keeping time.
+// Computes due times from PCRs.
 #include "pacer.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@ namespace dtvservice {
 namespace {
 
 constexpr std::uint64_t kPacketBits = broadcast::kPacketSize * 8;
-/// No stream is faster: two PCRs that say so are damaged.
+/// No real stream is faster. PCRs that give a higher rate are damaged.
 constexpr std::uint64_t kMostPerSecond = 100 * Pacer::kDefaultBitRate / kPacketBits;
 constexpr std::chrono::nanoseconds kPacketTime{std::uint64_t{1000000000} * kPacketBits / Pacer::kDefaultBitRate};
 
@@ -30,7 +30,7 @@ Pacer::Clock::time_point Pacer::due(broadcast::TsPacket packet, Clock::time_poin
     if (carriesPcr && (!pcrPid || pcrPid == packet.pid() || hasEnded)) {
         onPcr(packet, now);
     } else if (hasEnded || !lastPcr) {
-        // Nothing to go by: also what comes before the first PCR.
+        // There is no PCR to follow. This includes the packets before the first PCR.
         *dueNow += kPacketTime;
     }
     return *dueNow;

@@ -1,11 +1,14 @@
-// Pacer: says when each packet is due, so that a file plays as fast as it was broadcast.
+// Pacer: computes when each packet is due, so that a file plays as fast as it was broadcast.
 //
-//  1. The first PID that carries a PCR sets the pace. Packets between two of its PCRs are due with the one before.
-//     Where it has none for about a second's worth of packets, the next PID that has one takes its place.
-//  2. A PCR that goes back, or on by more than a second, begins a new time base at the moment that it comes.
-//  3. Where no PCR comes for about a second's worth of packets, packets are due at kDefaultBitRate.
+//  1. The first PID that carries a PCR sets the pace. Packets between two of its PCRs are due together with the first
+//  of
+//     the two. If the PID has no PCR for about a second's worth of packets, the next PID with a PCR replaces it.
+//  2. A PCR that jumps back, or forward by more than a second, starts a new time base: its packet is due at once.
+//  3. If no PCR arrives for about a second's worth of packets, packets are due at kDefaultBitRate.
 //
-// Threads: one.   Blocks: never: waiting is the caller's.   Fails: never.
+// Threads: one.
+// Blocks:  never; the caller waits.
+// Fails:   never.
 #pragma once
 
 #include <chrono>
@@ -23,7 +26,7 @@ public:
 
     /// When the packet is due; `now` is the time of the call.
     Clock::time_point due(broadcast::TsPacket packet, Clock::time_point now);
-    /// The packets that follow belong to another time base.
+    /// The next packets have another time base.
     void discontinuity();
 
 private:
@@ -34,8 +37,8 @@ private:
     std::optional<std::uint16_t> pcrPid;
     std::optional<std::uint64_t> lastPcr;
     std::uint64_t packetsSincePcr = 0;
-    std::uint64_t packetsPerSecond = kFewestPerSecond;  // as the last two PCRs tell, or more
-    std::optional<Clock::time_point> dueNow;            // of the last packet
+    std::uint64_t packetsPerSecond = kFewestPerSecond;  // rate between the last two PCRs, limited to sane values
+    std::optional<Clock::time_point> dueNow;            // due time of the last packet
 };
 
 }  // namespace dtvservice

@@ -1,4 +1,4 @@
-// Opening and reading files.
+// Opens and reads files.
 #include "packet_file.h"
 
 #include <fcntl.h>
@@ -13,7 +13,7 @@ namespace dtvservice {
 
 namespace {
 
-/// zlib reads files that are not compressed as they are.
+/// Reads with zlib, which passes uncompressed files through.
 class FileSource final : public ByteSource {
 public:
     FileSource(std::string newPath, gzFile newFile) : path(std::move(newPath)), file(newFile) {}
@@ -24,13 +24,13 @@ public:
         if (count > 0) {
             return static_cast<std::size_t>(count);
         }
-        // A compressed file that is cut ends without a negative count.
+        // gzread() may return 0, not a negative count, at the end of a truncated file, so ask for the error here, too.
         int code = Z_OK;
         const char* const text = gzerror(file, &code);
         if (code == Z_ERRNO) {
             problem = "cannot read " + path + ": " + std::strerror(errno);
         } else if (code != Z_OK && code != Z_STREAM_END) {
-            // zlib puts a name of its own in front.
+            // zlib's message begins with its own name for the file.
             const char* const reason = std::strstr(text, ": ");
             problem = "cannot read " + path + ": " + (reason == nullptr ? text : reason + 2);
         }
@@ -46,7 +46,7 @@ private:
     gzFile file;
 };
 
-/// A descriptor of a regular file, or -1. A pipe without a writer is not waited for.
+/// Opens a regular file; -1 if it fails. O_NONBLOCK prevents a wait for a pipe's writer.
 int openRegular(const std::string& path, std::string& error) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {

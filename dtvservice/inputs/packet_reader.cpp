@@ -1,4 +1,4 @@
-// Finding packets in bytes.
+// Finds packets in bytes.
 #include "packet_reader.h"
 
 #include <algorithm>
@@ -10,9 +10,9 @@ namespace {
 
 constexpr std::size_t kStrides[] = {broadcast::kPacketSize, 192, 204};
 constexpr std::size_t kLongestStride = 204;
-constexpr std::size_t kTimestampSize = 4;  // in front of each packet that is 192 bytes from the next
+constexpr std::size_t kTimestampSize = 4;  // before each packet when packets are 192 bytes apart
 constexpr std::size_t kBufferSize = 1024 * broadcast::kPacketSize;
-/// Sync bytes in step that make a beginning; fewer only where the bytes end.
+/// Number of equidistant sync bytes that prove a packet's start. Fewer are enough at the end of the bytes.
 constexpr std::size_t kStepsToBelieve = 4;
 
 }  // namespace
@@ -31,7 +31,7 @@ bool PacketReader::rewind() {
     return true;
 }
 
-/// Moves what is left to the front and reads behind it; false when nothing came.
+/// Moves the unused bytes to the front of the buffer and reads more after them; false if there are no more.
 bool PacketReader::fill() {
     if (exhausted) {
         return false;
@@ -58,7 +58,7 @@ bool PacketReader::inStep(std::size_t position, std::size_t distance) const {
     return true;
 }
 
-/// How far apart the packets are that begin here; 0 where none does.
+/// The distance between the packets that begin here; 0 if none does.
 std::size_t PacketReader::strideAt(std::size_t position) const {
     const auto* const found = std::find_if(std::begin(kStrides), std::end(kStrides),
                                            [&](std::size_t distance) { return inStep(position, distance); });
@@ -77,7 +77,7 @@ const std::uint8_t* PacketReader::next(std::uint64_t longestSearch) {
         }
         if (stride == 0 || buffer[at] != broadcast::kSyncByte) {
             stride = strideAt(at);
-            // The time stamp of the first packet belongs to it.
+            // The bytes before the first packet are its time stamp, so they do not count as skipped.
             skipped -= stride == 192 ? std::min<std::uint64_t>(skipped, kTimestampSize) : 0;
         }
         if (stride != 0) {

@@ -1,6 +1,9 @@
-// PacketReader: bytes as a row of transport stream packets of 188 bytes, which may stand 192 (a time stamp in front) or
-// 204 bytes apart (check bytes behind). Bytes that are in no packet are skipped and counted.
-// Threads: one.   Blocks: while bytes are read.   Fails: the row ends; the source's error() tells why.
+// PacketReader: finds the transport stream packets in a source's bytes. Packets have 188 bytes, and may have a time
+// stamp before them (192 bytes per packet) or check bytes after them (204). Bytes outside packets are skipped and
+// counted.
+// Threads: one.
+// Blocks:  while bytes are read.
+// Fails:   the packets end; the source's error() gives the reason.
 #pragma once
 
 #include <limits>
@@ -16,15 +19,15 @@ class PacketReader {
 public:
     explicit PacketReader(std::unique_ptr<ByteSource> newSource);
 
-    /// The next packet, valid until the next call; null at the end, or where so many bytes one after the other are in
-    /// none.
+    /// The next packet, valid until the next call. Null at the end, or if `longestSearch` bytes in a row have no
+    /// packet.
     const std::uint8_t* next(std::uint64_t longestSearch = std::numeric_limits<std::uint64_t>::max());
-    /// Goes back to the first packet, where the source can.
+    /// Goes back to the first packet; false if the source cannot.
     bool rewind();
 
-    /// Whether next() gave none because there are no more.
+    /// Whether there are no more packets.
     bool isAtEnd() const { return exhausted && at == end; }
-    /// Whether next() gives a packet without reading.
+    /// Whether next() can return a packet without reading from the source.
     bool hasBuffered() const { return stride != 0 && end - at >= stride; }
     std::uint64_t skippedBytes() const { return skipped; }
     const std::string& error() const { return source->error(); }
@@ -36,10 +39,10 @@ private:
 
     std::unique_ptr<ByteSource> source;
     std::vector<std::uint8_t> buffer;
-    std::size_t at = 0;   // the first byte not yet handed out
-    std::size_t end = 0;  // behind the last byte read
+    std::size_t at = 0;   // the next byte to use
+    std::size_t end = 0;  // after the last byte read
     bool exhausted = false;
-    std::size_t stride = 0;  // from packet to packet; 0 while they are being looked for
+    std::size_t stride = 0;  // distance from packet to packet; 0 while searching
     std::uint64_t skipped = 0;
 };
 

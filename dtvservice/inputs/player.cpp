@@ -1,4 +1,4 @@
-// Playing files.
+// Plays files.
 #include "player.h"
 
 #include "service_log.h"
@@ -7,9 +7,9 @@ namespace dtvservice {
 
 namespace {
 
-/// However short the file is, playing it again waits at least this long.
+/// The minimum time from one start of a file to the next. It keeps a very short file from occupying the loop.
 constexpr std::chrono::milliseconds kShortestRound{50};
-/// Between two tries to open a file.
+/// Time between two attempts to open a file.
 constexpr std::chrono::seconds kPause{1};
 
 }  // namespace
@@ -45,7 +45,7 @@ std::optional<EventLoop::Clock::time_point> Playback::due() {
     return state == State::ended ? std::nullopt : std::optional<EventLoop::Clock::time_point>(dueAt);
 }
 
-/// What is wrong was told before the first try.
+/// Does not report an error: the program already reported it at the start.
 void Playback::open() {
     std::string error;
     file = PacketFile::open(path, error);
@@ -97,7 +97,7 @@ void play(std::vector<Playback>& playbacks, EventLoop& loop, Others others) {
 }
 
 void scan(PacketFile& file, broadcast::Demux& demux) {
-    // Twice, as it would be played: what comes before the table that announces it is found in the second round.
+    // Two rounds, because a section may come before the table that announces its PID. The second round finds it.
     for (int round = 0; round < 2; ++round) {
         file.rewind();
         demux.discontinuity();

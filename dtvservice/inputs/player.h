@@ -1,8 +1,7 @@
-// Player: plays files into demultiplexers, each at the pace of its PCR, again and again.
+// Player: plays files into demultiplexers at the pace of their PCR, in a loop.
 // Threads: the loop's.
 // Blocks:  play() until all files have ended or the loop is stopped.
-// Fails:   a read error is told in the log; the file then begins again. One that cannot be opened is tried again every
-//          second.
+// Fails:   a read error is logged, and the file starts again. A file that cannot be opened is tried again every second.
 #pragma once
 
 #include <memory>
@@ -19,15 +18,15 @@ namespace dtvservice {
 
 enum class Repeat { once, forever };
 
-/// One file on its way into a demultiplexer, which must outlive it.
+/// Plays one file into a demultiplexer, which must outlive the playback.
 class Playback {
 public:
-    /// Without a file, the path is opened later. Played once, that is the end.
+    /// If `newFile` is null, the path is opened later, or never with Repeat::once.
     Playback(std::string newPath, std::unique_ptr<PacketFile> newFile, broadcast::Demux& newDemux, Repeat newRepeat);
 
-    /// When feed() is to be called next; none once the file has ended for good.
+    /// When to call feed() next; nothing if the file has ended for good.
     std::optional<EventLoop::Clock::time_point> due();
-    /// Hands over the packet that is due, or looks on for one, or begins the file again, or tries to open it.
+    /// Does the next step: feeds the packet that is due, continues a search, restarts the file, or tries to open it.
     void feed();
 
 private:
@@ -38,18 +37,18 @@ private:
     broadcast::Demux& demux;
     Repeat repeat;
     Pacer pacer;
-    const std::uint8_t* packet = nullptr;  // the one that is due
-    EventLoop::Clock::time_point dueAt;    // of the packet, or of the next round
+    const std::uint8_t* packet = nullptr;  // the next packet to feed
+    EventLoop::Clock::time_point dueAt;    // when to do the next step
     EventLoop::Clock::time_point roundBegin = EventLoop::Clock::now();
     enum class State { closed, reading, packetDue, searching, roundDue, ended } state;
 };
 
-/// Plays until all have ended, where nothing else keeps the loop busy, or until the loop is stopped. Commands are
-/// handled between packets.
+/// Plays until the loop is stopped. Without live inputs it also ends when all files have ended. The loop handles
+/// commands between packets.
 enum class Others { none, live };
 void play(std::vector<Playback>& playbacks, EventLoop& loop, Others others);
 
-/// Reads the whole file as fast as it goes, without handling commands.
+/// Plays the file at full speed, without handling commands.
 void scan(PacketFile& file, broadcast::Demux& demux);
 
 }  // namespace dtvservice

@@ -1,4 +1,4 @@
-// Reading and ordering RTP packets.
+// Reads and orders RTP packets.
 #include "rtp.h"
 
 namespace dtvservice {
@@ -33,13 +33,13 @@ std::optional<RtpPacket> readPacket(const std::uint8_t* bytes, std::size_t size)
     return packet;
 }
 
-/// The number nearest to what is expected whose low 16 bits these are.
+/// The number with these low 16 bits that is closest to the expected one.
 std::uint64_t extend(std::uint16_t sequence, std::uint64_t expected) {
     const auto distance = static_cast<std::int16_t>(sequence - static_cast<std::uint16_t>(expected));
     return expected + static_cast<std::uint64_t>(static_cast<std::int64_t>(distance));
 }
 
-/// Numbers begin here, so that some before the first can be told from those behind.
+/// Extended sequence numbers start here, so that a late packet from before the first one does not get a number below 0.
 constexpr std::uint64_t kBegin = 0x10000;
 
 }  // namespace
@@ -56,7 +56,7 @@ std::vector<std::uint8_t> RtpReorderer::take(const std::uint8_t* datagram, std::
     }
     const std::uint64_t number = extend(packet->sequence, *next);
     if (number + kWindow * 4 < *next) {
-        // Far behind: the sender began anew.
+        // Far behind the expected number: the sender has restarted.
         waiting.clear();
         next = kBegin + packet->sequence;
         waiting[*next] = std::move(packet->payload);

@@ -1,6 +1,8 @@
-// RtpReorderer: RTP packets (RFC 3550) in the order of their sequence numbers. One that is late is waited for while up
-// to kWindow packets behind it arrive; then it counts as lost.
-// Threads: one.   Blocks: never.   Fails: what is no RTP packet is counted and dropped.
+// RtpReorderer: puts RTP packets (RFC 3550) in the order of their sequence numbers. It waits for a late packet until
+// more than kWindow later packets have arrived; then the late one counts as lost.
+// Threads: one.
+// Blocks:  never.
+// Fails:   a datagram that is not an RTP packet is counted and dropped.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +16,7 @@ class RtpReorderer {
 public:
     static constexpr std::size_t kWindow = 32;
 
-    /// Takes a datagram; gives the payloads that are next in order now, one behind the other.
+    /// Takes a datagram. Returns the concatenated payloads that are next in order.
     std::vector<std::uint8_t> take(const std::uint8_t* datagram, std::size_t size);
 
     std::uint64_t lost() const { return lost_; }

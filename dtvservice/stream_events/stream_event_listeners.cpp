@@ -1,4 +1,4 @@
-// Following stream descriptor sections, and the carousels that name their events.
+// Follows stream descriptor sections, and reads the names of events from carousels.
 #include "stream_event_listeners.h"
 
 #include <algorithm>
@@ -22,7 +22,8 @@ std::optional<std::uint16_t> eventIdOf(const std::string& name) {
     return failure == std::errc() && end == name.data() + name.size() ? std::optional<std::uint16_t>(id) : std::nullopt;
 }
 
-/// DSM-CC messages of a carousel (ISO/IEC 13818-6, type B), or of any type.
+/// PIDs with DSM-CC messages: streams of type B (ISO/IEC 13818-6), which carousels use, and of type D, which allows all
+/// kinds of messages.
 std::set<std::uint16_t> carouselPids(const si::Pmt& pmt) {
     constexpr std::uint8_t kTypeB = 0x0B;
     constexpr std::uint8_t kTypeD = 0x0D;
@@ -66,7 +67,7 @@ void StreamEventListeners::rest() {
     close([](const Question&) { return true; }, Result::noSuchComponent);
 }
 
-/// The versions that were signalled stay: a service that comes back does not signal them again.
+/// Keeps the signalled versions, so that a service that is presented again does not signal its events twice.
 void StreamEventListeners::follow(broadcast::Demux& newDemux, const broadcast::Channel& channel,
                                   const si::Pmt& newPmt) {
     stopReading();
@@ -140,7 +141,7 @@ StreamEventListeners::Result StreamEventListeners::start(Peer browser, const Tar
     return Result::done;
 }
 
-/// Whether the event has the name that was asked for, in the object and with the component that were.
+/// Whether name, object and component of the event match the target.
 bool StreamEventListeners::isMeant(const Target& target, const EventObjects::Named& event) const {
     const std::string path = withoutSlash(target.objectPath);
     if (event.name != target.eventName || (!path.empty() && path != event.path)) {
@@ -158,7 +159,7 @@ bool StreamEventListeners::isMeant(const Target& target, const EventObjects::Nam
             }));
 }
 
-/// No result while the carousels may still tell.
+/// No result while the carousels are incomplete and the name may still be found.
 std::optional<StreamEventListeners::Result> StreamEventListeners::resolve(const Question& question) {
     for (const EventObjects::Named& event : carousels->objects.events()) {
         if (!isMeant(question.target, event)) {
@@ -197,7 +198,7 @@ void StreamEventListeners::close(Condition condition, Result result) {
     answerWhere([&](const Question& question) { return condition(question) ? std::optional(result) : std::nullopt; });
 }
 
-/// A listener that is still asked for ends as one that could not be made.
+/// A pending request to add the listener is answered as failed.
 StreamEventListeners::Result StreamEventListeners::remove(Peer browser, const Target& target) {
     close([&](const Question& question) { return question.browser == browser && question.target == target; },
           Result::unknownName);
@@ -221,7 +222,7 @@ void StreamEventListeners::forget(Peer browser) {
     });
 }
 
-/// A network that nothing has told yet is any.
+/// A presented service whose network is still unknown matches any network.
 bool StreamEventListeners::isPresented(const Target& target) const {
     return pmt && pmt->serviceId == target.sid && presented.transportStreamId == target.tsid &&
            presented.originalNetworkId.value_or(target.onid) == target.onid;
@@ -252,7 +253,7 @@ void StreamEventListeners::unsubscribe(Listener& listener) {
     }
 }
 
-/// A version signals once, at first sight.
+/// Signals each version of a section once, when it first arrives.
 void StreamEventListeners::onSection(Listener& listener, si::Bytes section) {
     for (const StreamEvent& event : si::streamEvents(section)) {
         if (event.id != listener.eventId) {

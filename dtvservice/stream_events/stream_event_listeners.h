@@ -1,7 +1,9 @@
-// StreamEventListeners: browsers' listeners on stream events of the presented service. An event is meant by its
-// identifier in decimal, or by its name in a stream event object of one of the service's carousels, which are read
-// while somebody asks for a name.
-// Threads: the loop's.   Blocks: never.   Fails:   a listener on what is not there is told so by the result.
+// StreamEventListeners: browsers' listeners for stream events of the presented service. A browser names an event by its
+// identifier in decimal, or by its name in a stream event object of one of the service's carousels. The carousels are
+// read only after a browser has asked for a name.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   the result says why a listener could not be added.
 #pragma once
 
 #include <functional>
@@ -23,12 +25,12 @@ namespace dtvservice {
 class StreamEventListeners {
 public:
     using Peer = std::uint32_t;
-    /// What a listener is for, as a browser names it.
+    /// The event of a listener, as the browser names it.
     struct Target {
         std::uint16_t onid;
         std::uint16_t tsid;
         std::uint16_t sid;
-        std::int16_t componentTag;  ///< of the stream with the events, or of the carousel; negative: of any
+        std::int16_t componentTag;  ///< of the stream with the events or of the carousel; negative: any
         std::string objectPath;     ///< of the stream event object; empty: any
         std::string eventName;
 
@@ -41,24 +43,24 @@ public:
     using Sink = std::function<void(Peer browser, const Target& target, const si::StreamEvent& event)>;
     using Answer = std::function<void(Result result)>;
 
-    /// The loop must outlive this, and run none of its tasks afterwards.
+    /// The loop must outlive this object, and run no task after this object ends.
     StreamEventListeners(EventLoop& newLoop, Sink newSink) : loop(newLoop), sink(std::move(newSink)) {}
     StreamEventListeners(const StreamEventListeners&) = delete;
     StreamEventListeners& operator=(const StreamEventListeners&) = delete;
     ~StreamEventListeners();
 
-    /// The presented service's streams from now on. Listeners of other services rest until theirs is presented again.
-    /// The demultiplexer must outlive this.
+    /// From now on follows the streams of this presented service. Listeners of other services get nothing until their
+    /// service is presented again. The demultiplexer must outlive this object.
     void follow(broadcast::Demux& newDemux, const broadcast::Channel& channel, const si::Pmt& newPmt);
-    /// Nothing is presented, or nothing is known of it yet: all listeners rest.
+    /// Suspends all listeners, because nothing is presented or the service's PMT is unknown.
     void rest();
-    /// The answer comes at once, or for a name when the carousels have told it, after ten seconds at the latest.
+    /// Answers at once, or for a name after the carousels have been read, after ten seconds at the latest.
     void add(Peer browser, const Target& target, Answer answer);
     Result remove(Peer browser, const Target& target);
     void forget(Peer browser);
 
 private:
-    /// Of the stream with the events.
+    /// Identifies the stream with the events.
     struct StreamTag {
         enum class Kind { component, association };
         Kind kind;
@@ -70,21 +72,21 @@ private:
         std::uint16_t eventId;
         StreamTag tag;
         broadcast::Demux::Subscription subscription = 0;
-        std::map<std::uint16_t, std::uint8_t> versions;  // last signalled, by table_id_extension
+        std::map<std::uint16_t, std::uint8_t> versions;  // last signalled version, by table_id_extension
     };
-    /// A name that no carousel has told yet.
+    /// A request for a name that has not been found in a carousel yet.
     struct Question {
         std::uint64_t number;
         Peer browser;
         Target target;
         Answer answer;
     };
-    /// The carousels of the presented service, while or after somebody asked for a name.
+    /// The carousels of the presented service, from the first request for a name on.
     struct Carousels {
         explicit Carousels(std::set<std::uint16_t> pids) : objects(std::move(pids)) {}
         broadcast::EventObjects objects;
         std::vector<broadcast::Demux::Subscription> subscriptions;
-        bool isTold = false;  // that they have more than is kept
+        bool isTold = false;  // the warning that they exceed the limit has been logged
     };
 
     void stopReading();
@@ -99,10 +101,10 @@ private:
     bool isMeant(const Target& target, const broadcast::EventObjects::Named& event) const;
     std::optional<Result> resolve(const Question& question);
     void answerQuestions();
-    /// Takes out the questions that `ask` has a result for, and answers them.
+    /// Answers and removes the questions for which `ask` gives a result.
     template <typename Ask>
     void answerWhere(Ask ask);
-    /// Those that the condition holds for all get one answer.
+    /// Answers and removes the questions that meet the condition, all with the same result.
     template <typename Condition>
     void close(Condition condition, Result result);
 

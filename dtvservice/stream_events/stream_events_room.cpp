@@ -1,4 +1,4 @@
-// Commands for stream event listeners, and their answers.
+// Handles the commands for stream event listeners.
 #include "stream_events_room.h"
 
 namespace dtvservice {
@@ -38,7 +38,7 @@ void StreamEventsRoom::pmtChanged(const Channel& channel, const Section&, bool) 
     follow(channel);
 }
 
-/// The service may be another one whose PMT has not come.
+/// The listeners rest while the PMT of a newly presented service has not arrived.
 void StreamEventsRoom::follow(const Channel& channel) {
     std::string error;
     if (const std::optional<si::Pmt> pmt = si::parsePmt(core.received().si.pmt(channel.serviceId), error)) {

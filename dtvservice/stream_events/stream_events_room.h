@@ -1,5 +1,7 @@
-// StreamEventsRoom: browsers' listeners on stream events of the presented service.
-// Threads: the loop's.   Blocks: never.   Fails: a listener on what is not there is answered so.
+// StreamEventsRoom: browsers' commands for listeners for stream events of the presented service.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   the answer says why a listener could not be added or removed.
 #pragma once
 
 #include "core.h"

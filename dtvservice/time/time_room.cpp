@@ -1,4 +1,4 @@
-// Commands for PTS and TEMI timelines, and their answers.
+// Handles the commands for PTS and TEMI timelines.
 #include "time_room.h"
 
 namespace dtvservice {
@@ -14,7 +14,7 @@ TimeRoom::TimeRoom(Core& newCore)
     core.commands.on.cmdStopTemiTimelineRequest = calls(*this, &TimeRoom::cmdStopTemiTimelineRequest);
 }
 
-/// The request stands until it can be answered.
+/// A request that cannot be answered yet is logged and kept.
 void TimeRoom::cmdSendPtsRequest(Browser asker, unsigned int) {
     const std::string reason = whyNoPts();
     if (!reason.empty()) {

@@ -1,6 +1,7 @@
-// TimeRoom: the presented service's time: PTS, PCR and TEMI timelines.
-// Threads: the loop's.   Blocks: never.
-// Fails:   in the log: a PTS that is asked for and is not there, a timeline that no stream can have.
+// TimeRoom: browsers' commands for the presented service's time: PTS, PCR and TEMI timelines.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   logs a request for a PTS that is not available yet, and refuses a timeline with invalid numbers in the log.
 #pragma once
 
 #include "core.h"

@@ -1,4 +1,4 @@
-// Watching packets for their times.
+// Reads the times of the watched packets.
 #include "timelines.h"
 
 #include <algorithm>
@@ -47,7 +47,7 @@ void Timelines::follow(broadcast::Demux& newDemux, const std::vector<si::Compone
         pcrBase.reset();
     }
     for (auto& stream : streams) {
-        // A PMT may come between a time stamp and its PES packet.
+        // A PMT may arrive between a time stamp and its PES packet, so keep waiting time stamps.
         const auto earlier = earlierStreams.find(stream.first);
         if (earlier != earlierStreams.end() && earlier->second.tag == stream.second.tag) {
             stream.second.waiting = std::move(earlier->second.waiting);
@@ -134,7 +134,7 @@ void Timelines::startTimeline(Peer browser, std::uint8_t componentTag, std::uint
     timelines[browser].insert({componentTag, timelineId});
 }
 
-/// What waits for nobody any more is old when somebody asks again.
+/// Drops waiting time stamps that no browser follows any more. They would be outdated for a later follower.
 void Timelines::stopTimelines(Peer browser) {
     timelines.erase(browser);
     for (auto& [pid, stream] : streams) {

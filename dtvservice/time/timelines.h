@@ -1,5 +1,8 @@
-// Timelines: the presented service's time: PTS and PCR for those that ask, TEMI timelines for those that follow one.
-// Threads: the loop's.   Blocks: never.   Fails: never; what does not come is not told.
+// Timelines: the presented service's time. Answers browsers' requests for PTS and PCR, and sends TEMI timelines to the
+// browsers that follow them.
+// Threads: the loop's.
+// Blocks:  never.
+// Fails:   never; a time that is not broadcast is not sent.
 #pragma once
 
 #include <functional>
@@ -18,7 +21,7 @@ namespace dtvservice {
 class Timelines {
 public:
     using Peer = std::uint32_t;
-    /// Both in ticks of 90 kHz, 33 bits: the latest PTS, and the latest PCR's base.
+    /// Receives the latest PTS and the base of the latest PCR, both in ticks of 90 kHz, 33 bits.
     using PtsSink = std::function<void(Peer browser, std::uint64_t pts, std::uint64_t pcrBase)>;
     using TimelineSink = std::function<void(Peer browser, std::uint8_t componentTag,
                                             const broadcast::TemiTimeline& timeline, std::uint64_t pts)>;
@@ -29,19 +32,19 @@ public:
     Timelines& operator=(const Timelines&) = delete;
     ~Timelines() { rest(); }
 
-    /// Watches the components' streams and the PCR of the presented service from now on; the demultiplexer must outlive
-    /// this. What was heard of another service is forgotten.
+    /// From now on watches the components' streams and the PCR of the presented service. Drops the times of another
+    /// service. The demultiplexer must outlive this object.
     void follow(broadcast::Demux& newDemux, const std::vector<si::Component>& components, std::uint16_t pcrPid);
 
-    /// Nothing is known of the presented service's streams yet.
+    /// Stops watching, because the streams of the presented service are unknown.
     void rest();
     bool isFollowing() const { return demux != nullptr; }
 
-    /// Answered at once, or as soon as the service has a PTS and a PCR.
+    /// Answers at once, or as soon as the service has a PTS and a PCR.
     void requestPts(Peer browser);
-    /// Why there is no answer at once; empty where there is one. The streams of a service are followed.
+    /// Why a request cannot be answered at once; empty if it can. isFollowing() must be true.
     std::string whyNoPts() const;
-    /// Every time stamp of the component's timeline from now on; of several in front of one PES packet the newest.
+    /// From now on sends the component's timeline: for each PES packet its newest time stamp.
     void startTimeline(Peer browser, std::uint8_t componentTag, std::uint8_t timelineId);
     void stopTimelines(Peer browser);
     void forget(Peer browser);
@@ -49,8 +52,8 @@ public:
 private:
     struct Stream {
         std::optional<std::uint8_t> tag;
-        // For the PES packet that starts next, one of each timeline that is followed: where PES headers are scrambled,
-        // none ever starts.
+        // The time stamps for the next PES packet, only the newest of each followed timeline. This limits the memory:
+        // if PES headers are scrambled, the start of the next PES packet is never found.
         std::vector<broadcast::TemiTimeline> waiting;
     };
 
@@ -67,7 +70,7 @@ private:
     std::map<std::uint16_t, Stream> streams;  // by PID
     std::uint16_t pcrPid = 0;
     std::uint16_t ptsPid = 0;  // of the first video, or else the first audio
-    bool isScrambled = false;  // the latest payload of ptsPid
+    bool isScrambled = false;  // whether the latest payload of ptsPid was scrambled
     std::optional<std::uint64_t> pts;
     std::optional<std::uint64_t> pcrBase;
     std::set<Peer> askers;
