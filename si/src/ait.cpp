@@ -1,4 +1,4 @@
-// Reading AIT sections.
+// Reads AIT sections.
 #include "si/ait.h"
 
 #include "checked_section.h"
@@ -45,7 +45,7 @@ void readTransport(Bytes bytes, Ait::Application& application) {
     }
 }
 
-/// Profiles, a byte of flags, the priority (TS 102 809, clause 5.3.5.3).
+/// The application descriptor: profiles, a byte of flags, the priority (TS 102 809, clause 5.3.5.3).
 void readProfiles(Bytes bytes, Ait::Application& application) {
     Cursor cursor(bytes);
     Cursor profiles(cursor.takeShort());

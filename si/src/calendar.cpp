@@ -1,4 +1,4 @@
-// Years are counted from March on, so that a leap day is the last of its year.
+// Converts dates. Years start in March here, so that the leap day is the last day of a year.
 #include "si/calendar.h"
 
 #include <algorithm>
@@ -12,11 +12,11 @@ namespace {
 constexpr std::int64_t kYear = 365;
 constexpr std::int64_t kFourYears = 4 * kYear + 1;
 constexpr std::int64_t kCentury = 25 * kFourYears - 1;
-constexpr std::int64_t kEra = 4 * kCentury + 1;  // 400 years, after which days repeat
+constexpr std::int64_t kEra = 4 * kCentury + 1;  // 400 years, the period of the calendar
 constexpr std::int64_t kYearsOfEra = 400;
-/// 1 March of the year 0.
+/// The Modified Julian Date of 1 March of the year 0.
 constexpr std::int64_t kFirstMjd = -678881;
-/// Days of a year before its months, from March on.
+/// Days of the year before each month, from March on.
 constexpr std::array<std::int64_t, 12> kMonths = {0, 31, 61, 92, 122, 153, 184, 214, 245, 275, 306, 337};
 constexpr unsigned int kMarch = 3;
 
@@ -33,7 +33,7 @@ struct Date {
 Date dateOf(std::int64_t mjd) {
     const std::int64_t era = quotient(mjd - kFirstMjd, kEra);
     std::int64_t day = mjd - kFirstMjd - era * kEra;
-    // The leap day of the last century, or of the last year of four, belongs to it and begins none.
+    // The limits to 3 keep a leap day at the end of the last century or of the fourth year from starting another one.
     const std::int64_t century = std::min<std::int64_t>(day / kCentury, 3);
     day -= century * kCentury;
     const std::int64_t fourYears = day / kFourYears;

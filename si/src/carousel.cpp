@@ -1,4 +1,4 @@
-// Reading carousels.
+// Reads carousels.
 #include "si/carousel.h"
 
 #include "cursor.h"
@@ -13,7 +13,7 @@ constexpr std::uint16_t kDownloadInfoIndication = 0x1002;
 constexpr std::uint16_t kDownloadDataBlock = 0x1003;
 constexpr std::uint16_t kDownloadServerInitiate = 0x1006;
 
-/// What every download message begins with (dsmccMessageHeader, dsmccDownloadDataHeader).
+/// The header of every download message (dsmccMessageHeader, dsmccDownloadDataHeader).
 struct Message {
     std::uint32_t transactionOrDownloadId = 0;
     Bytes payload;
@@ -36,7 +36,7 @@ std::optional<Message> messageOf(Bytes section, std::uint8_t tableId, std::uint1
     return isIt && cursor.good() ? std::optional(message) : std::nullopt;
 }
 
-/// Names and kinds end with a zero byte that is no part of them.
+/// Removes the zero byte at the end of names and kinds.
 std::string textOf(Bytes bytes) {
     std::string text = plainText(bytes);
     while (!text.empty() && text.back() == '\0') {
@@ -75,7 +75,7 @@ std::optional<ObjectReference> locationIn(Bytes profile) {
     return std::nullopt;
 }
 
-/// An interoperable object reference; none when it leads out of the carousel.
+/// An interoperable object reference; none if it refers to an object outside the carousel.
 std::optional<ObjectReference> referenceIn(Cursor& cursor) {
     constexpr std::uint64_t kBiopProfile = 0x49534F06;
     constexpr std::size_t kAlignment = 4;
@@ -94,7 +94,7 @@ std::optional<ObjectReference> referenceIn(Cursor& cursor) {
     return reference;
 }
 
-/// Counted things one after the other.
+/// Reads a count, then calls `read` as many times.
 template <typename Read>
 void readCounted(Cursor& cursor, std::size_t countWidth, Read read) {
     const std::uint64_t count = cursor.number(countWidth);
@@ -103,7 +103,7 @@ void readCounted(Cursor& cursor, std::size_t countWidth, Read read) {
     }
 }
 
-/// The module's descriptors behind time-outs and taps (BIOP::ModuleInfo).
+/// The size from the compressed module descriptor, after the time-outs and taps (BIOP::ModuleInfo).
 std::optional<std::uint32_t> originalSizeIn(Bytes info) {
     constexpr std::uint8_t kCompressedModule = 0x09;
     constexpr std::size_t kTimeOuts = 12;
@@ -119,7 +119,7 @@ std::optional<std::uint32_t> originalSizeIn(Bytes info) {
     for (const Descriptor& descriptor : descriptors) {
         if (descriptor.tag == kCompressedModule) {
             Cursor fields(descriptor.bytes);
-            fields.take(1);  // the method, which the bytes themselves tell too
+            fields.take(1);  // the compression method, which the module's bytes contain, too
             const auto size = static_cast<std::uint32_t>(fields.number(4));
             return fields.good() ? std::optional(size) : std::nullopt;
         }
@@ -147,11 +147,11 @@ void readDirectory(Bytes body, CarouselObject& object) {
 
 struct EventNames {
     std::vector<std::string> names;
-    std::size_t left = 0;  ///< bytes behind them
+    std::size_t left = 0;  ///< bytes after the names
 };
 
-/// The names in a stream event object's information, behind a description, a duration and three bytes that say what
-/// the stream has.
+/// The names in a stream event object's information, after a description, a duration, and three bytes that say whether
+/// the stream has audio, video and data.
 std::optional<EventNames> namesBehind(Bytes info, std::size_t microsecondsWidth) {
     constexpr std::size_t kSeconds = 4;
     constexpr std::size_t kStreams = 3;
@@ -164,9 +164,9 @@ std::optional<EventNames> namesBehind(Bytes info, std::size_t microsecondsWidth)
     return cursor.good() ? std::optional(std::move(events)) : std::nullopt;
 }
 
-/// Broadcasters write the duration's microseconds in two bytes or in four. Right is what gives as many names as there
-/// are identifiers, and where both do, what leaves fewer bytes of the information: an object with one event may
-/// otherwise be read as one without a name.
+/// Broadcasters write the duration's microseconds in two or four bytes. The right width gives as many names as there
+/// are identifiers. If both do, the right one leaves fewer bytes unread: with the wrong width, the name of a single
+/// event may appear to be empty.
 std::vector<std::string> eventNames(Bytes info, std::size_t count) {
     std::optional<EventNames> best;
     for (const std::size_t width : {std::size_t{2}, std::size_t{4}}) {
@@ -178,7 +178,7 @@ std::vector<std::string> eventNames(Bytes info, std::size_t count) {
     return best ? best->names : std::vector<std::string>();
 }
 
-/// The identifiers of the events stand behind the taps of the body, in the order of the names.
+/// Reads the events' identifiers, which follow the taps of the body in the order of the names.
 void readStreamEvents(Bytes info, Bytes body, CarouselObject& object) {
     constexpr std::uint64_t kStatusAndEventUse = 0x000C;
     constexpr std::uint64_t kEventUse = 0x000D;

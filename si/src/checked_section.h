@@ -1,4 +1,4 @@
-// The checks that come before the fields of a long-form section are read.
+// Checks a long-form section before its fields are read.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 
 namespace si {
 
-/// A copy of the section (the field library takes writable bytes) when it is whole, long-form and with a right CRC_32;
-/// else empty, with the reason.
+/// A copy of the section if it is complete, in the long form, and has a correct CRC_32; else empty, with the reason. A
+/// copy, because the field library needs writable bytes.
 inline std::vector<std::uint8_t> checkedSection(Bytes section, const char* table, std::string& error) {
     constexpr std::size_t kShortest = 12;  // eight bytes of header and CRC_32
     const auto fail = [&](const std::string& reason) {

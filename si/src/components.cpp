@@ -1,4 +1,4 @@
-// From streams to components.
+// Makes components from the streams of a PMT.
 #include "si/components.h"
 
 #include <algorithm>
@@ -34,7 +34,7 @@ bool isOneOf(std::uint8_t value, std::initializer_list<std::uint8_t> values) {
     return std::find(values.begin(), values.end(), value) != values.end();
 }
 
-/// Type and encoding; no type for a stream that is no component.
+/// Type and encoding; no type if the stream is not a component.
 std::optional<ComponentType> typeOf(const Pmt::Stream& stream, std::uint16_t& encoding) {
     encoding = stream.streamType;
     // MPEG-1, MPEG-2, MPEG-4, AVC, its extensions, HEVC and VVC video; MPEG audio, AAC, LATM, AC-3 and its extension.
@@ -66,7 +66,7 @@ std::optional<ComponentType> typeOf(const Pmt::Stream& stream, std::uint16_t& en
     return std::nullopt;
 }
 
-/// The EIT's component descriptor of a component_tag (EN 300 468, clause 6.2.8).
+/// The EIT's component descriptor for a component_tag (EN 300 468, clause 6.2.8).
 struct EventComponent {
     unsigned int content = 0;
     unsigned int type = 0;
@@ -83,7 +83,8 @@ EventComponent eventComponent(const Descriptors& presentEvent, std::optional<std
     return {};
 }
 
-/// stream_content 1 and 5 (MPEG-2 and AVC): types repeat by four: 4:3, 16:9 with and without pan vectors, wider.
+/// For stream_content 1 and 5 (MPEG-2 and AVC), component_type repeats every four values: 4:3, 16:9 with pan vectors,
+/// 16:9 without, wider.
 std::uint16_t aspectRatio(EventComponent told) {
     constexpr unsigned int kLastPictureType = 0x10;
     if ((told.content != 1 && told.content != 5) || told.type == 0 || told.type > kLastPictureType) {
@@ -117,8 +118,8 @@ std::uint16_t audioChannels(const Pmt::Stream& stream, EventComponent told) {
     return kByType[told.type - 1];
 }
 
-/// Languages of the subtitle pages of a teletext stream, each page once: those of teletext_type 2, and 5 for people who
-/// do not hear well (EN 300 468, clause 6.2.43). The other pages are for reading, not for a picture.
+/// Languages of the subtitle pages of a teletext stream, each page once. Only teletext_type 2 and 5 (hard of hearing)
+/// are subtitles (EN 300 468, clause 6.2.43).
 std::vector<std::string> subtitlePageLanguages(const Pmt::Stream& stream) {
     constexpr std::size_t kPage = 5;
     constexpr std::size_t kLanguage = 3;

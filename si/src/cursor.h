@@ -1,4 +1,4 @@
-// Reads fields from the front of bytes, and remembers when there were not enough.
+// Cursor: reads fields from the front of a range of bytes. A read beyond the end marks it as failed.
 #pragma once
 
 #include "si/section.h"
@@ -12,7 +12,7 @@ public:
     std::size_t left() const { return bytes.size - at; }
     bool good() const { return !failed; }
 
-    /// A number of so many bytes; 0 when they are not there.
+    /// A number of `width` bytes; 0 if there are not enough.
     std::uint64_t number(std::size_t width) {
         const Bytes field = take(width);
         std::uint64_t value = 0;
@@ -21,7 +21,7 @@ public:
         }
         return value;
     }
-    /// What was read does not fit: nothing more is there.
+    /// Marks the data as malformed; nothing more can be read.
     void fail() {
         failed = true;
         at = bytes.size;
@@ -35,10 +35,10 @@ public:
         return {bytes.data + at - count, count};
     }
     Bytes rest() { return take(left()); }
-    /// Bytes behind a length field of 12 bits in two bytes, or of one byte.
+    /// The bytes after their length field. It has 12 bits in two bytes (takeLong) or one byte (takeShort).
     Bytes takeLong() { return take(size(2) & 0x0FFFU); }
     Bytes takeShort() { return take(size(1)); }
-    /// A number of bytes that follow.
+    /// A length field of `width` bytes.
     std::size_t size(std::size_t width) { return static_cast<std::size_t>(number(width)); }
 
 private:

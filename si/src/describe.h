@@ -1,4 +1,4 @@
-// What describes the parts of a section, between the files that do it.
+// The functions that describe the parts of a section, shared between their files.
 #pragma once
 
 #include <string>
@@ -7,12 +7,12 @@
 
 namespace si {
 
-/// Each adds to the table's node; false with the reason when the section is none of its kind.
+/// Each adds to the table's node; false with the reason if the section is malformed.
 bool describeAit(Bytes section, Node& node, std::string& error);
 bool describeDsmccMessage(Bytes section, Node& node, std::string& error);
 bool describeStreamDescriptors(Bytes section, Node& node, std::string& error);
 
-/// Walks a loop of descriptors; what does not fit at its end is added as "unreadable".
+/// Walks a loop of descriptors. Bytes at its end that do not fit become a node "unreadable".
 template <typename Describe>
 void forEachDescriptor(Bytes loop, Node& parent, Describe describe) {
     Descriptors descriptors;

@@ -1,4 +1,4 @@
-// AITs and their descriptors (TS 102 809, clauses 5.3.4 to 5.3.10), by a table of the known ones.
+// Describes AITs and their descriptors (TS 102 809, clauses 5.3.4 to 5.3.10), with a table of the known descriptors.
 #include "cursor.h"
 #include "describe.h"
 #include "si/ait.h"
@@ -130,7 +130,7 @@ constexpr KnownDescriptor kKnownDescriptors[] = {
     {0x17, "simple_application_boundary", describeBoundary},
 };
 
-/// A known descriptor whose bytes are all read and enough; anything else by its bytes.
+/// Shows the fields of a known descriptor if it is long enough; anything else by its bytes.
 void describeDescriptor(const Descriptor& descriptor, Node& node) {
     for (const KnownDescriptor& known : kKnownDescriptors) {
         if (known.tag == descriptor.tag) {

@@ -1,5 +1,5 @@
-// Descriptors of PSI and SI, as libbitstream prints them, one line an entry. It reads before it compares lengths, so
-// that it gets only descriptors whose inner lengths fit, with room behind them.
+// Describes descriptors of PSI and SI with the lines that libbitstream prints. The library reads before it compares
+// lengths, so it gets only descriptors whose inner lengths fit, with spare bytes after them.
 #include <bitstream/dvb/si.h>
 #include <bitstream/dvb/si_print.h>
 #include <bitstream/mpeg/psi.h>
@@ -18,10 +18,11 @@ namespace si {
 namespace {
 
 constexpr std::uint8_t kPrivateDataSpecifier = 0x5F;
-/// What the library says of descriptors, one text a line, without the lines' beginnings.
+/// The lines that the library prints for descriptors, without the beginnings of the lines.
 using Lines = std::vector<std::string>;
 
-/// "    - desc 48 service type=…", "       - an item of it", "desc 48 invalid": without dashes and tag.
+/// Removes dashes and tag from lines such as "    - desc 48 service type=…", "       - item of a descriptor" and
+/// "desc 48 invalid".
 std::string withoutBeginning(std::string line) {
     constexpr std::size_t kTag = sizeof "desc 48 " - 1;
     line.erase(0, line.find_first_not_of(" -"));
@@ -43,7 +44,7 @@ char* takeText(void*, const char* encoding, char* text, std::size_t length) {
     return strdup(toUtf8In(encoding, {reinterpret_cast<const std::uint8_t*>(text), length}).c_str());
 }
 
-/// What a descriptor from 0x80 on is depends on the private_data_specifier before it, which is printed with it.
+/// The meaning of tags from 0x80 on depends on the private_data_specifier before them, so it is printed with them.
 Lines printed(const Descriptor& descriptor, const Descriptor* specifier) {
     std::vector<std::uint8_t> loop;
     for (const Descriptor* const added : {specifier, &descriptor}) {
@@ -53,7 +54,7 @@ Lines printed(const Descriptor& descriptor, const Descriptor* specifier) {
             loop.insert(loop.end(), added->bytes.begin(), added->bytes.end());
         }
     }
-    // Two lengths of a byte, one behind the other, lead the library's checks so far at most.
+    // The library may read beyond the descriptor, but by less than this: it adds up at most two lengths of one byte.
     constexpr std::size_t kRoom = 1024;
     const auto length = static_cast<std::uint16_t>(loop.size());
     loop.resize(loop.size() + kRoom);

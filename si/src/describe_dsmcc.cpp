@@ -1,4 +1,5 @@
-// Headers of DSM-CC download messages and stream descriptors (ISO/IEC 13818-6, clauses 2.1, 7.2, 7.3 and 8).
+// Describes the headers of DSM-CC download messages and stream descriptors (ISO/IEC 13818-6, clauses 2.1, 7.2, 7.3 and
+// 8).
 #include <bitstream/mpeg/psi.h>
 
 #include "checked_section.h"

@@ -1,4 +1,4 @@
-// Tables of PSI and SI: fields read by libbitstream, behind the checks that come first.
+// Describes tables of PSI and SI. libbitstream reads the fields after our own checks.
 #include <bitstream/dvb/si.h>
 #include <bitstream/mpeg/psi.h>
 
@@ -30,14 +30,14 @@ std::string durationText(std::uint32_t seconds) {
     return {text.data(), static_cast<std::size_t>(length)};
 }
 
-/// A descriptor loop behind its length in two bytes.
+/// A descriptor loop with its length in two bytes before it.
 void describeLoop(std::uint8_t* loop, Node& node) {
     describeDescriptors({loop + DESCS_HEADER_SIZE, descs_get_length(loop)}, node);
 }
 
 using Section = std::vector<std::uint8_t>;
 
-/// The section's bytes when they are good and `fits` says that the lengths do; else empty, with the reason.
+/// The section's bytes if the section is correct and `fits` accepts its lengths; else empty, with the reason.
 Section readable(Bytes section, const Node& node, bool (*fits)(const Section&), std::string& error) {
     Section bytes = checkedSection(section, node.name.c_str(), error);
     if (!bytes.empty() && !fits(bytes)) {
@@ -47,7 +47,7 @@ Section readable(Bytes section, const Node& node, bool (*fits)(const Section&), 
     return bytes;
 }
 
-/// Entries with a loop of descriptors; what does not fit at the end is added as "unreadable".
+/// Entries with a loop of descriptors. Bytes at the end that do not fit become a node "unreadable".
 template <typename Get, typename Describe>
 void describeEntries(Section& section, std::size_t header, Get get, Node& node, Describe describe) {
     const Bytes rest = forEachEntryWithLoop(section, header, get, describe);
@@ -174,7 +174,7 @@ bool describeEit(Bytes section, Node& node, std::string& error) {
     return true;
 }
 
-/// TDT and TOT are no long sections: a time, and in the TOT descriptors and a CRC_32.
+/// TDT and TOT do not have the long form: they have a time, and the TOT also has descriptors and a CRC_32.
 bool describeTime(Bytes section, Node& node, std::string& error) {
     constexpr std::size_t kUtc = 5;
     const bool tot = section.data[0] == TOT_TABLE_ID;
@@ -197,7 +197,7 @@ bool describeTime(Bytes section, Node& node, std::string& error) {
     return true;
 }
 
-/// Which tables are known, by ranges of table_id.
+/// A known table and its range of table_id.
 struct KnownTable {
     std::uint8_t first;
     std::uint8_t last;

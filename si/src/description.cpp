@@ -1,4 +1,4 @@
-// Building trees.
+// Builds trees of names and values.
 #include "si/description.h"
 
 #include <cinttypes>

@@ -1,4 +1,4 @@
-// Lengths within descriptors, by a table of those that have any.
+// Checks the lengths within descriptors, with a table of the descriptors that have any.
 #include "descriptor_checks.h"
 
 #include <algorithm>
@@ -10,7 +10,7 @@ namespace si {
 
 namespace {
 
-/// Takes entries until nothing is left; each takes at least a byte.
+/// Takes entries until nothing is left. `take` must take at least one byte each time.
 template <typename Take>
 void takeEntries(Cursor& cursor, Take take) {
     while (cursor.left() != 0 && cursor.good()) {
@@ -64,7 +64,7 @@ void takeLinkage(Cursor& cursor) {
     }
 }
 
-/// Texts of this many, each behind its length, then nothing.
+/// Skips `before` bytes, then takes `texts` texts, each with a length byte before it.
 template <std::size_t before, int texts>
 void takeTexts(Cursor& cursor) {
     cursor.take(before);
@@ -73,7 +73,7 @@ void takeTexts(Cursor& cursor) {
     }
 }
 
-/// The same again and again, behind so many bytes in front of all.
+/// Skips `front` bytes, then repeats to the end: a language and `texts` texts.
 template <std::size_t front, int texts>
 void takeTextsByLanguage(Cursor& cursor) {
     constexpr std::size_t kLanguage = 3;
@@ -103,7 +103,7 @@ void takeMosaic(Cursor& cursor) {
     });
 }
 
-/// Cells with a loop of subcells, which have one size.
+/// Cells with a loop of subcells of a fixed size.
 template <std::size_t before, std::size_t subcell>
 void takeCells(Cursor& cursor) {
     takeEntries(cursor, [](Cursor& loop) {
@@ -121,7 +121,7 @@ void takeDataBroadcast(Cursor& cursor) {
     takeTexts<kLanguage, 1>(cursor);
 }
 
-/// So many bytes at least. Where flags in them say what follows, the library compares that itself.
+/// Requires at least `shortest` bytes. The library itself checks fields whose presence depends on flags in these bytes.
 template <std::size_t shortest>
 void takeAtLeast(Cursor& cursor) {
     cursor.take(shortest);

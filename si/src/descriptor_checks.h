@@ -1,12 +1,12 @@
-// Whether the lengths within a descriptor fit its contents: what has to be known before the field library reads it,
-// whose own checks read first, and add up lengths in eight bits.
+// Checks whether the lengths within a descriptor fit its contents. The field library cannot do it: its own checks read
+// first, and add up lengths in eight bits.
 #pragma once
 
 #include "si/section.h"
 
 namespace si {
 
-/// Of tags that have no lengths within, or that the library does not know, always.
+/// Always true for tags without inner lengths and for tags that the library does not know.
 bool innerLengthsFit(const Descriptor& descriptor);
 
 }  // namespace si

@@ -1,4 +1,4 @@
-// Lengths of tables.
+// Checks the lengths of tables.
 #include "entries.h"
 
 #include <bitstream/dvb/si.h>
@@ -8,7 +8,7 @@ namespace si {
 
 namespace {
 
-/// Whether there is a length at `at`, and its loop ends before the CRC_32.
+/// Whether there is a length field at `at` and its loop ends before the CRC_32.
 bool loopFits(const std::vector<std::uint8_t>& section, std::size_t at) {
     const std::size_t behind = at + DESCS_HEADER_SIZE + kCrcSize;
     return section.size() >= behind && section.size() - behind >= loopLength(&section[at]);

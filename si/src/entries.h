@@ -1,6 +1,5 @@
-// The loops of a table: whether its lengths fit, and walking its entries with the accessors of libbitstream. A
-// descriptor whose length is wrong is no reason to lose what is beside it, so that descriptors are looked at by who
-// reads them.
+// The loops of a table: checks their lengths and walks the entries with the accessors of libbitstream. Does not check
+// descriptors: a wrong descriptor must not hide the entries beside it, so the code that reads descriptors checks them.
 #pragma once
 
 #include <cstdint>
@@ -12,13 +11,13 @@ namespace si {
 
 constexpr std::size_t kCrcSize = 4;
 
-/// The number of bytes in the loop behind such a length of 12 bits in two bytes.
+/// The number of bytes in a loop, from its length field of 12 bits in two bytes.
 inline std::size_t loopLength(const std::uint8_t* length) {
     return static_cast<std::size_t>((length[0] & 0x0FU) << 8U | length[1]);
 }
 
-/// Whether a section has all of its header, and whether the loops before its entries end within it. Its table_id is
-/// looked at, its CRC_32 is not.
+/// Whether a section has its complete header, and the loops before its entries end within it. Checks table_id but not
+/// CRC_32.
 bool catFits(const std::vector<std::uint8_t>& section);
 bool pmtFits(const std::vector<std::uint8_t>& section);
 bool nitFits(const std::vector<std::uint8_t>& section);
@@ -27,7 +26,7 @@ bool eitFits(const std::vector<std::uint8_t>& section);
 
 constexpr int kMostEntries = 256;
 
-/// Takes the entries of a table's loop, by number, until there are no more.
+/// Takes all entries of a table's loop in order.
 template <typename Get, typename Take>
 void forEachEntry(Get get, Take take) {
     for (int index = 0; index < kMostEntries; ++index) {
@@ -39,8 +38,9 @@ void forEachEntry(Get get, Take take) {
     }
 }
 
-/// Takes the entries that have so many bytes and then a loop of descriptors, whose length ends those bytes. Gives what
-/// is left from the first on that reaches beyond the section: where the next ones begin is not known then.
+/// Takes all entries that consist of `header` bytes, the last two being a length, and a loop of descriptors. Stops at
+/// an entry that reaches beyond the section, because the start of the next one is unknown, and returns the bytes from
+/// there on.
 template <typename Get, typename Take>
 Bytes forEachEntryWithLoop(std::vector<std::uint8_t>& section, std::size_t header, Get get, Take take) {
     constexpr std::size_t kLength = 2;

@@ -1,4 +1,4 @@
-// Escaping what a terminal must not see.
+// Escapes bytes that a terminal must not get.
 #include "si/printable.h"
 
 #include <algorithm>
@@ -24,7 +24,7 @@ std::uint32_t byteAt(const std::string& text, std::size_t at) {
     return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U;
 }
 
-/// How many bytes the character at a position has, and its code; 0 bytes for what is no UTF-8 (RFC 3629).
+/// Returns the number of bytes of the character at a position, and its code. 0 if it is not UTF-8 (RFC 3629).
 std::size_t decode(const std::string& text, std::size_t at, std::uint32_t& code) {
     const std::uint32_t first = byteAt(text, at);
     const std::size_t size = first < 0x80        ? 1

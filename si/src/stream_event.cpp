@@ -1,4 +1,4 @@
-// Reading stream event descriptors.
+// Reads stream event descriptors.
 #include "si/stream_event.h"
 
 #include "cursor.h"

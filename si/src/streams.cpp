@@ -1,4 +1,4 @@
-// What the streams of a PMT are.
+// Identifies the content of a PMT's streams.
 #include <bitstream/mpeg/psi.h>
 
 #include <algorithm>
@@ -39,7 +39,7 @@ constexpr PrivateStream kPrivateStreams[] = {{kTeletextDescriptor, "teletext"},
                                              {kAc3Descriptor, "AC-3 audio"},
                                              {kEnhancedAc3Descriptor, "Enhanced AC-3 audio"}};
 
-/// Whether the descriptor lists HbbTV's application_type: entries of 3 bytes, a reserved bit before the type.
+/// Whether the descriptor lists HbbTV's application_type. Its entries have 3 bytes; a reserved bit precedes the type.
 bool listsHbbTv(const Descriptor& descriptor) {
     for (std::size_t at = 0; at + 3 <= descriptor.bytes.size(); at += 3) {
         if (((descriptor.bytes[at] & 0x7F) << 8 | descriptor.bytes[at + 1]) == kApplicationTypeHbbTv) {

@@ -1,4 +1,4 @@
-// PAT, PMT, NIT, SDT and EIT: fields read by libbitstream, behind its own checks and ours.
+// Reads PAT, PMT, NIT, SDT and EIT. libbitstream reads the fields after its own checks and ours.
 #include "si/tables.h"
 
 #include <bitstream/dvb/si.h>
@@ -22,7 +22,8 @@ Descriptors descriptorsOf(const std::uint8_t* loop, std::size_t length) {
     return descriptors;
 }
 
-/// Text with a length byte in front, at `at`; moves `at` behind it. Empty when it does not fit.
+/// The text at `at`, which has a length byte before it; moves `at` to the byte after the text. Empty if it does not
+/// fit.
 std::string lengthText(const std::vector<std::uint8_t>& bytes, std::size_t& at) {
     if (at >= bytes.size() || bytes.size() - at - 1 < bytes[at]) {
         at = bytes.size();

@@ -1,4 +1,4 @@
-// Character tables: which one a text is in is read by libbitstream, the conversion is iconv's.
+// Converts texts: libbitstream identifies the character table, iconv converts.
 #include "si/text.h"
 
 #include <bitstream/dvb/si.h>
@@ -18,12 +18,13 @@ namespace {
 constexpr const char* kDefaultTable = "ISO6937";
 constexpr const char* kReplacement = "\xEF\xBF\xBD";
 
-/// Bytes to go on by behind what cannot be converted: a byte of a wide unit alone would misalign all that follow.
+/// Number of bytes to skip where the conversion fails. Skipping one byte of a 16-bit unit would misalign all later
+/// units.
 std::size_t unitSize(const std::string& encoding) {
     return encoding.rfind("UTF-16", 0) == 0 || encoding.rfind("UCS-2", 0) == 0 ? 2 : 1;
 }
 
-/// Converts what can be converted; a unit that cannot be becomes a replacement character.
+/// Converts to UTF-8. A unit that cannot be converted becomes a replacement character.
 std::string convert(const char* encoding, Bytes text) {
     const iconv_t converter = iconv_open("UTF-8", encoding);
     if (converter == reinterpret_cast<iconv_t>(-1)) {
@@ -49,8 +50,8 @@ std::string convert(const char* encoding, Bytes text) {
     return result;
 }
 
-/// Emphasis marks and line breaks: 0x86, 0x87, 0x8A in one-byte tables, the same at U+E0xx in others, and the C1
-/// controls that iconv makes of them.
+/// Removes emphasis marks and replaces line breaks by blanks. They are 0x86, 0x87 and 0x8A in one-byte tables and
+/// U+E0xx in others; iconv may turn them into C1 controls.
 std::string withoutControls(const std::string& text) {
     std::string result;
     for (std::size_t at = 0; at < text.size(); ++at) {
@@ -72,8 +73,8 @@ std::string withoutControls(const std::string& text) {
     return result;
 }
 
-/// In the default table (and other one-byte tables) the marks have to go before the conversion, which does not know
-/// them.
+/// Removes the marks of one-byte tables, such as the default table. This must happen before the conversion, because
+/// iconv does not know them.
 std::vector<std::uint8_t> withoutMarks(Bytes text) {
     std::vector<std::uint8_t> kept;
     for (std::size_t at = 0; at < text.size; ++at) {
@@ -108,7 +109,7 @@ std::string toUtf8(Bytes text) {
     const bool sixteenBit = length != 0 && (first[0] == 0x11 || first[0] == 0x14);
     const char* const encoding = length == 0 ? nullptr : dvb_string_get_encoding(&first, &length, kDefaultTable);
     if (sixteenBit) {
-        // Both tables are big-endian here, whatever order the converter would take for its own.
+        // Both tables are big-endian in broadcasts; iconv's default byte order may differ.
         return toUtf8In("UTF-16BE", {first, length});
     }
     return toUtf8In(encoding == nullptr ? kDefaultTable : encoding, {first, length});

@@ -1,4 +1,4 @@
-// Text whose character table is known already.
+// Converts text whose character table is known.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace si {
 
-/// The bytes behind a text's mark of its character table as UTF-8; `encoding` by its name for iconv.
+/// Converts the bytes after a text's character table selector to UTF-8. `encoding` is iconv's name of the table.
 std::string toUtf8In(const char* encoding, Bytes text);
 
 }  // namespace si

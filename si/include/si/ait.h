@@ -1,7 +1,7 @@
 // AIT sections as plain values (TS 102 809, clause 5.3.4).
 // Threads: any.
 // Blocks:  never.
-// Fails:   no value, and `error` says what was wrong and where.
+// Fails:   no value, and `error` says what is wrong and where.
 #pragma once
 
 #include <optional>
@@ -22,7 +22,7 @@ struct Ait {
     struct Transport {
         std::uint16_t protocolId = 0;  ///< 1 object carousel, 3 HTTP
         std::uint8_t label = 0;
-        std::string urlBase;  ///< of HTTP
+        std::string urlBase;  ///< for HTTP
     };
     /// A platform profile that the application needs, with its version.
     struct Profile {
@@ -41,11 +41,11 @@ struct Ait {
         std::vector<Profile> profiles;
         std::uint8_t priority = 0;
         std::vector<std::string> boundaries;  ///< URL prefixes of the application's boundary extension
-        Descriptors descriptors;              ///< all of them, as they came
+        Descriptors descriptors;              ///< all descriptors, unchanged
 
-        /// Of the first transport by HTTP; empty without one.
+        /// The URL base of the first HTTP transport; empty if there is none.
         std::string urlBase() const;
-        /// Where the application starts: the HTTP base with the initial path, the path alone, or empty.
+        /// The application's entry point: URL base and initial path, only the path, or empty.
         std::string url() const;
     };
     std::uint16_t applicationType = 0;
@@ -59,7 +59,7 @@ struct Ait {
 
 std::optional<Ait> parseAit(Bytes section, std::string& error);
 
-/// "AUTOSTART" for 1 and so on; the number for a code that is not defined.
+/// The name of a control code, for example "AUTOSTART" for 1; the number if the code is not defined.
 std::string controlCodeName(std::uint8_t controlCode);
 
 }  // namespace si

@@ -1,5 +1,5 @@
-// Dates of tables, without time_t: where that has 32 bits, it ends in 2038 and begins in 1901, and tables have dates
-// from 1858 on.
+// Dates in tables. Does not use time_t, because tables have dates from 1858 on and a time_t of 32 bits covers only 1901
+// to 2038.
 // Threads: any.
 // Blocks:  never.
 // Fails:   never.
@@ -10,16 +10,17 @@
 
 namespace si {
 
-/// Since 1970 began in UTC, without leap seconds; negative before.
+/// Seconds since 1970-01-01 00:00 UTC, without leap seconds; negative for earlier times.
 using UtcSeconds = std::int64_t;
 
 constexpr std::int64_t kSecondsOfDay = 86400;
-/// The day on which UtcSeconds begin, as a Modified Julian Date.
+/// The Modified Julian Date of 1970-01-01, where UtcSeconds is 0.
 constexpr std::int64_t kEpochMjd = 40587;
 
-/// Of the Gregorian calendar; months from 1. A day behind the month's last is one of the next month.
+/// The start of a day of the Gregorian calendar. Months count from 1. A day after the last one of the month belongs to
+/// the next month.
 UtcSeconds utcSeconds(std::int64_t year, unsigned int month, std::int64_t day);
-/// The day of the time as Modified Julian Date, and the seconds of that day that have passed.
+/// The Modified Julian Date of a time, and the seconds since the start of that day.
 std::int64_t mjdOf(UtcSeconds time);
 std::int64_t secondOfDay(UtcSeconds time);
 

@@ -1,8 +1,8 @@
-// Object carousels as far as stream events need them: download messages, and the directories and stream event objects
-// in modules (ISO/IEC 13818-6, clauses 7.3 and 11.3; TS 102 809, Annex B.2).
+// The parts of object carousels that stream events need: download messages, and the directories and stream event
+// objects in modules (ISO/IEC 13818-6, clauses 7.3 and 11.3; TS 102 809, Annex B.2).
 // Threads: any.
 // Blocks:  never.
-// Fails:   no value for what is something else or does not fit.
+// Fails:   no value for another kind of message or malformed data.
 #pragma once
 
 #include <optional>
@@ -16,7 +16,7 @@ namespace si {
 constexpr std::uint8_t kDownloadControlTableId = 0x3B;
 constexpr std::uint8_t kDownloadDataTableId = 0x3C;
 
-/// Where an object is (BIOP::ObjectLocation).
+/// The location of an object (BIOP::ObjectLocation).
 struct ObjectReference {
     std::uint32_t carouselId = 0;
     std::uint16_t moduleId = 0;
@@ -31,9 +31,9 @@ struct ObjectReference {
 struct DownloadInfo {
     struct Module {
         std::uint16_t id = 0;
-        std::uint32_t size = 0;  ///< as it is sent
+        std::uint32_t size = 0;  ///< as broadcast, which may be compressed
         std::uint8_t version = 0;
-        std::optional<std::uint32_t> originalSize;  ///< of a module that is compressed
+        std::optional<std::uint32_t> originalSize;  ///< uncompressed size; only for a compressed module
     };
     std::uint32_t downloadId = 0;
     std::uint16_t blockSize = 0;
@@ -62,7 +62,7 @@ struct CarouselObject {
     };
     std::string key;
     Kind kind = Kind::other;
-    std::vector<Entry> entries;                  ///< of a directory, the service gateway included
+    std::vector<Entry> entries;                  ///< of a directory or the service gateway
     std::vector<EventName> events;               ///< of a stream event object
     std::vector<std::uint16_t> associationTags;  ///< of the streams that carry its events
 };
@@ -71,7 +71,7 @@ struct CarouselObject {
 std::optional<ObjectReference> serviceGateway(Bytes section);
 std::optional<DownloadInfo> downloadInfo(Bytes section);
 std::optional<DownloadBlock> downloadBlock(Bytes section);
-/// The directories and stream event objects of a module that is not compressed (any more), up to what does not fit.
+/// The directories and stream event objects of an uncompressed module. Stops at the first object that does not fit.
 std::vector<CarouselObject> carouselObjects(Bytes module);
 
 }  // namespace si

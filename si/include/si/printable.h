@@ -1,4 +1,4 @@
-// Text that is safe to show: a broadcaster's or a peer's text must not steer the terminal.
+// Makes text safe to show: text from a broadcaster or a peer must not control the terminal.
 // Threads: any.
 // Blocks:  never.
 // Fails:   never.
@@ -8,8 +8,8 @@
 
 namespace si {
 
-/// The text as UTF-8; control characters, marks that reverse the direction of writing, and bytes that are no UTF-8 are
-/// shown as \xNN.
+/// The text as UTF-8. Shows control characters, marks that change the writing direction, and bytes that are not UTF-8
+/// as \xNN.
 std::string printable(const std::string& text);
 
 }  // namespace si

@@ -1,7 +1,7 @@
-// Sections as bytes: what every table shares (ISO/IEC 13818-1, clause 2.4.4; EN 300 468, clause 5.1).
+// The fields that sections of all tables share (ISO/IEC 13818-1, clause 2.4.4; EN 300 468, clause 5.1).
 // Threads: any.
 // Blocks:  never.
-// Fails:   as each function says; nothing is read outside of the given bytes.
+// Fails:   as each function says; never reads beyond the given bytes.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 
 namespace si {
 
-/// Bytes that belong to somebody else.
+/// A range of bytes. Does not own them.
 struct Bytes {
     const std::uint8_t* data = nullptr;
     std::size_t size = 0;
@@ -25,16 +25,16 @@ struct Bytes {
 constexpr std::size_t kSectionHeaderSize = 3;
 constexpr std::size_t kLongestSection = 4096;
 
-/// section_length + 3: the whole section, as its first three bytes announce it. The bytes have to be there.
+/// section_length + 3: the size of the whole section. Needs the section's first three bytes.
 std::size_t announcedSize(const std::uint8_t* section);
 
-/// Fields of the long form; 0 where the section is too short to have them.
+/// Fields of the long form; 0 if the section is too short.
 std::uint16_t tableIdExtension(Bytes section);
 std::uint8_t sectionVersion(Bytes section);
 std::uint8_t sectionNumber(Bytes section);
 std::uint8_t lastSectionNumber(Bytes section);
 
-/// Whether CRC_32 is right, for sections that have one: those with section_syntax_indicator, and the TOT. Others pass.
+/// Whether CRC_32 is correct. Sections with section_syntax_indicator and the TOT have one; true for all others.
 bool crcIsRight(Bytes section);
 
 /// Computes CRC_32 over bytes.
@@ -42,11 +42,11 @@ std::uint32_t crc32(Bytes bytes);
 
 struct Descriptor {
     std::uint8_t tag = 0;
-    std::vector<std::uint8_t> bytes;  ///< behind tag and length
+    std::vector<std::uint8_t> bytes;  ///< the content, without tag and length
 };
 using Descriptors = std::vector<Descriptor>;
 
-/// Reads a descriptor loop. False when the last one does not fit; those before it are kept.
+/// Reads a descriptor loop. False if the last descriptor does not fit; keeps those before it.
 bool readDescriptors(Bytes loop, Descriptors& descriptors);
 
 }  // namespace si

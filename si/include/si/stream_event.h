@@ -2,7 +2,7 @@
 // 809, Annex B.2.4).
 // Threads: any.
 // Blocks:  never.
-// Fails:   never; what does not fit is left out.
+// Fails:   never; descriptors that do not fit are left out.
 #pragma once
 
 #include <vector>
@@ -15,11 +15,11 @@ constexpr std::uint8_t kStreamDescriptorTableId = 0x3D;
 
 struct StreamEvent {
     std::uint16_t id = 0;
-    std::uint64_t npt = 0;  ///< eventNPT, 33 bits; receivers of HbbTV take every event for one to be done now
+    std::uint64_t npt = 0;  ///< eventNPT, 33 bits; HbbTV receivers ignore it and fire every event at once
     std::vector<std::uint8_t> data;
 };
 
-/// The events of a section, in their order; none for a section of another table.
+/// The events of a section, in order; none for a section of another table.
 std::vector<StreamEvent> streamEvents(Bytes section);
 
 }  // namespace si

@@ -2,10 +2,9 @@
 // clauses 5.2.1, 5.2.3 and 5.2.4).
 // Threads: any.
 // Blocks:  never.
-// Fails:   no value, and `error` says what was wrong: a section that is not whole, or whose loops before the entries do
-//          not fit. Of an entry (a stream, a service, an event) with a descriptor that does not fit its loop, that
-//          descriptor and those behind it are missing; of a section with an entry that does not fit, that entry and
-//          those behind it.
+// Fails:   no value, and `error` gives the reason, if a section is incomplete or the loops before its entries do not fit.
+//          If a descriptor of an entry (a stream, a service, an event) does not fit, this and all later descriptors of
+//          the entry are left out. If an entry does not fit, this and all later entries are left out.
 #pragma once
 
 #include <optional>
@@ -19,7 +18,7 @@ namespace si {
 
 struct Pat {
     struct Program {
-        std::uint16_t serviceId = 0;  ///< never 0: the network PID is left out
+        std::uint16_t serviceId = 0;  ///< never 0, because the entry of the network PID is left out
         std::uint16_t pmtPid = 0;
     };
     std::uint16_t transportStreamId = 0;
@@ -56,7 +55,7 @@ struct Nit {
 struct Sdt {
     struct Service {
         std::uint16_t serviceId = 0;
-        std::uint8_t serviceType = 0;  ///< 0 without a service descriptor
+        std::uint8_t serviceType = 0;  ///< 0 if there is no service descriptor
         std::string name;              ///< UTF-8
         std::string provider;
     };
@@ -72,7 +71,7 @@ struct Sdt {
 struct Eit {
     struct Event {
         std::uint16_t eventId = 0;
-        std::optional<UtcSeconds> start;  ///< absent when undefined
+        std::optional<UtcSeconds> start;  ///< absent if undefined
         std::uint32_t durationSeconds = 0;
         std::uint8_t runningStatus = 0;
         std::string language;  ///< ISO 639-2, of the first short event descriptor
@@ -88,8 +87,8 @@ struct Eit {
     std::vector<Event> events;
 };
 
-/// original_network_id where no table has told it: one of the values for private temporary use, so no operator's
-/// network has it.
+/// Stands for an unknown original_network_id. The value is one for private temporary use, so no operator's network has
+/// it.
 constexpr std::uint16_t kUnknownNetworkId = 0xFFFF;
 
 std::optional<Pat> parsePat(Bytes section, std::string& error);
@@ -98,18 +97,18 @@ std::optional<Nit> parseNit(Bytes section, std::string& error);
 std::optional<Sdt> parseSdt(Bytes section, std::string& error);
 std::optional<Eit> parseEit(Bytes section, std::string& error);
 
-/// What a stream of a PMT carries, in a few words; descriptors tell private streams apart.
+/// A short text for the content of a PMT's stream. Descriptors identify the content of private streams.
 std::string streamName(const Pmt::Stream& stream);
 /// component_tag of the stream_identifier_descriptor (EN 300 468, clause 6.2.39).
 std::optional<std::uint8_t> componentTag(const Pmt::Stream& stream);
-/// Whether the stream has the association_tag: by its association_tag_descriptors, or where it has none by its
-/// component_tag, which is then the low byte (ISO/IEC 13818-6, clause 11.4.1; TS 102 809, Annex B.3.1).
+/// Whether the stream has the association_tag. A stream without association_tag_descriptors has one association_tag:
+/// its component_tag, with 0 in the high byte (ISO/IEC 13818-6, clause 11.4.1; TS 102 809, Annex B.3.1).
 bool hasAssociationTag(const Pmt::Stream& stream, std::uint16_t tag);
-/// First language of the ISO 639, subtitling or teletext descriptor; empty without one.
+/// First language of the ISO 639, subtitling or teletext descriptor; empty if there is none.
 std::string language(const Pmt::Stream& stream);
-/// PIDs on which HbbTV's AIT may come: the only stream with an application_signalling_descriptor, whatever that lists;
-/// of several, those whose descriptor lists HbbTV's application_type (TS 102 809, clause 5.3.5.1). The list is
-/// optional, so the AIT's own application_type decides.
+/// PIDs that may carry HbbTV's AIT. If only one stream has an application_signalling_descriptor, its PID, whatever the
+/// descriptor lists. If several have one, the PIDs whose descriptor lists HbbTV's application_type (TS 102 809, clause
+/// 5.3.5.1). The list is optional, so check the application_type of the AIT, too.
 std::vector<std::uint16_t> hbbtvAitPids(const Pmt& pmt);
 /// Whether an application_signalling_descriptor lists HbbTV's application_type.
 bool listsHbbTvAit(const Pmt& pmt);

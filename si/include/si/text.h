@@ -10,7 +10,7 @@
 
 namespace si {
 
-/// The text in its announced character table, without emphasis marks, with line breaks as blanks.
+/// Converts a text from its announced character table. Removes emphasis marks and replaces line breaks by blanks.
 std::string toUtf8(Bytes text);
 
 }  // namespace si
