@@ -1,4 +1,4 @@
-// What the database of a multiplex keeps and tells.
+// Tests of the tables that a multiplex's database stores and of the changes that it reports.
 #include "si_database.h"
 
 #include <gmock/gmock.h>
@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Keeps what it is told, as text.
+/// Records the reported changes as text.
 class KeepingListener : public broadcast::SiListener {
 public:
     std::vector<std::string> told;
@@ -77,7 +77,7 @@ protected:
         return {tableId, extension, static_cast<std::uint8_t>(part.version), static_cast<std::uint8_t>(part.number),
                 static_cast<std::uint8_t>(part.last)};
     }
-    /// Of network 1: services from the first one on, each named by its number.
+    /// An SDT of network 1 with consecutive services. Each has its number as its name.
     static tsmake::Section sdt(std::uint8_t tableId, std::uint16_t stream, Part part, unsigned int firstService,
                                unsigned int services) {
         tsmake::SectionWriter writer = table(tableId, stream, part);
@@ -88,7 +88,7 @@ protected:
         }
         return writer.finish();
     }
-    /// Of network 1: streams from the first one on, each with its number as a delivery system and one service, 7.
+    /// A NIT of network 1 with consecutive transport streams. Each has its number as delivery system, and service 7.
     static tsmake::Section nit(Part part, unsigned int firstStream, unsigned int streams) {
         tsmake::SectionWriter writer = table(0x40, 1, part);
         writer.open12().close().open12();
@@ -207,7 +207,7 @@ TEST_F(ADatabase, TellsAnEitSectionThatGoesBackToAnEarlierVersion) {
     EXPECT_THAT(listener.told, testing::ElementsAre("eit 28106 changed"));
 }
 
-TEST_F(ADatabase, ForgetsEitSectionsBehindTheLast) {
+TEST_F(ADatabase, ForgetsEitSectionsAboveTheLastNumber) {
     play(sample);
     tsmake::Section only = tsmake::eitSection(sample, sample.services[0], false);
     only[7] = 0;
@@ -215,7 +215,7 @@ TEST_F(ADatabase, ForgetsEitSectionsBehindTheLast) {
     EXPECT_THAT(database.eit(28106), testing::ElementsAre(versioned(only, 1)));
 }
 
-TEST_F(ADatabase, TellsAnEitSectionThatIsNumberedBehindTheLastOnce) {
+TEST_F(ADatabase, TellsEitSectionsAboveTheLastNumberOnce) {
     send(0, tsmake::patSection(sample));
     tsmake::Section section = tsmake::eitSection(sample, sample.services[0], true);
     section[7] = 0;
@@ -234,7 +234,7 @@ TEST_F(ADatabase, PassesOverSectionsThatAreNotValidYet) {
     EXPECT_TRUE(listener.told.empty());
 }
 
-TEST_F(ADatabase, TakesAnAitOfAnotherTypeForNoHbbTvApplication) {
+TEST_F(ADatabase, IgnoresAnAitOfAnotherType) {
     play(sample);
     listener.told.clear();
     tsmake::Section other = tsmake::aitSection(sample.services[0]);
@@ -279,7 +279,7 @@ TEST_F(ADatabase, FollowsAnAitWhoseTypeIsNotListed) {
     EXPECT_THAT(listener.told, testing::Contains("no hbbtv 28106"));
 }
 
-TEST_F(ADatabase, TakesAnUnlistedAitOfAnotherTypeForNoHbbTvApplication) {
+TEST_F(ADatabase, IgnoresAnUnlistedAitOfAnotherType) {
     tsmake::Service& service = sample.services[0];
     service.ait.emptySignalling = true;
     send(0, tsmake::patSection(sample));
@@ -325,14 +325,14 @@ TEST_F(ADatabase, NamesServicesWhoseSdtCameBeforeThePat) {
     EXPECT_EQ(database.channels().at(0).triplet(), "1:1025:28106");
 }
 
-TEST_F(ADatabase, LearnsTheNetworkFromTheEitWhereThereIsNoSdt) {
+TEST_F(ADatabase, LearnsTheNetworkFromTheEitWithoutSdt) {
     send(0, tsmake::patSection(sample));
     EXPECT_EQ(database.channels().at(0).triplet(), "65535:1025:28106");
     send(0x12, tsmake::eitSection(sample, sample.services[0], false));
     EXPECT_EQ(database.channels().at(0).triplet(), "1:1025:28106");
 }
 
-TEST_F(ADatabase, IsIdentifiedByTheNetworkOrByAPatThatComesAgainAndAgain) {
+TEST_F(ADatabase, IsIdentifiedByItsNetworkOrARepeatedPat) {
     constexpr int kRepetitions = 25;
     send(0, tsmake::patSection(sample));
     for (int count = 0; count < kRepetitions; ++count) {
@@ -365,7 +365,7 @@ TEST_F(ADatabase, ForgetsTheNamesThatANewSdtDoesNotHave) {
     EXPECT_THAT(others(), testing::ElementsAre("1:5:2 2"));
 }
 
-TEST_F(ADatabase, KeepsNamesUntilAllOfTheNewSdtIsThere) {
+TEST_F(ADatabase, KeepsNamesUntilTheNewSdtIsComplete) {
     send(0, tsmake::patSection(sample));
     send(0x11, tsmake::sdtSection(sample));
     send(0x11, sdt(0x42, 1025, {1, 1, 1}, 28107, 1));
@@ -393,7 +393,7 @@ TEST_F(ADatabase, ForgetsTheStreamsThatANewNitDoesNotHave) {
     EXPECT_THAT(others(), testing::ElementsAre("1:1:9 9", "1:2:7 ", "1:3:7 ")) << "what the SDT says stays";
 }
 
-TEST_F(ADatabase, KeepsNoMoreStreamsAndServicesThanANetworkHas) {
+TEST_F(ADatabase, LimitsStreamsAndServices) {
     constexpr unsigned int kMost = 1000;
     constexpr unsigned int kServices = 40;
     constexpr unsigned int kSections = 32;
@@ -409,7 +409,7 @@ TEST_F(ADatabase, KeepsNoMoreStreamsAndServicesThanANetworkHas) {
     EXPECT_EQ(others().size(), kMost);
 }
 
-TEST_F(ADatabase, NamesItsServicesHoweverManyStreamsAnSdtWasOf) {
+TEST_F(ADatabase, NamesItsServicesAmongTooManyStreams) {
     constexpr unsigned int kMany = 2000;
     for (unsigned int stream = 2000; stream < 2000 + kMany; ++stream) {
         send(0x11, sdt(0x42, static_cast<std::uint16_t>(stream), {0, 0, 0}, 1, 1));

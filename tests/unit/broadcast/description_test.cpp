@@ -1,4 +1,5 @@
-// Sections as trees: the generator's tables by their fields, descriptors by what they are, the rest by its bytes.
+// Tests of the description of sections as trees: fields of the generator's tables, known descriptors, and bytes for
+// everything else.
 #include "si/description.h"
 
 #include <gmock/gmock.h>
@@ -41,7 +42,7 @@ std::vector<std::uint8_t> bytesOfHex(std::string digits) {
     return hexBytes(digits);
 }
 
-/// The descriptor that is called so.
+/// The child descriptor with this name.
 const Node& descriptor(const Node& parent, const std::string& is) {
     static const Node kNone;
     for (const Node& node : parent.nodes) {
@@ -60,7 +61,8 @@ tsmake::Section longSection(std::uint8_t tableId, std::uint16_t extension, const
     return writer.finish();
 }
 
-/// A NIT with that loop of descriptors, which ends where its memory does.
+/// Describes a NIT with this loop of descriptors. Its memory ends with the section, so that sanitizers detect reads
+/// beyond it.
 Node nitWith(const std::vector<std::uint8_t>& loop) {
     tsmake::SectionWriter writer(0x40, 1, 0);
     writer.open12().text(std::string(loop.begin(), loop.end())).close().open12().close();
@@ -75,7 +77,7 @@ std::string hexOf(const std::vector<std::uint8_t>& bytes) {
     return node.fields[0].text;
 }
 
-/// Every tag with these contents has its tag and length, and then what it is or else its bytes.
+/// Expects a description of every tag with these contents: tag and length, then its fields or bytes.
 void expectEveryTagIsDescribed(const std::vector<std::uint8_t>& contents) {
     constexpr unsigned int kTags = 256;
     for (unsigned int tag = 0; tag < kTags; ++tag) {
@@ -151,7 +153,7 @@ TEST(ADescription, OfATdtAndATotIsTheTime) {
                 ElementsAre("table_id=0x70", "UTC_time=2026-01-01T09:01:01Z"));
     EXPECT_EQ(value(describeSection(bytesOfHex("707005 ffaf010203")), "UTC_time"), "2038-02-01T01:02:03Z");
     EXPECT_EQ(value(describeSection(bytesOfHex("707005 0000000000")), "UTC_time"), "1858-11-17T00:00:00Z");
-    // 45:00 on 13 October 1993, the example of the standard's annex; a local_time_offset for Germany, +01:00.
+    // 12:45:00 on 13 October 1993, the example in the standard's annex, and a local_time_offset of +01:00 for Germany.
     std::vector<std::uint8_t> tot = bytesOfHex("73701ac079124500f00f580d4445550201 00d8a2010000 0200");
     tot[2] = static_cast<std::uint8_t>(tot.size() + 4 - 3);
     tot.resize(tot.size() + 4);
@@ -192,7 +194,7 @@ TEST(ADescription, OfAnAitHasEveryDescriptorOfItsTable) {
     writer.openDescriptor(0x16).u8(1).close();
     writer.openDescriptor(0x17).u8(2).lengthText("http://a").lengthText("https://b").close();
     writer.openDescriptor(0x99).text("\x01\xAB").close();
-    writer.openDescriptor(0x16).close();  // known, and too short
+    writer.openDescriptor(0x16).close();  // a known descriptor that is too short
     writer.close().close();
     const Node ait = describeSection(writer.finish());
 
@@ -259,7 +261,7 @@ TEST(ADescription, OfAStreamEventHasItsIdAndPrivateData) {
     EXPECT_THAT(fields(node.nodes[1]), ElementsAre("tag=0x80", "length=1", "bytes=ff"));
 }
 
-TEST(ADescription, OfATableWithAWrongLengthHasWhatIsBesideIt) {
+TEST(ADescription, KeepsTheRestBesideAWrongLength) {
     tsmake::SectionWriter writer(0x42, 1025, 0);
     writer.u16(8468).u8(0xFF);
     writer.u16(1).u8(0xFC).open12().openDescriptor(0x52).u8(7).close().text("\x48\x05\x01").close();
@@ -276,7 +278,7 @@ TEST(ADescription, OfATableWithAWrongLengthHasWhatIsBesideIt) {
     EXPECT_EQ(value(sdt.nodes[2], "bytes"), "0003fcf00252");
 }
 
-TEST(ADescription, OfAPrivateDescriptorGoesByTheSpecifierBeforeIt) {
+TEST(ADescription, ReadsPrivateDescriptorsByTheirSpecifier) {
     const Node known = nitWith(bytesOfHex("5f04 00000028 8304 6dca fc01"));
     ASSERT_EQ(known.nodes.size(), 2U);
     EXPECT_EQ(value(known.nodes[1], "is"), "lcn sid=28106 visible lcn=1");
@@ -284,7 +286,7 @@ TEST(ADescription, OfAPrivateDescriptorGoesByTheSpecifierBeforeIt) {
     EXPECT_EQ(value(unknown.nodes[0], "bytes"), "6dcafc01");
 }
 
-TEST(ADescription, OfADescriptorWhoseInnerLengthsDoNotFitIsItsBytes) {
+TEST(ADescription, ShowsABadDescriptorByItsBytes) {
     for (const char* const loop : {
              "4502 01fe",                           // VBI data: 254 bytes, of none
              "4500 4800 5700 5e00",                 // nothing at all
@@ -310,7 +312,7 @@ TEST(ADescription, OfADescriptorWhoseInnerLengthsDoNotFitIsItsBytes) {
     }
 }
 
-TEST(ADescription, OfAnyDescriptorEndsWhateverItsContentsAre) {
+TEST(ADescription, EndsForEveryDescriptorContent) {
     constexpr std::uint8_t kBytes[] = {0x00, 0x01, 0x7F, 0xFE, 0xFF};
     constexpr std::size_t kMostShort = 12;
     for (const std::uint8_t first : kBytes) {
@@ -334,7 +336,7 @@ TEST(ADescription, OfAnyDescriptorEndsWhateverItsContentsAre) {
     }
 }
 
-TEST(ADescription, OfWhatCannotBeReadIsItsBytesAndTheReason) {
+TEST(ADescription, ShowsUnreadableDataByBytesAndReason) {
     tsmake::Section broken = tsmake::patSection(kSample);
     broken.back() ^= 1U;
     const Node node = describeSection(broken);
@@ -347,7 +349,7 @@ TEST(ADescription, OfWhatCannotBeReadIsItsBytesAndTheReason) {
     EXPECT_THAT(fields(unknown), ElementsAre("table_id=0xc0", "size=4", "bytes=c0700100"));
 }
 
-TEST(ADescription, NeverReadsOutsideOfASectionWhateverItsBytesAre) {
+TEST(ADescription, NeverReadsBeyondTheSection) {
     std::vector<tsmake::Section> sections = {
         tsmake::patSection(kSample),
         tsmake::pmtSection(kSample.services[0]),

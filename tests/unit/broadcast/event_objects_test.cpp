@@ -1,4 +1,4 @@
-// Names of stream events, read from carousels.
+// Tests of the names of stream events that are read from carousels.
 #include "event_objects.h"
 
 #include <gmock/gmock.h>
@@ -43,7 +43,7 @@ void feed(EventObjects& objects, const std::vector<Section>& sections) {
     }
 }
 
-/// Until nothing new comes of it, as a carousel does.
+/// Repeats the sections as a carousel does, often enough to read everything.
 void play(EventObjects& objects, const std::vector<Section>& sections) {
     constexpr int kRounds = 4;
     for (int round = 0; round < kRounds; ++round) {
@@ -51,7 +51,7 @@ void play(EventObjects& objects, const std::vector<Section>& sections) {
     }
 }
 
-/// What was written behind the header, without CRC_32.
+/// The bytes after the header, without CRC_32.
 std::string contentsOf(tsmake::SectionWriter& writer) {
     constexpr std::ptrdiff_t kHeader = 8;
     constexpr std::ptrdiff_t kCrc = 4;
@@ -59,15 +59,15 @@ std::string contentsOf(tsmake::SectionWriter& writer) {
     return {section.begin() + kHeader, section.end() - kCrc};
 }
 
-/// How a stream event object says what its stream has.
+/// The description of the stream in a stream event object.
 struct StreamInfo {
     std::size_t microsecondsWidth;
     std::string media;        // whether there are audio, video and data
-    std::string privateData;  // behind the names
+    std::string privateData;  // after the names
 };
 
-/// A stream event object with the names of events 1, 2, ...; those that some broadcasters write have the microseconds
-/// of the duration in four bytes.
+/// A stream event object with the names of events 1, 2, .... Some broadcasters write the microseconds of the duration
+/// in four bytes instead of two.
 Bytes streamEventObject(const StreamInfo& info, const std::vector<std::string>& names) {
     tsmake::SectionWriter named(0, 0, 0);
     named.u8(0)
@@ -97,13 +97,13 @@ Bytes streamEventObject(const StreamInfo& info, const std::vector<std::string>& 
     return {text.begin(), text.end()};
 }
 
-const std::string kData("\0\0\x01", 3);  // neither audio nor video, but data
+const std::string kData("\0\0\x01", 3);  // only data, no audio or video
 
 Bytes objectWithLongDuration() {
     return streamEventObject({4, std::string(3, '\0'), ""}, {"goal", "testevent"});
 }
 
-/// "name=id" of the only object's events.
+/// "name=id" of each event of the only object.
 std::vector<std::string> eventsOf(const Bytes& module) {
     std::vector<std::string> events;
     for (const si::CarouselObject& object : si::carouselObjects(module)) {
@@ -124,7 +124,7 @@ TEST(EventNames, AreReadFromACarousel) {
     EXPECT_EQ(objects.events()[0].carouselPid, kPid);
 }
 
-TEST(EventNames, AreIncompleteUntilEveryCarouselHasBeenLookedThrough) {
+TEST(EventNames, AreIncompleteUntilEveryCarouselIsRead) {
     EventObjects objects({kPid, kPid + 1});
     EXPECT_FALSE(objects.isComplete());
     const std::vector<Section> sections = tsmake::carouselSections(football());
@@ -149,7 +149,7 @@ TEST(EventNames, AreReadAgainWhenTheirModuleChanges) {
     EXPECT_THAT(namesOf(objects), testing::ElementsAre("events/football:ace=9@7"));
 }
 
-TEST(EventNames, AreTheSameInWhateverOrderTheirModulesCome) {
+TEST(EventNames, DoNotDependOnTheOrderOfModules) {
     std::vector<Section> sections = tsmake::carouselSections(football());
     std::mt19937 random(1);  // the same orders in every run
     for (int order = 0; order < 50; ++order) {
@@ -162,7 +162,7 @@ TEST(EventNames, AreTheSameInWhateverOrderTheirModulesCome) {
     }
 }
 
-TEST(EventNames, AboveWhatIsKeptArePassedOver) {
+TEST(EventNames, AreIgnoredAboveTheLimit) {
     const std::vector<Section> sections = tsmake::carouselSections(football());
     for (std::size_t limit = 0; limit < 2000; limit += 50) {
         EventObjects objects({kPid}, limit);
@@ -177,13 +177,13 @@ TEST(EventNames, AboveWhatIsKeptArePassedOver) {
 }
 
 TEST(EventNames, MakeRoomWhenTheirModuleChanges) {
-    // Two versions do not fit together.
+    // There is room for one version of the module, but not for two.
     constexpr std::size_t kLimit = 1500;
     EventObjects objects({kPid}, kLimit);
     for (std::uint16_t round = 0; round < 20; ++round) {
         tsmake::StreamEvents events = football();
         std::string name(1U + 2U * round, '0');
-        std::iota(name.begin(), name.end(), '0');  // so that the compressed module is of another size
+        std::iota(name.begin(), name.end(), '0');  // gives the compressed module another size
         events.events = {{round, name, "", 0}};
         play(objects, tsmake::carouselSections(events));
         ASSERT_FALSE(objects.hasPassedOver()) << round;
@@ -192,19 +192,19 @@ TEST(EventNames, MakeRoomWhenTheirModuleChanges) {
     }
 }
 
-TEST(EventNames, MayStandBehindALongDuration) {
+TEST(EventNames, MayFollowALongDuration) {
     EXPECT_THAT(eventsOf(objectWithLongDuration()), testing::ElementsAre("goal=1", "testevent=2"));
     EXPECT_THAT(si::carouselObjects(objectWithLongDuration()).at(0).associationTags, testing::ElementsAre(0x13));
 }
 
-TEST(EventNames, AreThoseThatUseUpTheirObject) {
-    // Read with a short duration, video and data of this object count one name, and the count's first byte is its
-    // length.
+TEST(EventNames, LeaveTheFewestBytesUnread) {
+    // If this object is read with the short duration, its video and data bytes look like a count of one name, and the
+    // first byte of the real count looks like the name's length.
     EXPECT_THAT(eventsOf(streamEventObject({4, kData, ""}, {"goal"})), testing::ElementsAre("goal=1"));
     EXPECT_THAT(eventsOf(streamEventObject({2, kData, ""}, {"goal"})), testing::ElementsAre("goal=1"));
 }
 
-TEST(EventNames, MayStandBeforePrivateData) {
+TEST(EventNames, MayPrecedePrivateData) {
     for (const std::size_t width : {std::size_t{2}, std::size_t{4}}) {
         EXPECT_THAT(eventsOf(streamEventObject({width, kData, "private"}, {"goal"})), testing::ElementsAre("goal=1"))
             << width;

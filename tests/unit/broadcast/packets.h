@@ -14,7 +14,7 @@
 using Bytes = std::vector<std::uint8_t>;
 using Packet = std::array<std::uint8_t, broadcast::kPacketSize>;
 
-/// A private section of `size` bytes in all, filled with a pattern, with a right CRC_32.
+/// A private section of `size` bytes, filled with a pattern and with a correct CRC_32.
 inline Bytes sectionOf(std::size_t size, std::uint8_t seed = 1, std::uint8_t tableId = 0x80) {
     constexpr std::size_t kFrame = 12;
     tsmake::SectionWriter writer(tableId, seed, 0);
@@ -24,7 +24,7 @@ inline Bytes sectionOf(std::size_t size, std::uint8_t seed = 1, std::uint8_t tab
     return writer.finish();
 }
 
-/// Changed bytes behind a right CRC_32.
+/// Gives changed bytes a correct CRC_32.
 inline Bytes withCrc(Bytes section) {
     section.resize(section.size() - 4);
     const std::uint32_t crc = si::crc32(section);
@@ -34,12 +34,12 @@ inline Bytes withCrc(Bytes section) {
     return section;
 }
 
-/// Packets of one PID, with their continuity counter.
+/// Makes packets of one PID and counts their continuity counter.
 class PacketMaker {
 public:
     explicit PacketMaker(std::uint16_t newPid = 100) : pid(newPid) {}
 
-    /// A packet whose payload begins with the bytes and is filled with stuffing.
+    /// A packet with these bytes at the start of its payload, filled with stuffing bytes.
     Packet packet(const Bytes& payload, bool unitStart) {
         Packet bytes;
         bytes.fill(0xFF);
@@ -51,7 +51,7 @@ public:
         return bytes;
     }
 
-    /// Sections one after the other, the next beginning where the one before ends.
+    /// Packets with consecutive sections and no stuffing between them.
     std::vector<Packet> packets(const std::vector<Bytes>& sections) {
         std::vector<Packet> result;
         Bytes stream;

@@ -1,4 +1,4 @@
-// PTS and TEMI timelines of packets, and the components of a PMT.
+// Tests of reading PTS and TEMI timelines from packets, and the components of a PMT.
 #include "pes_time.h"
 
 #include <gmock/gmock.h>
@@ -14,7 +14,7 @@ using broadcast::TemiTimeline;
 using broadcast::temiTimelinesOf;
 using broadcast::TsPacket;
 
-/// A packet that starts a PES packet, behind the adaptation field's bytes.
+/// A packet with an adaptation field and the start of a PES packet.
 Packet packetWith(const Bytes& adaptation, const Bytes& payload) {
     Packet packet;
     packet.fill(0xFF);
@@ -35,7 +35,7 @@ Packet packetWith(const Bytes& adaptation, const Bytes& payload) {
 // PTS 0x1_2345_6789 of 33 bits.
 const Bytes kPes = {0, 0, 1, 0xE0, 0, 0, 0x80, 0x80, 5, 0x29, 0x8D, 0x15, 0xCF, 0x13};
 
-// PCR, then an extension with one timeline: NTP alone, to be reloaded, paused, discontinuous.
+// PCR, then an extension with one timeline: only an NTP time stamp; force_reload, paused and discontinuity are set.
 const Bytes kNtp = {0x51, 0x00, 0x00, 0x7F, 0x21, 0x7E, 0x00, 0x0E, 0x00, 0x04, 0x0B,
                     0x23, 0x80, 0xA1, 0xE6, 0x42, 0xD9, 0xD5, 0x43, 0x4D, 0xAD, 0x31};
 
@@ -55,7 +55,7 @@ TEST(APts, IsReadWhereAPesPacketStarts) {
     EXPECT_EQ(ptsOf(TsPacket{packet.data()}), 0x123456789ULL);
 }
 
-TEST(APts, IsNotReadFromWhatIsNoStartOrIsScrambled) {
+TEST(APts, IsNotReadFromContinuedOrScrambledPackets) {
     Packet inside = packetWith({}, kPes);
     inside[1] = 0x01;
     EXPECT_EQ(ptsOf(TsPacket{inside.data()}), std::nullopt);
@@ -70,7 +70,7 @@ TEST(APts, IsNotReadFromWhatIsNoStartOrIsScrambled) {
     EXPECT_EQ(ptsOf(TsPacket{cut.data()}), std::nullopt);
 }
 
-TEST(ATemiTimeline, WithAnNtpTimeStampAloneHasItAsItsMediaTimestamp) {
+TEST(ATemiTimeline, UsesALoneNtpTimestampAsMediaTimestamp) {
     const std::vector<TemiTimeline> timelines = timelinesOf(kNtp);
     ASSERT_EQ(timelines.size(), 1U);
     EXPECT_EQ(timelines[0].id, 0xA1);
@@ -91,16 +91,16 @@ TEST(ATemiTimeline, HasATimestampOf32Or64Bits) {
     EXPECT_EQ(timelinesOf(wide)[0].mediaTimestamp, 0x100001000U);
 }
 
-TEST(ATemiTimeline, IsFoundBehindEveryOtherPartOfTheAdaptationField) {
+TEST(ATemiTimeline, IsFoundAfterAllOtherFields) {
     Bytes field = {0x1F};
     field.insert(field.end(), 6 + 6 + 1, 0x00);     // PCR, OPCR, splice_countdown
     field.insert(field.end(), {0x02, 0xAA, 0xBB});  // private data
     field.insert(field.end(), {0x18, 0xEF});        // extension with all its parts
     field.insert(field.end(), 2 + 3 + 5, 0x00);
     field.insert(field.end(), {0x0B, 0x00});                                // another descriptor, empty
-    field.insert(field.end(), {0x04, 0x0B, 0x40, 0x7F, 0x07, 0, 0, 0x03});  // cut
+    field.insert(field.end(), {0x04, 0x0B, 0x40, 0x7F, 0x07, 0, 0, 0x03});  // truncated
     EXPECT_THAT(timelinesOf(field), testing::IsEmpty());
-    field[17] = 0x1A;  // as long as it has to be
+    field[17] = 0x1A;  // the correct length
     field.insert(field.end(), {0xE8, 0, 0, 0x10, 0x00});
     ASSERT_EQ(timelinesOf(field).size(), 1U);
     EXPECT_EQ(timelinesOf(field)[0].id, 7);
@@ -115,14 +115,14 @@ TEST(ATemiTimeline, IsNotReadOutOfItsField) {
     EXPECT_THAT(timelinesOf(without), testing::IsEmpty()) << "af_descriptor_not_present_flag";
 }
 
-TEST(TheComponents, AreTheVideoAudioAndSubtitleStreamsInTheirOrder) {
+TEST(TheComponents, AreVideoAudioAndSubtitlesInOrder) {
     si::Pmt pmt;
     pmt.streams = {stream(0x1B, 100, {{0x52, {1}}}),
                    stream(0x06, 101, {{0x52, {2}}, {0x0A, {'d', 'e', 'u', 0}}, {0x6A, {0x80, 0x44}}}),
                    stream(0x05, 102, {{0x6F, {0, 0x10, 0xE0}}}),
                    stream(0x06, 103, {{0x59, {'f', 'r', 'a', 0x10, 0, 0, 0, 0}}, {0x09, {0, 1, 0xE0, 5}}}),
                    stream(0x03, 104, {{0x52, {4}}})};
-    // Of components 1 and 4: AVC 16:9, MPEG audio in two channels.
+    // Component descriptors for component_tag 1 and 4: AVC 16:9, MPEG audio with two channels.
     const si::Descriptors event = {{0x50, {0xF5, 0x03, 1, 'e', 'n', 'g'}}, {0x50, {0xF2, 0x03, 4, 'e', 'n', 'g'}}};
     const std::vector<si::Component> list = si::components(pmt, event);
     ASSERT_EQ(list.size(), 4U);
@@ -143,8 +143,8 @@ TEST(TheComponents, AreTheVideoAudioAndSubtitleStreamsInTheirOrder) {
     EXPECT_EQ(list[3].audioChannels, 2);
 }
 
-TEST(TheComponents, AreOfTeletextItsSubtitlePages) {
-    // Initial page, subtitle page, programme schedule, subtitle page for people who do not hear well; one is cut.
+TEST(TheComponents, IncludeTeletextSubtitlePages) {
+    // Initial page, subtitle page, programme schedule, subtitle page for the hard of hearing, and a truncated entry.
     si::Pmt pmt;
     pmt.streams = {
         stream(0x06, 100, {{0x52, {7}}, {0x56, {'d', 'e',  'u',  0x09, 0x00, 'd', 'e',  'u',  0x11, 0x50, 'd', 'e',

@@ -1,4 +1,4 @@
-// Packets to sections.
+// Tests of assembling sections from packets.
 #include "section_assembler.h"
 
 #include <gmock/gmock.h>
@@ -61,7 +61,7 @@ TEST_F(ASectionAssembler, GivesASectionWithoutSyntaxAsItIs) {
 }
 
 TEST_F(ASectionAssembler, TakesASectionWhoseHeaderIsSplitBetweenPackets) {
-    // 181 bytes of a first section leave two bytes of the packet for the second's header.
+    // After the 181 bytes of the first section, the packet has room for two bytes of the second one's header.
     const std::vector<Bytes> expected = {sectionOf(181), sectionOf(50, 2)};
     feed(maker.packets(expected));
     EXPECT_EQ(sections, expected);
@@ -108,7 +108,7 @@ TEST_F(ASectionAssembler, TakesAThirdCopyForAGap) {
     EXPECT_EQ(assembler.counts().continuityErrors, 1U);
 }
 
-TEST_F(ASectionAssembler, TakesTheSameCounterWithAnotherPayloadForAGapAndUsesThePayload) {
+TEST_F(ASectionAssembler, TakesARepeatedCounterWithNewPayloadForAGap) {
     PacketMaker same;
     feed(maker.packets({sectionOf(60, 1)}));
     feed(same.packets({sectionOf(60, 2)}));
@@ -116,7 +116,7 @@ TEST_F(ASectionAssembler, TakesTheSameCounterWithAnotherPayloadForAGapAndUsesThe
     EXPECT_EQ(assembler.counts().continuityErrors, 1U);
 }
 
-TEST_F(ASectionAssembler, DoesNotUsePacketsWithATransportErrorOrScrambling) {
+TEST_F(ASectionAssembler, IgnoresBrokenAndScrambledPackets) {
     Packet broken = maker.packets({sectionOf(60)})[0];
     broken[1] |= 0x80;
     feed(broken);
@@ -137,13 +137,13 @@ TEST_F(ASectionAssembler, NeverGivesASectionWithAWrongCrc) {
     EXPECT_EQ(assembler.counts().crcErrors, 57U);
 }
 
-TEST_F(ASectionAssembler, TakesAPointerBeyondThePacketForNothing) {
+TEST_F(ASectionAssembler, IgnoresAPointerBeyondThePacket) {
     feed(maker.packet({0xFE, 0x80, 0xB0}, true));
     feed(maker.packets({sectionOf(60)}));
     EXPECT_THAT(sections, testing::ElementsAre(sectionOf(60)));
 }
 
-TEST_F(ASectionAssembler, StartsAnewAfterADiscontinuityWithoutCountingAGap) {
+TEST_F(ASectionAssembler, CountsNoGapAtADiscontinuity) {
     feed(maker.packets({sectionOf(500)})[0]);
     assembler.discontinuity();
     PacketMaker other;

@@ -1,4 +1,4 @@
-// Reading tables: what the generator writes comes back as it was meant, and nothing broken is taken.
+// Tests of the table readers: they return what the generator wrote, and refuse malformed sections.
 #include "tables.h"
 
 #include <gmock/gmock.h>
@@ -27,8 +27,8 @@ void expectNothingBrokenIsTaken(const tsmake::Section& good, Parse parse) {
         EXPECT_FALSE(parse(tsmake::Section(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length)), error));
         EXPECT_FALSE(error.empty());
     }
-    // Any byte may be anything behind a right CRC_32: then the fields have to fit, or it is refused. The sanitizers
-    // watch that nothing outside of the section is read.
+    // With a correct CRC_32 any byte may have any value. Then either the fields fit or the section is refused. The
+    // sanitizers check that nothing beyond the section is read.
     for (std::size_t at = 3; at + 4 < good.size(); ++at) {
         for (const std::uint8_t value : kTellingBytes) {
             tsmake::Section changed = good;
@@ -67,7 +67,7 @@ TEST(APmt, TellsItsStreamsApart) {
     expectNothingBrokenIsTaken(tsmake::pmtSection(kSample.services[0]), si::parsePmt);
 }
 
-TEST(APmt, WithAnAitOfAnotherTypeOrNoneSignalsNoHbbTv) {
+TEST(APmt, SignalsNoHbbTvWithAnotherAitOrNone) {
     si::Pmt pmt;
     pmt.streams = {{0x05, 300, {{0x6F, {0x80, 0x01, 0xE0}}}},
                    {0x05, 301, {{0x6F, {}}}},
@@ -89,7 +89,7 @@ TEST(APmt, WithOneAitStreamNeedNotListItsType) {
 
 namespace {
 
-/// A loop with that descriptor, and one that says it is longer than the loop.
+/// Writes a loop with this descriptor and another one whose length exceeds the loop.
 void writeLoopWithWrongLength(tsmake::SectionWriter& writer, std::uint8_t tag, const std::string& contents) {
     writer.open12().openDescriptor(tag).text(contents).close().text("\x52\xFF\x01").close();
 }
@@ -100,7 +100,7 @@ void writeService(tsmake::SectionWriter& writer, unsigned int id, const std::str
 
 }  // namespace
 
-TEST(APmt, WithADescriptorThatDoesNotFitKeepsWhatIsBesideIt) {
+TEST(APmt, KeepsTheRestBesideABadDescriptor) {
     tsmake::SectionWriter writer(0x02, 7, 0);
     writer.u16(0xE101);
     writeLoopWithWrongLength(writer, 0x0C, "abcd");
@@ -119,7 +119,7 @@ TEST(APmt, WithADescriptorThatDoesNotFitKeepsWhatIsBesideIt) {
     EXPECT_EQ(si::language(pmt->streams[1]), "deu");
 }
 
-TEST(ANit, WithADescriptorThatDoesNotFitKeepsWhatIsBesideIt) {
+TEST(ANit, KeepsTheRestBesideABadDescriptor) {
     tsmake::SectionWriter writer(0x40, 9, 0);
     writeLoopWithWrongLength(writer, 0x40, "Net");
     writer.open12().u16(1).u16(2);
@@ -137,7 +137,7 @@ TEST(ANit, WithADescriptorThatDoesNotFitKeepsWhatIsBesideIt) {
     EXPECT_EQ(nit->transportStreams[1].descriptors.size(), 1U);
 }
 
-TEST(AnSdt, WithADescriptorThatDoesNotFitKeepsWhatIsBesideIt) {
+TEST(AnSdt, KeepsTheRestBesideABadDescriptor) {
     tsmake::SectionWriter writer(0x42, 1025, 0);
     writer.u16(8468).u8(0xFF);
     writeService(writer, 1, "One");
@@ -155,7 +155,7 @@ TEST(AnSdt, WithADescriptorThatDoesNotFitKeepsWhatIsBesideIt) {
     EXPECT_EQ(sdt->services[2].name, "Three");
 }
 
-TEST(AnSdt, WithAServiceThatDoesNotFitKeepsThoseBeforeIt) {
+TEST(AnSdt, KeepsTheServicesBeforeABadOne) {
     tsmake::SectionWriter writer(0x42, 1025, 0);
     writer.u16(8468).u8(0xFF);
     writeService(writer, 1, "One");
@@ -168,7 +168,7 @@ TEST(AnSdt, WithAServiceThatDoesNotFitKeepsThoseBeforeIt) {
     EXPECT_EQ(sdt->services[0].name, "One");
 }
 
-TEST(AnEit, WithADescriptorThatDoesNotFitKeepsWhatIsBesideIt) {
+TEST(AnEit, KeepsTheRestBesideABadDescriptor) {
     tsmake::SectionWriter writer(0x4E, 1, 0);
     writer.u16(2).u16(3).u8(0).u8(0x4E);
     writer.u16(10).text(std::string(8, '\xFF'));
@@ -186,7 +186,7 @@ TEST(AnEit, WithADescriptorThatDoesNotFitKeepsWhatIsBesideIt) {
     EXPECT_EQ(eit->events[1].name, "Next");
 }
 
-TEST(ATable, WhoseLoopBeforeTheEntriesDoesNotFitIsRefused) {
+TEST(ATable, IsRefusedIfItsFirstLoopDoesNotFit) {
     std::string error;
     tsmake::Section pmt = tsmake::pmtSection(kSample.services[0]);
     pmt[10] |= 0x0FU;
@@ -234,7 +234,7 @@ TEST(AnEit, GivesTimesInUtcAndTextsInUtf8) {
 
 namespace {
 
-/// The start of an event with those five bytes.
+/// The start time of an event with these five bytes.
 std::optional<si::UtcSeconds> startOf(const std::string& field) {
     tsmake::SectionWriter writer(0x4E, 1, 0);
     writer.u16(1).u16(1).u8(0).u8(0x4E).u16(1).text(field).u8(0).u8(0).u8(0).open12().close();
@@ -319,7 +319,7 @@ TEST(AText, IsReadInItsAnnouncedCharacterTable) {
               "Föhn");
 }
 
-TEST(AText, LosesItsEmphasisMarksAndKeepsItsLineBreaksAsBlanks) {
+TEST(AText, HasNoEmphasisMarksAndBlanksForLineBreaks) {
     EXPECT_EQ(utf8("a\x86"
                    "b\x87"
                    "c\x8A"
@@ -332,7 +332,7 @@ TEST(AText, LosesItsEmphasisMarksAndKeepsItsLineBreaksAsBlanks) {
               "ab c");
 }
 
-TEST(AText, OfSixteenBitUnitsLosesNothingBesideOneThatCannotBeRead) {
+TEST(AText, KeepsTheRestBesideABadWideUnit) {
     const std::string replacement = "\xEF\xBF\xBD";
     EXPECT_EQ(utf8(std::string("\x11\x00"
                                "a\xDC\x00\x00"
@@ -353,7 +353,7 @@ TEST(AText, OfSixteenBitUnitsLosesNothingBesideOneThatCannotBeRead) {
     EXPECT_EQ(utf8("\x11\xD8"), replacement);
 }
 
-TEST(AText, ThatCannotBeReadLosesNothingBesideIt) {
+TEST(AText, KeepsTheRestBesideBadBytes) {
     EXPECT_EQ(utf8("\x15"
                    "a\xFF"
                    "b"),

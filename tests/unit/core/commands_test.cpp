@@ -1,4 +1,4 @@
-// Commands on their way to the loop.
+// Tests of posting commands to the loop.
 #include "commands.h"
 
 #include <gmock/gmock.h>
@@ -14,7 +14,7 @@ class ACommand : public testing::Test {
 protected:
     ACommand() { recording::reset(); }
 
-    /// Runs what has been posted so far.
+    /// Runs all posted tasks.
     void runLoop() { loop.runUntil(dtvservice::EventLoop::Clock::now()); }
     static frame::MsgIds from(Browser browser) {
         frame::MsgIds ids;
@@ -50,7 +50,7 @@ TEST_F(ACommand, IsRefusedByItsNameWhereNothingHandlesIt) {
                                                     "refused: nothing here handles cmdSendPtsRequest\n")));
 }
 
-TEST_F(ACommand, StandsBetweenTheComingAndTheGoingOfItsBrowser) {
+TEST_F(ACommand, ArrivesWhileItsBrowserIsConnected) {
     commands.on.cmdSendPMTCache = [this](Browser asker) { heard.push_back(std::to_string(asker) + " asks"); };
     frame::TransportInfo peer;
     peer.peer = 4;

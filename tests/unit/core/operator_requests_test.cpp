@@ -1,4 +1,4 @@
-// Operators' requests and their answers, line by line.
+// Tests of operators' requests and their answers.
 #include "operator_requests.h"
 
 #include <gtest/gtest.h>
@@ -16,14 +16,14 @@ protected:
 
 }  // namespace
 
-TEST_F(AnOperatorsRequest, IsAnsweredByAllThatHaveSomethingToSay) {
+TEST_F(AnOperatorsRequest, IsAnsweredByAllItsHandlers) {
     requests.add("status", [](const json&) { return json{{"slots", 2}}; });
     requests.add("other", [](const json&) { return json{{"unasked", true}}; });
     requests.add("status", [](const json&) { return json{{"layers", 3}}; });
     EXPECT_EQ(requests.answer(R"({"command":"status"})"), R"({"layers":3,"ok":true,"slots":2})");
 }
 
-TEST_F(AnOperatorsRequest, IsRefusedWithWhatIsWrongWithIt) {
+TEST_F(AnOperatorsRequest, IsRefusedWithTheReason) {
     requests.add("osd", [](const json& request) {
         return json{{"was", dtvservice::getNumber<std::uint8_t>(request, "layer")}};
     });

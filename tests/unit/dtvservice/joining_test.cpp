@@ -1,4 +1,4 @@
-// Browsers that join a set that presents something already.
+// Tests of browsers that connect while a service is presented.
 #include "running_set.h"
 
 namespace {
@@ -11,7 +11,7 @@ const std::string kAcquired = "onAcquireDtvServiceInfo(" + shownValue(std::strin
 
 class ABrowserThatJoins : public ARunningSet {
 protected:
-    /// What a tune tells behind the service itself.
+    /// The events of a tune, without the first one that names the service.
     Texts tunedTo(unsigned int sid) {
         heard.take(kFirst);
         tune(kFirst, sid);
@@ -24,7 +24,7 @@ protected:
 
 }  // namespace
 
-TEST_F(ABrowserThatJoins, IsToldWhatATuneTellsInTheSameOrder) {
+TEST_F(ABrowserThatJoins, GetsTheEventsOfATuneInTheSameOrder) {
     play(sample);
     join(kFirst);
     Texts expected = tunedTo(28106);
@@ -39,7 +39,7 @@ TEST_F(ABrowserThatJoins, IsToldWhatATuneTellsInTheSameOrder) {
     EXPECT_THAT(heard.take(kFirst), testing::IsEmpty()) << "it knows all that";
 }
 
-TEST_F(ABrowserThatJoins, IsToldItAgainWhenItHasStarted) {
+TEST_F(ABrowserThatJoins, GetsThemAgainWhenItHasStarted) {
     play(sample);
     join(kFirst);
     join(kSecond);
@@ -51,7 +51,7 @@ TEST_F(ABrowserThatJoins, IsToldItAgainWhenItHasStarted) {
     EXPECT_THAT(heard.take(kFirst), testing::IsEmpty());
 }
 
-TEST_F(ABrowserThatJoins, IsToldNothingWhereNothingIsPresented) {
+TEST_F(ABrowserThatJoins, GetsNothingIfNothingIsPresented) {
     join(kFirst);
     sends(kFirst, &Commands::cmdSendPMTCache);
     EXPECT_THAT(heard.take(kFirst), testing::IsEmpty());

@@ -1,4 +1,4 @@
-// What is kept of browsers for the operator.
+// Tests of the browsers' state that the service keeps for the operator.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// Requests for the presented service's time that cannot be answered.
+// Tests of requests for the presented service's time that cannot be answered.
 #include "packets.h"
 #include "running_set.h"
 
@@ -8,7 +8,7 @@ constexpr dtvservice::Browser kBrowser = 1;
 
 class APtsRequest : public ARunningSet {
 protected:
-    /// The sample, with changed packets of the first service's video, which carries the PCR as well.
+    /// Plays the sample, with changes to the packets of the first service's video. Its PID also carries the PCR.
     void playVideo(const std::function<void(std::uint8_t* packet)>& change) {
         play(sample, [&](std::uint8_t* packet) {
             if (broadcast::TsPacket{packet}.pid() == sample.services[0].components[0].pid) {
@@ -16,7 +16,7 @@ protected:
             }
         });
     }
-    /// Asks, and expects the reason why there is no answer.
+    /// Sends a request and expects this reason for the missing answer in the log.
     void expectReason(const std::string& reason) {
         recording::reset();
         sends(kBrowser, &dtvservice::Commands::cmdSendPtsRequest, 7U);

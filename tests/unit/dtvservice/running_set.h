@@ -1,4 +1,5 @@
-// A service without a process: the core with all of its rooms, fed with a made broadcast, and what each browser hears.
+// ARunningSet: the core with all rooms, without a process. It plays a generated broadcast and records each browser's
+// events.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -14,12 +15,12 @@
 #include "rooms.h"
 #include "scheduler.h"
 
-/// Keeps every event as text for the browser that it goes to.
+/// Records each browser's events as text.
 class HeardByBrowsers : public lo::browserdvbservice::ClientInterface {
 public:
     using Texts = std::vector<std::string>;
 
-    /// What a browser has heard since it was last asked for.
+    /// The browser's events since the previous call.
     Texts take(dtvservice::Browser browser) { return std::exchange(heard[browser], {}); }
 
 #define EVENT(identifier, operation, Message, decoder, fields)                                          \
@@ -48,7 +49,7 @@ protected:
         demux = &core.addMultiplex().demux;
     }
 
-    /// Two seconds of a broadcast; each packet may be changed before it is played.
+    /// Plays two seconds of a broadcast. `change` may modify each packet before it is played.
     void play(const tsmake::Multiplex& multiplex, const std::function<void(std::uint8_t* packet)>& change = {}) {
         tsmake::writeMultiplex(multiplex, 2, [&](const std::uint8_t* packet) {
             std::uint8_t bytes[broadcast::kPacketSize];

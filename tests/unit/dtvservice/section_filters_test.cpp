@@ -1,4 +1,4 @@
-// Section filters of the reference service.
+// Tests of the reference service's section filters.
 #include "section_filters.h"
 
 #include <gmock/gmock.h>
@@ -33,7 +33,7 @@ protected:
     bool open(const std::string& session, unsigned int pid, const Bytes& match = {}, const Bytes& mask = {}) {
         return filters.open(1, session, pid, match, mask, error);
     }
-    /// The session that the next section of the queue is for.
+    /// The session of the next section in the queue.
     std::string receive() {
         SectionDataIPCMessage message;
         message.data = new std::uint8_t[SectionDataIPCMessage::kBufferSize];
@@ -98,7 +98,7 @@ TEST_F(SomeFilters, AreRefusedWithTheReason) {
     EXPECT_FALSE(filters.setQueue(2, "SECTION-nobody"));
 }
 
-TEST_F(SomeFilters, LoseWhatAStalledBrowserDoesNotReadWithOneLineASecond) {
+TEST_F(SomeFilters, DropUnreadSectionsWithOneLogLineASecond) {
     ASSERT_TRUE(open("a", 100));
     const auto begin = std::chrono::steady_clock::now();
     for (std::uint8_t seed = 1; seed < 50; ++seed) {
@@ -122,7 +122,7 @@ TEST_F(SomeFilters, GoWithTheirBrowser) {
     EXPECT_EQ(demux.counts().packets, 0U) << "nobody follows the PID";
 }
 
-TEST_F(SomeFilters, BringAServicesPmtToWhoAskedForIt) {
+TEST_F(SomeFilters, SendAServicesPmtToItsRequester) {
     filters.openPmt(1, "pmt", 28106);
     const Bytes section = sectionOf(60, 1, 0x02);
     filters.pmtChanged(28107, section);

@@ -1,4 +1,4 @@
-// Names of stream events, from carousels as they are broadcast.
+// Tests of finding the names of stream events in broadcast carousels.
 #include "stream_event_listeners.h"
 
 #include <gmock/gmock.h>
@@ -15,7 +15,7 @@ using dtvservice::StreamEventListeners;
 constexpr std::uint16_t kFirstPid = 100;
 constexpr std::uint16_t kCarousels = 24;
 
-/// As many events as an object has at most, as deep as directories go.
+/// The maximum number of events of an object, at the maximum depth of directories.
 tsmake::StreamEvents manyEvents() {
     constexpr std::uint16_t kEvents = 255;
     constexpr std::size_t kDirectories = 15;
@@ -32,7 +32,7 @@ tsmake::StreamEvents manyEvents() {
 
 }  // namespace
 
-TEST(AnEventsName, IsLookedForWithOneWarningWhereCarouselsHaveMoreThanIsKept) {
+TEST(AnEventsName, CausesOneWarningAboveTheLimit) {
     recording::reset();
     dtvservice::EventLoop loop;
     broadcast::Demux demux;

@@ -1,4 +1,4 @@
-// Timelines of the presented service, packet by packet.
+// Tests of the presented service's timelines, packet by packet.
 #include "timelines.h"
 
 #include <gmock/gmock.h>
@@ -12,7 +12,7 @@ constexpr std::uint16_t kPid = 100;
 constexpr std::uint8_t kTag = 7;
 constexpr dtvservice::Timelines::Peer kBrowser = 1;
 
-/// A packet with one time stamp in its adaptation field; scrambled, so that no PTS can be read from it.
+/// A packet with one time stamp in its adaptation field. It is scrambled, so it has no readable PTS.
 Packet stampOf(std::uint8_t timelineId, std::uint8_t timestamp) {
     Packet packet = PacketMaker(kPid).packet({}, true);
     const Bytes field = {0x10, 0x01, 0x0E, 0x0F, 0x04, 0x0B, 0x40, 0x7F,     timelineId,
@@ -73,7 +73,7 @@ TEST_F(SomeTimelines, KeepNothingThatNobodyFollows) {
     EXPECT_THAT(told, testing::IsEmpty());
 }
 
-TEST_F(SomeTimelines, ForgetWhatWaitedForThoseThatAreGone) {
+TEST_F(SomeTimelines, ForgetTimeStampsThatNobodyFollows) {
     constexpr dtvservice::Timelines::Peer kOther = 2;
     timelines.startTimeline(kBrowser, kTag, 9);
     timelines.startTimeline(kOther, kTag, 10);
@@ -90,7 +90,7 @@ TEST_F(SomeTimelines, ForgetWhatWaitedForThoseThatAreGone) {
     EXPECT_THAT(told, testing::ElementsAre("1:7:9=2@4886718345"));
 }
 
-TEST_F(SomeTimelines, KeepWhatWaitsInAStreamThatStays) {
+TEST_F(SomeTimelines, KeepWaitingTimeStampsAcrossAPmt) {
     timelines.startTimeline(kBrowser, kTag, 9);
     feed(stampOf(9, 1));
     timelines.follow(demux, {video}, kPid);

@@ -1,4 +1,4 @@
-// DVB adapters as inputs. No adapter is needed: the functions of libdvbv5 that reach one are played by the test.
+// Tests of DVB adapters as inputs. They need no adapter: the test replaces the functions of libdvbv5 that access one.
 #include "dvb_source.h"
 
 #include <fcntl.h>
@@ -16,7 +16,7 @@ namespace {
 
 using dtvservice::InputName;
 
-/// What the adapter does, and what was done with it.
+/// The behaviour of the simulated adapter, and a record of the calls.
 struct Adapter {
     std::set<std::string> missing;  // devices
     std::set<std::string> failing;  // steps
@@ -28,7 +28,7 @@ struct Adapter {
     bool isFreed = false;
 } adapter;
 
-/// An error without the name that it begins with.
+/// An error without the input's name at its beginning.
 std::string behind(const std::string& begin, const std::string& error) {
     return error.compare(0, begin.size(), begin) == 0 ? error.substr(begin.size()) : "(no name) " + error;
 }
@@ -157,7 +157,7 @@ protected:
     std::unique_ptr<dtvservice::ByteSource> open(const char* input = kCable) {
         return dtvservice::openDvb(inputOf(input), wakeUp, error);
     }
-    /// The error of an adapter that fails a step.
+    /// The error if the adapter fails at this step.
     std::string errorOf(const std::string& step) {
         adapter.failing = {step};
         EXPECT_EQ(open(), nullptr);
@@ -239,7 +239,7 @@ TEST_F(AnAdapter, MayBeEndedWhileItIsTuned) {
     EXPECT_EQ(errorOf("lock"), "ended while it was tuned");
 }
 
-TEST_F(AnAdapter, IsRefusedPropertiesThatAreNone) {
+TEST_F(AnAdapter, RefusesInvalidProperties) {
     const auto problem = [](const std::string& options) {
         const std::string name = "dvb://0?" + options;
         return behind("input \"" + name + "\": ", dtvservice::checkDvb(inputOf(name)));

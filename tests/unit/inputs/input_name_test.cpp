@@ -1,4 +1,4 @@
-// Inputs as they are named on the command line.
+// Tests of parsing the names of inputs on the command line.
 #include "input_name.h"
 
 #include <gtest/gtest.h>
@@ -40,7 +40,7 @@ TEST(AnInput, OfDatagramsHasAHostAndAPort) {
     EXPECT_EQ(parsed("rtp://:65535").host, "");
 }
 
-TEST(AnInput, ThatCannotBeIsRefusedWithWhatIsWrong) {
+TEST(AnInput, IsRefusedWithTheReason) {
     EXPECT_EQ(complaint(""), "input \"\": no file is named");
     EXPECT_EQ(complaint("file:"), "input \"file:\": no file is named");
     EXPECT_EQ(complaint("http://x"), "input \"http://x\": unknown kind of input \"http\"");

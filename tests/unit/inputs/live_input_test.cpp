@@ -1,4 +1,4 @@
-// Datagrams on their way to a loop that is busy.
+// Tests of datagrams that arrive while the loop is busy.
 #include "live_input.h"
 
 #include <arpa/inet.h>
@@ -40,7 +40,7 @@ protected:
     }
     ~ABusyLoop() override { close(descriptor); }
 
-    /// Sends so many packets, no faster than the input takes them.
+    /// Sends this number of packets, no faster than the input receives them.
     void send(std::size_t packets) {
         const Packet packet = PacketMaker(100).packet({}, false);
         Bytes datagram;
@@ -77,7 +77,7 @@ protected:
 
 private:
     const sockaddr* asGeneric() const { return reinterpret_cast<const sockaddr*>(&address); }
-    /// What the input's socket has not handed over yet; none before there is one.
+    /// The bytes that wait in the input's socket; nothing before the socket exists.
     std::optional<std::size_t> waitingBytes() const {
         char wanted[16];
         std::snprintf(wanted, sizeof wanted, ":%04X", ntohs(address.sin_port));
@@ -99,14 +99,14 @@ private:
 
 }  // namespace
 
-TEST_F(ABusyLoop, FindsASecondOfDatagramsWaiting) {
-    constexpr std::size_t kPackets = 26600;  // of 40 Mbit/s
+TEST_F(ABusyLoop, FindsASecondOfDatagrams) {
+    constexpr std::size_t kPackets = 26600;  // a second at 40 Mbit/s
     send(kPackets);
     EXPECT_TRUE(takes(kPackets)) << demux.packets();
     EXPECT_EQ(linesOfLoss(), 0U);
 }
 
-TEST_F(ABusyLoop, FindsNoMoreThanThat) {
+TEST_F(ABusyLoop, FindsNoMoreThanTheLimit) {
     send(LiveInput::kMostUnderWay + 700);
     EXPECT_TRUE(eventually([this] { return linesOfLoss() != 0; }));
     input.reset();

@@ -1,4 +1,4 @@
-// Files on their way into a demultiplexer, step by step.
+// Tests of playing a file into a demultiplexer, step by step.
 #include "player.h"
 
 #include <gmock/gmock.h>
@@ -11,7 +11,7 @@
 
 namespace {
 
-/// A file for the length of a test.
+/// Plays a temporary file.
 class APlayback : public testing::Test {
 protected:
     APlayback() : file(fdopen(mkstemp(path), "wb")) {}
@@ -49,13 +49,13 @@ TEST_F(APlayback, LetsOthersPlayWhileItLooksForItsNextPacket) {
     EXPECT_EQ(stepsWithoutPacket, 8) << "one a megabyte";
 }
 
-TEST_F(APlayback, BeginsAgainAtItsEndAlone) {
+TEST_F(APlayback, RestartsOnlyAtItsEnd) {
     writePackets(10);
     write(Bytes(std::size_t{2} << 20U, 0x00));
     std::fclose(file);
     std::string error;
     dtvservice::Playback playback(path, dtvservice::PacketFile::open(path, error), demux, dtvservice::Repeat::forever);
-    constexpr int kSteps = 12;  // ten packets, the first of the two megabytes, and behind the other one the next round
+    constexpr int kSteps = 12;  // ten packets, the first megabyte without packets, and after the second one the restart
     for (int step = 0; step < kSteps; ++step) {
         ASSERT_TRUE(playback.due());
         playback.feed();

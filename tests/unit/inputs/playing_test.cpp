@@ -1,4 +1,4 @@
-// Files as rows of packets, and the time at which each is due.
+// Tests of reading packets from files, of the time at which each packet is due, and of the generator.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -14,7 +14,7 @@
 
 namespace {
 
-/// A file for the length of a test.
+/// A temporary file.
 class AFile : public testing::Test {
 protected:
     AFile() {
@@ -34,7 +34,7 @@ protected:
         std::fclose(file);
         return dtvservice::PacketFile::open(path, error);
     }
-    /// So many packets of PID 100 in their order, and nothing between them.
+    /// Expects this number of packets of PID 100, in order and without others between them.
     void expectPackets(int expected) {
         const auto packets = open();
         ASSERT_TRUE(packets) << error;
@@ -124,7 +124,7 @@ TEST_F(AFile, WithOnePacketIsARowOfOne) {
 TEST_F(AFile, MayHaveATimeStampInFrontOfEachPacket) {
     PacketMaker maker(100);
     for (int index = 0; index < 20; ++index) {
-        write({static_cast<std::uint8_t>(0x47 + index), 0x00, 0x33, 0x00});  // the first looks like a sync byte
+        write({static_cast<std::uint8_t>(0x47 + index), 0x00, 0x33, 0x00});  // the first begins like a sync byte
         const Packet packet = maker.packet({0x47, 0x47}, false);
         write({packet.begin(), packet.end()});
     }
@@ -184,7 +184,7 @@ TEST_F(AFile, WithoutPacketsIsNotReadToItsEnd) {
     EXPECT_EQ(error, std::string(path) + ": no transport stream packets found in 1048576 bytes");
 }
 
-TEST_F(AFile, ThatIsCompressedWithoutPacketsIsNotReadToItsEnd) {
+TEST_F(AFile, WithoutPacketsIsNotDecompressedToItsEnd) {
     gzFile const compressed = gzdopen(dup(fileno(file)), "wb");
     const Bytes megabyte(1U << 20U, 0x00);
     for (int count = 0; count < 3; ++count) {
@@ -255,15 +255,15 @@ TEST(APacer, BeginsANewTimeBaseWhereThePcrJumps) {
     }
 }
 
-TEST(APacer, GoesByTheNextPidWithAPcrWhereOneEnds) {
+TEST(APacer, FollowsTheNextPidWhenPcrsEnd) {
     dtvservice::Pacer pacer;
     const Clock::time_point begin{};
     const auto due = [&](const Packet& packet) { return pacer.due(broadcast::TsPacket{packet.data()}, begin); };
-    due(withPcr(100, 5));  // and never again
+    due(withPcr(100, 5));  // the last PCR of PID 100
     const Packet other = PacketMaker(300).packet({}, false);
     std::uint64_t pcr = 27000000;
     std::vector<Clock::time_point> times;
-    // 25 of 100 packets a second: PCRs 40 ms apart in a stream of about 3.8 Mbit/s.
+    // 25 rounds of 100 packets a second: PCRs 40 ms apart in a stream of about 3.8 Mbit/s.
     for (int count = 0; count < 50; ++count) {
         times.push_back(due(withPcr(200, pcr)));
         pcr += 27000 * 40;
@@ -277,11 +277,11 @@ TEST(APacer, GoesByTheNextPidWithAPcrWhereOneEnds) {
     }
 }
 
-TEST(APacer, StaysWithAPidWhosePcrsStandASecondsWorthOfPacketsApartAtMost) {
+TEST(APacer, KeepsAPidWithPcrsWithinASecond) {
     dtvservice::Pacer pacer;
     const Clock::time_point begin{};
     const auto due = [&](const Packet& packet) { return pacer.due(broadcast::TsPacket{packet.data()}, begin); };
-    // PCRs 100 ms apart, each with 5000 packets behind it: 75 Mbit/s. Another PID's come in between.
+    // PCRs 100 ms apart with 5000 packets between them: 75 Mbit/s. Between them there are PCRs of another PID.
     const Packet other = PacketMaker(300).packet({}, false);
     const Packet elsewhere = withPcr(200, 1);
     std::vector<Clock::time_point> times;
@@ -296,7 +296,7 @@ TEST(APacer, StaysWithAPidWhosePcrsStandASecondsWorthOfPacketsApartAtMost) {
     }
 }
 
-TEST(APacer, GoesByTheDefaultRateWhereThereIsNoPcr) {
+TEST(APacer, UsesTheDefaultRateWithoutPcr) {
     dtvservice::Pacer pacer;
     const Packet packet = PacketMaker(100).packet({}, false);
     const Clock::time_point begin{};
@@ -320,7 +320,7 @@ TEST(TheGenerator, WritesTheSameBytesEveryTime) {
     EXPECT_EQ(bytes(), bytes());
 }
 
-TEST(TheGenerator, CountsContinuouslyAndPutsAPcrAtLeastEveryFortyMilliseconds) {
+TEST(TheGenerator, CountsContinuouslyWithFrequentPcrs) {
     std::array<int, broadcast::kPidCount> counters;
     counters.fill(-1);
     std::map<std::uint16_t, std::uint64_t> lastPcr;

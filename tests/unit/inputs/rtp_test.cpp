@@ -1,4 +1,4 @@
-// RTP packets in order.
+// Tests of the order of RTP packets.
 #include "rtp.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ namespace {
 
 class ARow : public testing::Test {
 protected:
-    /// A packet of one byte of payload.
+    /// Takes an RTP packet with one byte of payload.
     std::string take(std::uint16_t sequence, char payload, std::uint8_t first = 0x80,
                      const std::vector<std::uint8_t>& behindHeader = {}, const std::vector<std::uint8_t>& behind = {}) {
         std::vector<std::uint8_t> datagram = {first, 33, static_cast<std::uint8_t>(sequence >> 8U),
@@ -44,7 +44,7 @@ TEST_F(ARow, GivesARepeatedPacketOnce) {
     EXPECT_EQ(row.repeated(), 2U);
 }
 
-TEST_F(ARow, CountsWhatDoesNotComeWithinItsWindow) {
+TEST_F(ARow, CountsPacketsBeyondItsWindowAsLost) {
     EXPECT_EQ(take(0, 'a'), "a");
     std::string all;
     for (std::uint16_t number = 3; number < 3 + dtvservice::RtpReorderer::kWindow; ++number) {
@@ -57,7 +57,7 @@ TEST_F(ARow, CountsWhatDoesNotComeWithinItsWindow) {
     EXPECT_EQ(take(1, 'b'), "") << "too late";
 }
 
-TEST_F(ARow, GoesOnWhereTheSenderBeganAnew) {
+TEST_F(ARow, ContinuesAfterTheSenderRestarts) {
     EXPECT_EQ(take(30000, 'a'), "a");
     EXPECT_EQ(take(10, 'b'), "b");
     EXPECT_EQ(take(11, 'c'), "c");
