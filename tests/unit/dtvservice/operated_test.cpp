@@ -12,7 +12,7 @@ using dtvservice::OsdFollowers;
 
 }  // namespace
 
-TEST(OsdFollowersOf, ALayerAreThoseThatAskedForIt) {
+TEST(TheOsdFollowers, AreThoseThatAskedForTheLayer) {
     OsdFollowers followers;
     EXPECT_TRUE(followers.add(1, 3));
     EXPECT_TRUE(followers.add(2, 3));
@@ -24,7 +24,7 @@ TEST(OsdFollowersOf, ALayerAreThoseThatAskedForIt) {
     EXPECT_THAT(followers.followersOf(5), testing::IsEmpty());
 }
 
-TEST(OsdFollowersOf, NoLayerAreKept) {
+TEST(TheOsdFollowers, AreForgottenWithoutLayers) {
     OsdFollowers followers;
     for (std::uint32_t layer = 0; layer < 1000; ++layer) {
         followers.remove(1, layer);
@@ -39,7 +39,7 @@ TEST(OsdFollowersOf, NoLayerAreKept) {
     EXPECT_TRUE(followers.isEmpty());
 }
 
-TEST(OsdFollowersOf, TooManyLayersGetNoMore) {
+TEST(TheOsdFollowers, AreRefusedTooManyLayers) {
     OsdFollowers followers;
     for (std::uint32_t layer = 0; layer < OsdFollowers::kMostLayers; ++layer) {
         EXPECT_TRUE(followers.add(1, layer));
@@ -52,7 +52,7 @@ TEST(OsdFollowersOf, TooManyLayersGetNoMore) {
     EXPECT_TRUE(followers.add(1, 1000));
 }
 
-TEST(AWaitingDrmMessage, IsTheOldestOfItsSession) {
+TEST(AWaitingDrmMessage, IsTakenOldestFirst) {
     DrmMessages messages;
     EXPECT_TRUE(messages.add({1, 77, 0, "a", "first"}));
     EXPECT_TRUE(messages.add({2, 77, 0, "a", "second"}));
@@ -62,7 +62,7 @@ TEST(AWaitingDrmMessage, IsTheOldestOfItsSession) {
     EXPECT_EQ(messages.take(77), std::nullopt);
 }
 
-TEST(AWaitingDrmMessage, IsOneOfALimitedNumber) {
+TEST(AWaitingDrmMessage, IsRefusedAboveTheNumberLimit) {
     DrmMessages messages;
     for (std::uint64_t session = 0; session < DrmMessages::kMostMessages; ++session) {
         EXPECT_TRUE(messages.add({1, session, 0, "", ""}));
@@ -74,7 +74,7 @@ TEST(AWaitingDrmMessage, IsOneOfALimitedNumber) {
     EXPECT_TRUE(messages.add({1, 100, 0, "", ""}));
 }
 
-TEST(AWaitingDrmMessage, IsPartOfALimitedText) {
+TEST(AWaitingDrmMessage, IsRefusedAboveTheTextLimit) {
     DrmMessages messages;
     const std::string half(DrmMessages::kMostText / 2, 'x');
     EXPECT_TRUE(messages.add({1, 1, 0, half, ""}));
