@@ -1,5 +1,5 @@
-# dtv_split_debug(TARGET): the debug information goes to a file beside the library, where debuggers find it by the
-# library's link to it. Not with a sanitizer, whose reports name lines.
+# dtv_split_debug(TARGET): moves the debug information to a file beside the library. Debuggers find it by the library's
+# debug link. Sanitizer builds keep it in the library, because their reports name source lines.
 function(dtv_split_debug target)
   if(DTV_SANITIZE)
     return()

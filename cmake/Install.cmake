@@ -1,13 +1,13 @@
-# What `cmake --install` lays out: the library with its headers, its CMake package and its pkg-config file; on a desktop
-# also the host platform, the service and the tools. And the Debian package of it all, which `cpack` makes.
+# Installs the library with its headers, CMake package and pkg-config file; on a desktop also the host platform, the
+# service and the tools. `cpack` makes a Debian package of the same files.
 include(CMakePackageConfigHelpers)
 
-# Programs find the library in ../lib beside them, so this is no place that differs from one distribution to the next.
+# Programs look for the library in ../lib, so the folder must not differ between distributions.
 set(CMAKE_INSTALL_LIBDIR lib)
 set(library_headers ${PROJECT_SOURCE_DIR}/src/platform_support/browserdvbapi/include)
 
 install(TARGETS browserdvbapi LIBRARY DESTINATION lib)
-# The singleton template is the library's own: a browser, which has no platform, could not compile it.
+# A browser cannot compile the singleton template, because it has no platform headers.
 install(DIRECTORY ${library_headers}/ DESTINATION include/browserdvbapi PATTERN singleton.h EXCLUDE)
 if(NOT DTV_SANITIZE)
   install(FILES $<TARGET_FILE:browserdvbapi>.debug DESTINATION lib/.debug)

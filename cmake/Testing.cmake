@@ -1,5 +1,5 @@
-# The tests' framework, and how tests are declared.
-# Where no GoogleTest is installed for the target it is built from the sources that Debian has of it.
+# The test framework, and functions that declare tests.
+# Debian has no GoogleTest library for a foreign processor, so cross builds compile its source package.
 if(CMAKE_CROSSCOMPILING)
   set(INSTALL_GTEST OFF)
   add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
@@ -8,11 +8,12 @@ else()
 endif()
 include(GoogleTest)
 
-# Tests are compiled far more often than they run long, so their own sources are not optimised. What they link is.
+# Test sources compile without optimisation, because compiling them takes longer than running them. The code under test
+# is optimised.
 set(DTV_TEST_OPTIONS -O0)
 
-# The headers that nearly every test includes are compiled once for all test programs. The compiler takes them only where
-# the options are the same, so the library that owns them has those of a program (-fPIE), and not of a library.
+# One precompiled header serves all test programs. The compiler accepts it only with identical options, so the library
+# that owns it uses the options of a program (-fPIE).
 add_library(dtv_test_headers OBJECT ${PROJECT_SOURCE_DIR}/tests/support/test_headers.cpp)
 set_target_properties(dtv_test_headers PROPERTIES POSITION_INDEPENDENT_CODE OFF)
 target_compile_options(dtv_test_headers PRIVATE -fPIE ${DTV_TEST_OPTIONS})
@@ -21,12 +22,12 @@ target_precompile_headers(dtv_test_headers PRIVATE
   <gmock/gmock.h> <gtest/gtest.h> <algorithm> <atomic> <chrono> <condition_variable> <cstdint> <filesystem> <fstream>
   <functional> <future> <map> <memory> <mutex> <set> <sstream> <string> <thread> <vector>)
 if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
-  # Without the time of the files in it: a compiler cache gives the same object to another folder.
+  # Omit file times, so that a compiler cache can share the object between folders.
   target_compile_options(dtv_test_headers PRIVATE "SHELL:-Xclang -fno-pch-timestamp")
 endif()
 
-# dtv_add_long_test(NAME PRESET TEST): TEST of the program NAME runs in PRESET alone. Its cost makes it start before the
-# short tests. A test that none of the sources has is an error: it would run nowhere, or everywhere.
+# dtv_add_long_test(NAME PRESET TEST): TEST of the program NAME runs in PRESET only. Its COST makes it start before the
+# short tests. A TEST that is in none of the sources is an error.
 function(dtv_add_long_test name preset test)
   string(REPLACE "." ",[ \n]*" pattern ${test})
   set(found FALSE)
@@ -45,10 +46,9 @@ function(dtv_add_long_test name preset test)
     PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}-only-${preset}" COST 100)
 endfunction()
 
-# dtv_add_test(NAME SOURCES files... LIBRARIES targets... [LONG preset:test...]): one GoogleTest program; every test in
-# it becomes a ctest test of its own and so runs in a process of its own, which the library's process-wide objects need.
-# The label of a long test, like unit-only-tsan, names the one preset that it runs in; CMakePresets.json leaves it out of
-# the others.
+# dtv_add_test(NAME SOURCES files... LIBRARIES targets... [LONG preset:test...]): one GoogleTest program. Each of its
+# tests becomes a ctest test and so runs in a process of its own, because the library has process-wide objects.
+# The label of a long test, for example unit-only-tsan, names its preset. CMakePresets.json excludes it from all others.
 function(dtv_add_test name)
   cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS;LONG" ${ARGN})
   add_executable(${name} ${TEST_SOURCES})
@@ -69,7 +69,7 @@ function(dtv_add_test name)
     PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}")
 endfunction()
 
-# dtv_wrap_time(NAME): the test program uses wrapped_time.h; what it calls goes through wrapped_time.cpp.
+# dtv_wrap_time(NAME): lets the test program control time with wrapped_time.h.
 function(dtv_wrap_time name)
   target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/wrapped_time.cpp)
   foreach(wrapped pthread_cond_timedwait pthread_cond_clockwait clock_gettime usleep)

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Puts together what the 32-bit ARM build needs beside Debian's cross compiler: the few libraries that Debian has only as
-# armhf packages, unpacked into a folder, and links to headers that are the same on every machine. Nothing of the system
-# is changed: packages are fetched with package lists of the folder's own.
+# Fills a folder with what the 32-bit ARM build needs besides Debian's cross compiler: unpacked armhf packages, and
+# links to headers that are the same on every machine. It changes nothing outside the folder; apt uses package lists in
+# it.
 #   tv-arm-sysroot.sh FOLDER
 set -euo pipefail
 folder=$1
@@ -11,13 +11,13 @@ packages=(
     zlib1g zlib1g-dev                      # compressed transport streams
     libedit2 libedit-dev libbsd0 libmd0 libtinfo6 # dvbshell's prompt, and what libedit needs
 )
-# The C library is the cross compiler's, which comes without the character tables of broadcast texts.
+# The cross compiler's C library has no character tables, which broadcast texts need. Take them from this package.
 tables_package=libc6
 tables=./usr/lib/arm-linux-gnueabihf/gconv
 # Headers without machine code, from the packages that the host build needs anyway.
 headers=(boost bitstream nlohmann)
 
-stamp=$folder/complete-2 # with another number where the list above changes
+stamp=$folder/complete-2 # change the number when the list above changes
 [ ! -e "$stamp" ] || exit 0
 rm -rf "$folder"
 mkdir -p "$folder/apt/lists/partial" "$folder/apt/cache/archives/partial" "$folder/packages" "$folder/usr/include"
@@ -30,7 +30,7 @@ options=(
     -o "Acquire::Languages=none" -o "Acquire::Retries=3"
 )
 touch "$folder/apt/status"
-# A list that cannot be had leaves the others: what counts is whether the packages come.
+# Ignore a list that cannot be downloaded. The download of the packages shows whether the others suffice.
 apt-get -q "${options[@]}" update >"$folder/apt/log" 2>&1 || true
 (cd "$folder/packages" && apt-get -q "${options[@]}" download "${packages[@]/%/:armhf}" "$tables_package:armhf" >>"$folder/apt/log" 2>&1) || {
     cat "$folder/apt/log" >&2

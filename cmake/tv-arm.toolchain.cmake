@@ -1,5 +1,5 @@
-# The television's processor: 32-bit ARM, little-endian, hardware floating point. Debian's cross compiler builds, user-mode
-# emulation runs. The libraries that the compiler does not bring are in a folder that tv-arm-sysroot.sh puts together.
+# The television's processor: 32-bit ARM, little-endian, hardware floating point. Debian's cross compiler builds, and
+# user-mode emulation runs the programs. tv-arm-sysroot.sh fills a folder with the libraries that the compiler lacks.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Runs the reference service on a broadcast and a browser host beside it, in a run directory of their own.
+# Runs the reference service on a broadcast, and a browser host beside it, in a new run directory.
 #   demo.sh BUILD_FOLDER FILE.ts
 set -euo pipefail
 build=$1 file=$2
-read -r -a emulator <<<"${DTV_EMULATOR:-}" # what runs the programs of another processor
+read -r -a emulator <<<"${DTV_EMULATOR:-}" # command that runs programs of another processor
 
 DTV_RUN_DIR=$(mktemp -d)
 export DTV_RUN_DIR
@@ -22,7 +22,7 @@ echo "broadcast: $file"
 "${emulator[@]}" "$build/bin/dtvserviced" --list "$file" >"$DTV_RUN_DIR/services"
 echo "services:  $(wc -l <"$DTV_RUN_DIR/services")"
 
-# The service's log goes to a file; the browser's lines stay away from the picture.
+# The logs go to files, so that only the demonstration's own output appears.
 DTV_LOG_FILE="$DTV_RUN_DIR/service.log" "${emulator[@]}" "$build/bin/dtvserviced" --input "$file" >"$DTV_RUN_DIR/service.out" &
 service=$!
 for _ in $(seq 250); do

@@ -1,23 +1,23 @@
 #!/bin/bash
-# Every name of the platform contract that the library's sources use stands in docs/integrating.md as code, so that a
-# platform can be written from the document.
+# Checks that docs/integrating.md names, as code, each name of the platform contract that the library uses. A set maker
+# can then write a platform from the document.
 #   check_document.sh PROJECT
 set -euo pipefail
 cd "$1"
 document=docs/integrating.md
 library=(platform/idiom frame-genrpc browser src/platform_support/browserdvbapi)
 
-# Sources without comments, texts and preprocessor lines.
+# Prints sources without comments, string literals and preprocessor lines.
 code() { cat "$@" | sed -E 's://.*$::; s:"[^"]*"::g; /^ *#/d'; }
 words() { grep -oE '[A-Za-z_][A-Za-z0-9_]*' | sort -u; }
 
-# What the headers declare: not parameters, private members, bodies of a line.
+# Prints the names that the headers declare, without parameters, private members and one-line bodies.
 declared() {
     code "$@" | tr '\n' ' ' |
         sed -E ':inner; s/\([^()]*\)//g; t inner; s/private:[^}]*(\{[^}]*\}[^}]*)*\};//g; s/\{ return [^}]*\}//g' | words
 }
 
-# Words that the headers share with the library without meaning anything of the contract.
+# Words that headers and library both use, but that are not part of the contract.
 none_of_the_contract() {
     words <<'WORDS'
 __attribute__ bool char class const constexpr default delete enum explicit extern int namespace nullptr operator override
@@ -28,7 +28,7 @@ WORDS
 }
 
 mapfile -t headers < <(find platform/include -name '*.h')
-# The service's end of the interface is no part of the library.
+# The service side of the interface is not part of the library.
 mapfile -t sources < <(find "${library[@]}" \( -name '*.h' -o -name '*.cpp' -o -name '*.inc' \) ! -name '*_stub.*')
 used=$(comm -12 <(declared "${headers[@]}") <(code "${sources[@]}" | words) | comm -23 - <(none_of_the_contract))
 named=$({

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Does what docs/integrating.md tells a set maker to do, with a platform that shares nothing with the desktop's: builds the
-# SDK, the library against it, installs, builds a consumer against what was installed, and runs it.
+# Follows docs/integrating.md with a platform that shares no code with the desktop's: builds an SDK, builds and installs
+# the library against it, then builds a consumer against the installed files and runs it.
 #   check_integration.sh PROJECT CMAKE EMULATOR_WORDS CMAKE_ARGUMENT...
 set -euo pipefail
 project=$1 cmake=$2
@@ -11,7 +11,7 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 here=$project/tests/integration
 
-# quietly COMMAND...: its output only when it fails
+# quietly COMMAND...: prints the command's output only when it fails.
 quietly() {
     "$@" >"$folder/log" 2>&1 || {
         echo "failed: $*"
@@ -47,12 +47,12 @@ for run in 1 2 3; do
     "${emulator[@]}" "$folder/consumer/consumer"
 done
 
-# The browser host of the checklists runs on that platform too, once the image has both libraries.
+# The browser host that the checklists use must run on that platform too.
 cp "$folder/sdk/lib/libtinyplatform.so" "$folder/kit/lib"
 "${emulator[@]}" "$folder/kit/bin/dvbshell" --seconds 0 tune-numbers 12 1 1025 28106 0 | tee "$folder/log"
 grep -qx 'tuneToService  done' "$folder/log"
 
-# The pkg-config file gives the same flags to those who do not use CMake.
+# Builds without CMake get the same flags from the pkg-config file.
 flags=$(PKG_CONFIG_PATH="$folder/kit/lib/pkgconfig" pkg-config --cflags --libs browserdvbapi)
 echo "pkg-config: ${flags//$folder/…}"
 case $flags in
@@ -61,7 +61,7 @@ case $flags in
 esac
 grep -q '^Description: .*needs the headers of Boost' "$folder/kit/lib/pkgconfig/browserdvbapi.pc"
 
-# refused ERROR ARGUMENT...: configuring ends with that error, which names the document to read.
+# refused ERROR ARGUMENT...: configuring must fail with that error, which names docs/integrating.md.
 refused() {
     local error="$1; docs/integrating.md tells what an SDK holds"
     shift
@@ -77,7 +77,7 @@ refused() {
     }
 }
 
-# What is no SDK is refused by what it lacks.
+# The error for a folder that is not an SDK names the missing file.
 refused "$folder/include/frame/process_member.h is not there" -DDTV_PLATFORM_SDK="$folder" "$@"
 refused "no library otherplatform is in $folder/sdk/lib" -DDTV_PLATFORM_SDK="$folder/sdk" \
     -DDTV_PLATFORM_LIBRARIES="tinyplatform;otherplatform" "$@"

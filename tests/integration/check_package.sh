@@ -1,7 +1,7 @@
 #!/bin/bash
-# Makes the desktop's Debian package, unpacks it as an installation would, and uses what came: the demonstration runs, and
-# a browser's source compiles with what pkg-config says.
-# A television's library comes with its firmware, so no package of a foreign processor is made.
+# Makes the desktop's Debian package, unpacks it, and uses it: the demonstration must run, and a browser's source must
+# compile with the flags of pkg-config.
+# There is no package for a foreign processor, because a television gets the library with its firmware.
 #   check_package.sh BUILD_FOLDER CPACK DEMO_SCRIPT EMULATOR_WORDS
 set -euo pipefail
 build=$1 cpack=$2 demo=$3 emulator=$4

@@ -1,6 +1,6 @@
 #!/bin/bash
-# A platform whose carriers or table types are laid out in another way than the records need is refused while the library
-# is compiled, by an error that names the type and what is wrong with it.
+# Checks that the library does not compile against a platform whose carriers or table types have the wrong layout, and
+# that the error names the type and the fault.
 #   check_sdk_types.sh PROJECT COMPILER
 set -euo pipefail
 project=$1 compiler=$2
@@ -24,7 +24,7 @@ fresh() {
     cp -r "$project/tests/integration/minimal_platform/include" "$folder/include"
 }
 
-# refused CHANGE ERROR: CHANGE is sed's, of the header.
+# refused CHANGE ERROR: compiling must fail with ERROR after the sed command CHANGE has edited the header.
 refused() {
     fresh
     sed -E -i "$1" "$folder/include/$header"

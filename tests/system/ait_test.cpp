@@ -21,7 +21,7 @@ protected:
     }
     ~ABrowserWithAnAitClient() override { api->removeListener(listener); }
 
-    /// The next section that the catcher hands on; none when it takes too long.
+    /// The next section that the catcher delivers; none after a timeout.
     std::optional<Event> next(std::chrono::seconds longest = std::chrono::seconds(20)) {
         const auto end = dvbshell::Clock::now() + longest;
         while (std::optional<Event> event = queue.take(end)) {
@@ -46,7 +46,7 @@ protected:
 
 }  // namespace
 
-TEST_F(ABrowserWithAnAitClient, GetsEachChannelsAitOnceAndAfterAChangeBackFromMemory) {
+TEST_F(ABrowserWithAnAitClient, GetsEachAitOnceThenTheStoredOne) {
     const ServiceProcess service;
     const std::string first = asText(tsmake::aitSection(kSample.services[0]));
     const std::string second = asText(tsmake::aitSection(kSample.services[1]));
@@ -72,7 +72,7 @@ TEST_F(ABrowserWithAnAitClient, GetsEachChannelsAitOnceAndAfterAChangeBackFromMe
     EXPECT_EQ(event->section, second);
 }
 
-TEST_F(ABrowserWithAnAitClient, GetsEachNewSectionOnceOfAnAitThatChangesEverySecondForAMinute) {
+TEST_F(ABrowserWithAnAitClient, GetsEachVersionOnceForAMinute) {
     constexpr unsigned int kSeconds = 60;
     constexpr unsigned int kSections = 3;
     tsmake::Multiplex multiplex = kSample;
@@ -92,7 +92,7 @@ TEST_F(ABrowserWithAnAitClient, GetsEachNewSectionOnceOfAnAitThatChangesEverySec
     const ServiceProcess service(writeBroadcast(multiplex, kSeconds, "changing.ts"));
     ASSERT_TRUE(tunesTo(28106));
 
-    // The sections that the broadcast has, in its order, from the first that arrives to the last of the minute.
+    // Expect every section of the broadcast in order, from the first that arrives to the last of the minute.
     std::vector<std::string> broadcast;
     for (unsigned int change = 0; change < kSeconds; ++change) {
         for (unsigned int number = 0; number < kSections; ++number) {
@@ -103,8 +103,8 @@ TEST_F(ABrowserWithAnAitClient, GetsEachNewSectionOnceOfAnAitThatChangesEverySec
     ASSERT_TRUE(event);
     auto begin = std::find(broadcast.begin(), broadcast.end(), event->section);
     ASSERT_LT(begin - broadcast.begin(), std::ptrdiff_t{5 * kSections}) << "it came in the first seconds";
-    // The service may have begun to listen between two sections of its first version: those come in another order, and
-    // the first may be missing where the version ended meanwhile.
+    // The service may start to listen in the middle of a version. The sections of that version then arrive in another
+    // order, and some may be missing if the version ends before they repeat.
     const auto second = begin + static_cast<std::ptrdiff_t>(kSections) - (begin - broadcast.begin()) % kSections;
     for (std::set<std::string> first; event && event->section != *second; event = next()) {
         ASSERT_TRUE(std::find(second - kSections, second, event->section) != second) << "of no other version";

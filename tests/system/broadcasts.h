@@ -27,7 +27,7 @@ inline std::string writeBroadcast(const tsmake::Multiplex& multiplex, unsigned i
     return path;
 }
 
-/// Packets without those of some PIDs.
+/// Removes the packets of some PIDs.
 inline std::string withoutPids(const std::string& packets, const std::set<unsigned int>& pids) {
     constexpr unsigned int kPidBits = 0x1FFF;
     std::string kept;

@@ -1,4 +1,4 @@
-// A browser in the test's own process: it loads the library as a browser does, and hears what a listener hears.
+// A browser in the test's own process: it loads the library as a browser does, and records the events of a listener.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -25,7 +25,7 @@ protected:
 
     void tune(int sid) { api->tuneToService(12, 1, 1025, sid, 0); }
 
-    /// The next event of a kind that a condition holds for; others are passed over.
+    /// Waits for an event of this kind that meets the condition, and ignores others.
     template <typename Condition>
     testing::AssertionResult arrives(EventKind kind, Condition condition) {
         const auto end = dvbshell::Clock::now() + std::chrono::seconds(20);
@@ -44,7 +44,7 @@ protected:
             return event.started && event.onid == 1 && event.tsid == 1025 && event.sid == sid;
         });
     }
-    /// Commands reach a service and a channel is known.
+    /// Waits until commands reach a service and a channel is known.
     bool connected() {
         return eventually([this] {
             int onid = 0;
@@ -53,11 +53,11 @@ protected:
             return api->sendPtsRequest(0) == 0 && api->getCurrentChannelInfo(onid, tsid, sid) == 0;
         });
     }
-    /// A reading in the middle of a report may show parts of it, so the channel is looked at until it is whole.
+    /// The library updates the channel's values one by one, so read them until they form the expected channel.
     bool settlesOn(const std::string& ccid) {
         return eventually([&] { return api->getCurrentCCID() == ccid; });
     }
-    /// Tunes until the service knows the broadcast so far.
+    /// Repeats the tune until the service has read enough of the broadcast.
     bool tunesTo(int sid, int tsid = 1025) {
         return eventually([this, sid, tsid] {
             api->tuneToService(12, 1, tsid, sid, 0);
@@ -65,7 +65,7 @@ protected:
         });
     }
 
-    /// An event may still be on its way to the listener when a test ends.
+    /// An event may still reach the listener after the test, so the queue lives as long as the process.
     dvbshell::EventQueue& queue = dvbshell::forLife(new dvbshell::EventQueue);
     std::shared_ptr<velmora::dtv::DVBServiceListener> listener = dvbshell::makeListener(queue);
     velmora::dtv::DvbAPIInterface* api = nullptr;

@@ -1,4 +1,4 @@
-// Many browsers that are killed at any moment.
+// Many browsers, killed at random moments.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -33,7 +33,7 @@ std::size_t descriptorsOf(pid_t process) {
     return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
 
-/// Queue objects in shared memory of any of the processes.
+/// Counts the queue objects of these processes in shared memory.
 std::size_t queuesOf(const std::vector<pid_t>& processes) {
     std::size_t count = 0;
     for (const auto& entry : std::filesystem::directory_iterator("/dev/shm")) {
@@ -72,17 +72,18 @@ TEST(TheReferenceService, KeepsNothingOfBrowsersThatAreKilled) {
             while (browsers.size() < kBrowsers) {
                 all.push_back(browsers.emplace_back("browser" + std::to_string(all.size() % kBrowsers)).pid());
             }
-            std::this_thread::sleep_for(std::chrono::milliseconds(random() % 60));  // what the browsers do meanwhile
+            std::this_thread::sleep_for(std::chrono::milliseconds(random() % 60));  // the browsers run meanwhile
             const auto victim = std::next(browsers.begin(), static_cast<std::ptrdiff_t>(random() % browsers.size()));
             victim->end(SIGKILL);
             browsers.erase(victim);
         }
     }
     EXPECT_TRUE(eventually(isIdle)) << statistics();
-    // The console's own connection may still be counted in the number before.
+    // The number before may include the console's own connection.
     EXPECT_TRUE(eventually([&] { return descriptorsOf(service.pid()) <= descriptors; }))
         << descriptorsOf(service.pid()) << " instead of " << descriptors;
-    // One that was killed between making its queue and telling its name is tidied up after by the next browser.
+    // If a browser was killed after it created its queue and before it sent the name, the next browser removes the
+    // queue.
     ChildProcess last(DVBSHELL, {"sections", "0", "--count", "1"}, "last");
     EXPECT_EQ(last.wait(), 0);
     EXPECT_TRUE(eventually([&] { return queuesOf(all) == 0; })) << queuesOf(all) << " of " << all.size();

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Holds the include directives against the table of who may know whom: for each folder, the folders of the project whose
-# headers it may include beside its own.
+# Checks the include directives against the table in docs/architecture.md: each folder has a list of the folders whose
+# headers it may include.
 #   check_includes.sh PROJECT
 set -euo pipefail
 cd "$1"
@@ -32,7 +32,7 @@ declare -A may=(
     [tools/dvbshell]="$headers si"
 )
 
-# The program knows all of the reference service. Its other folders are rooms, which know the core and not each other.
+# The program may include all of the reference service. A room may include the core, but no other room.
 may[dtvservice/src]="$contract $idiom si $(echo dtvservice/*)"
 for folder in dtvservice/*/; do
     folder=${folder%/}
@@ -47,7 +47,7 @@ for folder in "${!may[@]}"; do
     find "$folder" \( -name '*.h' -o -name '*.inc' \) -printf "$folder %P\n"
 done >"$headers_by_name"
 
-# The folder that has a header of that name as its own; nothing for one of somebody else's.
+# Prints the project folder that has the header; nothing for a header from outside the project.
 folder_of() {
     awk -v name="$1" '$2 == name || substr($2, length($2) - length(name)) == "/" name { print $1; exit }' \
         "$headers_by_name"

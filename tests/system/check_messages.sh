@@ -1,6 +1,6 @@
 #!/bin/bash
-# Every command and every event of the interface has its row in the reference service's document, and a test of two
-# processes that names it.
+# Checks that each command and event of the interface has a row in docs/reference-service.md, and that a test in
+# tests/system names it.
 #   check_messages.sh SOURCE_FOLDER
 set -euo pipefail
 cd "$1"

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Holds the entry script to its answers for wrong arguments: one line that names what is wrong, the verbs behind it, exit
-# code 2, and nothing done. It is tried in a folder of its own, with blanks in its name and a build folder to lose.
+# Checks the entry script with wrong arguments. It must print one line that names the mistake, then the usage, end with
+# exit code 2 and change nothing. It runs in a temporary folder whose name has blanks and which has a build folder.
 #   check_run.sh PROJECT
 set -euo pipefail
 

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Holds `run test` to what it does with tests that fail, in a project of a few tests that are scripts: each is run again
-# once, by itself. What passes then is reported by name at the end and fails nothing; what fails again fails the run.
+# Checks how `run test` handles failed tests, in a small project whose tests are scripts. It must run each failed test
+# once more, alone. A test that passes then is reported at the end; a test that fails again fails the run.
 #   check_unsteady.sh PROJECT
 set -euo pipefail
 
@@ -11,13 +11,13 @@ mkdir -p "$project" "$folder/bin"
 cp "$1/run" "$project/run"
 broken=0
 
-# All packages are there.
+# Pretend that all packages are installed.
 cat >"$folder/bin/dpkg-query" <<'END'
 #!/bin/sh
 shift 2
 printf 'ii  %s\n' "$@"
 END
-# fails_until.sh NAME RUNS HANGS: fails, or hangs, in its first runs; counts them.
+# fails_until.sh NAME RUNS HANGS: fails or hangs in the first RUNS runs. A file counts the runs.
 cat >"$project/fails_until.sh" <<'END'
 #!/bin/sh
 echo run >>"runs_$1"
@@ -40,7 +40,7 @@ END
 export PATH="$folder/bin:$PATH"
 unset DTV_UNSTEADY_LIST
 
-# tests NAME:RUNS_THAT_FAIL[:hangs]...: the project's tests from here on.
+# tests NAME:RUNS_THAT_FAIL[:hangs]...: replaces the project's tests.
 tests() {
     rm -rf "$project/build"
     {
@@ -51,7 +51,7 @@ tests() {
         local name runs hangs
         while IFS=: read -r name runs hangs; do
             echo "add_test(NAME $name COMMAND \${CMAKE_SOURCE_DIR}/fails_until.sh $name $runs ${hangs:-no})"
-            # A test that hangs costs its limit; the others have as long as a busy machine needs.
+            # Only hanging tests get a short limit, so that the others pass on a busy machine too.
             [ -z "$hangs" ] || echo "set_tests_properties($name PROPERTIES TIMEOUT 10)"
         done < <(printf '%s\n' "$@")
         echo 'add_test(NAME Elsewhere COMMAND ${CMAKE_COMMAND} -E true)'
@@ -59,7 +59,8 @@ tests() {
     } >"$project/CMakeLists.txt"
 }
 
-# expect WHAT CODE LAST_LINE ARGUMENT...: of `run test`. What the run says is kept in $folder/out.
+# expect WHAT CODE LAST_LINE ARGUMENT...: runs `run test`, checks exit code and last line, keeps the output in
+# $folder/out.
 expect() {
     local what=$1 code=$2 line=$3 given=0
     shift 3

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Compares the sections that a browser gets with those that tshark finds in a file, byte for byte and in order.
+"""Compares the sections that a browser gets with the sections that tshark finds in a file, byte by byte and in order.
 
     compare_sections.py BUILD_FOLDER FILE.ts
 
-Plays FILE with the reference service, opens a filter on every PID that carries sections, with a dvbshell each, and takes
-twice as many sections as the file has. The file is played again and again, so what comes has to be the file's row of
-sections from somewhere in it on. Sections with a wrong length or CRC_32, which tshark shows and the service drops, are
-left out. Needs tshark.
+Plays FILE with the reference service, opens a filter on every PID with sections, one dvbshell for each, and reads twice
+as many sections as the file has. The service plays the file in a loop, so the received sections must repeat the file's
+sequence from any starting point. Sections with a wrong length or CRC_32 are ignored: tshark shows them, but the service
+drops them. Needs tshark.
 """
 import json
 import os
@@ -38,11 +38,11 @@ def is_good(section):
 
 def sections_by_pid(path):
     """What tshark takes for sections, by PID, in order."""
-    # Its exit code is 2 for a file that ends in a packet it cannot take for one; what it has read is there.
+    # tshark exits with 2 when the file ends in an invalid packet, but its output has everything before that packet.
     output = subprocess.run(["tshark", "-r", path, "-T", "jsonraw"], stdout=subprocess.PIPE,
                             stderr=subprocess.DEVNULL, check=False).stdout
     found = {}
-    # A packet may carry several sections under one name, so objects are read as lists of pairs.
+    # A packet may have several sections under one name, so read objects as lists of pairs.
     for packet in json.loads(output, object_pairs_hook=list):
         layers = dict(dict(packet)["_source"])["layers"]
         frame = bytes.fromhex(dict(layers)["frame_raw"][0])

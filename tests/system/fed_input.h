@@ -1,4 +1,4 @@
-// A service whose input the test feeds, datagram by datagram, so that nothing depends on how fast either of them is.
+// A service whose input the test feeds, datagram by datagram, so that results do not depend on the speed of either.
 #pragma once
 
 #include <arpa/inet.h>
@@ -28,7 +28,7 @@ public:
     Socket& operator=(const Socket&) = delete;
     ~Socket() { close(descriptor); }
 
-    /// Takes a port of the loopback that is free.
+    /// Binds to a free loopback port.
     std::uint16_t bindSomewhere() const {
         sockaddr_in address = addressOf("127.0.0.1", 0);
         EXPECT_EQ(bind(descriptor, asGeneric(address), sizeof address), 0);
@@ -57,8 +57,8 @@ inline std::vector<std::string> datagramsOf(const std::string& bytes) {
     return datagrams;
 }
 
-/// The part of a generated broadcast from a little after a second to the next one that is told apart, so that it can be
-/// sent again and again.
+/// `seconds` of a generated broadcast, from a little after `second` on, so that a test can repeat one state of its
+/// tables.
 inline std::vector<std::string> partOf(const std::string& broadcast, std::size_t second, std::size_t seconds) {
     constexpr std::size_t kPacketsASecond = 1000;
     constexpr std::size_t kSettled = 300;
@@ -68,7 +68,7 @@ inline std::vector<std::string> partOf(const std::string& broadcast, std::size_t
 
 class AnInputThatComesByItself : public ARawBrowser {
 protected:
-    /// Sends datagrams one after the other until the service is presented.
+    /// Sends datagrams in order until the service is presented.
     template <typename Send>
     bool arrives(Send send) {
         const lo::browserdvbservice::TuneInfoChannel channel = channelOf(kSample.services[1]);
@@ -85,7 +85,7 @@ protected:
         });
     }
 
-    /// Sends a broadcast again and again until the condition holds.
+    /// Repeats a broadcast until the condition holds.
     template <typename Condition>
     bool playsUntil(std::uint16_t port, const std::vector<std::string>& broadcast, Condition condition) {
         std::size_t index = 0;

@@ -1,4 +1,4 @@
-// The messages of section filters and PMT requests, by a browser with a queue of its own.
+// The messages of section filters and PMT requests, tested with a browser that reads its own queue.
 #include <unistd.h>
 
 #include "raw_browser.h"
@@ -24,7 +24,7 @@ protected:
     }
     ~ABrowserWithAQueue() override { message.data = nullptr; }
 
-    /// Sends the name of the queue, and a filter on the second service's EIT behind it.
+    /// Sends the name of the queue, then opens a filter on the second service's EIT.
     void opensFilter() {
         ASSERT_TRUE(sends(&Commands::cmdUpdateIPCChannelNames, name, std::string(), std::string()));
         ASSERT_TRUE(sends(&Commands::cmdFilterOpen, kSession, kEitPid, ofTheFollowingEvent()));
@@ -36,7 +36,7 @@ protected:
         matchMask.maskBits = {0xFF, 0xFF, 0xFF, 0x00, 0xFF};
         return matchMask;
     }
-    /// The next section in the queue, behind the name of its session.
+    /// The session name and the bytes of the next section in the queue.
     std::pair<std::string, std::string> received() {
         queue->Receive(message);
         return {message.sessionName, std::string(buffer.begin(), buffer.begin() + message.dataLength)};
@@ -51,7 +51,7 @@ protected:
 
 }  // namespace
 
-TEST_F(ABrowserWithAQueue, GetsTheSectionsOfAFilterByTheQueueAlone) {
+TEST_F(ABrowserWithAQueue, GetsSectionsThroughTheQueueOnly) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kSample.services[0]));
     opensFilter();
@@ -73,7 +73,7 @@ TEST_F(ABrowserWithAQueue, GetsTheSectionsOfAFilterByTheQueueAlone) {
     }
 }
 
-TEST_F(ABrowserWithAQueue, IsRefusedAFilterWithTheReasonInTheLog) {
+TEST_F(ABrowserWithAQueue, IsRefusedAFilterWithALoggedReason) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kSample.services[0]));
     ASSERT_TRUE(sends(&Commands::cmdUpdateIPCChannelNames, name, std::string(), std::string()));
@@ -83,7 +83,7 @@ TEST_F(ABrowserWithAQueue, IsRefusedAFilterWithTheReasonInTheLog) {
     EXPECT_THAT(process.log(), testing::HasSubstr("filter " + kSession + " refused: "));
 }
 
-TEST_F(ABrowserWithAQueue, IsToldOfAQueueThatIsNotThere) {
+TEST_F(ABrowserWithAQueue, GetsALogLineForAMissingQueue) {
     const ServiceProcess process;
     const std::string missing = "SECTION-missing-" + std::to_string(getpid());
     ASSERT_TRUE(sends(&Commands::cmdUpdateIPCChannelNames, missing, std::string(), std::string()));
@@ -91,7 +91,7 @@ TEST_F(ABrowserWithAQueue, IsToldOfAQueueThatIsNotThere) {
         eventually([&] { return process.log().find("browser 1: there is no queue " + missing) != std::string::npos; }));
 }
 
-TEST_F(ABrowserWithAQueue, GetsThePmtThatItAsksForUntilItStops) {
+TEST_F(ABrowserWithAQueue, GetsARequestedPmtUntilItStops) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kSample.services[2]));
     ASSERT_TRUE(sends(&Commands::cmdUpdateIPCChannelNames, name, std::string(), std::string()));

@@ -55,7 +55,7 @@ public:
             const std::lock_guard<std::mutex> lock(mutex);
             numbers.erase(session);
         }
-        // The two in the other order than at the opening: neither side relies on it.
+        // Send these two in the opposite order to the opening, because browsers must not rely on it.
         events->onFilterClosed(ids, kNoTransport, session);
         events->onBrowserOCloseFilterConf(ids, kNoTransport, session, 0);
         return 0;
@@ -65,7 +65,7 @@ public:
         const std::lock_guard<std::mutex> lock(mutex);
         return numbers.size();
     }
-    /// One section for each open filter; how many have gone. With `all` it waits for room.
+    /// Sends one section for each open filter and returns how many were sent. With `all`, it waits for space.
     std::size_t sendOneEach(bool all) {
         const std::lock_guard<std::mutex> lock(mutex);
         std::size_t sent = 0;
@@ -102,7 +102,7 @@ private:
     lo::browserdvbservice::ClientInterface* events = nullptr;
     mutable std::mutex mutex;  // guards the rest
     std::unique_ptr<IPCMessageQueue> queue;
-    std::map<std::string, std::uint32_t> numbers;  // of the next section, by session
+    std::map<std::string, std::uint32_t> numbers;  // number of the next section of each session
 };
 
 FloodingService& theService() {

@@ -1,4 +1,4 @@
-// Inputs that come by themselves: standard input and datagrams on the loopback.
+// Live inputs: standard input and datagrams on the loopback.
 #include <sys/stat.h>
 #include <zlib.h>
 
@@ -35,7 +35,7 @@ TEST_F(AnInputThatComesByItself, MayBeSentToAGroup) {
     })) << process.log();
 }
 
-TEST_F(AnInputThatComesByItself, MayBeRtpOutOfOrderWithLosses) {
+TEST_F(AnInputThatComesByItself, ReordersRtpAndToleratesLosses) {
     const std::uint16_t port = freePort();
     const ServiceProcess process("rtp://127.0.0.1:" + std::to_string(port));
     const sockaddr_in to = addressOf("127.0.0.1", port);
@@ -46,7 +46,7 @@ TEST_F(AnInputThatComesByItself, MayBeRtpOutOfOrderWithLosses) {
             return;  // lost
         }
         if (index % 10 == 3) {
-            held = packet;  // the one behind it comes first
+            held = packet;  // send the next packet first
             return;
         }
         sender.send(packet, to);
@@ -58,7 +58,7 @@ TEST_F(AnInputThatComesByItself, MayBeRtpOutOfOrderWithLosses) {
     std::size_t sent = 0;
     EXPECT_TRUE(eventually([&] {
         const std::size_t index = sent++;
-        if (index % 50 != 49) {  // the others are lost
+        if (index % 50 != 49) {  // lose every fiftieth packet
             sender.send(rtpOf(static_cast<std::uint16_t>(40000 + index), datagrams[index % datagrams.size()]), to);
         }
         return process.log().find(" RTP packets lost, 0 datagrams that are none, so far") != std::string::npos;
@@ -84,12 +84,12 @@ TEST_F(AnInputThatComesByItself, IsPresentedOnceItsNetworkIsKnown) {
     EXPECT_EQ(timesHeard(ait), 1);
 }
 
-TEST_F(AnInputThatComesByItself, IsToldAnewWhenItsNetworkBecomesKnown) {
+TEST_F(AnInputThatComesByItself, IsPresentedAgainWhenItsNetworkBecomesKnown) {
     const std::uint16_t port = freePort();
     const ServiceProcess process("udp://127.0.0.1:" + std::to_string(port));
     const std::string ait =
         "onAitSectionAvailable(" + shownValue(asText(tsmake::aitSection(kSample.services[0]))) + ")";
-    // NIT, SDT and EIT tell the network.
+    // Without NIT, SDT and EIT the network stays unknown.
     ASSERT_TRUE(playsUntil(port, datagramsOf(withoutPids(fileText(SAMPLE_FILE), {0x10, 0x11, 0x12})), [&] {
         sends(&Commands::cmdTriggerAitReparse);
         return heard(ait);
@@ -128,7 +128,7 @@ TEST_F(AnInputThatComesByItself, IsToldOfEachChangeOnce) {
     const auto ait = [&](std::size_t state) {
         return "onAitSectionAvailable(" + shownValue(asText(tsmake::aitSection(changing, 0, state))) + ")";
     };
-    // What the AIT says of its application, with the profile's version 1.2.1 and priority 1.
+    // The values of the AIT's application, with profile version 1.2.1 and priority 1.
     const std::string offered = "onAitInfoAvailable(400, 7, 2, 1, 2, 1, " + shownValue(bounded.urlBase) + ", " +
                                 shownValue(bounded.initialPath) + ", 1)";
     const auto boundary = [&](std::size_t number) {
@@ -149,7 +149,7 @@ TEST_F(AnInputThatComesByItself, IsToldOfEachChangeOnce) {
     })) << testing::PrintToString(client->texts());
     EXPECT_TRUE(playsUntil(port, partOf(broadcast, 4, 2),
                            [&] { return heard("onAitParsingStateChanged(0)") && heard(pmt(1)); }));
-    // What is answered last shows that nothing else came.
+    // The answer to a later command shows that no other event was sent.
     ASSERT_TRUE(answersWhatWasAsked());
     for (const std::string& once :
          {eit(1, false, 1), eit(1, true, 1), ait(1), pmt(1), offered, boundary(0), boundary(1)}) {
@@ -166,7 +166,7 @@ TEST_F(AnInputThatComesByItself, MayBeStandardInput) {
     EXPECT_THAT(operate({"status"}), testing::HasSubstr("presented    1:1025:28106")) << "the service goes on";
 }
 
-TEST_F(AnInputThatComesByItself, IsTriedAgainWhereItFailsAndDoesNotStopTheOthers) {
+TEST_F(AnInputThatComesByItself, IsReopenedAfterAFailureWhileOthersContinue) {
     auto occupied = std::make_unique<Socket>();
     const std::uint16_t port = occupied->bindSomewhere();
     const std::string input = "udp://127.0.0.1:" + std::to_string(port);
@@ -199,7 +199,7 @@ TEST_F(AFileAsInput, MayComeLater) {
     EXPECT_THAT(process.log(), testing::HasSubstr(later + " has been opened"));
 }
 
-TEST_F(AFileAsInput, IsRefusedWhereItIsAPipeAndDoesNotStopTheOthers) {
+TEST_F(AFileAsInput, IsRefusedIfItIsAPipeWhileOthersPlay) {
     const std::string pipe = kRunDirectory + "/pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const ServiceProcess process({SAMPLE_FILE, pipe});

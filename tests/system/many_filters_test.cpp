@@ -27,7 +27,7 @@ std::uint32_t numberOf(const unsigned char* section) {
            static_cast<std::uint32_t>(section[5]) << 8U | section[6];
 }
 
-/// Counts its sections, and those that were not the next one. Clients are never deleted: a section may be on its way.
+/// Counts its sections, and sections out of order. Clients are never deleted, because a section may still arrive.
 class CountingClient final : public velmora::dtv::SectionFilterClient {
 public:
     std::atomic<std::uint32_t> received{0};
@@ -56,7 +56,7 @@ void waitForService() {
     ASSERT_TRUE(eventually([api] { return api->sendPtsRequest(0) == 0; }));
 }
 
-/// A filter that is opened and closed again and again by its thread, or closes itself when a section comes.
+/// A filter that its thread opens and closes repeatedly, or that closes itself when a section arrives.
 class ReopeningClient final : public velmora::dtv::SectionFilterClient {
 public:
     ReopeningClient(velmora::dtv::DVBSectionInterface& newFilters, bool newClosesItself)
@@ -69,7 +69,7 @@ public:
             ++closed;
         }
     }
-    /// Opens a filter and closes it once a section has come, unless the section closes it.
+    /// Opens a filter and closes it after a section has arrived, unless the client has closed it.
     void cycle() {
         const std::string session = filters.generateSessionName();
         const std::uint32_t before = received;
@@ -87,9 +87,9 @@ public:
 
     std::atomic<std::uint32_t> received{0};
     std::atomic<std::uint32_t> closed{0};
-    std::atomic<std::uint32_t> failures{0};  // refusals of opening or closing
+    std::atomic<std::uint32_t> failures{0};  // failed openings and closings
     std::atomic<std::uint32_t> came{0};      // waits in vain
-    std::uint32_t cycles = 0;                // of the client's thread
+    std::uint32_t cycles = 0;                // cycles of the client's thread
 
 private:
     velmora::dtv::DVBSectionInterface& filters;
@@ -99,7 +99,7 @@ private:
 
 }  // namespace
 
-TEST(ManyFilters, LoseNothingAndKeepTheOrderOfAHundredThousandSections) {
+TEST(ManyFilters, DeliverAHundredThousandSectionsInOrder) {
     constexpr std::uint32_t kSections = 100000;
     constexpr std::uint32_t kSectionsEach = kSections / kFilters;
     const FloodingProcess service({"row", std::to_string(kFilters), std::to_string(kSections)});
@@ -116,7 +116,7 @@ TEST(ManyFilters, LoseNothingAndKeepTheOrderOfAHundredThousandSections) {
     }
 }
 
-TEST(ManyFilters, AreOpenedAndClosedByManyThreadsForThirtySecondsWhileSectionsFlow) {
+TEST(ManyFilters, OpenAndCloseInManyThreads) {
     constexpr std::size_t kThreads = 8;
     constexpr std::chrono::seconds kDuration{30};
     const FloodingProcess service({"stream"});

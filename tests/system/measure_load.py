@@ -1,11 +1,10 @@
 #!/usr/bin/env python3
-"""Measures what playing a multiplex of 40 Mbit/s costs the reference service, as a share of one core.
+"""Measures the processor time that the reference service needs for a multiplex of 40 Mbit/s, as a share of one core.
 
     measure_load.py BUILD_FOLDER [SECONDS]
 
-The sample is filled up to 40.6 Mbit/s with packets of PIDs that nobody follows; eight filters are open on PAT, NIT, SDT,
-EIT, TDT and three PMTs, each with a dvbshell of its own. Beside it stands what the same service needed without a browser,
-measured just before.
+Packets of unused PIDs fill the sample up to 40.6 Mbit/s. Eight filters are open on PAT, NIT, SDT, EIT, TDT and three
+PMTs, each in its own dvbshell. The output also has the load of the same service without a browser, measured just before.
 """
 import os
 import signal

@@ -1,4 +1,4 @@
-// A browser that speaks the RPC interface itself: every command, and every event with all of its values.
+// A browser without the library: it sends every command itself and records every event with all values.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -36,7 +36,7 @@ protected:
             return (service->*command)(ids, frame::TransportInfo(), arguments...) == 0;
         });
     }
-    /// What to tune to for a service of the sample's multiplex.
+    /// The tune command's channel for a service of the sample's multiplex.
     static lo::browserdvbservice::TuneInfoChannel channelOf(const tsmake::Service& wanted) {
         lo::browserdvbservice::TuneInfoChannel channel;
         channel.idType = 12;
@@ -45,7 +45,7 @@ protected:
         channel.sid = wanted.serviceId;
         return channel;
     }
-    /// The service is presented, its PMT has come, and no tune is still to be carried out.
+    /// Tunes until the service is presented and its PMT has arrived. Then waits until every sent tune is done.
     bool presents(const tsmake::Service& wanted) {
         const lo::browserdvbservice::TuneInfoChannel channel = channelOf(wanted);
         const std::string pmt = shownValue(asText(tsmake::pmtSection(wanted)));
@@ -66,12 +66,12 @@ protected:
         const std::vector<std::string> texts = client->texts();
         return std::find(texts.begin(), texts.end(), text) != texts.end();
     }
-    /// How often an event was heard so far.
+    /// How often an event has arrived so far.
     std::ptrdiff_t timesHeard(const std::string& text) const {
         const std::vector<std::string> texts = client->texts();
         return std::count(texts.begin(), texts.end(), text);
     }
-    /// Waits until every command so far has been answered: the service answers in the order in which it is asked.
+    /// Waits until the service has handled every command so far. It handles commands in order.
     bool answersWhatWasAsked() {
         const std::string answer = "onVodMaxdomeSecureSerialNumber(0:)";
         const auto before = timesHeard(answer);

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Keeps the different sections that it is given.
+/// Keeps one copy of each different section.
 class CountingSections final : public velmora::dtv::SectionFilterClient {
 public:
     void onSectionData(const std::string&, unsigned int, const unsigned char* data, unsigned int length) override {
@@ -32,14 +32,14 @@ private:
 
 }  // namespace
 
-TEST_F(ABrowser, ReceivesTheSectionsOfAFilterFromTheService) {
+TEST_F(ABrowser, ReceivesSectionsOfAFilter) {
     const ServiceProcess service;
     ASSERT_TRUE(connected());
     std::string error;
     auto* const filters = static_cast<velmora::dtv::DVBSectionInterface*>(
         dvbshell::loadInterface(LIBRARY_FILE, "SectionFilterAPI", error));
     ASSERT_NE(filters, nullptr) << error;
-    // They outlive the test: a section may be on its way to them while it ends.
+    // The clients outlive the test, because a section may still arrive.
     static auto& everything = *new CountingSections;
     static auto& following = *new CountingSections;
     const std::string first = filters->generateSessionName();
@@ -58,7 +58,7 @@ TEST_F(ABrowser, ReceivesTheSectionsOfAFilterFromTheService) {
     filters->stopSection(&everything, first);
 }
 
-TEST_F(ABrowser, ReceivesThePmtOfAServiceThatIsNotPresented) {
+TEST_F(ABrowser, ReceivesThePmtOfAnotherService) {
     const ServiceProcess service;
     ASSERT_TRUE(connected());
     std::string error;
@@ -72,7 +72,7 @@ TEST_F(ABrowser, ReceivesThePmtOfAServiceThatIsNotPresented) {
     EXPECT_EQ(filters->stopPMTRequest(&client, session), 0);
 }
 
-TEST_F(ABrowser, KeepsItsFiltersWithinTheMultiplexAndIsToldOfTheirEndOutsideOfIt) {
+TEST_F(ABrowser, KeepsFiltersUntilTheMultiplexChanges) {
     tsmake::Multiplex other = kSample;
     other.transportStreamId = 1026;
     for (tsmake::Service& service : other.services) {

@@ -1,4 +1,4 @@
-// The reference service's answers, command by command and event by event, against what the broadcast says.
+// Checks the reference service's answers to each command, and each event, against the content of the broadcast.
 #include "raw_browser.h"
 
 namespace {
@@ -16,7 +16,7 @@ std::string number(std::uint64_t value) {
 const std::uint16_t kVideoPid = kFirst.components[0].pid;
 const std::uint16_t kAudioPid = kFirst.components[1].pid;
 
-/// The triplet of the first service, as it ends an event.
+/// The triplet of the first service, in the text form of an event's last values.
 const std::string kTriplet = "1, 1025, " + number(kFirst.serviceId) + ")";
 
 /// "eng" in three bytes.
@@ -28,7 +28,7 @@ std::string selected(unsigned int index, unsigned int type, unsigned int pid) {
 
 }  // namespace
 
-TEST_F(ARawBrowser, IsToldOfTheComponentsOfThePresentedService) {
+TEST_F(ARawBrowser, GetsThePresentedComponents) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kFirst));
     EXPECT_TRUE(hears("onComponentInfoChange(0, 0, " + number(kVideoPid) + ", 27, 0, 0, 1, 0, 0, 1)"));
@@ -64,7 +64,7 @@ TEST_F(ARawBrowser, IsToldOfComponentsAsTheirDescriptorsAre) {
         hears("onComponentInfoChange(4, 2, 274, " + number(kTeletext) + ", 0, 0, 6, 0, " + number(kFrench) + ", 0)"));
 }
 
-TEST_F(ARawBrowser, IsToldOfAnAitWhoseTypeThePmtDoesNotList) {
+TEST_F(ARawBrowser, GetsAnAitWhoseTypeThePmtDoesNotList) {
     tsmake::Multiplex multiplex = kSample;
     multiplex.services[0].ait.emptySignalling = true;
     const ServiceProcess process(writeBroadcast(multiplex, 2, "unlisted.ts"));
@@ -101,20 +101,20 @@ TEST_F(ARawBrowser, PresentsAComponentByItsPid) {
         [&] { return process.log().find("no component of type 1 on PID " + number(kVideoPid)) != std::string::npos; }));
 }
 
-TEST_F(ARawBrowser, IsToldThePtsAndThePcrOfThePresentedService) {
+TEST_F(ARawBrowser, GetsPtsAndPcr) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kFirst));
     ASSERT_TRUE(sends(&Commands::cmdSendPtsRequest, 7U));
     ASSERT_TRUE(eventually([&] { return !numbersOf("onPtsNotify").empty(); }));
     const std::vector<std::uint64_t> times = numbersOf("onPtsNotify")[0];
-    // The broadcast presents half a second behind its clock; a picture comes every 20 ms.
+    // PTS are half a second ahead of the PCR; a picture is sent every 20 ms.
     constexpr std::int64_t kDelay = 45000;
     constexpr std::int64_t kPicture = 1800;
     EXPECT_NEAR(static_cast<double>(times[0] - times[1]), kDelay, kPicture);
 }
 
 TEST_F(ARawBrowser, IsToldNoTimeOfTheServiceBefore) {
-    // A service that the PAT lists and of which nothing else comes.
+    // PAT and SDT list this service, and nothing else is sent for it.
     tsmake::Multiplex multiplex = kSample;
     tsmake::Service silent;
     silent.serviceId = 28999;
@@ -127,7 +127,7 @@ TEST_F(ARawBrowser, IsToldNoTimeOfTheServiceBefore) {
     ASSERT_TRUE(eventually([&] { return numbersOf("onPtsNotify").size() == 1; }));
     EXPECT_EQ(operate({"tune", "1:1025:28999"}), "");
     ASSERT_TRUE(sends(&Commands::cmdSendPtsRequest, 2U));
-    // The answer to a later command shows that there was none to the one before.
+    // The answer to a later command shows that the earlier one had no answer.
     ASSERT_TRUE(answersWhatWasAsked());
     EXPECT_EQ(numbersOf("onPtsNotify").size(), 1U);
     EXPECT_EQ(operate({"tune", "1:1025:28107"}), "");
@@ -148,7 +148,7 @@ TEST_F(ARawBrowser, FollowsATemiTimelineUntilItStops) {
         EXPECT_EQ(values[1], 9U) << "timeline_id";
         EXPECT_EQ(values[2], 0U) << "neither paused nor discontinuous";
         EXPECT_EQ(values[3], 1000U) << "timescale";
-        // Half a second lies between the packet's clock, which the time stamp counts, and the PTS of its picture.
+        // The time stamp follows the PCR of the packet, and the PTS of its picture is half a second later.
         EXPECT_NEAR(static_cast<double>(values[5]) / 90.0, static_cast<double>(values[4]) + 500.0, 20.0);
     }
     ASSERT_TRUE(sends(&Commands::cmdStopTemiTimelineRequest));
@@ -159,7 +159,7 @@ TEST_F(ARawBrowser, FollowsATemiTimelineUntilItStops) {
     EXPECT_EQ(numbersOf("onTimelineInfoChange").size(), heardSoFar);
 }
 
-TEST_F(ARawBrowser, IsRefusedATimelineThatNoStreamCanHave) {
+TEST_F(ARawBrowser, IsRefusedAnInvalidTimeline) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kFirst));
     ASSERT_TRUE(sends(&Commands::cmdStartTemiTimelineRequest, 256U, 9U, 0U));
@@ -168,7 +168,7 @@ TEST_F(ARawBrowser, IsRefusedATimelineThatNoStreamCanHave) {
     }));
 }
 
-TEST_F(ARawBrowser, TunesByTheDeliverySystemDescriptorOfTheNit) {
+TEST_F(ARawBrowser, TunesByDeliverySystemDescriptor) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kFirst));
     TuneInfoChannel channel;
@@ -189,7 +189,7 @@ TEST_F(ARawBrowser, TunesByTheDeliverySystemDescriptorOfTheNit) {
               std::string::npos);
 }
 
-TEST_F(ARawBrowser, TunesByADescriptorThatOnlyAnotherMultiplexTells) {
+TEST_F(ARawBrowser, TunesByADescriptorOfAnotherMultiplex) {
     tsmake::Multiplex telling = kSample;
     const std::string descriptor("\x44\x0B\x04\x02\x00\x00\xFF\xF2\x05\x00\x69\x00\x0F", 13);
     telling.otherStreams = {{1, 2000, descriptor, {}}};
@@ -208,7 +208,7 @@ TEST_F(ARawBrowser, TunesByADescriptorThatOnlyAnotherMultiplexTells) {
     }));
 }
 
-TEST_F(ARawBrowser, KnowsWhoseAnAitIsBeforeAnySectionOfIt) {
+TEST_F(ARawBrowser, GetsTheAitChannelBeforeItsSections) {
     constexpr unsigned int kSeconds = 10;
     tsmake::Multiplex multiplex = kSample;
     std::vector<tsmake::AitVersion>& versions = multiplex.services[0].ait.versions;
@@ -234,7 +234,7 @@ TEST_F(ARawBrowser, IsToldWhetherAnAitIsSignalled) {
     EXPECT_TRUE(hears("onAitParsingStateChanged(0)"));
 }
 
-TEST_F(ARawBrowser, GetsTheServiceAndItsPmtAsDtvInfo) {
+TEST_F(ARawBrowser, GetsServiceAndPmtAsDtvInfo) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kFirst));
     ASSERT_TRUE(sends(&Commands::cmdDtvInfoRequest));
@@ -243,7 +243,7 @@ TEST_F(ARawBrowser, GetsTheServiceAndItsPmtAsDtvInfo) {
                       shownValue(asText(tsmake::pmtSection(kFirst))) + ")"));
 }
 
-TEST_F(ARawBrowser, GetsTheServiceItsPmtAndItsAitAgainWhenItAsks) {
+TEST_F(ARawBrowser, GetsServicePmtAndAitAgainOnRequest) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kFirst));
     const std::string ait = "onAitSectionAvailable(" + shownValue(asText(tsmake::aitSection(kFirst))) + ")";
@@ -261,7 +261,7 @@ TEST_F(ARawBrowser, GetsTheServiceItsPmtAndItsAitAgainWhenItAsks) {
     EXPECT_TRUE(again(&Commands::cmdTriggerAitReparse, ait));
 }
 
-TEST_F(ARawBrowser, IsToldAllOfThePresentedServiceAgainWhenItHasStarted) {
+TEST_F(ARawBrowser, GetsThePresentedServiceAgainWhenItStarts) {
     const ServiceProcess process;
     ASSERT_TRUE(presents(kFirst));
     const auto eit = [](bool following) {
@@ -291,7 +291,7 @@ TEST_F(ARawBrowser, IsToldAllOfThePresentedServiceAgainWhenItHasStarted) {
     }
 }
 
-TEST_F(ARawBrowser, IsToldOfTheEndOfAnAudioSourceChangeByItsSession) {
+TEST_F(ARawBrowser, GetsTheAudioSourceResultWithItsSession) {
     const ServiceProcess process;
     ASSERT_TRUE(sends(&Commands::cmdSetAudioSource, 41U, std::string("broadband")));
     EXPECT_TRUE(hears("onSetAudioSourceFinished(41, 0)"));
@@ -311,7 +311,7 @@ TEST_F(ARawBrowser, GetsTheConfiguredSerialNumber) {
     EXPECT_TRUE(hears("onVodMaxdomeSecureSerialNumber(" + shownValue(std::string("AB-12")) + ")"));
 }
 
-TEST_F(ARawBrowser, IsToldOfALayerThatItAskedFor) {
+TEST_F(ARawBrowser, GetsTheStateOfAFollowedLayer) {
     const ServiceProcess process;
     ASSERT_TRUE(sends(&Commands::cmdStartOSDDetection, 3U));
     ASSERT_TRUE(hears("onOSDStateChanged(3, 0)"));
@@ -342,7 +342,7 @@ TEST_F(ARawBrowser, IsRefusedMoreLayersThanASetHas) {
     EXPECT_THAT(process.log(), testing::HasSubstr("browser 1: layer 64 refused: it follows 64 others"));
 }
 
-TEST_F(ARawBrowser, IsToldOfMessagesThatAreTooManyToWait) {
+TEST_F(ARawBrowser, IsRefusedTooManyWaitingMessages) {
     const ServiceProcess process;
     ASSERT_TRUE(answersWhatWasAsked());
     operate({"ca", "insert", "2"});
@@ -361,7 +361,7 @@ TEST_F(ARawBrowser, HasTheBeginningsOfItsMessagesShown) {
     const ServiceProcess process;
     ASSERT_TRUE(answersWhatWasAsked());
     operate({"ca", "insert", "2"});
-    const std::string most(16000, '\x01');  // six characters each in an answer
+    const std::string most(16000, '\x01');  // each byte becomes six characters in an answer
     const std::string accented = std::string(199, 'x') + "\u00f6" + most;
     constexpr unsigned long long kMost = 64;
     for (unsigned long long session = 1; session <= kMost; ++session) {
@@ -467,7 +467,7 @@ TEST_F(ARawBrowser, HasItsReportsNoted) {
     }));
 }
 
-TEST_F(ARawBrowser, ShowsTheOperatorServicesThatAreOnNoInput) {
+TEST_F(ARawBrowser, ListsServicesThatNoInputCarries) {
     tsmake::Multiplex first = kSample;
     tsmake::OtherStream received = {1, 2000, {}, {{28106, 25, "Received"}}};
     // A service list in the NIT names service 41; the SDT does not.

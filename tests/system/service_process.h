@@ -1,4 +1,4 @@
-// The reference service as a process of its own, started, watched and ended by a test.
+// Runs the reference service as a separate process for a test.
 #pragma once
 
 #include <fcntl.h>
@@ -21,14 +21,14 @@ inline std::string fileText(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// A program with its output in files of the run directory.
+/// A program whose output goes to files in the run directory.
 class ChildProcess {
 public:
     ChildProcess(const std::string& program, std::vector<std::string> arguments, const std::string& name,
                  Runner runner = Runner::emulator)
         : outputPath(OwnRunDirectory::instance().path() + "/" + name + ".out"),
           logPath(OwnRunDirectory::instance().path() + "/" + name + ".log") {
-        // What an earlier process of that name has written is not this one's.
+        // Remove the output of an earlier process with this name.
         unlink(outputPath.c_str());
         unlink(logPath.c_str());
         process = fork();
@@ -48,7 +48,7 @@ public:
     std::string output() const { return fileText(outputPath); }
     std::string log() const { return fileText(logPath); }
 
-    /// Sends the signal and waits for the end; the exit code, or -1 when a signal ended it.
+    /// Sends the signal and waits for the end. Returns the exit code, or -1 if a signal ended the process.
     int end(int signal) {
         if (process <= 0) {
             return -1;
@@ -82,7 +82,7 @@ public:
 private:
     static std::vector<std::string> inputs(const std::vector<std::string>& files) {
         std::vector<std::string> arguments;
-        // What stands behind the first option is passed on as it is.
+        // Pass everything from the first option on unchanged.
         bool options = false;
         for (const std::string& word : files) {
             options = options || word.compare(0, 2, "--") == 0;

@@ -1,4 +1,4 @@
-// Stream events: by their identifiers, and by the names that a carousel's stream event object gives them.
+// Stream events, selected by identifier or by their name in a carousel's stream event object.
 #include "fed_input.h"
 
 namespace {
@@ -14,7 +14,7 @@ protected:
         broadcast = fileText(writeBroadcast(multiplex, 4, "stream-events.ts"));
     }
 
-    /// The service is presented, under its whole name.
+    /// Waits until the service is presented under its complete triplet.
     bool begins() {
         constexpr std::size_t kFirstSecond = 1000 * kPacketSize;
         const lo::browserdvbservice::TuneInfoChannel channel = channelOf(multiplex.services[0]);
@@ -63,7 +63,7 @@ TEST_F(AStreamEventListener, IsSignalledEachVersionOnce) {
     ASSERT_TRUE(asks(kAdd, "", "5", 7));
     ASSERT_TRUE(hears(added("", "5", 7, 0)));
     EXPECT_TRUE(playsSecondUntil(1, [&] { return heard(signalled("", "5", 7, "one")); }));
-    // A listener on the other event tells when the second part has come through.
+    // A listener on the other event shows when the second part has arrived.
     ASSERT_TRUE(asks(kAdd, "", "6", 7));
     EXPECT_TRUE(playsSecondUntil(2, [&] { return heard(signalled("", "6", 7, "other")); }));
     EXPECT_TRUE(playsSecondUntil(3, [&] { return heard(signalled("", "5", 7, "two")); }));
@@ -86,7 +86,7 @@ TEST_F(AStreamEventListener, IsRefusedWhereThereIsNoSuchComponent) {
 
 TEST_F(AStreamEventListener, MayNameItsEventAsTheCarouselDoes) {
     ASSERT_TRUE(begins());
-    // By the component of the events, by that of the carousel with the object's path, by neither.
+    // Select by the component of the events, by the component of the carousel with the object's path, and by neither.
     ASSERT_TRUE(asks(kAdd, "", "goal", 7));
     ASSERT_TRUE(asks(kAdd, "/events/football", "goal", 8));
     ASSERT_TRUE(asks(kAdd, "events/football", "foul", -1));
@@ -117,7 +117,7 @@ TEST_F(AStreamEventListener, IsAnsweredWhereTheCarouselNeverComes) {
     broadcast = withoutPids(broadcast, {multiplex.services[0].streamEvents.carouselPid});
     ASSERT_TRUE(begins());
     ASSERT_TRUE(asks(kAdd, "", "goal", 7));
-    // Another service is presented: what was asked of this one is over.
+    // Presenting another service ends the requests for this one.
     EXPECT_EQ(operate({"tune", "1:1025:28107"}), "");
     EXPECT_TRUE(hears(added("", "goal", 7, 1)));
     EXPECT_EQ(operate({"tune", "1:1025:28106"}), "");

@@ -1,4 +1,4 @@
-// Browser and service as two real processes on a broadcast: this process is the browser, and gets the library as one.
+// Browser and service as two real processes on a broadcast. The test process is the browser and loads the library.
 #include "browser_fixture.h"
 
 TEST_F(ABrowser, SeesAServiceWithTheBroadcastsOwnBytes) {
@@ -34,7 +34,7 @@ TEST_F(ABrowser, WorksWithAServiceThatComesLater) {
     EXPECT_TRUE(sectionArrives(EventKind::pmt, tsmake::pmtSection(kSample.services[0])));
 }
 
-TEST_F(ABrowser, GetsNegativeResultsWhileTheServiceIsKilledAndWorksWithTheNextOne) {
+TEST_F(ABrowser, WorksAgainAfterTheServiceRestarts) {
     auto service = std::make_unique<ServiceProcess>();
     ASSERT_TRUE(connected());
     for (int round = 0; round < 3; ++round) {
@@ -44,7 +44,7 @@ TEST_F(ABrowser, GetsNegativeResultsWhileTheServiceIsKilledAndWorksWithTheNextOn
         tune(28106);
         service = std::make_unique<ServiceProcess>();
         ASSERT_TRUE(connected());
-        // The channel that is still known may be the one of the service before.
+        // The library may still know the channel of the previous service.
         ASSERT_TRUE(tunesTo(28106));
         ASSERT_TRUE(tunesTo(28107));
         EXPECT_TRUE(channelArrives(28107));
@@ -52,7 +52,7 @@ TEST_F(ABrowser, GetsNegativeResultsWhileTheServiceIsKilledAndWorksWithTheNextOn
     }
 }
 
-TEST_F(ABrowser, IsToldOfATuneThatFailsAndKeepsItsChannel) {
+TEST_F(ABrowser, KeepsItsChannelAfterAFailedTune) {
     const ServiceProcess service;
     ASSERT_TRUE(connected());
     ASSERT_TRUE(tunesTo(28106));
@@ -74,7 +74,7 @@ TEST_F(ABrowser, GetsPmtAndAitAgainWhenItAsks) {
     EXPECT_TRUE(sectionArrives(EventKind::ait, tsmake::aitSection(kSample.services[0])));
 }
 
-TEST_F(ABrowser, IsToldOfTheEndOfAnAudioSourceChange) {
+TEST_F(ABrowser, GetsTheAudioSourceResult) {
     const ServiceProcess service;
     ASSERT_TRUE(connected());
     EXPECT_EQ(api->setAudioSource("broadcast"), 0);
@@ -101,13 +101,13 @@ TEST_F(ABrowser, HearsWhatAnotherBrowserTunesTo) {
     EXPECT_THAT(other.output(), testing::HasSubstr("ccid:1:1025:28108  started"));
 }
 
-TEST_F(ABrowser, IsToldOfAllThatIsPresentedWhenItJoins) {
+TEST_F(ABrowser, GetsThePresentedServiceWhenItConnects) {
     const ServiceProcess service;
     ASSERT_TRUE(connected());
     ASSERT_TRUE(tunesTo(28106));
     ASSERT_TRUE(sectionArrives(EventKind::eit, tsmake::eitSection(kSample, kSample.services[0], true)));
     ASSERT_TRUE(sectionArrives(EventKind::ait, tsmake::aitSection(kSample.services[0])));
-    // What it is told when it connects may come before it listens.
+    // Events that follow the connection may arrive before the listener is registered.
     ChildProcess other(DVBSHELL, {"--seconds", "60", "start-notify"}, "other");
     EXPECT_TRUE(eventually([&] {
         const std::string heard = other.output();

@@ -1,4 +1,4 @@
-// A 32-bit browser and a 64-bit service on one socket. Skipped where there is no service of the other width.
+// A 32-bit browser and a 64-bit service on one socket. Skipped without a service of the other width.
 #include <set>
 
 #include "browser_fixture.h"
@@ -14,7 +14,7 @@ protected:
     }
 
     inline static const std::string kService = OTHER_WIDTH_SERVICE;
-    /// The kinds that came of a service with its values and bytes, each once; their order is the broadcast's.
+    /// The kinds of events with the expected values and bytes of a service, each once, in any order.
     std::set<EventKind> eventsOf(const tsmake::Service& service) {
         std::set<EventKind> came;
         const auto end = dvbshell::Clock::now() + std::chrono::seconds(20);
@@ -38,7 +38,7 @@ protected:
 
 }  // namespace
 
-TEST_F(ABrowserOfTheOtherWidth, IsToldOfTheBroadcastAsOneOfTheSameIs) {
+TEST_F(ABrowserOfTheOtherWidth, GetsTheSameEvents) {
     const ServiceProcess service = start();
     ASSERT_TRUE(connected());
     for (const tsmake::Service& of : {kSample.services[0], kSample.services[1]}) {

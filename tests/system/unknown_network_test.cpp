@@ -1,4 +1,4 @@
-// A broadcast without the tables that tell original_network_id: one value stands for it everywhere.
+// A broadcast without the tables that carry original_network_id. The service uses one value for it everywhere.
 #include "raw_browser.h"
 #include "si/tables.h"
 
@@ -15,7 +15,7 @@ protected:
         std::ofstream(path, std::ios::binary) << withoutPids(fileText(SAMPLE_FILE), {kNitPid, kSdtPid, kEitPid});
     }
 
-    /// The service presents its first service once the PAT has come often enough without a network.
+    /// Without a network, the first service is presented after the PAT has arrived often enough.
     bool presentsTheFirst() {
         return eventually([this] {
             sends(&Commands::cmdTriggerServiceInfoAcquire);
@@ -49,7 +49,7 @@ TEST_F(AnUnknownNetwork, IsTheSameForTheOperator) {
                       shownValue(kUnknown + ":1025:28107") + ")"));
 }
 
-TEST_F(AnUnknownNetwork, IsTheSameInTheListOfAFile) {
+TEST_F(AnUnknownNetwork, HasTheSameValueInAFileList) {
     ChildProcess list(DTVSERVICED, {"--list", path}, "list");
     EXPECT_EQ(list.wait(), 0);
     EXPECT_THAT(list.output(), testing::StartsWith(triplet + "\tpmt\thbbtv\t"));

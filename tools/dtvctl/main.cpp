@@ -30,7 +30,7 @@ constexpr const char* kUsage =
     "  engine STATUS             tells browsers the HbbTV engine's status\n"
     "  stop-terminals            tells browsers that all terminals have stopped\n"
     "\n"
-    "  --json                    the service's answer as it is\n";
+    "  --json                    print the service's answer unchanged\n";
 
 [[noreturn]] void endWithUsage(const std::string& error) {
     std::fprintf(stderr, "dtvctl: %s\n%s", error.c_str(), kUsage);
@@ -43,7 +43,7 @@ bool isAll(const std::string& word, Number& value) {
     return failure == std::errc() && end == word.data() + word.size();
 }
 
-/// Any number of 64 bits, with a sign or without; which of them are meant, the service says.
+/// Any signed or unsigned number of 64 bits. The service checks the range.
 json number(const std::string& name, const std::string& word) {
     std::uint64_t natural = 0;
     std::int64_t negative = 0;
@@ -80,7 +80,7 @@ json osdRequest(const Words& words) {
 
 struct Command {
     const char* name;
-    std::size_t fewest;  // words behind the name
+    std::size_t fewest;  // words after the name
     std::size_t most;
     std::function<json(const Words&)> request;
 };
@@ -130,7 +130,7 @@ void printChannels(const json& channels) {
     }
 }
 
-/// Every other answer: a line a value; a list's objects one below the other.
+/// Prints every other answer: one line for each value, and for each object of a list.
 void printValues(const json& answer) {
     for (const auto& value : answer.items()) {
         if (value.key() == "ok") {

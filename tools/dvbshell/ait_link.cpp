@@ -43,12 +43,12 @@ AitLink::AitLink(const AitCatcher& newCatcher, velmora::dtv::DVBAITSectionInterf
 }
 
 void AitLink::onChannel(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid) {
-    constexpr std::uint16_t kUnused = 0;  // the leading value is stored and never read
+    constexpr std::uint16_t kUnused = 0;  // the catcher stores the first value and never reads it
     current = Channel{onid, tsid, sid};
     catcher.updateCurrentChannelInfo(catcher.catcher, kUnused, onid, tsid, sid);
 }
 
-/// The channel that a browser finds on the air when it starts is reported by no change: its AIT is the first to name
+/// No change event reports the channel that is already presented when the browser starts. Its AIT is the first to name
 /// it.
 void AitLink::onAit(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid, const std::string& section) {
     if (!current || current->onid != onid || current->tsid != tsid || current->sid != sid) {

@@ -1,8 +1,8 @@
-// AitLink: the embedding side of the library's AIT catcher. What the DVB API reports is handed to the catcher, and what
-// the catcher hands on becomes events.
-// Threads: the sink's operations on the transport thread; replay() on any; events come from both and from a replay's
-//          own.
-// Blocks:  as the catcher does.
+// AitLink: uses the library's AIT catcher as a browser does. It passes channels and AIT sections from the DVB API to
+// the catcher, and turns the sections that the catcher delivers into events.
+// Threads: onChannel() and onAit() on the transport thread; replay() on any thread.
+//          onCurrentChannelAIT() on the transport thread or on the thread of a replay.
+// Blocks:  as long as the catcher does.
 // Fails:   load() with a text that names the library and the reason.
 #pragma once
 
@@ -17,7 +17,7 @@ class BrowserAITCatcher;
 
 namespace dvbshell {
 
-/// The catcher's operations, found in the library by name: it exports them for those who embed it.
+/// The catcher's operations. The library exports them by name for the browser.
 struct AitCatcher {
     using Update = int (*)(velmora::dvbservice::BrowserAITCatcher*, std::uint16_t, std::uint16_t, std::uint16_t,
                            std::uint16_t);
@@ -30,14 +30,14 @@ struct AitCatcher {
 
 class AitLink : public AitSink, private velmora::dtv::AITSectionClient {
 public:
-    /// Null, with the reason, when the library does not have what it takes. The link lives as long as the process: the
-    /// library may be calling it at any time.
+    /// Null, with the reason, when the library lacks an interface or a function. The link lives as long as the process,
+    /// because the library may call it at any time.
     static AitLink* load(const std::string& libraryPath, EventQueue& queue, std::string& error);
     AitLink(const AitCatcher& newCatcher, velmora::dtv::DVBAITSectionInterface& newInterface, EventQueue& newQueue);
 
     void onChannel(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid) override;
     void onAit(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid, const std::string& section) override;
-    /// Asks for what is stored of a channel; it comes as events.
+    /// Asks for the stored AIT of a channel, which arrives as events.
     bool replay(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid);
 
 private:

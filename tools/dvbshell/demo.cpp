@@ -14,11 +14,11 @@ namespace {
 constexpr std::size_t kMostServices = 4;
 constexpr int kIdTypeDvbTerrestrial = 12;
 constexpr std::chrono::seconds kLongestForTables{8};
-/// What a service that has everything it must is given, so that its EIT is seen as well.
+/// How long to wait for an EIT, counted from the tune. An EIT is optional.
 constexpr std::chrono::milliseconds kForEit{2500};
 constexpr std::chrono::milliseconds kWithoutPmt{1500};
 constexpr std::chrono::milliseconds kBetweenTries{500};
-/// When nothing has come for so long, what belongs to a service has been shown with it.
+/// Without an event for this long, no more events of the current service are expected.
 constexpr std::chrono::milliseconds kQuiet{150};
 
 /// What has arrived for a service.
@@ -66,8 +66,8 @@ public:
         printer.note("--- tuning to " + tripletText(service.triplet) + "  " + service.name +
                      (service.hasPmt ? "" : "  (its PMT is not in this broadcast)"));
         Arrived arrived;
-        // A service is listed by its broadcast before the DTV service has read so far: the tune is sent again until
-        // the channel has changed.
+        // The list may name a service that the DTV service has not read yet, so repeat the tune until the channel
+        // changes.
         const Clock::time_point begin = Clock::now();
         const Clock::time_point end =
             std::min(latest, begin + (service.hasPmt ? Clock::duration(kLongestForTables) : kWithoutPmt));
@@ -76,7 +76,7 @@ public:
                               0);
             watch(service, arrived, std::min(end, Clock::now() + kBetweenTries), true);
         }
-        // An AIT that was handed on before is not handed on again: it is asked for.
+        // The catcher delivers each AIT once, so ask for one that it has already delivered.
         if (arrived.channel && !arrived.ait && handedOn.count(tripletText(service.triplet)) != 0) {
             replay(service.triplet);
         }
@@ -87,7 +87,7 @@ public:
         return arrived;
     }
 
-    /// Tunes to a service again and lets the catcher give its AIT from memory.
+    /// Tunes to a service again and asks the catcher for its stored AIT.
     void comeBackTo(const ListedService& service) {
         printer.note("");
         printer.note("--- back to " + tripletText(service.triplet) + "  " + service.name + ", its AIT from memory");
@@ -141,14 +141,14 @@ private:
     Printer& printer;
     AitReplay replay;
     Clock::time_point latest;
-    std::set<std::string> handedOn;  // channels whose AIT the catcher has handed on
+    std::set<std::string> handedOn;  // channels whose AIT the catcher has delivered
 };
 
 std::string mark(bool arrived, bool expected) {
     return arrived ? "yes" : expected ? "NO" : "-";
 }
 
-/// Pads to a width in characters, not bytes: names are UTF-8.
+/// Pads to a width in characters, not bytes, because names are UTF-8.
 std::string padded(const std::string& text, std::size_t width) {
     const auto characters = static_cast<std::size_t>(
         std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
@@ -224,7 +224,7 @@ std::vector<ListedService> chooseServices(const std::vector<ListedService>& list
                      [&rank](const auto& left, const auto& right) { return rank(left) < rank(right); });
     const auto withPmt = static_cast<std::size_t>(
         std::count_if(listed.begin(), listed.end(), [](const auto& service) { return service.hasPmt; }));
-    // Of services without a PMT enough to have tuned twice, and one to show what that looks like.
+    // One service without a PMT shows what that looks like. At least two services, so that the channel changes.
     const std::size_t wanted = std::min(kMostServices, std::max<std::size_t>(withPmt + 1, 2));
     chosen.resize(std::min(chosen.size(), wanted));
     return chosen;

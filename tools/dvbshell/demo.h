@@ -1,6 +1,6 @@
-// The demonstration: tunes through services and watches what arrives for each, then sums up.
+// The demonstration: tunes to one service after another, shows what arrives for each, and prints a summary.
 // Threads: one; events come through the queue.
-// Blocks:  until it has seen everything or its time is up.
+// Blocks:  until everything has arrived or the time is up.
 #pragma once
 
 #include <chrono>
@@ -15,7 +15,7 @@
 
 namespace dvbshell {
 
-/// A service as the list of the broadcast tells it.
+/// A service in the list that `dtvserviced --list` prints.
 struct ListedService {
     Triplet triplet;
     bool hasPmt = false;      ///< its PMT is in the broadcast
@@ -23,22 +23,22 @@ struct ListedService {
     std::string name;
 };
 
-/// Reads the lines that the reference service lists; false, with the reason, for a line that is none.
+/// Reads the list that the reference service prints. False, with the reason, when a line is malformed.
 bool parseServiceList(const std::string& text, std::vector<ListedService>& services, std::string& error);
 
-/// Which services the demonstration tunes to, in order: those with AIT, then those with PMT, then one of the rest; four
-/// at most.
+/// The services that the demonstration tunes to, at most four: first services with an AIT, then services with a PMT,
+/// then one without a PMT.
 std::vector<ListedService> chooseServices(const std::vector<ListedService>& listed);
 
-/// Asks the AIT catcher for what it has stored of a channel.
+/// Asks the AIT catcher for the stored AIT of a channel.
 using AitReplay = std::function<void(const Triplet&)>;
 
-/// No demonstration takes longer.
+/// The limit for a whole demonstration.
 constexpr std::chrono::seconds kLongestDemo{20};
 
-/// 0 when channel, PMT and every signalled AIT arrived for each service that has a PMT, and at least one AIT did. What
-/// has not come after `longest` in all is missing. An AIT counts when the catcher has handed it on. At the end it goes
-/// back to the first service with one, whose AIT then comes from memory.
+/// Returns 0 when each service's channel change, each PMT of the broadcast and each signalled AIT arrived, and at least
+/// one PMT and one AIT. What has not arrived after `longest` is missing. An AIT counts when the catcher delivers it. At
+/// the end the demonstration returns to the first service with an AIT and asks the catcher for the stored one.
 int runDemo(velmora::dtv::DvbAPIInterface& api, EventQueue& queue, Printer& printer,
             const std::vector<ListedService>& services, const AitReplay& replay, Clock::duration longest);
 

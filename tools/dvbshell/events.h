@@ -1,6 +1,6 @@
-// Events of the library on their way from the transport thread to the one that prints.
-// Threads: the listener puts events in on the transport thread, one other thread takes them out.
-// Blocks:  take() until its time; the listener never.
+// The event queue between the transport thread and the thread that prints.
+// Threads: the listener adds events on the transport thread; one other thread takes them.
+// Blocks:  take() until its deadline; the listener never.
 // Locks:   the queue's mutex guards its events.
 #pragma once
 
@@ -19,27 +19,27 @@ namespace dvbshell {
 
 using Clock = std::chrono::steady_clock;
 
-/// `application` is an AIT section that came back from the library's AIT catcher, `filtered` one of a section filter.
+/// `application` is an AIT section that the library's AIT catcher delivered, `filtered` a section of a section filter.
 enum class EventKind { channel, aitChannel, pmt, eit, ait, application, filtered, other };
 
-/// One event, as the listener got it.
+/// One event with the values that the listener received. Each kind uses only some of the fields.
 struct Event {
     EventKind kind = EventKind::other;
     std::string name;  ///< the listener's operation
     Clock::time_point time = Clock::now();
-    bool started = false;  ///< of a channel change
-    int onid = -1;         ///< of channel, PMT, AIT and application
+    bool started = false;  ///< channel
+    int onid = -1;         ///< channel, PMT, AIT, application
     int tsid = -1;
     int sid = -1;
-    int update = 0;                                           ///< of PMT and EIT
-    std::string section;                                      ///< of all that carry one
-    std::vector<std::pair<std::string, std::string>> values;  ///< of the others, by name
+    int update = 0;                                           ///< PMT, EIT
+    std::string section;                                      ///< each kind that carries a section
+    std::vector<std::pair<std::string, std::string>> values;  ///< names and values of all other kinds
 };
 
 class EventQueue {
 public:
     void put(Event event);
-    /// The next event, or none when the time has come first.
+    /// The next event, or none when none arrives before `until`.
     std::optional<Event> take(Clock::time_point until);
 
 private:
@@ -48,7 +48,7 @@ private:
     std::deque<Event> events;  // guarded by mutex
 };
 
-/// Told, on the transport thread, which channel is current and what AIT sections come for it.
+/// Receives the current channel and its AIT sections, on the transport thread.
 class AitSink {
 public:
     virtual ~AitSink() = default;
@@ -56,8 +56,7 @@ public:
     virtual void onAit(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid, const std::string& section) = 0;
 };
 
-/// A listener that copies what it hears into the queue, and tells the sink, if there is one. Both have to
-/// outlive it.
+/// A listener that copies each event into the queue and calls the sink, if any. Queue and sink must outlive it.
 std::shared_ptr<velmora::dtv::DVBServiceListener> makeListener(EventQueue& queue, AitSink* sink = nullptr);
 
 }  // namespace dvbshell

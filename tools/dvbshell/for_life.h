@@ -1,11 +1,11 @@
-// Objects that the delivery thread or a replay may reach at any time, and so live as long as the process.
+// Keeps objects for the life of the process, because the delivery thread or a replay may call them at any time.
 #pragma once
 
 #include <vector>
 
 namespace dvbshell {
 
-/// The object, never deleted and always reachable.
+/// Keeps the object reachable, so that leak checkers do not report it, and never deletes it.
 template <typename Object>
 Object& forLife(Object* object) {
     static auto& kept = *new std::vector<Object*>;

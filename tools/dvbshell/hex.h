@@ -5,7 +5,7 @@
 
 namespace dvbshell {
 
-/// Two lower-case digits a byte.
+/// Two lower-case digits for each byte.
 std::string hexOf(const std::string& bytes);
 
 }  // namespace dvbshell

@@ -59,7 +59,7 @@ void readSection(const Event& event, Json& object) {
     }
 }
 
-/// Fields by their names; one that comes more than once, and nodes below by theirs, as arrays.
+/// Each field becomes a member. A repeated field becomes an array, and so do the child nodes of each name.
 Json treeOf(const si::Node& node) {
     Json object = {{"name", node.name}};
     std::map<std::string, int> times;

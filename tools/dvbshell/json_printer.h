@@ -1,7 +1,8 @@
-// JsonPrinter: events and results as one JSON object a line; sections in hexadecimal, and read where they can be.
+// JsonPrinter: prints each event and result as a line with one JSON object. Sections appear in hexadecimal, and decoded
+// where the printer can read them.
 // Threads: one.
 // Blocks:  while writing.
-// Fails:   never; bytes that are not UTF-8 are replaced.
+// Fails:   never; replaces bytes that are not UTF-8.
 #pragma once
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// The library as a browser gets it: loaded by path, asked for its interfaces by name.
+// Loads the library by path and asks for its interfaces by name, as a browser does.
 // Threads: the program's main one.
 // Blocks:  while loading.
 // Fails:   with a text that names the library and the reason.
@@ -11,16 +11,16 @@
 
 namespace dvbshell {
 
-/// Where the library is when nobody says: beside the program, in ../lib.
+/// The default path of the library: ../lib beside the program.
 std::string defaultLibraryPath();
 
-/// Loads the library and gets an interface by its name. Null, with the reason, when that cannot be had.
+/// Loads the library and gets an interface by name. Null, with the reason, on failure.
 velmora::dtv::IDTVUnknown* loadInterface(const std::string& path, const char* name, std::string& error);
 
-/// A function that the library exports, by its name for the linker. Null, with the reason, when that cannot be had.
+/// Loads the library and finds an exported function by its mangled name. Null, with the reason, on failure.
 void* loadFunction(const std::string& path, const char* name, std::string& error);
 
-/// Loads the library and gets the DVB API. Null, with the reason, when that cannot be had. The library stays loaded.
+/// Loads the library and gets the DVB API. Null, with the reason, on failure. The library stays loaded.
 velmora::dtv::DvbAPIInterface* loadDvbApi(const std::string& path, std::string& error);
 
 }  // namespace dvbshell

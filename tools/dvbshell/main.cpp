@@ -1,4 +1,4 @@
-// dvbshell: a browser host for the command line. It knows the library by its browser-facing headers alone.
+// dvbshell: a browser host for the command line. It uses the library's browser-facing headers only.
 #include <getopt.h>
 
 #include <algorithm>
@@ -37,16 +37,16 @@ constexpr const char* kUsage =
     "       dvbshell [options] demo LIST             tune through the services of LIST, as dtvserviced --list prints "
     "them\n"
     "\n"
-    "  --library PATH   the library; ../lib/libbrowserdvbapi.so beside this program unless given\n"
-    "  --seconds N      how long to print what arrives; an operation 1, sections with --count 60, else 5 unless given\n"
-    "  --id-type N      OIPF's channel idType of a tune; 12 (DVB-T) unless given\n"
-    "  --json           one JSON object a line\n"
-    "of sections:\n"
-    "  --table ID[/MASK]         sections of this table_id; of several with a mask\n"
-    "  --match HEX --mask HEX    a pattern: byte 0 stands for table_id, byte 1 for the section's byte 3 and so on\n"
-    "  --count N                 end after so many\n"
-    "  --hex                     one section a line, in hexadecimal\n"
-    "  --out FILE                the sections' bytes, one behind the other\n"
+    "  --library PATH   the library; default: ../lib/libbrowserdvbapi.so beside this program\n"
+    "  --seconds N      how long to print what arrives; default: 1 for an operation, 60 for sections --count, else 5\n"
+    "  --id-type N      OIPF channel idType of a tune; default: 12 (DVB-T)\n"
+    "  --json           print one JSON object on each line\n"
+    "options of sections:\n"
+    "  --table ID[/MASK]         sections with this table_id; a mask selects several\n"
+    "  --match HEX --mask HEX    a pattern: byte 0 matches table_id, byte 1 the section's byte 3 and so on\n"
+    "  --count N                 end after N sections\n"
+    "  --hex                     print each section on one line in hexadecimal\n"
+    "  --out FILE                write the bytes of all sections to FILE, without separators\n"
     "\n"
     "operations:\n";
 
@@ -63,7 +63,7 @@ struct Options {
     int idType = 12;
     bool json = false;
     SectionsRequest sections;
-    std::string sectionOption;  ///< the first one that is of sections alone
+    std::string sectionOption;  ///< the first option that only `sections` takes
     std::vector<std::string> words;
 };
 
@@ -81,7 +81,7 @@ int numberOf(const char* name, const char* text, unsigned int most = 86400) {
     return static_cast<int>(number);
 }
 
-/// The verbs of this program beside the operations, and how many arguments each takes.
+/// A verb that is no operation of the DVB API, and how many arguments it takes.
 struct Verb {
     const char* name;
     std::size_t least;
@@ -114,7 +114,7 @@ void checkArgument(Options& options) {
     }
 }
 
-/// Ends the program when the words are no command: what is wrong with them does not depend on the library.
+/// Ends the program when the words are not a command. This needs no library, so it runs before the library loads.
 void checkWords(Options& options) {
     const std::string name = options.words.empty() ? std::string() : options.words[0];
     if (!options.sectionOption.empty() && name != "sections") {
@@ -194,7 +194,7 @@ void takeSectionOption(int id, Options& options, std::string& table) {
     }
 }
 
-/// Match and mask belong together; --table stands above the pattern's first byte.
+/// Match and mask must have the same length; --table adds the table_id in front of both.
 void finishPattern(Options& options, const std::string& table) {
     SectionsRequest& request = options.sections;
     if (request.match.size() != request.mask.size()) {
@@ -228,7 +228,8 @@ void takeOption(int id, Options& options, std::string& table) {
     }
 }
 
-/// Options may stand anywhere; a word that begins with one dash is an operation's, as a negative number is.
+/// Moves options to the front, because they may stand anywhere. A word with a single dash is an argument, for example a
+/// negative number.
 std::vector<char*> optionsFirst(int argc, char** argv) {
     std::vector<char*> first(argv, argv + 1);
     std::vector<char*> words;
@@ -285,13 +286,14 @@ Triplet startTune(velmora::dtv::DvbAPIInterface& api, const Options& options) {
     return triplet;
 }
 
-/// Whether a channel event is of that channel; while nothing has told the network, whatever its identifier.
+/// Whether an event belongs to the channel. While the broadcast has not announced its network, any original_network_id
+/// matches.
 bool isThat(const Event& event, const Triplet& channel) {
     return (event.onid == channel.onid || event.onid == si::kUnknownNetworkId) && event.tsid == channel.tsid &&
            event.sid == channel.sid;
 }
 
-/// Good when the channel has become the wanted one.
+/// Returns 0 when the wanted channel has started.
 int tune(Host& host, EventQueue& queue, Printer& printer, const Options& options, Clock::time_point end) {
     const Triplet wanted = startTune(host.api, options);
     bool tuned = false;
@@ -335,21 +337,21 @@ int demo(Host& host, EventQueue& queue, Printer& printer, const std::string& pat
     return runDemo(host.api, queue, printer, chooseServices(services), replay, kLongestDemo);
 }
 
-/// Watches until the AIT has come and nothing follows it for a moment, then asks for it again from memory.
+/// Prints events until the AIT has arrived and no event follows for a moment, then asks for the stored AIT.
 int ait(Host& host, EventQueue& queue, Printer& printer, const Options& options, Clock::time_point end) {
     constexpr std::chrono::milliseconds kQuiet{500};
     std::optional<Triplet> wanted;
     if (options.words.size() == 2) {
         wanted = startTune(host.api, options);
     } else {
-        // What has been told is not told again unless it is asked for.
+        // The service sends each AIT section once, so ask for them again.
         host.api.triggerAitRestart();
     }
     bool came = false;
     Clock::time_point until = end;
     while (const std::optional<Event> event = queue.take(until)) {
         printer.print(*event, host.api.getCurrentCCID());
-        // The AIT of the channel before the tune may come first.
+        // The AIT of the previous channel may arrive first.
         came = came || (event->kind == EventKind::application && (!wanted || isThat(*event, *wanted)));
         until = came ? std::min(end, Clock::now() + kQuiet) : end;
     }
@@ -412,7 +414,7 @@ int main(int argc, char** argv) {
     const Options options = parseOptions(argc, argv);
     std::string error;
     velmora::dtv::DvbAPIInterface* const api = loadDvbApi(options.library, error);
-    // Events may be on their way at any time, so what takes them lives as long as the process.
+    // Events may arrive at any time, so the queue lives as long as the process.
     EventQueue& queue = forLife(new EventQueue);
     AitLink* const link = api == nullptr ? nullptr : AitLink::load(options.library, queue, error);
     if (api == nullptr || link == nullptr) {

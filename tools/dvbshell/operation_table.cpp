@@ -1,4 +1,4 @@
-// The operations, a row each.
+// The table of operations, one row each.
 #include <array>
 #include <limits>
 #include <type_traits>
@@ -18,7 +18,7 @@ using TuneByDescriptor = void (Api::*)(const std::string&, int, int);
 template <typename Argument>
 constexpr bool isText = std::is_same_v<std::decay_t<Argument>, std::string>;
 
-/// What an argument of the operation's type may be.
+/// The range of an argument, from its C++ type.
 template <typename Argument>
 Parameter parameter(const char* name) {
     if constexpr (isText<Argument>) {
@@ -57,7 +57,7 @@ Outcome call(Api& api, Result (Api::*slot)(Arguments...), [[maybe_unused]] const
     }
 }
 
-/// The row of an operation that is called with what is typed, and whose result is shown as it is.
+/// The row of an operation that takes the typed arguments and returns its result without conversion.
 template <typename Result, typename... Arguments, std::size_t... indices>
 Operation plainRow(const char* name, const char* slotName, Result (Api::*slot)(Arguments...),
                    [[maybe_unused]] const std::array<const char*, sizeof...(Arguments)>& arguments, const char* help,
@@ -93,7 +93,7 @@ Outcome unlisten(Host& host, const Values&) {
     host.api.removeListener(host.listener);
     return {};
 }
-/// A descriptor is typed in hexadecimal.
+/// The user types a descriptor in hexadecimal.
 Operation inHexadecimal(Operation operation) {
     operation.parameters[0].kind = Parameter::Kind::hexBytes;
     return operation;

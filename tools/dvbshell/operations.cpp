@@ -1,4 +1,4 @@
-// Reading operations' names and arguments.
+// Reads the names and arguments of operations.
 #include "operations.h"
 
 #include <charconv>
@@ -104,7 +104,7 @@ bool parseHex(const std::string& word, std::string& bytes) {
 }
 
 bool splitWords(const std::string& line, std::vector<std::string>& words, std::string& error) {
-    std::optional<std::size_t> quote;  // the place of the one that is open
+    std::optional<std::size_t> quote;  // position of the open quote
     bool inWord = false;
     words.clear();
     for (std::size_t at = 0; at < line.size(); ++at) {

@@ -1,8 +1,8 @@
 // The operations of the DVB API as a table: name, arguments, help and call. Help, completion, parsing and the prompt
-// are made from it; every slot of the interface has its row.
+// use it. Every slot of the interface has a row.
 // Threads: one.
-// Blocks:  as the operation does (audio-source until the TV has changed over).
-// Fails:   parsing with a text that names the argument and what it may be.
+// Blocks:  as long as the operation does (audio-source until the TV has switched).
+// Fails:   parsing, with a text that names the argument and its valid values.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +18,7 @@ namespace dvbshell {
 
 class AitLink;
 
-/// What an argument may be: a number between two bounds, any text, or bytes in hexadecimal.
+/// The valid values of an argument: a number between two bounds, any text, or bytes in hexadecimal.
 struct Parameter {
     enum class Kind { number, text, hexBytes };
     const char* name;
@@ -27,7 +27,7 @@ struct Parameter {
     std::uint64_t most = 0;
 };
 
-/// A parsed argument. A number is kept in 64 bits, whatever its sign.
+/// A parsed argument. `number` holds negative numbers too, in two's complement.
 struct Value {
     std::uint64_t number = 0;
     std::string text;
@@ -39,13 +39,13 @@ struct Value {
 };
 using Values = std::vector<Value>;
 
-/// What an operation gave back; nothing for one without a result.
+/// The result of an operation; empty for an operation without one.
 struct Outcome {
     std::optional<int> result;
     std::optional<std::string> text;
 };
 
-/// What operations work on: the API, the listener that the shell registers with it, and the way to the AIT catcher.
+/// The objects that operations use: the API, the listener that the shell registers, and the link to the AIT catcher.
 struct Host {
     velmora::dtv::DvbAPIInterface& api;
     std::shared_ptr<velmora::dtv::DVBServiceListener> listener;
@@ -54,26 +54,26 @@ struct Host {
 
 struct Operation {
     const char* name;
-    const char* slot;  ///< the interface's operation
+    const char* slot;  ///< its name in the interface
     std::vector<Parameter> parameters;
     const char* help;
     std::function<Outcome(Host&, const Values&)> call;
 };
 
-/// All operations: one row a slot of the interface, behind those of its root.
+/// All operations in slot order, without the slots of the root interface.
 const std::vector<Operation>& operations();
-/// Null when there is none of that name.
+/// Null when no operation has that name.
 const Operation* findOperation(const std::string& name);
 /// "tune ID_TYPE ONID TSID SID FLAGS"
 std::string synopsis(const Operation& operation);
 
-/// Reads the arguments behind an operation's name. False with the reason.
+/// Reads the arguments after an operation's name. False, with the reason, when one is wrong.
 bool parseValues(const Operation& operation, const std::vector<std::string>& words, Values& values, std::string& error);
 
-/// Bytes from hexadecimal digits, two a byte; false when they are none.
+/// Bytes from hexadecimal digits, two for each byte; false for other text.
 bool parseHex(const std::string& word, std::string& bytes);
 
-/// Splits a line into words at blanks; double quotes keep blanks together. False with the reason where one is not
+/// Splits a line into words at blanks. Double quotes keep blanks in a word. False, with the reason, when a quote is not
 /// closed.
 bool splitWords(const std::string& line, std::vector<std::string>& words, std::string& error);
 

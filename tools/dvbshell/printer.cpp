@@ -1,4 +1,4 @@
-// Printing events.
+// Prints events as text.
 #include "printer.h"
 
 #include <algorithm>
@@ -148,7 +148,7 @@ void Printer::printAit(const Event& event) {
     head(event.time, "AIT", triplet(event) + "  " + aitHead(*ait));
 }
 
-/// What the AIT catcher hands on: the applications one by one, each with its descriptors below.
+/// Prints an AIT section of the catcher: each application, followed by its descriptors.
 void Printer::printApplications(const Event& event) {
     if (event.section.empty()) {
         head(event.time, "apps", triplet(event) + "  this section has not come");

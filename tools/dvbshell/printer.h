@@ -1,7 +1,7 @@
-// Printer: events as a person reads them: time, what it is, what it says; tables with their entries aligned below.
+// Printer: prints events for people: time, kind and content. The entries of a table follow in aligned lines.
 // Threads: one.
 // Blocks:  while writing.
-// Fails:   never; a section that cannot be read is said to be so, with its first bytes.
+// Fails:   never; reports an unreadable section with its first bytes.
 #pragma once
 
 #include <cstdio>
@@ -14,17 +14,17 @@ namespace dvbshell {
 
 class Printer {
 public:
-    /// Times are shown since the printer was made.
+    /// Printed times count from the construction of the printer.
     explicit Printer(std::FILE* newOutput) : output_(newOutput) {}
     Printer(const Printer&) = delete;
     Printer& operator=(const Printer&) = delete;
     virtual ~Printer() = default;
 
-    /// `ccid` is what the library says of the current channel, for channel changes.
+    /// `ccid` is the library's CCID of the current channel, printed with channel changes.
     virtual void print(const Event& event, const std::string& ccid);
-    /// A line of the shell's own.
+    /// Prints a line of the shell itself.
     virtual void note(const std::string& text);
-    /// What an operation gave back.
+    /// Prints the result of an operation.
     virtual void result(const Operation& operation, const Outcome& outcome);
 
 protected:

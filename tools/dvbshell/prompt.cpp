@@ -1,4 +1,4 @@
-// Reading lines.
+// Reads operations from the terminal or from a script.
 #include "prompt.h"
 
 #include <editline/readline.h>
@@ -17,9 +17,9 @@ namespace dvbshell {
 
 namespace {
 
-/// Events that belong to a line of a script are shown with it.
+/// After each line of a script, print events until none arrives for this long.
 constexpr std::chrono::milliseconds kQuiet{200};
-/// How long the editor looks for events between two looks for a key.
+/// How long the editor waits for an event before it checks for a key.
 constexpr std::chrono::milliseconds kBetweenKeys{20};
 constexpr const char* kPrompt = "dvb> ";
 constexpr const char* kHelp = "help";
@@ -36,7 +36,7 @@ void printHelp(Printer& printer) {
     printer.note("help, quit");
 }
 
-/// What the line editor's hooks work on; they come without a context.
+/// The state for the line editor's hooks, which get no context pointer.
 struct Session {
     Host& host;
     Printer& printer;
@@ -44,7 +44,7 @@ struct Session {
 };
 Session* theSession = nullptr;
 
-/// False at the end of the conversation.
+/// Returns false when the user quits.
 bool runLine(Session& session, const std::string& line, bool& good) {
     std::vector<std::string> words;
     std::string error;
@@ -90,13 +90,13 @@ char* nextName(const char* begin, int state) {
     return nullptr;
 }
 
-/// The first word is an operation's name; arguments are not completed.
+/// Completes the first word, which is an operation's name, and no arguments.
 char** completeName(const char* word, int start, int) {
     rl_attempted_completion_over = 1;
     return start == 0 ? rl_completion_matches(word, nextName) : nullptr;
 }
 
-/// Called again and again while the editor waits for a key: shows events above the line being typed.
+/// The editor calls this repeatedly while it waits for a key. Prints events above the line being typed.
 int showEvents() {
     std::optional<Event> event = theSession->queue.take(Clock::now() + kBetweenKeys);
     if (event) {

@@ -1,5 +1,5 @@
-// The prompt: operations typed one a line, with history and completion, while events are shown as they come.
-// Threads: one; it waits for the terminal and the event queue together.
+// The prompt: reads one operation from each line, with history and completion, and prints events as they arrive.
+// Threads: one; it waits for the terminal and for the event queue.
 // Blocks:  until the input ends.
 #pragma once
 
@@ -9,22 +9,22 @@
 
 namespace dvbshell {
 
-/// The word for a replay of AIT sections, at the prompt and on the command line.
+/// The command that replays AIT sections, at the prompt and on the command line.
 constexpr const char* kReplayAit = "ait";
 
-/// Asks for the stored AIT sections of a channel by its triplet, or of the current one; false, with a line that says
-/// why, when there is none.
+/// Asks for the stored AIT sections of the channel with this triplet, or of the current channel. Prints the reason and
+/// returns false when there is none.
 bool replayAit(Host& host, Printer& printer, const std::vector<std::string>& words);
 
-/// Runs one operation by its words; false when they are none, with a line that says why, or when its result is
-/// negative.
+/// Runs the operation that the words name. Prints the reason and returns false when the words are not an operation;
+/// returns false also when the result is negative.
 bool runOperation(Host& host, Printer& printer, const std::vector<std::string>& words);
 
-/// Connects, and waits a moment for the current channel: its report is no event of the listener's.
+/// Connects, and waits briefly for the current channel. The library learns it without an event for listeners.
 void awaitChannel(Host& host);
 
-/// Reads operations from standard input until it ends or "quit"; 0, or 1 when a line of an input that is no terminal
-/// was none or failed.
+/// Reads operations from standard input until its end or "quit". Returns 0, or 1 when the input is no terminal and a
+/// line was invalid or its operation failed.
 int runPrompt(Host& host, EventQueue& queue, Printer& printer);
 
 }  // namespace dvbshell

@@ -1,4 +1,4 @@
-// Opening a filter and following it.
+// Opens a filter and prints its sections.
 #include "sections.h"
 
 #include <cerrno>
@@ -15,7 +15,7 @@ namespace dvbshell {
 
 namespace {
 
-/// Copies sections into a queue. Both live as long as the process: a section may be on its way at any time.
+/// Copies sections into a queue. Both live as long as the process, because a section may arrive at any time.
 class QueueingClient final : public velmora::dtv::SectionFilterClient {
 public:
     explicit QueueingClient(EventQueue& newQueue) : queue(newQueue) {}
@@ -42,7 +42,7 @@ const unsigned char* bytesOf(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// One open filter or PMT request; closed with it.
+/// One open filter or PMT request; the destructor closes it.
 class OpenFilter {
 public:
     OpenFilter(velmora::dtv::DVBSectionInterface& newFilters, EventQueue& queue, const SectionsRequest& newRequest)
@@ -72,7 +72,7 @@ private:
     bool opened = false;
 };
 
-/// Shows a section, or adds it to the file; false when it cannot be written.
+/// Prints a section or appends it to the file; false when the file cannot be written.
 bool show(const Event& event, const SectionsRequest& request, std::FILE* file, Printer& printer) {
     switch (request.show) {
         case SectionsRequest::Show::hexadecimal:

@@ -1,4 +1,4 @@
-// Laying trees out.
+// Formats trees as lines.
 #include "tree_text.h"
 
 namespace dvbshell {
@@ -21,7 +21,7 @@ void append(std::string& line, const char* separator, const std::string& text) {
     line += (line.empty() ? "" : separator) + text;
 }
 
-/// What the descriptor is comes first; of one that is not known its tag, length and bytes.
+/// Begins with the descriptor's name. An unknown descriptor appears as tag, length and bytes.
 std::string descriptorLine(const si::Node& descriptor) {
     std::string line;
     for (const si::Node::Field& field : descriptor.fields) {

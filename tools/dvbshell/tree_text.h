@@ -1,4 +1,4 @@
-// The tree of a section as lines for a person.
+// The tree of a section as lines of text.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@ namespace dvbshell {
 
 /// The node's fields in one line: "name value, name value".
 std::string fieldsText(const si::Node& node);
-/// A line for each node below, two blanks deeper for each level. A descriptor is one line with all that is in it.
+/// One line for each node, indented by two blanks for each level. A descriptor with all its content is one line.
 std::vector<std::string> treeLines(const std::vector<si::Node>& nodes, std::size_t depth = 0);
 
 }  // namespace dvbshell

@@ -1,4 +1,4 @@
-// Reading and writing triplets.
+// Reads and writes triplets.
 #include "triplet.h"
 
 #include <charconv>

@@ -1,4 +1,4 @@
-// A service by its numbers.
+// The DVB triplet of a service, and its text form.
 #pragma once
 
 #include <string>
@@ -16,7 +16,7 @@ struct Triplet {
 bool parseTriplet(const std::string& text, Triplet& triplet);
 /// "onid:tsid:sid" in decimal.
 std::string tripletText(const Triplet& triplet);
-/// The parts of a text between separators; one more than there are separators.
+/// Splits a text at each separator. N separators give N + 1 parts.
 std::vector<std::string> split(const std::string& text, char separator);
 
 }  // namespace dvbshell

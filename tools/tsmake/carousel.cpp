@@ -1,4 +1,4 @@
-// Building the carousel.
+// Builds the carousel.
 #include "carousel.h"
 
 #include <zlib.h>
@@ -21,7 +21,7 @@ const std::string kServiceGateway("srg\0", 4);
 const std::string kDirectory("dir\0", 4);
 const std::string kStreamEvent("ste\0", 4);
 
-/// A number in so many bytes, eight at most.
+/// A big-endian number of `width` bytes, at most eight.
 std::string be(std::uint64_t value, unsigned int width) {
     std::string bytes;
     while (width-- != 0) {
@@ -34,7 +34,7 @@ std::string withLength(const std::string& bytes, unsigned int width) {
     return be(bytes.size(), width) + bytes;
 }
 
-/// Where an object is: in which module, under which key.
+/// The module and the object key of an object.
 struct Place {
     std::uint16_t module;
     std::uint8_t key;
@@ -88,7 +88,7 @@ std::string eventObject(std::uint8_t key, const StreamEvents& events) {
         names += withLength(name + '\0', 1);
         ids += be(id, 2);
     }
-    // No description; no duration; neither audio nor video, but data.
+    // No description, no duration; the object has data, and neither audio nor video.
     const std::string info = be(0, 1) + be(0, 4) + be(0, 2) + be(0, 2) + be(1, 1) + be(named.size(), 2) + names;
     return object(kStreamEvent, key, info,
                   be(1, 1) + tap(kEventUse, events.tag.value_or(0), {}) + be(named.size(), 1) + ids);

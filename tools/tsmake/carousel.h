@@ -10,11 +10,11 @@
 
 namespace tsmake {
 
-/// Of every carousel that is made: a service has one.
+/// All carousels share one id, because a service has at most one carousel.
 constexpr std::uint32_t kCarouselId = 1;
 
-/// The carousel's sections in the order in which they are sent: DSI, DII, blocks of the modules. The directories are in
-/// a module as it is, the object in a compressed one.
+/// The carousel's sections in sending order: DSI, DII, blocks of the modules. The module with the directories is not
+/// compressed; the module with the stream event object is.
 std::vector<Section> carouselSections(const StreamEvents& events);
 
 }  // namespace tsmake

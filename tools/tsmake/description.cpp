@@ -1,4 +1,4 @@
-// From JSON to the multiplex.
+// Reads the JSON description of a multiplex.
 #include "description.h"
 
 #include <iconv.h>
@@ -20,7 +20,7 @@ constexpr std::uint64_t kMostPid = 0x1FFE;
 constexpr std::uint64_t kMostSeconds = 86400;
 constexpr std::size_t kLongestText = 200;
 
-/// As a one-byte table has it; empty where a character is not in the table.
+/// Converts UTF-8 text to a one-byte character table. Empty when the table lacks a character.
 std::string inTable(const std::string& encoding, std::string text) {
     const iconv_t converter = iconv_open(encoding.c_str(), "UTF-8");
     if (converter == reinterpret_cast<iconv_t>(-1)) {
@@ -37,8 +37,8 @@ std::string inTable(const std::string& encoding, std::string text) {
     return failed == 0 ? result : std::string();
 }
 
-/// A text of DVB, with the mark of its character table in front (EN 300 468, Annex A): UTF-8 where it needs one, or
-/// ISO 8859 part 5 to 15 where an object asks for it.
+/// A DVB text, with the byte that selects its character table (EN 300 468, Annex A): none for ASCII, else UTF-8. A JSON
+/// object selects a part of ISO 8859, 5 to 15.
 std::string dvbText(JsonReader& in, const std::string& key) {
     const nlohmann::json* const value = in.member(key);
     std::string text;
@@ -85,7 +85,7 @@ std::uint16_t pidOf(JsonReader& in, const std::string& key = "pid") {
     return static_cast<std::uint16_t>(in.has(key) ? in.number(key, kLeastPid, kMostPid) : 0);
 }
 
-/// `null` for a stream without a component_tag.
+/// In the description, `null` means a stream without a component_tag.
 std::optional<std::uint8_t> tagOf(JsonReader& in, std::optional<std::uint8_t> otherwise) {
     const nlohmann::json* const value = in.member("tag");
     if (value == nullptr) {
@@ -109,7 +109,7 @@ si::UtcSeconds timeOf(JsonReader& in, const std::string& key) {
     return day + std::int64_t{3600} * parts.tm_hour + std::int64_t{60} * parts.tm_min + parts.tm_sec;
 }
 
-/// Each state begins later than the one before.
+/// No state may begin earlier than the one before it.
 template <typename State>
 void checkOrder(const JsonReader& in, const std::string& key, const std::vector<State>& states) {
     for (std::size_t index = 1; index < states.size(); ++index) {
@@ -123,7 +123,7 @@ Second secondOf(JsonReader& in, const std::string& key = "second") {
     return static_cast<Second>(in.number(key, 0, kMostSeconds, 0));
 }
 
-/// One of a few words, by its place among them.
+/// The index of the value in a list of valid words.
 template <std::size_t Count>
 std::size_t wordOf(JsonReader& in, const std::string& key, const std::array<const char*, Count>& words) {
     const std::string text = in.text(key);
@@ -137,7 +137,7 @@ std::size_t wordOf(JsonReader& in, const std::string& key, const std::array<cons
     in.fail(key, "\"" + text + "\" is none of " + known);
 }
 
-/// Empty where there is none.
+/// Empty when the description names no language.
 std::string languageOf(JsonReader& in) {
     std::string language = in.text("language", "");
     if (!language.empty() && language.size() != 3) {

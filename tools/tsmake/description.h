@@ -1,4 +1,4 @@
-// Descriptions of multiplexes as text: JSON with // comments. docs/tsmake.md has the keys.
+// Reads the description of a multiplex: JSON with // comments. docs/tsmake.md lists the keys.
 // Threads: any.
 // Blocks:  never.
 // Fails:   no value, and an error that names the place and what is wrong there.
@@ -11,10 +11,10 @@
 
 namespace tsmake {
 
-/// A multiplex in which everything has its PID.
+/// The described multiplex, with a PID for each stream.
 std::optional<Multiplex> parseDescription(const std::string& text, std::string& error);
 
-/// The sample's.
+/// The sample's description.
 const char* sampleDescription();
 
 }  // namespace tsmake

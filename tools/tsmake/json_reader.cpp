@@ -1,4 +1,4 @@
-// Reading members.
+// Reads the members of JSON objects.
 #include "json_reader.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// JsonReader: the members of a JSON object, each with its place for errors. What nobody asked for is an error, so that
-// a misspelt key is not passed over.
+// JsonReader: reads the members of a JSON object and names the place of each error. A key that the program does not
+// read is an error, so a misspelt key is reported.
 // Threads: one.
 // Blocks:  never.
 // Fails:   DescriptionError.
@@ -25,7 +25,7 @@ public:
     JsonReader(const nlohmann::json& newValue, std::string newPlace);
 
     bool has(const std::string& key) const;
-    /// A whole number from `least` to `most`; the default where the key is missing, an error without one.
+    /// A whole number from `least` to `most`. A missing key gives `otherwise`, or an error without it.
     std::uint64_t number(const std::string& key, std::uint64_t least, std::uint64_t most,
                          std::optional<std::uint64_t> otherwise = std::nullopt);
     template <typename Number>
@@ -34,16 +34,17 @@ public:
     }
     std::string text(const std::string& key, std::optional<std::string> otherwise = std::nullopt);
     bool flag(const std::string& key);
-    /// The object under the key, if there is one; then each object of the list under the key, if there is one.
+    /// object() reads the object under the key, list() each object of the list under the key. Both accept a missing
+    /// key.
     void object(const std::string& key, const std::function<void(JsonReader&)>& read);
     void list(const std::string& key, const std::function<void(JsonReader&)>& read);
-    /// The list of texts under the key, if there is one.
+    /// Reads the list of texts under the key, if any.
     void texts(const std::string& key, std::vector<std::string>& list);
-    /// The value under the key as it is; null where it is missing.
+    /// The unconverted value under the key; null when the key is missing.
     const nlohmann::json* member(const std::string& key);
 
     [[noreturn]] void fail(const std::string& key, const std::string& problem) const;
-    /// Every key has been asked for.
+    /// Fails for a key that has not been read.
     void finish() const;
 
 private:

@@ -24,8 +24,8 @@ constexpr const char* kUsage =
     "\n"
     "Writes the multiplex that FILE describes, or the sample: three television services and a radio. The same call\n"
     "writes the same bytes.\n"
-    "  --description FILE   JSON with // comments; docs/tsmake.md has the keys, and the sample is an example\n"
-    "  --seconds N          how long it plays, 1 to 3600; 4 unless given\n";
+    "  --description FILE   JSON with // comments; docs/tsmake.md lists the keys, and the sample is an example\n"
+    "  --seconds N          length of the broadcast, 1 to 3600; default: 4\n";
 
 [[noreturn]] void endWithUsage(const std::string& error) {
     std::fprintf(stderr, "tsmake: %s\n%s", error.c_str(), kUsage);
@@ -120,7 +120,7 @@ void write(const tsmake::Multiplex& multiplex, const Options& options) {
         problem = std::strerror(errno);
     }
     if (!problem.empty()) {
-        // Half a broadcast would look like a whole one. A device is left alone.
+        // An incomplete file would look like a complete broadcast, so remove it. Never remove a device.
         if (std::filesystem::is_regular_file(std::filesystem::symlink_status(options.output))) {
             std::remove(options.output.c_str());
         }

@@ -1,4 +1,4 @@
-// The description of a multiplex: what is broadcast. Tables and streams are made from it.
+// The description of a multiplex. tsmake generates tables and streams from it.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace tsmake {
 
-/// Where tables differ during the broadcast, each state has the second in which it begins.
+/// Seconds from the start of the broadcast. Each state of a table has the second in which it begins.
 using Second = unsigned int;
 
 struct Application {
@@ -23,7 +23,7 @@ struct Application {
     std::vector<std::string> boundaries = {};  ///< URL prefixes beyond the origin of urlBase
 };
 
-/// The applications from a second on.
+/// One version of the AIT, valid from `second` on.
 struct AitVersion {
     Second second = 0;
     std::uint8_t version = 0;
@@ -31,16 +31,16 @@ struct AitVersion {
 };
 
 struct Ait {
-    std::vector<AitVersion> versions;  ///< by their beginning; none: there is no AIT
+    std::vector<AitVersion> versions;  ///< in order of `second`; empty: no AIT
     std::optional<std::uint8_t> tag = 5;
-    unsigned int sections = 1;     ///< the applications are dealt out among them
+    unsigned int sections = 1;     ///< number of sections that share the applications
     unsigned int interval = 200;   ///< milliseconds between two repetitions
-    std::optional<Second> end;     ///< from then on neither the PMT signals it nor is it sent
+    std::optional<Second> end;     ///< from here on the PMT does not signal the AIT, and no section is sent
     bool emptySignalling = false;  ///< the PMT's application_signalling_descriptor lists no application_type
     std::uint16_t pid = 0;
 };
 
-/// An event of the EIT. The service's events follow one another, the first begins with the broadcast.
+/// An event of the EIT. The first event begins with the broadcast, each other event at the end of the one before.
 struct Event {
     std::uint16_t eventId = 0;
     std::string name;
@@ -61,10 +61,10 @@ struct Component {
     std::optional<std::uint8_t> tag;
     std::string language;  ///< three letters, or empty
     std::uint16_t pid = 0;
-    std::vector<TeletextPage> pages = {};  ///< of teletext
+    std::vector<TeletextPage> pages = {};  ///< teletext only
 };
 
-/// A stream event, sent again and again with its version until the next begins.
+/// A stream event. tsmake repeats it with the same version until the next one begins.
 struct StreamEvent {
     std::uint16_t eventId = 0;
     std::string name;  ///< in the carousel's stream event object
@@ -73,42 +73,42 @@ struct StreamEvent {
 };
 
 struct StreamEvents {
-    std::vector<StreamEvent> events;  ///< by their beginning; none: there is no such component
+    std::vector<StreamEvent> events;  ///< in order of `second`; empty: no such component
     std::optional<std::uint8_t> tag = 7;
     std::uint16_t pid = 0;
-    /// Path of the object that names the events, in a carousel of its own; empty: there is no carousel.
+    /// Path of the stream event object with the events' names; empty: no carousel.
     std::string object;
     std::uint8_t carouselTag = 8;
     std::uint16_t carouselPid = 0;
 };
 
-/// Sections that carry nothing but their number, for measurements.
+/// Numbered sections without other content, for measurements.
 struct PrivateSections {
     std::optional<std::uint8_t> tag;
     std::uint8_t tableId = 0x80;
     unsigned int perSecond = 10;
-    unsigned int size = 1024;  ///< of a whole section, in bytes
+    unsigned int size = 1024;  ///< bytes of a whole section
     std::uint16_t pid = 0;
 };
 
-/// Texts are bytes as they stand in the tables, the character table's mark in front where there is one.
+/// Texts are the bytes of the tables, including the byte that selects the character table.
 struct Service {
     std::uint16_t serviceId = 0;
     std::uint8_t serviceType = 0;  ///< 0x19 HD television, 0x02 radio
     std::string name;
-    bool isSilent = false;  ///< the PAT and the SDT list it, and nothing else of it is sent
+    bool isSilent = false;  ///< only PAT and SDT list it; nothing else is sent for it
     std::vector<Component> components;
     std::vector<Event> events;
     Ait ait;
     StreamEvents streamEvents;
-    std::uint8_t timelineId = 0;  ///< of the TEMI timeline that the stream with the PCR carries
-    std::uint32_t timescale = 0;  ///< its ticks a second; 0: there is no timeline
+    std::uint8_t timelineId = 0;  ///< TEMI timeline in the packets with the PCR
+    std::uint32_t timescale = 0;  ///< its ticks per second; 0: no timeline
     std::vector<PrivateSections> privateSections;
     std::uint16_t pmtPid = 0;
 
-    /// The timeline's value in the packet with that PCR (27 MHz). It began with the broadcast.
+    /// The timeline's value in the packet with this PCR (27 MHz). The timeline begins at 0 with the broadcast.
     std::uint64_t mediaTimestampAt(std::uint64_t pcr) const {
-        // Whole seconds and the rest apart: a product of all of it has more than 64 bits.
+        // Convert whole seconds and the remainder separately, because the full product can exceed 64 bits.
         constexpr std::uint64_t kTicks = 27000000;
         return pcr / kTicks * timescale + pcr % kTicks * timescale / kTicks;
     }
@@ -116,7 +116,7 @@ struct Service {
     std::uint16_t pcrPid() const { return components.empty() ? 0x1FFF : components.front().pid; }
 };
 
-/// A service of another transport stream, which only the SDT (other) tells of.
+/// A service of another transport stream. Only the SDT (other) lists it.
 struct OtherService {
     std::uint16_t serviceId = 0;
     std::uint8_t serviceType = 0;
@@ -126,7 +126,7 @@ struct OtherService {
 struct OtherStream {
     std::uint16_t originalNetworkId = 0;
     std::uint16_t transportStreamId = 0;
-    std::string deliverySystem;  ///< as of the multiplex
+    std::string deliverySystem;  ///< its descriptor, tag and length included
     std::vector<OtherService> services;
 };
 
@@ -136,7 +136,7 @@ struct Multiplex {
     std::uint16_t transportStreamId = 0;
     std::string networkName;
     std::string provider;
-    si::UtcSeconds start = 0;    ///< of the first packet
+    si::UtcSeconds start = 0;    ///< time of the first packet
     std::string deliverySystem;  ///< the NIT's descriptor, tag and length included
     std::vector<Service> services;
     std::vector<OtherStream> otherStreams;
@@ -145,8 +145,8 @@ struct Multiplex {
 /// The project's sample: three television services and a radio, two of them with HbbTV applications.
 Multiplex sampleMultiplex();
 
-/// Gives PIDs to what has none, service by service in their order. False, with what is wrong, when two things have the
-/// same PID or there are no more.
+/// Assigns a PID to each stream without one, service by service. False, with the reason, when two streams have the same
+/// PID or no PID is left.
 bool assignPids(Multiplex& multiplex, std::string& error);
 
 }  // namespace tsmake

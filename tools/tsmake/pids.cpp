@@ -1,4 +1,4 @@
-// Giving PIDs.
+// Assigns PIDs.
 #include <functional>
 #include <map>
 
@@ -12,7 +12,7 @@ constexpr std::uint16_t kFirst = 0x0100;
 constexpr std::uint16_t kStep = 0x0100;
 constexpr std::uint16_t kEnd = 0x1FFF;
 
-/// Where things stand behind the PMT of their service when no PID is given.
+/// Offsets from the PMT's PID of the same service, for streams without a given PID.
 constexpr std::uint16_t kAitPlace = 5;
 constexpr std::uint16_t kStreamEventPlace = 6;
 constexpr std::uint16_t kCarouselPlace = 7;
@@ -20,7 +20,7 @@ constexpr std::uint16_t kOthersPlace = 0x10;
 
 using Use = std::function<void(std::uint16_t& pid, std::uint16_t place, const std::string& what)>;
 
-/// Every PID of a service, and the place it would like.
+/// Calls `use` for each PID of a service, with its preferred offset.
 void visit(Service& service, const Use& use) {
     use(service.pmtPid, 0, "PMT");
     constexpr std::size_t kNearComponents = 4;

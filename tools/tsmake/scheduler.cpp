@@ -1,4 +1,4 @@
-// Scheduling packets.
+// Schedules packets.
 #include "scheduler.h"
 
 #include <algorithm>
@@ -20,18 +20,18 @@ constexpr std::size_t kPacketSize = 188;
 constexpr std::uint64_t kPacketBits = kPacketSize * 8;
 constexpr std::uint64_t kTicks = 27000000;
 constexpr std::uint64_t kMillisecond = kTicks / 1000;
-/// What a decoder has to buffer before it presents.
+/// The distance from the PCR to the PTS, which gives a decoder time to buffer.
 constexpr std::uint64_t kPresentationDelay = 500 * kMillisecond;
 
 using Packet = std::array<std::uint8_t, kPacketSize>;
 using Bytes = std::vector<std::uint8_t>;
 
-/// Makes the packets of one PID and counts them.
+/// Builds the packets of one PID and sets their continuity_counter.
 class PidWriter {
 public:
     explicit PidWriter(std::uint16_t newPid) : pid(newPid) {}
 
-    /// A packet with as much of the payload as fits; stuffing stands in the adaptation field, behind the given fields.
+    /// A packet with as much of the payload as fits. Stuffing follows the given fields in the adaptation field.
     Packet next(const Bytes& payload, std::size_t& at, bool unitStart, const Bytes& fields) {
         Packet packet;
         packet.fill(0xFF);
@@ -72,8 +72,8 @@ void append(Bytes& bytes, std::uint64_t value, unsigned int width) {
     }
 }
 
-/// The fields of an adaptation field: flags, the PCR, and a TEMI timeline where the service has one (ISO/IEC 13818-1,
-/// clause 2.4.3.5 and Annex U).
+/// The content of an adaptation field: flags, the PCR, and the service's TEMI timeline, if any (ISO/IEC 13818-1, clause
+/// 2.4.3.5 and Annex U).
 Bytes clockFields(std::uint64_t pcr, const Service* temi) {
     constexpr std::uint8_t kPcr = 0x10;
     constexpr std::uint8_t kExtension = 0x01;
@@ -93,16 +93,16 @@ Bytes clockFields(std::uint64_t pcr, const Service* temi) {
     return fields;
 }
 
-/// Something that is sent again and again: at its time it gives the payload of one unit.
+/// A repeated table or stream. When it is due, `unit` returns the payload of one section or PES packet.
 struct Source {
     std::uint16_t pid;
     std::uint64_t interval;  // ticks
     std::uint64_t due;       // ticks
-    const Service* clockOf;  ///< whose PCR it carries; null for none
+    const Service* clockOf;  ///< the service whose PCR it carries, or null
     std::function<Bytes(std::uint64_t ticks)> unit;
 };
 
-/// Sections go into the payload behind a pointer_field and are filled up with stuffing bytes.
+/// A pointer_field, the section, and stuffing bytes up to the end of the last packet.
 Bytes sectionUnit(const Section& section) {
     Bytes unit = {0};
     unit.insert(unit.end(), section.begin(), section.end());
@@ -111,7 +111,7 @@ Bytes sectionUnit(const Section& section) {
     return unit;
 }
 
-/// `stuffing` bytes stand in the header behind the PTS.
+/// The header has `stuffing` bytes after the PTS.
 Bytes pesUnit(std::uint8_t streamId, std::uint64_t ticks, const Bytes& data, std::uint8_t stuffing = 0) {
     const std::uint64_t pts = (ticks + kPresentationDelay) / 300;
     constexpr std::size_t kHeaderBehindLength = 8;
@@ -136,7 +136,7 @@ Bytes pesUnit(std::uint8_t streamId, std::uint64_t ticks, const Bytes& data, std
     return unit;
 }
 
-/// An access unit of H.264 that holds nothing but its delimiter and filler.
+/// An H.264 access unit with only a delimiter and filler data.
 Bytes videoUnit(std::uint64_t ticks) {
     Bytes data = {0, 0, 0, 1, 0x09, 0xF0, 0, 0, 0, 1, 0x0C};
     data.resize(data.size() + 64, 0xFF);
@@ -144,19 +144,19 @@ Bytes videoUnit(std::uint64_t ticks) {
     return pesUnit(0xE0, ticks, data);
 }
 
-/// A frame of silence: MPEG-1 Layer II, 48 kHz, 64 kbit/s, mono; 24 ms.
+/// A silent audio frame of 24 ms: MPEG-1 Layer II, 48 kHz, 64 kbit/s, mono.
 Bytes audioUnit(std::uint64_t ticks) {
     Bytes frame = {0xFF, 0xFD, 0x44, 0xC0};
     frame.resize(192, 0);
     return pesUnit(0xC0, ticks, frame);
 }
 
-/// A display set of DVB subtitles that shows nothing: end of display set (EN 300 743).
+/// An empty DVB subtitle display set, which has only its end segment (EN 300 743).
 Bytes subtitleUnit(std::uint64_t ticks) {
     return pesUnit(0xBD, ticks, {0x20, 0x00, 0x0F, 0x80, 0x00, 0x01, 0x00, 0x00, 0xFF});
 }
 
-/// Teletext without a line: three data units of stuffing. Header and data fill the packet (EN 300 472, clause 4.2).
+/// Teletext without lines: three stuffing data units. Header and data fill the packet (EN 300 472, clause 4.2).
 Bytes teletextUnit(std::uint64_t ticks) {
     constexpr std::uint8_t kHeaderStuffing = 31;
     constexpr std::size_t kDataUnit = 44;
@@ -168,7 +168,7 @@ Bytes teletextUnit(std::uint64_t ticks) {
     return pesUnit(0xBD, ticks, data, kHeaderStuffing);
 }
 
-/// The latest of the states that have begun; none before the first.
+/// The index of the latest state that has begun; none before the first.
 template <typename State>
 std::optional<std::size_t> stateAt(const std::vector<State>& states, std::uint64_t ticks) {
     std::size_t begun = 0;
@@ -178,7 +178,7 @@ std::optional<std::size_t> stateAt(const std::vector<State>& states, std::uint64
     return begun == 0 ? std::nullopt : std::optional(begun - 1);
 }
 
-/// The event that is present; the last one stays.
+/// The index of the present event. The last event stays present after its end.
 std::size_t presentAt(const Service& service, std::uint64_t ticks) {
     std::size_t present = 0;
     std::uint64_t end = 0;
@@ -222,7 +222,7 @@ public:
     }
 
 private:
-    /// A unit that is being sent, packet after packet.
+    /// A unit of which some packets may have been sent.
     struct Sending {
         const Source* source;
         Bytes unit;
@@ -239,7 +239,8 @@ private:
         }
     }
 
-    /// Tables begin one after the other, so that they do not all fall due together for ever.
+    /// Each source starts a millisecond after the one before, so that tables with equal intervals are not all due at
+    /// once.
     void add(std::uint16_t pid, std::uint64_t milliseconds, std::function<Bytes(std::uint64_t)> unit) {
         const std::uint64_t begin = sources.size() * kMillisecond;
         sources.push_back({pid, milliseconds * kMillisecond, begin, nullptr, std::move(unit)});
@@ -269,7 +270,7 @@ private:
         }
     }
 
-    /// Nothing but stuffing before the first version.
+    /// Sends only stuffing before the first version and after the AIT's end.
     void addAit(const Service& service) {
         for (unsigned int number = 0; number < (service.ait.versions.empty() ? 0 : service.ait.sections); ++number) {
             add(service.ait.pid, service.ait.interval, [&service, number](std::uint64_t ticks) {
@@ -280,7 +281,7 @@ private:
         }
     }
 
-    /// The latest event that has begun; nothing but stuffing before the first.
+    /// Sends the latest event that has begun, and only stuffing before the first.
     void addStreamEvents(const Service& service) {
         const StreamEvents& events = service.streamEvents;
         if (events.events.empty()) {
@@ -374,7 +375,7 @@ private:
 }  // namespace
 
 std::uint64_t packetTicks(std::uint64_t number, std::uint64_t bitRate) {
-    // Whole seconds and the rest apart: a product of all of it has more than 64 bits.
+    // Convert whole seconds and the remainder separately, because the full product can exceed 64 bits.
     const std::uint64_t bits = number * kPacketBits;
     return bits / bitRate * kTicks + bits % bitRate * kTicks / bitRate;
 }

@@ -1,4 +1,4 @@
-// Writing sections.
+// Writes sections.
 #include "section_writer.h"
 
 #include <stdexcept>

@@ -1,4 +1,4 @@
-// Building the tables.
+// Builds the tables.
 #include "tables.h"
 
 #include <algorithm>
@@ -26,7 +26,7 @@ void writeClock(SectionWriter& writer, std::int64_t seconds) {
     writer.u8(bcd(time / 3600)).u8(bcd(time / 60 % 60)).u8(bcd(time % 60));
 }
 
-/// Modified Julian Date and UTC (EN 300 468, Annex C); undefined where the date has no 16 bits.
+/// Modified Julian Date and UTC (EN 300 468, Annex C); the undefined value when the date does not fit 16 bits.
 void writeTime(SectionWriter& writer, si::UtcSeconds time) {
     const std::int64_t mjd = si::mjdOf(time);
     if (mjd < 0 || mjd > 0xFFFF) {
@@ -46,12 +46,12 @@ void writeStream(SectionWriter& writer, unsigned int streamType, std::uint16_t p
     }
 }
 
-/// ISO 639-2's code for an undetermined language where there is none.
+/// The language, or "und", the ISO 639-2 code for an undetermined language.
 std::string codeOf(const std::string& language) {
     return language.empty() ? "und" : language;
 }
 
-/// Pages 800 to 899 are of magazine 0.
+/// Pages 800 to 899 belong to magazine 0.
 void writeTeletextPage(SectionWriter& writer, const TeletextPage& page) {
     const unsigned int magazine = page.number / 100 % 8;
     writer.text(codeOf(page.language))
@@ -77,7 +77,7 @@ void writeComponent(SectionWriter& writer, const Component& component) {
             }
             break;
         case Component::Kind::subtitle:
-            // Normal subtitles without a monitor's shape, composition and ancillary page 1.
+            // Normal subtitles for any aspect ratio; composition page and ancillary page 1.
             writeStream(writer, kPesPrivate, component.pid, component.tag);
             writer.openDescriptor(kSubtitling).text(codeOf(component.language));
             writer.u8(0x10).u16(1).u16(1).close();
@@ -131,7 +131,7 @@ void writeApplication(SectionWriter& writer, const Application& application) {
     constexpr unsigned int kHttp = 0x0003;
     constexpr unsigned int kLabel = 1;
     writer.u32(application.organisationId).u16(application.applicationId).u8(application.controlCode).open12();
-    // One profile, version 1.2.1; service bound, visible to users and applications; priority 1.
+    // One profile, version 1.2.1; service-bound; visible to users and applications; priority 1.
     writer.openDescriptor(kApplicationDescriptor).u8(5).u16(0).u8(1).u8(2).u8(1).u8(0xFF).u8(1).u8(kLabel).close();
     writer.openDescriptor(kNameDescriptor).text("eng").lengthText(application.name).close();
     writer.openDescriptor(kTransportDescriptor).u16(kHttp).u8(kLabel);
@@ -253,7 +253,7 @@ Section aitSection(const Service& service, unsigned int number, std::size_t stat
 Section streamEventSection(const Service& service, std::size_t number) {
     constexpr std::uint8_t kTableId = 0x3D;
     constexpr std::uint8_t kStreamEvent = 0x1A;
-    constexpr std::uint16_t kLowBits = 0x3FFF;  // those above say that it is to be done now
+    constexpr std::uint16_t kLowBits = 0x3FFF;  // the two bits above, left 0, mean "do it now"
     constexpr unsigned int kVersions = 32;
     const StreamEvent& event = service.streamEvents.events[number];
     SectionWriter writer(kTableId, event.eventId & kLowBits, static_cast<std::uint8_t>(number % kVersions));
@@ -271,7 +271,7 @@ Section privateSection(const PrivateSections& sections, std::uint32_t number) {
 }
 
 Section tdtSection(const Multiplex& multiplex, std::int64_t secondsIn) {
-    // A short form: neither version nor CRC_32.
+    // The TDT is a short-form section without version_number and CRC_32.
     SectionWriter writer(0x70, 0, 0);
     writeTime(writer, multiplex.start + secondsIn);
     Section section = writer.finish();

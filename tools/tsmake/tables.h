@@ -8,22 +8,22 @@
 namespace tsmake {
 
 Section patSection(const Multiplex& multiplex);
-/// Version 1 is the one after the end of the service's AIT.
+/// The PMT has version 0, or version 1 after the end of the service's AIT.
 Section pmtSection(const Service& service, bool aitHasEnded = false);
-/// NIT actual, with the other transport streams.
+/// NIT actual; it lists the other transport streams too.
 Section nitSection(const Multiplex& multiplex);
 Section sdtSection(const Multiplex& multiplex);
 Section otherSdtSection(const OtherStream& stream, const std::string& provider);
-/// EIT present/following actual while the service's event of that number is present, which is its version too:
-/// section 0 the present event, section 1 the following, which may be missing.
+/// EIT present/following actual, while event `present` of the service is present. The version counts the events.
+/// Section 0 has the present event. Section 1 has the following event, and is empty when there is none.
 Section eitSection(const Multiplex& multiplex, const Service& service, bool following, std::size_t present = 0);
-/// A section of the AIT in the state of that number.
+/// Section `number` of the AIT in state `state`.
 Section aitSection(const Service& service, unsigned int number = 0, std::size_t state = 0);
-/// The stream descriptor section of the service's event of that number.
+/// The stream descriptor section of stream event `number` of the service.
 Section streamEventSection(const Service& service, std::size_t number);
-/// The private section of that number: version_number, table_id_extension and the first four bytes count.
+/// Private section `number`. version_number, table_id_extension and the first four bytes count the sections.
 Section privateSection(const PrivateSections& sections, std::uint32_t number);
-/// The time `secondsIn` after the start.
+/// The TDT of the time `secondsIn` after the start.
 Section tdtSection(const Multiplex& multiplex, std::int64_t secondsIn);
 
 }  // namespace tsmake

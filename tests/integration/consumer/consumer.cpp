@@ -1,5 +1,5 @@
-// What a browser engineer and a set maker try first, on a platform that is neither's: the interfaces by name, a command
-// out, an event in, a section through the queue. Prints what it sees; ends with 1 at the first thing that is wrong.
+// A first test of the installed library on the minimal platform: gets the interfaces by name, sends a command, receives
+// an event, and receives a section through the queue. Prints each step, and ends with 1 at the first failure.
 #include <browser_AIT_catcher.h>
 #include <dvb_api_interface.h>
 #include <dvb_section_interface.h>
@@ -40,7 +40,7 @@ _ovxDeserString_struct carry(std::string& text) {
     return {static_cast<std::uint32_t>(text.size()), text.data()};
 }
 
-/// The fields of the last command of a kind, once it was sent.
+/// Waits for a command of this kind and returns the fields of the last one.
 std::vector<std::string> fieldsOf(std::uint32_t message) {
     for (int tries = 0; tries < 2000; ++tries) {
         const std::vector<tiny::Sent> all = tiny::sent();
@@ -77,11 +77,11 @@ void tune(velmora::dtv::DvbAPIInterface& api) {
 }
 
 void filter(velmora::dtv::DVBSectionInterface& filters) {
-    auto& client = *new Sections;  // the library's thread may reach it at any time
+    auto& client = *new Sections;  // the library's thread may call it at any time
     std::string session = filters.generateSessionName();
     const unsigned char byte = 0x4E;
     const unsigned char bits = 0xFF;
-    // The request waits for its confirmation, which comes by an event.
+    // The request waits for its confirmation event.
     std::future<bool> opened =
         std::async(std::launch::async, [&] { return filters.startSection(&client, session, 0x12, &byte, &bits, 1); });
     require(fieldsOf(kFilterOpen) == std::vector<std::string>{session, "18", "\x4E", "\xFF"},
@@ -108,6 +108,6 @@ int main() {
     require(velmora::dvbservice::BrowserAITCatcher::getInstance()->updateAIT("short") == -1,
             "the AIT catcher is reached by its class");
     require(!tiny::lines().empty(), "the library's lines reach the platform's log");
-    // The process ends while the library's thread waits for a section in a platform that never ends.
+    // At the end of the process the library's thread still waits for a section, and the platform's objects still exist.
     return 0;
 }

@@ -15,7 +15,7 @@ std::map<std::string, void*>& published() {
     return names;
 }
 
-/// Nothing but an address that the library hands back.
+/// The library only passes a pointer to this back to the platform.
 char theService;
 
 }  // namespace

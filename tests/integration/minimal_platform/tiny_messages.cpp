@@ -1,4 +1,5 @@
-// Messages that stay in the process: records are read by their tables when they are sent, and given back as they are.
+// Messages stay in the process. A sent record is read by its table; an event's record is passed to its decoder
+// unchanged.
 #include <cstring>
 #include <map>
 #include <mutex>

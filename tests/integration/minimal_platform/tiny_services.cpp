@@ -1,4 +1,4 @@
-// Log, locks, threads, the wait for a singleton, and section queues: a list in memory each.
+// Log, locks, threads, the wait for a singleton, and section queues, each a list in memory.
 #include <sched.h>
 
 #include <condition_variable>
@@ -23,7 +23,7 @@ struct Queue : velmora::msgqueue::IPCMessageQueue {
     std::deque<std::pair<std::string, std::vector<std::uint8_t>>> sections;
 };
 
-/// Nothing of it ever ends: the library's thread waits until the process does.
+/// Never destroyed, because the library's thread waits here until the process ends.
 struct State {
     std::mutex lock;
     std::condition_variable arrived;

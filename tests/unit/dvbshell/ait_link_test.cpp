@@ -1,4 +1,4 @@
-// The embedding side of the AIT catcher against one that a test plays.
+// AitLink with a fake AIT catcher.
 #include "ait_link.h"
 
 #include <gmock/gmock.h>
@@ -60,7 +60,7 @@ protected:
 
 }  // namespace
 
-TEST_F(AnAitLink, HandsTheCatcherChannelsThatHaveStartedAndTheirSections) {
+TEST_F(AnAitLink, PassesChannelsAndSectionsToTheCatcher) {
     listener->OnChannelChanged(true, 1, 2, 3);
     listener->onAITSectionUpdated(1, 2, 3, "one");
     listener->onAITSectionUpdated(1, 2, 3, "two");
@@ -68,7 +68,7 @@ TEST_F(AnAitLink, HandsTheCatcherChannelsThatHaveStartedAndTheirSections) {
     EXPECT_THAT(calls, ElementsAre("channel 0 1:2:3", "ait one", "ait two"));
 }
 
-TEST_F(AnAitLink, NamesTheChannelOfASectionThatCameWithoutAChange) {
+TEST_F(AnAitLink, NamesTheChannelOfAnUnannouncedAit) {
     listener->onAITSectionUpdated(1, 2, 3, "found on the air");
     listener->onAITSectionUpdated(1, 2, 4, "of another");
     listener->onAITSectionUpdated(1, 2, 4, "its second");
@@ -103,7 +103,7 @@ TEST_F(AnAitLink, GivesJsonTheWholeTree) {
     }
 }
 
-TEST_F(AnAitLink, AsksForAReplayAsTheClientThatItIs) {
+TEST_F(AnAitLink, ReplaysToItself) {
     EXPECT_TRUE(link.replay(1, 2, 3));
     EXPECT_THAT(calls, ElementsAre("replay 1:2:3"));
 }

@@ -1,4 +1,4 @@
-// The demonstration against a library that a test plays: what it tunes to, what it waits for, what it says is missing.
+// The demonstration with a fake library: the services it tunes to, the events it waits for, what it reports as missing.
 #include "demo.h"
 
 #include <gmock/gmock.h>
@@ -17,7 +17,7 @@ using testing::HasSubstr;
 using testing::Not;
 
 const tsmake::Multiplex kSample = tsmake::sampleMultiplex();
-/// The answers are there when a tune returns; what is left out never comes.
+/// A fake library whose answers are queued when a tune returns. A test can leave out answers.
 constexpr std::chrono::milliseconds kEnough{500};
 constexpr std::uint16_t kOnid = 1;
 constexpr std::uint16_t kTsid = 1025;
@@ -35,7 +35,7 @@ ListedService listed(const tsmake::Service& service) {
     return result;
 }
 
-/// Hands on each section once, and again on request, as the library's AIT catcher does.
+/// Delivers each section once, and again on request, like the library's AIT catcher.
 class PlayedCatcher : public dvbshell::AitSink {
 public:
     explicit PlayedCatcher(dvbshell::EventQueue& newQueue) : queue(newQueue) {}
@@ -63,7 +63,7 @@ private:
 
 class ADemonstration : public testing::Test {
 protected:
-    /// Every tune is answered with what the sample has of the service, less what the test leaves out.
+    /// Answers every tune with the sample's tables of the service, except those that the test leaves out.
     ADemonstration() {
         api.tuned = [this](int sid) {
             for (const tsmake::Service& service : kSample.services) {
@@ -140,14 +140,14 @@ TEST_F(ADemonstration, FailsOnABroadcastWithoutAnAit) {
     EXPECT_THAT(output.text(), Not(HasSubstr("no PMT")));
 }
 
-TEST_F(ADemonstration, GivesUpWhatHasNotComeInTheTimeForAll) {
+TEST_F(ADemonstration, EndsAtTheTimeLimit) {
     answersChannel = false;
     EXPECT_EQ(run({listed(kSample.services[0]), listed(kSample.services[1])}, std::chrono::milliseconds(1)), 1);
     EXPECT_THAT(output.text(), HasSubstr("missing: no channel change arrived for 1:1025:28106 (Name)\n"));
     EXPECT_THAT(output.text(), HasSubstr("missing: no channel change arrived for 1:1025:28107 (Name)\n"));
 }
 
-TEST_F(ADemonstration, GoesBackToTheFirstServiceWithAnAitAndShowsItFromMemory) {
+TEST_F(ADemonstration, ReturnsToTheFirstServiceAndShowsTheStoredAit) {
     EXPECT_EQ(run({listed(kSample.services[2]), listed(kSample.services[0]), listed(kSample.services[1])}), 0);
     const std::string text = output.text();
     const std::size_t back = text.find("--- back to 1:1025:28106  Name, its AIT from memory");
@@ -156,7 +156,7 @@ TEST_F(ADemonstration, GoesBackToTheFirstServiceWithAnAitAndShowsItFromMemory) {
     EXPECT_THAT(api.calls.back(), testing::AnyOf("tuneToService(12, 1, 1025, 28106, 0)", "getCurrentCCID()"));
 }
 
-TEST_F(ADemonstration, AsksForAnAitThatWasHandedOnBefore) {
+TEST_F(ADemonstration, AsksForAnAitDeliveredBefore) {
     const ListedService service = listed(kSample.services[0]);
     EXPECT_EQ(run({service, listed(kSample.services[1]), service}), 0);
     EXPECT_THAT(output.text(), HasSubstr("all arrived"));

@@ -1,4 +1,4 @@
-// Texts of others on the terminal.
+// Texts from the broadcast or a peer, printed on the terminal.
 #include "si/printable.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 
 using si::printable;
 
-TEST(ATextOfOthers, IsShownAsItIsWhereItIsPlain) {
+TEST(ATextOfOthers, IsUnchangedIfPlain) {
     EXPECT_EQ(printable("Velmora Zwei F\xC3\xB6hn, \xCE\xA4\xCF\x81\xCE\xAF\xCE\xB1, \xE8\x8F\xAF\xE8\xA6\x96, "
                         "\xF0\x9F\x93\xBA"),
               "Velmora Zwei F\xC3\xB6hn, \xCE\xA4\xCF\x81\xCE\xAF\xCE\xB1, \xE8\x8F\xAF\xE8\xA6\x96, \xF0\x9F\x93\xBA");

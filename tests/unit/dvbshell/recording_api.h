@@ -1,4 +1,4 @@
-// A DVB API that keeps every call as text, "operation(value, value)", and gives the results that it is told to.
+// A DVB API that records every call as text, "operation(value, value)", and returns the results that a test sets.
 // Threads: one.
 // Blocks:  never.
 #pragma once

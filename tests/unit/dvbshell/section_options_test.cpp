@@ -1,4 +1,4 @@
-// The pattern of a section filter as it is typed, and trees as lines.
+// The filter pattern on the command line, and trees as lines.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ TEST(ATableOption, IsTheFirstByteOfThePattern) {
     EXPECT_EQ(request.mask, "\xF0");
 }
 
-TEST(ATableOption, StandsAboveTheFirstByteOfAGivenPattern) {
+TEST(ATableOption, PrecedesAGivenPattern) {
     SectionsRequest request;
     request.match = "\x01\x02\x03";
     request.mask = "\xFF\xFF\xFF";
@@ -50,7 +50,7 @@ TEST(AnUnsignedNumber, IsDecimalOrHexadecimalUpToItsBound) {
     EXPECT_FALSE(dvbshell::parseUnsigned("+1", 8191, number));
 }
 
-TEST(ATree, IsLaidOutByItsDepthWithADescriptorALine) {
+TEST(ATree, IsIndentedByDepthWithOneLineForEachDescriptor) {
     si::Node table;
     si::Node& service = table.add("service");
     service.number("service_id", 5).hex("flags", 0xA, 2);

@@ -118,7 +118,7 @@ TEST(AnArgument, IsTakenAtTheEndsOfItsRange) {
     EXPECT_EQ(valuesOf("audio-source \"\"")[0].text, "");
 }
 
-TEST(AnArgument, ThatIsWrongIsNamedWithWhatItMayBe) {
+TEST(AnArgument, IsNamedInAnErrorWithItsValidValues) {
     EXPECT_EQ(errorOf("select 2147483648"),
               "select: TYPE: \"2147483648\" is not a number from -2147483648 to 2147483647");
     EXPECT_EQ(errorOf("pts -1"), "pts: REQUEST: \"-1\" is not a number from 0 to 4294967295");
@@ -129,7 +129,7 @@ TEST(AnArgument, ThatIsWrongIsNamedWithWhatItMayBe) {
     EXPECT_EQ(errorOf("temi-start 1 2"), "temi-start takes 3 arguments: temi-start FIRST SECOND THIRD");
 }
 
-TEST(APrinter, ShowsASectionThatCannotBeReadAsItsBytes) {
+TEST(APrinter, ShowsAnUnreadableSectionAsBytes) {
     Output output;
     Printer printer(output.stream());
     Event event;
@@ -150,7 +150,7 @@ TEST(APrinter, AlignsWhatATableHolds) {
                                    "                    2026-01-01 09:00-10:00 UTC  Die große Küche\n"));
 }
 
-TEST(AJsonPrinter, WritesOneObjectALineWithTheSectionReadAndInHexadecimal) {
+TEST(AJsonPrinter, WritesOneObjectOnEachLine) {
     Output output;
     JsonPrinter printer(output.stream());
     printer.print(sectionEvent(EventKind::ait, "onAITSectionUpdated", tsmake::aitSection(kSample.services[1])), "");
@@ -192,7 +192,7 @@ TEST(AServiceList, IsReadAsTheServiceWritesIt) {
     EXPECT_EQ(error, "\"1:2\tpmt\thbbtv\tx\" is no line of a service list");
 }
 
-TEST(TheDemonstration, TunesToServicesWithApplicationsFirstAndToOneWithoutAPmtAtMost) {
+TEST(TheDemonstration, PrefersServicesWithApplications) {
     std::vector<ListedService> listed;
     std::string error;
     ASSERT_TRUE(

@@ -1,8 +1,8 @@
 #!/bin/bash
-# An independent analyser's view of a generated broadcast: what is expected is found, and no packet is out of order.
+# Checks a generated broadcast with an independent analyser: it finds what is expected, and no packet is out of order.
 #   check_broadcast.sh FILE.ts SECTION_PIDS EXPECTED...
-# SECTION_PIDS: decimal PIDs of the first programme that carry sections, with | between them; the analyser looks for PES
-# packets there and stumbles. EXPECTED: patterns of tsinfo's report.
+# SECTION_PIDS: decimal PIDs with sections in the first programme, separated by |. The analyser expects PES packets
+# there, so its complaints about them do not count. EXPECTED: patterns in tsinfo's report.
 set -euo pipefail
 file=$1
 sections=$2

@@ -1,4 +1,4 @@
-// Descriptions of multiplexes: what they say comes out, and what is wrong is named with its place.
+// Descriptions of multiplexes: their content appears in the tables, and errors name the place.
 #include "description.h"
 
 #include <gmock/gmock.h>
@@ -25,7 +25,7 @@ std::string errorOf(const std::string& text) {
     return tsmake::parseDescription(text, error) ? "none" : error;
 }
 
-/// The error of a service with these members, which is the only one.
+/// The error for a description whose only service has these members.
 std::string errorOfService(const std::string& members) {
     return errorOf(R"({"originalNetworkId": 1, "transportStreamId": 1, "services": [{"id": 1, )" + members + "}]}");
 }
@@ -130,7 +130,7 @@ TEST(ADescription, IsRefusedWithThePlaceInAService) {
               "PID 100 is given to PMT of service 1 and to component 1 of service 1");
 }
 
-TEST(AMultiplex, IsRefusedWhereTheBitRateHasNoRoomForIt) {
+TEST(AMultiplex, IsRefusedIfItExceedsTheBitRate) {
     std::string error;
     std::optional<Multiplex> multiplex = tsmake::parseDescription(everything(), error);
     ASSERT_TRUE(multiplex) << error;

@@ -1,4 +1,4 @@
-// When packets are sent, and what timelines say then.
+// The times of packets, and the values of timelines at those times.
 #include "scheduler.h"
 
 #include <gtest/gtest.h>
@@ -10,13 +10,13 @@ constexpr std::uint64_t kLongest = 3600;
 
 }  // namespace
 
-TEST(APacket, HasItsTimeByItsNumberAndTheBitRate) {
+TEST(APacket, HasATimeFromItsNumberAndTheBitRate) {
     EXPECT_EQ(tsmake::packetTicks(0, 1504000), 0U);
     EXPECT_EQ(tsmake::packetTicks(1, 1504000), kTicks / 1000);
     EXPECT_EQ(tsmake::packetTicks(2, 3000000), 27072U);
 }
 
-TEST(APacket, HasItsTimeAtTheHighestBitRateToTheEndOfTheLongestBroadcast) {
+TEST(APacket, HasATimeAtTheHighestBitRate) {
     constexpr std::uint64_t kBitRate = 200000000;
     constexpr std::uint64_t kPacketsIn47Seconds = 6250000;
     for (std::uint64_t part = 1; part * 47 <= kLongest; ++part) {
@@ -33,7 +33,7 @@ TEST(ATimeline, CountsInItsTimescale) {
     EXPECT_EQ(service.mediaTimestampAt(kTicks - 1), 2U);
 }
 
-TEST(ATimeline, CountsInTheFinestTimescaleToTheEndOfTheLongestBroadcast) {
+TEST(ATimeline, CountsAtTheFinestTimescale) {
     tsmake::Service service;
     service.timescale = 0xFFFFFFFF;
     EXPECT_EQ(service.mediaTimestampAt(kLongest * kTicks), kLongest * 0xFFFFFFFF);

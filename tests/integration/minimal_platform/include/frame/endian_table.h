@@ -1,4 +1,4 @@
-// Field descriptions of packed records, and what a record holds for bytes of any length.
+// Field descriptions of packed records, and the carriers for bytes of any length.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ enum ovxEndianKind : std::uint32_t {
     ovxEndianKind64 = 8
 };
 
-/// Offset in the low half of the first word, kind in the high half; {0, 0xFFFFFFFF} behind the last.
+/// The first word has the offset in its low half and the kind in its high half. {0, 0xFFFFFFFF} ends the list.
 struct ovxEndianEntry {
     constexpr ovxEndianEntry() : word(0), mark(0xFFFFFFFFU) {}
     constexpr ovxEndianEntry(std::uint32_t kind, std::uint32_t offset, const ovxEndianTable* ofNested = nullptr)

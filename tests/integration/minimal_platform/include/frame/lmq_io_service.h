@@ -1,4 +1,4 @@
-// Sending records, and saying who decodes which.
+// Sends records and registers their decoders.
 #pragma once
 
 #include "frame/endian_table.h"

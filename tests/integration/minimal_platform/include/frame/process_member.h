@@ -1,4 +1,4 @@
-// What the library's proxy is made of.
+// The base classes of the library's proxy.
 #pragma once
 
 #include <pthread.h>

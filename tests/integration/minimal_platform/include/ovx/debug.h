@@ -1,4 +1,4 @@
-// Where lines go.
+// The log.
 #pragma once
 
 #include <cstdint>

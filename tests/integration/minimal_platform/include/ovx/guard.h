@@ -1,4 +1,4 @@
-// A mutex held for the length of a block.
+// Holds a mutex for the length of a block.
 #pragma once
 
 #include <pthread.h>

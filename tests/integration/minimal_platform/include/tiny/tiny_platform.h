@@ -1,4 +1,4 @@
-// What a test sees of the platform: the commands that were sent, and events and sections to send back.
+// The test's access to the platform: reads the sent commands, and sends events and sections.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 namespace tiny {
 
-/// A command: its identifier, and its record with the bytes behind its carriers, field by field.
+/// A command: its identifier, and the fields of its record, with the bytes of carriers.
 struct Sent {
     std::uint32_t message;
     std::vector<std::string> fields;
@@ -18,7 +18,7 @@ std::vector<Sent> sent();
 bool deliver(std::uint32_t message, const void* record);
 /// Puts a section into the queue of that name; false when there is none.
 bool writeSection(const std::string& queue, const std::string& session, const std::vector<std::uint8_t>& section);
-/// Names of the queues that were made.
+/// Names of the created queues.
 std::vector<std::string> queues();
 /// Lines of the log, formatted.
 std::vector<std::string> lines();

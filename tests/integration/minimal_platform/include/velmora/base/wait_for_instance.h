@@ -1,4 +1,4 @@
-// Waiting for a singleton that another thread makes.
+// Waits for a singleton that another thread creates.
 #pragma once
 
 #include <cstdint>

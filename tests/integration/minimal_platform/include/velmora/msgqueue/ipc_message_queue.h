@@ -1,4 +1,4 @@
-// Sections on their way to the browser's process.
+// The queue of sections for the browser's process.
 #pragma once
 
 #include <cstddef>
