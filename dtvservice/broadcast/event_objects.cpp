@@ -10,10 +10,10 @@ namespace broadcast {
 namespace {
 
 /// Limits on the memory that a broadcast can use. Real carousels stay far below them.
-constexpr std::size_t kLargestModule = 8 * 1024 * 1024;
+constexpr std::size_t kLargestModule = std::size_t{8} * 1024 * 1024;
 constexpr std::size_t kMostModules = 4096;
 constexpr std::size_t kDeepest = 16;
-constexpr std::size_t kMostHeld = 32 * 1024 * 1024;
+constexpr std::size_t kMostHeld = std::size_t{32} * 1024 * 1024;
 
 std::vector<std::uint8_t> inflated(const std::vector<std::uint8_t>& bytes, std::uint32_t size) {
     std::vector<std::uint8_t> result(size);

@@ -28,7 +28,7 @@ public:
         std::vector<std::uint16_t> associationTags;  ///< of the streams that carry the event
     };
 
-    static constexpr std::size_t kMostKept = 16 * 1024 * 1024;
+    static constexpr std::size_t kMostKept = std::size_t{16} * 1024 * 1024;
 
     /// Reads the carousels whose DownloadServerInitiate is on one of these PIDs. Keeps at most `newMostKept` bytes of
     /// objects, and as many again for paths and events found.

@@ -24,7 +24,7 @@ class DrmMessages {
 public:
     /// Limits per browser.
     static constexpr std::size_t kMostMessages = 64;
-    static constexpr std::size_t kMostText = 1024 * 1024;  // bytes of types and texts
+    static constexpr std::size_t kMostText = std::size_t{1024} * 1024;  // bytes of types and texts
 
     /// False if the browser would exceed a limit.
     bool add(DrmMessage message);

@@ -27,7 +27,7 @@ public:
 
 private:
     /// Decompressed bytes that one search covers at most. The limit lets other files play on meanwhile.
-    static constexpr std::uint64_t kLongestSearch = 1024 * 1024;
+    static constexpr std::uint64_t kLongestSearch = std::uint64_t{1024} * 1024;
 
     explicit PacketFile(std::unique_ptr<ByteSource> source) : reader(std::move(source)) {}
 

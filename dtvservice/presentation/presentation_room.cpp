@@ -91,7 +91,7 @@ void PresentationRoom::cmdDtvInfoRequest(Browser asker) {
     tellServiceInfo(asker);
     const Channel* const channel = core.presented();
     const Section pmt = channel == nullptr ? Section() : core.received().si.pmt(channel->serviceId);
-    if (!pmt.empty()) {
+    if (channel != nullptr && !pmt.empty()) {
         core.browsers.tell({asker}, &Events::onDATagsServicePmtDataChange, channel->networkId(),
                            channel->transportStreamId, channel->serviceId, kFirst, {pmt.begin(), pmt.end()});
     }

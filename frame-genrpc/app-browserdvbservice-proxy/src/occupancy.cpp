@@ -1,27 +1,51 @@
 // Counts the threads inside an object, and closes the object before its destruction.
 #include "occupancy.h"
 
+#include <pthread.h>
+
 namespace lo::browserdvbservice {
 
 namespace {
 
-/// This thread's stays as a linked list, the newest first.
-thread_local Occupancy::Stay* latest = nullptr;
+/// This thread's stays as a linked list, the newest first. A pthread key instead of thread_local: a browser loads the
+/// library at run time, and LeakSanitizer crashes on such a library's thread_local while its thread runs on at exit.
+/// Without a key a thread does not know its own stays: close() then waits for them until its time is over.
+class Latest {
+public:
+    static Occupancy::Stay* get() {
+        return key().made ? static_cast<Occupancy::Stay*>(pthread_getspecific(key().number)) : nullptr;
+    }
+    static void set(Occupancy::Stay* stay) {
+        if (key().made) {
+            pthread_setspecific(key().number, stay);
+        }
+    }
+
+private:
+    struct Key {
+        pthread_key_t number{};
+        bool made = pthread_key_create(&number, nullptr) == 0;
+    };
+    static const Key& key() {
+        static const Key key;
+        return key;
+    }
+};
 
 }  // namespace
 
 Occupancy::Stay::Stay(Occupancy& newOccupancy, As newRole)
-    : occupancy(newOccupancy), role(newRole), entered(newOccupancy.enter(newRole)), outer(latest) {
-    latest = this;
+    : occupancy(newOccupancy), role(newRole), entered(newOccupancy.enter(newRole)), outer(Latest::get()) {
+    Latest::set(this);
 }
 
 Occupancy::Stay::Stay(Occupancy& newOccupancy, Reserved)
-    : occupancy(newOccupancy), role(As::worker), entered(true), outer(latest) {
-    latest = this;
+    : occupancy(newOccupancy), role(As::worker), entered(true), outer(Latest::get()) {
+    Latest::set(this);
 }
 
 Occupancy::Stay::~Stay() {
-    latest = outer;
+    Latest::set(outer);
     if (entered) {
         occupancy.leave(role);
     }
@@ -53,7 +77,7 @@ void Occupancy::leave(As role) {
 }
 
 bool Occupancy::isInside() const {
-    for (const Stay* stay = latest; stay != nullptr; stay = stay->outer) {
+    for (const Stay* stay = Latest::get(); stay != nullptr; stay = stay->outer) {
         if (&stay->occupancy == this && stay->entered) {
             return true;
         }
@@ -64,7 +88,7 @@ bool Occupancy::isInside() const {
 /// The part of the count that belongs to this thread's own stays as a worker.
 std::uint64_t Occupancy::ownWorkers() const {
     std::uint64_t own = 0;
-    for (const Stay* stay = latest; stay != nullptr; stay = stay->outer) {
+    for (const Stay* stay = Latest::get(); stay != nullptr; stay = stay->outer) {
         own += &stay->occupancy == this && stay->entered && stay->role == As::worker ? kWorker : 0;
     }
     return own;
