@@ -6,8 +6,9 @@ set -euo pipefail
 cd "$1"
 catalogue=frame-genrpc/app-browserdvbservice-proxy/src/browserdvbservice_messages.inc
 names=$(sed -nE 's/^(COMMAND|EVENT)\(0x[0-9A-F]+, ([A-Za-z]+),.*/\2/p' "$catalogue")
-[ "$(wc -l <<<"$names")" -eq 61 ] || {
-    echo "the catalogue has $(wc -l <<<"$names") messages"
+entries=$(grep -cE '^(COMMAND|EVENT)\(' "$catalogue")
+[ "$(wc -l <<<"$names")" -eq "$entries" ] || {
+    echo "$catalogue: $entries entries, but $(wc -l <<<"$names") of them can be read"
     exit 1
 }
 failed=0

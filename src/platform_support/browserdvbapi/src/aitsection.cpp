@@ -1,6 +1,7 @@
 // Reads AIT section records and writes them to the log.
 #include "aitsection.h"
 
+#include <algorithm>
 #include <new>
 
 #include "browser_log.h"
@@ -88,7 +89,7 @@ void AITSection::replaceData(std::vector<std::uint8_t> bytes) {
 void AITSection::replaceData(const std::uint8_t* bytes, int length) {
     BLOG_TRACE(__PRETTY_FUNCTION__);
     data.resize(static_cast<std::size_t>(length));
-    data.assign(bytes, bytes + length);
+    std::copy(bytes, bytes + length, data.begin());
     parse();
 }
 

@@ -66,9 +66,9 @@ void BrowserDVBService::sendGuarded(const char* function, Send send) {
 
 void BrowserDVBService::tuneToService(int idType, int toOnid, int toTsid, int toSid, int flags) {
     TRACE_SCOPE();
-    sendGuarded(__func__, [&](ServiceInterface& service, frame::MsgIds& ids, const frame::TransportInfo& transport) {
-        BLOG_TAGGED_AS(blog::kOrdinary, "tuneToService", "TunerToService:{%d,%d:%d:%d}\n", idType, toOnid, toTsid,
-                       toSid);
+    const char* const function = __func__;
+    sendGuarded(function, [&](auto& service, auto& ids, auto& transport) {
+        BLOG_TAGGED_AS(blog::kOrdinary, function, "TunerToService:{%d,%d:%d:%d}\n", idType, toOnid, toTsid, toSid);
         TuneInfoChannel channel;
         channel.idType = static_cast<unsigned int>(idType);
         channel.onid = static_cast<unsigned int>(toOnid);
@@ -86,8 +86,9 @@ void BrowserDVBService::tuneToService(int idType, int toOnid, int toTsid, int to
 
 void BrowserDVBService::tuneToService(const std::string& toDsd, int toSid, int flags) {
     TRACE_SCOPE();
-    sendGuarded(__func__, [&](ServiceInterface& service, frame::MsgIds& ids, const frame::TransportInfo& transport) {
-        BLOG_TAGGED_AS(blog::kOrdinary, "tuneToService", "TunerToService:{ dsd len:%d,sid:%d}\n",
+    const char* const function = __func__;
+    sendGuarded(function, [&](auto& service, auto& ids, auto& transport) {
+        BLOG_TAGGED_AS(blog::kOrdinary, function, "TunerToService:{ dsd len:%d,sid:%d}\n",
                        static_cast<int>(toDsd.size()), toSid);
         TuneInfoChannel channel;
         channel.idType = kIdTypeSiDirect;
@@ -105,8 +106,9 @@ void BrowserDVBService::tuneToService(const std::string& toDsd, int toSid, int f
 
 void BrowserDVBService::tuneToComponent(int first, int second, int third) {
     TRACE_SCOPE();
-    sendGuarded(__func__, [&](ServiceInterface& service, frame::MsgIds& ids, const frame::TransportInfo& transport) {
-        BLOG_TAGGED_AS(blog::kOrdinary, "tuneToComponent", "Tuner to Component: %d,%d,%d\n", first, second, third);
+    const char* const function = __func__;
+    sendGuarded(function, [&](auto& service, auto& ids, auto& transport) {
+        BLOG_TAGGED_AS(blog::kOrdinary, function, "Tuner to Component: %d,%d,%d\n", first, second, third);
         TuneInfoComponent component;
         component.first = static_cast<unsigned int>(first);
         component.second = static_cast<unsigned int>(second);
@@ -117,21 +119,21 @@ void BrowserDVBService::tuneToComponent(int first, int second, int third) {
 
 void BrowserDVBService::selectComponent(int type) {
     TRACE_SCOPE();
-    sendGuarded(__func__, [type](ServiceInterface& service, auto& ids, auto& transport) {
+    sendGuarded(__func__, [type](auto& service, auto& ids, auto& transport) {
         return service.cmdSelectComponent(ids, transport, static_cast<ComponentType>(type));
     });
 }
 
 void BrowserDVBService::unselectComponent(int type) {
     TRACE_SCOPE();
-    sendGuarded(__func__, [type](ServiceInterface& service, auto& ids, auto& transport) {
+    sendGuarded(__func__, [type](auto& service, auto& ids, auto& transport) {
         return service.cmdUnselectComponent(ids, transport, static_cast<ComponentType>(type));
     });
 }
 
 void BrowserDVBService::setAudioSource(unsigned int session, std::string source) {
     TRACE_SCOPE();
-    sendGuarded(__func__, [&](ServiceInterface& service, auto& ids, auto& transport) {
+    sendGuarded(__func__, [&](auto& service, auto& ids, auto& transport) {
         return service.cmdSetAudioSource(ids, transport, session, source);
     });
 }
