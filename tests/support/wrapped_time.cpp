@@ -44,7 +44,7 @@ int timedWait(pthread_cond_t* condition, pthread_mutex_t* mutex, clockid_t clock
         case TimedWaits::endAtOnce:
             // Releases the mutex and takes it again, as a real wait does.
             pthread_mutex_unlock(mutex);
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));  // lets another thread take the mutex
             pthread_mutex_lock(mutex);
             return ETIMEDOUT;
         case TimedWaits::endNever:
