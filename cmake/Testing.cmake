@@ -69,10 +69,15 @@ function(dtv_add_test name)
     PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}")
 endfunction()
 
+# dtv_wrap(NAME symbols...): calls of these functions reach the test's __wrap_SYMBOL, which may call __real_SYMBOL.
+function(dtv_wrap name)
+  foreach(symbol ${ARGN})
+    target_link_options(${name} PRIVATE LINKER:--wrap=${symbol})
+  endforeach()
+endfunction()
+
 # dtv_wrap_time(NAME): lets the test program control time with wrapped_time.h.
 function(dtv_wrap_time name)
   target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/wrapped_time.cpp)
-  foreach(wrapped pthread_cond_timedwait pthread_cond_clockwait clock_gettime usleep)
-    target_link_options(${name} PRIVATE LINKER:--wrap=${wrapped})
-  endforeach()
+  dtv_wrap(${name} pthread_cond_timedwait pthread_cond_clockwait clock_gettime usleep)
 endfunction()

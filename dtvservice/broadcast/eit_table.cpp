@@ -17,15 +17,11 @@ std::uint16_t EitTable::networkId(si::Bytes section) {
 }
 
 Update EitTable::file(si::Bytes section) {
-    const std::uint8_t number = si::sectionNumber(section);
-    Section bytes = copyOf(section);
-    const auto known = sections_.find(number);
-    if (known != sections_.end() && known->second == bytes) {
+    const Update update = store(sections_, section);
+    if (update == Update::none) {
         return Update::none;
     }
-    const Update update = known == sections_.end() ? Update::first : Update::changed;
-    sections_[number] = std::move(bytes);
-    const std::uint8_t last = std::max(number, si::lastSectionNumber(section));
+    const std::uint8_t last = std::max(si::sectionNumber(section), si::lastSectionNumber(section));
     sections_.erase(sections_.upper_bound(last), sections_.end());
     return update;
 }

@@ -3,21 +3,32 @@
 
 namespace broadcast {
 
+Update store(Sections& sections, si::Bytes section) {
+    Section bytes = copyOf(section);
+    const auto known = sections.find(si::sectionNumber(section));
+    if (known == sections.end()) {
+        sections.emplace(si::sectionNumber(section), std::move(bytes));
+        return Update::first;
+    }
+    if (known->second == bytes) {
+        return Update::none;
+    }
+    known->second = std::move(bytes);
+    return Update::changed;
+}
+
 Update SubTable::file(si::Bytes section) {
     const std::uint8_t newVersion = si::sectionVersion(section);
-    const std::uint8_t number = si::sectionNumber(section);
     if (version != newVersion) {
         changed = version.has_value();
         version = newVersion;
         sections_.clear();
     }
-    Section bytes = copyOf(section);
-    const auto known = sections_.find(number);
-    if (known != sections_.end() && known->second == bytes) {
+    const Update update = store(sections_, section);
+    if (update == Update::none) {
         return Update::none;
     }
-    changed = changed || known != sections_.end();
-    sections_[number] = std::move(bytes);
+    changed = changed || update == Update::changed;
     return changed ? Update::changed : Update::first;
 }
 

@@ -19,6 +19,9 @@ using Sections = std::map<std::uint8_t, Section>;  // by section_number
 /// The effect of a section on the table: none (a repetition), a section of the first version, or a change.
 enum class Update { none, first, changed };
 
+/// Stores a section under its section_number, and compares it with the section that had this number before.
+Update store(Sections& sections, si::Bytes section);
+
 /// Keeps the sections of one version. The first section of a new version removes the old ones.
 class SubTable {
 public:
