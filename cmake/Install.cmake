@@ -33,6 +33,10 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/include/ ${PROJECT_SOURCE_DIR}/
   DESTINATION include/dtvplatform)
 set_target_properties(dtvserviced dvbshell dtvctl tsmake PROPERTIES INSTALL_RPATH "$ORIGIN/../lib")
 install(TARGETS dtvserviced dvbshell dtvctl tsmake RUNTIME DESTINATION bin)
+get_property(pages GLOBAL PROPERTY DTV_MANUAL_PAGES)
+get_property(completions GLOBAL PROPERTY DTV_COMPLETIONS)
+install(FILES ${pages} DESTINATION share/man/man1)
+install(FILES ${completions} DESTINATION share/bash-completion/completions)
 install(FILES ${CMAKE_BINARY_DIR}/share/dtv/sample.ts DESTINATION share/dtv)
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
   ${PROJECT_SOURCE_DIR}/docs/architecture.md ${PROJECT_SOURCE_DIR}/docs/host-platform.md

@@ -23,17 +23,18 @@ declare -A may=(
     [$headers]="$contract"
     [$library]="$contract $idiom $records $adapter $headers"
     [si]=""
+    [command_line]=""
     [dtvservice/broadcast]="si"
     [dtvservice/control]=""
     [dtvservice/core]="$contract $idiom $records dtvservice/broadcast dtvservice/control"
     [dtvservice/inputs]="$contract $idiom dtvservice/broadcast dtvservice/core"
-    [tools/tsmake]="si"
-    [tools/dtvctl]="dtvservice/control si"
-    [tools/dvbshell]="$headers si"
+    [tools/tsmake]="command_line si"
+    [tools/dtvctl]="command_line dtvservice/control si"
+    [tools/dvbshell]="$headers command_line si"
 )
 
 # The program may include all of the reference service. A room may include the core, but no other room.
-may[dtvservice/src]="$contract $idiom si $(echo dtvservice/*)"
+may[dtvservice/src]="$contract $idiom command_line si $(echo dtvservice/*)"
 for folder in dtvservice/*/; do
     folder=${folder%/}
     if [ -z "${may[$folder]+row}" ]; then
@@ -47,10 +48,13 @@ for folder in "${!may[@]}"; do
     find "$folder" \( -name '*.h' -o -name '*.inc' \) -printf "$folder %P\n"
 done >"$headers_by_name"
 
-# Prints the project folder that has the header; nothing for a header from outside the project.
+# folder_of HEADER FOLDER: prints the project folder that has the header, FOLDER if it is one of several; nothing for a
+# header from outside the project.
 folder_of() {
-    awk -v name="$1" '$2 == name || substr($2, length($2) - length(name)) == "/" name { print $1; exit }' \
-        "$headers_by_name"
+    awk -v name="$1" -v own="$2" '$2 == name || substr($2, length($2) - length(name)) == "/" name {
+        if ($1 == own || found == "") found = $1
+    }
+    END { print found }' "$headers_by_name"
 }
 
 includes=0
@@ -58,7 +62,7 @@ broken=0
 for folder in "${!may[@]}"; do
     while IFS=: read -r file header; do
         includes=$((includes + 1))
-        target=$(folder_of "$header")
+        target=$(folder_of "$header" "$folder")
         if [ -n "$target" ] && [ "$target" != "$folder" ] && [[ " ${may[$folder]} " != *" $target "* ]]; then
             echo "$file includes $header of $target"
             broken=1
