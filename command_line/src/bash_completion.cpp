@@ -70,7 +70,7 @@ std::string offer(const Completion& completion) {
             }
             return "offered=(" + words + ")";
         case Completion::Kind::output:
-            return "mapfile -t offered < <(" + completion.command + " 2>/dev/null)";
+            return "mapfile -t offered < <({ " + completion.command + "; } 2>/dev/null)";
         default:
             return ":";
     }

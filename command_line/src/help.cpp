@@ -26,7 +26,8 @@ std::string usageText(const Program& program, std::size_t width) {
         const std::string head = rows.empty() ? "usage: " : "       ";
         rows.push_back({head + program.name + (usage.term.empty() ? "" : " ") + usage.term, usage.help});
     }
-    return columns(rows, 0, width);
+    constexpr std::size_t kText = 24;
+    return columns(rows, 0, width, width > kText ? width - kText : 0);
 }
 
 std::string optionRows(const std::vector<Option>& options, std::size_t width) {
@@ -78,6 +79,14 @@ std::string indented(const std::string& lines) {
     return text;
 }
 
+std::string exampleLines(const std::vector<Row>& examples) {
+    std::string text;
+    for (const Row& example : examples) {
+        text += indented(example.term) + std::string(2 * kIndent, ' ') + indented(example.help);
+    }
+    return text;
+}
+
 }  // namespace
 
 std::size_t helpWidth() {
@@ -105,7 +114,7 @@ std::string helpText(const Program& program, std::size_t width) {
     text += section("Exit codes", columns(program.exitStatuses, kIndent, width));
     text += section("Environment", columns(program.environment, kIndent, width));
     text += section("Files", columns(program.files, kIndent, width));
-    text += section("Examples", columns(program.examples, kIndent, width));
+    text += section("Examples", exampleLines(program.examples));
     return text;
 }
 

@@ -59,11 +59,6 @@ std::string bold(const std::string& text) {
     return "\\fB" + plain(text) + "\\fR";
 }
 
-/// Lines as they are.
-std::string preformatted(const std::string& lines) {
-    return ".RS 4\n.EX\n" + plain(lines) + "\n.EE\n.RE\n";
-}
-
 std::string tagged(const std::string& term, const std::string& text) {
     return ".TP\n" + bold(term) + "\n" + filled(text, ".IP\n");
 }
@@ -108,7 +103,7 @@ std::string verbs(const VerbGroup& group) {
             text += ".IP\n" + filled(verb.text, ".IP\n");
         }
         if (!verb.example.empty()) {
-            text += preformatted(verb.example);
+            text += ".IP\n.EX\n" + plain(verb.example) + "\n.EE\n";
         }
     }
     return text;
@@ -135,7 +130,7 @@ std::string options(const Program& program) {
 std::string examples(const Program& program) {
     std::string text;
     for (const Row& example : program.examples) {
-        text += ".PP\n" + filled(example.help) + preformatted(example.term);
+        text += ".PP\n" + filled(example.help) + ".RS 4\n.EX\n" + plain(example.term) + "\n.EE\n.RE\n";
     }
     return text;
 }
@@ -155,8 +150,8 @@ std::string manPage(const Program& program) {
     for (const char character : program.name) {
         title += static_cast<char>(std::toupper(static_cast<unsigned char>(character)));
     }
-    std::string page = ".TH " + title + " 1 \"\" \"browserdvbapi " DTV_VERSION "\" \"User Commands\"\n" +
-                       ".nh\n.ad l\n" + section("NAME", plain(program.name) + " \\- " + plain(program.summary) + "\n") +
+    std::string page = ".TH " + title + " 1 \"\" \"browserdvbapi " DTV_VERSION "\" \"User Commands\"\n" + ".ad l\n" +
+                       section("NAME", plain(program.name) + " \\- " + plain(program.summary) + "\n") +
                        section("SYNOPSIS", synopsisLines(program)) + section("DESCRIPTION", description(program));
     for (const VerbGroup& group : program.verbs) {
         std::string upper;

@@ -16,7 +16,7 @@ std::vector<Option> allOptions(const Program& program) {
                        {},
                        {},
                        {}});
-    options.push_back({"version", "", "print the version", {}, {}, {}, {}});
+    options.push_back({"version", "", "print the version"});
     return options;
 }
 

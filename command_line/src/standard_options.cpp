@@ -17,7 +17,7 @@ const char* const kStandard[] = {"help", "version", "print-man", "print-completi
 std::vector<Option> parsedOptions(const Program& program) {
     std::vector<Option> options = allOptions(program);
     for (const char* const hidden : {"print-man", "print-completion"}) {
-        options.push_back({hidden, "", "", {}, {}, {}, {}});
+        options.push_back({hidden, "", ""});
     }
     return options;
 }

@@ -8,7 +8,6 @@ namespace command_line {
 
 namespace {
 
-constexpr std::size_t kLongestTerm = 26;
 constexpr std::size_t kGap = 2;
 constexpr std::size_t kNarrowest = 20;  // of the right column
 
@@ -33,13 +32,13 @@ std::vector<std::string> linesOf(const std::string& paragraph, std::size_t width
     return lines;
 }
 
-std::size_t leftColumn(const std::vector<std::string>& terms) {
+std::size_t leftColumn(const std::vector<std::string>& terms, std::size_t longestTerm) {
     std::size_t left = 0;
     for (const std::string& term : terms) {
         const std::size_t width = widthOf(term);
-        left = width <= kLongestTerm ? std::max(left, width) : left;
+        left = width <= longestTerm ? std::max(left, width) : left;
     }
-    return left == 0 ? kLongestTerm : left;
+    return left == 0 ? longestTerm : left;
 }
 
 }  // namespace
@@ -66,8 +65,9 @@ std::string wrapped(const std::string& text, std::size_t width) {
 }
 
 std::string columns(const std::vector<std::string>& terms, std::size_t indent, std::size_t width,
-                    const std::function<std::string(std::size_t row, std::size_t width)>& text) {
-    const std::size_t left = leftColumn(terms);
+                    const std::function<std::string(std::size_t row, std::size_t width)>& text,
+                    std::size_t longestTerm) {
+    const std::size_t left = leftColumn(terms, longestTerm);
     const std::size_t start = indent + left + kGap;
     const std::size_t textWidth = width > start + kNarrowest ? width - start : kNarrowest;
     std::string result;
@@ -85,13 +85,14 @@ std::string columns(const std::vector<std::string>& terms, std::size_t indent, s
     return result;
 }
 
-std::string columns(const std::vector<Row>& rows, std::size_t indent, std::size_t width) {
+std::string columns(const std::vector<Row>& rows, std::size_t indent, std::size_t width, std::size_t longestTerm) {
     std::vector<std::string> terms;
     for (const Row& row : rows) {
         terms.push_back(row.term);
     }
-    return columns(terms, indent, width,
-                   [&rows](std::size_t row, std::size_t textWidth) { return wrapped(rows[row].help, textWidth); });
+    return columns(
+        terms, indent, width,
+        [&rows](std::size_t row, std::size_t textWidth) { return wrapped(rows[row].help, textWidth); }, longestTerm);
 }
 
 }  // namespace command_line

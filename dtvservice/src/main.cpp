@@ -1,5 +1,4 @@
 // dtvserviced: the reference DTV service. Plays transport streams from files and live inputs, and answers browsers.
-#include <getopt.h>
 #include <signal.h>
 
 #include <cstdio>
@@ -7,6 +6,8 @@
 #include <list>
 #include <thread>
 
+#include "command_line.h"
+#include "command_line/arguments.h"
 #include "dvb_source.h"
 #include "frame/process.h"
 #include "live_input.h"
@@ -17,26 +18,6 @@
 
 namespace {
 
-constexpr int kUsageError = 2;
-
-constexpr const char* kUsage =
-    "usage: dtvserviced --input INPUT... [OPTION]...  play and answer browsers\n"
-    "       dtvserviced --list FILE                   print the services of FILE and end\n"
-    "\n"
-    "  --input INPUT  a transport stream. With several inputs each is a multiplex, and tuning switches between them:\n"
-    "                   FILE or file:FILE   played in a loop at the pace of its PCR; may be compressed with gzip\n"
-    "                   -                   standard input, at the pace of its PCR\n"
-    "                   udp://[@]HOST:PORT  datagrams, unicast or multicast; HOST is a numeric address or empty;\n"
-    "                   rtp://[@]HOST:PORT  the same with RTP; ?interface=ADDRESS selects a multicast group's "
-    "interface\n"
-    "                   dvb://ADAPTER[/FRONTEND]?delivery_system=DVBC/ANNEX_A&frequency=346000000&...\n"
-    "                                       a DVB adapter; names and values are libdvbv5's; lnb=NAME selects an LNB\n"
-    "                 Packets have 188, 192 or 204 bytes.\n"
-    "  --once         play each file once; end after the last one unless there are other inputs\n"
-    "  --serial-number TEXT   the serial number for video on demand that browsers get; default: empty\n"
-    "  --list FILE    print one line per service, separated by tabs: onid:tsid:sid, pmt or nopmt, hbbtv or no-hbbtv,\n"
-    "                 name; onid is 65535 if the file does not give it\n";
-
 struct Options {
     std::vector<dtvservice::InputName> inputs;
     std::string list;
@@ -45,11 +26,10 @@ struct Options {
 };
 
 [[noreturn]] void endWithUsage(const std::string& error) {
-    std::fprintf(stderr, "dtvserviced: %s\n%s", error.c_str(), kUsage);
-    std::exit(kUsageError);
+    command_line::endWithUsageError(dtvservice::commandLine(), error);
 }
 
-dtvservice::InputName inputOrEnd(const char* text) {
+dtvservice::InputName inputOrEnd(const std::string& text) {
     std::string error;
     std::optional<dtvservice::InputName> input = dtvservice::parseInput(text, error);
     if (input && input->kind == dtvservice::InputName::Kind::dvb) {
@@ -62,43 +42,14 @@ dtvservice::InputName inputOrEnd(const char* text) {
 }
 
 Options parseOptions(int argc, char** argv) {
-    enum { kInput = 1, kList, kOnce, kSerialNumber, kHelp };
-    static const option kOptions[] = {
-        {"input", required_argument, nullptr, kInput}, {"list", required_argument, nullptr, kList},
-        {"once", no_argument, nullptr, kOnce},         {"serial-number", required_argument, nullptr, kSerialNumber},
-        {"help", no_argument, nullptr, kHelp},         {}};
+    const command_line::Arguments arguments = command_line::parseOrEnd(dtvservice::commandLine(), argc, argv);
     Options options;
-    opterr = 0;
-    while (true) {
-        const int found = getopt_long(argc, argv, ":", kOptions, nullptr);
-        if (found == -1) {
-            break;
-        }
-        switch (found) {
-            case kInput:
-                options.inputs.push_back(inputOrEnd(optarg));
-                break;
-            case kList:
-                options.list = optarg;
-                break;
-            case kOnce:
-                options.repeat = dtvservice::Repeat::once;
-                break;
-            case kSerialNumber:
-                options.settings.serialNumber = optarg;
-                break;
-            case kHelp:
-                std::fputs(kUsage, stdout);
-                std::exit(0);
-            case ':':
-                endWithUsage(std::string(argv[optind - 1]) + " needs a value");
-            default:
-                endWithUsage(std::string("unknown option ") + argv[optind - 1]);
-        }
+    for (const std::string& input : arguments.values("input")) {
+        options.inputs.push_back(inputOrEnd(input));
     }
-    if (optind < argc) {
-        endWithUsage(std::string("unexpected argument ") + argv[optind]);
-    }
+    options.list = arguments.value("list").value_or("");
+    options.settings.serialNumber = arguments.value("serial-number").value_or("");
+    options.repeat = arguments.has("once") ? dtvservice::Repeat::once : dtvservice::Repeat::forever;
     if (options.inputs.empty() == options.list.empty()) {
         endWithUsage("one of --input and --list is needed");
     }

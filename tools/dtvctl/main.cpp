@@ -1,12 +1,14 @@
 // dtvctl: the operator's console of a running dtvserviced.
-#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <vector>
 
+#include "command_line.h"
+#include "command_line/arguments.h"
 #include "control_socket.h"
 #include "si/printable.h"
 
@@ -15,26 +17,8 @@ namespace {
 using nlohmann::json;
 using Words = std::vector<std::string>;
 
-constexpr int kUsageError = 2;
-
-constexpr const char* kUsage =
-    "usage: dtvctl [--json] COMMAND\n"
-    "\n"
-    "  channels                  the channel list, by network, transport stream and service\n"
-    "  status                    what is presented, who is connected, what the operator has set\n"
-    "  statistics                packets and errors of each input, filters, sections that were not read in time\n"
-    "  tune ONID:TSID:SID        presents a service\n"
-    "  osd LAYER on|off          shows or hides an on-screen display layer\n"
-    "  ca insert|remove SLOT     a CA module comes or goes\n"
-    "  ca reply SESSION CODE [TEXT]   answers a browser's message to the CA system\n"
-    "  engine STATUS             tells browsers the HbbTV engine's status\n"
-    "  stop-terminals            tells browsers that all terminals have stopped\n"
-    "\n"
-    "  --json                    print the service's answer unchanged\n";
-
 [[noreturn]] void endWithUsage(const std::string& error) {
-    std::fprintf(stderr, "dtvctl: %s\n%s", error.c_str(), kUsage);
-    std::exit(kUsageError);
+    command_line::endWithUsageError(dtvctl::commandLine(), error);
 }
 
 template <typename Number>
@@ -56,67 +40,44 @@ json number(const std::string& name, const std::string& word) {
     endWithUsage(name + ": \"" + word + "\" is not a number");
 }
 
-json caRequest(const Words& words) {
-    if (words[1] == "reply" && (words.size() == 4 || words.size() == 5)) {
-        json request = {
-            {"command", "ca-reply"}, {"session", number("SESSION", words[2])}, {"code", number("CODE", words[3])}};
-        if (words.size() == 5) {
-            request["text"] = words[4];
-        }
-        return request;
+json osdRequest(const Words& operands) {
+    if (operands[1] != "on" && operands[1] != "off") {
+        endWithUsage("osd: \"" + operands[1] + "\" is neither on nor off");
     }
-    if ((words[1] == "insert" || words[1] == "remove") && words.size() == 3) {
-        return {{"command", "ca-" + words[1]}, {"slot", number("SLOT", words[2])}};
-    }
-    endWithUsage("ca takes insert SLOT, remove SLOT or reply SESSION CODE [TEXT]");
+    return {{"command", "osd"}, {"layer", number("LAYER", operands[0])}, {"on", operands[1] == "on"}};
 }
 
-json osdRequest(const Words& words) {
-    if (words[2] != "on" && words[2] != "off") {
-        endWithUsage("osd: \"" + words[2] + "\" is neither on nor off");
+json caReplyRequest(const Words& operands) {
+    json request = {
+        {"command", "ca-reply"}, {"session", number("SESSION", operands[0])}, {"code", number("CODE", operands[1])}};
+    if (operands.size() == 3) {
+        request["text"] = operands[2];
     }
-    return {{"command", "osd"}, {"layer", number("LAYER", words[1])}, {"on", words[2] == "on"}};
+    return request;
 }
 
-struct Command {
-    const char* name;
-    std::size_t fewest;  // words after the name
-    std::size_t most;
-    std::function<json(const Words&)> request;
-};
-
-const std::vector<Command>& commands() {
-    const auto plain = [](const Words& words) { return json{{"command", words[0]}}; };
-    static const std::vector<Command> kCommands = {
-        {"channels", 0, 0, plain},
-        {"status", 0, 0, plain},
-        {"statistics", 0, 0, plain},
-        {"stop-terminals", 0, 0, plain},
-        {"tune", 1, 1,
+/// The request of a command: its name, unless it is one of these.
+json requestOf(const command_line::Verb& verb, const Words& operands) {
+    static const std::map<std::string, std::function<json(const Words&)>> kRequests = {
+        {"tune",
          [](const Words& words) {
-             return json{{"command", "tune"}, {"triplet", words[1]}};
+             return json{{"command", "tune"}, {"triplet", words[0]}};
          }},
-        {"osd", 2, 2, osdRequest},
-        {"ca", 2, 4, caRequest},
-        {"engine", 1, 1, [](const Words& words) {
-             return json{{"command", "engine"}, {"status", number("STATUS", words[1])}};
+        {"osd", osdRequest},
+        {"ca insert",
+         [](const Words& words) {
+             return json{{"command", "ca-insert"}, {"slot", number("SLOT", words[0])}};
+         }},
+        {"ca remove",
+         [](const Words& words) {
+             return json{{"command", "ca-remove"}, {"slot", number("SLOT", words[0])}};
+         }},
+        {"ca reply", caReplyRequest},
+        {"engine", [](const Words& words) {
+             return json{{"command", "engine"}, {"status", number("STATUS", words[0])}};
          }}};
-    return kCommands;
-}
-
-json requestOf(const Words& words) {
-    if (words.empty()) {
-        endWithUsage("a command is needed");
-    }
-    for (const Command& command : commands()) {
-        if (words[0] == command.name) {
-            if (words.size() - 1 < command.fewest || words.size() - 1 > command.most) {
-                endWithUsage(words[0] + ": too " + (words.size() - 1 < command.fewest ? "few" : "many") + " arguments");
-            }
-            return command.request(words);
-        }
-    }
-    endWithUsage("unknown command " + words[0]);
+    const auto found = kRequests.find(verb.name);
+    return found == kRequests.end() ? json{{"command", verb.name}} : found->second(operands);
 }
 
 void printChannels(const json& channels) {
@@ -154,20 +115,11 @@ void printValues(const json& answer) {
 }
 
 int run(int argc, char** argv) {
-    Words words(argv + 1, argv + argc);
-    if (std::find(words.begin(), words.end(), "--help") != words.end()) {
-        std::fputs(kUsage, stdout);
-        return 0;
+    const command_line::Arguments arguments = command_line::parseOrEnd(dtvctl::commandLine(), argc, argv);
+    if (arguments.verb == nullptr) {
+        endWithUsage("a command is needed");
     }
-    const auto option = std::find(words.begin(), words.end(), "--json");
-    const bool asJson = option != words.end();
-    if (asJson) {
-        words.erase(option);
-    }
-    if (!words.empty() && words[0].compare(0, 2, "--") == 0) {
-        endWithUsage("unknown option " + words[0]);
-    }
-    const json request = requestOf(words);
+    const json request = requestOf(*arguments.verb, arguments.operands);
     std::string error;
     control::Connection connection = control::Connection::connectTo(control::defaultSocketPath(), error);
     if (!connection) {
@@ -187,7 +139,7 @@ int run(int argc, char** argv) {
         std::fprintf(stderr, "dtvctl: %s\n", si::printable(answer.value("error", "refused")).c_str());
         return 1;
     }
-    if (asJson) {
+    if (arguments.has("json")) {
         std::printf("%s\n", line->c_str());
     } else if (answer.contains("channels")) {
         printChannels(answer["channels"]);

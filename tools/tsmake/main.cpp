@@ -9,73 +9,31 @@
 #include <stdexcept>
 #include <string>
 
+#include "command_line.h"
+#include "command_line/arguments.h"
 #include "description.h"
 #include "scheduler.h"
 
 namespace {
 
-constexpr int kUsageError = 2;
-constexpr unsigned int kDefaultSeconds = 4;
-constexpr unsigned int kMostSeconds = 3600;
-
-constexpr const char* kUsage =
-    "usage: tsmake OUT.ts [--description FILE] [--seconds N]   write a multiplex\n"
-    "       tsmake --print-sample                             print the sample's description\n"
-    "\n"
-    "Writes the multiplex that FILE describes, or the sample: three television services and a radio. The same call\n"
-    "writes the same bytes.\n"
-    "  --description FILE   JSON with // comments; docs/tsmake.md lists the keys, and the sample is an example\n"
-    "  --seconds N          length of the broadcast, 1 to 3600; default: 4\n";
-
-[[noreturn]] void endWithUsage(const std::string& error) {
-    std::fprintf(stderr, "tsmake: %s\n%s", error.c_str(), kUsage);
-    std::exit(kUsageError);
-}
-
-unsigned int secondsOf(const char* text) {
-    char* end = nullptr;
-    const unsigned long seconds = std::strtoul(text, &end, 10);
-    if (*text < '0' || *text > '9' || *end != '\0' || seconds == 0 || seconds > kMostSeconds) {
-        endWithUsage(std::string("--seconds: \"") + text + "\" is not a number from 1 to 3600");
-    }
-    return static_cast<unsigned int>(seconds);
-}
-
 struct Options {
     std::string output;
     std::string description;
-    unsigned int seconds = kDefaultSeconds;
+    unsigned int seconds = 4;
 };
 
-Options parseOptions(int argc, char** argv) {
+Options optionsOf(const command_line::Arguments& arguments) {
+    constexpr unsigned int kMostSeconds = 3600;
+    const command_line::Program& program = tsmake::commandLine();
     Options options;
-    for (int index = 1; index < argc; ++index) {
-        const std::string argument = argv[index];
-        if (argument == "--help") {
-            std::fputs(kUsage, stdout);
-            std::exit(0);
-        }
-        if (argument == "--print-sample") {
-            std::fputs(tsmake::sampleDescription(), stdout);
-            std::exit(0);
-        }
-        if (argument == "--seconds" || argument == "--description") {
-            if (++index == argc) {
-                endWithUsage(argument + " needs a value");
-            }
-            if (argument == "--seconds") {
-                options.seconds = secondsOf(argv[index]);
-            } else {
-                options.description = argv[index];
-            }
-        } else if (!options.output.empty() || argument[0] == '-') {
-            endWithUsage("unexpected argument " + argument);
-        } else {
-            options.output = argument;
-        }
+    if (arguments.words.empty()) {
+        command_line::endWithUsageError(program, "no file named");
     }
-    if (options.output.empty()) {
-        endWithUsage("no file named");
+    options.output = arguments.words[0];
+    options.description = arguments.value("description").value_or("");
+    if (const std::optional<std::string> seconds = arguments.value("seconds")) {
+        options.seconds =
+            static_cast<unsigned int>(command_line::numberOrEnd(program, "--seconds", *seconds, 1, kMostSeconds));
     }
     return options;
 }
@@ -131,7 +89,12 @@ void write(const tsmake::Multiplex& multiplex, const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const Options options = parseOptions(argc, argv);
+    const command_line::Arguments arguments = command_line::parseOrEnd(tsmake::commandLine(), argc, argv);
+    if (arguments.has("print-sample")) {
+        std::fputs(tsmake::sampleDescription(), stdout);
+        return 0;
+    }
+    const Options options = optionsOf(arguments);
     write(multiplexOf(options.description), options);
     return 0;
 }

@@ -14,8 +14,8 @@ namespace command_line {
 struct Completion {
     enum class Kind { nothing, files, words, output };
     Kind kind = Kind::nothing;
-    std::vector<std::string> words;
-    std::string command;  ///< prints one candidate on each line; errors are ignored
+    std::vector<std::string> words = {};
+    std::string command = {};  ///< prints one candidate on each line; errors are ignored
 };
 
 inline Completion anyFile() {
@@ -30,55 +30,55 @@ inline Completion outputOf(std::string command) {
 
 /// A term and its explanation.
 struct Row {
-    std::string term;
-    std::string help;
+    std::string term = {};
+    std::string help = {};
 };
 
 /// "--name VALUE". Options may stand anywhere on the command line.
 struct Option {
-    std::string name;                ///< without dashes
-    std::string value;               ///< the value's name in the help; empty if the option takes none
-    std::string help;                ///< after it come `rows`, then `after`
-    Completion completion = {};      ///< of the value
-    std::vector<std::string> verbs;  ///< the verbs that take the option; empty for all
-    std::vector<Row> rows;           ///< the forms of the value
-    std::string after;
+    std::string name = {};                ///< without dashes
+    std::string value = {};               ///< the value's name in the help; empty if the option takes none
+    std::string help = {};                ///< after it come `rows`, then `after`
+    Completion completion = {};           ///< of the value
+    std::vector<std::string> verbs = {};  ///< the verbs that take the option; empty for all
+    std::vector<Row> rows = {};           ///< the forms of the value
+    std::string after = {};
 };
 
 /// An argument without dashes. The name "[NAME]" marks an argument that may be missing; "NAME..." and "[NAME...]" mark
 /// the last one if it takes all further words.
 struct Argument {
-    std::string name;
+    std::string name = {};
     Completion completion = {};
 };
 
 /// A command of a program. The name may have several words, for example "ca insert".
 struct Verb {
-    std::string name;
-    std::vector<Argument> arguments;
-    std::string help;     ///< one line
-    std::string text;     ///< more, for the verb's own help; may be empty
-    std::string example;  ///< command lines; may be empty
+    std::string name = {};
+    std::vector<Argument> arguments = {};
+    std::string help = {};     ///< one line
+    std::string text = {};     ///< more, for the verb's own help; may be empty
+    std::string example = {};  ///< command lines; may be empty
 };
 
 struct VerbGroup {
-    std::string title;
-    std::vector<Verb> verbs;
+    std::string title = {};
+    std::vector<Verb> verbs = {};
 };
 
 struct Program {
-    std::string name;
-    std::string summary;     ///< one line, for the head of the man page; without a full stop
-    std::vector<Row> usage;  ///< what follows the name, and what the call does
-    std::string description;
-    std::vector<Argument> arguments;  ///< of a program without verbs
-    std::vector<VerbGroup> verbs;
-    std::vector<Option> options;  ///< without --help and --version
-    std::vector<Row> exitStatuses;
-    std::vector<Row> environment;
-    std::vector<Row> files;
-    std::vector<Row> examples;         ///< a command line, and what it does
-    std::vector<std::string> seeAlso;  ///< names of programs
+    std::string name = {};
+    std::string summary = {};     ///< one line, for the head of the man page; without a full stop
+    std::vector<Row> usage = {};  ///< what follows the name, and what the call does
+    std::string description = {};
+    std::vector<Argument> arguments = {};  ///< of a program without verbs
+    std::vector<VerbGroup> verbs = {};
+    std::vector<Option> options = {};  ///< without --help and --version
+    std::vector<Row> exitStatuses = {};
+    std::vector<Row> environment = {};
+    std::vector<Row> files = {};
+    std::vector<Row> examples = {};         ///< a command line, and what it does
+    std::vector<std::string> seeAlso = {};  ///< names of programs
 };
 
 /// The program's options, then --help and --version.

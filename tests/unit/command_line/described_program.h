@@ -11,16 +11,18 @@ inline command_line::Program describedProgram() {
     program.usage = {{"COMMAND", "asks the radio"}, {"--offline", "asks nobody"}};
     program.description = "Sends one command to the radio that runs on this machine.\n\nA second paragraph.";
     program.verbs = {{"Commands",
-                      {{"play", {{"STATION", outputOf("printf '%s\\n' 1:2:3 1:2:4 5:6:7")}}, "plays a station", "", ""},
+                      {{"play",
+                        {{"STATION", outputOf("{ echo trouble >&2; printf '%s\\n' 1:2:3 1:2:4 5:6:7; } | cat")}},
+                        "plays a station"},
                        {"volume",
                         {{"LEVEL"}, {"[left|right]", oneOf({"left", "right"})}},
                         "changes the volume",
                         "The level is relative to the present one.",
                         "radioctl volume -5 left"},
-                       {"tape insert", {{"FILE...", anyFile()}}, "puts tapes in", "", ""},
-                       {"tape eject", {}, "takes the tape out", "", ""},
-                       {"status", {}, "prints what plays", "", ""}}}};
-    program.options = {{"json", "", "print JSON", {}, {}, {}, {}},
+                       {"tape insert", {{"FILE...", anyFile()}}, "puts tapes in"},
+                       {"tape eject", {}, "takes the tape out"},
+                       {"status", {}, "prints what plays"}}}};
+    program.options = {{"json", "", "print JSON"},
                        {"device",
                         "DEVICE",
                         "the radio; one of these",
@@ -28,9 +30,9 @@ inline command_line::Program describedProgram() {
                         {},
                         {{"usb", "the one that is plugged in"}, {"network", "the one that answers first"}},
                         "Others are not known."},
-                       {"offline", "", "ask nobody", {}, {}, {}, {}},
-                       {"fade", "N", "seconds until it is loud", {}, {"play", "volume"}, {}, {}},
-                       {"side", "A|B", "the tape's side", oneOf({"A", "B"}), {"tape insert"}, {}, {}}};
+                       {"offline", "", "ask nobody"},
+                       {"fade", "N", "seconds until it is loud", {}, {"play", "volume"}},
+                       {"side", "A|B", "the tape's side", oneOf({"A", "B"}), {"tape insert"}}};
     program.exitStatuses = {{"0", "done"}, {"2", "wrong command line"}};
     program.environment = {{"RADIO", "the device, if --device is not given"}};
     program.files = {{"/dev/radio", "the device"}};

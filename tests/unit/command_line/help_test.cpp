@@ -78,7 +78,8 @@ TEST(TheHelp, HasEveryPartOfTheDescription) {
               "  /dev/radio  the device\n"
               "\n"
               "Examples:\n"
-              "  radioctl play 1:2:3  play the first station\n");
+              "  radioctl play 1:2:3\n"
+              "      play the first station\n");
 }
 
 TEST(TheHelp, FitsTheWidth) {

@@ -1,0 +1,72 @@
+// Commands, options, help and manual page of dtvctl.
+#include "command_line.h"
+
+namespace dtvctl {
+
+namespace {
+
+using namespace command_line;
+
+/// The triplets of the running service's channels.
+Completion channels() {
+    return outputOf("dtvctl channels | cut -c3-22 | tr -d ' '");
+}
+
+std::vector<VerbGroup> verbs() {
+    return {
+        {"Commands",
+         {{"channels",
+           {},
+           "the channel list, by network, transport stream and service",
+           "An asterisk marks the presented service. Then come the triplet ONID:TSID:SID, the input that carries "
+           "the service, whether its PMT has come, whether it signals HbbTV applications, and its name.",
+           "dtvctl channels"},
+          {"status", {}, "what is presented, who is connected, what the operator has set", "", "dtvctl --json status"},
+          {"statistics",
+           {},
+           "packets and errors of each input, filters, sections that were not read in time",
+           "",
+           "dtvctl statistics"},
+          {"tune", {{"ONID:TSID:SID", channels()}}, "presents a service", "", "dtvctl tune 1:1025:28106"},
+          {"osd",
+           {{"LAYER"}, {"on|off", oneOf({"on", "off"})}},
+           "shows or hides an on-screen display layer",
+           "Browsers that follow the on-screen display learn of it.",
+           "dtvctl osd 2 off"},
+          {"ca insert", {{"SLOT"}}, "a CA module comes", "", "dtvctl ca insert 0"},
+          {"ca remove", {{"SLOT"}}, "a CA module goes", "", "dtvctl ca remove 0"},
+          {"ca reply",
+           {{"SESSION"}, {"CODE"}, {"[TEXT]"}},
+           "answers a browser's message to the CA system",
+           "\"dtvctl status\" lists the messages that wait, with their sessions. The oldest one of the session gets "
+           "the reply.",
+           "dtvctl ca reply 1 0 \"<answer/>\""},
+          {"engine", {{"STATUS"}}, "tells browsers the HbbTV engine's status", "", "dtvctl engine 1"},
+          {"stop-terminals", {}, "tells browsers that all terminals have stopped", "", "dtvctl stop-terminals"}}}};
+}
+
+Program described() {
+    Program program;
+    program.name = "dtvctl";
+    program.summary = "operate a running DTV service";
+    program.usage = {{"[--json] COMMAND", "ask the service, and print its answer"}};
+    program.description =
+        "Connects to the dtvserviced that runs in the same run directory, sends one command and prints the answer.";
+    program.verbs = verbs();
+    program.options = {{"json", "", "print the service's answer unchanged, one JSON object on a line"}};
+    program.exitStatuses = {{"0", "the service has done it"},
+                            {"1", "no service runs, or it refused; the error says why"},
+                            {"2", "wrong command line"}};
+    program.environment = {{"DTV_RUN_DIR", "folder of the sockets; the same for service, browsers and operator"}};
+    program.seeAlso = {"dtvserviced", "dvbshell"};
+    return program;
+}
+
+}  // namespace
+
+const Program& commandLine() {
+    static const Program kProgram = described();
+    return kProgram;
+}
+
+}  // namespace dtvctl

@@ -1,0 +1,45 @@
+// Options, help and manual page of tsmake.
+#include "command_line.h"
+
+namespace tsmake {
+
+namespace {
+
+using namespace command_line;
+
+Program described() {
+    Program program;
+    program.name = "tsmake";
+    program.summary = "write a small DVB broadcast, for demonstrations and tests";
+    program.usage = {{"OUT.ts [OPTION]...", "write a multiplex"}, {"--print-sample", "print the sample's description"}};
+    program.description =
+        "Writes the multiplex that FILE describes as a transport stream, or the sample: three television services and "
+        "a radio. The same call writes the same bytes.";
+    program.arguments = {{"OUT.ts", anyFile()}};
+    program.options = {
+        {"description", "FILE", "JSON with // comments; docs/tsmake.md lists the keys, and the sample is an example",
+         anyFile()},
+        {"seconds", "N", "length of the broadcast, 1 to 3600; default: 4"},
+        {"print-sample", "", "print the description of the sample, and write no broadcast"},
+    };
+    program.exitStatuses = {
+        {"0", "the broadcast is written"},
+        {"1", "the description is wrong, or the file cannot be written; no incomplete file remains"},
+        {"2", "wrong command line"}};
+    program.examples = {
+        {"tsmake sample.ts", "write the sample"},
+        {"tsmake --print-sample > mine.json", "start a description of your own"},
+        {"tsmake mine.ts --description mine.json --seconds 20", "write 20 seconds of it"},
+    };
+    program.seeAlso = {"dtvserviced", "dvbshell"};
+    return program;
+}
+
+}  // namespace
+
+const Program& commandLine() {
+    static const Program kProgram = described();
+    return kProgram;
+}
+
+}  // namespace tsmake
