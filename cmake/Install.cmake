@@ -38,10 +38,9 @@ get_property(completions GLOBAL PROPERTY DTV_COMPLETIONS)
 install(FILES ${pages} DESTINATION share/man/man1)
 install(FILES ${completions} DESTINATION share/bash-completion/completions)
 install(FILES ${CMAKE_BINARY_DIR}/share/dtv/sample.ts DESTINATION share/dtv)
-install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
-  ${PROJECT_SOURCE_DIR}/docs/architecture.md ${PROJECT_SOURCE_DIR}/docs/host-platform.md
-  ${PROJECT_SOURCE_DIR}/docs/integrating.md ${PROJECT_SOURCE_DIR}/docs/reference-service.md
-  DESTINATION share/doc/browserdvbapi)
+# The documents keep their places, so that their links work.
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION share/doc/browserdvbapi)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION share/doc/browserdvbapi)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME browserdvbapi)
