@@ -26,7 +26,7 @@ TEST(TheDemonstration, SeesEverythingOfTheSample) {
     const std::string output = demo.output();
     for (const char* const expected :
          {"ccid:1:1025:28106  started", "ccid:1:1025:28107  started", "AIT (HbbTV)", "Morning on the Lake",
-          "2026-01-01 09:00-10:00 UTC", "190:1  AUTOSTART  Red Button",
+          "2026-01-01 09:00-10:00 UTC", "organisation_id 400 (0x190), application_id 1 (0x1)  AUTOSTART  Red Button",
           "http://hbbtv.one.example/redbutton/index.html?lang=en", "Velmora Zwei Föhn", "all arrived"}) {
         EXPECT_THAT(output, testing::HasSubstr(expected));
     }

@@ -21,23 +21,38 @@ std::optional<Event> EventQueue::take(Clock::time_point until) {
     return event;
 }
 
+std::vector<message_fields::FieldValue> valuesOf(const Event& event) {
+    if (!event.values.empty() || event.onid < 0) {
+        return event.values;
+    }
+    return {namedValue("onid", event.onid), namedValue("tsid", event.tsid), namedValue("sid", event.sid)};
+}
+
 namespace {
 
-using Values = std::vector<std::pair<std::string, std::string>>;
-
-std::string shown(std::uint64_t number) {
-    return std::to_string(number);
-}
-std::string shown(int number) {
-    return std::to_string(number);
-}
-std::string shown(const std::string& text) {
-    return text;
+int asInt(const message_fields::Value& value) {
+    const auto* const number = std::get_if<std::int64_t>(&value);
+    return static_cast<int>(number != nullptr ? *number : static_cast<std::int64_t>(std::get<std::uint64_t>(value)));
 }
 
-template <typename Value>
-std::pair<std::string, std::string> named(const char* name, const Value& value) {
-    return {name, shown(value)};
+void keep(Event& event, const message_fields::Field& field, message_fields::Value value) {
+    const std::string name = field.name;
+    if (name == "section") {
+        event.section = std::get<std::string>(std::move(value));
+        return;
+    }
+    if (name == "started") {
+        event.started = asInt(value) != 0;
+    } else if (name == "onid") {
+        event.onid = asInt(value);
+    } else if (name == "tsid") {
+        event.tsid = asInt(value);
+    } else if (name == "sid") {
+        event.sid = asInt(value);
+    } else if (name == "update") {
+        event.update = asInt(value);
+    }
+    event.values.push_back({&field, std::move(value)});
 }
 
 class QueueingListener : public velmora::dtv::DVBServiceListener {
@@ -48,108 +63,77 @@ public:
         if (sink != nullptr && started) {
             sink->onChannel(onid, tsid, sid);
         }
-        Event event = of(EventKind::channel, "OnChannelChanged", onid, tsid, sid);
-        event.started = started;
-        queue.put(std::move(event));
+        put(EventKind::channel, "OnChannelChanged", started, onid, tsid, sid);
     }
-    void onAITChannelInfoChanged() override { put(EventKind::aitChannel, "onAITChannelInfoChanged", {}); }
-    void onSelectedComponentChanged(std::uint32_t selectedIndex, std::uint32_t type, std::uint16_t pid,
-                                    std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid) override {
-        put(EventKind::other, "onSelectedComponentChanged",
-            {named("index", std::uint64_t{selectedIndex}), named("type", std::uint64_t{type}), named("pid", int{pid}),
-             named("onid", int{onid}), named("tsid", int{tsid}), named("sid", int{sid})});
+    void onAITChannelInfoChanged() override { put(EventKind::aitChannel, "onAITChannelInfoChanged"); }
+    void onSelectedComponentChanged(std::uint32_t index, std::uint32_t type, std::uint16_t pid, std::uint16_t onid,
+                                    std::uint16_t tsid, std::uint16_t sid) override {
+        put(EventKind::other, "onSelectedComponentChanged", index, type, pid, onid, tsid, sid);
     }
     void onComponentInfoChanged(std::uint16_t index, std::uint32_t type, std::uint32_t pid, std::uint16_t encoding,
-                                std::uint16_t aspectRatio, std::uint16_t audioChannels, std::uint16_t seventh,
-                                std::uint16_t eighth, std::uint32_t ninth, std::uint16_t tenth) override {
-        put(EventKind::other, "onComponentInfoChanged",
-            {named("index", int{index}), named("type", std::uint64_t{type}), named("pid", std::uint64_t{pid}),
-             named("encoding", int{encoding}), named("aspect", int{aspectRatio}), named("channels", int{audioChannels}),
-             named("7", int{seventh}), named("8", int{eighth}), named("9", std::uint64_t{ninth}),
-             named("10", int{tenth})});
+                                std::uint16_t aspectRatio, std::uint16_t audioChannels, std::uint16_t componentTag,
+                                std::uint16_t scrambled, std::uint32_t language, std::uint16_t presented) override {
+        put(EventKind::other, "onComponentInfoChanged", index, type, pid, encoding, aspectRatio, audioChannels,
+            componentTag, scrambled, language, presented);
     }
-    void onAITSectionUpdated(std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId,
+    void onAITSectionUpdated(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid,
                              const std::string& section) override {
-        Event event = of(EventKind::ait, "onAITSectionUpdated", onId, tsId, sId);
-        event.section = section;
-        queue.put(std::move(event));
+        put(EventKind::ait, "onAITSectionUpdated", onid, tsid, sid, section);
         if (sink != nullptr) {
-            sink->onAit(onId, tsId, sId, section);
+            sink->onAit(onid, tsid, sid, section);
         }
     }
     void onHbbTVEngineStatusChanged(velmora::dtv::HbbTVEngineStatus status) override {
-        put(EventKind::other, "onHbbTVEngineStatusChanged", {named("status", static_cast<int>(status))});
+        put(EventKind::other, "onHbbTVEngineStatusChanged", status);
     }
     void onPMTSectionUpdated(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid, int update,
                              std::string section) override {
-        putPmt("onPMTSectionUpdated", EventKind::pmt, of(EventKind::pmt, "", onid, tsid, sid), update, section);
+        put(EventKind::pmt, "onPMTSectionUpdated", onid, tsid, sid, update, section);
     }
     void onEITSectionUpdated(int update, std::string section) override {
-        Event event;
-        event.kind = EventKind::eit;
-        event.name = "onEITSectionUpdated";
-        event.update = update;
-        event.section = std::move(section);
-        queue.put(std::move(event));
+        put(EventKind::eit, "onEITSectionUpdated", update, section);
     }
-    void onTimelineInfoDataChange(std::uint8_t first, std::uint8_t second, std::uint8_t third, std::uint32_t timescale,
-                                  std::uint64_t mediaTimestamp, std::uint64_t ptsValue) override {
-        put(EventKind::other, "onTimelineInfoDataChange",
-            {named("1", int{first}), named("2", int{second}), named("3", int{third}),
-             named("timescale", std::uint64_t{timescale}), named("time", mediaTimestamp), named("pts", ptsValue)});
+    void onTimelineInfoDataChange(std::uint8_t componentTag, std::uint8_t timelineId, std::uint8_t flags,
+                                  std::uint32_t timescale, std::uint64_t mediaTimestamp, std::uint64_t pts) override {
+        put(EventKind::other, "onTimelineInfoDataChange", componentTag, timelineId, flags, timescale, mediaTimestamp,
+            pts);
     }
-    void onAllTerminalStoped() override { put(EventKind::other, "onAllTerminalStoped", {}); }
-    void onPtsNotify(std::uint64_t first, std::uint64_t second) override {
-        put(EventKind::other, "onPtsNotify", {named("1", first), named("2", second)});
+    void onAllTerminalStoped() override { put(EventKind::other, "onAllTerminalStoped"); }
+    void onPtsNotify(std::uint64_t pts, std::uint64_t pcrBase) override {
+        put(EventKind::other, "onPtsNotify", pts, pcrBase);
     }
-    void onOSDStateChanged(std::uint32_t layerID, std::uint32_t state) override {
-        put(EventKind::other, "onOSDStateChanged",
-            {named("layer", std::uint64_t{layerID}), named("state", std::uint64_t{state})});
+    void onOSDStateChanged(std::uint32_t layer, std::uint32_t state) override {
+        put(EventKind::other, "onOSDStateChanged", layer, state);
     }
-    void onDrmResultReply(std::uint64_t session_id, std::uint8_t result_code, const std::string& message,
+    void onDrmResultReply(std::uint64_t session, std::uint8_t resultCode, const std::string& message,
                           std::uint16_t slot) override {
-        put(EventKind::other, "onDrmResultReply",
-            {named("session", session_id), named("result", int{result_code}), named("message", message),
-             named("slot", int{slot})});
+        put(EventKind::other, "onDrmResultReply", session, resultCode, message, slot);
     }
     void onCaDrmConnected(std::uint64_t session, std::uint16_t slot, std::uint16_t result) override {
-        put(EventKind::other, "onCaDrmConnected",
-            {named("session", session), named("slot", int{slot}), named("result", int{result})});
+        put(EventKind::other, "onCaDrmConnected", session, slot, result);
     }
     void onCaDrmDisonnected(std::uint16_t slot, std::uint16_t result) override {
-        put(EventKind::other, "onCaDrmDisonnected", {named("slot", int{slot}), named("result", int{result})});
+        put(EventKind::other, "onCaDrmDisonnected", slot, result);
     }
     void onCaDrmSystemStatusChanged(std::uint16_t slot, std::uint16_t status) override {
-        put(EventKind::other, "onCaDrmSystemStatusChanged", {named("slot", int{slot}), named("status", int{status})});
+        put(EventKind::other, "onCaDrmSystemStatusChanged", slot, status);
     }
     void onDATagsServicePmtSectionUpdated(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid, int update,
                                           std::string section) override {
-        putPmt("onDATagsServicePmtSectionUpdated", EventKind::other, of(EventKind::other, "", onid, tsid, sid), update,
-               section);
+        put(EventKind::other, "onDATagsServicePmtSectionUpdated", onid, tsid, sid, update, section);
     }
 
 private:
-    static Event of(EventKind kind, const char* name, int onid, int tsid, int sid) {
+    /// The values get the names of the operation's parameters, in their order.
+    template <typename... Parameters>
+    void put(EventKind kind, const char* name, const Parameters&... parameters) {
         Event event;
         event.kind = kind;
         event.name = name;
-        event.onid = onid;
-        event.tsid = tsid;
-        event.sid = sid;
-        return event;
-    }
-    void put(EventKind kind, const char* name, Values values) {
-        Event event;
-        event.kind = kind;
-        event.name = name;
-        event.values = std::move(values);
-        queue.put(std::move(event));
-    }
-    void putPmt(const char* name, EventKind kind, Event event, int update, std::string& section) {
-        event.kind = kind;
-        event.name = name;
-        event.update = update;
-        event.section = std::move(section);
+        const std::vector<const message_fields::Field*> fields =
+            message_fields::parametersOf(name, sizeof...(parameters));
+        [[maybe_unused]] std::size_t index = 0;
+        (keep(event, *fields.at(index++), message_fields::valueOf(parameters)), ...);
         queue.put(std::move(event));
     }
 

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "dvb_service_listener.h"
+#include "message_fields.h"
 
 namespace dvbshell {
 
@@ -22,19 +23,30 @@ using Clock = std::chrono::steady_clock;
 /// `application` is an AIT section that the library's AIT catcher delivered, `filtered` a section of a section filter.
 enum class EventKind { channel, aitChannel, pmt, eit, ait, application, filtered, other };
 
-/// One event with the values that the listener received. Each kind uses only some of the fields.
+/// One event: `values` has what the listener received, except the section. The values that programs ask for stand
+/// beside it once more.
 struct Event {
     EventKind kind = EventKind::other;
-    std::string name;  ///< the listener's operation
-    Clock::time_point time = Clock::now();
+    std::string name;                       ///< the listener's operation
+    Clock::time_point time = Clock::now();  ///< arrival
+    std::chrono::system_clock::time_point wallClock = std::chrono::system_clock::now();
     bool started = false;  ///< channel
-    int onid = -1;         ///< channel, PMT, AIT, application
+    int onid = -1;         ///< each kind with a triplet
     int tsid = -1;
     int sid = -1;
-    int update = 0;                                           ///< PMT, EIT
-    std::string section;                                      ///< each kind that carries a section
-    std::vector<std::pair<std::string, std::string>> values;  ///< names and values of all other kinds
+    int update = 0;       ///< PMT, EIT
+    std::string section;  ///< each kind that carries a section
+    std::vector<message_fields::FieldValue> values;
 };
+
+/// The value of the field with this name, which must be one.
+template <typename Value>
+message_fields::FieldValue namedValue(const char* name, const Value& value) {
+    return {message_fields::findField(name), message_fields::valueOf(value)};
+}
+
+/// The event's values; the triplet of an event that has only that.
+std::vector<message_fields::FieldValue> valuesOf(const Event& event);
 
 class EventQueue {
 public:

@@ -1,61 +1,50 @@
 // Writing JSON.
 #include "json_printer.h"
 
+#include <algorithm>
+#include <cmath>
 #include <map>
 #include <nlohmann/json.hpp>
 
 #include "hex.h"
-#include "si/ait.h"
 #include "si/description.h"
-#include "si/tables.h"
 
 namespace dvbshell {
 
 namespace {
 
 using Json = nlohmann::ordered_json;
+using message_fields::JsonType;
+using WallClock = std::chrono::system_clock;
 
-void readSection(const Event& event, Json& object) {
-    std::string error;
-    if (event.kind == EventKind::pmt) {
-        if (const auto pmt = si::parsePmt(event.section, error)) {
-            object["version"] = pmt->version;
-            object["pcrPid"] = pmt->pcrPid;
-            for (const si::Pmt::Stream& stream : pmt->streams) {
-                object["streams"].push_back({{"pid", stream.pid},
-                                             {"streamType", stream.streamType},
-                                             {"name", si::streamName(stream)},
-                                             {"language", si::language(stream)}});
-            }
-        }
-    } else if (event.kind == EventKind::eit) {
-        if (const auto eit = si::parseEit(event.section, error)) {
-            object["serviceId"] = eit->serviceId;
-            object["version"] = eit->version;
-            object["sectionNumber"] = eit->sectionNumber;
-            for (const si::Eit::Event& item : eit->events) {
-                object["events"].push_back({{"eventId", item.eventId},
-                                            {"start", item.start ? Json(*item.start) : Json()},
-                                            {"duration", item.durationSeconds},
-                                            {"name", item.name},
-                                            {"text", item.text}});
-            }
-        }
-    } else if (event.kind == EventKind::ait) {
-        if (const auto ait = si::parseAit(event.section, error)) {
-            object["version"] = ait->version;
-            for (const si::Ait::Application& application : ait->applications) {
-                object["applications"].push_back(
-                    {{"organisationId", application.organisationId},
-                     {"applicationId", application.applicationId},
-                     {"controlCode", application.controlCode},
-                     {"name", application.names.empty() ? std::string() : application.names[0].text},
-                     {"url", application.url()}});
-            }
-        }
-    }
-    if (!error.empty()) {
-        object["unreadable"] = error;
+/// Fields of sections that may be there several times. They are arrays even if there is one.
+constexpr const char* kRepeated[] = {"is", "boundary_extension", "URL_extension"};
+
+/// Seconds since the epoch, to the millisecond.
+double epochSeconds(WallClock::time_point time) {
+    constexpr double kMilliseconds = 1000;
+    return std::round(std::chrono::duration<double>(time.time_since_epoch()).count() * kMilliseconds) / kMilliseconds;
+}
+
+Json numberOf(const message_fields::Value& value) {
+    const auto* const number = std::get_if<std::int64_t>(&value);
+    return number != nullptr ? Json(*number) : Json(std::get<std::uint64_t>(value));
+}
+
+void add(Json& object, const message_fields::FieldValue& value) {
+    const message_fields::Form& form = *value.field->form;
+    switch (form.json) {
+        case JsonType::number:
+            object[value.field->name] = numberOf(value.value);
+            break;
+        case JsonType::boolean:
+            object[value.field->name] = numberOf(value.value) != 0;
+            break;
+        case JsonType::listOfTexts:
+            object[value.field->name] = message_fields::flagNames(form, value.value);
+            break;
+        default:
+            object[value.field->name] = message_fields::valueText(form, value.value);
     }
 }
 
@@ -68,7 +57,9 @@ Json treeOf(const si::Node& node) {
     }
     for (const si::Node::Field& field : node.fields) {
         const Json value = field.number ? Json(*field.number) : Json(field.text);
-        if (times[field.name] > 1) {
+        const bool isRepeated =
+            std::find(std::begin(kRepeated), std::end(kRepeated), field.name) != std::end(kRepeated);
+        if (isRepeated || times[field.name] > 1) {
             object[field.name].push_back(value);
         } else {
             object[field.name] = value;
@@ -90,45 +81,33 @@ void write(std::FILE* output, const Json& object) {
 }  // namespace
 
 void JsonPrinter::print(const Event& event, const std::string& ccid) {
-    Json object = {{"event", event.name}, {"time", secondsOf(event.time)}};
+    Json object = {{"time", epochSeconds(event.wallClock)}, {"event", event.name}};
+    for (const message_fields::FieldValue& value : valuesOf(event)) {
+        add(object, value);
+    }
     if (event.kind == EventKind::channel) {
-        object["started"] = event.started;
         object["ccid"] = ccid;
     }
-    if (event.onid >= 0) {
-        object["onid"] = event.onid;
-        object["tsid"] = event.tsid;
-        object["sid"] = event.sid;
-    }
-    for (const auto& value : event.values) {
-        object[value.first] = value.second;
-    }
-    if (event.kind == EventKind::pmt || event.kind == EventKind::eit) {
-        object["update"] = event.update;
-    }
-    if (event.kind == EventKind::application || event.kind == EventKind::filtered) {
-        object["table"] = event.section.empty() ? Json() : treeOf(si::describeSection(event.section));
+    if (!event.section.empty()) {
         object["section"] = hexOf(event.section);
-    } else if (!event.section.empty()) {
-        readSection(event, object);
-        object["section"] = hexOf(event.section);
+        object["table"] = treeOf(si::describeSection(event.section));
     }
     write(output(), object);
 }
 
 void JsonPrinter::note(const std::string& text) {
     if (!text.empty()) {
-        write(output(), {{"note", text}});
+        write(output(), {{"time", epochSeconds(WallClock::now())}, {"note", text}});
     }
 }
 
 void JsonPrinter::result(const Operation& operation, const Outcome& outcome) {
-    Json object = {{"operation", operation.slot}};
+    Json object = {{"time", epochSeconds(WallClock::now())}, {"operation", operation.slot}};
     if (outcome.result) {
         object["result"] = *outcome.result;
     }
-    if (outcome.text) {
-        object["text"] = *outcome.text;
+    for (const message_fields::FieldValue& value : outcome.values) {
+        add(object, value);
     }
     write(output(), object);
 }

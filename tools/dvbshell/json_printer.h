@@ -1,5 +1,5 @@
-// JsonPrinter: prints each event and result as a line with one JSON object. Sections appear in hexadecimal, and decoded
-// where the printer can read them.
+// JsonPrinter: prints each event, result and note as a line with one JSON object, as docs/json.schema.json describes
+// it. A section appears in hexadecimal, and as a tree of its fields.
 // Threads: one.
 // Blocks:  while writing.
 // Fails:   never; replaces bytes that are not UTF-8.

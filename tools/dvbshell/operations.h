@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "dvb_api_interface.h"
+#include "message_fields.h"
 
 namespace dvbshell {
 
@@ -21,7 +22,7 @@ class AitLink;
 /// The valid values of an argument: a number between two bounds, any text, or bytes in hexadecimal.
 struct Parameter {
     enum class Kind { number, text, hexBytes };
-    const char* name;
+    std::string name;  ///< the field's name in capitals
     Kind kind = Kind::number;
     std::int64_t least = 0;
     std::uint64_t most = 0;
@@ -39,10 +40,10 @@ struct Value {
 };
 using Values = std::vector<Value>;
 
-/// The result of an operation; empty for an operation without one.
+/// The result of an operation and the values that it returns; empty for an operation without them.
 struct Outcome {
     std::optional<int> result;
-    std::optional<std::string> text;
+    std::vector<message_fields::FieldValue> values;
 };
 
 /// The objects that operations use: the API, the listener that the shell registers, and the link to the AIT catcher.
@@ -64,7 +65,7 @@ struct Operation {
 const std::vector<Operation>& operations();
 /// Null when no operation has that name.
 const Operation* findOperation(const std::string& name);
-/// "tune ID_TYPE ONID TSID SID FLAGS"
+/// "tune-numbers ID_TYPE ONID TSID SID FLAGS"
 std::string synopsis(const Operation& operation);
 
 /// Reads the arguments after an operation's name. False, with the reason, when one is wrong.

@@ -8,10 +8,16 @@
 #include "si/printable.h"
 #include "si/tables.h"
 #include "tree_text.h"
+#include "wrapped_text.h"
 
 namespace dvbshell {
 
 namespace {
+
+using message_fields::namedText;
+
+/// Where an event's own text begins, and what belongs to it in the lines below.
+constexpr int kTextColumn = 20;
 
 std::string triplet(const Event& event) {
     return std::to_string(event.onid) + ":" + std::to_string(event.tsid) + ":" + std::to_string(event.sid);
@@ -35,16 +41,17 @@ std::string eventTime(const si::Eit::Event& event) {
 }
 
 std::string aitHead(const si::Ait& ait) {
-    char type[8];
-    std::snprintf(type, sizeof type, "%04x", ait.applicationType);
-    return std::string("application_type ") + type + ", version " + std::to_string(ait.version) + ", section " +
-           std::to_string(ait.sectionNumber) + "/" + std::to_string(ait.lastSectionNumber);
+    return "application_type " + message_fields::hexadecimalNumber(ait.applicationType, 4) + ", version " +
+           std::to_string(ait.version) + ", section " + std::to_string(ait.sectionNumber) + "/" +
+           std::to_string(ait.lastSectionNumber);
 }
 
 }  // namespace
 
 void Printer::head(Clock::time_point time, const char* what, const std::string& text) {
-    std::fprintf(output(), "%8.3f  %-8s %s\n", secondsOf(time), what, si::printable(text).c_str());
+    char timeAndKind[32];
+    std::snprintf(timeAndKind, sizeof timeAndKind, "%8.3f  %-8s ", secondsOf(time), what);
+    std::fprintf(output(), "%s\n", wrapped(timeAndKind + si::printable(text), width, kTextColumn).c_str());
 }
 
 double Printer::secondsOf(Clock::time_point time) const {
@@ -53,9 +60,9 @@ double Printer::secondsOf(Clock::time_point time) const {
 
 void Printer::result(const Operation& operation, const Outcome& outcome) {
     std::string text = operation.slot;
-    text += outcome.text ? "  " + *outcome.text : "";
+    text += outcome.values.empty() ? "" : "  " + message_fields::text(outcome.values);
     text += outcome.result ? "  result " + std::to_string(*outcome.result) : "";
-    text += !outcome.text && !outcome.result ? "  done" : "";
+    text += outcome.values.empty() && !outcome.result ? "  done" : "";
     note(text);
 }
 
@@ -67,7 +74,7 @@ void Printer::note(const std::string& text) {
 void Printer::print(const Event& event, const std::string& ccid) {
     switch (event.kind) {
         case EventKind::channel:
-            head(event.time, "channel", ccid + (event.started ? "  started" : "  not started"));
+            head(event.time, "channel", triplet(event) + "  " + ccid + (event.started ? "  started" : "  not started"));
             break;
         case EventKind::aitChannel:
             head(event.time, "AIT", "of another channel follows");
@@ -87,13 +94,8 @@ void Printer::print(const Event& event, const std::string& ccid) {
         case EventKind::filtered:
             printFiltered(event);
             break;
-        case EventKind::other: {
-            std::string text = event.name;
-            for (const auto& value : event.values) {
-                text += "  " + value.first + "=" + value.second;
-            }
-            head(event.time, "event", text);
-        }
+        case EventKind::other:
+            printValues(event);
     }
     std::fflush(output());
 }
@@ -108,15 +110,15 @@ void Printer::printPmt(const Event& event) {
     head(event.time, "PMT",
          triplet(event) + "  version " + std::to_string(pmt->version) + ", PCR PID " + std::to_string(pmt->pcrPid) +
              updateName(event.update));
+    int longest = 0;
+    for (const si::Pmt::Stream& stream : pmt->streams) {
+        longest = std::max(longest, static_cast<int>(si::printable(si::streamName(stream)).size()));
+    }
     for (const si::Pmt::Stream& stream : pmt->streams) {
         const std::optional<std::uint8_t> tag = si::componentTag(stream);
-        char tagText[16] = "";
-        if (tag) {
-            std::snprintf(tagText, sizeof tagText, "tag %02x", *tag);
-        }
-        std::fprintf(output(), "%20sPID %4u  type %02x  %-42.42s %-3s %s\n", "", stream.pid, stream.streamType,
-                     si::printable(si::streamName(stream)).c_str(), si::printable(si::language(stream)).c_str(),
-                     tagText);
+        std::fprintf(output(), "%*sPID %4u  stream_type 0x%02X  %-*s  %-3s  %s\n", kTextColumn, "", stream.pid,
+                     stream.streamType, longest, si::printable(si::streamName(stream)).c_str(),
+                     si::printable(si::language(stream)).c_str(), tag ? namedText("component_tag", *tag).c_str() : "");
     }
 }
 
@@ -160,35 +162,42 @@ void Printer::printApplications(const Event& event) {
         printUnreadable(event, "apps", error);
         return;
     }
-    constexpr int kApplicationIndent = 20;
     constexpr int kUrlIndent = 29;
     head(event.time, "apps", triplet(event) + "  " + aitHead(*ait));
     const si::Node tree = si::describeSection(event.section);
     std::vector<si::Node> common = tree.nodes;
     common.resize(ait->commonDescriptors.size());
-    printLines(treeLines(common), kApplicationIndent);
+    printLines(treeLines(common), kTextColumn);
     for (std::size_t index = 0; index < ait->applications.size(); ++index) {
         const si::Ait::Application& application = ait->applications[index];
-        char identifier[32];
-        std::snprintf(identifier, sizeof identifier, "%x:%x", application.organisationId, application.applicationId);
+        const std::string identifier = namedText("organisation_id", application.organisationId) + ", " +
+                                       namedText("application_id", application.applicationId);
         const std::string name = application.names.empty() ? "(no name)" : application.names.front().text;
-        printLines({std::string(identifier) + "  " + si::controlCodeName(application.controlCode) + "  " + name},
-                   kApplicationIndent);
+        printLines({identifier + "  " + si::controlCodeName(application.controlCode) + "  " + name}, kTextColumn);
         printLines({application.url()}, kUrlIndent);
         printLines(treeLines(tree.nodes[common.size() + index].nodes), kUrlIndent);
     }
 }
 
 void Printer::printFiltered(const Event& event) {
-    constexpr int kIndent = 20;
     const si::Node tree = si::describeSection(event.section);
     head(event.time, "section", tree.name + "  " + fieldsText(tree));
-    printLines(treeLines(tree.nodes), kIndent);
+    printLines(treeLines(tree.nodes), kTextColumn);
+}
+
+void Printer::printValues(const Event& event) {
+    head(event.time, "event", event.name + "  " + message_fields::text(valuesOf(event)));
+    if (!event.section.empty()) {
+        printLines(treeLines({si::describeSection(event.section)}), kTextColumn);
+    }
 }
 
 void Printer::printLines(const std::vector<std::string>& lines, int indent) {
     for (const std::string& line : lines) {
-        std::fprintf(output(), "%*s%s\n", indent, "", si::printable(line).c_str());
+        constexpr std::size_t kContinued = 4;
+        const auto column = static_cast<std::size_t>(indent);
+        std::fprintf(output(), "%s\n",
+                     wrapped(std::string(column, ' ') + si::printable(line), width, column + kContinued).c_str());
     }
 }
 

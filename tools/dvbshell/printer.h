@@ -16,6 +16,8 @@ class Printer {
 public:
     /// Printed times count from the construction of the printer.
     explicit Printer(std::FILE* newOutput) : output_(newOutput) {}
+    /// Wraps lines of events and results at this many characters; 0, the start value, leaves them whole.
+    void wrapAt(std::size_t newWidth) { width = newWidth; }
     Printer(const Printer&) = delete;
     Printer& operator=(const Printer&) = delete;
     virtual ~Printer() = default;
@@ -29,20 +31,22 @@ public:
 
 protected:
     std::FILE* output() const { return output_; }
-    double secondsOf(Clock::time_point time) const;
 
 private:
+    double secondsOf(Clock::time_point time) const;
     void head(Clock::time_point time, const char* what, const std::string& text);
     void printPmt(const Event& event);
     void printEit(const Event& event);
     void printAit(const Event& event);
     void printApplications(const Event& event);
     void printFiltered(const Event& event);
+    void printValues(const Event& event);
     void printLines(const std::vector<std::string>& lines, int indent);
     void printUnreadable(const Event& event, const char* what, const std::string& error);
 
     std::FILE* output_;
     Clock::time_point begin = Clock::now();
+    std::size_t width = 0;
 };
 
 }  // namespace dvbshell

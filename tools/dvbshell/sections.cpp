@@ -18,19 +18,21 @@ namespace {
 /// Copies sections into a queue. Both live as long as the process, because a section may arrive at any time.
 class QueueingClient final : public velmora::dtv::SectionFilterClient {
 public:
-    explicit QueueingClient(EventQueue& newQueue) : queue(newQueue) {}
+    /// `idName` is what the filter's number is: "pid", or "sid" of a PMT request.
+    QueueingClient(EventQueue& newQueue, const char* newIdName) : queue(newQueue), idName(newIdName) {}
 
-    void onSectionData(const std::string&, unsigned int pid, const unsigned char* data, unsigned int length) override {
+    void onSectionData(const std::string&, unsigned int id, const unsigned char* data, unsigned int length) override {
         Event event;
         event.kind = EventKind::filtered;
         event.name = "onSectionData";
-        event.values = {{"pid", std::to_string(pid)}};
+        event.values = {namedValue(idName, id)};
         event.section.assign(reinterpret_cast<const char*>(data), length);
         queue.put(std::move(event));
     }
 
 private:
     EventQueue& queue;
+    const char* idName;
 };
 
 struct FileCloser {
@@ -46,7 +48,9 @@ const unsigned char* bytesOf(const std::string& text) {
 class OpenFilter {
 public:
     OpenFilter(velmora::dtv::DVBSectionInterface& newFilters, EventQueue& queue, const SectionsRequest& newRequest)
-        : filters(newFilters), request(newRequest), client(forLife(new QueueingClient(queue))) {
+        : filters(newFilters),
+          request(newRequest),
+          client(forLife(new QueueingClient(queue, newRequest.pmtOfService ? "sid" : "pid"))) {
         session = filters.generateSessionName();
         opened = request.pmtOfService
                      ? filters.startPMTRequest(&client, session, request.pid) == 0

@@ -1,6 +1,8 @@
 // Formats trees as lines.
 #include "tree_text.h"
 
+#include "message_fields.h"
+
 namespace dvbshell {
 
 namespace {
@@ -13,7 +15,12 @@ std::string shortened(const std::string& text) {
                : text.substr(0, kLongestValue) + "... (" + std::to_string(text.size()) + " characters)";
 }
 
+/// Numbers of fields that the messages have, too, are written as there.
 std::string named(const si::Node::Field& field) {
+    const message_fields::Field* const known = message_fields::findField(field.name);
+    if (field.number && known != nullptr && known->form->notation == message_fields::Notation::both) {
+        return message_fields::namedText(known->name, *field.number);
+    }
     return field.name + " " + (field.text.empty() ? "-" : shortened(field.text));
 }
 

@@ -84,8 +84,10 @@ TEST_F(AnAitLink, MakesEventsOfWhatTheCatcherHandsOn) {
     dvbshell::Printer printer(output.file());
     printer.print(*queue.take(dvbshell::Clock::now()), "");
     printer.print(*queue.take(dvbshell::Clock::now()), "");
-    EXPECT_THAT(output.text(), HasSubstr("apps     1:1025:28106  application_type 0010, version 1, section 0/0\n"
-                                         "                    190:1  AUTOSTART  Red Button\n"));
+    EXPECT_THAT(
+        output.text(),
+        HasSubstr("apps     1:1025:28106  application_type 0x0010, version 1, section 0/0\n"
+                  "                    organisation_id 400 (0x190), application_id 1 (0x1)  AUTOSTART  Red Button\n"));
     EXPECT_THAT(output.text(), HasSubstr("[application_profile 0x0000, version 1.2.1]"));
     EXPECT_THAT(output.text(), HasSubstr("[language eng, application_name Media Library]"));
     EXPECT_THAT(output.text(), HasSubstr("apps     1:1025:28106  this section has not come\n"));

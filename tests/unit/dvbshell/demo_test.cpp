@@ -152,7 +152,8 @@ TEST_F(ADemonstration, ReturnsToTheFirstServiceAndShowsTheStoredAit) {
     const std::string text = output.text();
     const std::size_t back = text.find("--- back to 1:1025:28106  Name, its AIT from memory");
     ASSERT_NE(back, std::string::npos);
-    EXPECT_THAT(text.substr(back), HasSubstr("190:1  AUTOSTART  Red Button"));
+    EXPECT_THAT(text.substr(back),
+                HasSubstr("organisation_id 400 (0x190), application_id 1 (0x1)  AUTOSTART  Red Button"));
     EXPECT_THAT(api.calls.back(), testing::AnyOf("tuneToService(12, 1, 1025, 28106, 0)", "getCurrentCCID()"));
 }
 

@@ -42,7 +42,7 @@ TEST(ATextOfOthers, IsEscapedInAnEvent) {
     dvbshell::Printer printer(output.file());
     dvbshell::Event event;
     event.name = "onDrmResultReply";
-    event.values = {{"message", "\x1b]0;owned\x07"}};
+    event.values = {dvbshell::namedValue("message", "\x1b]0;owned\x07")};
     printer.print(event, "");
-    EXPECT_NE(output.text().find("message=\\x1b]0;owned\\x07\n"), std::string::npos) << output.text();
+    EXPECT_NE(output.text().find("message \\x1b]0;owned\\x07\n"), std::string::npos) << output.text();
 }

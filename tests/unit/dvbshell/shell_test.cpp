@@ -120,13 +120,13 @@ TEST(AnArgument, IsTakenAtTheEndsOfItsRange) {
 
 TEST(AnArgument, IsNamedInAnErrorWithItsValidValues) {
     EXPECT_EQ(errorOf("select 2147483648"),
-              "select: TYPE: \"2147483648\" is not a number from -2147483648 to 2147483647");
-    EXPECT_EQ(errorOf("pts -1"), "pts: REQUEST: \"-1\" is not a number from 0 to 4294967295");
-    EXPECT_EQ(errorOf("pts 1x"), "pts: REQUEST: \"1x\" is not a number from 0 to 4294967295");
+              "select: COMPONENT_TYPE: \"2147483648\" is not a number from -2147483648 to 2147483647");
+    EXPECT_EQ(errorOf("pts -1"), "pts: PTS_REQUEST: \"-1\" is not a number from 0 to 4294967295");
+    EXPECT_EQ(errorOf("pts 1x"), "pts: PTS_REQUEST: \"1x\" is not a number from 0 to 4294967295");
     EXPECT_EQ(errorOf("ca-disconnect 65536"), "ca-disconnect: SLOT: \"65536\" is not a number from 0 to 65535");
     EXPECT_EQ(errorOf("tune-dsd 5A0 1 0"), "tune-dsd: DSD: \"5A0\" is not bytes in hexadecimal");
     EXPECT_EQ(errorOf("tune-dsd zz 1 0"), "tune-dsd: DSD: \"zz\" is not bytes in hexadecimal");
-    EXPECT_EQ(errorOf("temi-start 1 2"), "temi-start takes 3 arguments: temi-start FIRST SECOND THIRD");
+    EXPECT_EQ(errorOf("temi-start 1 2"), "temi-start takes 3 arguments: temi-start COMPONENT_TAG TIMELINE_ID RESERVED");
 }
 
 TEST(APrinter, ShowsAnUnreadableSectionAsBytes) {
@@ -150,14 +150,28 @@ TEST(APrinter, AlignsWhatATableHolds) {
                                    "                    2026-01-01 09:00-10:00 UTC  Die große Küche\n"));
 }
 
+TEST(APrinter, WrapsALineThatIsWiderThanItsWidth) {
+    Output output;
+    Printer printer(output.stream());
+    printer.wrapAt(80);
+    Event event;
+    event.name = "onTimelineInfoDataChange";
+    event.values = {namedValue("timescale", 1000), namedValue("media_timestamp", 77), namedValue("pts", 90000)};
+    printer.print(event, "");
+    EXPECT_THAT(output.written(),
+                testing::EndsWith("  event    onTimelineInfoDataChange  timescale 1000 (ticks a second),\n"
+                                  "                    media_timestamp 77 (ticks of timescale), pts 90000 (90 kHz)\n"));
+}
+
 TEST(AJsonPrinter, WritesOneObjectOnEachLine) {
     Output output;
     JsonPrinter printer(output.stream());
     printer.print(sectionEvent(EventKind::ait, "onAITSectionUpdated", tsmake::aitSection(kSample.services[1])), "");
     const std::string line = output.written();
     EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1);
-    EXPECT_THAT(line, testing::StartsWith("{\"event\":\"onAITSectionUpdated\","));
-    EXPECT_THAT(line, testing::HasSubstr("\"url\":\"https://zwei.example/hbbtv/start.html\""));
+    EXPECT_THAT(line, testing::StartsWith("{\"time\":"));
+    EXPECT_THAT(line, testing::HasSubstr(R"(,"event":"onAITSectionUpdated","onid":1,"tsid":1025,"sid":28107,)"));
+    EXPECT_THAT(line, testing::HasSubstr("\"initial_path\":\"start.html\""));
     EXPECT_THAT(line, testing::HasSubstr("\"section\":\"74"));
 }
 
@@ -166,7 +180,7 @@ TEST(AJsonPrinter, EscapesWhatAPeerSends) {
     JsonPrinter printer(output.stream());
     Event event;
     event.name = "onDrmResultReply";
-    event.values = {{"message", std::string("a\"b\\c\n\x01\xFF", 8)}};
+    event.values = {namedValue("message", std::string("a\"b\\c\n\x01\xFF", 8))};
     printer.print(event, "");
     EXPECT_THAT(output.written(), testing::HasSubstr("\"message\":\"a\\\"b\\\\c\\n\\u0001\xEF\xBF\xBD\""));
 }
@@ -174,10 +188,11 @@ TEST(AJsonPrinter, EscapesWhatAPeerSends) {
 TEST(AJsonPrinter, WritesAnOperationsResult) {
     Output output;
     JsonPrinter printer(output.stream());
-    printer.result(*findOperation("pts"), {-107, std::nullopt});
+    printer.result(*findOperation("pts"), {-107, {}});
     printer.result(*findOperation("dtv-info"), {});
-    EXPECT_EQ(output.written(),
-              "{\"operation\":\"sendPtsRequest\",\"result\":-107}\n{\"operation\":\"vbStartDtvInfoRequest\"}\n");
+    EXPECT_THAT(output.written(),
+                testing::MatchesRegex("[{]\"time\":[0-9.]+,\"operation\":\"sendPtsRequest\",\"result\":-107[}]\n"
+                                      "[{]\"time\":[0-9.]+,\"operation\":\"vbStartDtvInfoRequest\"[}]\n"));
 }
 
 TEST(AServiceList, IsReadAsTheServiceWritesIt) {
@@ -218,6 +233,6 @@ TEST(AnEventQueue, GivesWhatTheListenerHeardInOrder) {
     EXPECT_EQ(channel->kind, EventKind::channel);
     EXPECT_EQ(channel->sid, 3);
     EXPECT_EQ(queue.take(now)->section, "ait");
-    EXPECT_EQ(queue.take(now)->values.at(1).second, "8");
+    EXPECT_EQ(message_fields::text(queue.take(now)->values), "pts 7 (90 kHz), pcr_base 8 (90 kHz)");
     EXPECT_FALSE(queue.take(now));
 }
