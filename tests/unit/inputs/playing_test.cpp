@@ -244,15 +244,78 @@ TEST(APacer, GoesOnWhereThePcrStartsOver) {
 }
 
 TEST(APacer, BeginsANewTimeBaseWhereThePcrJumps) {
-    dtvservice::Pacer pacer;
     const Clock::time_point begin{};
     const Clock::time_point later = begin + std::chrono::seconds(7);
     for (const std::uint64_t jump : {std::uint64_t{27000000} * 100, std::uint64_t{5}}) {
+        dtvservice::Pacer pacer;
         const Packet first = withPcr(100, 27000000);
         const Packet jumped = withPcr(100, jump);
         pacer.due(broadcast::TsPacket{first.data()}, begin);
         EXPECT_EQ(pacer.due(broadcast::TsPacket{jumped.data()}, later), later);
     }
+}
+
+namespace {
+
+constexpr std::uint64_t kMillisecond = broadcast::kPcrFrequency / 1000;
+
+/// Plays PCRs of one PID with 100 packets for each, and waits for each packet. Returns how long that takes.
+std::chrono::milliseconds timeToPlay(const std::vector<std::uint64_t>& pcrs) {
+    dtvservice::Pacer pacer;
+    const Clock::time_point begin{};
+    Clock::time_point now = begin;
+    const Packet other = PacketMaker(300).packet({}, false);
+    for (const std::uint64_t pcr : pcrs) {
+        const Packet packet = withPcr(100, pcr);
+        now = pacer.due(broadcast::TsPacket{packet.data()}, now);
+        for (int count = 1; count < 100; ++count) {
+            now = pacer.due(broadcast::TsPacket{other.data()}, now);
+        }
+    }
+    return std::chrono::duration_cast<std::chrono::milliseconds>(now - begin);
+}
+
+constexpr double kSlack = 120;  // milliseconds: three distances of PCRs, until the rate is known
+
+}  // namespace
+
+TEST(APacer, PlaysTimeBasesThatAlternateAtTheirPace) {
+    constexpr double kUntilToldApart = 1100;
+    for (const std::uint64_t distance : {500 * kMillisecond, 60000 * kMillisecond}) {
+        std::vector<std::uint64_t> pcrs;
+        for (std::uint64_t time = 0; time < 4000 * kMillisecond; time += 40 * kMillisecond) {
+            pcrs.push_back(time);
+            pcrs.push_back(distance + time + 20 * kMillisecond);
+        }
+        EXPECT_NEAR(static_cast<double>(timeToPlay(pcrs).count()), 4000, kUntilToldApart) << distance;
+    }
+}
+
+TEST(APacer, PlaysSplicedPiecesAtTheirPace) {
+    std::vector<std::uint64_t> pcrs;
+    for (std::uint64_t piece = 0; piece < 20; ++piece) {
+        for (std::uint64_t time = 0; time < 200 * kMillisecond; time += 40 * kMillisecond) {
+            pcrs.push_back(piece % 2 * 60000 * kMillisecond + piece / 2 * 200 * kMillisecond + time);
+        }
+    }
+    EXPECT_NEAR(static_cast<double>(timeToPlay(pcrs).count()), 4000, kSlack) << "both clocks stand still between";
+}
+
+TEST(APacer, PlaysOverADamagedPcr) {
+    std::vector<std::uint64_t> pcrs;
+    for (std::uint64_t time = 0; time < 4000 * kMillisecond; time += 40 * kMillisecond) {
+        pcrs.push_back(time % (400 * kMillisecond) == 0 ? 0x155555555 + time * 1000 : time);
+    }
+    EXPECT_NEAR(static_cast<double>(timeToPlay(pcrs).count()), 4000, kSlack);
+}
+
+TEST(APacer, UsesTheGivenRateWithoutPcr) {
+    constexpr std::uint64_t kBitRate = 1504000;  // 1000 packets a second
+    dtvservice::Pacer pacer(kBitRate);
+    const Packet packet = PacketMaker(100).packet({}, false);
+    const Clock::time_point begin{};
+    const Clock::time_point first = pacer.due(broadcast::TsPacket{packet.data()}, begin);
+    EXPECT_EQ(pacer.due(broadcast::TsPacket{packet.data()}, begin) - first, std::chrono::milliseconds(1));
 }
 
 TEST(APacer, FollowsTheNextPidWhenPcrsEnd) {
