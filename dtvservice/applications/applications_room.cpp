@@ -64,7 +64,9 @@ void ApplicationsRoom::tellAitSection(const Section& section, const Audience& to
     std::string error;
     const std::optional<si::Ait> ait = si::parseAit(section, error);
     if (!ait) {
-        BLOG_TAGGED(blog::kUnsupported, "%s\n", error.c_str());
+        if (const auto line = messages.tell(error)) {
+            BLOG_TAGGED(blog::kUnsupported, "%s\n", line->c_str());
+        }
         return;
     }
     for (const si::Ait::Application& application : ait->applications) {

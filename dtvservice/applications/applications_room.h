@@ -5,6 +5,7 @@
 #pragma once
 
 #include "core.h"
+#include "repeated_messages.h"
 
 namespace dtvservice {
 
@@ -27,6 +28,7 @@ private:
     void tellAitState(const broadcast::Channel& channel, const Audience& to);
 
     Core& core;
+    RepeatedMessages messages;
 };
 
 }  // namespace dtvservice

@@ -29,6 +29,18 @@ struct Demux::Pid {
     bool feeding = false;
 };
 
+namespace {
+
+/// Adds what an assembler has counted.
+void add(const SectionCounts& counted, PidCounts& counts) {
+    counts.continuityErrors += counted.continuityErrors;
+    counts.sections += counted.sections;
+    counts.cutSections += counted.cut;
+    counts.crcErrors += counted.crcErrors;
+}
+
+}  // namespace
+
 Demux::Demux() = default;
 Demux::~Demux() = default;
 
@@ -66,9 +78,10 @@ void Demux::watch(std::uint16_t pid, Watcher watcher) {
     }
 }
 
-void Demux::feed(TsPacket packet) {
+void Demux::feed(TsPacket packet, Clock::time_point now) {
     const std::uint16_t pid = packet.pid();
     ++packets_;
+    meters[pid].count(packet, now, pids[pid] != nullptr);
     const auto watcher = watchers.find(pid);
     if (watcher != watchers.end()) {
         watcher->second(packet);
@@ -89,6 +102,7 @@ void Demux::sweep(std::uint16_t pid) {
                                      [](const Subscriber& subscriber) { return !subscriber.handler; }),
                       subscribers.end());
     if (subscribers.empty()) {
+        add(pids[pid]->assembler.counts(), meters[pid].counts());
         pids[pid].reset();
     }
 }
@@ -99,23 +113,46 @@ void Demux::discontinuity() {
             pid->assembler.discontinuity();
         }
     }
+    for (PidMeter& meter : meters) {
+        meter.discontinuity();
+    }
 }
 
-SectionCounts Demux::counts() const {
-    SectionCounts sum;
-    for (const std::unique_ptr<Pid>& pid : pids) {
-        if (pid) {
-            const SectionCounts& counts = pid->assembler.counts();
+PidCounts Demux::countsOf(std::uint16_t pid) const {
+    PidCounts counts = meters[pid].counts();
+    if (pids[pid]) {
+        add(pids[pid]->assembler.counts(), counts);
+    }
+    return counts;
+}
+
+PidCounts Demux::total() const {
+    PidCounts sum;
+    for (std::uint16_t pid = 0; pid < kPidCount; ++pid) {
+        if (meters[pid].counts().packets != 0) {
+            const PidCounts counts = countsOf(pid);
             sum.packets += counts.packets;
-            sum.sections += counts.sections;
             sum.continuityErrors += counts.continuityErrors;
-            sum.duplicates += counts.duplicates;
-            sum.unusable += counts.unusable;
-            sum.cut += counts.cut;
+            sum.transportErrors += counts.transportErrors;
+            sum.scrambled += counts.scrambled;
+            sum.sections += counts.sections;
+            sum.cutSections += counts.cutSections;
             sum.crcErrors += counts.crcErrors;
+            sum.bitRate += counts.bitRate;
+            sum.lastPacket = std::max(sum.lastPacket, counts.lastPacket);
         }
     }
     return sum;
+}
+
+void Demux::measureRates(Clock::time_point now) {
+    if (now <= measuredAt) {
+        return;
+    }
+    for (PidMeter& meter : meters) {
+        meter.measure(now - measuredAt);
+    }
+    measuredAt = now;
 }
 
 }  // namespace broadcast

@@ -1,5 +1,5 @@
 // Demux: assembles sections from packets and calls the handlers of their PIDs. A handler may subscribe and unsubscribe
-// while it runs.
+// while it runs. Counts the packets and errors of every PID.
 // Threads: one.
 // Blocks:  never.
 // Fails:   never.
@@ -11,6 +11,7 @@
 #include <memory>
 #include <vector>
 
+#include "pid_meter.h"
 #include "section_assembler.h"
 
 namespace broadcast {
@@ -34,13 +35,18 @@ public:
     using Watcher = std::function<void(TsPacket packet)>;
     void watch(std::uint16_t pid, Watcher watcher);
 
-    void feed(TsPacket packet);
+    void feed(TsPacket packet, Clock::time_point now = Clock::now());
     /// The next packets do not continue the previous ones, for example when a file starts again.
     void discontinuity();
-    /// The sum over all PIDs that have subscriptions at present.
-    SectionCounts counts() const;
     /// Packets fed, of any PID.
     std::uint64_t packets() const { return packets_; }
+
+    /// All that has been counted for the PID, whether or not it has subscriptions.
+    PidCounts countsOf(std::uint16_t pid) const;
+    /// The sum over all PIDs.
+    PidCounts total() const;
+    /// Measures the bit rates since the last call. Call this about once a second.
+    void measureRates(Clock::time_point now);
 
 private:
     struct Pid;
@@ -49,6 +55,8 @@ private:
     void sweep(std::uint16_t pid);
 
     std::array<std::unique_ptr<Pid>, kPidCount> pids;
+    std::vector<PidMeter> meters = std::vector<PidMeter>(kPidCount);  // by PID
+    Clock::time_point measuredAt = Clock::now();
     std::map<std::uint16_t, Watcher> watchers;  // by PID
     Subscription lastSubscription = 0;
     std::uint64_t packets_ = 0;

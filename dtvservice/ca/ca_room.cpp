@@ -37,7 +37,7 @@ json listOf(const std::list<DrmMessage>& messages) {
         }
         list.push_back({{"browser", message.browser},
                         {"session", message.session},
-                        {"caSystemId", message.caSystemId},
+                        {"ca_system_id", message.caSystemId},
                         {"type", beginningOf(message.type)},
                         {"message", beginningOf(message.text)},
                         {"length", message.text.size()}});
@@ -115,7 +115,7 @@ json CaRoom::reply(const json& request) {
 }
 
 json CaRoom::describe(const json&) {
-    return {{"caSlots", slots}, {"drmMessages", listOf(messages.all())}, {"drmWaiting", messages.all().size()}};
+    return {{"ca_slots", slots}, {"drm_messages", listOf(messages.all())}, {"drm_waiting", messages.all().size()}};
 }
 
 }  // namespace dtvservice

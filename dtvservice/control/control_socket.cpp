@@ -37,15 +37,18 @@ int makeSocket() {
 
 }  // namespace
 
-std::string defaultSocketPath() {
-    constexpr const char* kName = "/dtvctl.sock";
+std::string runDirectory() {
     if (const char* const directory = std::getenv("DTV_RUN_DIR"); directory != nullptr && directory[0] == '/') {
-        return std::string(directory) + kName;
+        return directory;
     }
     if (const char* const runtime = std::getenv("XDG_RUNTIME_DIR"); runtime != nullptr && runtime[0] == '/') {
-        return std::string(runtime) + "/dtv" + kName;
+        return std::string(runtime) + "/dtv";
     }
-    return "/tmp/dtv-" + std::to_string(getuid()) + kName;
+    return "/tmp/dtv-" + std::to_string(getuid());
+}
+
+std::string defaultSocketPath() {
+    return runDirectory() + "/dtvctl.sock";
 }
 
 Connection::Connection(Connection&& other) noexcept

@@ -12,7 +12,9 @@ namespace control {
 /// The longest line that either end accepts.
 constexpr std::size_t kLongestLine = 1U << 20U;
 
-/// dtvctl.sock in the run directory: DTV_RUN_DIR, else XDG_RUNTIME_DIR/dtv, else /tmp/dtv-<uid>.
+/// DTV_RUN_DIR, else XDG_RUNTIME_DIR/dtv, else /tmp/dtv-<uid>.
+std::string runDirectory();
+/// dtvctl.sock in the run directory.
 std::string defaultSocketPath();
 
 /// A connected socket. The destructor closes it.

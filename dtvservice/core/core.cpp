@@ -3,6 +3,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "input_answers.h"
+
 namespace dtvservice {
 
 using broadcast::Channel;
@@ -17,7 +19,9 @@ Core::Core(EventLoop& newLoop)
           [this](Browser browser) { onBrowserGone(browser); }) {
     requests.add("status", calls(*this, &Core::describeBrowsers));
     requests.add("statistics", calls(*this, &Core::describeBrowsers));
-    requests.add("statistics", calls(*this, &Core::countPackets));
+    requests.add("status", [this](const json&) { return describeInputs(multiplexes); });
+    requests.add("channels", [this](const json&) { return describeInputs(multiplexes); });
+    requests.add("statistics", [this](const json&) { return countInputs(multiplexes, EventLoop::Clock::now()); });
 }
 
 Multiplex& Core::addMultiplex() {
@@ -101,20 +105,6 @@ void Core::onAitSignalled(const SiDatabase& of, std::uint16_t serviceId, bool) {
 
 json Core::describeBrowsers(const json&) {
     return {{"browsers", browsers.all()}};
-}
-
-json Core::countPackets(const json&) {
-    json inputs = json::array();
-    for (const Multiplex& multiplex : multiplexes) {
-        const broadcast::SectionCounts counts = multiplex.demux.counts();
-        inputs.push_back({{"packets", multiplex.demux.packets()},
-                          {"sections", counts.sections},
-                          {"continuityErrors", counts.continuityErrors},
-                          {"crcErrors", counts.crcErrors},
-                          {"cutSections", counts.cut},
-                          {"unusablePackets", counts.unusable}});
-    }
-    return {{"inputs", inputs}};
 }
 
 }  // namespace dtvservice

@@ -55,7 +55,6 @@ private:
     void onBrowserConnected(Browser browser);
     void onBrowserGone(Browser browser);
     nlohmann::json describeBrowsers(const nlohmann::json& request);
-    nlohmann::json countPackets(const nlohmann::json& request);
     /// Calls every room, in order.
     template <typename Call>
     void toRooms(Call call) {

@@ -17,6 +17,12 @@ Multiplex& Multiplexes::of(const broadcast::SiDatabase& si) {
     return *std::find_if(list.begin(), list.end(), [&si](const Multiplex& multiplex) { return &multiplex.si == &si; });
 }
 
+std::size_t Multiplexes::numberOf(const Multiplex& multiplex) const {
+    const auto found = std::find_if(list.begin(), list.end(),
+                                    [&multiplex](const Multiplex& candidate) { return &candidate == &multiplex; });
+    return static_cast<std::size_t>(found - list.begin()) + 1;
+}
+
 /// Whether an input carries the service.
 bool Multiplexes::isReceived(const Channel& channel) const {
     const Triplet wanted = {*channel.originalNetworkId, channel.transportStreamId, channel.serviceId};

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "demux.h"
+#include "input_report.h"
 #include "si_database.h"
 
 namespace dtvservice {
@@ -20,6 +21,7 @@ struct Multiplex {
 
     broadcast::Demux demux;
     broadcast::SiDatabase si;
+    InputReport report;
 };
 
 /// original_network_id, transport_stream_id and service_id of the service that a browser asks for.
@@ -41,6 +43,8 @@ public:
     auto end() const { return list.end(); }
     /// The multiplex that owns the database. There must be one.
     Multiplex& of(const broadcast::SiDatabase& si);
+    /// The operator's number of the input: 1 for the first.
+    std::size_t numberOf(const Multiplex& multiplex) const;
 
     struct Found {
         Multiplex* multiplex = nullptr;

@@ -21,6 +21,7 @@ FiltersRoom::FiltersRoom(Core& newCore) : core(newCore) {
     core.commands.on.cmdStartPMTRequest = calls(*this, &FiltersRoom::cmdStartPMTRequest);
     core.commands.on.cmdStopPMTRequest = calls(*this, &FiltersRoom::cmdStopPMTRequest);
     core.commands.on.cmdDataReadFinished = calls(*this, &FiltersRoom::cmdDataReadFinished);
+    core.requests.add("status", calls(*this, &FiltersRoom::count));
     core.requests.add("statistics", calls(*this, &FiltersRoom::count));
 }
 
@@ -80,7 +81,7 @@ void FiltersRoom::cmdDataReadFinished(Browser, const std::string&, const std::st
 
 nlohmann::json FiltersRoom::count(const nlohmann::json&) {
     const SectionFilters::Totals totals = filters.totals();
-    return {{"filters", totals.filters}, {"queueDrops", totals.dropped}};
+    return {{"filters", totals.filters}, {"queue_drops", totals.dropped}};
 }
 
 }  // namespace dtvservice

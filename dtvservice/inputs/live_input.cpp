@@ -18,10 +18,15 @@ constexpr std::chrono::seconds kPause{1};
 
 }  // namespace
 
-LiveInput::LiveInput(InputName newInput, EventLoop& newLoop, broadcast::Demux& newDemux)
-    : input(std::move(newInput)), loop(newLoop), demux(newDemux), wakeUp(eventfd(0, EFD_CLOEXEC)), thread([this] {
-          run();
-      }) {}
+LiveInput::LiveInput(InputName newInput, EventLoop& newLoop, broadcast::Demux& newDemux, InputReport& newReport,
+                     std::uint64_t newBitRate)
+    : input(std::move(newInput)),
+      loop(newLoop),
+      demux(newDemux),
+      report(newReport),
+      bitRate(newBitRate),
+      wakeUp(eventfd(0, EFD_CLOEXEC)),
+      thread([this] { run(); }) {}
 
 LiveInput::~LiveInput() {
     const std::uint64_t one = 1;
@@ -38,30 +43,34 @@ bool LiveInput::waitUntil(EventLoop::Clock::time_point time) const {
 }
 
 void LiveInput::run() {
-    std::string lastProblem;
     do {
         std::string problem;
-        std::unique_ptr<ByteSource> source = openLive(input, wakeUp, problem);
+        std::unique_ptr<ByteSource> source = openLive(input, wakeUp, report.counts, problem);
         if (source) {
+            loop.post([&report = report] { report.opened(EventLoop::Clock::now()); });
             PacketReader reader(std::move(source));
+            reader.countIn(report.counts);
             playFrom(reader);
             problem = reader.error();
             loop.post([&demux = demux] { demux.discontinuity(); });
             if (problem.empty() && input.kind == InputName::Kind::standardInput && waitUntil(EventLoop::Clock::now())) {
-                BLOG_TAGGED(blog::kOrdinary, "standard input has ended\n");
+                BLOG_TAGGED(blog::kUnsupported, "standard input has ended\n");
+                loop.post([&report = report] { report.ended(); });
                 return;
             }
         }
-        if (!problem.empty() && problem != lastProblem) {
-            BLOG_TAGGED(blog::kFailure, "%s; trying again every second\n", problem.c_str());
+        if (!problem.empty()) {
+            loop.post([&report = report, problem] { report.failed(problem); });
+            if (const auto line = messages.tell(problem + "; trying again every second")) {
+                BLOG_TAGGED(blog::kFailure, "%s\n", line->c_str());
+            }
         }
-        lastProblem = problem;
     } while (waitUntil(EventLoop::Clock::now() + kPause));
 }
 
 void LiveInput::playFrom(PacketReader& reader) {
     const bool paced = input.kind == InputName::Kind::standardInput;
-    Pacer pacer;
+    Pacer pacer(bitRate);
     std::vector<std::uint8_t> batch;
     while (const std::uint8_t* const packet = reader.next()) {
         const auto now = EventLoop::Clock::now();
@@ -83,19 +92,17 @@ void LiveInput::playFrom(PacketReader& reader) {
     handOver(batch);
 }
 
-/// If the loop does not keep up, drops and counts the packets, and logs this at most once a second.
+/// If the loop does not keep up, drops and counts the packets.
 void LiveInput::handOver(std::vector<std::uint8_t>& batch) {
     if (batch.empty()) {
         return;
     }
     const std::size_t count = batch.size() / broadcast::kPacketSize;
     if (underWay->load() + count > kMostUnderWay) {
-        dropped += count;
-        const auto now = EventLoop::Clock::now();
-        if (now - lastLine >= kPause) {
-            lastLine = now;
-            BLOG_TAGGED(blog::kUnsupported, "%s: %llu packets came faster than they were taken, so far\n",
-                        input.text.c_str(), static_cast<unsigned long long>(dropped));
+        const std::uint64_t dropped = report.counts.droppedPackets += count;
+        const std::string text = std::to_string(dropped) + " packets came faster than they were taken, so far";
+        if (const auto line = messages.tell("dropped", text, count)) {
+            BLOG_TAGGED(blog::kUnsupported, "%s: %s\n", input.text.c_str(), line->c_str());
         }
         batch.clear();
         return;

@@ -10,12 +10,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <vector>
 
 #include "descriptor_wait.h"
 #include "dvb_source.h"
+#include "repeated_messages.h"
 #include "rtp.h"
 #include "service_log.h"
 
@@ -47,8 +47,8 @@ private:
 
 class Datagrams final : public ByteSource {
 public:
-    Datagrams(const InputName& newInput, int newDescriptor, int newWakeUp)
-        : input(newInput), descriptor(newDescriptor), wakeUp(newWakeUp) {}
+    Datagrams(const InputName& newInput, int newDescriptor, int newWakeUp, InputCounts& newCounts)
+        : input(newInput), descriptor(newDescriptor), wakeUp(newWakeUp), counts(newCounts) {}
     ~Datagrams() override { close(descriptor); }
 
     std::size_t read(std::uint8_t* bytes, std::size_t capacity) override {
@@ -89,27 +89,33 @@ private:
         return true;
     }
 
-    /// Logs at most once a second.
     void noteLoss() {
-        const auto now = std::chrono::steady_clock::now();
-        const std::uint64_t bad = reorderer.lost() + reorderer.unreadable();
-        if (bad != told && now - lastLine >= std::chrono::seconds(1)) {
-            told = bad;
-            lastLine = now;
-            BLOG_TAGGED(blog::kUnsupported, "%s: %llu RTP packets lost, %llu datagrams that are none, so far\n",
-                        input.text.c_str(), static_cast<unsigned long long>(reorderer.lost()),
-                        static_cast<unsigned long long>(reorderer.unreadable()));
+        const std::uint64_t lost = reorderer.lost() - countedLost;
+        const std::uint64_t unreadable = reorderer.unreadable() - countedUnreadable;
+        if (lost + unreadable == 0) {
+            return;
+        }
+        countedLost += lost;
+        countedUnreadable += unreadable;
+        counts.rtpLost += lost;
+        counts.notRtp += unreadable;
+        const std::string text = std::to_string(reorderer.lost()) + " RTP packets lost, " +
+                                 std::to_string(reorderer.unreadable()) + " datagrams that are none, so far";
+        if (const auto line = messages.tell("loss", text, lost + unreadable)) {
+            BLOG_TAGGED(blog::kUnsupported, "%s: %s\n", input.text.c_str(), line->c_str());
         }
     }
 
     InputName input;
     int descriptor;
     int wakeUp;
+    InputCounts& counts;
     std::vector<std::uint8_t> pending;
     std::size_t at = 0;
     RtpReorderer reorderer;
-    std::uint64_t told = 0;
-    std::chrono::steady_clock::time_point lastLine;
+    std::uint64_t countedLost = 0;
+    std::uint64_t countedUnreadable = 0;
+    RepeatedMessages messages;
 };
 
 bool joinIpv4(int descriptor, const sockaddr_in& group, const InputName& input, std::string& error) {
@@ -189,7 +195,7 @@ int openSocket(const InputName& input, std::string& error) {
 
 }  // namespace
 
-std::unique_ptr<ByteSource> openLive(const InputName& input, int wakeUp, std::string& error) {
+std::unique_ptr<ByteSource> openLive(const InputName& input, int wakeUp, InputCounts& counts, std::string& error) {
     if (input.kind == InputName::Kind::standardInput) {
         return std::make_unique<StandardInput>(wakeUp);
     }
@@ -202,7 +208,7 @@ std::unique_ptr<ByteSource> openLive(const InputName& input, int wakeUp, std::st
         error = "cannot listen at " + input.text + ": " + problem;
         return nullptr;
     }
-    return std::make_unique<Datagrams>(input, descriptor, wakeUp);
+    return std::make_unique<Datagrams>(input, descriptor, wakeUp, counts);
 }
 
 }  // namespace dtvservice

@@ -8,10 +8,12 @@
 
 #include "byte_source.h"
 #include "input_name.h"
+#include "input_report.h"
 
 namespace dtvservice {
 
-/// `wakeUp`: a descriptor that becomes readable when reading must end.
-std::unique_ptr<ByteSource> openLive(const InputName& input, int wakeUp, std::string& error);
+/// `wakeUp`: a descriptor that becomes readable when reading must end. Lost RTP packets are added to the counts, which
+/// must outlive the source.
+std::unique_ptr<ByteSource> openLive(const InputName& input, int wakeUp, InputCounts& counts, std::string& error);
 
 }  // namespace dtvservice

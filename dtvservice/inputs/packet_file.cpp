@@ -47,13 +47,12 @@ private:
 };
 
 /// Opens a regular file; -1 if it fails. O_NONBLOCK prevents a wait for a pipe's writer.
-int openRegular(const std::string& path, std::string& error) {
+int openRegular(const std::string& path, struct stat& found, std::string& error) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0) {
         error = "cannot open " + path + ": " + std::strerror(errno);
         return -1;
     }
-    struct stat found {};
     if (fstat(descriptor, &found) != 0) {
         error = "cannot open " + path + ": " + std::strerror(errno);
     } else if (S_ISDIR(found.st_mode)) {
@@ -70,7 +69,8 @@ int openRegular(const std::string& path, std::string& error) {
 }  // namespace
 
 std::unique_ptr<PacketFile> PacketFile::open(const std::string& path, std::string& error) {
-    const int descriptor = openRegular(path, error);
+    struct stat found {};
+    const int descriptor = openRegular(path, found, error);
     if (descriptor < 0) {
         return nullptr;
     }
@@ -80,7 +80,7 @@ std::unique_ptr<PacketFile> PacketFile::open(const std::string& path, std::strin
         close(descriptor);
         return nullptr;
     }
-    std::unique_ptr<PacketFile> result(new PacketFile(std::make_unique<FileSource>(path, file)));
+    std::unique_ptr<PacketFile> result(new PacketFile(path, std::make_unique<FileSource>(path, file), found));
     if (result->nextNearby() == nullptr) {
         const std::uint64_t skipped = result->skippedBytes();
         error = !result->error().empty() ? result->error()
@@ -90,6 +90,21 @@ std::unique_ptr<PacketFile> PacketFile::open(const std::string& path, std::strin
     }
     result->rewind();
     return result;
+}
+
+PacketFile::PacketFile(std::string newPath, std::unique_ptr<ByteSource> source, const struct stat& found)
+    : path(std::move(newPath)),
+      reader(std::move(source)),
+      device(found.st_dev),
+      node(found.st_ino),
+      size(found.st_size),
+      modified(found.st_mtim) {}
+
+bool PacketFile::isReplaced() const {
+    struct stat found {};
+    return stat(path.c_str(), &found) == 0 &&
+           (found.st_dev != device || found.st_ino != node || found.st_size != size ||
+            found.st_mtim.tv_sec != modified.tv_sec || found.st_mtim.tv_nsec != modified.tv_nsec);
 }
 
 }  // namespace dtvservice

@@ -5,6 +5,8 @@
 //          the reason.
 #pragma once
 
+#include <sys/stat.h>
+
 #include "packet_reader.h"
 
 namespace dtvservice {
@@ -21,7 +23,11 @@ public:
     /// Goes back to the first packet.
     void rewind() { reader.rewind(); }
 
+    /// Whether another file has its path now, or it has been written to. False if there is no file any more.
+    bool isReplaced() const;
+
     std::uint64_t skippedBytes() const { return reader.skippedBytes(); }
+    void countIn(InputCounts& counts) { reader.countIn(counts); }
     /// What ended the packets early; empty after a regular end.
     const std::string& error() const { return reader.error(); }
 
@@ -29,9 +35,15 @@ private:
     /// Decompressed bytes that one search covers at most. The limit lets other files play on meanwhile.
     static constexpr std::uint64_t kLongestSearch = std::uint64_t{1024} * 1024;
 
-    explicit PacketFile(std::unique_ptr<ByteSource> source) : reader(std::move(source)) {}
+    PacketFile(std::string newPath, std::unique_ptr<ByteSource> source, const struct stat& found);
 
+    std::string path;
     PacketReader reader;
+    // What tells the opened file from a later one.
+    dev_t device;
+    ino_t node;
+    off_t size;
+    timespec modified;
 };
 
 }  // namespace dtvservice

@@ -28,6 +28,7 @@ bool PacketReader::rewind() {
     exhausted = false;
     stride = 0;
     skipped = 0;
+    countedSkipped = 0;
     return true;
 }
 
@@ -39,10 +40,14 @@ bool PacketReader::fill() {
     std::memmove(buffer.data(), buffer.data() + at, end - at);
     end -= at;
     at = 0;
-    const std::size_t count = source->read(buffer.data() + end, buffer.size() - end);
-    exhausted = count == 0;
-    end += count;
-    return count != 0;
+    const std::size_t size = source->read(buffer.data() + end, buffer.size() - end);
+    exhausted = size == 0;
+    end += size;
+    if (counts != nullptr) {
+        counts->bytes += size;
+        count();
+    }
+    return size != 0;
 }
 
 bool PacketReader::inStep(std::size_t position, std::size_t distance) const {
@@ -66,6 +71,20 @@ std::size_t PacketReader::strideAt(std::size_t position) const {
 }
 
 const std::uint8_t* PacketReader::next(std::uint64_t longestSearch) {
+    const std::uint8_t* const packet = find(longestSearch);
+    count();
+    return packet;
+}
+
+/// A time stamp before the first packet is no skipped byte, but counts as one until the packet is found.
+void PacketReader::count() {
+    if (counts != nullptr && skipped != countedSkipped) {
+        counts->skippedBytes += skipped - countedSkipped;
+        countedSkipped = skipped;
+    }
+}
+
+const std::uint8_t* PacketReader::find(std::uint64_t longestSearch) {
     for (std::uint64_t searched = 0; searched < longestSearch; ++searched) {
         const std::size_t needed = stride != 0 ? stride : kStepsToBelieve * kLongestStride;
         while (end - at < needed && fill()) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "byte_source.h"
+#include "input_report.h"
 #include "ts_packet.h"
 
 namespace dtvservice {
@@ -30,12 +31,16 @@ public:
     /// Whether next() can return a packet without reading from the source.
     bool hasBuffered() const { return stride != 0 && end - at >= stride; }
     std::uint64_t skippedBytes() const { return skipped; }
+    /// Counts the bytes from now on there, too. The counts must outlive this.
+    void countIn(InputCounts& newCounts) { counts = &newCounts; }
     const std::string& error() const { return source->error(); }
 
 private:
     bool fill();
     bool inStep(std::size_t position, std::size_t distance) const;
     std::size_t strideAt(std::size_t position) const;
+    const std::uint8_t* find(std::uint64_t longestSearch);
+    void count();
 
     std::unique_ptr<ByteSource> source;
     std::vector<std::uint8_t> buffer;
@@ -44,6 +49,8 @@ private:
     bool exhausted = false;
     std::size_t stride = 0;  // distance from packet to packet; 0 while searching
     std::uint64_t skipped = 0;
+    InputCounts* counts = nullptr;
+    std::uint64_t countedSkipped = 0;  // of `skipped`, in the counts
 };
 
 }  // namespace dtvservice

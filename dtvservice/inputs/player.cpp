@@ -11,19 +11,25 @@ namespace {
 constexpr std::chrono::milliseconds kShortestRound{50};
 /// Time between two attempts to open a file.
 constexpr std::chrono::seconds kPause{1};
+constexpr const char* kAgain = "; trying again every second";
 
 }  // namespace
 
 Playback::Playback(std::string newPath, std::unique_ptr<PacketFile> newFile, broadcast::Demux& newDemux,
-                   Repeat newRepeat)
+                   InputReport& newReport, const Playing& playing)
     : path(std::move(newPath)),
-      file(std::move(newFile)),
       demux(newDemux),
-      repeat(newRepeat),
+      report(newReport),
+      repeat(playing.repeat),
+      pacer(playing.bitRate),
       dueAt(EventLoop::Clock::now() + kPause),
-      state(file != nullptr             ? State::reading
-            : newRepeat == Repeat::once ? State::ended
-                                        : State::closed) {}
+      state(repeat == Repeat::once ? State::ended : State::closed) {
+    if (newFile != nullptr) {
+        use(std::move(newFile));
+    } else {
+        messages.tell(report.reason() + kAgain);  // the program has already told it
+    }
+}
 
 std::optional<EventLoop::Clock::time_point> Playback::due() {
     if (state == State::reading) {
@@ -35,41 +41,89 @@ std::optional<EventLoop::Clock::time_point> Playback::due() {
             state = State::searching;
             dueAt = EventLoop::Clock::now();
         } else {
-            if (!file->error().empty()) {
-                BLOG_TAGGED(blog::kFailure, "%s\n", file->error().c_str());
-            }
-            state = repeat == Repeat::once ? State::ended : State::roundDue;
-            dueAt = roundBegin + kShortestRound;
+            endRound();
         }
     }
     return state == State::ended ? std::nullopt : std::optional<EventLoop::Clock::time_point>(dueAt);
 }
 
-/// Does not report an error: the program already reported it at the start.
-void Playback::open() {
-    std::string error;
-    file = PacketFile::open(path, error);
-    dueAt = EventLoop::Clock::now() + kPause;
-    if (file != nullptr) {
-        BLOG_TAGGED(blog::kOrdinary, "%s has been opened\n", path.c_str());
-        state = State::reading;
+void Playback::feed() {
+    switch (state) {
+        case State::closed:
+            open();
+            return;
+        case State::roundDue:
+            startRound();
+            return;
+        case State::packetDue:
+            hasPackets = true;
+            demux.feed(broadcast::TsPacket{packet});
+            break;
+        default:
+            break;
+    }
+    state = State::reading;
+}
+
+void Playback::endRound() {
+    if (!file->error().empty()) {
+        if (const auto line = messages.tell(file->error())) {
+            BLOG_TAGGED(blog::kFailure, "%s\n", line->c_str());
+        }
+    }
+    if (repeat == Repeat::once) {
+        report.ended();
+        state = State::ended;
+    } else {
+        state = State::roundDue;
+        dueAt = roundBegin + kShortestRound;
     }
 }
 
-void Playback::feed() {
-    if (state == State::closed) {
+void Playback::startRound() {
+    if (file->isReplaced()) {
+        if (const auto line = messages.tell(path + " has changed: the new file is played")) {
+            BLOG_TAGGED(blog::kUnsupported, "%s\n", line->c_str());
+        }
         open();
+    } else if (hasPackets) {
+        file->rewind();
+        state = State::reading;
+    } else {
+        close(path + " has no more packets");
+    }
+    demux.discontinuity();
+    pacer.discontinuity();
+    roundBegin = EventLoop::Clock::now();
+    hasPackets = false;
+}
+
+void Playback::open() {
+    std::string error;
+    std::unique_ptr<PacketFile> opened = PacketFile::open(path, error);
+    if (opened == nullptr) {
+        close(error);
         return;
     }
-    if (state == State::packetDue) {
-        demux.feed(broadcast::TsPacket{packet});
-    } else if (state == State::roundDue) {
-        file->rewind();
-        demux.discontinuity();
-        pacer.discontinuity();
-        roundBegin = EventLoop::Clock::now();
-    }
+    BLOG_TAGGED(blog::kOrdinary, "%s has been opened\n", path.c_str());
+    use(std::move(opened));
+}
+
+void Playback::use(std::unique_ptr<PacketFile> newFile) {
+    file = std::move(newFile);
+    file->countIn(report.counts);
+    report.opened(EventLoop::Clock::now());
     state = State::reading;
+}
+
+void Playback::close(const std::string& problem) {
+    report.failed(problem);
+    if (const auto line = messages.tell(problem + kAgain)) {
+        BLOG_TAGGED(blog::kFailure, "%s\n", line->c_str());
+    }
+    file.reset();
+    state = State::closed;
+    dueAt = EventLoop::Clock::now() + kPause;
 }
 
 void play(std::vector<Playback>& playbacks, EventLoop& loop, Others others) {

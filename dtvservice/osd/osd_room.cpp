@@ -37,7 +37,7 @@ json OsdRoom::show(const json& request) {
 }
 
 json OsdRoom::describe(const json&) {
-    return {{"osdLayers", layers}};
+    return {{"osd_layers", layers}};
 }
 
 }  // namespace dtvservice

@@ -187,8 +187,15 @@ json PresentationRoom::tuneAsOperated(const json& request) {
 
 json PresentationRoom::describe(const json&) {
     const Channel* const channel = core.presented();
-    return {{"presented", channel == nullptr ? json() : json(channel->triplet())},
-            {"name", channel == nullptr ? json() : json(channel->name)}};
+    if (channel == nullptr) {
+        return {{"presented_service", json()}};
+    }
+    return {{"presented_service",
+             {{"onid", channel->networkId()},
+              {"tsid", channel->transportStreamId},
+              {"sid", channel->serviceId},
+              {"name", channel->name},
+              {"input", core.multiplexes.numberOf(core.received())}}}};
 }
 
 }  // namespace dtvservice

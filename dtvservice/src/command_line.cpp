@@ -38,6 +38,7 @@ Program described() {
          {},
          inputs(),
          "Packets have 188, 192 or 204 bytes."},
+        {"bitrate", "N", "bit/s of packets that follow no PCR; 500k and 4.5M are numbers, too; default: 5M"},
         {"once", "", "play each file once; end after the last one unless there are other inputs"},
         {"serial-number", "TEXT", "the serial number for video on demand that browsers get; default: empty"},
         {"list", "FILE",

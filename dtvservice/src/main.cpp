@@ -6,10 +6,13 @@
 #include <list>
 #include <thread>
 
+#include "bit_rate.h"
 #include "command_line.h"
 #include "command_line/arguments.h"
+#include "command_line/output.h"
 #include "dvb_source.h"
 #include "frame/process.h"
+#include "input_watch.h"
 #include "live_input.h"
 #include "operator_server.h"
 #include "player.h"
@@ -22,7 +25,7 @@ struct Options {
     std::vector<dtvservice::InputName> inputs;
     std::string list;
     dtvservice::Settings settings;
-    dtvservice::Repeat repeat = dtvservice::Repeat::forever;
+    dtvservice::Playing playing;
 };
 
 [[noreturn]] void endWithUsage(const std::string& error) {
@@ -41,6 +44,14 @@ dtvservice::InputName inputOrEnd(const std::string& text) {
     return *input;
 }
 
+std::uint64_t bitRateOrEnd(const std::string& text) {
+    const std::optional<std::uint64_t> bitRate = dtvservice::parseBitRate(text);
+    if (!bitRate) {
+        endWithUsage("--bitrate: \"" + text + "\" is not a bit rate from 1k to 500M");
+    }
+    return *bitRate;
+}
+
 Options parseOptions(int argc, char** argv) {
     const command_line::Arguments arguments = command_line::parseOrEnd(dtvservice::commandLine(), argc, argv);
     Options options;
@@ -49,7 +60,10 @@ Options parseOptions(int argc, char** argv) {
     }
     options.list = arguments.value("list").value_or("");
     options.settings.serialNumber = arguments.value("serial-number").value_or("");
-    options.repeat = arguments.has("once") ? dtvservice::Repeat::once : dtvservice::Repeat::forever;
+    options.playing.repeat = arguments.has("once") ? dtvservice::Repeat::once : dtvservice::Repeat::forever;
+    if (const std::optional<std::string> bitRate = arguments.value("bitrate")) {
+        options.playing.bitRate = bitRateOrEnd(*bitRate);
+    }
     if (options.inputs.empty() == options.list.empty()) {
         endWithUsage("one of --input and --list is needed");
     }
@@ -131,21 +145,28 @@ private:
     std::thread thread;
 };
 
-/// Opens the inputs that are files: one entry for each input, null for a live input or for a file that cannot be
-/// opened. Ends the process if every input is a file and none can be opened.
-std::vector<std::unique_ptr<dtvservice::PacketFile>> openFiles(const std::vector<dtvservice::InputName>& inputs) {
-    std::vector<std::unique_ptr<dtvservice::PacketFile>> files;
-    std::vector<std::string> problems;
-    for (const dtvservice::InputName& input : inputs) {
-        std::string problem;
-        files.push_back(input.isFile() ? dtvservice::PacketFile::open(input.path, problem) : nullptr);
-        if (!problem.empty()) {
-            problems.push_back(problem);
+/// An input that is a file, opened; null for a live input or for a file that cannot be opened, with the reason.
+struct OpenedFile {
+    std::unique_ptr<dtvservice::PacketFile> file;
+    std::string problem;
+};
+
+/// One entry for each input. Ends the process if every input is a file and none can be opened.
+std::vector<OpenedFile> openFiles(const std::vector<dtvservice::InputName>& inputs) {
+    std::vector<OpenedFile> files(inputs.size());
+    std::size_t failed = 0;
+    for (std::size_t index = 0; index < inputs.size(); ++index) {
+        if (inputs[index].isFile()) {
+            files[index].file = dtvservice::PacketFile::open(inputs[index].path, files[index].problem);
+            failed += files[index].problem.empty() ? 0 : 1;
         }
     }
-    const bool isOver = problems.size() == inputs.size();
-    for (const std::string& problem : problems) {
-        std::fprintf(stderr, "dtvserviced: %s%s\n", problem.c_str(), isOver ? "" : "; trying again every second");
+    const bool isOver = failed == inputs.size();
+    for (const OpenedFile& file : files) {
+        if (!file.problem.empty()) {
+            std::fprintf(stderr, "dtvserviced: %s%s\n", file.problem.c_str(),
+                         isOver ? "" : "; trying again every second");
+        }
     }
     if (isOver) {
         std::exit(1);
@@ -153,20 +174,49 @@ std::vector<std::unique_ptr<dtvservice::PacketFile>> openFiles(const std::vector
     return files;
 }
 
+void say(const std::string& line) {
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+}
+
+/// How to reach this service. Programs of the same user find it without a setting unless it has one itself.
+void sayHowToConnect() {
+    const std::string folder = control::runDirectory();
+    say("run directory: " + folder);
+    const bool isSet = std::getenv("DTV_RUN_DIR") != nullptr;
+    say("connect with: " + (isSet ? "DTV_RUN_DIR=" + folder + " " : std::string()) + "dvbshell watch");
+}
+
+void sayInputs(const std::vector<dtvservice::InputName>& inputs) {
+    std::string line = "ready: playing";
+    for (std::size_t index = 0; index < inputs.size(); ++index) {
+        say("input " + std::to_string(index + 1) + ": " + inputs[index].text);
+        line += " " + inputs[index].text;
+    }
+    sayHowToConnect();
+    say(line);
+}
+
 int serve(const Options& options) {
-    std::vector<std::unique_ptr<dtvservice::PacketFile>> files = openFiles(options.inputs);
+    std::vector<OpenedFile> files = openFiles(options.inputs);
     dtvservice::EventLoop loop;
     const SignalWaiter signals(loop);
     dtvservice::Core core(loop);
     dtvservice::addRooms(core, options.settings);
     std::vector<dtvservice::Playback> playbacks;
-    std::vector<std::pair<dtvservice::InputName, broadcast::Demux*>> live;
+    std::vector<std::pair<dtvservice::InputName, dtvservice::Multiplex*>> live;
     for (std::size_t index = 0; index < files.size(); ++index) {
-        broadcast::Demux& demux = core.addMultiplex().demux;
-        if (options.inputs[index].isFile()) {
-            playbacks.emplace_back(options.inputs[index].path, std::move(files[index]), demux, options.repeat);
+        const dtvservice::InputName& input = options.inputs[index];
+        dtvservice::Multiplex& multiplex = core.addMultiplex();
+        multiplex.report.setSource(input.text);
+        if (!files[index].problem.empty()) {
+            multiplex.report.failed(files[index].problem);
+        }
+        if (input.isFile()) {
+            playbacks.emplace_back(input.path, std::move(files[index].file), multiplex.demux, multiplex.report,
+                                   options.playing);
         } else {
-            live.emplace_back(options.inputs[index], &demux);
+            live.emplace_back(input, &multiplex);
         }
     }
     theCore = &core;
@@ -182,15 +232,12 @@ int serve(const Options& options) {
     if (!operators.error().empty()) {
         std::fprintf(stderr, "dtvserviced: cannot take operators: %s\n", operators.error().c_str());
     }
-    std::printf("ready: playing");
-    for (const dtvservice::InputName& input : options.inputs) {
-        std::printf(" %s", input.text.c_str());
-    }
-    std::printf("\n");
-    std::fflush(stdout);
+    sayInputs(options.inputs);
+    dtvservice::InputWatch watch(loop, core.multiplexes, say);
+    watch.start();
     std::list<dtvservice::LiveInput> inputs;
-    for (const auto& [input, demux] : live) {
-        inputs.emplace_back(input, loop, *demux);
+    for (const auto& [input, multiplex] : live) {
+        inputs.emplace_back(input, loop, multiplex->demux, multiplex->report, options.playing.bitRate);
     }
     dtvservice::play(playbacks, loop, live.empty() ? dtvservice::Others::none : dtvservice::Others::live);
     process.stopAppMembers();
@@ -200,6 +247,7 @@ int serve(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    command_line::checkOutputAtExit("dtvserviced");
     const Options options = parseOptions(argc, argv);
     return options.list.empty() ? serve(options) : list(options.list);
 }

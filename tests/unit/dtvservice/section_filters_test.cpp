@@ -119,7 +119,7 @@ TEST_F(SomeFilters, GoWithTheirBrowser) {
     filters.forget(1);
     feed(100, sectionOf(60));
     EXPECT_FALSE(filters.close(1, "a"));
-    EXPECT_EQ(demux.counts().packets, 0U) << "nobody follows the PID";
+    EXPECT_EQ(demux.countsOf(100).sections, 0U) << "nobody follows the PID";
 }
 
 TEST_F(SomeFilters, SendAServicesPmtToItsRequester) {
@@ -136,7 +136,7 @@ TEST_F(SomeFilters, EndWhenAnotherMultiplexIsFollowed) {
     EXPECT_TRUE(filters.follow(demux).empty()) << "the same one";
     EXPECT_THAT(filters.follow(other), testing::UnorderedElementsAre(testing::Pair(1U, "a"), testing::Pair(1U, "pmt")));
     feed(100, sectionOf(60));
-    EXPECT_EQ(demux.counts().packets, 0U) << "nobody follows the PID";
+    EXPECT_EQ(demux.countsOf(100).sections, 0U) << "nobody follows the PID";
     EXPECT_FALSE(filters.close(1, "a"));
     EXPECT_TRUE(open("a", 100)) << "on the other one";
 }

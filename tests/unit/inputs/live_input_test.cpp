@@ -12,6 +12,7 @@
 #include <sstream>
 
 #include "eventually.h"
+#include "pacer.h"
 #include "packets.h"
 #include "recording/recording_platform.h"
 
@@ -35,7 +36,7 @@ protected:
         close(probe);
         std::string error;
         const auto name = dtvservice::parseInput("udp://127.0.0.1:" + std::to_string(ntohs(address.sin_port)), error);
-        input = std::make_unique<LiveInput>(*name, loop, demux);
+        input = std::make_unique<LiveInput>(*name, loop, demux, report, dtvservice::Pacer::kDefaultBitRate);
         EXPECT_TRUE(eventually([this] { return waitingBytes().has_value(); })) << "it listens";
     }
     ~ABusyLoop() override { close(descriptor); }
@@ -73,6 +74,7 @@ protected:
 
     EventLoop loop;
     broadcast::Demux demux;
+    dtvservice::InputReport report;
     std::unique_ptr<LiveInput> input;
 
 private:
