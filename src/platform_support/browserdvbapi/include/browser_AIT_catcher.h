@@ -1,7 +1,8 @@
 // BrowserAITCatcher: stores AIT sections by channel, delivers new ones to the AIT client, and replays a channel's
 // sections on request.
 // The library itself never feeds it. The program that embeds the browser reports the channel with
-// updateCurrentChannelInfo() and passes the sections that its DVBServiceListener receives to updateAIT().
+// updateCurrentChannelInfo() and passes the sections that its DVBServiceListener receives to updateAIT(). These two and
+// getInstance() are exported; the browser cannot link any other operation of the class.
 // This is the only browser-facing header that needs Boost (boost/shared_ptr.hpp).
 // Threads: any; each replay runs on its own thread.
 // Blocks:  updateAIT() while another delivery's client call runs.

@@ -12,7 +12,7 @@
 namespace velmora::dtv {
 
 /// Implemented by the browser, which owns it: it must live until it is unregistered and no call of
-/// onCurrentChannelAIT() runs.
+/// onCurrentChannelAIT() runs. Nothing tells when the last call has ended, so keep it until the process ends.
 class AITSectionClient {
 public:
     /// Receives one whole AIT section, or an empty one for a section number that a replay did not find. Runs under the

@@ -1,7 +1,8 @@
 // DVBSectionInterface ("SectionFilterAPI"): filters on MPEG-2 sections and on the PMT of a service.
 // Order of use: generateSessionName(), then startSection() or startPMTRequest() with that name. The client receives the
-// sections. End with stopSection() or stopPMTRequest() with the same client and name.
-// The binary rules at the top of idtv_unknown.h apply.
+// sections. End with stopSection() or stopPMTRequest() with the same client and name. dvb_helpers/section_filter.h has
+// a filter that keeps these rules and the client's lifetime itself. The binary rules at the top of idtv_unknown.h
+// apply.
 #pragma once
 
 #include <string>
@@ -32,7 +33,7 @@ protected:
 
 class DVBSectionInterface : public IDTVUnknown {
 public:
-    /// Requests the PMT of a service. Returns 0 at once.
+    /// Requests the PMT of a service: the TV sends the known one, then each change. Returns 0 at once.
     virtual int startPMTRequest(SectionFilterClient* client, const std::string& sessionName,
                                 unsigned int serviceId) = 0;
     /// 0, or -1 for a null client, an empty or an unknown session name.
@@ -40,8 +41,9 @@ public:
     /// A new name of 45 characters, unique across all processes.
     virtual std::string generateSessionName() = 0;
     /// Opens a filter on a PID. `mask` holds `length` bytes to match; as many bytes in `maskBits` select the bits to
-    /// compare. Waits for the DTV service's answer, about 10 seconds at most; do not call it on the transport thread.
-    /// True when the filter is open. After false, still call stopSection().
+    /// compare. The reference service compares byte 0 with table_id and byte 1 with the section's byte 3, behind
+    /// section_length. Waits for the DTV service's answer, about 10 seconds at most; do not call it on the transport
+    /// thread. True when the filter is open. After false, still call stopSection().
     virtual bool startSection(SectionFilterClient* client, const std::string& sessionName, unsigned int pid,
                               const unsigned char* mask, const unsigned char* maskBits, int length) = 0;
     /// Closes a filter; waits like startSection(). False when the filter is unknown or the service did not confirm.
