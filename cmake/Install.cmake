@@ -21,6 +21,10 @@ install(FILES ${CMAKE_BINARY_DIR}/install/browserdvbapi.pc DESTINATION lib/pkgco
 install(FILES ${CMAKE_BINARY_DIR}/install/browserdvbapiConfig.cmake
   ${CMAKE_BINARY_DIR}/install/browserdvbapiConfigVersion.cmake DESTINATION lib/cmake/browserdvbapi)
 
+# For the browser's engineers: the guide and the examples that it uses.
+install(FILES ${PROJECT_SOURCE_DIR}/docs/browser-guide.md DESTINATION share/doc/browserdvbapi)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/ DESTINATION share/doc/browserdvbapi/examples)
+
 if(DTV_PLATFORM_SDK)
   if(DTV_BUILD_SHELL)
     install(TARGETS dvbshell RUNTIME DESTINATION bin)

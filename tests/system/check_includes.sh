@@ -30,6 +30,7 @@ declare -A may=(
     [dtvservice/control]=""
     [dtvservice/core]="$contract $idiom $records $fields dtvservice/broadcast dtvservice/control"
     [dtvservice/inputs]="$contract $idiom dtvservice/broadcast dtvservice/core"
+    [examples]="$headers"
     [tools/tsmake]="command_line si"
     [tools/dtvctl]="command_line dtvservice/control si $fields"
     [tools/dvbshell]="$headers command_line si $fields"
