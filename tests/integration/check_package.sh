@@ -19,13 +19,9 @@ trap 'rm -rf "$folder"' EXIT
 package=$(echo "$folder"/made/*.deb)
 dpkg-deb --field "$package" Package Version Architecture Depends
 dpkg-deb --extract "$package" "$folder/root"
-for program in dtvctl dtvserviced tsmake; do
-    for file in "man/man1/$program.1" "bash-completion/completions/$program"; do
-        [ -s "$folder/root/usr/share/$file" ] || { echo "the package lacks $file"; exit 1; }
-    done
-done
-for document in README.md docs/tools.md docs/tsmake.md; do
-    [ -s "$folder/root/usr/share/doc/browserdvbapi/$document" ] || { echo "the package lacks $document"; exit 1; }
+for file in $(cd "$build/share" && echo man/man1/*.1 bash-completion/completions/*) \
+    doc/browserdvbapi/README.md doc/browserdvbapi/docs/tools.md; do
+    [ -s "$folder/root/usr/share/$file" ] || { echo "the package lacks share/$file"; exit 1; }
 done
 "$demo" "$folder/root/usr" "$folder/root/usr/share/dtv/sample.ts" | tail -n 7
 
