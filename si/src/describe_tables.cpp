@@ -1,250 +1,207 @@
-// Describes tables of PSI and SI. libbitstream reads the fields after our own checks.
-#include <bitstream/dvb/si.h>
-#include <bitstream/mpeg/psi.h>
-
-#include <array>
-
+// Describes tables of PSI and SI: the layouts of the known tables (ISO/IEC 13818-1, clause 2.4.4; ISO/IEC 13818-6; EN
+// 300 468, clause 5; TS 102 809, clause 5.3.4; TS 102 006, clause 9.4; EN 301 192, clause 8.4; TS 102 323, clause 5.2).
 #include "checked_section.h"
-#include "describe.h"
-#include "entries.h"
+#include "layout.h"
+#include "notation.h"
 #include "si/tables.h"
-#include "times.h"
 
 namespace si {
 
 namespace {
 
-void describeHeader(const std::uint8_t* section, Node& node) {
-    node.number("version_number", psi_get_version(section)).number("current_next", psi_get_current(section) ? 1 : 0);
-    node.number("section_number", psi_get_section(section)).number("last_section_number", psi_get_lastsection(section));
-}
+/// What a section has besides its fields. The short form has no CRC_32.
+enum class Form { longForm, shortForm, shortFormWithCrc };
 
-std::string timeText(std::optional<UtcSeconds> time) {
-    return time ? dateText(*time) + "T" + clockText(*time) + "Z" : "undefined";
-}
+constexpr std::size_t kCrcSize = 4;
 
-std::string durationText(std::uint32_t seconds) {
-    std::array<char, 32> text{};
-    const int length =
-        std::snprintf(text.data(), text.size(), "%02u:%02u:%02u", seconds / 3600, seconds / 60 % 60, seconds % 60);
-    return {text.data(), static_cast<std::size_t>(length)};
-}
+// Parts of layouts: the header of the long form; a length of 12 bits; a loop of descriptors after it.
+#define HEADER " -:2 version_number:5 current_next_indicator:1 section_number:8 last_section_number:8 "
+#define LENGTH(field) " -:4 " field ":12"
+#define LOOP(field) LENGTH(field) "(descriptors) "
+#define LOOPS_OF_TARGETS                                                              \
+    "device{" LENGTH("target_descriptor_loop_length") "(target[descriptors])" LENGTH( \
+        "operational_descriptor_loop_length") "(operational[descriptors])}"
 
-/// A descriptor loop with its length in two bytes before it.
-void describeLoop(std::uint8_t* loop, Node& node) {
-    describeDescriptors({loop + DESCS_HEADER_SIZE, descs_get_length(loop)}, node);
-}
+constexpr const char* kPat =
+    "transport_stream_id:16" HEADER
+    "program{program_number:16 -:3 ?program_number=0(network_PID:13) ?program_number(program_map_PID:13)}";
+constexpr const char* kOnlyDescriptors = "-:16" HEADER "descriptors";
+constexpr const char* kPmt = "program_number:16" HEADER "-:3 PCR_PID:13" LOOP(
+    "program_info_length") "stream{stream_type:8 -:3 elementary_PID:13" LOOP("ES_info_length") "}";
+constexpr const char* kMessage =
+    "table_id_extension:16" HEADER
+    "protocolDiscriminator:8 dsmccType:8 messageId:16 ?messageId=0x1003(downloadId:32) "
+    "?messageId!0x1003(transactionId:32) -:8 .adaptationLength:8 messageLength:16 "
+    "dsmccAdaptation:bytes@adaptationLength "
+    "?messageId=0x1002(downloadId:32 blockSize:16 -:80 compatibilityDescriptorLength:16(compatibilityDescriptor:rest) "
+    "numberOfModules:16#(module[moduleId:16 moduleSize:32 moduleVersion:8 moduleInfo:bytes]) "
+    "privateDataLength:16(privateData:rest)) "
+    "?messageId=0x1006(serverId:bytes20 compatibilityDescriptorLength:16(compatibilityDescriptor:rest) "
+    "privateDataLength:16(privateData:rest)) "
+    "?messageId=0x1003(moduleId:16 moduleVersion:8 -:8 blockNumber:16 blockDataBytes:size)";
+constexpr const char* kStreamDescriptors = "table_id_extension:16" HEADER "descriptors";
+constexpr const char* kNit = "network_id:16" HEADER LOOP("network_descriptors_length")
+    LENGTH("transport_stream_loop_length") "(transport_stream{transport_stream_id:16 original_network_id:16" LOOP(
+        "transport_descriptors_length") "})";
+constexpr const char* kBat = "bouquet_id:16" HEADER LOOP("bouquet_descriptors_length")
+    LENGTH("transport_stream_loop_length") "(transport_stream{transport_stream_id:16 original_network_id:16" LOOP(
+        "transport_descriptors_length") "})";
+constexpr const char* kSdt =
+    "transport_stream_id:16" HEADER
+    "original_network_id:16 -:8 service{service_id:16 -:6 EIT_schedule_flag:1 "
+    "EIT_present_following_flag:1 running_status:3 free_CA_mode:1 descriptors_loop_length:12(descriptors)}";
+constexpr const char* kUnt = "action_type:8 OUI_hash:8" HEADER "OUI:24 processing_order:8"
+    LOOP("common_descriptor_loop_length")
+    "platform{compatibilityDescriptorLength:16(?(descriptorCount:16 compatibility{descriptorType:8 "
+    "descriptorLength:8(specifierType:8 specifierData:24 model:16 version:16 "
+    "subDescriptorCount:8 +{subDescriptorType:8 subDescriptor:bytes})})) platform_loop_length:16(" LOOPS_OF_TARGETS ")}";
+constexpr const char* kInt =
+    "action_type:8 platform_id_hash:8" HEADER
+    "platform_id:24 processing_order:8" LOOP("platform_descriptor_loop_length") LOOPS_OF_TARGETS;
+constexpr const char* kEit =
+    "service_id:16" HEADER
+    "transport_stream_id:16 original_network_id:16 segment_last_section_number:8 "
+    "last_table_id:8 event{event_id:16 start_time:utc duration:duration running_status:3 free_CA_mode:1 "
+    "descriptors_loop_length:12(descriptors)}";
+constexpr const char* kTot = "UTC_time:utc" LOOP("descriptors_loop_length");
+constexpr const char* kRst =
+    "event{transport_stream_id:16 original_network_id:16 service_id:16 event_id:16 -:5 running_status:3}";
+constexpr const char* kAit = "test_application_flag:1 application_type:15" HEADER LOOP("common_descriptors_length")
+    LENGTH("application_loop_length") "(application{organisation_id:32 application_id:16 application_control_code:8"
+    LOOP("application_descriptors_loop_length") "})";
+constexpr const char* kRnt = "context_id:16" HEADER "context_id_type:8" LOOP("common_descriptors_length")
+    "resolution_provider{" LENGTH("resolution_provider_info_length") "(resolution_provider_name:string"
+    LOOP("resolution_provider_descriptors_length") "CRID_authority{CRID_authority_name:string -:2 "
+    "CRID_authority_policy:2 CRID_authority_descriptors_length:12(descriptors)})}";
+constexpr const char* kSit = "-:16" HEADER LOOP(
+    "transmission_info_loop_length") "service{service_id:16 -:1 running_status:3 service_loop_length:12(descriptors)}";
 
-using Section = std::vector<std::uint8_t>;
-
-/// The section's bytes if the section is correct and `fits` accepts its lengths; else empty, with the reason.
-Section readable(Bytes section, const Node& node, bool (*fits)(const Section&), std::string& error) {
-    Section bytes = checkedSection(section, node.name.c_str(), error);
-    if (!bytes.empty() && !fits(bytes)) {
-        error = node.name + " section: fields do not fit";
-        bytes.clear();
-    }
-    return bytes;
-}
-
-/// Entries with a loop of descriptors. Bytes at the end that do not fit become a node "unreadable".
-template <typename Get, typename Describe>
-void describeEntries(Section& section, std::size_t header, Get get, Node& node, Describe describe) {
-    const Bytes rest = forEachEntryWithLoop(section, header, get, describe);
-    if (rest.size != 0) {
-        node.add("unreadable").bytes("bytes", rest);
-    }
-}
-
-bool patFits(const Section& section) {
-    return pat_validate(section.data());
-}
-
-bool describePat(Bytes section, Node& node, std::string& error) {
-    Section bytes = readable(section, node, patFits, error);
-    if (bytes.empty()) {
-        return false;
-    }
-    node.number("transport_stream_id", psi_get_tableidext(bytes.data()));
-    describeHeader(bytes.data(), node);
-    forEachEntry([&bytes](std::uint8_t index) { return pat_get_program(bytes.data(), index); },
-                 [&node](const std::uint8_t* program) {
-                     const bool network = patn_get_program(program) == 0;
-                     Node& entry = node.add(network ? "network" : "program");
-                     entry.number("program_number", patn_get_program(program));
-                     entry.number(network ? "network_PID" : "program_map_PID", patn_get_pid(program));
-                 });
-    return true;
-}
-
-bool describeCat(Bytes section, Node& node, std::string& error) {
-    Section bytes = readable(section, node, catFits, error);
-    if (bytes.empty()) {
-        return false;
-    }
-    describeHeader(bytes.data(), node);
-    describeDescriptors({cat_get_descl(bytes.data()), cat_get_desclength(bytes.data())}, node);
-    return true;
-}
-
-bool describePmt(Bytes section, Node& node, std::string& error) {
-    Section bytes = readable(section, node, pmtFits, error);
-    if (bytes.empty()) {
-        return false;
-    }
-    node.number("program_number", psi_get_tableidext(bytes.data()));
-    describeHeader(bytes.data(), node);
-    node.number("PCR_PID", pmt_get_pcrpid(bytes.data()));
-    describeLoop(pmt_get_descs(bytes.data()), node);
-    const std::optional<Pmt> pmt = parsePmt(section, error);
-    std::size_t stream = 0;
-    describeEntries(bytes, PMT_ES_SIZE, pmt_get_es, node, [&](std::uint8_t* entry) {
-        Node& added = node.add("stream");
-        added.hex("stream_type", pmtn_get_streamtype(entry), 2);
-        added.number("elementary_PID", pmtn_get_pid(entry));
-        if (pmt && stream < pmt->streams.size()) {
-            added.text("carries", streamName(pmt->streams[stream++]));
-        }
-        describeLoop(pmtn_get_descs(entry), added);
-    });
-    return true;
-}
-
-bool describeNit(Bytes section, Node& node, std::string& error) {
-    Section bytes = readable(section, node, nitFits, error);
-    if (bytes.empty()) {
-        return false;
-    }
-    node.number("network_id", psi_get_tableidext(bytes.data()));
-    describeHeader(bytes.data(), node);
-    describeLoop(nit_get_descs(bytes.data()), node);
-    describeEntries(bytes, NIT_TS_SIZE, nit_get_ts, node, [&node](std::uint8_t* entry) {
-        Node& added = node.add("transport_stream");
-        added.number("transport_stream_id", nitn_get_tsid(entry));
-        added.number("original_network_id", nitn_get_onid(entry));
-        describeLoop(nitn_get_descs(entry), added);
-    });
-    return true;
-}
-
-bool describeSdt(Bytes section, Node& node, std::string& error) {
-    Section bytes = readable(section, node, sdtFits, error);
-    if (bytes.empty()) {
-        return false;
-    }
-    node.number("transport_stream_id", psi_get_tableidext(bytes.data()));
-    node.number("original_network_id", sdt_get_onid(bytes.data()));
-    describeHeader(bytes.data(), node);
-    describeEntries(bytes, SDT_SERVICE_SIZE, sdt_get_service, node, [&node](std::uint8_t* entry) {
-        Node& added = node.add("service");
-        added.number("service_id", sdtn_get_sid(entry));
-        added.number("EIT_schedule", sdtn_get_eitschedule(entry) ? 1 : 0);
-        added.number("EIT_present_following", sdtn_get_eitpresent(entry) ? 1 : 0);
-        added.number("running_status", sdtn_get_running(entry));
-        added.number("free_CA_mode", sdtn_get_ca(entry) ? 1 : 0);
-        describeLoop(sdtn_get_descs(entry), added);
-    });
-    return true;
-}
-
-void describeEvent(std::uint8_t* entry, Node& added) {
-    constexpr std::size_t kStartAt = 2;
-    constexpr std::size_t kDurationAt = 7;
-    const std::uint8_t* const duration = entry + kDurationAt;
-    added.number("event_id", eitn_get_event_id(entry));
-    added.text("start_time", timeText(startTime(entry + kStartAt)));
-    added.text("duration",
-               durationText(fromBcd(duration[0]) * 3600U + fromBcd(duration[1]) * 60U + fromBcd(duration[2])));
-    added.number("running_status", eitn_get_running(entry));
-    added.number("free_CA_mode", eitn_get_ca(entry) ? 1 : 0);
-    describeLoop(eitn_get_descs(entry), added);
-}
-
-bool describeEit(Bytes section, Node& node, std::string& error) {
-    Section bytes = readable(section, node, eitFits, error);
-    if (bytes.empty()) {
-        return false;
-    }
-    node.number("service_id", psi_get_tableidext(bytes.data()));
-    node.number("transport_stream_id", eit_get_tsid(bytes.data()));
-    node.number("original_network_id", eit_get_onid(bytes.data()));
-    describeHeader(bytes.data(), node);
-    describeEntries(bytes, EIT_EVENT_SIZE, eit_get_event, node,
-                    [&node](std::uint8_t* entry) { describeEvent(entry, node.add("event")); });
-    return true;
-}
-
-/// TDT and TOT do not have the long form: they have a time, and the TOT also has descriptors and a CRC_32.
-bool describeTime(Bytes section, Node& node, std::string& error) {
-    constexpr std::size_t kUtc = 5;
-    const bool tot = section.data[0] == TOT_TABLE_ID;
-    const std::size_t shortest = tot ? std::size_t{TOT_HEADER_SIZE} + PSI_CRC_SIZE : std::size_t{TDT_HEADER_SIZE};
-    if (section.size < shortest || announcedSize(section.data) != section.size) {
-        error = node.name + " section: the length is wrong";
-        return false;
-    }
-    if (!crcIsRight(section)) {
-        error = node.name + " section: wrong CRC_32";
-        return false;
-    }
-    node.text("UTC_time", timeText(startTime(section.data + kSectionHeaderSize)));
-    if (tot) {
-        Section bytes(section.data, section.data + section.size);
-        const std::size_t room = bytes.size() - kSectionHeaderSize - kUtc - DESCS_HEADER_SIZE - PSI_CRC_SIZE;
-        const std::size_t length = std::min<std::size_t>(tot_get_desclength(bytes.data()), room);
-        describeDescriptors({bytes.data() + kSectionHeaderSize + kUtc + DESCS_HEADER_SIZE, length}, node);
-    }
-    return true;
-}
+#undef HEADER
+#undef LENGTH
+#undef LOOP
+#undef LOOPS_OF_TARGETS
 
 /// A known table and its range of table_id.
 struct KnownTable {
     std::uint8_t first;
     std::uint8_t last;
     const char* name;
-    bool (*describe)(Bytes, Node&, std::string&);
+    Form form;
+    const char* layout;  ///< of what follows section_length; see layout.h
+    Scope scope = Scope::general;
 };
 
 constexpr KnownTable kKnownTables[] = {
-    {0x00, 0x00, "PAT", describePat},
-    {0x01, 0x01, "CAT", describeCat},
-    {0x02, 0x02, "PMT", describePmt},
-    {0x3B, 0x3C, "DSM-CC", describeDsmccMessage},
-    {0x3D, 0x3D, "DSM-CC stream descriptors", describeStreamDescriptors},
-    {0x40, 0x40, "NIT actual", describeNit},
-    {0x41, 0x41, "NIT other", describeNit},
-    {0x42, 0x42, "SDT actual", describeSdt},
-    {0x46, 0x46, "SDT other", describeSdt},
-    {0x4E, 0x4E, "EIT present/following actual", describeEit},
-    {0x4F, 0x4F, "EIT present/following other", describeEit},
-    {0x50, 0x5F, "EIT schedule actual", describeEit},
-    {0x60, 0x6F, "EIT schedule other", describeEit},
-    {0x70, 0x70, "TDT", describeTime},
-    {0x73, 0x73, "TOT", describeTime},
-    {0x74, 0x74, "AIT", describeAit},
+    {0x00, 0x00, "PAT", Form::longForm, kPat},
+    {0x01, 0x01, "CAT", Form::longForm, kOnlyDescriptors},
+    {0x02, 0x02, "PMT", Form::longForm, kPmt},
+    {0x03, 0x03, "TSDT", Form::longForm, kOnlyDescriptors},
+    {0x3B, 0x3C, "DSM-CC", Form::longForm, kMessage},
+    {0x3D, 0x3D, "DSM-CC stream descriptors", Form::longForm, kStreamDescriptors},
+    {0x40, 0x40, "NIT actual", Form::longForm, kNit},
+    {0x41, 0x41, "NIT other", Form::longForm, kNit},
+    {0x42, 0x42, "SDT actual", Form::longForm, kSdt},
+    {0x46, 0x46, "SDT other", Form::longForm, kSdt},
+    {0x4A, 0x4A, "BAT", Form::longForm, kBat},
+    {0x4B, 0x4B, "UNT", Form::longForm, kUnt, Scope::update},
+    {0x4C, 0x4C, "INT", Form::longForm, kInt, Scope::ipMac},
+    {0x4E, 0x4E, "EIT present/following actual", Form::longForm, kEit},
+    {0x4F, 0x4F, "EIT present/following other", Form::longForm, kEit},
+    {0x50, 0x5F, "EIT schedule actual", Form::longForm, kEit},
+    {0x60, 0x6F, "EIT schedule other", Form::longForm, kEit},
+    {0x70, 0x70, "TDT", Form::shortForm, "UTC_time:utc"},
+    {0x71, 0x71, "RST", Form::shortForm, kRst},
+    {0x72, 0x72, "ST", Form::shortForm, "data_byte:rest"},
+    {0x73, 0x73, "TOT", Form::shortFormWithCrc, kTot},
+    {0x74, 0x74, "AIT", Form::longForm, kAit, Scope::application},
+    {0x79, 0x79, "RNT", Form::longForm, kRnt, Scope::resolution},
+    {0x7E, 0x7E, "DIT", Form::shortForm, "transition_flag:1 -:7"},
+    {0x7F, 0x7F, "SIT", Form::longForm, kSit},
 };
+
+const KnownTable* knownTable(std::uint8_t tableId) {
+    for (const KnownTable& table : kKnownTables) {
+        if (tableId >= table.first && tableId <= table.last) {
+            return &table;
+        }
+    }
+    return nullptr;
+}
+
+/// Whether the section is complete and has its form; if not, the reason.
+bool isReadable(Bytes section, const KnownTable& table, std::string& error) {
+    if (table.form == Form::longForm) {
+        return !checkedSection(section, table.name, error).empty();
+    }
+    const bool hasCrc = table.form == Form::shortFormWithCrc;
+    if (announcedSize(section.data) != section.size) {
+        error = lengthError(section, table.name);
+    } else if (hasCrc && section.size < kSectionHeaderSize + kCrcSize) {
+        error = std::string(table.name) + " section: only " + std::to_string(section.size) + " bytes";
+    } else if (hasCrc && crc32(section) != 0) {
+        error = std::string(table.name) + " section: wrong CRC_32";
+    }
+    return error.empty();
+}
+
+/// A PAT's first entry is often not a program but the network.
+void nameNetworks(Node& pat) {
+    for (Node& entry : pat.nodes) {
+        if (!entry.fields.empty() && entry.fields[0].number == 0U) {
+            entry.name = "network";
+        }
+    }
+}
+
+/// Says what the descriptors of a stream make of its stream_type.
+void nameStreams(Bytes section, Node& node) {
+    constexpr std::ptrdiff_t kBehindPid = 2;
+    std::string error;
+    const std::optional<Pmt> pmt = parsePmt(section, error);
+    std::size_t stream = 0;
+    for (Node& entry : node.nodes) {
+        if (pmt && entry.name == "stream" && stream < pmt->streams.size()) {
+            entry.fields.insert(entry.fields.begin() + kBehindPid,
+                                {"carries", streamName(pmt->streams[stream++]), std::nullopt});
+        }
+    }
+}
+
+Node describeTable(Bytes section, const KnownTable& table) {
+    constexpr std::uint8_t kPatId = 0x00;
+    constexpr std::uint8_t kPmtId = 0x02;
+    constexpr unsigned int kTableIdBits = 8;
+    const std::size_t behind = table.form == Form::shortForm ? 0 : kCrcSize;
+    FieldInput input({section.data + kSectionHeaderSize, section.size - kSectionHeaderSize - behind}, Kind::table,
+                     table.scope);
+    Node node;
+    node.name = table.name;
+    node.fields.push_back(numberField("table_id", section.data[0], kTableIdBits));
+    readLayout(table.layout, input, node);
+    if (table.first == kPatId) {
+        nameNetworks(node);
+    } else if (table.first == kPmtId) {
+        nameStreams(section, node);
+    }
+    return node;
+}
 
 }  // namespace
 
 Node describeSection(Bytes section) {
     std::string error;
-    if (section.size < kSectionHeaderSize) {
-        error = "only " + std::to_string(section.size) + " bytes";
-    }
-    for (const KnownTable& table : kKnownTables) {
-        if (error.empty() && section.data[0] >= table.first && section.data[0] <= table.last) {
-            Node node;
-            node.name = table.name;
-            node.hex("table_id", section.data[0], 2);
-            if (table.describe(section, node, error)) {
-                return node;
-            }
-        }
+    const bool hasHeader = section.size >= kSectionHeaderSize;
+    const KnownTable* const table = hasHeader ? knownTable(section.data[0]) : nullptr;
+    if (table != nullptr && isReadable(section, *table, error)) {
+        return describeTable(section, *table);
     }
     Node raw;
     raw.name = "section";
     if (section.size != 0) {
         raw.hex("table_id", section.data[0], 2).number("size", section.size);
+    }
+    if (!hasHeader) {
+        error = "only " + std::to_string(section.size) + " bytes";
     }
     if (!error.empty()) {
         raw.text("unreadable", error);

@@ -6,24 +6,24 @@
 
 namespace si {
 
-Node& Node::number(const char* field, std::uint64_t value) {
+Node& Node::number(const std::string& field, std::uint64_t value) {
     fields.push_back({field, std::to_string(value), value});
     return *this;
 }
 
-Node& Node::hex(const char* field, std::uint64_t value, int digits) {
+Node& Node::hex(const std::string& field, std::uint64_t value, int digits) {
     char shown[24];
     std::snprintf(shown, sizeof shown, "0x%0*" PRIx64, digits, value);
     fields.push_back({field, shown, value});
     return *this;
 }
 
-Node& Node::text(const char* field, std::string value) {
+Node& Node::text(const std::string& field, std::string value) {
     fields.push_back({field, std::move(value), std::nullopt});
     return *this;
 }
 
-Node& Node::bytes(const char* field, Bytes value) {
+Node& Node::bytes(const std::string& field, Bytes value) {
     static const char* const kDigits = "0123456789abcdef";
     std::string shown;
     for (std::size_t at = 0; at < value.size; ++at) {
@@ -33,7 +33,7 @@ Node& Node::bytes(const char* field, Bytes value) {
     return text(field, shown);
 }
 
-Node& Node::add(const char* node) {
+Node& Node::add(const std::string& node) {
     nodes.emplace_back();
     nodes.back().name = node;
     return nodes.back();

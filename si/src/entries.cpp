@@ -24,10 +24,6 @@ bool isEit(std::uint8_t tableId) {
 
 }  // namespace
 
-bool catFits(const std::vector<std::uint8_t>& section) {
-    return section.size() >= CAT_HEADER_SIZE + kCrcSize && section[0] == CAT_TABLE_ID && isSingle(section);
-}
-
 bool pmtFits(const std::vector<std::uint8_t>& section) {
     constexpr std::size_t kLoopAt = PMT_HEADER_SIZE - DESCS_HEADER_SIZE;
     return loopFits(section, kLoopAt) && section[0] == PMT_TABLE_ID && isSingle(section);

@@ -18,7 +18,6 @@ inline std::size_t loopLength(const std::uint8_t* length) {
 
 /// Whether a section has its complete header, and the loops before its entries end within it. Checks table_id but not
 /// CRC_32.
-bool catFits(const std::vector<std::uint8_t>& section);
 bool pmtFits(const std::vector<std::uint8_t>& section);
 bool nitFits(const std::vector<std::uint8_t>& section);
 bool sdtFits(const std::vector<std::uint8_t>& section);

@@ -9,8 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "text_conversion.h"
-
 namespace si {
 
 namespace {
@@ -94,14 +92,15 @@ bool hasWideUnits(const std::string& encoding) {
            encoding.find("KSC") != std::string::npos || encoding.find("10646") != std::string::npos;
 }
 
-}  // namespace
-
+/// Converts the bytes after a text's character table selector. `encoding` is iconv's name of the table.
 std::string toUtf8In(const char* encoding, Bytes text) {
     if (hasWideUnits(encoding)) {
         return withoutControls(convert(encoding, text));
     }
     return withoutControls(convert(encoding, withoutMarks(text)));
 }
+
+}  // namespace
 
 std::string toUtf8(Bytes text) {
     const std::uint8_t* first = text.data;

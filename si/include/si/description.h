@@ -1,5 +1,9 @@
 // Describes any section as a tree of names and values, for people and programs that inspect broadcasts. Fields of known
-// tables and descriptors have their names from the standards; everything else has tag, length and bytes.
+// tables and descriptors have their names from the standards; everything else has tag, length and bytes. A field name
+// stands for the same kind of value in every table: always a number, or always a text. Numbers that the standards write
+// in hexadecimal have a text with 0x and the width of the field ("0x0010"), organisation_id and application_id have
+// both notations ("400 (0x190)"), and named values have their name ("0x01 (AUTOSTART)"). Lengths, counts and reserved
+// bits are not shown. Frequencies are in Hz, symbol rates in symbols a second.
 // Threads: any.
 // Blocks:  never.
 // Fails:   never; unreadable data is shown in hexadecimal with the reason.
@@ -23,22 +27,22 @@ struct Node {
     std::vector<Field> fields;
     std::vector<Node> nodes;
 
-    Node& number(const char* field, std::uint64_t value);
+    /// A decimal number.
+    Node& number(const std::string& field, std::uint64_t value);
     /// A number that is shown in hexadecimal with at least `digits` digits.
-    Node& hex(const char* field, std::uint64_t value, int digits);
-    Node& text(const char* field, std::string value);
-    Node& bytes(const char* field, Bytes value);
+    Node& hex(const std::string& field, std::uint64_t value, int digits);
+    Node& text(const std::string& field, std::string value);
+    Node& bytes(const std::string& field, Bytes value);
     /// Adds a child node. The reference is valid until the next one is added.
-    Node& add(const char* node);
+    Node& add(const std::string& node);
 };
 
-/// The tree of a section: PAT, CAT, PMT, NIT, SDT, EIT, TDT, TOT, AIT, DSM-CC messages and stream descriptors. Bytes at
-/// the end of a loop that do not fit become a node "unreadable". Another table, or a malformed one, becomes a node
-/// "section" with its table_id and bytes.
+/// The tree of a section: PAT, CAT, PMT, TSDT, DSM-CC messages and stream descriptors, NIT, SDT, BAT, UNT, INT, EIT,
+/// TDT, RST, ST, TOT, AIT, RNT, DIT, SIT. Another table, or one without its header or with a wrong CRC_32, becomes a
+/// node "section" with its table_id and bytes. Where a length within the section is wrong, the fields before it are
+/// shown, and a node "unreadable" has the wrong field ("wrong") and the bytes from there on. A child node "descriptor"
+/// has the name of its descriptor as field "is". An unknown descriptor has its bytes; one whose fields do not fit has
+/// the fields before, the wrong one, and all bytes.
 Node describeSection(Bytes section);
-
-/// Adds a node for each descriptor of a PSI or SI loop (ISO/IEC 13818-1, clause 2.6; EN 300 468, clause 6). An unknown
-/// descriptor, or one whose inner lengths do not fit, is shown by its bytes.
-void describeDescriptors(Bytes loop, Node& parent);
 
 }  // namespace si
