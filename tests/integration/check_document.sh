@@ -28,8 +28,8 @@ WORDS
 }
 
 mapfile -t headers < <(find platform/include -name '*.h')
-# The service side of the interface is not part of the library.
-mapfile -t sources < <(find "${library[@]}" \( -name '*.h' -o -name '*.cpp' -o -name '*.inc' \) ! -name '*_stub.*')
+# The service side of the interface and the names of fields are not part of the library.
+mapfile -t sources < <(find "${library[@]}" \( -name '*.h' -o -name '*.cpp' -o -name '*.inc' \) ! -name '*_stub.*' ! -path '*/fields/*')
 used=$(comm -12 <(declared "${headers[@]}") <(code "${sources[@]}" | words) | comm -23 - <(none_of_the_contract))
 named=$({
     sed -n '/^    /p' "$document"

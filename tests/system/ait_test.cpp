@@ -131,11 +131,13 @@ TEST(TheShell, FollowsTheAitAndReplaysIt) {
     const std::string output = current.output();
     const std::size_t memory = output.find("from memory:");
     ASSERT_NE(memory, std::string::npos) << output;
-    EXPECT_THAT(output.substr(0, memory), testing::HasSubstr("190:1  AUTOSTART  Red Button"));
-    EXPECT_THAT(output.substr(memory), testing::HasSubstr("190:1  AUTOSTART  Red Button"));
+    EXPECT_THAT(output.substr(0, memory),
+                testing::HasSubstr("organisation_id 400 (0x190), application_id 1 (0x1)  AUTOSTART  Red Button"));
+    EXPECT_THAT(output.substr(memory),
+                testing::HasSubstr("organisation_id 400 (0x190), application_id 1 (0x1)  AUTOSTART  Red Button"));
     ChildProcess other(DVBSHELL, {"ait", "1:1025:28107"}, "other");
     EXPECT_EQ(other.wait(), 0) << other.output();
-    EXPECT_THAT(other.output(), testing::HasSubstr("190:11  AUTOSTART  Zwei Text"));
+    EXPECT_THAT(other.output(), testing::HasSubstr("application_id 17 (0x11)  AUTOSTART  Zwei Text"));
     ChildProcess without(DVBSHELL, {"ait", "1:1025:28108", "--seconds", "1"}, "without");
     EXPECT_EQ(without.wait(), 1);
     EXPECT_THAT(without.output(), testing::HasSubstr("no AIT came"));

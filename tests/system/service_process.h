@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -15,19 +16,23 @@
 #include "become.h"
 #include "eventually.h"
 #include "run_directory.h"
+#include "valid_json.h"
 
 inline std::string fileText(const std::string& path) {
     std::ifstream file(path);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// A program whose output goes to files in the run directory.
+/// A program whose output goes to files in the run directory. What dvbshell writes with --json must be what the schema
+/// says.
 class ChildProcess {
 public:
     ChildProcess(const std::string& program, std::vector<std::string> arguments, const std::string& name,
                  Runner runner = Runner::emulator)
         : outputPath(OwnRunDirectory::instance().path() + "/" + name + ".out"),
-          logPath(OwnRunDirectory::instance().path() + "/" + name + ".log") {
+          logPath(OwnRunDirectory::instance().path() + "/" + name + ".log"),
+          writesJson(program.find("dvbshell") != std::string::npos &&
+                     std::find(arguments.begin(), arguments.end(), "--json") != arguments.end()) {
         // Remove the output of an earlier process with this name.
         unlink(outputPath.c_str());
         unlink(logPath.c_str());
@@ -60,12 +65,16 @@ public:
         int status = 0;
         waitpid(process, &status, 0);
         process = -1;
+        if (writesJson) {
+            EXPECT_TRUE(isValidJson(output()));
+        }
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
 private:
     std::string outputPath;
     std::string logPath;
+    bool writesJson;
     pid_t process = -1;
 };
 

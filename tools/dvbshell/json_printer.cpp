@@ -106,6 +106,9 @@ void JsonPrinter::result(const Operation& operation, const Outcome& outcome) {
     if (outcome.result) {
         object["result"] = *outcome.result;
     }
+    if (outcome.text) {
+        object["text"] = *outcome.text;
+    }
     for (const message_fields::FieldValue& value : outcome.values) {
         add(object, value);
     }

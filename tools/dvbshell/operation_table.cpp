@@ -50,7 +50,7 @@ Outcome call(Api& api, Result (Api::*slot)(Arguments...), [[maybe_unused]] const
         (api.*slot)(argument<Arguments>(values[indices])...);
         return {};
     } else {
-        return {(api.*slot)(argument<Arguments>(values[indices])...), {}};
+        return {(api.*slot)(argument<Arguments>(values[indices])...), {}, {}};
     }
 }
 
@@ -77,15 +77,15 @@ Outcome currentChannel(Host& host, const Values&) {
     int sid = -1;
     const int result = host.api.getCurrentChannelInfo(onid, tsid, sid);
     if (result != 0) {
-        return {result, {}};
+        return {result, {}, {}};
     }
-    return {result, {namedValue("onid", onid), namedValue("tsid", tsid), namedValue("sid", sid)}};
+    return {result, {namedValue("onid", onid), namedValue("tsid", tsid), namedValue("sid", sid)}, {}};
 }
 Outcome currentCcid(Host& host, const Values&) {
-    return {std::nullopt, {namedValue("ccid", host.api.getCurrentCCID())}};
+    return {std::nullopt, {namedValue("ccid", host.api.getCurrentCCID())}, {}};
 }
 Outcome currentDsd(Host& host, const Values&) {
-    return {std::nullopt, {namedValue("dsd", host.api.getCurrentDsd())}};
+    return {std::nullopt, {namedValue("dsd", host.api.getCurrentDsd())}, {}};
 }
 Outcome listen(Host& host, const Values&) {
     host.api.addListener(host.listener);

@@ -40,10 +40,12 @@ struct Value {
 };
 using Values = std::vector<Value>;
 
-/// The result of an operation and the values that it returns; empty for an operation without them.
+/// The result of an operation, the values that it returns, and what the shell says of it; empty for an operation
+/// without them.
 struct Outcome {
     std::optional<int> result;
     std::vector<message_fields::FieldValue> values;
+    std::optional<std::string> text;
 };
 
 /// The objects that operations use: the API, the listener that the shell registers, and the link to the AIT catcher.

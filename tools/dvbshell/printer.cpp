@@ -8,7 +8,6 @@
 #include "si/printable.h"
 #include "si/tables.h"
 #include "tree_text.h"
-#include "wrapped_text.h"
 
 namespace dvbshell {
 
@@ -49,9 +48,7 @@ std::string aitHead(const si::Ait& ait) {
 }  // namespace
 
 void Printer::head(Clock::time_point time, const char* what, const std::string& text) {
-    char timeAndKind[32];
-    std::snprintf(timeAndKind, sizeof timeAndKind, "%8.3f  %-8s ", secondsOf(time), what);
-    std::fprintf(output(), "%s\n", wrapped(timeAndKind + si::printable(text), width, kTextColumn).c_str());
+    std::fprintf(output(), "%8.3f  %-8s %s\n", secondsOf(time), what, si::printable(text).c_str());
 }
 
 double Printer::secondsOf(Clock::time_point time) const {
@@ -61,8 +58,9 @@ double Printer::secondsOf(Clock::time_point time) const {
 void Printer::result(const Operation& operation, const Outcome& outcome) {
     std::string text = operation.slot;
     text += outcome.values.empty() ? "" : "  " + message_fields::text(outcome.values);
+    text += outcome.text ? "  " + *outcome.text : "";
     text += outcome.result ? "  result " + std::to_string(*outcome.result) : "";
-    text += outcome.values.empty() && !outcome.result ? "  done" : "";
+    text += outcome.values.empty() && !outcome.text && !outcome.result ? "  done" : "";
     note(text);
 }
 
@@ -194,10 +192,7 @@ void Printer::printValues(const Event& event) {
 
 void Printer::printLines(const std::vector<std::string>& lines, int indent) {
     for (const std::string& line : lines) {
-        constexpr std::size_t kContinued = 4;
-        const auto column = static_cast<std::size_t>(indent);
-        std::fprintf(output(), "%s\n",
-                     wrapped(std::string(column, ' ') + si::printable(line), width, column + kContinued).c_str());
+        std::fprintf(output(), "%*s%s\n", indent, "", si::printable(line).c_str());
     }
 }
 

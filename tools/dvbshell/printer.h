@@ -16,8 +16,6 @@ class Printer {
 public:
     /// Printed times count from the construction of the printer.
     explicit Printer(std::FILE* newOutput) : output_(newOutput) {}
-    /// Wraps lines of events and results at this many characters; 0, the start value, leaves them whole.
-    void wrapAt(std::size_t newWidth) { width = newWidth; }
     Printer(const Printer&) = delete;
     Printer& operator=(const Printer&) = delete;
     virtual ~Printer() = default;
@@ -46,7 +44,6 @@ private:
 
     std::FILE* output_;
     Clock::time_point begin = Clock::now();
-    std::size_t width = 0;
 };
 
 }  // namespace dvbshell

@@ -32,6 +32,7 @@ constexpr Operation kOperations[] = {
 #define CALL(operation, message, parameters, results) \
     {Operation::Kind::call, #operation, #message, parameters, results},
 #define CALLED(operation, message, parameters) {Operation::Kind::event, #operation, #message, parameters, ""},
+#define REPORTED(name, values) {Operation::Kind::report, #name, "none", values, ""},
 #include "browser_operations.inc"
 };
 

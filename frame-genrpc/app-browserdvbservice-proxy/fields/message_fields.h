@@ -68,9 +68,9 @@ struct Message {
     const char* types;         ///< "(U32, request)(String, path)"
 };
 
-/// What a browser calls, or is called with.
+/// What a browser calls or is called with, or what dvbshell reports by itself.
 struct Operation {
-    enum class Kind { call, event };
+    enum class Kind { call, event, report };
     Kind kind;
     const char* name;
     const char* message;     ///< the command that it sends, or the event that causes it; empty for none
@@ -107,7 +107,8 @@ List<Field> fields();
 List<Field> fieldsOf(std::string_view message);
 /// The names that only the browser's interface has.
 List<Field> additions();
-/// The browser's operations. tuneToService and onSectionData stand twice, with different parameters.
+/// The browser's operations and dvbshell's reports. tuneToService and onSectionData stand twice, with different
+/// parameters.
 List<Operation> operations();
 /// The parameters or results of an operation, `names` being its text. A name is looked up in the operation's message,
 /// then anywhere.

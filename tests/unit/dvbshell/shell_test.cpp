@@ -11,6 +11,7 @@
 #include "operations.h"
 #include "prompt.h"
 #include "tables.h"
+#include "valid_json.h"
 
 namespace {
 
@@ -150,19 +151,6 @@ TEST(APrinter, AlignsWhatATableHolds) {
                                    "                    2026-01-01 09:00-10:00 UTC  Die große Küche\n"));
 }
 
-TEST(APrinter, WrapsALineThatIsWiderThanItsWidth) {
-    Output output;
-    Printer printer(output.stream());
-    printer.wrapAt(80);
-    Event event;
-    event.name = "onTimelineInfoDataChange";
-    event.values = {namedValue("timescale", 1000), namedValue("media_timestamp", 77), namedValue("pts", 90000)};
-    printer.print(event, "");
-    EXPECT_THAT(output.written(),
-                testing::EndsWith("  event    onTimelineInfoDataChange  timescale 1000 (ticks a second),\n"
-                                  "                    media_timestamp 77 (ticks of timescale), pts 90000 (90 kHz)\n"));
-}
-
 TEST(AJsonPrinter, WritesOneObjectOnEachLine) {
     Output output;
     JsonPrinter printer(output.stream());
@@ -188,7 +176,7 @@ TEST(AJsonPrinter, EscapesWhatAPeerSends) {
 TEST(AJsonPrinter, WritesAnOperationsResult) {
     Output output;
     JsonPrinter printer(output.stream());
-    printer.result(*findOperation("pts"), {-107, {}});
+    printer.result(*findOperation("pts"), {-107, {}, {}});
     printer.result(*findOperation("dtv-info"), {});
     EXPECT_THAT(output.written(),
                 testing::MatchesRegex("[{]\"time\":[0-9.]+,\"operation\":\"sendPtsRequest\",\"result\":-107[}]\n"
