@@ -52,11 +52,14 @@ std::string defaultSocketPath() {
 }
 
 Connection::Connection(Connection&& other) noexcept
-    : descriptor(std::exchange(other.descriptor, -1)), received(std::move(other.received)) {}
+    : descriptor(std::exchange(other.descriptor, -1)),
+      received(std::move(other.received)),
+      searched(std::exchange(other.searched, 0)) {}
 
 Connection& Connection::operator=(Connection&& other) noexcept {
     std::swap(descriptor, other.descriptor);
     std::swap(received, other.received);
+    std::swap(searched, other.searched);
     return *this;
 }
 
@@ -79,6 +82,13 @@ Connection Connection::connectTo(const std::string& path, std::string& error) {
     return connection;
 }
 
+std::optional<uid_t> Connection::peerUser() const {
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    return getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? std::optional<uid_t>(peer.uid)
+                                                                              : std::nullopt;
+}
+
 bool Connection::sendLine(const std::string& line) {
     const std::string bytes = line + "\n";
     std::size_t sent = 0;
@@ -96,7 +106,7 @@ bool Connection::sendLine(const std::string& line) {
 }
 
 bool Connection::fill() {
-    char bytes[4096];
+    char bytes[65536];
     ssize_t count = 0;
     do {
         count = recv(descriptor, bytes, sizeof bytes, 0);
@@ -109,7 +119,8 @@ bool Connection::fill() {
 }
 
 std::optional<std::string> Connection::takeLine() {
-    const std::size_t end = received.find('\n');
+    const std::size_t end = received.find('\n', searched);
+    searched = end == std::string::npos ? received.size() : 0;
     if (end == std::string::npos) {
         return std::nullopt;
     }
@@ -118,8 +129,8 @@ std::optional<std::string> Connection::takeLine() {
     return line;
 }
 
-std::optional<std::string> Connection::receiveLine() {
-    while (!isTooLong()) {
+std::optional<std::string> Connection::receiveAnswer() {
+    while (received.size() <= kLongestAnswer) {
         if (std::optional<std::string> line = takeLine()) {
             return line;
         }

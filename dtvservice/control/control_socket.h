@@ -4,13 +4,17 @@
 // Fails:   with a text that says why.
 #pragma once
 
+#include <sys/types.h>
+
 #include <optional>
 #include <string>
 
 namespace control {
 
-/// The longest line that either end accepts.
+/// The longest request.
 constexpr std::size_t kLongestLine = 1U << 20U;
+/// The longest answer: the counts of some ten inputs that each have packets on every PID.
+constexpr std::size_t kLongestAnswer = 1U << 25U;
 
 /// DTV_RUN_DIR, else XDG_RUNTIME_DIR/dtv, else /tmp/dtv-<uid>.
 std::string runDirectory();
@@ -30,13 +34,14 @@ public:
 
     explicit operator bool() const { return descriptor >= 0; }
     int fd() const { return descriptor; }
+    /// The user of the process at the other end; nothing if the system does not tell.
+    std::optional<uid_t> peerUser() const;
 
     /// Sends the line and a line break. Waits for buffer space, on the listener's connections at most a second. False
     /// if the line could not be sent completely.
     bool sendLine(const std::string& line);
-    /// Waits for the next line and returns it without its line break; nothing at the end or for a line that is too
-    /// long.
-    std::optional<std::string> receiveLine();
+    /// Waits for the next answer and returns it without its line break; nothing at the end or for one that is too long.
+    std::optional<std::string> receiveAnswer();
     /// Reads once. False if the connection has ended.
     bool fill();
     /// The next complete line among the bytes read so far.
@@ -46,6 +51,7 @@ public:
 private:
     int descriptor;
     std::string received;
+    std::size_t searched = 0;  // bytes of `received` that have no line break
 };
 
 /// A listening socket with mode 0600. The destructor removes it. Replaces a socket that a killed service left behind.

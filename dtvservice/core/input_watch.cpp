@@ -39,8 +39,9 @@ void InputWatch::tellState(Watched& before, const Multiplex& multiplex, const st
     const bool isMeasured = before.state == State::playing && report.state() == State::playing;
     if (!before.isKnown && isMeasured && !multiplex.si.channels().empty()) {
         before.isKnown = true;
-        say(name + ": " + shownBitRate(multiplex.demux.total().bitRate) + ", " +
-            std::to_string(multiplex.si.channels().size()) + " services");
+        const std::size_t services = multiplex.si.channels().size();
+        say(name + ": " + shownBitRate(multiplex.demux.total().bitRate) + ", " + std::to_string(services) +
+            (services == 1 ? " service" : " services"));
     }
     if (report.state() == before.state) {
         return;

@@ -8,6 +8,10 @@ namespace dtvservice {
 
 using broadcast::Channel;
 
+std::string textOf(const Triplet& triplet) {
+    return std::to_string(triplet.onid) + ":" + std::to_string(triplet.tsid) + ":" + std::to_string(triplet.sid);
+}
+
 bool matches(const Channel& channel, const Triplet& wanted) {
     return (!channel.originalNetworkId || *channel.originalNetworkId == wanted.onid) &&
            channel.transportStreamId == wanted.tsid && channel.serviceId == wanted.sid;

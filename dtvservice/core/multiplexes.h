@@ -30,6 +30,8 @@ struct Triplet {
     std::uint32_t tsid;
     std::uint32_t sid;
 };
+/// "onid:tsid:sid" in decimal.
+std::string textOf(const Triplet& triplet);
 /// A channel whose network is still unknown matches any network.
 bool matches(const broadcast::Channel& channel, const Triplet& wanted);
 

@@ -49,9 +49,7 @@ bool PresentationRoom::tune(const TuneInfoChannel& wanted) {
     const Multiplexes::Found found =
         core.multiplexes.find([&](const Channel& channel) { return matches(channel, triplet); });
     if (found.channel == nullptr) {
-        const std::string text =
-            std::to_string(wanted.onid) + ":" + std::to_string(wanted.tsid) + ":" + std::to_string(wanted.sid);
-        BLOG_TAGGED(blog::kUnsupported, "%s\n", core.multiplexes.whyNotReceived(text).c_str());
+        BLOG_TAGGED(blog::kUnsupported, "%s\n", core.multiplexes.whyNotReceived(textOf(triplet)).c_str());
         return false;
     }
     present(*found.multiplex, *found.channel);
@@ -174,12 +172,28 @@ void PresentationRoom::tellPmt(const Channel& channel, const Section& section, b
                        changed ? kChanged : kFirst, {section.begin(), section.end()});
 }
 
-json PresentationRoom::tuneAsOperated(const json& request) {
-    const auto wanted = get<std::string>(request, "triplet");
-    const Multiplexes::Found found =
-        core.multiplexes.find([&](const Channel& channel) { return channel.triplet() == wanted; });
+/// An operator may take the triplet from a channel list that is older or newer than the service's network.
+Multiplexes::Found PresentationRoom::findListed(const Triplet& wanted) const {
+    const auto isSameService = [&wanted](const Channel& channel) {
+        return channel.transportStreamId == wanted.tsid && channel.serviceId == wanted.sid;
+    };
+    Multiplexes& all = core.multiplexes;
+    Multiplexes::Found found =
+        all.find([&](const Channel& channel) { return isSameService(channel) && channel.networkId() == wanted.onid; });
     if (found.channel == nullptr) {
-        throw std::invalid_argument(core.multiplexes.whyNotReceived(wanted));
+        found = all.find([&](const Channel& channel) {
+            return isSameService(channel) && (!channel.originalNetworkId || wanted.onid == si::kUnknownNetworkId);
+        });
+    }
+    return found;
+}
+
+json PresentationRoom::tuneAsOperated(const json& request) {
+    const Triplet wanted = {getNumber<std::uint16_t>(request, "onid"), getNumber<std::uint16_t>(request, "tsid"),
+                            getNumber<std::uint16_t>(request, "sid")};
+    const Multiplexes::Found found = findListed(wanted);
+    if (found.channel == nullptr) {
+        throw std::invalid_argument(core.multiplexes.whyNotReceived(textOf(wanted)));
     }
     present(*found.multiplex, *found.channel);
     return json::object();

@@ -33,6 +33,7 @@ private:
     void tellPmt(const broadcast::Channel& channel, const broadcast::Section& section, bool changed,
                  const Audience& to);
 
+    Multiplexes::Found findListed(const Triplet& wanted) const;
     nlohmann::json tuneAsOperated(const nlohmann::json& request);
     nlohmann::json describe(const nlohmann::json& request);
 

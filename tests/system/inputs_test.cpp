@@ -227,7 +227,7 @@ TEST_F(AFileAsInput, MayBeDamaged) {
             return counted.find("\"" + what + "\":") != std::string::npos &&
                    counted.find("\"" + what + "\":0") == std::string::npos;
         };
-        return counts("crcErrors") && counts("continuityErrors") && counts("cutSections");
+        return counts("crc_errors") && counts("continuity_errors") && counts("incomplete_sections");
     })) << operate({"--json", "statistics"});
     EXPECT_EQ(process.end(SIGTERM), 0) << "it has lived to the end";
 }

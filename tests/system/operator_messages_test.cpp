@@ -71,7 +71,7 @@ TEST_F(ARawBrowser, HasTheBeginningsOfItsMessagesShown) {
                 testing::HasSubstr("\"length\":16201,\"message\":\"" + std::string(199, 'x') + "\",\"session\":1,"))
         << "no character is cut";
     EXPECT_THAT(status, testing::HasSubstr("\"length\":16000,\"message\":\"\\u0001"));
-    EXPECT_THAT(status, testing::HasSubstr("\"drmWaiting\":64"));
+    EXPECT_THAT(status, testing::HasSubstr("\"drm_waiting\":64"));
 }
 
 TEST_F(ARawBrowser, IsAnsweredByAnySessionOf64Bits) {
@@ -146,9 +146,9 @@ TEST_F(ARawBrowser, IsSeenByTheOperator) {
                "  1:1025:28108          input 1  pmt    no-hbbtv  Velmora \u03a4\u03c1\u03af\u03b1\n"
                "  1:1025:28120          input 1  pmt    no-hbbtv  Velmora Radio\n";
     })) << operate({"channels"});
-    EXPECT_THAT(operate({"status"}), testing::HasSubstr("browsers     [1]\n"));
-    EXPECT_THAT(operate({"status"}), testing::HasSubstr("presented    1:1025:28106\n"));
-    EXPECT_THAT(operate({"--json", "statistics"}), testing::HasSubstr(R"("continuityErrors":0,"crcErrors":0)"));
+    EXPECT_THAT(operate({"status"}), testing::HasSubstr("browsers     1\n"));
+    EXPECT_THAT(operate({"status"}), testing::HasSubstr("presented    1:1025:28106 Velmora One HD\n"));
+    EXPECT_THAT(operate({"--json", "statistics"}), testing::HasSubstr(R"("continuity_errors":0,"crc_errors":0)"));
     EXPECT_THAT(operate({"--json", "channels"}), testing::HasSubstr("\"name\":\"Velmora Zwei F\u00f6hn\",\"onid\":1"));
 }
 

@@ -27,6 +27,11 @@ std::vector<VerbGroup> verbs() {
            "packets and errors of each input, filters, sections that were not read in time",
            "",
            "dtvctl statistics"},
+          {"watch",
+           {},
+           "prints a line for each change, until Ctrl-C: presented service, inputs, browsers, errors",
+           "",
+           "dtvctl watch"},
           {"tune", {{"ONID:TSID:SID", channels()}}, "presents a service", "", "dtvctl tune 1:1025:28106"},
           {"osd",
            {{"LAYER"}, {"on|off", oneOf({"on", "off"})}},
@@ -53,10 +58,11 @@ Program described() {
     program.description =
         "Connects to the dtvserviced that runs in the same run directory, sends one command and prints the answer.";
     program.verbs = verbs();
-    program.options = {{"json", "", "print the service's answer unchanged, one JSON object on a line"}};
+    program.options = {{"json", "", "print the answer as a JSON object on one line; watch: an object for each change"}};
     program.exitStatuses = {{"0", "the service has done it"},
-                            {"1", "no service runs, or it refused; the error says why"},
-                            {"2", "wrong command line"}};
+                            {"1", "the service refused; the error says why"},
+                            {"2", "wrong command line"},
+                            {"3", "no service runs"}};
     program.environment = {{"DTV_RUN_DIR", "folder of the sockets; the same for service, browsers and operator"}};
     program.seeAlso = {"dtvserviced", "dvbshell"};
     return program;

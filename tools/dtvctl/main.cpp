@@ -9,8 +9,13 @@
 
 #include "command_line.h"
 #include "command_line/arguments.h"
-#include "control_socket.h"
+#include "command_line/output.h"
+#include "print_answers.h"
+#include "safe_json.h"
+#include "service_client.h"
 #include "si/printable.h"
+#include "si/triplet.h"
+#include "watch.h"
 
 namespace {
 
@@ -23,11 +28,13 @@ using Words = std::vector<std::string>;
 
 template <typename Number>
 bool isAll(const std::string& word, Number& value) {
-    const auto [end, failure] = std::from_chars(word.data(), word.data() + word.size(), value);
+    const bool isHexadecimal = word.compare(0, 2, "0x") == 0;
+    const char* const begin = word.data() + (isHexadecimal ? 2 : 0);
+    const auto [end, failure] = std::from_chars(begin, word.data() + word.size(), value, isHexadecimal ? 16 : 10);
     return failure == std::errc() && end == word.data() + word.size();
 }
 
-/// Any signed or unsigned number of 64 bits. The service checks the range.
+/// Any signed or unsigned number of 64 bits, hexadecimal after 0x. The service checks the range.
 json number(const std::string& name, const std::string& word) {
     std::uint64_t natural = 0;
     std::int64_t negative = 0;
@@ -38,6 +45,14 @@ json number(const std::string& name, const std::string& word) {
         return negative;
     }
     endWithUsage(name + ": \"" + word + "\" is not a number");
+}
+
+json tuneRequest(const Words& operands) {
+    const std::optional<si::Triplet> channel = si::parseTriplet(operands[0]);
+    if (!channel) {
+        endWithUsage("tune: \"" + operands[0] + "\" is not ONID:TSID:SID, each from 0 to 65535");
+    }
+    return {{"command", "tune"}, {"onid", channel->onid}, {"tsid", channel->tsid}, {"sid", channel->sid}};
 }
 
 json osdRequest(const Words& operands) {
@@ -59,10 +74,7 @@ json caReplyRequest(const Words& operands) {
 /// The request of a command: its name, unless it is one of these.
 json requestOf(const command_line::Verb& verb, const Words& operands) {
     static const std::map<std::string, std::function<json(const Words&)>> kRequests = {
-        {"tune",
-         [](const Words& words) {
-             return json{{"command", "tune"}, {"triplet", words[0]}};
-         }},
+        {"tune", tuneRequest},
         {"osd", osdRequest},
         {"ca insert",
          [](const Words& words) {
@@ -80,38 +92,12 @@ json requestOf(const command_line::Verb& verb, const Words& operands) {
     return found == kRequests.end() ? json{{"command", verb.name}} : found->second(operands);
 }
 
-void printChannels(const json& channels) {
-    for (const json& channel : channels) {
-        const std::string triplet = channel["onid"].dump() + ":" + channel["tsid"].dump() + ":" + channel["sid"].dump();
-        const std::string input = channel["input"].is_null() ? "no input" : "input " + channel["input"].dump();
-        std::printf("%s %-20s  %s  %-5s  %-8s  %s\n", channel["presented"].get<bool>() ? "*" : " ", triplet.c_str(),
-                    input.c_str(), channel["pmt"].get<bool>() ? "pmt" : "nopmt",
-                    channel["hbbtv"].get<bool>() ? "hbbtv" : "no-hbbtv",
-                    si::printable(channel["name"].get<std::string>()).c_str());
-    }
-}
-
-/// Prints every other answer: one line for each value, and for each object of a list.
-void printValues(const json& answer) {
-    for (const auto& value : answer.items()) {
-        if (value.key() == "ok") {
-            continue;
-        }
-        const bool objects = value.value().is_array() && !value.value().empty() && value.value()[0].is_object();
-        if (!objects) {
-            const std::string text =
-                value.value().is_string() ? value.value().get<std::string>() : value.value().dump(-1, ' ', true);
-            std::printf("%-12s %s\n", value.key().c_str(), si::printable(text).c_str());
-            continue;
-        }
-        for (const json& object : value.value()) {
-            std::printf("%-12s", value.key().c_str());
-            for (const auto& field : object.items()) {
-                std::printf(" %s %s", field.key().c_str(), field.value().dump(-1, ' ', true).c_str());
-            }
-            std::printf("\n");
-        }
-    }
+void print(const json& answer, const std::string& command) {
+    const std::string text = command == "channels"     ? dtvctl::channelsText(answer)
+                             : command == "status"     ? dtvctl::statusText(answer)
+                             : command == "statistics" ? dtvctl::statisticsText(answer)
+                                                       : dtvctl::valuesText(answer);
+    std::fputs(text.c_str(), stdout);
 }
 
 int run(int argc, char** argv) {
@@ -119,43 +105,38 @@ int run(int argc, char** argv) {
     if (arguments.verb == nullptr) {
         endWithUsage("a command is needed");
     }
-    const json request = requestOf(*arguments.verb, arguments.operands);
-    std::string error;
-    control::Connection connection = control::Connection::connectTo(control::defaultSocketPath(), error);
-    if (!connection) {
-        std::fprintf(stderr, "dtvctl: %s\n", error.c_str());
-        return 1;
+    const bool asJson = arguments.has("json");
+    dtvctl::ServiceClient client(control::defaultSocketPath());
+    if (arguments.verb->name == "watch") {
+        dtvctl::watch(client, asJson);
+        return 0;
     }
-    std::optional<std::string> line;
-    if (connection.sendLine(request.dump(-1, ' ', false, json::error_handler_t::replace))) {
-        line = connection.receiveLine();
-    }
-    const json answer = line ? json::parse(*line, nullptr, false) : json();
-    if (!answer.is_object() || !answer.contains("ok")) {
-        std::fprintf(stderr, "dtvctl: the service gave no answer\n");
-        return 1;
-    }
-    if (!answer["ok"].get<bool>()) {
-        std::fprintf(stderr, "dtvctl: %s\n", si::printable(answer.value("error", "refused")).c_str());
-        return 1;
-    }
-    if (arguments.has("json")) {
-        std::printf("%s\n", line->c_str());
-    } else if (answer.contains("channels")) {
-        printChannels(answer["channels"]);
+    const json answer = client.ask(requestOf(*arguments.verb, arguments.operands));
+    if (asJson) {
+        std::printf("%s\n", dtvctl::safeJson(answer).c_str());
     } else {
-        printValues(answer);
+        print(answer, arguments.verb->name);
     }
     return 0;
+}
+
+int fail(const std::exception& error, int code) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "dtvctl: %s\n", si::printable(error.what()).c_str());
+    return code;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    constexpr int kRefused = 1;
+    constexpr int kNoService = 3;
+    command_line::checkOutputAtExit("dtvctl");
     try {
         return run(argc, argv);
+    } catch (const dtvctl::NoService& error) {
+        return fail(error, kNoService);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "dtvctl: %s\n", error.what());
-        return 1;
+        return fail(error, kRefused);
     }
 }

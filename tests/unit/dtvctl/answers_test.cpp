@@ -1,0 +1,105 @@
+// Tests of answers as text and as JSON.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "print_answers.h"
+#include "safe_json.h"
+#include "some_answers.h"
+
+using nlohmann::json;
+
+namespace {
+
+bool hasControlBytes(const std::string& text) {
+    return std::any_of(text.begin(), text.end(), [](char letter) {
+        const auto byte = static_cast<unsigned char>(letter);
+        return (byte < 0x20 && letter != '\n') || byte == 0x7F;
+    });
+}
+
+json aPid(std::uint64_t number) {
+    return {{"pid", 8190},
+            {"bit_rate", number},
+            {"packets", number},
+            {"idle_seconds", 0.25},
+            {"continuity_errors", 12},
+            {"transport_errors", 0},
+            {"scrambled_packets", 0},
+            {"sections", 3},
+            {"incomplete_sections", 1},
+            {"crc_errors", 2}};
+}
+
+}  // namespace
+
+TEST(TheChannelsText, SaysWhyThereAreNone) {
+    json answer = aStatus();
+    answer["channels"] = json::array();
+    EXPECT_EQ(dtvctl::channelsText(answer), "no services\n  input 1 (udp://:5000): silent for 3 s\n");
+}
+
+TEST(TheStatusText, NamesWhatIsPresentedAndWhoIsConnected) {
+    json answer = aStatus();
+    answer["presented_service"] = aService();
+    answer["browsers"] = {1, 4};
+    answer["inputs"][0]["reason"] = "playing";
+    answer["inputs"][0]["bit_rate"] = 4981234;
+    answer["inputs"][0]["services"] = 1;
+    EXPECT_EQ(dtvctl::statusText(answer),
+              "presented    1:1025:28106 Velmora One HD\n"
+              "browsers     1, 4\n"
+              "filters      0\n"
+              "queue drops  0\n"
+              "OSD layers   none\n"
+              "CA slots     none\n"
+              "DRM waiting  0\n"
+              "input 1 (udp://:5000): playing, 4.98 Mbit/s, 1 service\n");
+}
+
+TEST(TheStatisticsText, FitsAHundredColumns) {
+    json answer = aStatus();
+    answer["inputs"][0]["pids"] = {aPid(499999999), aPid(1)};
+    const std::string text = dtvctl::statisticsText(answer);
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_LE(line.size(), 100U) << line;
+    }
+    EXPECT_THAT(text, testing::HasSubstr(
+                          "   PID     bit/s     packets   idle s continuity transport  scrambled  sections incomplete"
+                          "    CRC\n"
+                          "  8190 499999999   499999999      0.2         12         0          0         3          1"
+                          "      2\n"));
+}
+
+TEST(TheStatisticsText, KeepsLongNumbersApart) {
+    json answer = aStatus();
+    answer["inputs"][0]["pids"] = {aPid(12345678901234)};
+    EXPECT_THAT(dtvctl::statisticsText(answer), testing::HasSubstr(" 12345678901234 12345678901234 "));
+}
+
+TEST(AnAnswersText, HasNoControlBytes) {
+    const std::string evil = "\x1b]0;evil\x07\x7f\r";
+    json answer = aStatus();
+    answer["presented_service"] = aService();
+    answer["presented_service"]["name"] = evil;
+    answer["inputs"][0]["source"] = evil;
+    answer["browsers"] = {evil};
+    EXPECT_FALSE(hasControlBytes(dtvctl::statusText(answer))) << dtvctl::statusText(answer);
+    EXPECT_EQ(dtvctl::valuesText({{evil, evil}}), "\\x1b]0;evil\\x07\\x7f\\x0d\\x1b]0;evil\\x07\\x7f\\x0d\n");
+}
+
+TEST(AnAnswersJson, EscapesWhatControlsATerminal) {
+    EXPECT_EQ(dtvctl::safeJson({{"k\x1b", "\x1b[31m\x7f\u009b\u0085\u202e\u2066"}}),
+              R"({"k\u001b":"\u001b[31m\u007f\u009b\u0085\u202e\u2066"})");
+}
+
+TEST(AnAnswersJson, KeepsOtherTexts) {
+    const std::string text = "Zwei F\u00f6hn \u03a4\u03c1\u03af\u03b1 \u00a0\u2028\u2030\U0001F600";
+    EXPECT_EQ(dtvctl::safeJson(json(text)), "\"" + text + "\"");
+}
+
+TEST(AnAnswersJson, ReplacesBytesThatAreNotUtf8) {
+    EXPECT_EQ(dtvctl::safeJson(json("a\x9b\xff z")), "\"a\ufffd\ufffd z\"");
+}

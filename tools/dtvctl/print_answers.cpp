@@ -1,0 +1,117 @@
+// Lays out the answers.
+#include "print_answers.h"
+
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+#include "si/printable.h"
+
+namespace dtvctl {
+
+using nlohmann::json;
+
+namespace {
+
+/// A text as it is, any other value as JSON.
+std::string shown(const json& value) {
+    return value.is_string() ? si::printable(value.get<std::string>()) : value.dump(-1, ' ', true);
+}
+
+std::string padded(std::string text, std::size_t width) {
+    text.resize(std::max(text.size(), width), ' ');
+    return text;
+}
+
+std::string row(const std::string& name, const std::string& value) {
+    constexpr std::size_t kNames = 13;
+    return padded(name, kNames) + value + "\n";
+}
+
+/// The members of a list in one line.
+std::string listText(const json& list) {
+    std::string text;
+    for (const json& value : list) {
+        text += (text.empty() ? "" : ", ") + shown(value);
+    }
+    return text.empty() ? "none" : text;
+}
+
+std::string messageText(const json& message) {
+    char system[8];
+    std::snprintf(system, sizeof system, "0x%04X", message.at("ca_system_id").get<unsigned int>());
+    return "browser " + shown(message.at("browser")) + ", session " + shown(message.at("session")) + ", CA system " +
+           system + ", " + shown(message.at("type")) + ", " + shown(message.at("length")) + " bytes: \"" +
+           shown(message.at("message")) + "\"";
+}
+
+}  // namespace
+
+std::string tripletText(const json& service) {
+    return shown(service.at("onid")) + ":" + shown(service.at("tsid")) + ":" + shown(service.at("sid"));
+}
+
+std::string serviceText(const json& service) {
+    return tripletText(service) + " " + shown(service.at("name"));
+}
+
+std::string inputText(const json& input) {
+    std::string text =
+        "input " + shown(input.at("input")) + " (" + shown(input.at("source")) + "): " + shown(input.at("reason"));
+    if (input.at("bit_rate") != 0) {
+        char rate[32];
+        std::snprintf(rate, sizeof rate, ", %.2f Mbit/s", input.at("bit_rate").get<double>() / 1e6);
+        text += rate;
+    }
+    if (input.at("services") != 0) {
+        text += ", " + shown(input.at("services")) + (input.at("services") == 1 ? " service" : " services");
+    }
+    return text;
+}
+
+std::string channelsText(const json& answer) {
+    std::string text;
+    for (const json& channel : answer.at("channels")) {
+        const json& input = channel.at("input");
+        text += (channel.at("presented").get<bool>() ? "* " : "  ") + padded(tripletText(channel), 20) + "  " +
+                (input.is_null() ? "no input" : "input " + shown(input)) + "  " +
+                (channel.at("pmt").get<bool>() ? "pmt  " : "nopmt") + "  " +
+                (channel.at("hbbtv").get<bool>() ? "hbbtv   " : "no-hbbtv") + "  " + shown(channel.at("name")) + "\n";
+    }
+    if (text.empty()) {
+        text = "no services\n";
+        for (const json& input : answer.at("inputs")) {
+            text += "  " + inputText(input) + "\n";
+        }
+    }
+    return text;
+}
+
+std::string statusText(const json& answer) {
+    const json& service = answer.at("presented_service");
+    std::string text = row("presented", service.is_null() ? "none" : serviceText(service));
+    text += row("browsers", listText(answer.at("browsers")));
+    text += row("filters", shown(answer.at("filters")));
+    text += row("queue drops", shown(answer.at("queue_drops")));
+    text += row("OSD layers", listText(answer.at("osd_layers")));
+    text += row("CA slots", listText(answer.at("ca_slots")));
+    text += row("DRM waiting", shown(answer.at("drm_waiting")));
+    for (const json& message : answer.at("drm_messages")) {
+        text += "  " + messageText(message) + "\n";
+    }
+    for (const json& input : answer.at("inputs")) {
+        text += inputText(input) + "\n";
+    }
+    return text;
+}
+
+std::string valuesText(const json& answer) {
+    std::string text;
+    for (const auto& value : answer.items()) {
+        if (value.key() != "ok") {
+            text += row(si::printable(value.key()), shown(value.value()));
+        }
+    }
+    return text;
+}
+
+}  // namespace dtvctl

@@ -1,0 +1,49 @@
+// Connects and asks.
+#include "service_client.h"
+
+#include <unistd.h>
+
+namespace dtvctl {
+
+using nlohmann::json;
+
+namespace {
+
+control::Connection connectedTo(const std::string& path) {
+    std::string error;
+    control::Connection connection = control::Connection::connectTo(path, error);
+    if (!connection) {
+        throw NoService(error);
+    }
+    const std::optional<uid_t> server = connection.peerUser();
+    if (!server || !mayServe(*server, geteuid())) {
+        throw Refused(path + ": served by " + (server ? "user " + std::to_string(*server) : "an unknown user") +
+                      ", neither this user nor root; not used");
+    }
+    return connection;
+}
+
+}  // namespace
+
+ServiceClient::ServiceClient(const std::string& path) : connection(connectedTo(path)) {}
+
+json ServiceClient::ask(const json& request) {
+    std::optional<std::string> line;
+    if (connection.sendLine(request.dump(-1, ' ', false, json::error_handler_t::replace))) {
+        line = connection.receiveAnswer();
+    }
+    if (!line) {
+        throw NoService("the service has gone");
+    }
+    json answer = json::parse(*line, nullptr, false);
+    if (!answer.is_object() || !answer.contains("ok") || !answer["ok"].is_boolean()) {
+        throw NoService("what serves the socket does not answer as the service does");
+    }
+    if (!answer["ok"].get<bool>()) {
+        const auto error = answer.find("error");
+        throw Refused(error != answer.end() && error->is_string() ? error->get<std::string>() : "refused");
+    }
+    return answer;
+}
+
+}  // namespace dtvctl

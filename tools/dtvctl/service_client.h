@@ -1,0 +1,39 @@
+// ServiceClient: asks the service, and trusts only a service of this user or of root.
+// Threads: one.
+// Blocks:  ask() until the answer has come.
+// Fails:   throws NoService if there is no service, or it has gone; Refused with the reason if it refuses a request, or
+//          must not be trusted.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "control_socket.h"
+
+namespace dtvctl {
+
+struct NoService : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+struct Refused : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+class ServiceClient {
+public:
+    /// Connects to the socket.
+    explicit ServiceClient(const std::string& path);
+
+    /// The answer to a request that the service has accepted.
+    nlohmann::json ask(const nlohmann::json& request);
+
+private:
+    control::Connection connection;
+};
+
+/// Whether a process of user `server` may serve user `client`. Anybody else's could lie to the operator.
+constexpr bool mayServe(uid_t server, uid_t client) {
+    return server == client || server == 0;
+}
+
+}  // namespace dtvctl
