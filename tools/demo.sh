@@ -1,39 +1,87 @@
 #!/usr/bin/env bash
 # Runs the reference service on a broadcast, and a browser host beside it, in a new run directory.
-#   demo.sh BUILD_FOLDER FILE.ts
+#   demo.sh BUILD_FOLDER [FILE.ts] [--service ONID:TSID:SID]...
+# Without a file, the sample broadcast. Without a service, dvbshell chooses.
 set -euo pipefail
-build=$1 file=$2
+
+misuse() {
+    echo "demo: $*" >&2
+    echo "usage: demo [FILE.ts] [--service ONID:TSID:SID]..." >&2
+    exit 2
+}
+
+build=$1 file=
+shift
+services=()
+while [ $# -gt 0 ]; do
+    case $1 in
+    --service)
+        [ $# -ge 2 ] || misuse "--service needs a value"
+        services+=(--service "$2")
+        shift
+        ;;
+    --service=*) services+=(--service "${1#--service=}") ;;
+    -*) misuse "unknown option $1" ;;
+    *)
+        [ -z "$file" ] || misuse "one file at most: $1"
+        file=$1
+        ;;
+    esac
+    shift
+done
+file=${file:-$build/share/dtv/sample.ts}
 read -r -a emulator <<<"${DTV_EMULATOR:-}" # command that runs programs of another processor
 
-DTV_RUN_DIR=$(mktemp -d)
-export DTV_RUN_DIR
+folder=$(mktemp -d)
+export DTV_RUN_DIR=$folder
 service=
 cleanup() {
     if [ -n "$service" ]; then
         kill "$service" 2>/dev/null || true
         wait "$service" 2>/dev/null || true
     fi
-    rm -rf "$DTV_RUN_DIR"
+    rm -rf "$folder"
 }
 trap cleanup EXIT
 trap 'exit 130' INT TERM
 
 echo "broadcast: $file"
-"${emulator[@]}" "$build/bin/dtvserviced" --list "$file" >"$DTV_RUN_DIR/services"
-echo "services:  $(wc -l <"$DTV_RUN_DIR/services")"
+"${emulator[@]}" "$build/bin/dtvserviced" --list "$file" >"$folder/services"
+echo "services:  $(wc -l <"$folder/services")"
 
 # The logs go to files, so that only the demonstration's own output appears.
-DTV_LOG_FILE="$DTV_RUN_DIR/service.log" "${emulator[@]}" "$build/bin/dtvserviced" --input "$file" >"$DTV_RUN_DIR/service.out" &
+DTV_LOG_FILE="$folder/service.log" "${emulator[@]}" "$build/bin/dtvserviced" --input "$file" >"$folder/service.out" &
 service=$!
 for _ in $(seq 250); do
-    grep -q '^ready' "$DTV_RUN_DIR/service.out" && break
+    grep -q '^ready' "$folder/service.out" && break
     kill -0 "$service" 2>/dev/null || break
     sleep 0.02
 done
-if ! grep -q '^ready' "$DTV_RUN_DIR/service.out"; then
+if ! grep -q '^ready' "$folder/service.out"; then
     echo "the DTV service did not start:" >&2
-    cat "$DTV_RUN_DIR/service.log" >&2 2>/dev/null || true
+    cat "$folder/service.log" >&2 2>/dev/null || true
     exit 1
 fi
 
-DTV_LOG_FILE="$DTV_RUN_DIR/browser.log" "${emulator[@]}" "$build/bin/dvbshell" demo "$DTV_RUN_DIR/services"
+code=0
+DTV_LOG_FILE="$folder/browser.log" "${emulator[@]}" "$build/bin/dvbshell" demo "$folder/services" "${services[@]}" || code=$?
+[ "$code" -lt 2 ] || exit "$code"
+
+# near PATH: the path as it is typed in this folder, quoted.
+near() {
+    local path=${1#"$PWD"/}
+    printf %q "$path"
+}
+
+# What to try next: a service with applications, else one with a PMT, else any. What the user chose comes first.
+triplet=${services[1]:-$(sort -s -t $'\t' -k 3,3 -k 2,2r "$folder/services" | head -n 1 | cut -f 1)}
+cat <<TEXT
+
+Next, by hand. In one terminal:
+  $(near "$build/bin/dtvserviced") --input $(near "$file")
+In another:
+  $(near "$build/bin/dvbshell") channels
+  $(near "$build/bin/dvbshell") tune $triplet
+  $(near "$build/bin/dvbshell")                # a prompt; "help" lists its commands
+TEXT
+exit "$code"

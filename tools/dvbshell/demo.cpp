@@ -3,17 +3,16 @@
 
 #include <algorithm>
 #include <set>
-#include <sstream>
 
+#include "interrupt.h"
 #include "si/tables.h"
+#include "terminal.h"
 
 namespace dvbshell {
 
 namespace {
 
-constexpr std::size_t kMostServices = 4;
 constexpr int kIdTypeDvbTerrestrial = 12;
-constexpr std::chrono::seconds kLongestForTables{8};
 /// How long to wait for an EIT, counted from the tune. An EIT is optional.
 constexpr std::chrono::milliseconds kForEit{2500};
 constexpr std::chrono::milliseconds kWithoutPmt{1500};
@@ -57,9 +56,11 @@ void note(const Event& event, const Triplet& triplet, Arrived& arrived) {
 
 class Demo {
 public:
-    Demo(velmora::dtv::DvbAPIInterface& newApi, EventQueue& newQueue, Printer& newPrinter, AitReplay newReplay,
-         Clock::time_point newLatest)
-        : api(newApi), queue(newQueue), printer(newPrinter), replay(std::move(newReplay)), latest(newLatest) {}
+    Demo(Session& newSession, AitReplay newReplay, Clock::duration newLongest)
+        : session(newSession), printer(session.printer), replay(std::move(newReplay)), longest(newLongest) {}
+
+    /// Whether the user or the end of the DTV service has ended the demonstration.
+    bool isOver() const { return isInterrupted() || session.connection.isGone() || session.outputFailed(); }
 
     Arrived tuneTo(const ListedService& service) {
         printer.note("");
@@ -70,10 +71,10 @@ public:
         // changes.
         const Clock::time_point begin = Clock::now();
         const Clock::time_point end =
-            std::min(latest, begin + (service.hasPmt ? Clock::duration(kLongestForTables) : kWithoutPmt));
-        while (!arrived.channel && Clock::now() < end) {
-            api.tuneToService(kIdTypeDvbTerrestrial, service.triplet.onid, service.triplet.tsid, service.triplet.sid,
-                              0);
+            begin + (service.hasPmt ? longest : std::min<Clock::duration>(longest, kWithoutPmt));
+        while (!arrived.channel && Clock::now() < end && !isOver()) {
+            session.host.api.tuneToService(kIdTypeDvbTerrestrial, service.triplet.onid, service.triplet.tsid,
+                                           service.triplet.sid, 0);
             watch(service, arrived, std::min(end, Clock::now() + kBetweenTries), true);
         }
         // The catcher delivers each AIT once, so ask for one that it has already delivered.
@@ -81,8 +82,8 @@ public:
             replay(service.triplet);
         }
         watch(service, arrived, end, false);
-        watchForEit(service, arrived, std::min(latest, begin + kForEit));
-        while (Clock::now() < latest && take(service, arrived, Clock::now() + kQuiet)) {
+        watchForEit(service, arrived, std::min(end, begin + kForEit));
+        while (take(service, arrived, Clock::now() + kQuiet)) {
         }
         return arrived;
     }
@@ -91,14 +92,15 @@ public:
     void comeBackTo(const ListedService& service) {
         printer.note("");
         printer.note("--- back to " + tripletText(service.triplet) + "  " + service.name + ", its AIT from memory");
-        api.tuneToService(kIdTypeDvbTerrestrial, service.triplet.onid, service.triplet.tsid, service.triplet.sid, 0);
+        session.host.api.tuneToService(kIdTypeDvbTerrestrial, service.triplet.onid, service.triplet.tsid,
+                                       service.triplet.sid, 0);
         Arrived arrived;
-        const Clock::time_point end = std::min(latest, Clock::now() + kWithoutPmt);
+        const Clock::time_point end = Clock::now() + kWithoutPmt;
         watch(service, arrived, end, true);
         replay(service.triplet);
         while (!arrived.ait && take(service, arrived, end)) {
         }
-        while (take(service, arrived, std::min(latest, Clock::now() + kQuiet))) {
+        while (take(service, arrived, Clock::now() + kQuiet)) {
         }
         if (!arrived.ait) {
             printer.note("nothing is stored of it: its AIT has version 0, or more than has come");
@@ -124,11 +126,11 @@ private:
     }
 
     bool take(const ListedService& service, Arrived& arrived, Clock::time_point end) {
-        const std::optional<Event> event = queue.take(end);
+        const std::optional<Event> event = session.next(session.events, end);
         if (!event) {
             return false;
         }
-        printer.print(*event, api.getCurrentCCID());
+        session.print(*event);
         note(*event, service.triplet, arrived);
         if (event->kind == EventKind::application) {
             handedOn.insert(tripletText({event->onid, event->tsid, event->sid}));
@@ -136,11 +138,10 @@ private:
         return true;
     }
 
-    velmora::dtv::DvbAPIInterface& api;
-    EventQueue& queue;
+    Session& session;
     Printer& printer;
     AitReplay replay;
-    Clock::time_point latest;
+    Clock::duration longest;
     std::set<std::string> handedOn;  // channels whose AIT the catcher has delivered
 };
 
@@ -148,41 +149,49 @@ std::string mark(bool arrived, bool expected) {
     return arrived ? "yes" : expected ? "NO" : "-";
 }
 
-/// Pads to a width in characters, not bytes, because names are UTF-8.
 std::string padded(const std::string& text, std::size_t width) {
-    const auto characters = static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
-    return text + std::string(characters < width ? width - characters : 1, ' ');
+    const std::size_t columns = columnsOf(text);
+    return text + std::string(columns < width ? width - columns : 1, ' ');
+}
+
+/// The triplet and the name of a service in columns.
+std::string labelOf(const ListedService& service) {
+    return padded(tripletText(service.triplet), 22) + padded(service.name.empty() ? "-" : service.name, 30);
 }
 
 class Summary {
 public:
-    explicit Summary(Printer& newPrinter) : printer(newPrinter) {
+    Summary(Printer& newPrinter, Clock::duration longest)
+        : printer(newPrinter), time(std::to_string(std::chrono::duration_cast<std::chrono::seconds>(longest).count())) {
         printer.note("");
         printer.note(padded("service", 22) + padded("name", 30) + "channel  PMT  EIT  AIT");
     }
 
     void add(const ListedService& service, const Arrived& arrived) {
-        printer.note(padded(tripletText(service.triplet), 22) + padded(service.name.empty() ? "-" : service.name, 30) +
-                     padded(mark(arrived.channel, true), 9) + padded(mark(arrived.pmt, service.hasPmt), 5) +
-                     padded(mark(arrived.eit, false), 5) + mark(arrived.ait, service.signalsAit));
+        printer.note(labelOf(service) + padded(mark(arrived.channel, true), 9) +
+                     padded(mark(arrived.pmt, service.hasPmt), 5) + padded(mark(arrived.eit, false), 5) +
+                     mark(arrived.ait, service.signalsAit));
         const std::string name = tripletText(service.triplet) + (service.name.empty() ? "" : " (" + service.name + ")");
         miss(!arrived.channel, "no channel change arrived for " + name);
-        miss(service.hasPmt && !arrived.pmt, "no PMT arrived for " + name);
-        miss(service.signalsAit && !arrived.ait, "no AIT arrived for " + name + ", whose PMT signals one");
-        anyPmt = anyPmt || arrived.pmt;
-        anyAit = anyAit || arrived.ait;
+        miss(service.hasPmt && !arrived.pmt, "no PMT arrived in " + time + " s for " + name);
+        miss(service.signalsAit && !arrived.ait,
+             "no AIT arrived in " + time + " s for " + name + ", whose PMT signals one");
+        anyAit = anyAit || arrived.ait || service.signalsAit;
+    }
+    void addUntried(const ListedService& service) {
+        printer.note(labelOf(service) + "not tried");
+        untried = true;
     }
 
-    int finish() {
-        miss(!anyPmt, "no PMT arrived at all");
-        miss(!anyAit, "no HbbTV AIT in this broadcast, or none arrived");
+    int finish(const DemoPlan& plan) {
+        miss(plan.anyAitExpected && !anyAit && !untried, "no service of this broadcast signals an HbbTV AIT");
         printer.note("");
         for (const std::string& text : missing) {
             printer.note("missing: " + text);
         }
-        printer.note(missing.empty() ? "all arrived" : "not all arrived");
-        return missing.empty() ? 0 : 1;
+        const bool good = missing.empty() && !untried;
+        printer.note(untried ? "ended before everything was tried" : good ? "all arrived" : "not all arrived");
+        return good ? kDone : kFailed;
     }
 
 private:
@@ -193,59 +202,52 @@ private:
     }
 
     Printer& printer;
+    std::string time;
     std::vector<std::string> missing;
-    bool anyPmt = false;
     bool anyAit = false;
+    bool untried = false;
 };
+
+/// The services of the broadcast: what is shown, and what is not.
+void printPlan(Printer& printer, const DemoPlan& plan) {
+    for (const ListedService& service : plan.shown) {
+        printer.note("shown     " + labelOf(service));
+    }
+    for (const DemoPlan::LeftOut& each : plan.leftOut) {
+        printer.note("left out  " + labelOf(each.service) + each.reason);
+    }
+}
 
 }  // namespace
 
-bool parseServiceList(const std::string& text, std::vector<ListedService>& services, std::string& error) {
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        const std::vector<std::string> parts = split(line, '\t');
-        ListedService service;
-        if (parts.size() != 4 || !parseTriplet(parts[0], service.triplet)) {
-            error = "\"" + line + "\" is no line of a service list";
-            return false;
-        }
-        service.hasPmt = parts[1] == "pmt";
-        service.signalsAit = parts[2] == "hbbtv";
-        service.name = parts[3];
-        services.push_back(service);
-    }
-    return true;
-}
-
-std::vector<ListedService> chooseServices(const std::vector<ListedService>& listed) {
-    const auto rank = [](const ListedService& service) { return service.signalsAit ? 0 : service.hasPmt ? 1 : 2; };
-    std::vector<ListedService> chosen = listed;
-    std::stable_sort(chosen.begin(), chosen.end(),
-                     [&rank](const auto& left, const auto& right) { return rank(left) < rank(right); });
-    const auto withPmt = static_cast<std::size_t>(
-        std::count_if(listed.begin(), listed.end(), [](const auto& service) { return service.hasPmt; }));
-    // One service without a PMT shows what that looks like. At least two services, so that the channel changes.
-    const std::size_t wanted = std::min(kMostServices, std::max<std::size_t>(withPmt + 1, 2));
-    chosen.resize(std::min(chosen.size(), wanted));
-    return chosen;
-}
-
-int runDemo(velmora::dtv::DvbAPIInterface& api, EventQueue& queue, Printer& printer,
-            const std::vector<ListedService>& services, const AitReplay& replay, Clock::duration longest) {
-    Demo demo(api, queue, printer, replay, Clock::now() + longest);
+int runDemo(Session& session, const DemoPlan& plan, const AitReplay& replay, Clock::duration longest) {
+    printPlan(session.printer, plan);
+    Demo demo(session, replay, longest);
     std::vector<Arrived> arrived;
-    for (const ListedService& service : services) {
+    for (const ListedService& service : plan.shown) {
+        if (demo.isOver()) {
+            break;
+        }
         arrived.push_back(demo.tuneTo(service));
     }
+    // What was interrupted was not tried to the end.
+    if (demo.isOver() && !arrived.empty()) {
+        arrived.pop_back();
+    }
     const auto first = std::find_if(arrived.begin(), arrived.end(), [](const Arrived& each) { return each.ait; });
-    if (first != arrived.end()) {
-        demo.comeBackTo(services[static_cast<std::size_t>(first - arrived.begin())]);
+    if (first != arrived.end() && !demo.isOver()) {
+        demo.comeBackTo(plan.shown[static_cast<std::size_t>(first - arrived.begin())]);
     }
-    Summary summary(printer);
-    for (std::size_t index = 0; index < services.size(); ++index) {
-        summary.add(services[index], arrived[index]);
+    Summary summary(session.printer, longest);
+    for (std::size_t index = 0; index < plan.shown.size(); ++index) {
+        if (index < arrived.size()) {
+            summary.add(plan.shown[index], arrived[index]);
+        } else {
+            summary.addUntried(plan.shown[index]);
+        }
     }
-    return summary.finish();
+    const int result = summary.finish(plan);
+    return session.connection.isGone() ? kNoService : result;
 }
 
 }  // namespace dvbshell

@@ -1,6 +1,6 @@
 // The demonstration: tunes to one service after another, shows what arrives for each, and prints a summary.
 // Threads: one; events come through the queue.
-// Blocks:  until everything has arrived or the time is up.
+// Blocks:  until everything has arrived, or the time of each service is up.
 #pragma once
 
 #include <chrono>
@@ -8,10 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "dvb_api_interface.h"
-#include "events.h"
-#include "printer.h"
-#include "triplet.h"
+#include "session.h"
 
 namespace dvbshell {
 
@@ -26,20 +23,34 @@ struct ListedService {
 /// Reads the list that the reference service prints. False, with the reason, when a line is malformed.
 bool parseServiceList(const std::string& text, std::vector<ListedService>& services, std::string& error);
 
-/// The services that the demonstration tunes to, at most four: first services with an AIT, then services with a PMT,
-/// then one without a PMT.
-std::vector<ListedService> chooseServices(const std::vector<ListedService>& listed);
+/// The services of a demonstration, and the others with the reason why they are left out.
+struct DemoPlan {
+    struct LeftOut {
+        ListedService service;
+        std::string reason;
+    };
+    std::vector<ListedService> shown;
+    std::vector<LeftOut> leftOut;
+    bool anyAitExpected = true;  ///< false when the user has chosen services without one
+};
+
+/// At most four services: first services with an AIT, then services with a PMT, then one without a PMT.
+DemoPlan planDemo(const std::vector<ListedService>& listed);
+/// The services that the user wants, in that order. An unknown network, 65535, matches any. False, with the reason,
+/// when the list lacks one.
+bool planDemo(const std::vector<ListedService>& listed, const std::vector<Triplet>& wanted, DemoPlan& plan,
+              std::string& error);
 
 /// Asks the AIT catcher for the stored AIT of a channel.
 using AitReplay = std::function<void(const Triplet&)>;
 
-/// The limit for a whole demonstration.
-constexpr std::chrono::seconds kLongestDemo{20};
+/// How long to wait for the tables of one service.
+constexpr std::chrono::seconds kLongestForService{15};
 
-/// Returns 0 when each service's channel change, each PMT of the broadcast and each signalled AIT arrived, and at least
-/// one PMT and one AIT. What has not arrived after `longest` is missing. An AIT counts when the catcher delivers it. At
-/// the end the demonstration returns to the first service with an AIT and asks the catcher for the stored one.
-int runDemo(velmora::dtv::DvbAPIInterface& api, EventQueue& queue, Printer& printer,
-            const std::vector<ListedService>& services, const AitReplay& replay, Clock::duration longest);
+/// Returns kDone when each service's channel change, each PMT of the broadcast and each signalled AIT arrived, and at
+/// least one AIT if one is expected. What has not arrived after `longest` is missing. An AIT counts when the catcher
+/// delivers it. At the end the demonstration returns to the first service with an AIT and asks the catcher for the
+/// stored one.
+int runDemo(Session& session, const DemoPlan& plan, const AitReplay& replay, Clock::duration longest);
 
 }  // namespace dvbshell

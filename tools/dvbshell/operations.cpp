@@ -103,32 +103,4 @@ bool parseHex(const std::string& word, std::string& bytes) {
     return true;
 }
 
-bool splitWords(const std::string& line, std::vector<std::string>& words, std::string& error) {
-    std::optional<std::size_t> quote;  // position of the open quote
-    bool inWord = false;
-    words.clear();
-    for (std::size_t at = 0; at < line.size(); ++at) {
-        const bool blank = line[at] == ' ' || line[at] == '\t';
-        if (blank && !quote) {
-            inWord = false;
-            continue;
-        }
-        if (!inWord) {
-            words.emplace_back();
-            inWord = true;
-        }
-        if (line[at] != '"') {
-            words.back() += line[at];
-        } else if (quote) {
-            quote.reset();
-        } else {
-            quote = at;
-        }
-    }
-    if (quote) {
-        error = "the double quote at character " + std::to_string(*quote + 1) + " is not closed";
-    }
-    return !quote;
-}
-
 }  // namespace dvbshell

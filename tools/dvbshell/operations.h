@@ -76,8 +76,4 @@ bool parseValues(const Operation& operation, const std::vector<std::string>& wor
 /// Bytes from hexadecimal digits, two for each byte; false for other text.
 bool parseHex(const std::string& word, std::string& bytes);
 
-/// Splits a line into words at blanks. Double quotes keep blanks in a word. False, with the reason, when a quote is not
-/// closed.
-bool splitWords(const std::string& line, std::vector<std::string>& words, std::string& error);
-
 }  // namespace dvbshell

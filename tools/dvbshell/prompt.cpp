@@ -1,202 +1,227 @@
-// Reads operations from the terminal or from a script.
+// Reads commands from the terminal or from a script.
 #include "prompt.h"
 
-#include <editline/readline.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <cstring>
 #include <iostream>
-#include <thread>
+#include <memory>
+#include <sstream>
 
-#include "ait_link.h"
-#include "operations.h"
-#include "triplet.h"
+#include "channels.h"
+#include "command_line/help.h"
+#include "completion.h"
+#include "interrupt.h"
+#include "line_editor.h"
+#include "verbs.h"
+#include "words.h"
 
 namespace dvbshell {
 
 namespace {
 
-/// After each line of a script, print events until none arrives for this long.
-constexpr std::chrono::milliseconds kQuiet{200};
-/// How long the editor waits for an event before it checks for a key.
-constexpr std::chrono::milliseconds kBetweenKeys{20};
-constexpr const char* kPrompt = "dvb> ";
 constexpr const char* kHelp = "help";
 constexpr const char* kQuit = "quit";
 
-void printHelp(Printer& printer) {
-    for (const Operation& operation : operations()) {
-        std::string line = synopsis(operation);
-        line.resize(std::max<std::size_t>(line.size() + 2, 52), ' ');
-        printer.note(line + operation.help);
+void noteLines(Session& session, const std::string& text) {
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        session.printer.note(line);
     }
-    printer.note(
-        "ait [ONID:TSID:SID]                                 what is stored of a channel's AIT; of the current one");
-    printer.note("help, quit");
 }
 
-/// The state for the line editor's hooks, which get no context pointer.
-struct Session {
-    Host& host;
-    Printer& printer;
-    EventQueue& queue;
-};
-Session* theSession = nullptr;
+/// "help" and "help VERB".
+int showHelp(Session& session, const std::string& name) {
+    const command_line::Program& program = describe(Place::prompt);
+    const command_line::Verb* const verb = name.empty() ? nullptr : command_line::findVerb(program, {name});
+    if (!name.empty() && verb == nullptr) {
+        session.printer.note("unknown command " + name + "; help lists all");
+        return kUsageError;
+    }
+    const std::size_t width = command_line::helpWidth();
+    noteLines(session, verb == nullptr ? helpText(program, width) : helpText(program, *verb, width));
+    return kDone;
+}
 
-/// Returns false when the user quits.
-bool runLine(Session& session, const std::string& line, bool& good) {
+int misuse(Session& session, const std::string& error, const command_line::Verb* verb) {
+    session.printer.note(error);
+    session.printer.note(std::string("try: help") + (verb == nullptr ? "" : " " + verb->name));
+    return kUsageError;
+}
+
+int runWords(Session& session, const std::vector<std::string>& words) {
+    const command_line::Program& program = describe(Place::prompt);
+    std::string error;
+    const std::optional<command_line::Arguments> arguments = command_line::parse(program, words, error);
+    if (!arguments || arguments->verb == nullptr) {
+        return misuse(session, error.empty() ? "a command is missing" : error,
+                      command_line::findVerb(program, {words[0]}));
+    }
+    if (arguments->has("help")) {
+        return showHelp(session, arguments->verb->name);
+    }
+    if (arguments->verb->name == kHelp) {
+        return showHelp(session, arguments->operands.empty() ? "" : arguments->operands[0]);
+    }
+    const Job job = prepare(Place::prompt, *arguments, error);
+    return job ? job(session) : misuse(session, error, arguments->verb);
+}
+
+/// What the prompt knows of channels: from the tables of the presented multiplex, and from events.
+class KnownChannels {
+public:
+    explicit KnownChannels(Session& newSession) : session(newSession) {}
+
+    /// Begins to read the presented multiplex.
+    void scan() {
+        reading = std::make_unique<ChannelScan>(session);
+        givenUp = Clock::now() + kLongest;
+    }
+    /// Waits a moment for the name of a channel.
+    std::string awaitName(const Triplet& channel) {
+        if (reading) {
+            reading->wait(Clock::now() + kForName);
+        }
+        return reading ? reading->list().nameOf(channel) : "";
+    }
+    void take() {
+        if (!reading) {
+            return;
+        }
+        reading->take();
+        for (const Channel& channel : reading->list().channels()) {
+            triplets.insert(tripletText(channel.triplet));
+        }
+        if (reading->list().isComplete() || Clock::now() > givenUp) {
+            reading.reset();
+        }
+    }
+    void note(const Event& event) {
+        if (event.kind == EventKind::channel && event.onid >= 0) {
+            triplets.insert(tripletText({event.onid, event.tsid, event.sid}));
+        }
+    }
+    const std::set<std::string>& all() const { return triplets; }
+
+private:
+    static constexpr std::chrono::seconds kLongest{10};
+    static constexpr std::chrono::milliseconds kForName{700};
+
+    Session& session;
+    std::unique_ptr<ChannelScan> reading;
+    Clock::time_point givenUp{};
+    std::set<std::string> triplets;
+};
+
+void greet(Session& session, KnownChannels& channels) {
+    if (!session.connection.await(std::chrono::milliseconds(500))) {
+        session.printer.note(noServiceText());
+        return;
+    }
+    session.awaitChannel();
+    const std::optional<Triplet> channel = session.presented();
+    if (!channel) {
+        session.printer.note("no channel is presented yet");
+        return;
+    }
+    channels.scan();
+    const std::string name = channels.awaitName(*channel);
+    session.printer.note("presented: " + session.host.api.getCurrentCCID() + (name.empty() ? "" : "  " + name));
+}
+
+/// Prints events and news above the line that is being typed.
+void showNews(Session& session, KnownChannels& channels, LineEditor& editor) {
+    channels.take();
+    std::optional<Event> event = session.events.take(Clock::now());
+    // An event tells that the service is back, before the next look does.
+    const std::optional<std::string> news = session.connection.news(event && session.connection.isGone());
+    if (!news && !event) {
+        return;
+    }
+    editor.hideLine();
+    if (news) {
+        session.printer.note(*news);
+    }
+    for (; event; event = session.events.take(Clock::now())) {
+        session.print(*event);
+        channels.note(*event);
+    }
+    editor.showLine();
+}
+
+int converse(Session& session) {
+    session.atPrompt = true;
+    KnownChannels channels(session);
+    greet(session, channels);
+    LineEditor editor("dvb> ", historyPath());
+    editor.whileWaiting = [&] { showNews(session, channels, editor); };
+    editor.complete = [&](const std::string& line) { return completionsOf(line, channels.all()); };
+    for (std::string line; editor.read(line);) {
+        clearInterrupt();
+        int result = kDone;
+        if (!runLine(session, line, result) || session.outputFailed()) {
+            break;
+        }
+        if (isInterrupted()) {
+            clearInterrupt();
+            session.printer.note("");  // ends the line on which the terminal shows ^C
+        }
+    }
+    return kDone;
+}
+
+int runScript(Session& session) {
+    /// After each line, print events until none arrives for this long.
+    constexpr std::chrono::milliseconds kQuiet{200};
+    int worst = kDone;
+    session.atPrompt = true;
+    session.awaitChannel();
+    for (std::string line; !isInterrupted() && std::getline(std::cin, line);) {
+        int result = kDone;
+        if (!runLine(session, line, result)) {
+            break;
+        }
+        worst = result == kDone ? worst : result;
+        while (const std::optional<Event> event = session.next(session.events, Clock::now() + kQuiet)) {
+            session.print(*event);
+        }
+    }
+    return worst;
+}
+
+Job quitIsHere(ArgumentReader&) {
+    return [](Session&) { return static_cast<int>(kDone); };
+}
+
+}  // namespace
+
+bool runLine(Session& session, const std::string& line, int& result) {
     std::vector<std::string> words;
     std::string error;
-    good = splitWords(line, words, error);
-    if (!good) {
+    if (!splitWords(line, words, error)) {
         session.printer.note(error);
+        result = kUsageError;
         return true;
     }
     if (words.empty()) {
         return true;
     }
-    if (words[0] == kQuit) {
+    if (words == std::vector<std::string>{kQuit}) {
         return false;
     }
-    if (words[0] == kHelp) {
-        printHelp(session.printer);
-    } else if (words[0] == kReplayAit) {
-        good = replayAit(session.host, session.printer, words);
-    } else {
-        good = runOperation(session.host, session.printer, words);
-    }
+    result = runWords(session, words);
     return true;
 }
 
-std::vector<std::string> firstWords() {
-    std::vector<std::string> words = {kReplayAit, kHelp, kQuit};
-    for (const Operation& operation : operations()) {
-        words.emplace_back(operation.name);
-    }
-    return words;
+int runPrompt(Session& session) {
+    return isatty(STDIN_FILENO) == 0 ? runScript(session) : converse(session);
 }
 
-char* nextName(const char* begin, int state) {
-    static const std::vector<std::string> words = firstWords();
-    static std::size_t index;
-    index = state == 0 ? 0 : index;
-    while (index < words.size()) {
-        const char* const name = words[index++].c_str();
-        if (std::strncmp(name, begin, std::strlen(begin)) == 0) {
-            return strdup(name);
-        }
-    }
-    return nullptr;
-}
-
-/// Completes the first word, which is an operation's name, and no arguments.
-char** completeName(const char* word, int start, int) {
-    rl_attempted_completion_over = 1;
-    return start == 0 ? rl_completion_matches(word, nextName) : nullptr;
-}
-
-/// The editor calls this repeatedly while it waits for a key. Prints events above the line being typed.
-int showEvents() {
-    std::optional<Event> event = theSession->queue.take(Clock::now() + kBetweenKeys);
-    if (event) {
-        std::printf("\r\033[K");
-        for (; event; event = theSession->queue.take(Clock::now())) {
-            theSession->printer.print(*event, theSession->host.api.getCurrentCCID());
-        }
-        rl_forced_update_display();
-    }
-    return 0;
-}
-
-void converse(Session& session) {
-    theSession = &session;
-    rl_readline_name = "dvbshell";
-    rl_attempted_completion_function = completeName;
-    rl_event_hook = showEvents;
-    using_history();
-    while (char* const line = readline(kPrompt)) {
-        const std::string text = line;
-        std::free(line);
-        if (!text.empty()) {
-            add_history(text.c_str());
-        }
-        bool good = true;
-        if (!runLine(session, text, good)) {
-            return;
-        }
-    }
-}
-
-int runScript(Session& session) {
-    int result = 0;
-    for (std::string line; std::getline(std::cin, line);) {
-        bool good = true;
-        if (!runLine(session, line, good)) {
-            break;
-        }
-        result = good ? result : 1;
-        while (const std::optional<Event> event = session.queue.take(Clock::now() + kQuiet)) {
-            session.printer.print(*event, session.host.api.getCurrentCCID());
-        }
-    }
-    return result;
-}
-
-}  // namespace
-
-bool replayAit(Host& host, Printer& printer, const std::vector<std::string>& words) {
-    Triplet channel;
-    if (words.size() > 2 || (words.size() == 2 && !parseTriplet(words[1], channel))) {
-        printer.note("ait takes a channel as ONID:TSID:SID, or nothing for the current one");
-        return false;
-    }
-    if (words.size() == 1 && host.api.getCurrentChannelInfo(channel.onid, channel.tsid, channel.sid) != 0) {
-        printer.note("ait: the current channel is not known");
-        return false;
-    }
-    return host.ait != nullptr &&
-           host.ait->replay(static_cast<std::uint16_t>(channel.onid), static_cast<std::uint16_t>(channel.tsid),
-                            static_cast<std::uint16_t>(channel.sid));
-}
-
-bool runOperation(Host& host, Printer& printer, const std::vector<std::string>& words) {
-    const Operation* const operation = findOperation(words[0]);
-    if (operation == nullptr) {
-        printer.note("unknown operation " + words[0] + "; help lists them");
-        return false;
-    }
-    Values values;
-    std::string error;
-    if (!parseValues(*operation, {words.begin() + 1, words.end()}, values, error)) {
-        printer.note(error);
-        return false;
-    }
-    const Outcome outcome = operation->call(host, values);
-    printer.result(*operation, outcome);
-    return outcome.result.value_or(0) >= 0;
-}
-
-void awaitChannel(Host& host) {
-    constexpr std::chrono::milliseconds kLongest{500};
-    constexpr std::chrono::milliseconds kBetweenLooks{5};
-    const Clock::time_point end = Clock::now() + kLongest;
-    int onid = 0;
-    int tsid = 0;
-    int sid = 0;
-    while (host.api.getCurrentChannelInfo(onid, tsid, sid) != 0 && Clock::now() < end) {
-        std::this_thread::sleep_for(kBetweenLooks);
-    }
-}
-
-int runPrompt(Host& host, EventQueue& queue, Printer& printer) {
-    Session session{host, printer, queue};
-    awaitChannel(host);
-    if (isatty(STDIN_FILENO) == 0) {
-        return runScript(session);
-    }
-    converse(session);
-    return 0;
+VerbGroup promptVerbs() {
+    return {"The prompt",
+            {{{kHelp, {{"[COMMAND]"}}, "list the commands, or explain one", "", "help tune"},
+              quitIsHere,
+              Verb::Needs::nothing},
+             {{kQuit, {}, "end; so does Ctrl-D", "", "quit"}, quitIsHere, Verb::Needs::nothing}}};
 }
 
 }  // namespace dvbshell

@@ -8,8 +8,9 @@ namespace dvbshell {
 namespace {
 
 bool parseNumber(const std::string& text, int& number) {
+    const bool hexadecimal = text.compare(0, 2, "0x") == 0 || text.compare(0, 2, "0X") == 0;
     const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, number);
+    const auto result = std::from_chars(text.data() + (hexadecimal ? 2 : 0), end, number, hexadecimal ? 16 : 10);
     return result.ec == std::errc() && result.ptr == end && number >= 0 && number <= 0xFFFF;
 }
 

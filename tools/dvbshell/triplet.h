@@ -12,7 +12,7 @@ struct Triplet {
     int sid = 0;
 };
 
-/// Reads "onid:tsid:sid"; false when it is not three numbers up to 65535.
+/// Reads "onid:tsid:sid", each in decimal or in hexadecimal after 0x; false when it is not three numbers up to 65535.
 bool parseTriplet(const std::string& text, Triplet& triplet);
 /// "onid:tsid:sid" in decimal.
 std::string tripletText(const Triplet& triplet);

@@ -86,10 +86,8 @@ TEST_F(AnAitLink, MakesEventsOfWhatTheCatcherHandsOn) {
     printer.print(*queue.take(dvbshell::Clock::now()), "");
     EXPECT_THAT(
         output.text(),
-        HasSubstr("apps     1:1025:28106  application_type 0x0010, version 1, section 0/0
-"
-                  "                    organisation_id 400 (0x190), application_id 1 (0x1)  AUTOSTART  Red Button
-"));
+        HasSubstr("apps     1:1025:28106  application_type 0x0010, version 1, section 0/0\n"
+                  "                    organisation_id 400 (0x190), application_id 1 (0x1)  AUTOSTART  Red Button\n"));
     EXPECT_THAT(output.text(),
                 HasSubstr("[application_profile 0x0000, version.major 1, version.minor 2, version.micro 1]"));
     EXPECT_THAT(output.text(), HasSubstr("[ISO_639_language_code eng, application_name Media Library]"));

@@ -4,10 +4,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 
-#include "captured_output.h"
-#include "recording_api.h"
+#include "recorded_session.h"
 #include "tables.h"
 
 namespace {
@@ -61,7 +62,7 @@ private:
     std::map<int, std::string> stored;
 };
 
-class ADemonstration : public testing::Test {
+class ADemonstration : public ARecordedSession {
 protected:
     /// Answers every tune with the sample's tables of the service, except those that the test leaves out.
     ADemonstration() {
@@ -88,16 +89,17 @@ protected:
     }
 
     int run(const std::vector<ListedService>& services, dvbshell::Clock::duration longest = std::chrono::seconds(60)) {
-        dvbshell::Printer printer(output.file());
+        dvbshell::DemoPlan plan;
+        plan.shown = services;
+        return run(plan, longest);
+    }
+    int run(const dvbshell::DemoPlan& plan, dvbshell::Clock::duration longest = std::chrono::seconds(60)) {
         const auto replay = [this](const dvbshell::Triplet& channel) { catcher.handOn(channel.sid); };
-        return dvbshell::runDemo(api, queue, printer, services, replay, longest);
+        return dvbshell::runDemo(session, plan, replay, longest);
     }
 
-    RecordingApi api;
-    dvbshell::EventQueue queue;
     PlayedCatcher catcher{queue};
     std::shared_ptr<velmora::dtv::DVBServiceListener> listener = dvbshell::makeListener(queue, &catcher);
-    CapturedOutput output;
     bool answersChannel = true;
     bool answersPmt = true;
     bool answersAit = true;
@@ -119,13 +121,14 @@ TEST_F(ADemonstration, TunesOnceWhenTheChannelChanges) {
 TEST_F(ADemonstration, NamesTheServiceWhosePmtDidNotArrive) {
     answersPmt = false;
     EXPECT_EQ(run({listed(kSample.services[0])}, kEnough), 1);
-    EXPECT_THAT(output.text(), HasSubstr("missing: no PMT arrived for 1:1025:28106 (Name)\n"));
+    EXPECT_THAT(output.text(), HasSubstr("missing: no PMT arrived in 0 s for 1:1025:28106 (Name)\n"));
 }
 
 TEST_F(ADemonstration, NamesTheServiceWhoseAitDidNotArrive) {
     answersAit = false;
     EXPECT_EQ(run({listed(kSample.services[0])}, kEnough), 1);
-    EXPECT_THAT(output.text(), HasSubstr("missing: no AIT arrived for 1:1025:28106 (Name), whose PMT signals one\n"));
+    EXPECT_THAT(output.text(),
+                HasSubstr("missing: no AIT arrived in 0 s for 1:1025:28106 (Name), whose PMT signals one\n"));
 }
 
 TEST_F(ADemonstration, NamesTheServiceWhoseChannelDidNotChange) {
@@ -136,11 +139,11 @@ TEST_F(ADemonstration, NamesTheServiceWhoseChannelDidNotChange) {
 
 TEST_F(ADemonstration, FailsOnABroadcastWithoutAnAit) {
     EXPECT_EQ(run({listed(kSample.services[2])}), 1);
-    EXPECT_THAT(output.text(), HasSubstr("no HbbTV AIT in this broadcast"));
+    EXPECT_THAT(output.text(), HasSubstr("missing: no service of this broadcast signals an HbbTV AIT\n"));
     EXPECT_THAT(output.text(), Not(HasSubstr("no PMT")));
 }
 
-TEST_F(ADemonstration, EndsAtTheTimeLimit) {
+TEST_F(ADemonstration, GivesEachServiceItsTime) {
     answersChannel = false;
     EXPECT_EQ(run({listed(kSample.services[0]), listed(kSample.services[1])}, std::chrono::milliseconds(1)), 1);
     EXPECT_THAT(output.text(), HasSubstr("missing: no channel change arrived for 1:1025:28106 (Name)\n"));
@@ -154,11 +157,41 @@ TEST_F(ADemonstration, ReturnsToTheFirstServiceAndShowsTheStoredAit) {
     ASSERT_NE(back, std::string::npos);
     EXPECT_THAT(text.substr(back),
                 HasSubstr("organisation_id 400 (0x190), application_id 1 (0x1)  AUTOSTART  Red Button"));
-    EXPECT_THAT(api.calls.back(), testing::AnyOf("tuneToService(12, 1, 1025, 28106, 0)", "getCurrentCCID()"));
+    std::vector<std::string> tunes;
+    std::copy_if(api.calls.begin(), api.calls.end(), std::back_inserter(tunes),
+                 [](const std::string& call) { return call.compare(0, 13, "tuneToService") == 0; });
+    EXPECT_EQ(tunes.back(), "tuneToService(12, 1, 1025, 28106, 0)");
 }
 
 TEST_F(ADemonstration, AsksForAnAitDeliveredBefore) {
     const ListedService service = listed(kSample.services[0]);
     EXPECT_EQ(run({service, listed(kSample.services[1]), service}), 0);
+    EXPECT_THAT(output.text(), HasSubstr("all arrived"));
+}
+
+TEST_F(ADemonstration, DoesNotReportAsMissingWhatItDidNotTry) {
+    api.tuned = [this](int) { api.result = -1; };
+    EXPECT_EQ(run({listed(kSample.services[0]), listed(kSample.services[1])}), dvbshell::kNoService);
+    EXPECT_THAT(output.text(), HasSubstr("the DTV service has gone\n"));
+    EXPECT_THAT(output.text(), testing::ContainsRegex("1:1025:28106 +Name +not tried\n"));
+    EXPECT_THAT(output.text(), testing::ContainsRegex("1:1025:28107 +Name +not tried\n"));
+    EXPECT_THAT(output.text(), HasSubstr("\nended before everything was tried\n"));
+    EXPECT_THAT(output.text(), Not(HasSubstr("missing")));
+}
+
+TEST_F(ADemonstration, SaysWhatItLeavesOutAndWhy) {
+    dvbshell::DemoPlan plan;
+    plan.shown = {listed(kSample.services[0])};
+    plan.leftOut = {{listed(kSample.services[1]), "enough others"}};
+    EXPECT_EQ(run(plan), 0);
+    EXPECT_THAT(output.text(), testing::ContainsRegex("shown +1:1025:28106 +Name"));
+    EXPECT_THAT(output.text(), testing::ContainsRegex("left out +1:1025:28107 +Name +enough others\n"));
+}
+
+TEST_F(ADemonstration, ExpectsNoAitOfServicesThatTheUserChose) {
+    dvbshell::DemoPlan plan;
+    plan.shown = {listed(kSample.services[2])};
+    plan.anyAitExpected = false;
+    EXPECT_EQ(run(plan), 0);
     EXPECT_THAT(output.text(), HasSubstr("all arrived"));
 }

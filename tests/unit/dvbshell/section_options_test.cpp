@@ -7,47 +7,36 @@
 
 namespace {
 
-using dvbshell::SectionsRequest;
+using dvbshell::Pattern;
 using testing::ElementsAre;
 
 }  // namespace
 
 TEST(ATableOption, IsTheFirstByteOfThePattern) {
-    SectionsRequest request;
-    ASSERT_TRUE(dvbshell::setTable("0x4E", request));
-    EXPECT_EQ(request.match, "\x4E");
-    EXPECT_EQ(request.mask, "\xFF");
-    ASSERT_TRUE(dvbshell::setTable("80/0xF0", request));
-    EXPECT_EQ(request.match, "\x50");
-    EXPECT_EQ(request.mask, "\xF0");
+    Pattern pattern;
+    ASSERT_TRUE(dvbshell::setTable("0x4E", pattern));
+    EXPECT_EQ(pattern.match, "\x4E");
+    EXPECT_EQ(pattern.mask, "\xFF");
+    ASSERT_TRUE(dvbshell::setTable("80/0xF0", pattern));
+    EXPECT_EQ(pattern.match, "\x50");
+    EXPECT_EQ(pattern.mask, "\xF0");
 }
 
 TEST(ATableOption, PrecedesAGivenPattern) {
-    SectionsRequest request;
-    request.match = "\x01\x02\x03";
-    request.mask = "\xFF\xFF\xFF";
-    ASSERT_TRUE(dvbshell::setTable("0x74/0xFE", request));
-    EXPECT_EQ(request.match, "\x74\x02\x03");
-    EXPECT_EQ(request.mask, "\xFE\xFF\xFF");
+    Pattern pattern;
+    pattern.match = "\x01\x02\x03";
+    pattern.mask = "\xFF\xFF\xFF";
+    ASSERT_TRUE(dvbshell::setTable("0x74/0xFE", pattern));
+    EXPECT_EQ(pattern.match, "\x74\x02\x03");
+    EXPECT_EQ(pattern.mask, "\xFE\xFF\xFF");
 }
 
 TEST(ATableOption, IsRefusedWhenItIsNone) {
     for (const char* const wrong : {"", "x", "256", "1/", "1/256", "1/2/3", "-1", "0x", "1 "}) {
-        SectionsRequest request;
-        EXPECT_FALSE(dvbshell::setTable(wrong, request)) << wrong;
-        EXPECT_TRUE(request.match.empty()) << wrong;
+        Pattern pattern;
+        EXPECT_FALSE(dvbshell::setTable(wrong, pattern)) << wrong;
+        EXPECT_TRUE(pattern.match.empty()) << wrong;
     }
-}
-
-TEST(AnUnsignedNumber, IsDecimalOrHexadecimalUpToItsBound) {
-    unsigned int number = 0;
-    EXPECT_TRUE(dvbshell::parseUnsigned("8191", 8191, number));
-    EXPECT_EQ(number, 8191U);
-    EXPECT_TRUE(dvbshell::parseUnsigned("0x1fff", 8191, number));
-    EXPECT_EQ(number, 8191U);
-    EXPECT_FALSE(dvbshell::parseUnsigned("8192", 8191, number));
-    EXPECT_FALSE(dvbshell::parseUnsigned("99999999999", 8191, number));
-    EXPECT_FALSE(dvbshell::parseUnsigned("+1", 8191, number));
 }
 
 TEST(ATree, IsIndentedByDepthWithOneLineForEachDescriptor) {

@@ -6,12 +6,12 @@
 #include <cstdlib>
 #include <set>
 
-#include "demo.h"
 #include "json_printer.h"
 #include "operations.h"
-#include "prompt.h"
+#include "printer.h"
 #include "tables.h"
 #include "valid_json.h"
+#include "words.h"
 
 namespace {
 
@@ -79,6 +79,7 @@ Event sectionEvent(EventKind kind, const char* name, const tsmake::Section& sect
 
 TEST(ALine, IsSplitAtBlanksOutsideOfQuotes) {
     EXPECT_THAT(wordsOf("a  \"b c\"d\t\"\""), testing::ElementsAre("a", "b cd", ""));
+    EXPECT_THAT(wordsOf("'b c'd '' \"it's\" 'a \"b\"'"), testing::ElementsAre("b cd", "", "it's", "a \"b\""));
     EXPECT_TRUE(wordsOf(" \t").empty());
 }
 
@@ -87,6 +88,8 @@ TEST(ALine, IsRefusedWhereAQuoteIsNotClosed) {
     std::string error;
     EXPECT_FALSE(splitWords("audio-source \"a\" \"b c", words, error));
     EXPECT_EQ(error, "the double quote at character 18 is not closed");
+    EXPECT_FALSE(splitWords("it's", words, error));
+    EXPECT_EQ(error, "the single quote at character 3 is not closed");
 }
 
 TEST(TheShellsTable, HasARowForEverySlotOfTheInterface) {
@@ -181,32 +184,6 @@ TEST(AJsonPrinter, WritesAnOperationsResult) {
     EXPECT_THAT(output.written(),
                 testing::MatchesRegex("[{]\"time\":[0-9.]+,\"operation\":\"sendPtsRequest\",\"result\":-107[}]\n"
                                       "[{]\"time\":[0-9.]+,\"operation\":\"vbStartDtvInfoRequest\"[}]\n"));
-}
-
-TEST(AServiceList, IsReadAsTheServiceWritesIt) {
-    std::vector<ListedService> services;
-    std::string error;
-    ASSERT_TRUE(parseServiceList("1:2:3\tpmt\thbbtv\tA name\n0:2:4\tnopmt\tno-hbbtv\t\n", services, error)) << error;
-    ASSERT_EQ(services.size(), 2U);
-    EXPECT_TRUE(services[0].hasPmt && services[0].signalsAit);
-    EXPECT_EQ(services[0].name, "A name");
-    EXPECT_FALSE(services[1].hasPmt || services[1].signalsAit);
-    EXPECT_FALSE(parseServiceList("1:2\tpmt\thbbtv\tx\n", services, error));
-    EXPECT_EQ(error, "\"1:2\tpmt\thbbtv\tx\" is no line of a service list");
-}
-
-TEST(TheDemonstration, PrefersServicesWithApplications) {
-    std::vector<ListedService> listed;
-    std::string error;
-    ASSERT_TRUE(
-        parseServiceList("1:1:1\tnopmt\tno-hbbtv\ta\n1:1:2\tpmt\tno-hbbtv\tb\n1:1:3\tpmt\thbbtv\tc\n"
-                         "1:1:4\tnopmt\tno-hbbtv\td\n",
-                         listed, error));
-    std::vector<std::string> names;
-    for (const ListedService& service : chooseServices(listed)) {
-        names.push_back(service.name);
-    }
-    EXPECT_THAT(names, testing::ElementsAre("c", "b", "a"));
 }
 
 TEST(AnEventQueue, GivesWhatTheListenerHeardInOrder) {

@@ -1,0 +1,98 @@
+// Waiting, and printing what comes.
+#include "session.h"
+
+#include <thread>
+
+#include "interrupt.h"
+
+namespace dvbshell {
+
+namespace {
+
+/// How long a wait takes no notice of Ctrl-C and of the service.
+constexpr std::chrono::milliseconds kSlice{50};
+
+}  // namespace
+
+std::optional<Event> Session::next(EventQueue& queue, Clock::time_point until, bool evenWithoutService) {
+    while (!isInterrupted() && !outputFailed()) {
+        const Clock::time_point now = Clock::now();
+        if (std::optional<Event> event = queue.take(std::min(until, now + kSlice))) {
+            // An event tells that the service is back, before the next look does.
+            noteConnection(connection.isGone());
+            return event;
+        }
+        noteConnection();
+        if (now >= until || (connection.isGone() && !evenWithoutService)) {
+            return std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
+void Session::print(const Event& event) {
+    printer.print(event, host.api.getCurrentCCID());
+}
+
+void Session::printWaiting() {
+    while (const std::optional<Event> event = events.take(Clock::now())) {
+        print(*event);
+    }
+}
+
+void Session::report(const std::vector<std::string>& lines, const char* name, const std::optional<Triplet>& channel,
+                     std::vector<message_fields::FieldValue> values) {
+    if (!json) {
+        for (const std::string& line : lines) {
+            printer.note(line);
+        }
+        return;
+    }
+    Event event;
+    event.name = name;
+    if (channel) {
+        event.onid = channel->onid;
+        event.tsid = channel->tsid;
+        event.sid = channel->sid;
+    }
+    event.values = std::move(values);
+    printer.print(event, "");
+}
+
+bool Session::noteConnection(bool now) {
+    const std::optional<std::string> news = connection.news(now);
+    if (news) {
+        printer.note(*news);
+    }
+    return news.has_value();
+}
+
+std::optional<Triplet> Session::presented() const {
+    Triplet channel;
+    const bool known = host.api.getCurrentChannelInfo(channel.onid, channel.tsid, channel.sid) == 0;
+    return known ? std::make_optional(channel) : std::nullopt;
+}
+
+void Session::awaitChannel() const {
+    constexpr std::chrono::milliseconds kLongest{500};
+    constexpr std::chrono::milliseconds kBetweenLooks{5};
+    const Clock::time_point end = Clock::now() + kLongest;
+    while (!presented() && Clock::now() < end) {
+        std::this_thread::sleep_for(kBetweenLooks);
+    }
+}
+
+bool Session::outputFailed() const {
+    return std::ferror(output) != 0;
+}
+
+int fail(Session& session, const std::string& text) {
+    if (session.atPrompt) {
+        session.printer.note(text);
+    } else {
+        std::fprintf(stderr, "dvbshell: %s\n", text.c_str());
+    }
+    return kFailed;
+}
+
+}  // namespace dvbshell

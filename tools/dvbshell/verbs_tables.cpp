@@ -1,0 +1,161 @@
+// The verbs about tables: sections, pmt, ait.
+#include "ait_link.h"
+#include "sections.h"
+#include "tuning.h"
+#include "verbs.h"
+
+namespace dvbshell {
+
+namespace {
+
+constexpr std::chrono::seconds kLongest{5};
+constexpr std::chrono::seconds kLongestOfCount{60};
+
+Pattern readPattern(ArgumentReader& reader) {
+    const command_line::Arguments& arguments = reader.arguments();
+    const Pattern given{reader.bytes("--match", arguments.value("match").value_or("")),
+                        reader.bytes("--mask", arguments.value("mask").value_or(""))};
+    Pattern pattern = given;
+    if (given.match.size() != given.mask.size()) {
+        reader.refuse("--match has " + std::to_string(given.match.size()) + " bytes, --mask " +
+                      std::to_string(given.mask.size()));
+    }
+    const std::optional<std::string> table = arguments.value("table");
+    if (table && !setTable(*table, pattern)) {
+        reader.refuse("--table: \"" + *table + "\" is not ID or ID/MASK, each from 0 to 255");
+    }
+    return pattern;
+}
+
+Job prepareSections(ArgumentReader& reader) {
+    constexpr unsigned int kMostSections = 1000000000;
+    SectionsRequest request;
+    request.pid = reader.number("PID", reader.argument(), kMostPid);
+    request.pattern = readPattern(reader);
+    request.count = reader.option("count", kMostSections);
+    request.longest = reader.seconds().value_or(request.count ? kLongestOfCount : kLongest);
+    if (const std::optional<std::string> path = reader.arguments().value("out")) {
+        request.show = SectionsRequest::Show::file;
+        request.path = *path;
+    } else if (reader.arguments().has("hex")) {
+        request.show = SectionsRequest::Show::hexadecimal;
+    }
+    return [request](Session& session) { return followSections(session, request); };
+}
+
+Job preparePmt(ArgumentReader& reader) {
+    std::optional<unsigned int> service;
+    if (reader.hasArgument()) {
+        service = reader.number("SID", reader.argument(), kMostNumber16);
+    }
+    const std::chrono::seconds longest = reader.seconds().value_or(kLongest);
+    return [service, longest](Session& session) {
+        const std::optional<Triplet> presented = session.presented();
+        if (!service && !presented) {
+            return fail(session, "pmt: no channel is presented; name a service");
+        }
+        return followPmt(session, service ? *service : static_cast<unsigned int>(presented->sid), longest);
+    };
+}
+
+bool replay(Session& session, const std::optional<Triplet>& wanted) {
+    const std::optional<Triplet> channel = wanted ? wanted : session.presented();
+    if (!channel) {
+        session.printer.note("ait: the current channel is not known");
+        return false;
+    }
+    return session.host.ait != nullptr && session.host.ait->replay(static_cast<std::uint16_t>(channel->onid),
+                                                                   static_cast<std::uint16_t>(channel->tsid),
+                                                                   static_cast<std::uint16_t>(channel->sid));
+}
+
+/// Asks for the stored AIT and prints what comes of it.
+int showStored(Session& session, const std::optional<Triplet>& wanted) {
+    constexpr std::chrono::milliseconds kQuiet{500};
+    const bool asked = replay(session, wanted);
+    bool came = false;
+    while (const std::optional<Event> event = session.next(session.events, Clock::now() + kQuiet)) {
+        session.print(*event);
+        came = came || event->kind == EventKind::application;
+    }
+    if (asked && !came) {
+        session.printer.note("nothing is stored: no AIT has come, or its version is 0");
+    }
+    return asked ? kDone : kFailed;
+}
+
+/// Prints events until the AIT has arrived and no event follows for a moment.
+bool followAit(Session& session, const std::optional<Triplet>& wanted, Clock::time_point end) {
+    constexpr std::chrono::milliseconds kQuiet{500};
+    bool came = false;
+    Clock::time_point until = end;
+    while (const std::optional<Event> event = session.next(session.events, until)) {
+        session.print(*event);
+        const bool isAit = event->kind == EventKind::ait || event->kind == EventKind::application;
+        // The AIT of the previous channel may arrive first.
+        came = came || (isAit && (!wanted || isOfChannel(*event, *wanted)));
+        until = came ? std::min(end, Clock::now() + kQuiet) : end;
+    }
+    return came;
+}
+
+int ait(Session& session, const std::optional<Triplet>& wanted, std::chrono::seconds longest) {
+    constexpr int kDvbTerrestrial = 12;
+    if (wanted) {
+        startTune(session, kDvbTerrestrial, *wanted);
+    } else {
+        // The service sends each AIT section once, so ask for them again.
+        session.host.api.triggerAitRestart();
+    }
+    const bool came = followAit(session, wanted, Clock::now() + longest);
+    if (session.connection.isGone()) {
+        return kNoService;
+    }
+    if (!came) {
+        session.printer.note("no AIT came in " + std::to_string(longest.count()) + " s");
+        return kFailed;
+    }
+    session.printer.note("from memory:");
+    return showStored(session, wanted);
+}
+
+Job prepareAit(ArgumentReader& reader) {
+    const std::optional<Triplet> wanted =
+        reader.hasArgument() ? std::make_optional(reader.triplet(reader.argument())) : std::nullopt;
+    const std::chrono::seconds longest = reader.seconds().value_or(kLongest);
+    const bool storedOnly = reader.arguments().has("stored");
+    return [wanted, longest, storedOnly](Session& session) {
+        return storedOnly ? showStored(session, wanted) : ait(session, wanted, longest);
+    };
+}
+
+}  // namespace
+
+VerbGroup tableVerbs() {
+    return {
+        "Tables",
+        {
+            {{"sections",
+              {{"PID"}},
+              "open a section filter and print its sections",
+              "Ends after --count sections, or after --seconds (5; 60 with --count).",
+              "sections 0x12 --table 0x4E --count 2"},
+             prepareSections},
+            {{"pmt",
+              {{"[SID]"}},
+              "print the PMT of a service",
+              "Without a service_id, of the presented channel.",
+              "pmt 28106"},
+             preparePmt},
+            {{"ait",
+              {channelArgument("[ONID:TSID:SID]")},
+              "print a channel's HbbTV applications",
+              "Tunes to the channel, or asks for the AIT of the presented one again; prints what comes in --seconds "
+              "(5); then prints the AIT that the library has stored.",
+              "ait 1:1025:28106"},
+             prepareAit},
+        },
+    };
+}
+
+}  // namespace dvbshell
