@@ -14,20 +14,25 @@ enum class Form { longForm, shortForm, shortFormWithCrc };
 
 constexpr std::size_t kCrcSize = 4;
 
-// Parts of layouts: the header of the long form; a length of 12 bits; a loop of descriptors after it.
+/// The header of the long form, behind the identifier of 16 bits.
 #define HEADER " -:2 version_number:5 current_next_indicator:1 section_number:8 last_section_number:8 "
-#define LENGTH(field) " -:4 " field ":12"
-#define LOOP(field) LENGTH(field) "(descriptors) "
-#define LOOPS_OF_TARGETS                                                              \
-    "device{" LENGTH("target_descriptor_loop_length") "(target[descriptors])" LENGTH( \
-        "operational_descriptor_loop_length") "(operational[descriptors])}"
+/// The end of NIT and BAT.
+#define TRANSPORT_STREAMS                                             \
+    "-:4 transport_stream_loop_length:12("                            \
+    "transport_stream{transport_stream_id:16 original_network_id:16 " \
+    "-:4 transport_descriptors_length:12(descriptors)})"
+/// The loops of UNT and INT.
+#define DEVICES                                                         \
+    "device{-:4 target_descriptor_loop_length:12(target[descriptors]) " \
+    "-:4 operational_descriptor_loop_length:12(operational[descriptors])}"
 
 constexpr const char* kPat =
     "transport_stream_id:16" HEADER
     "program{program_number:16 -:3 ?program_number=0(network_PID:13) ?program_number(program_map_PID:13)}";
 constexpr const char* kOnlyDescriptors = "-:16" HEADER "descriptors";
-constexpr const char* kPmt = "program_number:16" HEADER "-:3 PCR_PID:13" LOOP(
-    "program_info_length") "stream{stream_type:8 -:3 elementary_PID:13" LOOP("ES_info_length") "}";
+constexpr const char* kPmt = "program_number:16" HEADER
+                             "-:3 PCR_PID:13 -:4 program_info_length:12(descriptors) "
+                             "stream{stream_type:8 -:3 elementary_PID:13 -:4 ES_info_length:12(descriptors)}";
 constexpr const char* kMessage =
     "table_id_extension:16" HEADER
     "protocolDiscriminator:8 dsmccType:8 messageId:16 ?messageId=0x1003(downloadId:32) "
@@ -40,46 +45,49 @@ constexpr const char* kMessage =
     "privateDataLength:16(privateData:rest)) "
     "?messageId=0x1003(moduleId:16 moduleVersion:8 -:8 blockNumber:16 blockDataBytes:size)";
 constexpr const char* kStreamDescriptors = "table_id_extension:16" HEADER "descriptors";
-constexpr const char* kNit = "network_id:16" HEADER LOOP("network_descriptors_length")
-    LENGTH("transport_stream_loop_length") "(transport_stream{transport_stream_id:16 original_network_id:16" LOOP(
-        "transport_descriptors_length") "})";
-constexpr const char* kBat = "bouquet_id:16" HEADER LOOP("bouquet_descriptors_length")
-    LENGTH("transport_stream_loop_length") "(transport_stream{transport_stream_id:16 original_network_id:16" LOOP(
-        "transport_descriptors_length") "})";
+constexpr const char* kNit = "network_id:16" HEADER "-:4 network_descriptors_length:12(descriptors) " TRANSPORT_STREAMS;
+constexpr const char* kBat = "bouquet_id:16" HEADER "-:4 bouquet_descriptors_length:12(descriptors) " TRANSPORT_STREAMS;
 constexpr const char* kSdt =
     "transport_stream_id:16" HEADER
-    "original_network_id:16 -:8 service{service_id:16 -:6 EIT_schedule_flag:1 "
-    "EIT_present_following_flag:1 running_status:3 free_CA_mode:1 descriptors_loop_length:12(descriptors)}";
-constexpr const char* kUnt = "action_type:8 OUI_hash:8" HEADER "OUI:24 processing_order:8"
-    LOOP("common_descriptor_loop_length")
-    "platform{compatibilityDescriptorLength:16(?(descriptorCount:16 compatibility{descriptorType:8 "
+    "original_network_id:16 -:8 "
+    "service{service_id:16 -:6 EIT_schedule_flag:1 EIT_present_following_flag:1 running_status:3 free_CA_mode:1 "
+    "descriptors_loop_length:12(descriptors)}";
+constexpr const char* kUnt =
+    "action_type:8 OUI_hash:8" HEADER
+    "OUI:24 processing_order:8 -:4 common_descriptor_loop_length:12(descriptors) "
+    "platform{compatibilityDescriptorLength:16(?(.descriptorCount:16 compatibility_descriptor{descriptorType:8 "
     "descriptorLength:8(specifierType:8 specifierData:24 model:16 version:16 "
-    "subDescriptorCount:8 +{subDescriptorType:8 subDescriptor:bytes})})) platform_loop_length:16(" LOOPS_OF_TARGETS ")}";
+    ".subDescriptorCount:8 +{subDescriptorType:8 subDescriptor:bytes})})) platform_loop_length:16(" DEVICES ")}";
 constexpr const char* kInt =
     "action_type:8 platform_id_hash:8" HEADER
-    "platform_id:24 processing_order:8" LOOP("platform_descriptor_loop_length") LOOPS_OF_TARGETS;
+    "platform_id:24 processing_order:8 -:4 platform_descriptor_loop_length:12(descriptors) " DEVICES;
 constexpr const char* kEit =
     "service_id:16" HEADER
-    "transport_stream_id:16 original_network_id:16 segment_last_section_number:8 "
-    "last_table_id:8 event{event_id:16 start_time:utc duration:duration running_status:3 free_CA_mode:1 "
+    "transport_stream_id:16 original_network_id:16 segment_last_section_number:8 last_table_id:8 "
+    "event{event_id:16 start_time:utc duration:duration running_status:3 free_CA_mode:1 "
     "descriptors_loop_length:12(descriptors)}";
-constexpr const char* kTot = "UTC_time:utc" LOOP("descriptors_loop_length");
+constexpr const char* kTot = "UTC_time:utc -:4 descriptors_loop_length:12(descriptors)";
 constexpr const char* kRst =
     "event{transport_stream_id:16 original_network_id:16 service_id:16 event_id:16 -:5 running_status:3}";
-constexpr const char* kAit = "test_application_flag:1 application_type:15" HEADER LOOP("common_descriptors_length")
-    LENGTH("application_loop_length") "(application{organisation_id:32 application_id:16 application_control_code:8"
-    LOOP("application_descriptors_loop_length") "})";
-constexpr const char* kRnt = "context_id:16" HEADER "context_id_type:8" LOOP("common_descriptors_length")
-    "resolution_provider{" LENGTH("resolution_provider_info_length") "(resolution_provider_name:string"
-    LOOP("resolution_provider_descriptors_length") "CRID_authority{CRID_authority_name:string -:2 "
-    "CRID_authority_policy:2 CRID_authority_descriptors_length:12(descriptors)})}";
-constexpr const char* kSit = "-:16" HEADER LOOP(
-    "transmission_info_loop_length") "service{service_id:16 -:1 running_status:3 service_loop_length:12(descriptors)}";
+constexpr const char* kAit =
+    "test_application_flag:1 application_type:15" HEADER
+    "-:4 common_descriptors_length:12(descriptors) "
+    "-:4 application_loop_length:12(application{organisation_id:32 application_id:16 application_control_code:8 "
+    "-:4 application_descriptors_loop_length:12(descriptors)})";
+constexpr const char* kRnt =
+    "context_id:16" HEADER
+    "context_id_type:8 -:4 common_descriptors_length:12(descriptors) "
+    "resolution_provider{-:4 resolution_provider_info_length:12(resolution_provider_name:string "
+    "-:4 resolution_provider_descriptors_length:12(descriptors) "
+    "CRID_authority{CRID_authority_name:string -:2 CRID_authority_policy:2 "
+    "CRID_authority_descriptors_length:12(descriptors)})}";
+constexpr const char* kSit = "-:16" HEADER
+                             "-:4 transmission_info_loop_length:12(descriptors) "
+                             "service{service_id:16 -:1 running_status:3 service_loop_length:12(descriptors)}";
 
 #undef HEADER
-#undef LENGTH
-#undef LOOP
-#undef LOOPS_OF_TARGETS
+#undef TRANSPORT_STREAMS
+#undef DEVICES
 
 /// A known table and its range of table_id.
 struct KnownTable {

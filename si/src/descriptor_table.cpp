@@ -150,7 +150,7 @@ constexpr KnownDescriptor kKnown[] = {
     {Scope::general, 0x52, "stream_identifier", "component_tag:8"},
     {Scope::general, 0x53, "CA_identifier", "CA_system_id:16*"},
     {Scope::general, 0x54, "content", "content{content_nibble_level_1:4 content_nibble_level_2:4 user_byte:8}"},
-    {Scope::general, 0x55, "parental_rating", "country{country_code:lang rating:8}"},
+    {Scope::general, 0x55, "parental_rating", "rating{country_code:lang rating:8}"},
     {Scope::general, 0x56, "teletext", kTeletextPages},
     {Scope::general, 0x57, "telephone",
      "-:2 foreign_availability:1 connection_type:5 -:1 .country_prefix_length:2 .international_area_code_length:3 "
@@ -159,7 +159,7 @@ constexpr KnownDescriptor kKnown[] = {
      "operator_code:chars@operator_code_length national_area_code:chars@national_area_code_length "
      "core_number:chars@core_number_length"},
     {Scope::general, 0x58, "local_time_offset",
-     "country{country_code:lang country_region_id:6 -:1 local_time_offset_polarity:1 local_time_offset:hhmm "
+     "offset{country_code:lang country_region_id:6 -:1 local_time_offset_polarity:1 local_time_offset:hhmm "
      "time_of_change:utc next_time_offset:hhmm}"},
     {Scope::general, 0x59, "subtitling",
      "page{ISO_639_language_code:lang subtitling_type:8 composition_page_id:16 ancillary_page_id:16}"},
@@ -350,12 +350,12 @@ constexpr KnownDescriptor kKnown[] = {
     {Scope::ipMac, 0x06, "IP/MAC_platform_name", "ISO_639_language_code:lang platform_name:restText"},
     {Scope::ipMac, 0x07, "IP/MAC_platform_provider_name", "ISO_639_language_code:lang platform_provider_name:restText"},
     {Scope::ipMac, 0x08, "target_MAC_address_range", "range{MAC_addr_low:bytes6 MAC_addr_high:bytes6}"},
-    {Scope::ipMac, 0x09, "target_IP_slash", "address{IPv4_addr:ipv4 IPv4_slash_mask:8}"},
+    {Scope::ipMac, 0x09, "target_IP_slash", "subnet{IPv4_addr:ipv4 IPv4_slash_mask:8}"},
     {Scope::ipMac, 0x0A, "target_IP_source_slash",
-     "address{IPv4_source_addr:ipv4 IPv4_source_slash_mask:8 IPv4_dest_addr:ipv4 IPv4_dest_slash_mask:8}"},
-    {Scope::ipMac, 0x0B, "target_IPv6_slash", "address{IPv6_addr:bytes16 IPv6_slash_mask:8}"},
+     "subnet{IPv4_source_addr:ipv4 IPv4_source_slash_mask:8 IPv4_dest_addr:ipv4 IPv4_dest_slash_mask:8}"},
+    {Scope::ipMac, 0x0B, "target_IPv6_slash", "subnet{IPv6_addr:bytes16 IPv6_slash_mask:8}"},
     {Scope::ipMac, 0x0C, "target_IPv6_source_slash",
-     "address{IPv6_source_addr:bytes16 IPv6_source_slash_mask:8 IPv6_dest_addr:bytes16 IPv6_dest_slash_mask:8}"},
+     "subnet{IPv6_source_addr:bytes16 IPv6_source_slash_mask:8 IPv6_dest_addr:bytes16 IPv6_dest_slash_mask:8}"},
     {Scope::ipMac, 0x0D, "IP/MAC_stream_location",
      "network_id:16 original_network_id:16 transport_stream_id:16 service_id:16 component_tag:8"},
     {Scope::ipMac, 0x0E, "ISP_access_mode", "access_mode:8"},

@@ -14,7 +14,7 @@
 
 namespace si {
 
-/// Which descriptors a loop has. Tags below 0x40, or 0x60 in an AIT, have a meaning of their own in some tables.
+/// Which descriptors a loop has: in some tables, some tags have a meaning of their own.
 enum class Scope : std::uint8_t { general, application, update, ipMac, resolution, extension };
 
 /// Where a field that does not fit is shown: in each entry of a table, so that the entries beside it keep their fields,

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "field_types.h"
+#include "layout_fields.h"
 
 namespace si {
 

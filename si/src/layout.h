@@ -3,7 +3,7 @@
 //
 //   name:12             a number of 12 bits; name:32x10 multiplies it by 10, name:bcd8x100 has eight decimal digits
 //   .name:1             a number that is not shown, for conditions and lengths; -:3 bits without a meaning
-//   name:TYPE           a text or bytes, see field_types.cpp
+//   name:TYPE           a text or bytes, see layout_fields.cpp
 //   name:16*            the same field until the end
 //   name{ layout }      entries until the end, each a child node; +{ layout } adds their fields to the same node
 //   name[ layout ]      one child node

@@ -114,7 +114,7 @@ TEST(TheShell, DecodesTheSectionsOfAFilter) {
     ChildProcess shell(DVBSHELL, {"sections", "0x11", "--table", "0x42", "--count", "1"}, "shell");
     EXPECT_EQ(shell.wait(), 0) << shell.output();
     EXPECT_THAT(shell.output(), testing::HasSubstr("section  SDT actual  table_id 0x42, transport_stream_id 1025"));
-    EXPECT_THAT(shell.output(), testing::HasSubstr("provider=\"Velmora\" service=\"Velmora One HD\""));
+    EXPECT_THAT(shell.output(), testing::HasSubstr("service_provider_name Velmora, service_name Velmora One HD"));
 }
 
 TEST(TheShell, GivesSectionsAsTheyAre) {

@@ -1,9 +1,11 @@
 // Describes any section as a tree of names and values, for people and programs that inspect broadcasts. Fields of known
-// tables and descriptors have their names from the standards; everything else has tag, length and bytes. A field name
-// stands for the same kind of value in every table: always a number, or always a text. Numbers that the standards write
-// in hexadecimal have a text with 0x and the width of the field ("0x0010"), organisation_id and application_id have
-// both notations ("400 (0x190)"), and named values have their name ("0x01 (AUTOSTART)"). Lengths, counts and reserved
-// bits are not shown. Frequencies are in Hz, symbol rates in symbols a second.
+// tables and descriptors have their names from the standards; everything else has tag, length and bytes.
+//
+// A field name stands for the same kind of value in every table: always a number, or always a text. A number that its
+// standard writes in hexadecimal has a text with 0x and the width of the field ("0x0010"). organisation_id and
+// application_id have both notations ("400 (0x190)"). A value with a name has it behind the number ("0x01
+// (AUTOSTART)"). Frequencies are in Hz, symbol rates in symbols a second. Lengths and counts of loops and texts, flags
+// that only say whether a field follows, and reserved bits are not shown. A field that is not there is absent.
 // Threads: any.
 // Blocks:  never.
 // Fails:   never; unreadable data is shown in hexadecimal with the reason.

@@ -91,7 +91,7 @@ TEST(ADescription, OfATdtAndATotIsTheTime) {
     EXPECT_EQ(node.name, "TOT");
     EXPECT_EQ(value(node, "UTC_time"), "1993-10-13T12:45:00Z");
     EXPECT_EQ(line(descriptor(node, "local_time_offset")),
-              "local_time_offset: {country: country_code=DEU, country_region_id=0, local_time_offset_polarity=0, "
+              "local_time_offset: {offset: country_code=DEU, country_region_id=0, local_time_offset_polarity=0, "
               "local_time_offset=01:00, time_of_change=2010-09-19T01:00:00Z, next_time_offset=02:00}");
 }
 
@@ -258,7 +258,7 @@ TEST(ADescription, OfAUntHasItsPlatformsDownToTheirLoops) {
     const Node& platform = unt.nodes.at(1);
     EXPECT_EQ(line(platform.nodes.at(0)),
               " descriptorType=0x01, specifierType=0x01, specifierData=0x00015a, model=7, version=2, "
-              "subDescriptorCount=1, subDescriptorType=0x80, subDescriptor=ff");
+              "subDescriptorType=0x80, subDescriptor=ff");
     const Node& device = platform.nodes.at(1);
     EXPECT_EQ(device.nodes.at(0).name, "target");
     EXPECT_EQ(line(device.nodes[0].nodes.at(0)), "target_serial_number: serial_data=414243");
@@ -275,7 +275,7 @@ TEST(ADescription, OfAnIntHasItsPlatformAndItsTargets) {
     EXPECT_EQ(value(descriptor(table, "IP/MAC_platform_name"), "platform_name"), "AB");
     const Node& device = table.nodes.at(1);
     EXPECT_EQ(line(device.nodes.at(0).nodes.at(0)),
-              "target_IP_slash: {address: IPv4_addr=224.0.1.1, IPv4_slash_mask=32}");
+              "target_IP_slash: {subnet: IPv4_addr=224.0.1.1, IPv4_slash_mask=32}");
     EXPECT_EQ(line(device.nodes.at(1).nodes.at(0)),
               "IP/MAC_stream_location: network_id=1, original_network_id=8468, transport_stream_id=1025, "
               "service_id=28106, component_tag=0x0b");

@@ -144,7 +144,7 @@ TEST(ADescriptor, OfAnEventHasItsFields) {
         {"5402 14 00",
          "content: {content: content_nibble_level_1=0x1 (movie/drama), content_nibble_level_2=0x4, "
          "user_byte=0x00}"},
-        {"5504 444555 09", "parental_rating: {country: country_code=DEU, rating=0x09 (12 years)}"},
+        {"5504 444555 09", "parental_rating: {rating: country_code=DEU, rating=0x09 (12 years)}"},
         {"7604 04 02 2f61", "content_identifier: {content: crid_type=0x01, crid=/a}"},
         {"7603 05 0102", "content_identifier: {content: crid_type=0x01, crid_ref=258}"},
     });

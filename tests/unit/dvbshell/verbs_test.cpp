@@ -214,7 +214,7 @@ TEST_F(AVerb, PrintsStreamEvents) {
                               asText(tsmake::streamEventSection(service, 0)),
                               asText(tsmake::streamEventSection(service, 1))};
     EXPECT_EQ(run("stream-events 28106 --seconds 1"), kDone);
-    EXPECT_THAT(output.text(), HasSubstr("PID 300  event_id 1, version "));
+    EXPECT_THAT(output.text(), HasSubstr("pid 300, event_id 1, version_number "));
     EXPECT_THAT(output.text(), HasSubstr("data \"hello\"\n"));
     EXPECT_THAT(output.text(), HasSubstr("data 0102\n"));
     const std::string text = output.text();

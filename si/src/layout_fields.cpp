@@ -1,5 +1,5 @@
 // Reads fields by the types of layouts.
-#include "field_types.h"
+#include "layout_fields.h"
 
 #include <algorithm>
 #include <charconv>
