@@ -153,11 +153,9 @@ void SectionFilters::sendTo(Peer peer, const std::string& session, si::Bytes sec
 
 void SectionFilters::noteDropped(Peer peer, Browser& browser) {
     ++browser.dropped;
-    const auto now = std::chrono::steady_clock::now();
-    if (now - browser.lastLine >= std::chrono::seconds(1)) {
-        browser.lastLine = now;
-        BLOG_TAGGED(blog::kUnsupported, "browser %u does not read its sections: %llu dropped so far\n", peer,
-                    static_cast<unsigned long long>(browser.dropped));
+    const std::string text = std::to_string(browser.dropped) + " dropped so far";
+    if (const auto line = browser.messages.tell("dropped", text, 1)) {
+        BLOG_TAGGED(blog::kUnsupported, "browser %u does not read its sections: %s\n", peer, line->c_str());
     }
 }
 

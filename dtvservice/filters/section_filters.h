@@ -1,10 +1,9 @@
 // SectionFilters: the section filters and PMT requests of all browsers, and the queues that carry their sections.
 // Threads: the loop's.
-// Blocks:  never: if a browser does not read, its sections are dropped, counted, and logged at most once a second.
+// Blocks:  never: if a browser does not read, its sections are dropped, counted and logged.
 // Fails:   open() gives the reason.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "demux.h"
+#include "repeated_messages.h"
 #include "velmora/msgqueue/ipc_message_queue.h"
 
 namespace dtvservice {
@@ -66,7 +66,7 @@ private:
         std::unique_ptr<velmora::msgqueue::IPCMessageQueue> queue;
         std::map<std::string, Filter> filters;
         std::uint64_t dropped = 0;
-        std::chrono::steady_clock::time_point lastLine;
+        RepeatedMessages messages;
     };
 
     void noteDropped(Peer peer, Browser& browser);

@@ -24,6 +24,7 @@ extern "C" {
 }
 
 #include "descriptor_wait.h"
+#include "repeated_messages.h"
 #include "service_log.h"
 
 namespace dtvservice {
@@ -179,7 +180,9 @@ public:
                 return static_cast<std::size_t>(count);
             }
             if (errno == EOVERFLOW) {
-                BLOG_TAGGED(blog::kUnsupported, "%s: packets came faster than they were read\n", input.text.c_str());
+                if (const auto line = messages.tell("packets came faster than they were read")) {
+                    BLOG_TAGGED(blog::kUnsupported, "%s: %s\n", input.text.c_str(), line->c_str());
+                }
             } else if (errno != EINTR && errno != EAGAIN) {
                 problem = input.text + ": " + std::strerror(errno);
                 return 0;
@@ -262,6 +265,7 @@ private:
     InputName input;
     int wakeUp;
     std::string libraryError;
+    RepeatedMessages messages;
     dvb_device* devices;  // freeing it closes all opened devices
     int stream = -1;
 };
