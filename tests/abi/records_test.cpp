@@ -76,15 +76,16 @@ TEST(TheInterface, HasTheAgreedMessagesAndNoOthers) {
     EXPECT_EQ(std::size(kExpectedEvents), kEvents);
 }
 
-TEST(TheInterface, NumbersCommandsThenEventsWithoutGaps) {
+TEST(TheInterface, NumbersMessagesInTheirOrderWithoutGaps) {
+    constexpr std::uint32_t kIdentifiers[] = {
+#define EXPECTED_COMMAND(operation, Message, decimal, hexadecimal, size, text) decimal,
+#define EXPECTED_EVENT(operation, Message, decimal, hexadecimal, size, text) decimal,
+#include "expected_messages.inc"
+    };
     std::uint32_t next = 677843510;
-    for (const Expected& command : kExpectedCommands) {
-        EXPECT_EQ(command.id, next++) << command.operation;
+    for (const std::uint32_t identifier : kIdentifiers) {
+        EXPECT_EQ(identifier, next++);
     }
-    for (const Expected& event : kExpectedEvents) {
-        EXPECT_EQ(event.id, next++) << event.operation;
-    }
-    EXPECT_EQ(next, 677843510 + kCommands + kEvents);
 }
 
 TEST(TheInterface, HeadsEveryCommandWithItsIdentifiersAndDirectionZero) {

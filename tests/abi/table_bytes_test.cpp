@@ -71,9 +71,13 @@ private:
         if (reinterpret_cast<std::uintptr_t>(pointer) == 0xFFFFFFFFU) {
             return "FFFFFFFF";
         }
-        for (const char* record :
-             {"ovxDeserString_t", "ovxDeserBlobUint8_t", "ovxDeserVectorU8_t", "serializable_TuneInfoChannel",
-              "serializable_TuneInfoComponent", "serializable_OpenFilterMatchMask_t"}) {
+        for (const char* record : {
+                 "ovxDeserString_t",
+                 "ovxDeserBlobUint8_t",
+                 "ovxDeserVectorU8_t",
+#define NESTED(Record, fields) "serializable_" #Record,
+#include "browserdvbservice_messages.inc"
+             }) {
             const std::string symbol = std::string("__ovx_EndianTable_") + record;
             if (find(symbol) == pointer) {
                 return symbol;

@@ -31,6 +31,7 @@ declare -A may=(
     [dtvservice/core]="$contract $idiom $records $fields dtvservice/broadcast dtvservice/control"
     [dtvservice/inputs]="$contract $idiom dtvservice/broadcast dtvservice/core"
     [examples]="$headers"
+    [tools/message_documents]="$fields"
     [tools/tsmake]="command_line si"
     [tools/dtvctl]="command_line dtvservice/control si $fields"
     [tools/dvbshell]="$headers command_line si $fields"

@@ -112,6 +112,22 @@ Json resultOf(const Operation& operation) {
     return result;
 }
 
+/// Defines the fields of messages that the frame refers to.
+void addReferenced(const Json& node, Json& values) {
+    constexpr const char* kValues = "#/definitions/values/";
+    for (const auto& member : node.items()) {
+        const Json& value = member.value();
+        if (value.is_structured()) {
+            addReferenced(value, values);
+        } else if (member.key() == "$ref" && value.get<std::string>().rfind(kValues, 0) == 0) {
+            const std::string name = value.get<std::string>().substr(std::string(kValues).size());
+            if (const Field* const field = findField(name); field != nullptr && !values.contains(name)) {
+                values[name] = typeOf(*field->form);
+            }
+        }
+    }
+}
+
 /// The values of events and results.
 void addValues(Json& values) {
     values["result"] = typeOf(*findField("result")->form);
@@ -150,7 +166,9 @@ void addOperations(Json& schema) {
 bool writeSchema(const std::string& frame, std::ostream& output, std::string& error) {
     try {
         Json schema = Json::parse(frame);
-        addValues(schema.at("definitions").at("values"));
+        Json& values = schema.at("definitions").at("values");
+        addValues(values);
+        addReferenced(Json::parse(frame), values);
         addOperations(schema);
         output << schema.dump(1, '\t') << "\n";
     } catch (const Json::exception& failure) {

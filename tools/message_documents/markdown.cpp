@@ -81,6 +81,15 @@ std::string callsOf(const Message& message) {
     return calls;
 }
 
+/// What a browser has to do with the message.
+std::string useText(const Message& message) {
+    const std::string calls = callsOf(message);
+    if (calls.empty()) {
+        return std::string("No operation of the DVB API: ") + useOf(message.name);
+    }
+    return (message.kind == Message::Kind::command ? "The browser calls " : "The browser is called with ") + calls;
+}
+
 void writeMessages(Message::Kind kind, const char* title, std::ostream& output) {
     output << "\n## " << title << "\n";
     for (const Message& message : messages()) {
@@ -88,11 +97,9 @@ void writeMessages(Message::Kind kind, const char* title, std::ostream& output) 
             continue;
         }
         output << "\n### " << message.name << "\n";
-        const std::string calls = callsOf(message);
         if (kind != Message::Kind::record) {
             output << "\nIdentifier 0x" << std::hex << std::uppercase << message.identifier << std::dec << ". "
-                   << (kind == Message::Kind::command ? "The browser calls " : "The browser is called with ")
-                   << (calls.empty() ? "nothing of its own for it" : calls) << ".\n";
+                   << useText(message) << ".\n";
         }
         writeFields(message, output);
     }

@@ -36,6 +36,15 @@ constexpr Operation kOperations[] = {
 #include "browser_operations.inc"
 };
 
+struct Unseen {
+    const char* message;
+    const char* use;
+};
+constexpr Unseen kUnseen[] = {
+#define UNSEEN(message, use) {#message, use},
+#include "browser_operations.inc"
+};
+
 /// Whether the fields from `index` on are those of the message, in its order. `index` becomes the next one.
 constexpr bool namesAll(const Message& message, std::size_t& index) {
     std::string_view rest = message.types;
@@ -104,6 +113,15 @@ List<Field> fieldsOf(std::string_view message) {
 
 List<Field> additions() {
     return {kAdditions, std::size(kAdditions)};
+}
+
+const char* useOf(std::string_view message) {
+    for (const Unseen& unseen : kUnseen) {
+        if (message == unseen.message) {
+            return unseen.use;
+        }
+    }
+    return "";
 }
 
 List<Operation> operations() {

@@ -110,6 +110,8 @@ List<Field> additions();
 /// The browser's operations and dvbshell's reports. tuneToService and onSectionData stand twice, with different
 /// parameters.
 List<Operation> operations();
+/// Where a message is used that no operation of the browser's stands for; empty for any other message.
+const char* useOf(std::string_view message);
 /// The parameters or results of an operation, `names` being its text. A name is looked up in the operation's message,
 /// then anywhere.
 std::vector<const Field*> fieldsOf(const Operation& operation, std::string_view names);

@@ -171,6 +171,21 @@ TEST(TheJsonOfReports, IsWhatTheSchemaSays) {
     EXPECT_TRUE(isValidJson(printed(queue)));
 }
 
+TEST(TheJsonOfTheOperator, IsWhatTheSchemaSays) {
+    EXPECT_TRUE(isValidJson(R"({"time":1.5,"ok":true,"changed":false})"));
+    EXPECT_TRUE(isValidJson(R"({"time":1.5,"ok":true,"channels":[{"onid":1,"tsid":2,"sid":3,"name":"A",)"
+                            R"("pmt":true,"hbbtv":false,"presented":true}],"inputs":[]})"));
+    EXPECT_TRUE(
+        isValidJson(R"({"time":1.5,"ok":true,"presented_service":{"onid":1,"tsid":2,"sid":3,"name":"A","input":1},)"
+                    R"("browsers":[1],"ca_slots":[0],"osd_layers":[3],"filters":0,)"
+                    R"("queue_drops":0,"drm_waiting":1,"drm_messages":[{"browser":1,"ca_session":5,"ca_system_id":6,)"
+                    R"("message_type":"t","message":"m","length":1}]})"));
+    EXPECT_TRUE(isValidJson(R"({"time":1.5,"event":"browser_connected","browser":1})"));
+    EXPECT_TRUE(isValidJson(R"({"time":1.5,"event":"errors","input":1,"crc_errors":2})"));
+    EXPECT_FALSE(isValidJson(R"({"ok":true})")) << "without time";
+    EXPECT_FALSE(isValidJson(R"({"time":1.5,"ok":true,"channels":[{"onid":"1"}]})"));
+}
+
 TEST(AValidation, TellsWhatIsWrong) {
     EXPECT_FALSE(isValidJson("no object"));
     EXPECT_FALSE(isValidJson(R"({"event":"onAllTerminalStoped"})")) << "without time";
