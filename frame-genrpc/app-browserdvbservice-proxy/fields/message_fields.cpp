@@ -73,20 +73,8 @@ constexpr bool namesEveryField() {
     return index == std::size(kFields);
 }
 
-constexpr bool aNameHasOneForm() {
-    for (const Field& one : kFields) {
-        for (const Field& other : kFields) {
-            if (one.form != other.form && std::string_view(one.name) == other.name) {
-                return false;
-            }
-        }
-    }
-    return true;
-}
-
 static_assert(namesEveryField(),
               "browserdvbservice_fields.inc needs one FIELD for each field of the catalogue, in its order");
-static_assert(aNameHasOneForm(), "two fields of the same name have different forms");
 
 const Field* findIn(List<Field> list, std::string_view name) {
     const Field* const found =

@@ -26,6 +26,14 @@ TEST(EveryField, HasANameOfItsOwnInItsMessage) {
     }
 }
 
+TEST(EveryField, HasTheFormOfAllFieldsOfItsName) {
+    for (const List<Field> list : {fields(), additions()}) {
+        for (const Field& field : list) {
+            EXPECT_EQ(field.form, findField(field.name)->form) << field.message << ": " << field.name;
+        }
+    }
+}
+
 TEST(AnAddition, IsNoNameOfAMessage) {
     for (const Field& addition : additions()) {
         EXPECT_EQ(findField(addition.name), &addition) << addition.name;
