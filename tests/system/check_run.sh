@@ -1,14 +1,18 @@
 #!/bin/bash
-# Checks the entry script with wrong arguments. It must print one line that names the mistake, then the usage, end with
-# exit code 2 and change nothing. It runs in a temporary folder whose name has blanks and which has a build folder.
+# Checks the entry script with wrong arguments, with --help, and for a user who cannot install packages. It must print
+# what is wrong or the verb's help, end with the right exit code, and change nothing. It runs in a temporary folder whose
+# name has blanks and which has a build folder.
 #   check_run.sh PROJECT
 set -euo pipefail
 
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 copy="$folder/a project"
-mkdir -p "$copy/build"
+mkdir -p "$copy/build" "$copy/tools" "$copy/tests" "$folder/bin"
 cp "$1/run" "$copy/run"
+cp -r "$1/tools/run" "$copy/tools/run"
+cp -r "$1/tests/bare" "$copy/tests/bare"
+verbs=(demo test build package format lint accept-abi bare-check clean)
 broken=0
 
 # expect CODE FIRST_LINE ARGUMENT...
@@ -40,9 +44,36 @@ for verb in help package format lint accept-abi clean; do
     expect 2 "run: $verb takes no argument: extra" "$verb" extra
 done
 (cd / && "$copy/run") >"$folder/out" || broken=1
-for verb in demo test build package format lint accept-abi clean; do
+for verb in "${verbs[@]}"; do
     if [ "$(grep -c "./run $verb\b" "$folder/out")" -ne 1 ]; then
         echo "run: $verb is not listed in one line"
+        broken=1
+    fi
+    expect 0 "$(grep "./run $verb\b" "$folder/out" | sed -E 's/^(usage:)? +/usage: /; s/  .*//')" "$verb" --help
+    (cd / && "$copy/run") >"$folder/out"
+done
+expect 0 "usage: ./run test [--preset NAME] [--all] [ctest arguments]" test --preset asan -h
+
+# A machine without any of the packages, and a user who may not use sudo.
+cat >"$folder/bin/dpkg-query" <<'END'
+#!/bin/sh
+exit 1
+END
+cat >"$folder/bin/id" <<'END'
+#!/bin/sh
+echo 1000
+END
+cp "$folder/bin/dpkg-query" "$folder/bin/sudo"
+chmod +x "$folder/bin"/*
+export PATH="$folder/bin:$PATH"
+for verb in demo test package; do
+    expect 1 "run: packages are missing and this user cannot install them; please run:" "$verb"
+    sed -n 2p "$folder/out" >"$folder/command_$verb"
+    cmp "$folder/command_demo" "$folder/command_$verb" || broken=1
+done
+for package in cmake libgtest-dev dpkg-dev file; do
+    if ! grep -qw -- "$package" "$folder/command_demo"; then
+        echo "the command for the administrator lacks $package: $(cat "$folder/command_demo")"
         broken=1
     fi
 done

@@ -7,8 +7,9 @@ set -euo pipefail
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 project="$folder/a project"
-mkdir -p "$project" "$folder/bin"
+mkdir -p "$project/tools" "$folder/bin"
 cp "$1/run" "$project/run"
+cp -r "$1/tools/run" "$project/tools/run"
 broken=0
 
 # Pretend that all packages are installed.

@@ -1,0 +1,2 @@
+#!/usr/bin/env bash
+echo "usage: ./run bare-check [--quick] [--dir FOLDER]"

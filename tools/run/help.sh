@@ -1,0 +1,74 @@
+# shellcheck shell=bash disable=SC2034,SC2154 # `run` gives and uses variables
+# What `./run` says about itself. `run` includes this file.
+
+usage() {
+    cat <<TEXT
+usage: ./run demo [FILE.ts]                          watch a browser process follow a broadcast (the sample, or FILE)
+       ./run test [--preset NAME] [--all] [ctest arguments]
+                                                     build and run the test suite; --all: also what other presets test
+       ./run build [--preset NAME]                   build everything
+       ./run package                                 make the desktop kit's Debian package
+       ./run format                                  check the layout of all sources (clang-format)
+       ./run lint                                    check all sources with clang-tidy
+       ./run accept-abi                              take the binary interface as it is now for the accepted one
+       ./run bare-check [--quick] [--dir FOLDER]     try the README's commands in bare Debian systems (needs root)
+       ./run clean                                   remove all build folders
+       ./run VERB --help                             what a verb does in detail
+presets: $presets
+TEXT
+}
+
+# help_of VERB: fails if there is no such verb.
+help_of() {
+    case $1 in
+    demo) cat <<TEXT
+usage: ./run demo [FILE.ts]
+Builds the programs into build/host and plays the sample broadcast, or FILE.ts, to a browser host. It prints what
+arrives and a summary. The exit code is 1 if something is missing.
+TEXT
+        ;;
+    test) cat <<TEXT
+usage: ./run test [--preset NAME] [--all] [ctest arguments]
+Builds everything with the preset and runs the tests. A test that fails runs once more, alone.
+  --preset NAME      one of: $presets; host if not given
+  --all              also the long tests of other presets
+  ctest arguments    all others go to ctest: -R PATTERN selects tests by name, -N lists them, -V prints their output
+TEXT
+        ;;
+    build) cat <<TEXT
+usage: ./run build [--preset NAME]
+Builds everything, with the tests, into build/NAME.
+  --preset NAME      one of: $presets; host if not given
+TEXT
+        ;;
+    package) cat <<TEXT
+usage: ./run package
+Builds the programs and packs them as a Debian package in build/host, with the library, the host platform, the headers
+and the documentation.
+TEXT
+        ;;
+    format) cat <<TEXT
+usage: ./run format
+Checks the layout of all C++ sources with clang-format and changes nothing.
+TEXT
+        ;;
+    lint) cat <<TEXT
+usage: ./run lint
+Checks all C++ sources with clang-tidy. This takes many minutes.
+TEXT
+        ;;
+    accept-abi) cat <<TEXT
+usage: ./run accept-abi
+Describes the binary interfaces of both widths anew in tests/abi/accepted and lists the files that changed.
+TEXT
+        ;;
+    bare-check) exec "$root/tests/bare/check.sh" --help ;;
+    clean) cat <<TEXT
+usage: ./run clean
+Removes the folder build.
+TEXT
+        ;;
+    help | --help | -h) usage ;;
+    *) return 1 ;;
+    esac
+}
