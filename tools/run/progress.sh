@@ -1,9 +1,9 @@
 # shellcheck shell=bash disable=SC2034,SC2154 # `run` gives and uses variables
 # Shows how far a long command is, so that `./run` is never silent for more than five seconds. `run` includes this file.
 #
-# On a terminal one line is rewritten every second. In a log a new line comes every four seconds, which leaves a second
-# for a busy machine.
-seconds_between_lines=4
+# On a terminal one line is rewritten every second. In a log a new line comes every three seconds, which leaves two for
+# a busy machine.
+seconds_between_lines=3
 
 # The functions named `far_...` print how far the command is whose output is in LOG, or nothing.
 
@@ -13,7 +13,7 @@ far_ninja() {
 
 # Counts apt-get's lines. Packages are downloaded first, then unpacked, then set up.
 far_apt() {
-    awk '/^[0-9]+ upgraded, / { all = $1 + $3 }
+    awk '/^[0-9]+ upgraded, / { all = $1 + $3; delete done; now = "" }
         /^Get:/ { done["downloaded"]++; now = "downloaded" }
         /^Unpacking / { done["unpacked"]++; now = "unpacked" }
         /^Setting up / { done["installed"]++; now = "installed" }
