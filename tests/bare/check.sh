@@ -92,7 +92,7 @@ prepare() {
 
 # The commands of the README's beginning, for example "./run demo".
 readme_commands() {
-    grep -oE '^(    |`)\./run [a-z-]+' "$project/README.md" | grep -oE '\./run .*'
+    grep -oE '^(    |`)\./run [a-z-]+' "$project/README.md" | grep -oE '\./run .*' | awk '!seen[$0]++'
 }
 
 # Runs the README's commands as root, on a machine without the packages.
