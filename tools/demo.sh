@@ -50,6 +50,7 @@ echo "broadcast: $file"
 echo "services:  $(wc -l <"$folder/services")"
 
 # The logs go to files, so that only the demonstration's own output appears.
+: >"$folder/service.out"
 DTV_LOG_FILE="$folder/service.log" "${emulator[@]}" "$build/bin/dtvserviced" --input "$file" >"$folder/service.out" &
 service=$!
 for _ in $(seq 250); do

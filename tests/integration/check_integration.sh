@@ -50,7 +50,7 @@ done
 # The browser host that the checklists use must run on that platform too.
 cp "$folder/sdk/lib/libtinyplatform.so" "$folder/kit/lib"
 "${emulator[@]}" "$folder/kit/bin/dvbshell" --seconds 0 tune-numbers 12 1 1025 28106 0 | tee "$folder/log"
-grep -qx 'tuneToService  done' "$folder/log"
+grep -qx 'tuneToService  sent' "$folder/log"
 
 # Builds without CMake get the same flags from the pkg-config file.
 flags=$(PKG_CONFIG_PATH="$folder/kit/lib/pkgconfig" pkg-config --cflags --libs browserdvbapi)

@@ -164,13 +164,13 @@ TEST(TheShell, RefusesAFilterThatIsNone) {
         EXPECT_EQ(shell.wait(), 2);
         return shell.output().substr(0, shell.output().find('\n'));
     };
-    EXPECT_EQ(complaint({"sections", "8192"}), "dvbshell: PID: \"8192\" is not a number from 0 to 8191");
-    EXPECT_EQ(complaint({"sections"}), "dvbshell: sections takes one argument");
-    EXPECT_EQ(complaint({"sections", "0", "--match", "00"}), "dvbshell: --match has 1 bytes, --mask 0");
+    EXPECT_EQ(complaint({"sections", "8192"}), "dvbshell: sections: PID: \"8192\" is not a number from 0 to 8191");
+    EXPECT_EQ(complaint({"sections"}), "dvbshell: sections: PID is missing");
+    EXPECT_EQ(complaint({"sections", "0", "--match", "00"}), "dvbshell: sections: --match has 1 bytes, --mask 0");
     EXPECT_EQ(complaint({"sections", "0", "--match", "0g", "--mask", "00"}),
-              "dvbshell: --match: \"0g\" is not bytes in hexadecimal");
+              "dvbshell: sections: --match: \"0g\" is not bytes in hexadecimal");
     EXPECT_EQ(complaint({"sections", "0", "--table", "256"}),
-              "dvbshell: --table: \"256\" is not ID or ID/MASK, each from 0 to 255");
+              "dvbshell: sections: --table: \"256\" is not ID or ID/MASK, each from 0 to 255");
     EXPECT_EQ(complaint({"watch", "--hex"}), "dvbshell: --hex is an option of sections");
-    EXPECT_EQ(complaint({"pmt", "65536"}), "dvbshell: SID: \"65536\" is not a number from 0 to 65535");
+    EXPECT_EQ(complaint({"pmt", "65536"}), "dvbshell: pmt: SID: \"65536\" is not a number from 0 to 65535");
 }

@@ -62,6 +62,19 @@ public:
     /// Whether the user or the end of the DTV service has ended the demonstration.
     bool isOver() const { return isInterrupted() || session.connection.isGone() || session.outputFailed(); }
 
+    /// A browser that starts is told what is presented already. Prints that, so that it does not mix with the answers
+    /// to the first tune.
+    void showPresented() {
+        std::optional<Event> event = session.next(session.events, Clock::now() + kQuiet);
+        if (event) {
+            printer.note("");
+            printer.note("--- presented already");
+        }
+        for (; event; event = session.next(session.events, Clock::now() + kQuiet)) {
+            print(*event);
+        }
+    }
+
     Arrived tuneTo(const ListedService& service) {
         printer.note("");
         printer.note("--- tuning to " + tripletText(service.triplet) + "  " + service.name +
@@ -130,12 +143,16 @@ private:
         if (!event) {
             return false;
         }
-        session.print(*event);
+        print(*event);
         note(*event, service.triplet, arrived);
-        if (event->kind == EventKind::application) {
-            handedOn.insert(tripletText({event->onid, event->tsid, event->sid}));
-        }
         return true;
+    }
+
+    void print(const Event& event) {
+        session.print(event);
+        if (event.kind == EventKind::application) {
+            handedOn.insert(tripletText({event.onid, event.tsid, event.sid}));
+        }
     }
 
     Session& session;
@@ -211,7 +228,7 @@ private:
 /// The services of the broadcast: what is shown, and what is not.
 void printPlan(Printer& printer, const DemoPlan& plan) {
     for (const ListedService& service : plan.shown) {
-        printer.note("shown     " + labelOf(service));
+        printer.note("shown     " + padded(tripletText(service.triplet), 22) + service.name);
     }
     for (const DemoPlan::LeftOut& each : plan.leftOut) {
         printer.note("left out  " + labelOf(each.service) + each.reason);
@@ -223,6 +240,7 @@ void printPlan(Printer& printer, const DemoPlan& plan) {
 int runDemo(Session& session, const DemoPlan& plan, const AitReplay& replay, Clock::duration longest) {
     printPlan(session.printer, plan);
     Demo demo(session, replay, longest);
+    demo.showPresented();
     std::vector<Arrived> arrived;
     for (const ListedService& service : plan.shown) {
         if (demo.isOver()) {

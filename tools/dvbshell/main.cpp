@@ -94,7 +94,10 @@ int main(int argc, char** argv) {
     const Job job = chosenJob(arguments);
     chooseLog(arguments);
     catchInterrupts();
-    const Terminal terminal(colour);
+    // A demonstration is for people, in a file too.
+    constexpr std::size_t kDemoWidth = 100;
+    const bool isDemo = arguments.verb != nullptr && arguments.verb->name == "demo";
+    const Terminal terminal(colour, isDemo ? kDemoWidth : 0);
     const int result = run(arguments, job, arguments.has("json") ? stdout : terminal.stream());
     if (terminal.failed()) {
         std::fprintf(stderr, "dvbshell: cannot write to the standard output: %s\n", std::strerror(errno));

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <memory>
 #include <sstream>
+#include <utility>
 
 #include "channels.h"
 #include "command_line/help.h"
@@ -66,41 +67,45 @@ int runWords(Session& session, const std::vector<std::string>& words) {
     return job ? job(session) : misuse(session, error, arguments->verb);
 }
 
-/// What the prompt knows of channels: from the tables of the presented multiplex, and from events.
-class KnownChannels {
+/// Reads the tables of the presented multiplex beside the prompt, for names and completion.
+class ChannelReading {
 public:
-    explicit KnownChannels(Session& newSession) : session(newSession) {}
+    explicit ChannelReading(Session& newSession) : session(newSession) {}
 
     /// Begins to read the presented multiplex.
     void scan() {
         reading = std::make_unique<ChannelScan>(session);
         givenUp = Clock::now() + kLongest;
     }
-    /// Waits a moment for the name of a channel.
+    /// Waits a moment for the name of a channel. If it comes later, takeNews() gives it.
     std::string awaitName(const Triplet& channel) {
-        if (reading) {
-            reading->wait(Clock::now() + kForName);
+        reading->wait(Clock::now() + kForName);
+        const std::string name = reading->list().nameOf(channel);
+        if (name.empty()) {
+            nameless = channel;
         }
-        return reading ? reading->list().nameOf(channel) : "";
+        return name;
     }
+    /// Takes what has come.
     void take() {
         if (!reading) {
             return;
         }
         reading->take();
         for (const Channel& channel : reading->list().channels()) {
-            triplets.insert(tripletText(channel.triplet));
+            session.knownChannels.insert(tripletText(channel.triplet));
+        }
+        const std::string name = nameless ? reading->list().nameOf(*nameless) : "";
+        if (!name.empty()) {
+            news = tripletText(*nameless) + " is " + name;
+            nameless.reset();
         }
         if (reading->list().isComplete() || Clock::now() > givenUp) {
             reading.reset();
         }
     }
-    void note(const Event& event) {
-        if (event.kind == EventKind::channel && event.onid >= 0) {
-            triplets.insert(tripletText({event.onid, event.tsid, event.sid}));
-        }
-    }
-    const std::set<std::string>& all() const { return triplets; }
+    /// A line that names the channel that had no name, once.
+    std::optional<std::string> takeNews() { return std::exchange(news, std::nullopt); }
 
 private:
     static constexpr std::chrono::seconds kLongest{10};
@@ -109,10 +114,11 @@ private:
     Session& session;
     std::unique_ptr<ChannelScan> reading;
     Clock::time_point givenUp{};
-    std::set<std::string> triplets;
+    std::optional<Triplet> nameless;
+    std::optional<std::string> news;
 };
 
-void greet(Session& session, KnownChannels& channels) {
+void greet(Session& session, ChannelReading& channels) {
     if (!session.connection.await(std::chrono::milliseconds(500))) {
         session.printer.note(noServiceText());
         return;
@@ -129,34 +135,39 @@ void greet(Session& session, KnownChannels& channels) {
 }
 
 /// Prints events and news above the line that is being typed.
-void showNews(Session& session, KnownChannels& channels, LineEditor& editor) {
+void showNews(Session& session, ChannelReading& channels, LineEditor& editor) {
     channels.take();
+    const std::optional<std::string> name = channels.takeNews();
     std::optional<Event> event = session.events.take(Clock::now());
     // An event tells that the service is back, before the next look does.
     const std::optional<std::string> news = session.connection.news(event && session.connection.isGone());
-    if (!news && !event) {
+    if (!news && !event && !name) {
         return;
     }
     editor.hideLine();
-    if (news) {
-        session.printer.note(*news);
+    for (const std::optional<std::string>& line : {news, name}) {
+        if (line) {
+            session.printer.note(*line);
+        }
     }
     for (; event; event = session.events.take(Clock::now())) {
         session.print(*event);
-        channels.note(*event);
     }
     editor.showLine();
 }
 
 int converse(Session& session) {
     session.atPrompt = true;
-    KnownChannels channels(session);
+    ChannelReading channels(session);
     greet(session, channels);
     LineEditor editor("dvb> ", historyPath());
     editor.whileWaiting = [&] { showNews(session, channels, editor); };
-    editor.complete = [&](const std::string& line) { return completionsOf(line, channels.all()); };
+    editor.complete = [&](const std::string& line) {
+        channels.take();
+        return completionsOf(line, session.knownChannels);
+    };
     for (std::string line; editor.read(line);) {
-        clearInterrupt();
+        session.printWaiting();
         int result = kDone;
         if (!runLine(session, line, result) || session.outputFailed()) {
             break;

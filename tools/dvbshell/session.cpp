@@ -31,6 +31,9 @@ std::optional<Event> Session::next(EventQueue& queue, Clock::time_point until, b
 }
 
 void Session::print(const Event& event) {
+    if (event.kind == EventKind::channel) {
+        knownChannels.insert(tripletText({event.onid, event.tsid, event.sid}));
+    }
     printer.print(event, host.api.getCurrentCCID());
 }
 

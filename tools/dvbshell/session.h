@@ -5,6 +5,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -48,6 +49,7 @@ public:
     EventQueue& events;
     Printer& printer;
     Connection connection;
+    std::set<std::string> knownChannels;  ///< triplets that have been seen, for completion
     std::FILE* output = stdout;
     bool json = false;
     bool atPrompt = false;

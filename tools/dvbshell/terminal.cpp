@@ -165,8 +165,8 @@ std::string painted(const std::string& line) {
     return in(kDim, line.substr(0, kind)) + in(kCyan, line.substr(kind, end - kind)) + line.substr(end);
 }
 
-Terminal::Terminal(Colour colour)
-    : isTerminal(isatty(STDOUT_FILENO) != 0), hasColours(wantsColours(colour, isTerminal)) {
+Terminal::Terminal(Colour colour, std::size_t widthOfFiles)
+    : isTerminal(isatty(STDOUT_FILENO) != 0), hasColours(wantsColours(colour, isTerminal)), otherwise(widthOfFiles) {
     cookie_io_functions_t functions{};
     functions.write = &Terminal::writeChunk;
     laidOut = fopencookie(this, "w", functions);
@@ -181,7 +181,7 @@ Terminal::~Terminal() {
 
 std::size_t Terminal::width() const {
     if (!isTerminal) {
-        return 0;
+        return otherwise;
     }
     std::size_t columns = 0;
     const char* const variable = std::getenv("COLUMNS");

@@ -25,14 +25,15 @@ std::size_t columnsOf(const std::string& text);
 
 class Terminal {
 public:
-    explicit Terminal(Colour colour);
+    /// `widthOfFiles`: the width where the standard output is no terminal; 0 for no limit.
+    explicit Terminal(Colour colour, std::size_t widthOfFiles = 0);
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
     ~Terminal();
 
     /// A stream that lays out each line and writes it to the standard output.
     std::FILE* stream() const { return laidOut; }
-    /// COLUMNS, or the terminal's width now, or 80 if both are unknown. 0 if the standard output is no terminal.
+    /// COLUMNS, or the terminal's width now, or 80 if both are unknown.
     std::size_t width() const;
     /// Whether text could not be written. Flushes first.
     bool failed() const;
@@ -43,7 +44,8 @@ private:
 
     bool isTerminal;
     bool hasColours;
-    std::string rest;  // of a line that is not complete yet
+    std::size_t otherwise;  // the width where the standard output is no terminal
+    std::string rest;       // of a line that is not complete yet
     std::FILE* laidOut;
 };
 

@@ -36,6 +36,7 @@ int listChannels(Session& session, std::chrono::seconds longest) {
     scan.wait(Clock::now() + longest);
     const std::optional<Triplet> presented = session.presented();
     for (const Channel& channel : scan.list().channels()) {
+        session.knownChannels.insert(tripletText(channel.triplet));
         reportChannel(session, channel, presented && presented->sid == channel.triplet.sid);
     }
     if (session.connection.isGone()) {

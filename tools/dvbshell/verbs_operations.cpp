@@ -95,7 +95,8 @@ int runOperation(Session& session, const Operation& operation, const Values& val
                  const std::optional<std::chrono::seconds>& longest) {
     const int result = callOperation(session, operation, values);
     const std::optional<TuneGoal> goal = goalOfOperation(operation, values);
-    if (result == kDone && goal) {
+    // Who waits no second does not want the answer.
+    if (result == kDone && goal && longest != std::chrono::seconds(0)) {
         return followTune(session, *goal, Clock::now() + longest.value_or(kLongestTune));
     }
     const Clock::time_point end = Clock::now() + longest.value_or(kAfterOperation);
