@@ -33,7 +33,6 @@ namespace {
 
 /// Adds what an assembler has counted.
 void add(const SectionCounts& counted, PidCounts& counts) {
-    counts.continuityErrors += counted.continuityErrors;
     counts.sections += counted.sections;
     counts.cutSections += counted.cut;
     counts.crcErrors += counted.crcErrors;
@@ -81,7 +80,7 @@ void Demux::watch(std::uint16_t pid, Watcher watcher) {
 void Demux::feed(TsPacket packet, Clock::time_point now) {
     const std::uint16_t pid = packet.pid();
     ++packets_;
-    meters[pid].count(packet, now, pids[pid] != nullptr);
+    meters[pid].count(packet, now);
     const auto watcher = watchers.find(pid);
     if (watcher != watchers.end()) {
         watcher->second(packet);

@@ -4,9 +4,11 @@
 // Fails:   never.
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <cstdint>
-#include <optional>
+#include <cstring>
+#include <memory>
 
 #include "ts_packet.h"
 
@@ -28,9 +30,8 @@ struct PidCounts {
 
 class PidMeter {
 public:
-    /// Counts all but sections and their errors. Counts continuity errors only if nothing assembles the PID's sections,
-    /// because an assembler compares repeated packets and so knows better.
-    void count(TsPacket packet, Clock::time_point now, bool isAssembled) {
+    /// Counts all but sections and their errors.
+    void count(TsPacket packet, Clock::time_point now) {
         ++counts_.packets;
         counts_.lastPacket = now;
         if (packet.transportError()) {
@@ -38,10 +39,11 @@ public:
             return;
         }
         counts_.scrambled += packet.scrambled() ? 1 : 0;
-        const bool isContinuous = continues(packet);
-        counts_.continuityErrors += isContinuous || isAssembled ? 0 : 1;
+        if (packet.pid() != kNullPid) {
+            counts_.continuityErrors += continues(packet) ? 0 : 1;
+        }
     }
-    void discontinuity() { lastCounter = kNone; }
+    void discontinuity() { hasLast = false; }
     /// Takes the packets since the last call for the bit rate.
     void measure(std::chrono::nanoseconds passed) {
         const auto bits = static_cast<double>((counts_.packets - measuredPackets) * kPacketSize * 8);
@@ -52,25 +54,34 @@ public:
     PidCounts& counts() { return counts_; }
 
 private:
-    static constexpr std::uint8_t kNone = 0xFF;
+    using Packet = std::array<std::uint8_t, kPacketSize>;
 
-    /// A packet without payload does not count. A counter may repeat once.
+    /// A packet without payload does not count. A packet may be repeated once.
     bool continues(TsPacket packet) {
-        if (packet.pid() == kNullPid || !packet.hasPayload()) {
-            lastCounter = packet.discontinuity() ? kNone : lastCounter;
+        if (!packet.hasPayload()) {
+            hasLast = hasLast && !packet.discontinuity();
             return true;
         }
-        const std::uint8_t previous = lastCounter;
-        const std::uint8_t counter = packet.continuityCounter();
-        const bool isRepeated = counter == previous && !hasRepeated;
-        hasRepeated = isRepeated;
-        lastCounter = counter;
-        return isRepeated || previous == kNone || counter == ((previous + 1) & 0x0F) || packet.discontinuity();
+        if (!last) {
+            last = std::make_unique<Packet>();
+        }
+        const TsPacket previous{last->data()};
+        const bool isFirst = !hasLast || packet.discontinuity();
+        if (!isFirst && !hasRepeated && isRepetition(packet, previous)) {
+            hasRepeated = true;
+            return true;
+        }
+        const bool follows = isFirst || packet.continuityCounter() == ((previous.continuityCounter() + 1) & 0x0F);
+        std::memcpy(last->data(), packet.bytes, kPacketSize);
+        hasLast = true;
+        hasRepeated = false;
+        return follows;
     }
 
     PidCounts counts_;
     std::uint64_t measuredPackets = 0;
-    std::uint8_t lastCounter = kNone;
+    std::unique_ptr<Packet> last;  // the latest with payload that was no repetition
+    bool hasLast = false;
     bool hasRepeated = false;
 };
 

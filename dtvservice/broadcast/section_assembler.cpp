@@ -9,8 +9,6 @@ namespace broadcast {
 namespace {
 
 constexpr std::uint8_t kStuffing = 0xFF;
-constexpr std::size_t kPcrAt = 6;
-constexpr std::size_t kPcrSize = 6;
 
 }  // namespace
 
@@ -63,7 +61,7 @@ SectionAssembler::Order SectionAssembler::orderOf(TsPacket packet) {
     if (packet.continuityCounter() == ((previous + 1) & 0x0F)) {
         return Order::next;
     }
-    if (packet.continuityCounter() == previous && !lastWasDuplicate && isCopyOfLast(packet)) {
+    if (packet.continuityCounter() == previous && !lastWasDuplicate && isRepetition(packet, TsPacket{last.data()})) {
         return Order::duplicate;
     }
     return Order::broken;
@@ -73,16 +71,6 @@ void SectionAssembler::remember(TsPacket packet) {
     std::memcpy(last.data(), packet.bytes, kPacketSize);
     haveLast = true;
     lastWasDuplicate = false;
-}
-
-/// Compares all but the PCR, which may differ in a repeated packet.
-bool SectionAssembler::isCopyOfLast(TsPacket packet) const {
-    if (!packet.hasPcr()) {
-        return std::memcmp(packet.bytes, last.data(), kPacketSize) == 0;
-    }
-    constexpr std::size_t kBehind = kPcrAt + kPcrSize;
-    return std::memcmp(packet.bytes, last.data(), kPcrAt) == 0 &&
-           std::memcmp(packet.bytes + kBehind, last.data() + kBehind, kPacketSize - kBehind) == 0;
 }
 
 void SectionAssembler::startUnit(const std::uint8_t* payload, std::size_t size) {

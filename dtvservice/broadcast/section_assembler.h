@@ -50,7 +50,6 @@ private:
 
     Order orderOf(TsPacket packet);
     void remember(TsPacket packet);
-    bool isCopyOfLast(TsPacket packet) const;
     void startUnit(const std::uint8_t* payload, std::size_t size);
     std::size_t append(const std::uint8_t* bytes, std::size_t size);
     void dropInProgress();

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 
 namespace broadcast {
@@ -43,6 +44,16 @@ struct TsPacket {
         return base * 300 + extension;
     }
 };
+
+/// Whether a packet is the previous one of its PID again, bit for bit except for the PCR, which may differ.
+inline bool isRepetition(TsPacket packet, TsPacket previous) {
+    constexpr std::size_t kPcrAt = 6;
+    constexpr std::size_t kBehindPcr = 12;
+    const std::size_t same = packet.hasPcr() ? kPcrAt : kPacketSize;
+    return std::memcmp(packet.bytes, previous.bytes, same) == 0 &&
+           (!packet.hasPcr() ||
+            std::memcmp(packet.bytes + kBehindPcr, previous.bytes + kBehindPcr, kPacketSize - kBehindPcr) == 0);
+}
 
 /// program_clock_reference wraps to 0 at this value: 33 bits at 90 kHz, times 300.
 constexpr std::uint64_t kPcrWrap = (std::uint64_t{1} << 33U) * 300;

@@ -51,7 +51,8 @@ std::string tripletText(const json& service) {
 }
 
 std::string serviceText(const json& service) {
-    return tripletText(service) + " " + shown(service.at("name"));
+    const std::string name = shown(service.at("name"));
+    return tripletText(service) + (name.empty() ? "" : " " + name);
 }
 
 std::string inputText(const json& input) {

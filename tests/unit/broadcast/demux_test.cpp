@@ -56,7 +56,7 @@ TEST_F(ADemux, MeasuresTheRateOfEveryPid) {
     EXPECT_EQ(demux.total().bitRate, 0U);
 }
 
-TEST_F(ADemux, CountsGapsWhereNothingReadsSections) {
+TEST_F(ADemux, CountsGaps) {
     feed(maker, 20);
     EXPECT_EQ(continuityErrors(), 0U);
     maker.skipOne();
@@ -68,7 +68,16 @@ TEST_F(ADemux, CountsGapsWhereNothingReadsSections) {
     EXPECT_EQ(continuityErrors(), 1U) << "after a discontinuity";
 }
 
-TEST_F(ADemux, CountsARepeatedCounterFromTheSecondTimeOn) {
+TEST_F(ADemux, CountsAPacketThatRepeatsOnlyTheCounter) {
+    const Packet packet = maker.packet({}, false);
+    Packet other = packet;
+    other[100] = 0;
+    feed(packet);
+    feed(other);
+    EXPECT_EQ(continuityErrors(), 1U);
+}
+
+TEST_F(ADemux, CountsARepeatedPacketFromTheSecondTimeOn) {
     const Packet packet = maker.packet({}, false);
     feed(packet);
     feed(packet);
