@@ -128,6 +128,7 @@ TEST_F(TheOperator, MayTuneByWhatTheChannelListSays) {
 
 TEST_F(TheOperator, GetsAnExitCodeForEachKindOfFailure) {
     EXPECT_EQ(operated({"status"}).first, kNoService);
+    EXPECT_EQ(operated({"tune", "1:1025"}).first, kUsageError) << "the service is not asked";
     const ServiceProcess process;
     EXPECT_EQ(operated({"status"}).first, 0);
     EXPECT_EQ(operated({"tune", "1:1025:1"}).first, kRefused);
