@@ -134,6 +134,7 @@ TEST_F(TheOperator, GetsAnExitCodeForEachKindOfFailure) {
     EXPECT_EQ(operated({"tune", "1:1025:1"}).first, kRefused);
     EXPECT_EQ(operated({"tune", "1:1025"}).first, kUsageError);
     EXPECT_EQ(operated({"sing"}).first, kUsageError);
+    EXPECT_EQ(shell("run $DTVSERVICED --bitrate 5G --input $SAMPLE"), kUsageError);
 }
 
 TEST_F(TheOperator, WatchesUntilTheServiceGoes) {

@@ -43,7 +43,7 @@ TEST_F(AnUnknownNetwork, IsTheSameForTheOperator) {
     const ServiceProcess process(path);
     ASSERT_TRUE(presentsTheFirst()) << testing::PrintToString(client->texts());
     EXPECT_THAT(operate({"channels"}), testing::HasSubstr("* " + triplet + " "));
-    EXPECT_THAT(operate({"status"}), testing::HasSubstr("presented    " + triplet + " "));
+    EXPECT_THAT(operate({"status"}), testing::HasSubstr("presented    " + triplet + "\n"));
     EXPECT_EQ(operate({"tune", kUnknown + ":1025:28107"}), "");
     EXPECT_TRUE(hears("onServiceChanged(" + shownValue(std::string("service_started")) + ", " +
                       shownValue(kUnknown + ":1025:28107") + ")"));
