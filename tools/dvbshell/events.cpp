@@ -1,6 +1,8 @@
 // The listener and its queue.
 #include "events.h"
 
+#include <algorithm>
+
 namespace dvbshell {
 
 void EventQueue::put(Event event) {
@@ -22,10 +24,15 @@ std::optional<Event> EventQueue::take(Clock::time_point until) {
 }
 
 std::vector<message_fields::FieldValue> valuesOf(const Event& event) {
-    if (!event.values.empty() || event.onid < 0) {
-        return event.values;
+    const bool hasTriplet = std::any_of(
+        event.values.begin(), event.values.end(),
+        [](const message_fields::FieldValue& value) { return value.field->name == std::string_view("onid"); });
+    std::vector<message_fields::FieldValue> values;
+    if (event.onid >= 0 && !hasTriplet) {
+        values = {namedValue("onid", event.onid), namedValue("tsid", event.tsid), namedValue("sid", event.sid)};
     }
-    return {namedValue("onid", event.onid), namedValue("tsid", event.tsid), namedValue("sid", event.sid)};
+    values.insert(values.end(), event.values.begin(), event.values.end());
+    return values;
 }
 
 namespace {

@@ -45,7 +45,7 @@ message_fields::FieldValue namedValue(const char* name, const Value& value) {
     return {message_fields::findField(name), message_fields::valueOf(value)};
 }
 
-/// The event's values; the triplet of an event that has only that.
+/// The event's values, with its triplet first if they do not have it.
 std::vector<message_fields::FieldValue> valuesOf(const Event& event);
 
 class EventQueue {

@@ -28,6 +28,17 @@ TEST_F(TheValuesOf, AChannelHaveNames) {
     EXPECT_EQ(next(), "onAITChannelInfoChanged  ");
 }
 
+TEST_F(TheValuesOf, AnEventBeginWithItsTriplet) {
+    Event event;
+    event.onid = 1;
+    event.tsid = 2;
+    event.sid = 3;
+    event.values = {namedValue("name", "A")};
+    EXPECT_EQ(message_fields::text(valuesOf(event)), "service 1:2:3, name A");
+    listener->onPMTSectionUpdated(1, 2, 3, 0, "p");
+    EXPECT_EQ(message_fields::text(valuesOf(*queue.take(Clock::now()))), "service 1:2:3, update first") << "once";
+}
+
 TEST_F(TheValuesOf, SectionsHaveNames) {
     listener->onAITSectionUpdated(1, 2, 3, "a");
     EXPECT_EQ(next(), "onAITSectionUpdated  service 1:2:3");
