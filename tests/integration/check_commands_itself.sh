@@ -83,13 +83,13 @@ expect 1 'document.md:2: unknown mark "walk"' <<'DOCUMENT'
     true
 DOCUMENT
 
-expect 1 "document.md:2: exit code 1 of: dtvctl status" <<'DOCUMENT'
+expect 1 "document.md:2: exit code 1 of: test -S" <<'DOCUMENT'
 <!-- run -->
-    dtvctl status
+    test -S "$DTV_RUN_DIR/dtvctl.sock"
 DOCUMENT
 
 expect 0 "document.md: 1 commands and scripts were run" <<'DOCUMENT'
 <!-- run beside a service -->
-    dtvctl status
+    test -S "$DTV_RUN_DIR/dtvctl.sock"
 DOCUMENT
 exit $broken
