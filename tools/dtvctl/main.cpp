@@ -106,12 +106,14 @@ int run(int argc, char** argv) {
         endWithUsage("a command is needed");
     }
     const bool asJson = arguments.has("json");
+    // A wrong argument is told also when no service runs.
+    const json request = requestOf(*arguments.verb, arguments.operands);
     dtvctl::ServiceClient client(control::defaultSocketPath());
     if (arguments.verb->name == "watch") {
         dtvctl::watch(client, asJson);
         return 0;
     }
-    const json answer = client.ask(requestOf(*arguments.verb, arguments.operands));
+    const json answer = client.ask(request);
     if (asJson) {
         std::printf("%s\n", dtvctl::safeJson(answer).c_str());
     } else {
