@@ -8,7 +8,7 @@ seconds_between_lines=3
 # The functions named `far_...` print how far the command is whose output is in LOG, or nothing.
 
 far_ninja() {
-    grep -aoE '^\[[0-9]+/[0-9]+\]' "$1" | tail -n 1 | tr -d '[]' | sed 's:/: of :'
+    awk -F '[][/]' '/^\[[0-9]+\/[0-9]+\] / { text = $2 " of " $3 } END { if (text) print text }' "$1"
 }
 
 # Counts apt-get's lines. Packages are downloaded first, then unpacked, then set up.
