@@ -86,6 +86,9 @@ prepare() {
     fi
     mkdir -p "$folder"
     folder=$(cd "$folder" && pwd)
+    # Every process in a system holds the lock, so no run removes a system that another still uses.
+    exec 9>"$folder/lock"
+    flock --nonblock 9 || fail "another check uses $folder"
     [ -z "$(git -C "$project" status --porcelain)" ] || echo "bare-check: only what is committed is checked"
     make_base
 }

@@ -47,6 +47,7 @@ make_base() {
 
 # new_root NAME: makes a system with an ordinary user named viewer.
 new_root() {
+    echo "bare-check: unpacking the system for $1"
     remove_root "$folder/$1"
     mkdir -p "$folder/$1"
     tar -C "$folder/$1" -xf "$folder/base.tar"
