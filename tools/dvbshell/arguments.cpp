@@ -15,11 +15,11 @@ unsigned int ArgumentReader::number(const std::string& name, const std::string& 
 }
 
 Triplet ArgumentReader::triplet(const std::string& text) {
-    Triplet triplet;
-    if (!parseTriplet(text, triplet)) {
+    const std::optional<Triplet> triplet = si::parseTriplet(text);
+    if (!triplet) {
         refuse("\"" + text + "\" is not ONID:TSID:SID, each from 0 to 65535");
     }
-    return triplet;
+    return triplet.value_or(Triplet());
 }
 
 std::string ArgumentReader::bytes(const std::string& name, const std::string& text) {

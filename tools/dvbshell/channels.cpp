@@ -67,6 +67,9 @@ std::string ChannelList::nameOf(const Triplet& channel) const {
 }
 
 ChannelScan::ChannelScan(Session& newSession) : session(newSession) {
+    if (const std::optional<Triplet> presented = session.presented()) {
+        channels.addNetwork(*presented);
+    }
     struct Table {
         unsigned int pid;
         std::uint8_t id;

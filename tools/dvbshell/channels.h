@@ -26,6 +26,8 @@ struct Channel {
 class ChannelList {
 public:
     void add(const std::string& section);
+    /// Tells the network of a transport stream, which the DTV service may know from a table that is not read here.
+    void addNetwork(const Triplet& channel) { networks.emplace(channel.tsid, channel.onid); }
     /// In the order of the PAT.
     std::vector<Channel> channels() const;
     std::string nameOf(const Triplet& channel) const;
@@ -53,7 +55,7 @@ private:
 
     Sections<si::Pat> pat;
     Sections<si::Sdt> sdt;
-    std::map<std::uint16_t, std::uint16_t> networks;  // by transport_stream_id, from the NIT
+    std::map<std::uint16_t, std::uint16_t> networks;  // by transport_stream_id
 };
 
 class ChannelScan {

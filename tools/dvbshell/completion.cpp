@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "verbs.h"
+#include "words.h"
 
 namespace dvbshell {
 

@@ -151,7 +151,7 @@ private:
     void print(const Event& event) {
         session.print(event);
         if (event.kind == EventKind::application) {
-            handedOn.insert(tripletText({event.onid, event.tsid, event.sid}));
+            handedOn.insert(tripletText(tripletOf(event).value_or(Triplet())));
         }
     }
 

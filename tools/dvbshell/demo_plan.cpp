@@ -4,6 +4,7 @@
 
 #include "demo.h"
 #include "si/tables.h"
+#include "words.h"
 
 namespace dvbshell {
 
@@ -29,7 +30,7 @@ std::string reasonFor(const ListedService& service, bool isChosenByUser) {
 void leaveOutTheRest(const std::vector<ListedService>& listed, bool isChosenByUser, DemoPlan& plan) {
     for (const ListedService& service : listed) {
         const bool isShown = std::any_of(plan.shown.begin(), plan.shown.end(), [&service](const ListedService& each) {
-            return tripletText(each.triplet) == tripletText(service.triplet);
+            return each.triplet == service.triplet;
         });
         if (!isShown) {
             plan.leftOut.push_back({service, reasonFor(service, isChosenByUser)});
@@ -44,10 +45,12 @@ bool parseServiceList(const std::string& text, std::vector<ListedService>& servi
     for (std::string line; std::getline(lines, line);) {
         const std::vector<std::string> parts = split(line, '\t');
         ListedService service;
-        if (parts.size() != 4 || !parseTriplet(parts[0], service.triplet)) {
+        const std::optional<Triplet> triplet = si::parseTriplet(parts[0]);
+        if (parts.size() != 4 || !triplet) {
             error = "\"" + line + "\" is no line of a service list";
             return false;
         }
+        service.triplet = *triplet;
         service.hasPmt = parts[1] == "pmt";
         service.signalsAit = parts[2] == "hbbtv";
         service.name = parts[3];

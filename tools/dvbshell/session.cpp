@@ -31,8 +31,9 @@ std::optional<Event> Session::next(EventQueue& queue, Clock::time_point until, b
 }
 
 void Session::print(const Event& event) {
-    if (event.kind == EventKind::channel) {
-        knownChannels.insert(tripletText({event.onid, event.tsid, event.sid}));
+    const std::optional<Triplet> channel = event.kind == EventKind::channel ? tripletOf(event) : std::nullopt;
+    if (channel) {
+        knownChannels.insert(tripletText(*channel));
     }
     printer.print(event, host.api.getCurrentCCID());
 }
@@ -43,7 +44,7 @@ void Session::printWaiting() {
     }
 }
 
-void Session::report(const std::vector<std::string>& lines, const char* name, const std::optional<Triplet>& channel,
+void Session::report(const std::vector<std::string>& lines, const char* name,
                      std::vector<message_fields::FieldValue> values) {
     if (!json) {
         for (const std::string& line : lines) {
@@ -53,11 +54,6 @@ void Session::report(const std::vector<std::string>& lines, const char* name, co
     }
     Event event;
     event.name = name;
-    if (channel) {
-        event.onid = channel->onid;
-        event.tsid = channel->tsid;
-        event.sid = channel->sid;
-    }
     event.values = std::move(values);
     printer.print(event, "");
 }
@@ -71,9 +67,11 @@ bool Session::noteConnection(bool now) {
 }
 
 std::optional<Triplet> Session::presented() const {
-    Triplet channel;
-    const bool known = host.api.getCurrentChannelInfo(channel.onid, channel.tsid, channel.sid) == 0;
-    return known ? std::make_optional(channel) : std::nullopt;
+    int onid = -1;
+    int tsid = -1;
+    int sid = -1;
+    const bool known = host.api.getCurrentChannelInfo(onid, tsid, sid) == 0;
+    return known ? tripletOf(onid, tsid, sid) : std::nullopt;
 }
 
 void Session::awaitChannel() const {

@@ -33,8 +33,8 @@ public:
     void print(const Event& event);
     /// Prints what has come, without waiting.
     void printWaiting();
-    /// Prints the lines, or in JSON one object with the name and the values.
-    void report(const std::vector<std::string>& lines, const char* name, const std::optional<Triplet>& channel,
+    /// Prints the lines, or in JSON one object: the report with this name, which has these values.
+    void report(const std::vector<std::string>& lines, const char* name,
                 std::vector<message_fields::FieldValue> values);
     /// Tells when the service has gone or has come back. True if it did. Looks from time to time, or `now`.
     bool noteConnection(bool now = false);

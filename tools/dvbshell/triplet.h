@@ -1,22 +1,30 @@
-// The DVB triplet of a service, and its text form.
+// Triplets of the interface and of events as si::Triplet.
+// Threads: any.
+// Blocks:  never.
+// Fails:   a number that is none of 16 bits gives no triplet.
 #pragma once
 
-#include <string>
-#include <vector>
+#include "events.h"
+#include "si/triplet.h"
 
 namespace dvbshell {
 
-struct Triplet {
-    int onid = 0;
-    int tsid = 0;
-    int sid = 0;
-};
+using si::Triplet;
+using si::tripletText;
 
-/// Reads "onid:tsid:sid", each in decimal or in hexadecimal after 0x; false when it is not three numbers up to 65535.
-bool parseTriplet(const std::string& text, Triplet& triplet);
-/// "onid:tsid:sid" in decimal.
-std::string tripletText(const Triplet& triplet);
-/// Splits a text at each separator. N separators give N + 1 parts.
-std::vector<std::string> split(const std::string& text, char separator);
+/// Numbers of the interface; -1 is unknown there.
+inline std::optional<Triplet> tripletOf(int onid, int tsid, int sid) {
+    constexpr int kMost = 0xFFFF;
+    for (const int number : {onid, tsid, sid}) {
+        if (number < 0 || number > kMost) {
+            return std::nullopt;
+        }
+    }
+    return Triplet{static_cast<std::uint16_t>(onid), static_cast<std::uint16_t>(tsid), static_cast<std::uint16_t>(sid)};
+}
+
+inline std::optional<Triplet> tripletOf(const Event& event) {
+    return tripletOf(event.onid, event.tsid, event.sid);
+}
 
 }  // namespace dvbshell

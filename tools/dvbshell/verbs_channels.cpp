@@ -22,10 +22,15 @@ Job prepareTune(ArgumentReader& reader) {
     };
 }
 
+std::vector<message_fields::FieldValue> valuesOf(const Triplet& channel) {
+    return {namedValue("onid", channel.onid), namedValue("tsid", channel.tsid), namedValue("sid", channel.sid)};
+}
+
 void reportChannel(Session& session, const Channel& channel, bool isPresented) {
     const std::string line = tripletText(channel.triplet) + "  " + (channel.name.empty() ? "-" : channel.name);
-    session.report({line + (isPresented ? "  (presented)" : "")}, "channel", channel.triplet,
-                   {namedValue("name", channel.name)});
+    std::vector<message_fields::FieldValue> values = valuesOf(channel.triplet);
+    values.push_back(namedValue("name", channel.name));
+    session.report({line + (isPresented ? "  (presented)" : "")}, "channel", std::move(values));
 }
 
 int listChannels(Session& session, std::chrono::seconds longest) {
@@ -66,9 +71,12 @@ int showPresented(Session& session, std::chrono::seconds longest) {
     }
     const std::string ccid = session.host.api.getCurrentCCID();
     const std::uint64_t bytes = session.host.api.getCurrentDsd().size();
+    constexpr Triplet kUnknown{kMostNumber16, kMostNumber16, kMostNumber16};
+    std::vector<message_fields::FieldValue> values = valuesOf(channel.value_or(kUnknown));
+    values.insert(values.end(), {namedValue("name", name), namedValue("ccid", ccid), namedValue("dsd_bytes", bytes)});
     session.report(
         {"channel  " + ccid + (name.empty() ? "" : "  " + name), "dsd      " + std::to_string(bytes) + " bytes"},
-        "info", channel, {namedValue("ccid", ccid), namedValue("name", name), namedValue("dsd_bytes", bytes)});
+        "info", std::move(values));
     return channel ? kDone : kFailed;
 }
 

@@ -40,8 +40,7 @@ int demo(Session& session, const std::string& path, const std::vector<Triplet>& 
         return fail(session, "demo: " + error);
     }
     const auto replay = [&session](const Triplet& channel) {
-        session.host.ait->replay(static_cast<std::uint16_t>(channel.onid), static_cast<std::uint16_t>(channel.tsid),
-                                 static_cast<std::uint16_t>(channel.sid));
+        session.host.ait->replay(channel.onid, channel.tsid, channel.sid);
     };
     return runDemo(session, plan, replay, kLongestForService);
 }

@@ -10,6 +10,7 @@
 #include "si/stream_event.h"
 #include "si/tables.h"
 #include "verbs.h"
+#include "words.h"
 
 namespace dvbshell {
 
@@ -108,7 +109,7 @@ void reportEvents(Session& session, const Event& section) {
             namedValue("version_number", version), namedValue("event_npt", std::uint64_t{event.npt})};
         std::vector<message_fields::FieldValue> withData = values;
         withData.push_back(namedValue("data", std::string(event.data.begin(), event.data.end())));
-        session.report({message_fields::text(values) + ", data " + shownData(event)}, "stream_event", std::nullopt,
+        session.report({message_fields::text(values) + ", data " + shownData(event)}, "stream_event",
                        std::move(withData));
     }
 }
@@ -139,7 +140,7 @@ int followEvents(Session& session, const StreamChoice& choice, std::chrono::seco
 
 void reportLines(Session& session, const std::vector<std::string>& lines, const char* name) {
     for (const std::string& line : lines) {
-        session.report({line}, name, std::nullopt, {namedValue("text", line)});
+        session.report({line}, name, {namedValue("text", line)});
     }
 }
 

@@ -66,7 +66,10 @@ void remember(Connection& connection, const Operation& operation, const Values& 
 /// The answer to a tune comes as an event.
 std::optional<TuneGoal> goalOfOperation(const Operation& operation, const Values& values) {
     if (isOneOf(operation, {"tune-numbers"})) {
-        return goalOf({values[1].as<int>(), values[2].as<int>(), values[3].as<int>()});
+        const std::string what = std::to_string(values[1].as<int>()) + ":" + std::to_string(values[2].as<int>()) + ":" +
+                                 std::to_string(values[3].as<int>());
+        const std::optional<Triplet> channel = tripletOf(values[1].as<int>(), values[2].as<int>(), values[3].as<int>());
+        return TuneGoal{what, [channel](const Event& event) { return channel && isOfChannel(event, *channel); }};
     }
     if (isOneOf(operation, {"tune-dsd"})) {
         const int sid = values[1].as<int>();
@@ -79,7 +82,7 @@ std::optional<TuneGoal> goalOfOperation(const Operation& operation, const Values
 int callOperation(Session& session, const Operation& operation, const Values& values) {
     Outcome outcome = operation.call(session.host, values);
     bool good = outcome.result.value_or(0) >= 0;
-    if (!outcome.result && !outcome.text && !isLocal(operation)) {
+    if (!outcome.result && !outcome.text && outcome.values.empty() && !isLocal(operation)) {
         good = session.connection.isThere();
         outcome.text = good ? "sent" : "not sent";
     }

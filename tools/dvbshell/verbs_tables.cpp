@@ -64,9 +64,7 @@ bool replay(Session& session, const std::optional<Triplet>& wanted) {
         session.printer.note("ait: the current channel is not known");
         return false;
     }
-    return session.host.ait != nullptr && session.host.ait->replay(static_cast<std::uint16_t>(channel->onid),
-                                                                   static_cast<std::uint16_t>(channel->tsid),
-                                                                   static_cast<std::uint16_t>(channel->sid));
+    return session.host.ait != nullptr && session.host.ait->replay(channel->onid, channel->tsid, channel->sid);
 }
 
 /// Asks for the stored AIT and prints what comes of it.

@@ -34,4 +34,16 @@ bool splitWords(const std::string& line, std::vector<std::string>& words, std::s
     return !quote;
 }
 
+std::vector<std::string> split(const std::string& text, char separator) {
+    std::vector<std::string> parts(1);
+    for (const char character : text) {
+        if (character == separator) {
+            parts.emplace_back();
+        } else {
+            parts.back() += character;
+        }
+    }
+    return parts;
+}
+
 }  // namespace dvbshell

@@ -14,6 +14,7 @@ class RecordingApi : public velmora::dtv::DvbAPIInterface {
 public:
     std::vector<std::string> calls;
     int result = 0;
+    bool known = true;  ///< the current channel
     std::string ccid = "ccid:1:2:3";
     std::string dsd;
     std::vector<std::shared_ptr<velmora::dtv::DVBServiceListener>> listeners;
@@ -24,6 +25,10 @@ public:
     void Release() override { keep("Release"); }
     std::string name() override { return "DvbAPIInterface"; }
     int getCurrentChannelInfo(int& onid, int& tsid, int& sid) override {
+        if (result == 0 && !known) {
+            keep("getCurrentChannelInfo");
+            return -1;
+        }
         if (result == 0) {
             onid = 1;
             tsid = 2;

@@ -5,9 +5,12 @@
 
 #include "carousel.h"
 #include "eventually.h"
+#include "json_printer.h"
 #include "prompt.h"
 #include "recorded_session.h"
 #include "tables.h"
+#include "valid_json.h"
+#include "words.h"
 
 namespace {
 
@@ -106,7 +109,7 @@ TEST(TheVerbs, NameAWrongArgumentAndItsRange) {
     EXPECT_EQ(errorOf("sections 18 --table 256"),
               "sections: --table: \"256\" is not ID or ID/MASK, each from 0 to 255");
     EXPECT_EQ(errorOf("watch --table 0"), "--table is an option of sections");
-    EXPECT_EQ(errorOf("pts -1"), "pts: REQUEST: \"-1\" is not a number from 0 to 4294967295");
+    EXPECT_EQ(errorOf("pts -1"), "pts: PTS_REQUEST: \"-1\" is not a number from 0 to 4294967295");
     EXPECT_EQ(errorOf("stream-events 1:256"), "stream-events: TAG: \"256\" is not a number from 0 to 255");
     EXPECT_EQ(errorOf("carousel 1:2:3"), "carousel: \"1:2:3\" is not SID or SID:TAG");
     EXPECT_EQ(errorOf("frobnicate"), "unknown command frobnicate");
@@ -195,7 +198,8 @@ TEST_F(AVerb, EndsWhenTheChannelIsPresented) {
 TEST_F(AVerb, SaysSentOnlyWhenItIsKnown) {
     EXPECT_EQ(run("select 2"), kDone);
     EXPECT_EQ(run("listen"), kDone);
-    EXPECT_EQ(output.text(), "selectComponent  sent\naddListener  done\n");
+    EXPECT_EQ(run("ccid"), kDone);
+    EXPECT_EQ(output.text(), "selectComponent  sent\naddListener  done\ngetCurrentCCID  ccid ccid:1:2:3\n");
 }
 
 TEST_F(AVerb, RemembersWhatStaysOpen) {
@@ -235,6 +239,32 @@ TEST_F(AVerb, ListsACarousel) {
     EXPECT_THAT(output.text(), HasSubstr("compressed from "));
     EXPECT_THAT(output.text(), HasSubstr("2 of 2 modules have arrived\n"));
     EXPECT_THAT(output.text(), HasSubstr("\n/app/\n/app/events  stream events: start (1), stop (2)\n"));
+}
+
+TEST_F(AVerb, ReportsInJsonWhatTheSchemaSays) {
+    const tsmake::Service service = withEvents();
+    filters.pmts[28106] = asText(tsmake::pmtSection(service));
+    filters.broadcast[300] = {asText(tsmake::streamEventSection(service, 0))};
+    for (const tsmake::Section& section : tsmake::carouselSections(service.streamEvents)) {
+        filters.broadcast[301].push_back(asText(section));
+    }
+    JsonPrinter jsonPrinter(output.file());
+    Session jsonSession(host, filters, queue, jsonPrinter);
+    jsonSession.atPrompt = true;
+    jsonSession.json = true;
+    int result = 0;
+    for (const char* const line : {"channels", "info", "carousel 28106", "stream-events 28106 --seconds 1"}) {
+        EXPECT_TRUE(runLine(jsonSession, line, result));
+        EXPECT_EQ(result, kDone) << line;
+    }
+    api.known = false;
+    runLine(jsonSession, "info --seconds 0", result);
+    EXPECT_EQ(result, kFailed);
+    EXPECT_TRUE(isValidJson(output.text()));
+    EXPECT_THAT(output.text(),
+                HasSubstr(R"("event":"channel","onid":1,"tsid":1025,"sid":28106,"name":"Velmora One HD")"));
+    EXPECT_THAT(output.text(), HasSubstr(R"("onid":65535,"tsid":65535,"sid":65535,"name":"")"));
+    EXPECT_THAT(output.text(), HasSubstr(R"("data":"68656c6c6f")"));
 }
 
 TEST_F(AVerb, SaysWhichPmtDoesNotComeOrHasNoCarousel) {
