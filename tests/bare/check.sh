@@ -119,7 +119,7 @@ check_root() {
 
 # Runs the demonstration as a user who cannot install anything, and types the command that it prints as root.
 check_user() {
-    local advice
+    local advice verb
     new_root user
     clone user home/viewer viewer
     step "./run demo, as a user, without packages" user-refused 1 user viewer "project/run demo"
