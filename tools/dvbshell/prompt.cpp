@@ -124,6 +124,7 @@ void greet(Session& session, ChannelReading& channels) {
         return;
     }
     session.awaitChannel();
+    session.announce();
     const std::optional<Triplet> channel = session.presented();
     if (!channel) {
         session.printer.note("no channel is presented yet");

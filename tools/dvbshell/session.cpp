@@ -1,6 +1,7 @@
 // Waiting, and printing what comes.
 #include "session.h"
 
+#include <algorithm>
 #include <thread>
 
 #include "interrupt.h"
@@ -12,7 +13,36 @@ namespace {
 /// How long a wait takes no notice of Ctrl-C and of the service.
 constexpr std::chrono::milliseconds kSlice{50};
 
+bool isSame(const message_fields::FieldValue& one, const message_fields::FieldValue& other) {
+    return one.field == other.field && one.value == other.value;
+}
+
+bool isSame(const Event& one, const Event& other) {
+    return one.name == other.name && one.section == other.section &&
+           std::equal(one.values.begin(), one.values.end(), other.values.begin(), other.values.end(),
+                      [](const auto& left, const auto& right) { return isSame(left, right); });
+}
+
 }  // namespace
+
+void Session::announce() {
+    constexpr std::chrono::milliseconds kQuiet{100};
+    constexpr std::chrono::milliseconds kLongest{500};
+    if (std::exchange(announced, true)) {
+        return;
+    }
+    host.api.notifyMwhbStart();
+    std::vector<Event> kept;
+    const Clock::time_point end = Clock::now() + kLongest;
+    while (std::optional<Event> event = events.take(std::min(end, Clock::now() + kQuiet))) {
+        if (std::none_of(kept.begin(), kept.end(), [&event](const Event& each) { return isSame(each, *event); })) {
+            kept.push_back(std::move(*event));
+        }
+    }
+    for (Event& event : kept) {
+        events.put(std::move(event));
+    }
+}
 
 std::optional<Event> Session::next(EventQueue& queue, Clock::time_point until, bool evenWithoutService) {
     while (!isInterrupted() && !outputFailed()) {

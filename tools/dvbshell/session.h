@@ -29,6 +29,10 @@ public:
     /// The next event of a queue. None at `until`, after Ctrl-C, when the output cannot be written, and when the
     /// service goes, unless `evenWithoutService`. Tells when the service goes and comes back.
     std::optional<Event> next(EventQueue& queue, Clock::time_point until, bool evenWithoutService = false);
+    /// Tells the DTV service, once, that a browser has started. The service then sends what it knows of the channel. It
+    /// does so when a browser connects, too, but the library loses the events that come before it has started. What
+    /// came twice is dropped.
+    void announce();
     /// Prints an event with the current channel.
     void print(const Event& event);
     /// Prints what has come, without waiting.
@@ -53,6 +57,9 @@ public:
     std::FILE* output = stdout;
     bool json = false;
     bool atPrompt = false;
+
+private:
+    bool announced = false;
 };
 
 /// A line on standard error, "dvbshell: TEXT", or at the prompt a line of the shell. Returns kFailed.

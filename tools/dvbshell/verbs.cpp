@@ -186,16 +186,19 @@ Job prepare(Place place, const command_line::Arguments& arguments, std::string& 
         error = error.compare(0, name.size(), name) == 0 ? error : name + ": " + error;
         return nullptr;
     }
-    return verb->needs == Verb::Needs::service ? guarded(job) : job;
+    return verb->needs == Verb::Needs::nothing ? job : guarded(job, verb->needs);
 }
 
-Job guarded(Job job) {
-    return [job](Session& session) -> int {
+Job guarded(Job job, Verb::Needs needs) {
+    return [job, needs](Session& session) -> int {
         if (!session.connection.await(kLongestForService)) {
             fail(session, noServiceText());
             return kNoService;
         }
         session.awaitChannel();
+        if (needs == Verb::Needs::events) {
+            session.announce();
+        }
         return job(session);
     };
 }

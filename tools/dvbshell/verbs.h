@@ -19,7 +19,8 @@ namespace dvbshell {
 using Job = std::function<int(Session&)>;
 
 struct Verb {
-    enum class Needs { service, nothing };
+    /// `events`: the service and what it sends to a browser that starts.
+    enum class Needs { service, events, nothing };
 
     command_line::Verb description;
     std::function<Job(ArgumentReader&)> prepare;
@@ -51,7 +52,7 @@ const command_line::Program& describe(Place place);
 /// Reads the words of a command. No job, with the reason, when they are wrong.
 Job prepare(Place place, const command_line::Arguments& arguments, std::string& error);
 /// Runs a job when the service is there, or says that it is not.
-Job guarded(Job job);
+Job guarded(Job job, Verb::Needs needs);
 
 /// The argument of most verbs, with its completion.
 command_line::Argument channelArgument(const char* name);

@@ -112,7 +112,8 @@ VerbGroup channelVerbs() {
               "presented, on the command line after --seconds. If there is no such channel it fails, and names the "
               "channel that stays.",
               "tune 1:1025:28106"},
-             prepareTune},
+             prepareTune,
+             Verb::Needs::events},
             {{"channels",
               {},
               "list the presented multiplex, with names",
@@ -128,7 +129,8 @@ VerbGroup channelVerbs() {
               "With --seconds it ends by itself. It goes on without the DTV service, and tells when that goes and "
               "comes back.",
               "watch --seconds 10"},
-             prepareWatch},
+             prepareWatch,
+             Verb::Needs::events},
         },
     };
 }

@@ -66,7 +66,8 @@ VerbGroup commandLineVerbs() {
            "HbbTV applications, or those of --service; says which it leaves out; and ends with a summary of what "
            "has arrived.",
            "demo services.txt --service 1:1025:28106"},
-          prepareDemo}}};
+          prepareDemo,
+          Verb::Needs::events}}};
 }
 
 }  // namespace dvbshell

@@ -123,6 +123,7 @@ Verb verbOf(const Operation& operation) {
     verb.description.text = std::string("This is the interface's ") + operation.slot +
                             "(). On the command line, what arrives in --seconds (1) is printed after it.";
     verb.description.example = exampleOf(operation);
+    verb.needs = Verb::Needs::events;
     verb.prepare = [&operation](ArgumentReader& reader) -> Job {
         Values values;
         std::string error;

@@ -151,7 +151,8 @@ VerbGroup tableVerbs() {
               "Tunes to the channel, or asks for the AIT of the presented one again; prints what comes in --seconds "
               "(5); then prints the AIT that the library has stored.",
               "ait 1:1025:28106"},
-             prepareAit},
+             prepareAit,
+             Verb::Needs::events},
         },
     };
 }

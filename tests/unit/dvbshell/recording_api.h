@@ -20,6 +20,7 @@ public:
     std::vector<std::shared_ptr<velmora::dtv::DVBServiceListener>> listeners;
     /// Called with the service_id of every tune.
     std::function<void(int sid)> tuned = [](int) {};
+    std::function<void()> notified = [] {};
 
     void AddRef() override { keep("AddRef"); }
     void Release() override { keep("Release"); }
@@ -63,7 +64,10 @@ public:
         listeners.push_back(listener);
     }
     void removeListener(std::shared_ptr<velmora::dtv::DVBServiceListener>) override { keep("removeListener"); }
-    void notifyMwhbStart() override { keep("notifyMwhbStart"); }
+    void notifyMwhbStart() override {
+        keep("notifyMwhbStart");
+        notified();
+    }
     int sendPtsRequest(std::uint32_t request) override { return answer("sendPtsRequest", request); }
     int startTemiTimelineRequest(std::uint32_t first, std::uint32_t second, std::uint32_t third) override {
         return answer("startTemiTimelineRequest", first, second, third);

@@ -273,6 +273,20 @@ TEST_F(AVerb, SaysWhichPmtDoesNotComeOrHasNoCarousel) {
     EXPECT_EQ(output.text(), "service 28106 has no component that may carry an object carousel\n");
 }
 
+TEST_F(AVerb, ShowsOnceWhatTheServiceSaysTwiceToABrowserThatStarts) {
+    const auto sendAll = [this] {
+        host.listener->onOSDStateChanged(1, 1);
+        host.listener->onPtsNotify(1, 2);
+    };
+    sendAll();
+    api.notified = sendAll;
+    EXPECT_EQ(run("watch --seconds 0"), kDone);
+    EXPECT_EQ(run("watch --seconds 0"), kDone);
+    const std::string text = output.text();
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2) << text;
+    EXPECT_THAT(api.calls, testing::Contains("notifyMwhbStart()").Times(1));
+}
+
 TEST_F(AVerb, EndsOnCtrlC) {
     catchInterrupts();
     std::raise(SIGINT);
