@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Runs the reference service on a broadcast, and a browser host beside it, in a new run directory.
 #   demo.sh BUILD_FOLDER [FILE.ts] [--service ONID:TSID:SID]...
+#   demo.sh --check [FILE.ts] [--service ONID:TSID:SID]...        checks the arguments only
 # Without a file, the sample broadcast. Without a service, dvbshell chooses.
 set -euo pipefail
 
 misuse() {
-    echo "demo: $*" >&2
-    echo "usage: demo [FILE.ts] [--service ONID:TSID:SID]..." >&2
+    echo "run: demo: $*" >&2
+    echo "usage: ./run demo [FILE.ts] [--service ONID:TSID:SID]..." >&2
     exit 2
 }
 
@@ -29,6 +30,11 @@ while [ $# -gt 0 ]; do
     esac
     shift
 done
+[ -z "$file" ] || [ -e "$file" ] || {
+    echo "run: demo: no such file: $file" >&2
+    exit 1
+}
+[ "$build" != --check ] || exit 0
 file=${file:-$build/share/dtv/sample.ts}
 read -r -a emulator <<<"${DTV_EMULATOR:-}" # command that runs programs of another processor
 

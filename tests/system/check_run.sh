@@ -9,8 +9,9 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 copy="$folder/a project"
 mkdir -p "$copy/build" "$copy/tools" "$copy/tests" "$folder/bin"
+: >"$copy/one.ts"
 cp "$1/run" "$copy/run"
-cp -r "$1/tools/run" "$copy/tools/run"
+cp -r "$1/tools/run" "$1/tools/demo.sh" "$copy/tools"
 cp -r "$1/tests/bare" "$copy/tests/bare"
 verbs=(demo test build package format lint accept-abi bare-check clean)
 broken=0
@@ -33,7 +34,9 @@ expect() {
 }
 
 expect 2 "run: unknown verb frobnicate" frobnicate
-expect 2 "run: demo takes one file at most" demo one.ts two.ts
+expect 2 "run: demo: one file at most: two.ts" demo "$copy/one.ts" two.ts
+expect 2 "run: demo: unknown option --sevice" demo --sevice 1:2:3
+expect 2 "run: demo: --service needs a value" demo --service
 expect 1 "run: demo: no such file: /nonexistent.ts" demo /nonexistent.ts
 expect 2 "run: --preset needs a name" test --preset
 expect 2 "run: unknown preset frobnicate" test --preset frobnicate

@@ -83,6 +83,22 @@ std::size_t indentOf(const std::string& line, std::size_t width) {
     return std::min(wanted, width / 2);
 }
 
+/// Where a line that may have `most` bytes ends: between two values if half of the content fits before it, else at a
+/// blank, else in a word. A blank right after the last byte that fits is a good place too.
+std::size_t breakOf(const std::string& line, std::size_t most) {
+    const std::size_t begin = line.find_first_not_of(' ');
+    const std::size_t comma = line.rfind(", ", most - 1);
+    const std::size_t gap = line.rfind("  ", most);
+    const std::size_t afterComma = comma == std::string::npos ? 0 : comma + 1;
+    const std::size_t between = std::max(afterComma, gap == std::string::npos ? 0 : gap);
+    const std::size_t content = kindOf(line) == std::string::npos ? begin : kEventIndent;
+    if (between > content && between >= (content + most) / 2) {
+        return between;
+    }
+    const std::size_t blank = line.rfind(' ', most);
+    return blank == std::string::npos || blank <= begin ? std::max(most, begin + 1) : blank;
+}
+
 std::string in(const char* colour, const std::string& text) {
     return std::string("\033[") + colour + "m" + text + "\033[0m";
 }
@@ -126,13 +142,7 @@ std::string folded(const std::string& line, std::size_t width) {
     std::string result;
     std::string rest = kindOf(line) == std::string::npos ? squeezed(line) : line;
     while (columnsOf(rest) > width) {
-        const std::size_t most = fitting(rest, width);
-        const std::size_t begin = rest.find_first_not_of(' ');
-        // A blank right after the last column that fits is a good place too.
-        std::size_t end = rest.rfind(' ', most);
-        if (end == std::string::npos || end <= begin) {
-            end = std::max(most, begin + 1);
-        }
+        const std::size_t end = breakOf(rest, fitting(rest, width));
         const std::size_t last = rest.find_last_not_of(' ', end - 1);
         result += rest.substr(0, last + 1) + "\n";
         const std::size_t next = rest.find_first_not_of(' ', end);

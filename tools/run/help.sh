@@ -3,7 +3,8 @@
 
 usage() {
     cat <<TEXT
-usage: ./run demo [FILE.ts]                          watch a browser process follow a broadcast (the sample, or FILE)
+usage: ./run demo [FILE.ts] [--service ONID:TSID:SID]...
+                                                     watch a browser process follow a broadcast (the sample, or FILE)
        ./run test [--preset NAME] [--all] [ctest arguments]
                                                      build and run the test suite; --all: also what other presets test
        ./run build [--preset NAME]                   build everything
@@ -22,9 +23,10 @@ TEXT
 help_of() {
     case $1 in
     demo) cat <<TEXT
-usage: ./run demo [FILE.ts]
+usage: ./run demo [FILE.ts] [--service ONID:TSID:SID]...
 Builds the programs into build/host and plays the sample broadcast, or FILE.ts, to a browser host. It prints what
 arrives and a summary. The exit code is 1 if something is missing.
+  --service ONID:TSID:SID   a service to show, as often as needed; without it up to four are chosen
 TEXT
         ;;
     test) cat <<TEXT

@@ -31,6 +31,15 @@ TEST(ALineOnATerminal, KeepsTheIndentOfItsContent) {
               "                    a b c d e f g h i j k l m\n                      n o p q r s t");
 }
 
+TEST(ALineOnATerminal, IsFoldedBetweenTwoValues) {
+    EXPECT_EQ(folded("      pid 257, component_tag 0x01, presented yes", 40),
+              "      pid 257, component_tag 0x01,\n          presented yes");
+    EXPECT_EQ(folded("      a long video (AVC)  component_tag 0x01", 40),
+              "      a long video (AVC)\n          component_tag 0x01");
+    EXPECT_EQ(folded("      a, a long text without any comma", 30),
+              "      a, a long text without\n          any comma");
+}
+
 TEST(ALineOnATerminal, GivesUpItsAlignmentBeforeItIsFolded) {
     EXPECT_EQ(folded("      PID 1     video        tag 1", 30), "      PID 1  video  tag 1");
     EXPECT_EQ(folded("      PID 1     video  tag 1", 30), "      PID 1     video  tag 1");
