@@ -15,9 +15,9 @@ packages=(
 tables_package=libc6
 tables=./usr/lib/arm-linux-gnueabihf/gconv
 # Headers without machine code, from the packages that the host build needs anyway.
-headers=(boost bitstream nlohmann)
+headers=(boost bitstream nlohmann valijson)
 
-stamp=$folder/complete-2 # change the number when the list above changes
+stamp=$folder/complete-3 # change the number when the list above changes
 [ ! -e "$stamp" ] || exit 0
 rm -rf "$folder"
 mkdir -p "$folder/apt/lists/partial" "$folder/apt/cache/archives/partial" "$folder/packages" "$folder/usr/include"
