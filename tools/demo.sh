@@ -80,8 +80,19 @@ near() {
     printf %q "$path"
 }
 
-# What to try next: a service with applications, else one with a PMT, else any. What the user chose comes first.
-triplet=${services[1]:-$(sort -s -t $'\t' -k 3,3 -k 2,2r "$folder/services" | head -n 1 | cut -f 1)}
+# listed ONID:TSID:SID: the service as the list has it, because the user may write any network as 65535, and numbers in
+# hexadecimal.
+listed() {
+    local network stream number
+    IFS=: read -r network stream number <<<"$1"
+    cut -f 1 "$folder/services" | grep -E "^($((network))|65535):$((stream)):$((number))$" ||
+        cut -f 1 "$folder/services" | grep ":$((stream)):$((number))$"
+}
+
+# What to try next: what the user chose, else a service with applications, else one with a PMT, else any.
+triplet=
+[ ${#services[@]} -eq 0 ] || triplet=$(listed "${services[1]}" | head -n 1) || true
+triplet=${triplet:-$(sort -s -t $'\t' -k 3,3 -k 2,2r "$folder/services" | head -n 1 | cut -f 1)}
 cat <<TEXT
 
 Next, by hand. In one terminal:

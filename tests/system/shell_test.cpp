@@ -190,7 +190,7 @@ TEST(TheDemonstration, ShowsTheServicesOfTheUserAndSaysWhatToTryNext) {
     EXPECT_THAT(output, testing::ContainsRegex("\nshown +1:1025:28107 +Velmora Zwei"));
     EXPECT_THAT(output, testing::ContainsRegex("\nleft out +1:1025:28106 +Velmora One HD +not chosen\n"));
     EXPECT_THAT(output, Not(HasSubstr("tuning to 1:1025:28106")));
-    EXPECT_THAT(output, HasSubstr("bin/dvbshell tune 0x1:0x401:28107\n"));
+    EXPECT_THAT(output, HasSubstr("bin/dvbshell tune 1:1025:28107\n"));
 }
 
 TEST(TheDemonstration, NamesAServiceThatTheBroadcastLacks) {
@@ -202,7 +202,7 @@ TEST(TheDemonstration, NamesAServiceThatTheBroadcastLacks) {
     EXPECT_THAT(wrong.output(), HasSubstr("\"x\" is not ONID:TSID:SID"));
     ChildProcess two(DEMO_SCRIPT, {BUILD_FOLDER, SAMPLE_FILE, SAMPLE_FILE}, "demo");
     EXPECT_EQ(two.wait(), 2);
-    EXPECT_THAT(two.output(), testing::StartsWith("demo: one file at most: "));
+    EXPECT_THAT(two.output(), testing::StartsWith("run: demo: one file at most: "));
 }
 
 TEST(TheDemonstration, EndsPromptlyOnABroadcastWithoutAPat) {
