@@ -94,7 +94,8 @@ std::size_t helpWidth() {
     constexpr std::size_t kNarrowest = 40;
     constexpr std::size_t kWidest = 100;
     const char* const columns = std::getenv("COLUMNS");
-    std::size_t width = parseNumber(columns == nullptr ? "" : columns).value_or(0);
+    const std::uint64_t wanted = parseNumber(columns == nullptr ? "" : columns).value_or(0);
+    auto width = static_cast<std::size_t>(std::min<std::uint64_t>(wanted, kWidest));
     winsize window{};
     if (width == 0 && ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) == 0) {
         width = window.ws_col;
