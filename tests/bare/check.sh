@@ -86,6 +86,10 @@ prepare() {
     fi
     mkdir -p "$folder"
     folder=$(cd "$folder" && pwd)
+    # The systems in the folder are removed and made anew, so it must be the check's own.
+    [ -e "$folder/of-bare-check" ] || [ -z "$(ls -A "$folder")" ] ||
+        fail "$folder has other files; give a new or an empty folder"
+    touch "$folder/of-bare-check"
     # Every process in a system holds the lock, so no run removes a system that another still uses.
     exec 9>"$folder/lock"
     flock --nonblock 9 || fail "another check uses $folder"

@@ -40,6 +40,7 @@ expect 2 "run: demo: --service needs a value" demo --service
 expect 1 "run: demo: no such file: /nonexistent.ts" demo /nonexistent.ts
 expect 2 "run: --preset needs a name" test --preset
 expect 2 "run: unknown preset frobnicate" test --preset frobnicate
+expect 2 "run: unknown preset frobnicate" test --preset=frobnicate
 expect 2 "run: build takes --preset NAME" build frobnicate
 expect 2 "run: build takes --preset NAME" build --preset
 expect 2 "run: unknown preset frobnicate" build --preset frobnicate

@@ -43,6 +43,23 @@ public:
             return found != std::string::npos;
         });
     }
+    /// Waits until the text is anywhere on the screen.
+    bool has(const std::string& text) {
+        return eventually([&] {
+            readWhatIsThere();
+            return screen.find(text) != std::string::npos;
+        });
+    }
+    /// Types a key until the program ends; returns the exit code, or -1. A key that the terminal itself interprets is
+    /// lost if it comes before the program reads keys one by one.
+    int endsOn(const char* key) {
+        EXPECT_TRUE(eventually([this, key] {
+            [[maybe_unused]] const ssize_t written = write(terminal, key, 1);
+            readWhatIsThere();
+            return ended || (ended = waitpid(process, &status, WNOHANG) == process);
+        })) << screen;
+        return wait();
+    }
     /// The exit code, or -1.
     int wait() {
         EXPECT_TRUE(eventually([this] {

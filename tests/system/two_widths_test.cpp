@@ -54,7 +54,7 @@ TEST_F(ABrowserOfTheOtherWidth, IsRefusedSectionFiltersWithTheReason) {
     ASSERT_TRUE(connected());
     ChildProcess shell(DVBSHELL, {"sections", "0", "--seconds", "5"}, "shell");
     EXPECT_EQ(shell.wait(), 1);
-    EXPECT_EQ(shell.output(), "dvbshell: the DTV service did not open a filter for sections of PID 0\n");
+    EXPECT_EQ(shell.output(), "dvbshell: the DTV service did not open a filter on PID 0\n");
     EXPECT_THAT(service.log(), testing::ContainsRegex("queue SECTION-.* belongs to a 32-bit process: sections do not "
                                                       "reach it from this one of 64 bits"));
     EXPECT_THAT(service.log(), testing::HasSubstr("refused: the browser has no section queue"));

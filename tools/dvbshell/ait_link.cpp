@@ -49,8 +49,12 @@ void AitLink::onChannel(std::uint16_t onid, std::uint16_t tsid, std::uint16_t si
 }
 
 /// No change event reports the channel that is already presented when the browser starts. Its AIT is the first to name
-/// it.
+/// it. A browser that connects while an AIT is sent can get a section before its channel, which is then 0:0:0. Such a
+/// section is ignored: it comes again behind its channel, with the next tune or notifyMwhbStart().
 void AitLink::onAit(std::uint16_t onid, std::uint16_t tsid, std::uint16_t sid, const std::string& section) {
+    if (onid == 0 && tsid == 0 && sid == 0) {
+        return;
+    }
     if (!current || current->onid != onid || current->tsid != tsid || current->sid != sid) {
         onChannel(onid, tsid, sid);
     }

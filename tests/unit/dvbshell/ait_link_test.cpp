@@ -76,6 +76,12 @@ TEST_F(AnAitLink, NamesTheChannelOfAnUnannouncedAit) {
                                    "ait its second"));
 }
 
+TEST_F(AnAitLink, LeavesOutASectionThatCameBeforeItsChannel) {
+    listener->onAITSectionUpdated(0, 0, 0, "too early");
+    listener->onAITSectionUpdated(1, 2, 3, "behind its channel");
+    EXPECT_THAT(calls, ElementsAre("channel 0 1:2:3", "ait behind its channel"));
+}
+
 TEST_F(AnAitLink, MakesEventsOfWhatTheCatcherHandsOn) {
     const tsmake::Section section = tsmake::aitSection(kSample.services[0]);
     ait.client->onCurrentChannelAIT(1, 1025, 28106, section);
