@@ -13,7 +13,7 @@ Node& Node::number(const std::string& field, std::uint64_t value) {
 
 Node& Node::hex(const std::string& field, std::uint64_t value, int digits) {
     char shown[24];
-    std::snprintf(shown, sizeof shown, "0x%0*" PRIx64, digits, value);
+    std::snprintf(shown, sizeof shown, "0x%0*" PRIX64, digits, value);
     fields.push_back({field, shown, value});
     return *this;
 }
@@ -24,7 +24,7 @@ Node& Node::text(const std::string& field, std::string value) {
 }
 
 Node& Node::bytes(const std::string& field, Bytes value) {
-    static const char* const kDigits = "0123456789abcdef";
+    static const char* const kDigits = "0123456789ABCDEF";
     std::string shown;
     for (std::size_t at = 0; at < value.size; ++at) {
         shown += kDigits[value.data[at] >> 4U];

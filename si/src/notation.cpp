@@ -272,7 +272,7 @@ std::map<std::string, Notation, std::less<>> makeNotations() {
 std::string hexadecimal(std::uint64_t value, unsigned int bits) {
     constexpr unsigned int kBitsOfDigit = 4;
     char text[24];
-    std::snprintf(text, sizeof text, "0x%0*" PRIx64, static_cast<int>((bits + kBitsOfDigit - 1) / kBitsOfDigit), value);
+    std::snprintf(text, sizeof text, "0x%0*" PRIX64, static_cast<int>((bits + kBitsOfDigit - 1) / kBitsOfDigit), value);
     return text;
 }
 

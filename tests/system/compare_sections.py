@@ -51,7 +51,7 @@ def sections_by_pid(path):
             if DISSECTED.match(name):
                 section = bytes.fromhex(value[0])
                 if is_good(section):
-                    found.setdefault(pid, []).append(section.hex())
+                    found.setdefault(pid, []).append(section.hex().upper())
     return found
 
 

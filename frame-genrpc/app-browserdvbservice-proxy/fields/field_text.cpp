@@ -105,7 +105,7 @@ std::vector<std::string> flagNames(const Form& form, const Value& value) {
 }
 
 std::string hexadecimal(std::string_view bytes) {
-    static const char* const kDigits = "0123456789abcdef";
+    static const char* const kDigits = "0123456789ABCDEF";
     std::string digits;
     for (const char character : bytes) {
         digits += kDigits[static_cast<unsigned char>(character) >> 4U];

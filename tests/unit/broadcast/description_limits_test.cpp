@@ -153,14 +153,14 @@ TEST(ADescriptionOfBadData, KeepsTheRestBesideAWrongLength) {
     EXPECT_EQ(value(sdt.nodes[1].nodes.at(0), "tag"), "0x52");
     EXPECT_EQ(line(sdt.nodes[2]),
               " service_id=3, EIT_schedule_flag=0, EIT_present_following_flag=0, running_status=7, free_CA_mode=1 "
-              "{unreadable: wrong=descriptors_loop_length is 2, bytes left: 1, bytes=f00252}");
+              "{unreadable: wrong=descriptors_loop_length is 2, bytes left: 1, bytes=F00252}");
 }
 
 TEST(ADescriptionOfBadData, NamesTheLengthThatLies) {
     const Node nit = describeSection(longSection(0x40, 1, "f004 4002 4142 f00d 0401 2114 f003 5201 0b 0402 21"));
     EXPECT_EQ(value(descriptor(nit, "network_name"), "network_name"), "AB");
     EXPECT_EQ(line(nit.nodes.at(1)),
-              " wrong=transport_stream_loop_length is 13, bytes left: 12, bytes=f00d04012114f00352010b040221");
+              " wrong=transport_stream_loop_length is 13, bytes left: 12, bytes=F00D04012114F00352010B040221");
 }
 
 TEST(ADescriptionOfBadData, ShowsABadDescriptorByItsBytes) {
@@ -227,7 +227,7 @@ TEST(ADescriptionOfBadData, HasBytesAndReason) {
     EXPECT_EQ(describeSection(bytesOfHex("c0")).name, "section");
     EXPECT_EQ(describeSection(bytesOfHex("")).name, "section");
     const Node unknown = describeSection(bytesOfHex("c0700100"));
-    EXPECT_THAT(fields(unknown), ElementsAre("table_id=0xc0", "size=4", "bytes=c0700100"));
+    EXPECT_THAT(fields(unknown), ElementsAre("table_id=0xC0", "size=4", "bytes=C0700100"));
 }
 
 TEST(ADescriptionOfBadData, OfAnyChangedByteKeepsTheTable) {
@@ -275,7 +275,7 @@ TEST(ADescriptionOfBadData, OfAnyPrefixShowsOnlyFieldsOfTheWhole) {
 /// The descriptor's length fits, but its content is short.
 TEST(ADescriptionOfBadData, OfAShortDescriptorNamesTheMissingField) {
     std::size_t named = 0;
-    for (const std::string& content : {std::string(24, '0'), std::string(24, 'f')}) {
+    for (const std::string& content : {std::string(24, '0'), std::string(24, 'F')}) {
         for (unsigned int tag = 0; tag < 0x100; ++tag) {
             for (std::size_t size = 0; size <= content.size(); size += 2) {
                 const auto loop = bytesOfHex(hexDescriptor(tag, content.substr(0, size)));

@@ -35,7 +35,7 @@ TEST(ADescription, OfAPmtNamesItsStreamsAndTheirDescriptors) {
     EXPECT_EQ(value(pmt, "program_number"), "28106");
     EXPECT_EQ(value(pmt, "PCR_PID"), "257");
     ASSERT_EQ(pmt.nodes.size(), 3U);
-    EXPECT_EQ(value(pmt.nodes[0], "stream_type"), "0x1b (H.264/14496-10 video (MPEG-4/AVC))");
+    EXPECT_EQ(value(pmt.nodes[0], "stream_type"), "0x1B (H.264/14496-10 video (MPEG-4/AVC))");
     EXPECT_EQ(value(pmt.nodes[2], "carries"), "AIT (HbbTV)");
     EXPECT_THAT(fields(descriptor(pmt.nodes[0], "stream_identifier")),
                 ElementsAre("tag=0x52", "length=1", "is=stream_identifier", "component_tag=0x01"));
@@ -136,7 +136,7 @@ TEST(ADescription, OfAnAitHasEveryDescriptorOfItsTable) {
     EXPECT_THAT(fields(ait.nodes[0].nodes[0]),
                 ElementsAre("organisation_id=400 (0x190)", "application_id=7 (0x7)", "application_priority=3"));
     EXPECT_THAT(fields(ait.nodes[1]),
-                ElementsAre("tag=0x5f", "length=4", "is=private_data_specifier", "private_data_specifier=0x00000040"));
+                ElementsAre("tag=0x5F", "length=4", "is=private_data_specifier", "private_data_specifier=0x00000040"));
     const Node& application = ait.nodes[2];
     EXPECT_THAT(fields(application), ElementsAre("organisation_id=400 (0x190)", "application_id=1 (0x1)",
                                                  "application_control_code=0x01 (AUTOSTART)"));
@@ -154,7 +154,7 @@ TEST(ADescription, OfAnAitHasEveryDescriptorOfItsTable) {
     EXPECT_THAT(fields(application.nodes[3]),
                 ElementsAre("tag=0x02", "length=11", "is=transport_protocol", "protocol_id=0x0001 (object carousel)",
                             "transport_protocol_label=2", "remote_connection=1", "original_network_id=1",
-                            "transport_stream_id=1025", "service_id=28106", "component_tag=0x0a"));
+                            "transport_stream_id=1025", "service_id=28106", "component_tag=0x0A"));
     EXPECT_EQ(value(application.nodes[4], "icon_locator"), "icons/");
     EXPECT_EQ(value(application.nodes[5], "handles_externally_controlled_video"), "1");
     EXPECT_EQ(value(application.nodes[6], "initial_path"), "i.html");
@@ -162,7 +162,7 @@ TEST(ADescription, OfAnAitHasEveryDescriptorOfItsTable) {
     EXPECT_THAT(fields(application.nodes[8]),
                 ElementsAre("tag=0x17", "length=20", "is=simple_application_boundary", "boundary_extension=http://a",
                             "boundary_extension=https://b"));
-    EXPECT_THAT(fields(application.nodes[9]), ElementsAre("tag=0x99", "length=2", "bytes=01ab"));
+    EXPECT_THAT(fields(application.nodes[9]), ElementsAre("tag=0x99", "length=2", "bytes=01AB"));
     EXPECT_THAT(fields(application.nodes[10]),
                 ElementsAre("tag=0x16", "length=0", "is=application_usage", "wrong=usage_type is missing", "bytes="));
 }
@@ -173,11 +173,11 @@ TEST(ADescription, OfDsmccMessagesHasTheirHeaders) {
                                                   "000000f1 0fe2 0000 00000000 00000000 0000 0001"
                                                   "0007 000000b9 05 02 abcd 0000"));
     EXPECT_EQ(value(info, "messageId"), "0x1002 (DownloadInfoIndication)");
-    EXPECT_EQ(value(info, "downloadId"), "0x000000f1");
+    EXPECT_EQ(value(info, "downloadId"), "0x000000F1");
     EXPECT_EQ(value(info, "blockSize"), "4066");
     ASSERT_EQ(info.nodes.size(), 1U);
     EXPECT_THAT(fields(info.nodes[0]),
-                ElementsAre("moduleId=0x0007", "moduleSize=185", "moduleVersion=5", "moduleInfo=abcd"));
+                ElementsAre("moduleId=0x0007", "moduleSize=185", "moduleVersion=5", "moduleInfo=ABCD"));
     const Node block = describeSection(longSection(0x3C, 1, "1103 1003 0000000c ff 00 0009 0001 02 ff 0003 aabbcc"));
     EXPECT_EQ(value(block, "messageId"), "0x1003 (DownloadDataBlock)");
     EXPECT_EQ(value(block, "moduleId"), "0x0001");
@@ -186,15 +186,15 @@ TEST(ADescription, OfDsmccMessagesHasTheirHeaders) {
     const Node initiate = describeSection(
         longSection(0x3B, 0, "1103 1006 80000000 ff 00 001a ffffffffffffffffffffffffffffffffffffffff 0000 0002 beef"));
     EXPECT_EQ(value(initiate, "messageId"), "0x1006 (DownloadServerInitiate)");
-    EXPECT_EQ(value(initiate, "privateData"), "beef");
+    EXPECT_EQ(value(initiate, "privateData"), "BEEF");
 }
 
 TEST(ADescription, OfAStreamEventHasItsIdAndPrivateData) {
     const Node node = describeSection(longSection(0x3D, 7, "1a0d 0007 fffffffe00000000 414243 8001ff"));
     ASSERT_EQ(node.nodes.size(), 2U);
-    EXPECT_THAT(fields(node.nodes[0]), ElementsAre("tag=0x1a", "length=13", "is=stream_event", "eventId=7",
+    EXPECT_THAT(fields(node.nodes[0]), ElementsAre("tag=0x1A", "length=13", "is=stream_event", "eventId=7",
                                                    "eventNPT=0", "privateData=414243"));
-    EXPECT_THAT(fields(node.nodes[1]), ElementsAre("tag=0x80", "length=1", "bytes=ff"));
+    EXPECT_THAT(fields(node.nodes[1]), ElementsAre("tag=0x80", "length=1", "bytes=FF"));
 }
 
 TEST(ADescription, OfABatNamesItsBouquetAndServices) {
@@ -217,8 +217,8 @@ TEST(ADescription, OfShortTablesHasTheirFields) {
               " transport_stream_id=1025, original_network_id=8468, service_id=28106, event_id=2001, "
               "running_status=4 (running)");
     EXPECT_EQ(value(rst.nodes[1], "running_status"), "1 (not running)");
-    EXPECT_EQ(line(describeSection(bytesOfHex("727002 abcd"))), " table_id=0x72, data_byte=abcd");
-    EXPECT_EQ(line(describeSection(bytesOfHex("7e7001 ff"))), " table_id=0x7e, transition_flag=1");
+    EXPECT_EQ(line(describeSection(bytesOfHex("727002 abcd"))), " table_id=0x72, data_byte=ABCD");
+    EXPECT_EQ(line(describeSection(bytesOfHex("7e7001 ff"))), " table_id=0x7E, transition_flag=1");
 }
 
 TEST(ADescription, OfATsdtAndASitHasTheirDescriptors) {
@@ -253,17 +253,17 @@ TEST(ADescription, OfAUntHasItsPlatformsDownToTheirLoops) {
                                                  "0010 0001 01 0c 01 00015a 0007 0002 01 80 01 ff"
                                                  "0010 f005 0803 414243 f007 0305 000a 0102 77"));
     EXPECT_EQ(unt.name, "UNT");
-    EXPECT_EQ(value(unt, "OUI"), "0x00015a");
+    EXPECT_EQ(value(unt, "OUI"), "0x00015A");
     EXPECT_EQ(line(unt.nodes.at(0)), "update: update_flag=1, update_method=5, update_priority=1");
     const Node& platform = unt.nodes.at(1);
     EXPECT_EQ(line(platform.nodes.at(0)),
-              " descriptorType=0x01, specifierType=0x01, specifierData=0x00015a, model=7, version=2, "
-              "subDescriptorType=0x80, subDescriptor=ff");
+              " descriptorType=0x01, specifierType=0x01, specifierData=0x00015A, model=7, version=2, "
+              "subDescriptorType=0x80, subDescriptor=FF");
     const Node& device = platform.nodes.at(1);
     EXPECT_EQ(device.nodes.at(0).name, "target");
     EXPECT_EQ(line(device.nodes[0].nodes.at(0)), "target_serial_number: serial_data=414243");
     EXPECT_EQ(line(device.nodes.at(1).nodes.at(0)),
-              "ssu_location: data_broadcast_id=0x000a (SSU), association_tag=0x0102, private_data_byte=77");
+              "ssu_location: data_broadcast_id=0x000A (SSU), association_tag=0x0102, private_data_byte=77");
 }
 
 TEST(ADescription, OfAnIntHasItsPlatformAndItsTargets) {
@@ -278,5 +278,5 @@ TEST(ADescription, OfAnIntHasItsPlatformAndItsTargets) {
               "target_IP_slash: {subnet: IPv4_addr=224.0.1.1, IPv4_slash_mask=32}");
     EXPECT_EQ(line(device.nodes.at(1).nodes.at(0)),
               "IP/MAC_stream_location: network_id=1, original_network_id=8468, transport_stream_id=1025, "
-              "service_id=28106, component_tag=0x0b");
+              "service_id=28106, component_tag=0x0B");
 }

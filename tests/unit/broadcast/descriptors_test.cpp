@@ -37,11 +37,11 @@ TEST(ADescriptor, OfMpegHasItsFields) {
          "ISO_639_language: {language: ISO_639_language_code=deu, audio_type=0x00 (undefined)} "
          "{language: ISO_639_language_code=eng, audio_type=0x03 (visual impaired commentary)}"},
         {"0e03 c00400", "maximum_bitrate: maximum_bitrate=1024"},
-        {"1305 000000b9 00", "carousel_identifier: carousel_id=0x000000b9, FormatId=0"},
+        {"1305 000000b9 00", "carousel_identifier: carousel_id=0x000000B9, FormatId=0"},
         {"1404 000b 1000",
-         "association_tag: association_tag=0x000b, use=0x1000, wrong=selector_length is missing, bytes=000b1000"},
+         "association_tag: association_tag=0x000B, use=0x1000, wrong=selector_length is missing, bytes=000B1000"},
         {"140d 000b 0000 08 80000000 ffffffff",
-         "association_tag: association_tag=0x000b, use=0x0000, transaction_id=0x80000000, timeout=4294967295"},
+         "association_tag: association_tag=0x000B, use=0x0000, transaction_id=0x80000000, timeout=4294967295"},
         {"2804 4d40 28 3f",
          "AVC_video: profile_idc=77, constraint_set0_flag=0, constraint_set1_flag=1, constraint_set2_flag=0, "
          "constraint_set3_flag=0, constraint_set4_flag=0, constraint_set5_flag=0, AVC_compatible_flags=0, "
@@ -90,7 +90,7 @@ TEST(ADescriptor, OfNetworksBouquetsAndServicesHasItsFields) {
          "service_list: {service: service_id=28106, service_type=0x19 (H.264/AVC HD digital television)} "
          "{service: service_id=28107, service_type=0x02 (digital radio sound)}"},
         {"4702 4142", "bouquet_name: bouquet_name=AB"},
-        {"4805 0c 00 024142", "service: service_type=0x0c (data broadcast), service_provider_name=, service_name=AB"},
+        {"4805 0c 00 024142", "service: service_type=0x0C (data broadcast), service_provider_name=, service_name=AB"},
         {"4904 ff 444555", "country_availability: country_availability_flag=1, country_code=DEU"},
         {"5304 0500 1811", "CA_identifier: CA_system_id=0x0500, CA_system_id=0x1811"},
         {"5b06 646575 02 4142", "multilingual_network_name: {network: ISO_639_language_code=deu, network_name=AB}"},
@@ -117,17 +117,17 @@ TEST(ADescriptor, OfALinkageHasTheFieldsOfItsType) {
             nitWith(bytesOfHex("4a" + hexOf({static_cast<std::uint8_t>(size)}) + "0401 2114 6dca" + content));
         return line(nit.nodes.at(0));
     };
-    EXPECT_EQ(linkage("02 ab"), shown("linkage_type=0x02 (EPG), private_data_byte=ab"));
+    EXPECT_EQ(linkage("02 ab"), shown("linkage_type=0x02 (EPG), private_data_byte=AB"));
     EXPECT_EQ(linkage("08 11 0001"),
               shown("linkage_type=0x08 (mobile hand-over), hand-over_type=1, origin_type=1, network_id=1"));
     EXPECT_EQ(linkage("08 30 0001 0002"),
               shown("linkage_type=0x08 (mobile hand-over), hand-over_type=3, origin_type=0, "
                     "network_id=1, initial_service_id=2"));
-    EXPECT_EQ(linkage("09 06 00015a 02 abcd"), shown("linkage_type=0x09 (SSU), OUI=0x00015a, selector=abcd"));
+    EXPECT_EQ(linkage("09 06 00015a 02 abcd"), shown("linkage_type=0x09 (SSU), OUI=0x00015A, selector=ABCD"));
     EXPECT_EQ(linkage("0d 0007 bf"),
-              shown("linkage_type=0x0d (event), target_event_id=7, target_listed=1, event_simulcast=0"));
+              shown("linkage_type=0x0D (event), target_event_id=7, target_listed=1, event_simulcast=0"));
     EXPECT_EQ(linkage("0e 07 0007 56 0401 6dcb"),
-              shown("linkage_type=0x0e (extended event) {event: target_event_id=7, target_listed=0, event_simulcast=1, "
+              shown("linkage_type=0x0E (extended event) {event: target_event_id=7, target_listed=0, event_simulcast=1, "
                     "link_type=1, target_id_type=1, target_transport_stream_id=1025, "
                     "target_original_network_id=28107}"));
 }
@@ -139,7 +139,7 @@ TEST(ADescriptor, OfAnEventHasItsFields) {
          "extended_event: descriptor_number=0, last_descriptor_number=1, ISO_639_language_code=deu, text=C "
          "{item: item_description=A, item=B}"},
         {"5007 f5 0b 01 646575 41",
-         "component: stream_content_ext=0xf, stream_content=0x5, component_type=0x0b, component_tag=0x01, "
+         "component: stream_content_ext=0xF, stream_content=0x5, component_type=0x0B, component_tag=0x01, "
          "ISO_639_language_code=deu, text=A"},
         {"5402 14 00",
          "content: {content: content_nibble_level_1=0x1 (movie/drama), content_nibble_level_2=0x4, "
@@ -152,7 +152,7 @@ TEST(ADescriptor, OfAnEventHasItsFields) {
 
 TEST(ADescriptor, OfAStreamHasItsFields) {
     expectInNit({
-        {"5201 0b", "stream_identifier: component_tag=0x0b"},
+        {"5201 0b", "stream_identifier: component_tag=0x0B"},
         {"5605 646575 11 50",
          "teletext: {page: ISO_639_language_code=deu, teletext_type=0x02 (subtitles), "
          "teletext_magazine_number=1, teletext_page_number=0x50}"},
@@ -165,32 +165,32 @@ TEST(ADescriptor, OfAStreamHasItsFields) {
          "wrong=ISO_639_language_code is missing, bytes=00060500"},
         {"6a03 c0 42 08", "AC-3: component_type=0x42, bsid=8"},
         {"6a01 00", "AC-3:"},
-        {"7a03 84 c2 01", "enhanced_AC-3: mixinfoexists=0, component_type=0xc2, substream1=1"},
+        {"7a03 84 c2 01", "enhanced_AC-3: mixinfoexists=0, component_type=0xC2, substream1=1"},
         {"7c01 58", "AAC: profile_and_level=0x58"},
         {"7c03 58 80 03", "AAC: profile_and_level=0x58, SAOC_DE_flag=0, AAC_type=0x03"},
         {"7f05 06 85 666175",
          "supplementary_audio: descriptor_tag_extension=0x06, mix_type=1, editorial_classification=1, "
          "ISO_639_language_code=fau"},
-        {"7f02 70 ab", "extension: descriptor_tag_extension=0x70, bytes=ab"},
-        {"7f02 0e ab", "DTS-HD: descriptor_tag_extension=0x0e, bytes=ab"},
+        {"7f02 70 ab", "extension: descriptor_tag_extension=0x70, bytes=AB"},
+        {"7f02 0e ab", "DTS-HD: descriptor_tag_extension=0x0E, bytes=AB"},
     });
 }
 
 TEST(ADescriptor, OfAPrivateTagDependsOnTheSpecifierBeforeIt) {
     expectInNit({
-        {"8304 6dca fc01", " bytes=6dcafc01"},
+        {"8304 6dca fc01", " bytes=6DCAFC01"},
         {"5f04 00000028 8304 6dca fc01",
          "logical_channel: {service: service_id=28106, visible_service_flag=1, logical_channel_number=1}"},
         {"5f04 00000029 8304 6dca 4401",
          "logical_channel: {service: service_id=28106, visible_service_flag=0, logical_channel_number=1025}"},
         {"5f04 0000233a 8304 6dca fc01", "logical_channel: {service: service_id=28106, logical_channel_number=1}"},
-        {"5f04 00000028 5f04 00000031 8304 6dca fc01", " bytes=6dcafc01"},
-        {"5f03 000028 8304 6dca fc01", " bytes=6dcafc01"},
+        {"5f04 00000028 5f04 00000031 8304 6dca fc01", " bytes=6DCAFC01"},
+        {"5f03 000028 8304 6dca fc01", " bytes=6DCAFC01"},
     });
 }
 
 TEST(ADescriptor, ShowsBytesBehindItsLastField) {
-    expectInNit({{"5202 0b ab", "stream_identifier: component_tag=0x0b, additional_bytes=ab"}});
+    expectInNit({{"5202 0b ab", "stream_identifier: component_tag=0x0B, additional_bytes=AB"}});
 }
 
 TEST(ADescriptor, NamesAWrongFieldAndKeepsTheOnesBesideIt) {
@@ -201,7 +201,7 @@ TEST(ADescriptor, NamesAWrongFieldAndKeepsTheOnesBesideIt) {
          "bytes=1901410442"},
         {"440b 0346a000 fff2 03 0069000 f",
          "cable_delivery_system: FEC_outer=2 (RS(204/188)), modulation=0x03 (64-QAM), symbol_rate=6900000, "
-         "FEC_inner=15 (none), wrong=frequency has a digit above 9, bytes=0346a000fff2030069000f"},
+         "FEC_inner=15 (none), wrong=frequency has a digit above 9, bytes=0346A000FFF2030069000F"},
         {"4e0c 01 646575 04 0141 0542 01 43 00",
          "extended_event: descriptor_number=0, last_descriptor_number=1, ISO_639_language_code=deu, text=C, "
          "additional_bytes=00, wrong=item_length is 5, bytes left: 1, bytes=01646575040141054201"

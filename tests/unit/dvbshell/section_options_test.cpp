@@ -49,8 +49,8 @@ TEST(ATree, IsIndentedByDepthWithOneLineForEachDescriptor) {
     si::Node& unknown = service.add("descriptor");
     unknown.hex("tag", 0x99, 2).number("length", 1).bytes("bytes", std::string("\xAB"));
     EXPECT_THAT(dvbshell::treeLines(table.nodes),
-                ElementsAre("service  service_id 5, flags 0x0a", "  service type=1; more  [language eng, text -]",
-                            "  descriptor  tag 0x99, length 1, bytes ab"));
+                ElementsAre("service  service_id 5, flags 0x0A", "  service type=1; more  [language eng, text -]",
+                            "  descriptor  tag 0x99, length 1, bytes AB"));
 }
 
 TEST(ATree, ShortensValuesThatFillTheScreen) {

@@ -264,7 +264,7 @@ TEST_F(AVerb, ReportsInJsonWhatTheSchemaSays) {
     EXPECT_THAT(output.text(),
                 HasSubstr(R"("event":"channel","onid":1,"tsid":1025,"sid":28106,"name":"Velmora One HD")"));
     EXPECT_THAT(output.text(), HasSubstr(R"("onid":65535,"tsid":65535,"sid":65535,"name":"")"));
-    EXPECT_THAT(output.text(), HasSubstr(R"("data":"68656c6c6f")"));
+    EXPECT_THAT(output.text(), HasSubstr(R"("data":"68656C6C6F")"));
 }
 
 TEST_F(AVerb, SaysWhichPmtDoesNotComeOrHasNoCarousel) {

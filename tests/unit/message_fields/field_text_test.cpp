@@ -35,7 +35,7 @@ TEST(AFieldsValue, HasItsNotation) {
     EXPECT_EQ(written("result", std::int64_t{-1}), "-1");
     EXPECT_EQ(written("ca_session", ~std::uint64_t{0}), "18446744073709551615");
     EXPECT_EQ(written("message", Value(std::string("two words"))), "two words");
-    EXPECT_EQ(written("data", Value(std::string("\x01\xFF"))), "01ff");
+    EXPECT_EQ(written("data", Value(std::string("\x01\xFF"))), "01FF");
 }
 
 TEST(AFieldsValue, HasANameWhereThereIsOne) {
