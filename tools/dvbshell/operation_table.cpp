@@ -29,8 +29,10 @@ Parameter parameter(const message_fields::Field& field) {
         return {name, isBytes ? Parameter::Kind::hexBytes : Parameter::Kind::text};
     } else {
         using Limits = std::numeric_limits<Argument>;
+        const bool isEnumeration = field.form->json == message_fields::JsonType::text;
         return {name, Parameter::Kind::number, static_cast<std::int64_t>(Limits::min()),
-                static_cast<std::uint64_t>(Limits::max())};
+                static_cast<std::uint64_t>(Limits::max()),
+                isEnumeration ? field.form->names : message_fields::List<message_fields::NamedValue>()};
     }
 }
 
@@ -112,7 +114,7 @@ const std::vector<Operation> kTable = {
     row("tune-component", "tuneToComponent", &Api::tuneToComponent,
         "present one component (meanings chosen by the reference service)"),
     row("select", "selectComponent", &Api::selectComponent,
-        "present components of a type: 0 video, 1 audio, 2 subtitle"),
+        "present components of a type: video, audio or subtitle"),
     row("unselect", "unselectComponent", &Api::unselectComponent, "stop presenting components of a type"),
     row("audio-source", "setAudioSource", &Api::setAudioSource, "change the audio source, and wait for the answer"),
     {"listen", "addListener", {}, "be told of events, as from the start", listen},

@@ -17,6 +17,12 @@ bool parseWhole(const std::string& word, Number& number) {
 }
 
 bool parseNumber(const Parameter& parameter, const std::string& word, std::uint64_t& number) {
+    for (const message_fields::NamedValue& named : parameter.names) {
+        if (word == named.name) {
+            number = static_cast<std::uint64_t>(named.value);
+            return true;
+        }
+    }
     if (!word.empty() && word[0] == '-') {
         std::int64_t negative = 0;
         const bool good = parseWhole(word, negative) && negative >= parameter.least;
@@ -26,15 +32,17 @@ bool parseNumber(const Parameter& parameter, const std::string& word, std::uint6
     return parseWhole(word, number) && number <= parameter.most;
 }
 
-std::string allowed(const Parameter& parameter) {
-    switch (parameter.kind) {
-        case Parameter::Kind::number:
-            return "a number from " + std::to_string(parameter.least) + " to " + std::to_string(parameter.most);
-        case Parameter::Kind::hexBytes:
-            return "bytes in hexadecimal";
-        default:
-            return "a text";
+/// "not a number from 0 to 255", "neither video, audio, subtitle nor a number from 0 to 255"
+std::string notAllowed(const Parameter& parameter) {
+    if (parameter.kind == Parameter::Kind::hexBytes) {
+        return "not bytes in hexadecimal";
     }
+    std::string names;
+    for (const message_fields::NamedValue& named : parameter.names) {
+        names += (names.empty() ? "neither " : ", ") + std::string(named.name);
+    }
+    return (names.empty() ? "not" : names + " nor") + " a number from " + std::to_string(parameter.least) + " to " +
+           std::to_string(parameter.most);
 }
 
 bool parseValue(const Parameter& parameter, const std::string& word, Value& value) {
@@ -79,8 +87,8 @@ bool parseValues(const Operation& operation, const std::vector<std::string>& wor
         const Parameter& parameter = operation.parameters[index];
         values.emplace_back();
         if (!parseValue(parameter, words[index], values.back())) {
-            error = std::string(operation.name) + ": " + parameter.name + ": \"" + words[index] + "\" is not " +
-                    allowed(parameter);
+            error = std::string(operation.name) + ": " + parameter.name + ": \"" + words[index] + "\" is " +
+                    notAllowed(parameter);
             return false;
         }
     }

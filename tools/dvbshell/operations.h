@@ -19,13 +19,14 @@ namespace dvbshell {
 
 class AitLink;
 
-/// The valid values of an argument: a number between two bounds, any text, or bytes in hexadecimal.
+/// The valid values of an argument: a number between two bounds or one of its names, any text, or bytes in hexadecimal.
 struct Parameter {
     enum class Kind { number, text, hexBytes };
     std::string name;  ///< the field's name in capitals
     Kind kind = Kind::number;
     std::int64_t least = 0;
     std::uint64_t most = 0;
+    message_fields::List<message_fields::NamedValue> names{};  ///< of an enumeration
 };
 
 /// A parsed argument. `number` holds negative numbers too, in two's complement.

@@ -17,9 +17,9 @@ struct Example {
 };
 constexpr Example kExamples[] = {{"tune-numbers", "tune-numbers 12 1 1025 28106 0"},
                                  {"tune-dsd", "tune-dsd 5a0b02faf08019112d8fffffff 28106 0"},
-                                 {"tune-component", "tune-component 1 257 0"},
-                                 {"select", "select 2"},
-                                 {"unselect", "unselect 2"},
+                                 {"tune-component", "tune-component audio 257 0"},
+                                 {"select", "select subtitle"},
+                                 {"unselect", "unselect subtitle"},
                                  {"audio-source", "audio-source \"TV\""},
                                  {"pts", "pts 0"},
                                  {"temi-start", "temi-start 1 0 0"},
@@ -113,11 +113,19 @@ int runOperation(Session& session, const Operation& operation, const Values& val
     return result;
 }
 
+command_line::Completion completionOf(const Parameter& parameter) {
+    std::vector<std::string> names;
+    for (const message_fields::NamedValue& named : parameter.names) {
+        names.emplace_back(named.name);
+    }
+    return names.empty() ? command_line::Completion() : command_line::oneOf(names);
+}
+
 Verb verbOf(const Operation& operation) {
     Verb verb;
     verb.description.name = operation.name;
     for (const Parameter& parameter : operation.parameters) {
-        verb.description.arguments.push_back({parameter.name, {}});
+        verb.description.arguments.push_back({parameter.name, completionOf(parameter)});
     }
     verb.description.help = operation.help;
     verb.description.text = std::string("This is the interface's ") + operation.slot +

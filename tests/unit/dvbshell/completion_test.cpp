@@ -36,6 +36,12 @@ TEST(Completion, OffersChannels) {
     EXPECT_THAT(completions("pts "), IsEmpty());
 }
 
+TEST(Completion, OffersTheNamesOfAnEnumeration) {
+    EXPECT_THAT(completions("select "), ElementsAre("audio", "subtitle", "video"));
+    EXPECT_THAT(completions("tune-component v"), ElementsAre("video"));
+    EXPECT_THAT(completions("osd-start "), IsEmpty());
+}
+
 TEST(Completion, OffersCommandsToHelp) {
     EXPECT_THAT(completions("help tune-d"), ElementsAre("tune-dsd"));
 }

@@ -119,9 +119,18 @@ TEST(AnArgument, IsTakenAtTheEndsOfItsRange) {
     EXPECT_EQ(valuesOf("audio-source \"\"")[0].text, "");
 }
 
+TEST(AnArgument, MayBeTheNameOfAnEnumerationsValue) {
+    EXPECT_EQ(valuesOf("select subtitle")[0].as<int>(), 2);
+    EXPECT_EQ(valuesOf("unselect video")[0].as<int>(), 0);
+    EXPECT_EQ(valuesOf("tune-component audio 257 0")[0].as<int>(), 1);
+    EXPECT_EQ(valuesOf("tune-numbers ID_DVB_SI_DIRECT 1 1025 28106 0")[0].as<int>(), 13);
+}
+
 TEST(AnArgument, IsNamedInAnErrorWithItsValidValues) {
-    EXPECT_EQ(errorOf("select 2147483648"),
-              "select: COMPONENT_TYPE: \"2147483648\" is not a number from -2147483648 to 2147483647");
+    const std::string types = "\" is neither video, audio, subtitle nor a number from -2147483648 to 2147483647";
+    EXPECT_EQ(errorOf("select 2147483648"), "select: COMPONENT_TYPE: \"2147483648" + types);
+    EXPECT_EQ(errorOf("unselect Video"), "unselect: COMPONENT_TYPE: \"Video" + types);
+    EXPECT_EQ(errorOf("osd-start none"), "osd-start: LAYER: \"none\" is not a number from 0 to 4294967295");
     EXPECT_EQ(errorOf("pts -1"), "pts: PTS_REQUEST: \"-1\" is not a number from 0 to 4294967295");
     EXPECT_EQ(errorOf("pts 1x"), "pts: PTS_REQUEST: \"1x\" is not a number from 0 to 4294967295");
     EXPECT_EQ(errorOf("ca-disconnect 65536"), "ca-disconnect: SLOT: \"65536\" is not a number from 0 to 65535");
