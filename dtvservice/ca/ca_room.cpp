@@ -36,9 +36,9 @@ json listOf(const std::list<DrmMessage>& messages) {
             break;
         }
         list.push_back({{"browser", message.browser},
-                        {"session", message.session},
+                        {"ca_session", message.session},
                         {"ca_system_id", message.caSystemId},
-                        {"type", beginningOf(message.type)},
+                        {"message_type", beginningOf(message.type)},
                         {"message", beginningOf(message.text)},
                         {"length", message.text.size()}});
     }
@@ -103,9 +103,9 @@ json CaRoom::setSlot(unsigned short slot, bool inserted) {
 
 /// Answers the oldest message of a session.
 json CaRoom::reply(const json& request) {
-    const auto session = getNumber<std::uint64_t>(request, "session");
+    const auto session = getNumber<std::uint64_t>(request, "ca_session");
     const auto code = getNumber<std::uint8_t>(request, "code");
-    const std::string text = request.contains("text") ? get<std::string>(request, "text") : std::string();
+    const std::string text = request.contains("message") ? get<std::string>(request, "message") : std::string();
     const std::optional<DrmMessage> message = messages.take(session);
     if (!message) {
         throw std::invalid_argument("no message of session " + std::to_string(session) + " waits for an answer");

@@ -28,7 +28,7 @@ json described(const Multiplex& multiplex, std::size_t number) {
                   {"source", report.source()},
                   {"state", report.stateName()},
                   {"reason", report.reason()},
-                  {"services", multiplex.si.channels().size()},
+                  {"service_count", multiplex.si.channels().size()},
                   {"skipped_bytes", report.counts.skippedBytes.load()},
                   {"dropped_packets", report.counts.droppedPackets.load()},
                   {"rtp_packets_lost", report.counts.rtpLost.load()},

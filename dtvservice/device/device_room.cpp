@@ -26,7 +26,7 @@ void DeviceRoom::cmdVodGetMaxdomeSecureSerialNumber(Browser asker, const std::st
 }
 
 json DeviceRoom::setEngine(const json& request) {
-    const auto status = getNumber<std::int32_t>(request, "status");
+    const auto status = getNumber<std::int32_t>(request, "engine_status");
     core.browsers.tell(core.browsers.all(), &Events::onHbbtvEngineStatusChanged, status);
     return json::object();
 }

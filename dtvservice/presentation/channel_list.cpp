@@ -17,7 +17,6 @@ json described(const Channel& channel) {
             {"tsid", channel.transportStreamId},
             {"sid", channel.serviceId},
             {"name", channel.name},
-            {"input", json()},
             {"pmt", false},
             {"hbbtv", false},
             {"presented", false}};

@@ -202,7 +202,7 @@ json PresentationRoom::tuneAsOperated(const json& request) {
 json PresentationRoom::describe(const json&) {
     const Channel* const channel = core.presented();
     if (channel == nullptr) {
-        return {{"presented_service", json()}};
+        return json::object();
     }
     return {{"presented_service",
              {{"onid", channel->networkId()},

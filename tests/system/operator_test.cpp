@@ -54,6 +54,8 @@ TEST_F(AnInputsState, IsSilentWithoutDatagrams) {
     const ServiceProcess process("udp://127.0.0.1:" + std::to_string(freePort()));
     EXPECT_THAT(reasonOnceItIs("silent"), testing::MatchesRegex("silent for [0-9]+ s"));
     EXPECT_TRUE(eventually([&] { return process.log().find(": silent for 2 s") != std::string::npos; }));
+    EXPECT_FALSE(answerTo("status").contains("presented_service"));
+    EXPECT_EQ(answerTo("status")["inputs"][0]["service_count"], 0);
     EXPECT_THAT(operated({"channels"}).second,
                 testing::ContainsRegex("no services\n  input 1 .*: silent for [0-9]+ s"));
 }
@@ -135,6 +137,18 @@ TEST_F(TheOperator, GetsAnExitCodeForEachKindOfFailure) {
     EXPECT_EQ(operated({"tune", "1:1025"}).first, kUsageError);
     EXPECT_EQ(operated({"sing"}).first, kUsageError);
     EXPECT_EQ(shell("run $DTVSERVICED --bitrate 5G --input $SAMPLE"), kUsageError);
+}
+
+TEST_F(TheOperator, HasARefusalPrintedAsJson) {
+    const ServiceProcess process;
+    const auto [code, output] = operated({"--json", "tune", "1:1025:1"});
+    EXPECT_EQ(code, kRefused);
+    const std::string error = "no service 1:1025:1 in the channel list";
+    EXPECT_THAT(output, testing::EndsWith("\ndtvctl: " + error + "\n"));
+    const json answer = json::parse(jsonLines(output), nullptr, false);
+    ASSERT_TRUE(answer.is_object()) << output;
+    EXPECT_EQ(answer.value("ok", true), false);
+    EXPECT_EQ(answer.value("error", ""), error);
 }
 
 TEST_F(TheOperator, WatchesUntilTheServiceGoes) {

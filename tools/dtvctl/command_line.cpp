@@ -41,12 +41,12 @@ std::vector<VerbGroup> verbs() {
           {"ca insert", {{"SLOT"}}, "a CA module comes", "", "dtvctl ca insert 0"},
           {"ca remove", {{"SLOT"}}, "a CA module goes", "", "dtvctl ca remove 0"},
           {"ca reply",
-           {{"SESSION"}, {"CODE"}, {"[TEXT]"}},
+           {{"CA_SESSION"}, {"CODE"}, {"[MESSAGE]"}},
            "answers a browser's message to the CA system",
            "\"dtvctl status\" lists the messages that wait, with their sessions. The oldest one of the session gets "
            "the reply.",
            "dtvctl ca reply 1 0 \"<answer/>\""},
-          {"engine", {{"STATUS"}}, "tells browsers the HbbTV engine's status", "", "dtvctl engine 1"},
+          {"engine", {{"ENGINE_STATUS"}}, "tells browsers the HbbTV engine's status", "", "dtvctl engine 1"},
           {"stop-terminals", {}, "tells browsers that all terminals have stopped", "", "dtvctl stop-terminals"}}}};
 }
 
@@ -58,7 +58,9 @@ Program described() {
     program.description =
         "Connects to the dtvserviced that runs in the same run directory, sends one command and prints the answer.";
     program.verbs = verbs();
-    program.options = {{"json", "", "print the answer as a JSON object on one line; watch: an object for each change"}};
+    program.options = {
+        {"json", "",
+         "print the answer, or the refusal, as a JSON object on one line; watch: an object for each change"}};
     program.exitStatuses = {{"0", "the service has done it"},
                             {"1", "the service refused; the error says why"},
                             {"2", "wrong command line"},

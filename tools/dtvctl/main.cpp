@@ -63,10 +63,11 @@ json osdRequest(const Words& operands) {
 }
 
 json caReplyRequest(const Words& operands) {
-    json request = {
-        {"command", "ca-reply"}, {"session", number("SESSION", operands[0])}, {"code", number("CODE", operands[1])}};
+    json request = {{"command", "ca-reply"},
+                    {"ca_session", number("CA_SESSION", operands[0])},
+                    {"code", number("CODE", operands[1])}};
     if (operands.size() == 3) {
-        request["text"] = operands[2];
+        request["message"] = operands[2];
     }
     return request;
 }
@@ -86,7 +87,7 @@ json requestOf(const command_line::Verb& verb, const Words& operands) {
          }},
         {"ca reply", caReplyRequest},
         {"engine", [](const Words& words) {
-             return json{{"command", "engine"}, {"status", number("STATUS", words[0])}};
+             return json{{"command", "engine"}, {"engine_status", number("ENGINE_STATUS", words[0])}};
          }}};
     const auto found = kRequests.find(verb.name);
     return found == kRequests.end() ? json{{"command", verb.name}} : found->second(operands);
@@ -98,6 +99,16 @@ void print(const json& answer, const std::string& command) {
                              : command == "statistics" ? dtvctl::statisticsText(answer)
                                                        : dtvctl::valuesText(answer);
     std::fputs(text.c_str(), stdout);
+}
+
+/// The answer. A refusal is printed too.
+json askForJson(dtvctl::ServiceClient& client, const json& request) {
+    try {
+        return client.ask(request);
+    } catch (const dtvctl::Refused& error) {
+        dtvctl::printJson({{"ok", false}, {"error", error.what()}});
+        throw;
+    }
 }
 
 int run(int argc, char** argv) {
@@ -113,11 +124,10 @@ int run(int argc, char** argv) {
         dtvctl::watch(client, asJson);
         return 0;
     }
-    const json answer = client.ask(request);
     if (asJson) {
-        std::printf("%s\n", dtvctl::safeJson(answer).c_str());
+        dtvctl::printJson(askForJson(client, request));
     } else {
-        print(answer, arguments.verb->name);
+        print(client.ask(request), arguments.verb->name);
     }
     return 0;
 }

@@ -39,8 +39,8 @@ std::string listText(const json& list) {
 std::string messageText(const json& message) {
     char system[8];
     std::snprintf(system, sizeof system, "0x%04X", message.at("ca_system_id").get<unsigned int>());
-    return "browser " + shown(message.at("browser")) + ", session " + shown(message.at("session")) + ", CA system " +
-           system + ", " + shown(message.at("type")) + ", " + shown(message.at("length")) + " bytes: \"" +
+    return "browser " + shown(message.at("browser")) + ", session " + shown(message.at("ca_session")) + ", CA system " +
+           system + ", " + shown(message.at("message_type")) + ", " + shown(message.at("length")) + " bytes: \"" +
            shown(message.at("message")) + "\"";
 }
 
@@ -55,6 +55,11 @@ std::string serviceText(const json& service) {
     return tripletText(service) + (name.empty() ? "" : " " + name);
 }
 
+std::string presentedText(const json& object) {
+    const auto service = object.find("presented_service");
+    return service == object.end() ? "none" : serviceText(*service);
+}
+
 std::string inputText(const json& input) {
     std::string text =
         "input " + shown(input.at("input")) + " (" + shown(input.at("source")) + "): " + shown(input.at("reason"));
@@ -63,8 +68,8 @@ std::string inputText(const json& input) {
         std::snprintf(rate, sizeof rate, ", %.2f Mbit/s", input.at("bit_rate").get<double>() / 1e6);
         text += rate;
     }
-    if (input.at("services") != 0) {
-        text += ", " + shown(input.at("services")) + (input.at("services") == 1 ? " service" : " services");
+    if (input.at("service_count") != 0) {
+        text += ", " + shown(input.at("service_count")) + (input.at("service_count") == 1 ? " service" : " services");
     }
     return text;
 }
@@ -72,9 +77,8 @@ std::string inputText(const json& input) {
 std::string channelsText(const json& answer) {
     std::string text;
     for (const json& channel : answer.at("channels")) {
-        const json& input = channel.at("input");
         text += (channel.at("presented").get<bool>() ? "* " : "  ") + padded(tripletText(channel), 20) + "  " +
-                (input.is_null() ? "no input" : "input " + shown(input)) + "  " +
+                (channel.contains("input") ? "input " + shown(channel.at("input")) : "no input") + "  " +
                 (channel.at("pmt").get<bool>() ? "pmt  " : "nopmt") + "  " +
                 (channel.at("hbbtv").get<bool>() ? "hbbtv   " : "no-hbbtv") + "  " + shown(channel.at("name")) + "\n";
     }
@@ -88,8 +92,7 @@ std::string channelsText(const json& answer) {
 }
 
 std::string statusText(const json& answer) {
-    const json& service = answer.at("presented_service");
-    std::string text = row("presented", service.is_null() ? "none" : serviceText(service));
+    std::string text = row("presented", presentedText(answer));
     text += row("browsers", listText(answer.at("browsers")));
     text += row("filters", shown(answer.at("filters")));
     text += row("queue drops", shown(answer.at("queue_drops")));

@@ -23,6 +23,8 @@ std::string valuesText(const nlohmann::json& answer);
 std::string tripletText(const nlohmann::json& service);
 /// The triplet and the name of a service.
 std::string serviceText(const nlohmann::json& service);
+/// The presented service of an answer or a change, or "none".
+std::string presentedText(const nlohmann::json& object);
 /// "input 1 (FILE): playing, 4.98 Mbit/s, 4 services"
 std::string inputText(const nlohmann::json& input);
 

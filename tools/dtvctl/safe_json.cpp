@@ -1,6 +1,8 @@
 // Escapes what the JSON library leaves as it is.
 #include "safe_json.h"
 
+#include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
@@ -14,6 +16,13 @@ struct Escaped {
     std::size_t size = 0;  // bytes of the character; 0 if it stays
     unsigned int code = 0;
 };
+
+/// Seconds since the epoch, to the millisecond.
+double epochSeconds() {
+    constexpr double kMilliseconds = 1000;
+    const std::chrono::duration<double> now = std::chrono::system_clock::now().time_since_epoch();
+    return std::round(now.count() * kMilliseconds) / kMilliseconds;
+}
 
 unsigned int byteAt(const std::string& text, std::size_t at) {
     return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U;
@@ -53,6 +62,11 @@ std::string safeJson(const json& value) {
         at += escaped.size;
     }
     return safe;
+}
+
+void printJson(json object) {
+    object["time"] = epochSeconds();
+    std::printf("%s\n", safeJson(object).c_str());
 }
 
 }  // namespace dtvctl

@@ -22,9 +22,9 @@ constexpr const char* kErrors[] = {"continuity_errors",   "transport_errors",   
 /// Numbers and lists that are compared as a whole.
 constexpr const char* kValues[] = {"filters", "queue_drops", "osd_layers", "ca_slots", "drm_waiting"};
 
-/// The value; null if there is no earlier answer.
+/// The value; null if there is no earlier answer, or it has none.
 json valueOf(const json& object, const char* key) {
-    return object.is_null() ? json() : object.at(key);
+    return object.is_null() ? json() : object.value(key, json());
 }
 
 bool isNothing(const json& value) {
@@ -43,14 +43,14 @@ void addBrowsers(const json& before, const json& after, const char* event, std::
 /// and the reason of a failure.
 bool isSameState(const json& before, const json& after) {
     return !before.is_null() && before.at("state") == after.at("state") &&
-           before.at("services") == after.at("services") &&
+           before.at("service_count") == after.at("service_count") &&
            (after.at("state") != "failed" || before.at("reason") == after.at("reason"));
 }
 
 void addInput(const json& before, const json& after, std::vector<json>& changes) {
     if (!isSameState(before, after)) {
         json change = {{"event", "input"}};
-        for (const char* const key : {"input", "source", "state", "reason", "bit_rate", "services"}) {
+        for (const char* const key : {"input", "source", "state", "reason", "bit_rate", "service_count"}) {
             change[key] = after.at(key);
         }
         changes.push_back(std::move(change));
@@ -67,8 +67,8 @@ void addInput(const json& before, const json& after, std::vector<json>& changes)
     }
 }
 
-std::string timeText(std::chrono::system_clock::time_point time) {
-    const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+std::string timeText() {
+    const std::time_t seconds = std::time(nullptr);
     std::tm local{};
     localtime_r(&seconds, &local);
     char text[16];
@@ -77,12 +77,10 @@ std::string timeText(std::chrono::system_clock::time_point time) {
 }
 
 void print(json change, bool asJson) {
-    const auto now = std::chrono::system_clock::now();
     if (asJson) {
-        change["time"] = std::chrono::duration<double>(now.time_since_epoch()).count();
-        std::printf("%s\n", safeJson(change).c_str());
+        printJson(std::move(change));
     } else {
-        std::printf("%s %s\n", timeText(now).c_str(), changeText(change).c_str());
+        std::printf("%s %s\n", timeText().c_str(), changeText(change).c_str());
     }
 }
 
@@ -90,8 +88,12 @@ void print(json change, bool asJson) {
 
 std::vector<json> changesBetween(const json& before, const json& after) {
     std::vector<json> changes;
-    if (before.is_null() || before.at("presented_service") != after.at("presented_service")) {
-        changes.push_back({{"event", "presented_service"}, {"presented_service", after.at("presented_service")}});
+    if (before.is_null() || valueOf(before, "presented_service") != valueOf(after, "presented_service")) {
+        json change = {{"event", "presented_service"}};
+        if (after.contains("presented_service")) {
+            change["presented_service"] = after["presented_service"];
+        }
+        changes.push_back(std::move(change));
     }
     const json& inputs = after.at("inputs");
     const json earlier = before.is_null() ? json::array() : before.at("inputs");
@@ -113,8 +115,7 @@ std::vector<json> changesBetween(const json& before, const json& after) {
 std::string changeText(const json& change) {
     const auto event = change.at("event").get<std::string>();
     if (event == "presented_service") {
-        const json& service = change.at("presented_service");
-        return service.is_null() ? "presented: none" : "presented: " + serviceText(service);
+        return "presented: " + presentedText(change);
     }
     if (event == "input") {
         return inputText(change);

@@ -40,13 +40,24 @@ TEST(TheChannelsText, SaysWhyThereAreNone) {
     EXPECT_EQ(dtvctl::channelsText(answer), "no services\n  input 1 (udp://:5000): silent for 3 s\n");
 }
 
+TEST(TheChannelsText, NamesTheInputOrSaysThatThereIsNone) {
+    json carried = aService();
+    carried.update({{"pmt", true}, {"hbbtv", true}, {"presented", true}});
+    json other = carried;
+    other.update({{"sid", 40}, {"presented", false}, {"pmt", false}, {"hbbtv", false}, {"name", "Elsewhere"}});
+    other.erase("input");
+    EXPECT_EQ(dtvctl::channelsText({{"channels", {carried, other}}}),
+              "* 1:1025:28106          input 1  pmt    hbbtv     Velmora One HD\n"
+              "  1:1025:40             no input  nopmt  no-hbbtv  Elsewhere\n");
+}
+
 TEST(TheStatusText, NamesWhatIsPresentedAndWhoIsConnected) {
     json answer = aStatus();
     answer["presented_service"] = aService();
     answer["browsers"] = {1, 4};
     answer["inputs"][0]["reason"] = "playing";
     answer["inputs"][0]["bit_rate"] = 4981234;
-    answer["inputs"][0]["services"] = 1;
+    answer["inputs"][0]["service_count"] = 1;
     EXPECT_EQ(dtvctl::statusText(answer),
               "presented    1:1025:28106 Velmora One HD\n"
               "browsers     1, 4\n"

@@ -62,6 +62,14 @@ TEST(AWatch, TellsAnotherReasonOfAFailure) {
     EXPECT_THAT(textsBetween(before, after), testing::ElementsAre("input 1 (udp://:5000): x.ts is empty"));
 }
 
+TEST(AWatch, LeavesOutAServiceThatIsNotPresented) {
+    json before = aStatus();
+    before["presented_service"] = aService();
+    EXPECT_THAT(dtvctl::changesBetween(before, aStatus()),
+                testing::ElementsAre(json({{"event", "presented_service"}})));
+    EXPECT_THAT(textsBetween(before, aStatus()), testing::ElementsAre("presented: none"));
+}
+
 TEST(AWatch, GivesChangesAsObjects) {
     json after = aStatus();
     after["inputs"][0]["skipped_bytes"] = 9;
