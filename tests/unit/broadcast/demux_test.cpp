@@ -119,7 +119,7 @@ TEST_F(ADemux, KeepsTheErrorsOfSectionsThatNobodyReadsAnyMore) {
     for (const Packet& packet : maker.packets({sectionOf(60), wrong})) {
         feed(packet);
     }
-    const auto expectCounts = [this](const PidCounts& counts) {
+    const auto expectCounts = [](const PidCounts& counts) {
         EXPECT_EQ(counts.sections, 1U);
         EXPECT_EQ(counts.crcErrors, 1U);
     };
