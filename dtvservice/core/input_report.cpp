@@ -19,6 +19,12 @@ std::string secondsOf(Clock::duration duration) {
     return std::to_string(std::chrono::duration_cast<std::chrono::seconds>(duration).count()) + " s";
 }
 
+/// Keeps the count that is now; true if it was another one.
+bool hasChanged(std::uint64_t& kept, std::uint64_t count) {
+    const std::uint64_t before = std::exchange(kept, count);
+    return before != count;
+}
+
 }  // namespace
 
 void InputReport::opened(Clock::time_point now) {
@@ -33,16 +39,16 @@ void InputReport::look(const broadcast::Demux& demux, Clock::time_point now) {
     if (state_ == State::ended || state_ == State::failed) {
         return;
     }
-    if (std::exchange(bytes, counts.bytes.load()) != bytes) {
+    if (hasChanged(bytes, counts.bytes.load())) {
         lastBytes = now;
     }
-    if (std::exchange(packets, demux.packets()) != packets) {
+    if (hasChanged(packets, demux.packets())) {
         lastPackets = now;
         lastBytes = now;
         lastPat = hasPackets ? lastPat : now;
         hasPackets = true;
     }
-    if (std::exchange(pats, demux.countsOf(kPatPid).sections) != pats) {
+    if (hasChanged(pats, demux.countsOf(kPatPid).sections)) {
         lastPat = now;
         hasPat = true;
     }
