@@ -10,6 +10,8 @@ namespace {
 constexpr std::uint64_t kPacketBits = broadcast::kPacketSize * 8;
 /// No real stream is faster. PCRs that give a higher rate are damaged.
 constexpr std::uint64_t kMostPerSecond = 100 * Pacer::kDefaultBitRate / kPacketBits;
+/// PCRs of a time base are no further apart.
+constexpr std::chrono::seconds kLongestStep{1};
 /// The number of time bases to remember. More than a few are damaged PCRs.
 constexpr std::size_t kMostBases = 4;
 
@@ -99,9 +101,11 @@ void Pacer::measureRate(const TimeBase& base, std::uint64_t passed) {
     packetTime = timeOf(passed / packets);
 }
 
-/// When the packet is due by the packets since the last due time and their rate.
+/// When the packet is due by the packets since the last due time and their rate. A damaged PCR right behind a good one
+/// gives a rate of one packet in almost a second, hence the limit.
 Pacer::Clock::time_point Pacer::afterPackets() const {
-    return *dueNow + packetTime * static_cast<std::int64_t>(packetNumber - packetsAtDueNow);
+    const auto taken = packetTime * static_cast<std::int64_t>(packetNumber - packetsAtDueNow);
+    return *dueNow + std::min<std::chrono::nanoseconds>(taken, kLongestStep);
 }
 
 void Pacer::advanceTo(Clock::time_point time) {

@@ -6,7 +6,7 @@
 //  2. A PCR belongs to the time base that it continues by at most a second. If several fit, it is the one that it
 //     continues by the least. So two time bases may alternate on one PID.
 //  3. A PCR that continues none starts a new time base. Its packet is due after the time that the packets before it
-//     took at the latest measured rate, but not before the present.
+//     took at the latest measured rate, at most a second, but not before the present.
 //  4. If no PCR arrives for about a second's worth of packets, packets are due at the given bit rate.
 //
 // Threads: one.

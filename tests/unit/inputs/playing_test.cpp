@@ -309,6 +309,25 @@ TEST(APacer, PlaysOverADamagedPcr) {
     EXPECT_NEAR(static_cast<double>(timeToPlay(pcrs).count()), 4000, kSlack);
 }
 
+TEST(APacer, LosesNoMoreThanTwoSecondsByADamagedPcrRightBehindAGoodOne) {
+    dtvservice::Pacer pacer;
+    const Clock::time_point begin{};
+    Clock::time_point now = begin;
+    const Packet other = PacketMaker(300).packet({}, false);
+    for (std::uint64_t time = 0; time < 2000 * kMillisecond; time += 40 * kMillisecond) {
+        const Packet good = withPcr(100, time);
+        now = pacer.due(broadcast::TsPacket{good.data()}, now);
+        if (time == 1000 * kMillisecond) {
+            const Packet damaged = withPcr(100, time + 900 * kMillisecond);
+            now = pacer.due(broadcast::TsPacket{damaged.data()}, now);
+        }
+        for (int count = 1; count < 100; ++count) {
+            now = pacer.due(broadcast::TsPacket{other.data()}, now);
+        }
+    }
+    EXPECT_LE(now - begin, std::chrono::seconds(4));
+}
+
 TEST(APacer, UsesTheGivenRateWithoutPcr) {
     constexpr std::uint64_t kBitRate = 1504000;  // 1000 packets a second
     dtvservice::Pacer pacer(kBitRate);
