@@ -27,12 +27,13 @@ void InputWatch::lookAt(Multiplex& multiplex, std::size_t number, EventLoop::Clo
     multiplex.demux.measureRates(now);
     multiplex.report.look(multiplex.demux, now);
     const std::string name = "input " + std::to_string(number);
-    tellState(watched[number - 1], multiplex, name);
+    tellState(watched[number - 1], multiplex, name, now);
     tellErrors(watched[number - 1], multiplex, name, now);
 }
 
 /// A failure and the end are logged by the input itself.
-void InputWatch::tellState(Watched& before, const Multiplex& multiplex, const std::string& name) {
+void InputWatch::tellState(Watched& before, const Multiplex& multiplex, const std::string& name,
+                           EventLoop::Clock::time_point now) {
     using State = InputReport::State;
     const InputReport& report = multiplex.report;
     // The first measurement is of less than a second.
@@ -48,11 +49,13 @@ void InputWatch::tellState(Watched& before, const Multiplex& multiplex, const st
     }
     before.state = report.state();
     if (report.state() == State::silent || report.state() == State::noPackets || report.state() == State::noPat) {
-        if (const auto line = before.messages.tell(report.stateName(), report.reason(), 1)) {
+        if (const auto line = before.messages.tell(report.stateName(), report.reason(), 1, now)) {
             BLOG_TAGGED(blog::kUnsupported, "%s, %s: %s\n", name.c_str(), report.source().c_str(), line->c_str());
         }
     } else if (report.state() == State::playing) {
-        BLOG_TAGGED(blog::kOrdinary, "%s, %s: playing\n", name.c_str(), report.source().c_str());
+        if (const auto line = before.messages.tell(report.stateName(), report.reason(), 1, now)) {
+            BLOG_TAGGED(blog::kOrdinary, "%s, %s: %s\n", name.c_str(), report.source().c_str(), line->c_str());
+        }
     }
 }
 

@@ -36,7 +36,8 @@ private:
     };
 
     void lookAt(Multiplex& multiplex, std::size_t number, EventLoop::Clock::time_point now);
-    void tellState(Watched& before, const Multiplex& multiplex, const std::string& name);
+    void tellState(Watched& before, const Multiplex& multiplex, const std::string& name,
+                   EventLoop::Clock::time_point now);
     void tellErrors(Watched& before, const Multiplex& multiplex, const std::string& name,
                     EventLoop::Clock::time_point now);
 

@@ -1,5 +1,6 @@
 // RepeatedMessages: keeps a message that comes again and again from filling the log. It is told at once the first time,
-// then with the number of its repetitions: after 10 seconds, and after pauses that double up to an hour.
+// then with the number of its repetitions: after 10 seconds, and after pauses that double up to an hour. Repetitions
+// that have not been told when the message is new again, or forgotten, are told then.
 // Threads: one.
 // Blocks:  never.
 // Fails:   never.
@@ -37,6 +38,8 @@ private:
         std::chrono::nanoseconds pause;
         std::uint64_t untold;
     };
+
+    std::uint64_t forgetAll();
 
     std::map<std::string, Entry> entries;  // by subject
 };

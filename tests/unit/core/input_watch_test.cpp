@@ -25,6 +25,15 @@ protected:
                                                                       static_cast<std::uint8_t>(0x10U | counter)};
         multiplex.demux.feed(broadcast::TsPacket{packet.data()}, now);
     }
+    void feedPat(unsigned int counter) {
+        std::array<std::uint8_t, broadcast::kPacketSize> packet{};
+        packet.fill(0xFF);
+        const std::uint8_t begin[] = {0x47, 0x40, 0x00, 0x10, 0x00, 0x00, 0xB0, 0x0D, 0x00, 0x01, 0xC1,
+                                      0x00, 0x00, 0x00, 0x01, 0xE0, 0x20, 0xA2, 0xC3, 0x29, 0x41};
+        std::copy(std::begin(begin), std::end(begin), packet.begin());
+        packet[3] = static_cast<std::uint8_t>(0x10U | (counter & 0x0FU));
+        multiplex.demux.feed(broadcast::TsPacket{packet.data()}, now);
+    }
     static testing::Matcher<recording::LogLine> warning(const std::string& function, const std::string& text) {
         return logged::tagged(blog::kUnsupported, "DtvService", "input_watch.cpp", function, text + "\n");
     }
@@ -68,4 +77,21 @@ TEST_F(AWatchOfInputs, CountsErrorsThatRepeat) {
                                             "tellErrors: input 1: continuity errors: 2 so far\n",
                                             "tellState: input 1, udp://:5000: no PAT after 2 s\n",
                                             "tellErrors: input 1: continuity errors: 22 so far (repeated 20 times)\n"));
+}
+
+TEST_F(AWatchOfInputs, CountsThePausesOfAnInputThatComesAndGoes) {
+    for (unsigned int round = 0; round < 10; ++round) {
+        feedPat(round);
+        for (int second = 0; second < 3; ++second) {
+            lookAfterASecond();
+        }
+    }
+    std::vector<std::string> lines;
+    for (const recording::LogLine& line : logged::withoutTraces()) {
+        lines.push_back(line.message);
+    }
+    const std::string input = "input 1, udp://:5000: ";
+    EXPECT_THAT(lines, testing::ElementsAre(input + "playing\n", input + "silent for 2 s\n",
+                                            input + "playing (repeated 4 times)\n",
+                                            input + "silent for 2 s (repeated 4 times)\n"));
 }

@@ -43,8 +43,14 @@ TEST_F(ARepeatedMessage, DelaysNoOther) {
 
 TEST_F(ARepeatedMessage, IsNewAfterAnHour) {
     EXPECT_EQ(tellAfter(kSecond), "no signal");
-    EXPECT_EQ(tellAfter(kSecond), "");
     EXPECT_EQ(tellAfter(RepeatedMessages::kLongestPause + kSecond), "no signal");
+}
+
+TEST_F(ARepeatedMessage, TellsAfterAnHourWhatWasNotTold) {
+    EXPECT_EQ(tellAfter(kSecond), "no signal");
+    EXPECT_EQ(tellAfter(kSecond), "");
+    EXPECT_EQ(tellAfter(RepeatedMessages::kLongestPause + kSecond), "no signal (repeated 2 times)");
+    EXPECT_EQ(tellAfter(RepeatedMessages::kFirstPause), "no signal (repeated 1 times)") << "as at first";
 }
 
 TEST_F(ARepeatedMessage, MayHaveATextThatChanges) {
@@ -59,4 +65,14 @@ TEST_F(ARepeatedMessage, IsOneOfALimitedNumber) {
         EXPECT_NE(tellAfter(kSecond, std::to_string(number)), "");
     }
     EXPECT_EQ(tellAfter(kSecond, "0"), "0") << "forgotten";
+}
+
+TEST_F(ARepeatedMessage, IsNotForgottenUntold) {
+    for (std::size_t number = 0; number < RepeatedMessages::kMostMessages; ++number) {
+        tellAfter(std::chrono::seconds(0), std::to_string(number));
+    }
+    EXPECT_EQ(tellAfter(kSecond, "0"), "");
+    EXPECT_EQ(tellAfter(kSecond, "1"), "");
+    EXPECT_EQ(tellAfter(kSecond), "no signal (2 repetitions of other messages were not told)");
+    EXPECT_EQ(tellAfter(kSecond, "0"), "0");
 }
