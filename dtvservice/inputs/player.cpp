@@ -105,7 +105,9 @@ void Playback::open() {
         close(error);
         return;
     }
-    BLOG_TAGGED(blog::kOrdinary, "%s has been opened\n", path.c_str());
+    if (const auto line = messages.tell(path + " has been opened")) {
+        BLOG_TAGGED(blog::kOrdinary, "%s\n", line->c_str());
+    }
     use(std::move(opened));
 }
 

@@ -114,6 +114,22 @@ TEST_F(APlayback, PlaysTheFileThatHasTakenItsName) {
                                               std::string(path) + " has been opened\n"));
 }
 
+TEST_F(APlayback, SaysOnlyOnceInAWhileThatItsFileIsAnother) {
+    writePackets(3);
+    dtvservice::Playback playback(path, opened(), demux, report, {});
+    const std::string later = std::string(path) + ".new";
+    for (std::uint16_t pid = 200; pid < 205; ++pid) {
+        file = std::fopen(later.c_str(), "wb");
+        const Packet packet = PacketMaker(pid).packet({}, false);
+        write({packet.begin(), packet.end()});
+        std::fclose(file);
+        ASSERT_EQ(std::rename(later.c_str(), path), 0);
+        EXPECT_TRUE(stepsUntil(playback, [&] { return demux.countsOf(pid).packets != 0; })) << pid;
+    }
+    EXPECT_THAT(lines(), testing::ElementsAre(std::string(path) + " has changed: the new file is played\n",
+                                              std::string(path) + " has been opened\n"));
+}
+
 TEST_F(APlayback, GoesOnWithAFileThatHasLostItsName) {
     writePackets(3);
     dtvservice::Playback playback(path, opened(), demux, report, {});
