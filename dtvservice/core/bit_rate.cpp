@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <locale>
 #include <sstream>
 
 namespace dtvservice {
@@ -13,7 +14,8 @@ std::optional<std::uint64_t> parseBitRate(const std::string& text) {
     stream.imbue(std::locale::classic());
     double number = 0;
     std::string unit;
-    if (text.empty() || text[0] < '0' || text[0] > '9' || !(stream >> number)) {
+    const bool hasExponent = text.find_first_of("eE") != std::string::npos;
+    if (text.empty() || text[0] < '0' || text[0] > '9' || hasExponent || !(stream >> number)) {
         return std::nullopt;
     }
     std::getline(stream, unit);

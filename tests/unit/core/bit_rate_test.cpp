@@ -18,8 +18,8 @@ TEST(ABitRate, MayHaveAUnit) {
 }
 
 TEST(ABitRate, IsRefusedIfItIsNone) {
-    for (const char* const text :
-         {"", "M", "-5M", "5m", "5G", "5 M", "5Mx", "0x500000", "inf", "nan", "1e999", "999", "0", "501M", "1,5M"}) {
+    for (const char* const text : {"", "M", "-5M", "5m", "5G", "5 M", "5Mx", "0x500000", "inf", "nan", "1e999", "1.5e3",
+                                   "5E6", "1e3k", "999", "0", "501M", "1,5M"}) {
         EXPECT_FALSE(parseBitRate(text)) << text;
     }
 }
