@@ -5,6 +5,8 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -12,10 +14,15 @@ namespace dtvservice {
 
 OperatorServer::OperatorServer(const std::string& path, EventLoop& newLoop, Handler newHandler)
     : listener(path, error_), loop(newLoop), handler(std::move(newHandler)) {
-    if (listener) {
-        wakeUp = eventfd(0, EFD_CLOEXEC);
-        thread = std::thread([this] { run(); });
+    if (!listener) {
+        return;
     }
+    wakeUp = eventfd(0, EFD_CLOEXEC);
+    if (wakeUp < 0) {
+        error_ = path + ": no descriptor to end it by: " + std::strerror(errno);
+        return;
+    }
+    thread = std::thread([this] { run(); });
 }
 
 OperatorServer::~OperatorServer() {

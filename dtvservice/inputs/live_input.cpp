@@ -4,6 +4,9 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
+
 #include "descriptor_wait.h"
 #include "live_source.h"
 #include "pacer.h"
@@ -25,10 +28,20 @@ LiveInput::LiveInput(InputName newInput, EventLoop& newLoop, broadcast::Demux& n
       demux(newDemux),
       report(newReport),
       bitRate(newBitRate),
-      wakeUp(eventfd(0, EFD_CLOEXEC)),
-      thread([this] { run(); }) {}
+      wakeUp(eventfd(0, EFD_CLOEXEC)) {
+    if (wakeUp < 0) {
+        const std::string problem = input.text + ": no descriptor to end it by: " + std::strerror(errno);
+        report.failed(problem);
+        BLOG_TAGGED(blog::kFailure, "%s\n", problem.c_str());
+        return;
+    }
+    thread = std::thread([this] { run(); });
+}
 
 LiveInput::~LiveInput() {
+    if (!thread.joinable()) {
+        return;
+    }
     const std::uint64_t one = 1;
     [[maybe_unused]] const ssize_t written = write(wakeUp, &one, sizeof one);
     thread.join();

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -12,6 +13,7 @@
 #include <sstream>
 
 #include "eventually.h"
+#include "logged.h"
 #include "pacer.h"
 #include "packets.h"
 #include "recording/recording_platform.h"
@@ -115,4 +117,25 @@ TEST_F(ABusyLoop, FindsNoMoreThanTheLimit) {
     loop.runUntil(EventLoop::Clock::now());
     EXPECT_LE(demux.packets(), LiveInput::kMostUnderWay);
     EXPECT_GT(demux.packets(), LiveInput::kMostUnderWay - kPacketsADatagram);
+}
+
+TEST(ALiveInput, SaysThatThereAreNoDescriptorsLeft) {
+    recording::reset();
+    std::string error;
+    const auto name = dtvservice::parseInput("udp://127.0.0.1:5000", error);
+    EventLoop loop;
+    broadcast::Demux demux;
+    dtvservice::InputReport report;
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    { const LiveInput input(*name, loop, demux, report, dtvservice::Pacer::kDefaultBitRate); }
+    setrlimit(RLIMIT_NOFILE, &before);
+    const std::string problem = "udp://127.0.0.1:5000: no descriptor to end it by: Too many open files";
+    EXPECT_EQ(report.reason(), problem);
+    EXPECT_STREQ(report.stateName(), "failed");
+    EXPECT_THAT(logged::withoutTraces(),
+                testing::ElementsAre(
+                    logged::tagged(blog::kFailure, "DtvService", "live_input.cpp", "LiveInput", problem + "\n")));
 }
