@@ -1,6 +1,7 @@
 // Unix-domain stream sockets.
 #include "control_socket.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -14,6 +15,8 @@
 namespace control {
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 /// False if the path is too long for a socket.
 bool makeAddress(const std::string& path, sockaddr_un& address, std::string& error) {
@@ -33,6 +36,17 @@ const sockaddr* asGeneric(const sockaddr_un& address) {
 
 int makeSocket() {
     return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+}
+
+/// False at the end of the time.
+bool waitForSpace(int descriptor, Clock::time_point end) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
+    if (left.count() <= 0) {
+        return false;
+    }
+    pollfd space = {descriptor, POLLOUT, 0};
+    poll(&space, 1, static_cast<int>(left.count()));
+    return true;
 }
 
 }  // namespace
@@ -89,20 +103,24 @@ std::optional<uid_t> Connection::peerUser() const {
                                                                               : std::nullopt;
 }
 
-bool Connection::sendLine(const std::string& line) {
+bool Connection::sendLine(const std::string& line, std::chrono::milliseconds longest) {
+    const auto end = Clock::now() + longest;
     const std::string bytes = line + "\n";
     std::size_t sent = 0;
     while (sent < bytes.size()) {
-        const ssize_t count = send(descriptor, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
+        const ssize_t count = send(descriptor, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count > 0) {
+            sent += static_cast<std::size_t>(count);
+        } else if (errno == EAGAIN ? !waitForSpace(descriptor, end) : errno != EINTR) {
             return false;
         }
-        sent += static_cast<std::size_t>(count);
     }
     return true;
+}
+
+void Connection::waitAtMost(std::chrono::seconds longest) const {
+    const timeval time{longest.count(), 0};
+    setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time);
 }
 
 bool Connection::fill() {
@@ -171,11 +189,7 @@ Listener::~Listener() {
 }
 
 Connection Listener::accept() const {
-    const int accepted = accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC);
-    // A client that does not read its answers must not delay the others for long.
-    const timeval longest{1, 0};
-    setsockopt(accepted, SOL_SOCKET, SO_SNDTIMEO, &longest, sizeof longest);
-    return Connection(accepted);
+    return Connection(accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC));
 }
 
 }  // namespace control

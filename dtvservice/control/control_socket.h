@@ -6,6 +6,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -37,9 +38,11 @@ public:
     /// The user of the process at the other end; nothing if the system does not tell.
     std::optional<uid_t> peerUser() const;
 
-    /// Sends the line and a line break. Waits for buffer space, on the listener's connections at most a second. False
-    /// if the line could not be sent completely.
-    bool sendLine(const std::string& line);
+    /// Sends the line and a line break. Waits for buffer space, `longest` in all. False if the line could not be sent
+    /// completely.
+    bool sendLine(const std::string& line, std::chrono::milliseconds longest);
+    /// From now on a wait for bytes ends after this time, as if the connection had ended, with errno EAGAIN.
+    void waitAtMost(std::chrono::seconds longest) const;
     /// Waits for the next answer and returns it without its line break; nothing at the end or for one that is too long.
     std::optional<std::string> receiveAnswer();
     /// Reads once. False if the connection has ended.

@@ -63,8 +63,10 @@ bool OperatorServer::serve(control::Connection& connection) {
     if (!connection.fill()) {
         return false;
     }
+    // A client that reads its answers slowly must not delay the others for long.
+    constexpr std::chrono::seconds kLongestSend{1};
     while (const std::optional<std::string> request = connection.takeLine()) {
-        if (!connection.sendLine(answer(*request))) {
+        if (!connection.sendLine(answer(*request), kLongestSend)) {
             return false;
         }
     }

@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace dtvctl {
 
 using nlohmann::json;
@@ -25,15 +27,19 @@ control::Connection connectedTo(const std::string& path) {
 
 }  // namespace
 
-ServiceClient::ServiceClient(const std::string& path) : connection(connectedTo(path)) {}
+ServiceClient::ServiceClient(const std::string& path, std::chrono::seconds newPatience)
+    : connection(connectedTo(path)), patience(newPatience) {
+    connection.waitAtMost(patience);
+}
 
 json ServiceClient::ask(const json& request) {
     std::optional<std::string> line;
-    if (connection.sendLine(request.dump(-1, ' ', false, json::error_handler_t::replace))) {
+    if (connection.sendLine(request.dump(-1, ' ', false, json::error_handler_t::replace), patience)) {
+        errno = 0;
         line = connection.receiveAnswer();
     }
     if (!line) {
-        throw NoService("the service has gone");
+        throw NoService(errno == EAGAIN ? "the service does not answer" : "the service has gone");
     }
     json answer = json::parse(*line, nullptr, false);
     if (!answer.is_object() || !answer.contains("ok") || !answer["ok"].is_boolean()) {

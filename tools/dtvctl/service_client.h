@@ -1,10 +1,11 @@
 // ServiceClient: asks the service, and trusts only a service of this user or of root.
 // Threads: one.
-// Blocks:  ask() until the answer has come.
-// Fails:   throws NoService if there is no service, or it has gone; Refused with the reason if it refuses a request, or
-//          must not be trusted.
+// Blocks:  ask() until the answer has come, or does not come for ten seconds.
+// Fails:   throws NoService if there is no service, it has gone, or does not answer; Refused with the reason if it
+//          refuses a request, or must not be trusted.
 #pragma once
 
+#include <chrono>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
@@ -21,14 +22,15 @@ struct Refused : std::runtime_error {
 
 class ServiceClient {
 public:
-    /// Connects to the socket.
-    explicit ServiceClient(const std::string& path);
+    /// Connects to the socket. `newPatience`: the longest wait for each part of an answer.
+    explicit ServiceClient(const std::string& path, std::chrono::seconds newPatience = std::chrono::seconds(10));
 
     /// The answer to a request that the service has accepted.
     nlohmann::json ask(const nlohmann::json& request);
 
 private:
     control::Connection connection;
+    std::chrono::seconds patience;
 };
 
 /// Whether a process of user `server` may serve user `client`. Anybody else's could lie to the operator.

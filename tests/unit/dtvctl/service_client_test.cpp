@@ -22,7 +22,7 @@ public:
               while (!connection.takeLine() && connection.fill()) {
               }
               if (!line.empty()) {
-                  connection.sendLine(line);
+                  connection.sendLine(line, std::chrono::minutes(1));
               }
           }) {}
     ~AService() { thread.join(); }
@@ -70,6 +70,18 @@ TEST(AServiceClient, TellsARefusalFromAServiceThatIsNone) {
     EXPECT_EQ(thrownFor<dtvctl::NoService>(R"({"ok":1})"), none);
     EXPECT_EQ(thrownFor<dtvctl::NoService>("{\"ok\":true,\"x\":\"\xff\"}"), none);
     EXPECT_THROW(dtvctl::ServiceClient("/nonexistent/socket"), dtvctl::NoService);
+}
+
+TEST(AServiceClient, DoesNotWaitForEver) {
+    std::string error;
+    const control::Listener deaf(AService::path(), error);
+    dtvctl::ServiceClient client(AService::path(), std::chrono::seconds(1));
+    try {
+        client.ask({{"command", "status"}});
+        FAIL();
+    } catch (const dtvctl::NoService& failure) {
+        EXPECT_STREQ(failure.what(), "the service does not answer");
+    }
 }
 
 TEST(AServiceClient, TrustsItsOwnUserAndRootOnly) {
