@@ -62,9 +62,9 @@ Program described() {
         {"json", "",
          "print the answer, or the refusal, as a JSON object on one line; watch: an object for each change"}};
     program.exitStatuses = {{"0", "the service has done it"},
-                            {"1", "the service refused; the error says why"},
+                            {"1", "the service refused, or the output cannot be written; the error says why"},
                             {"2", "wrong command line"},
-                            {"3", "no service runs"}};
+                            {"3", "there is no service, it has gone, or it does not answer"}};
     program.environment = {{"DTV_RUN_DIR", "folder of the sockets; the same for service, browsers and operator"}};
     program.seeAlso = {"dtvserviced", "dvbshell"};
     return program;
