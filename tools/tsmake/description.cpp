@@ -211,10 +211,20 @@ void readAit(JsonReader& in, Ait& ait) {
     checkOrder(in, "versions", ait.versions);
 }
 
+/// Without the slash that may begin it.
+std::string objectPathOf(JsonReader& in) {
+    const std::string text = in.text("object", "");
+    const std::string path = text.substr(text.rfind('/', 0) == 0 ? 1 : 0);
+    if (!text.empty() && ("/" + path + "/").find("//") != std::string::npos) {
+        in.fail("object", "has a part without a name");
+    }
+    return path;
+}
+
 void readStreamEvents(JsonReader& in, StreamEvents& all) {
     all.tag = tagOf(in, all.tag);
     all.pid = pidOf(in);
-    all.object = in.text("object", "");
+    all.object = objectPathOf(in);
     all.carouselTag = in.numberOf<std::uint8_t>("carouselTag", all.carouselTag);
     all.carouselPid = pidOf(in, "carouselPid");
     in.list("events", [&all](JsonReader& one) {

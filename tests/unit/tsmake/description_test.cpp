@@ -32,6 +32,19 @@ std::string errorOfService(const std::string& members) {
 
 }  // namespace
 
+TEST(ADescription, NamesEachPartOfAnObjectsPath) {
+    std::string error;
+    const auto multiplex = tsmake::parseDescription(R"({"originalNetworkId": 1, "transportStreamId": 1,
+        "services": [{"id": 1, "streamEvents": {"object": "/events/goals"}}]})",
+                                                    error);
+    ASSERT_TRUE(multiplex) << error;
+    EXPECT_EQ(multiplex->services[0].streamEvents.object, "events/goals");
+    for (const char* const path : {"/", "//goals", "events//goals", "events/"}) {
+        EXPECT_EQ(errorOfService(R"("streamEvents": {"object": ")" + std::string(path) + "\"}"),
+                  "services[0].streamEvents.object: has a part without a name");
+    }
+}
+
 TEST(ADescription, MayHoldEverything) {
     std::string error;
     const std::optional<Multiplex> multiplex = tsmake::parseDescription(everything(), error);
