@@ -6,6 +6,7 @@
 #include <string>
 
 #include "si/tables.h"
+#include "si/triplet.h"
 
 namespace broadcast {
 
@@ -19,9 +20,7 @@ struct Channel {
     /// The original_network_id, or si::kUnknownNetworkId.
     std::uint16_t networkId() const { return originalNetworkId.value_or(si::kUnknownNetworkId); }
     /// "onid:tsid:sid" in decimal.
-    std::string triplet() const {
-        return std::to_string(networkId()) + ":" + std::to_string(transportStreamId) + ":" + std::to_string(serviceId);
-    }
+    std::string triplet() const { return si::tripletText({networkId(), transportStreamId, serviceId}); }
 };
 
 }  // namespace broadcast
