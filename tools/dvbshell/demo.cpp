@@ -19,6 +19,8 @@ constexpr std::chrono::milliseconds kWithoutPmt{1500};
 constexpr std::chrono::milliseconds kBetweenTries{500};
 /// Without an event for this long, no more events of the current service are expected.
 constexpr std::chrono::milliseconds kQuiet{150};
+/// Some events never pause.
+constexpr std::chrono::seconds kLongestUntilQuiet{1};
 
 /// What has arrived for a service.
 struct Arrived {
@@ -65,14 +67,14 @@ public:
     /// A browser that starts is told what is presented already. Prints that, so that it does not mix with the answers
     /// to the first tune.
     void showPresented() {
-        std::optional<Event> event = session.next(session.events, Clock::now() + kQuiet);
-        if (event) {
-            printer.note("");
-            printer.note("--- presented already");
-        }
-        for (; event; event = session.next(session.events, Clock::now() + kQuiet)) {
-            print(*event);
-        }
+        bool isFirst = true;
+        untilQuiet([&](const Event& event) {
+            if (std::exchange(isFirst, false)) {
+                printer.note("");
+                printer.note("--- presented already");
+            }
+            print(event);
+        });
     }
 
     Arrived tuneTo(const ListedService& service) {
@@ -96,8 +98,7 @@ public:
         }
         watch(service, arrived, end, false);
         watchForEit(service, arrived, std::min(end, begin + kForEit));
-        while (take(service, arrived, Clock::now() + kQuiet)) {
-        }
+        takeTheRest(service, arrived);
         return arrived;
     }
 
@@ -113,8 +114,7 @@ public:
         replay(service.triplet);
         while (!arrived.ait && take(service, arrived, end)) {
         }
-        while (take(service, arrived, Clock::now() + kQuiet)) {
-        }
+        takeTheRest(service, arrived);
         if (!arrived.ait) {
             printer.note("nothing is stored of it: its AIT has version 0, or more than has come");
         }
@@ -146,6 +146,17 @@ private:
         print(*event);
         note(*event, service.triplet, arrived);
         return true;
+    }
+
+    void takeTheRest(const ListedService& service, Arrived& arrived) {
+        untilQuiet([&](const Event& event) {
+            print(event);
+            note(event, service.triplet, arrived);
+        });
+    }
+
+    void untilQuiet(const std::function<void(const Event&)>& take) {
+        session.takeUntilQuiet(kQuiet, Clock::now() + kLongestUntilQuiet, take);
     }
 
     void print(const Event& event) {

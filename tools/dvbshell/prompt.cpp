@@ -184,7 +184,8 @@ int converse(Session& session) {
 int runScript(Session& session) {
     /// After each line, print events until none arrives for this long.
     constexpr std::chrono::milliseconds kQuiet{200};
-    int worst = kDone;
+    constexpr std::chrono::seconds kLongest{1};
+    int lastFailure = kDone;
     session.atPrompt = true;
     session.awaitChannel();
     for (std::string line; !isInterrupted() && std::getline(std::cin, line);) {
@@ -192,12 +193,10 @@ int runScript(Session& session) {
         if (!runLine(session, line, result)) {
             break;
         }
-        worst = result == kDone ? worst : result;
-        while (const std::optional<Event> event = session.next(session.events, Clock::now() + kQuiet)) {
-            session.print(*event);
-        }
+        lastFailure = result == kDone ? lastFailure : result;
+        session.printUntilQuiet(kQuiet, Clock::now() + kLongest);
     }
-    return worst;
+    return lastFailure;
 }
 
 Job quitIsHere(ArgumentReader&) {

@@ -60,6 +60,21 @@ std::optional<Event> Session::next(EventQueue& queue, Clock::time_point until, b
     return std::nullopt;
 }
 
+void Session::takeUntilQuiet(Clock::duration quiet, Clock::time_point end,
+                             const std::function<void(const Event&)>& take) {
+    // Some events, such as those of a timeline, never pause. An event that waits is taken even at the end of the time.
+    while (const std::optional<Event> event = next(events, std::min(end, Clock::now() + quiet))) {
+        take(*event);
+        if (Clock::now() >= end) {
+            return;
+        }
+    }
+}
+
+void Session::printUntilQuiet(Clock::duration quiet, Clock::time_point end) {
+    takeUntilQuiet(quiet, end, [this](const Event& event) { print(event); });
+}
+
 void Session::print(const Event& event) {
     const std::optional<Triplet> channel = event.kind == EventKind::channel ? tripletOf(event) : std::nullopt;
     if (channel) {

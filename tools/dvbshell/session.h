@@ -4,6 +4,7 @@
 // Fails:   never.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -29,12 +30,16 @@ public:
     /// The next event of a queue. None at `until`, after Ctrl-C, when the output cannot be written, and when the
     /// service goes, unless `evenWithoutService`. Tells when the service goes and comes back.
     std::optional<Event> next(EventQueue& queue, Clock::time_point until, bool evenWithoutService = false);
+    /// Gives each event to `take` until none comes for `quiet`, and at the latest until `end`.
+    void takeUntilQuiet(Clock::duration quiet, Clock::time_point end, const std::function<void(const Event&)>& take);
     /// Tells the DTV service, once, that a browser has started. The service then sends what it knows of the channel. It
     /// does so when a browser connects, too, but the library loses the events that come before it has started. What
     /// came twice is dropped.
     void announce();
     /// Prints an event with the current channel.
     void print(const Event& event);
+    /// Prints events until none comes for `quiet`, and at the latest until `end`.
+    void printUntilQuiet(Clock::duration quiet, Clock::time_point end);
     /// Prints what has come, without waiting.
     void printWaiting();
     /// Prints the lines, or in JSON one object: the report with this name, which has these values.

@@ -67,15 +67,15 @@ bool replay(Session& session, const std::optional<Triplet>& wanted) {
     return session.host.ait != nullptr && session.host.ait->replay(channel->onid, channel->tsid, channel->sid);
 }
 
-/// Asks for the stored AIT and prints what comes of it.
-int showStored(Session& session, const std::optional<Triplet>& wanted) {
+/// Asks for the stored AIT and prints what comes of it. It has a moment to come even if the time is over.
+int showStored(Session& session, const std::optional<Triplet>& wanted, Clock::time_point end) {
     constexpr std::chrono::milliseconds kQuiet{500};
     const bool asked = replay(session, wanted);
     bool came = false;
-    while (const std::optional<Event> event = session.next(session.events, Clock::now() + kQuiet)) {
-        session.print(*event);
-        came = came || event->kind == EventKind::application;
-    }
+    session.takeUntilQuiet(kQuiet, std::max(end, Clock::now() + kQuiet), [&](const Event& event) {
+        session.print(event);
+        came = came || event.kind == EventKind::application;
+    });
     if (asked && !came) {
         session.printer.note("nothing is stored: no AIT has come, or its version is 0");
     }
@@ -105,7 +105,8 @@ int ait(Session& session, const std::optional<Triplet>& wanted, std::chrono::sec
         // The service sends each AIT section once, so ask for them again.
         session.host.api.triggerAitRestart();
     }
-    const bool came = followAit(session, wanted, Clock::now() + longest);
+    const Clock::time_point end = Clock::now() + longest;
+    const bool came = followAit(session, wanted, end);
     if (session.connection.isGone()) {
         return kNoService;
     }
@@ -114,7 +115,7 @@ int ait(Session& session, const std::optional<Triplet>& wanted, std::chrono::sec
         return kFailed;
     }
     session.printer.note("from memory:");
-    return showStored(session, wanted);
+    return showStored(session, wanted, end);
 }
 
 Job prepareAit(ArgumentReader& reader) {
@@ -123,7 +124,7 @@ Job prepareAit(ArgumentReader& reader) {
     const std::chrono::seconds longest = reader.seconds().value_or(kLongest);
     const bool storedOnly = reader.arguments().has("stored");
     return [wanted, longest, storedOnly](Session& session) {
-        return storedOnly ? showStored(session, wanted) : ait(session, wanted, longest);
+        return storedOnly ? showStored(session, wanted, Clock::now() + longest) : ait(session, wanted, longest);
     };
 }
 

@@ -1,7 +1,9 @@
 // The verbs on a recorded library: their descriptions, their arguments, and what they print.
 #include "verbs.h"
 
+#include <atomic>
 #include <csignal>
+#include <thread>
 
 #include "carousel.h"
 #include "eventually.h"
@@ -285,6 +287,20 @@ TEST_F(AVerb, ShowsOnceWhatTheServiceSaysTwiceToABrowserThatStarts) {
     const std::string text = output.text();
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2) << text;
     EXPECT_THAT(api.calls, testing::Contains("notifyMwhbStart()").Times(1));
+}
+
+TEST_F(AVerb, EndsWhereEventsNeverPause) {
+    std::atomic<bool> ended{false};
+    std::thread timeline([&] {
+        for (std::uint32_t tick = 0; !ended; ++tick) {
+            host.listener->onPtsNotify(tick, 0);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    });
+    run("ait --stored --seconds 0");
+    ended = true;
+    timeline.join();
+    EXPECT_THAT(output.text(), HasSubstr("pts "));
 }
 
 TEST_F(AVerb, EndsOnCtrlC) {
