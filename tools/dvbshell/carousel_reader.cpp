@@ -4,12 +4,17 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace dvbshell {
 
 namespace {
 
-constexpr std::size_t kMostBytes = 16U << 20U;
+constexpr std::size_t kMostBytes = 16U << 20U;  // of a module
+constexpr std::size_t kMostBytesInAll = 128U << 20U;
+constexpr std::size_t kMostModules = 4096;
+constexpr std::size_t kMostGateways = 64;
+constexpr std::size_t kMostBlocks = 1U << 16U;  // block numbers have 16 bits
 constexpr std::size_t kMostDepth = 32;
 constexpr std::size_t kMostLines = 10000;
 
@@ -41,6 +46,16 @@ std::size_t CarouselReader::Module::blockCount() const {
     return blockSize == 0 ? 0 : (info.size + blockSize - 1U) / blockSize;
 }
 
+bool CarouselReader::Module::isReadable() const {
+    return info.size <= kMostBytes && blockCount() != 0 && blockCount() <= kMostBlocks;
+}
+
+std::size_t CarouselReader::Module::cost() const {
+    constexpr std::size_t kPlaceOfABlock = 96;  // beside its bytes
+    const std::size_t original = std::min<std::size_t>(info.originalSize.value_or(0), kMostBytes);
+    return isReadable() ? std::max<std::size_t>(info.size, original) + blockCount() * kPlaceOfABlock : 0;
+}
+
 void CarouselReader::Module::read() {
     std::string bytes;
     for (const auto& [number, block] : blocks) {
@@ -60,29 +75,55 @@ std::vector<std::string> CarouselReader::add(const std::string& section) {
     if (const std::optional<si::DownloadInfo> info = si::downloadInfo(section)) {
         return addInfo(*info);
     }
-    const std::optional<si::ObjectReference> found = si::serviceGateway(section);
-    if (!found || (gateway && *gateway == *found)) {
+    const std::optional<si::ObjectReference> gateway = si::serviceGateway(section);
+    return gateway ? addGateway(*gateway) : std::vector<std::string>();
+}
+
+std::vector<std::string> CarouselReader::addGateway(const si::ObjectReference& gateway) {
+    const auto known = gateways.find(gateway.carouselId);
+    const bool isOld = known != gateways.end() && known->second == gateway;
+    if (isOld || (known == gateways.end() && gateways.size() == kMostGateways)) {
         return {};
     }
-    gateway = found;
-    return {"carousel " + std::to_string(found->carouselId) + "  service gateway in module " +
-            std::to_string(found->moduleId)};
+    gateways[gateway.carouselId] = gateway;
+    return {"carousel " + std::to_string(gateway.carouselId) + "  service gateway in module " +
+            std::to_string(gateway.moduleId)};
 }
 
 std::vector<std::string> CarouselReader::addInfo(const si::DownloadInfo& info) {
     std::vector<std::string> lines;
     for (const si::DownloadInfo::Module& each : info.modules) {
-        const auto [found, isNew] = modules.try_emplace({info.downloadId, each.id});
-        Module& module = found->second;
-        if (!isNew && module.info.version == each.version && module.info.size == each.size) {
+        const Key key{info.downloadId, each.id};
+        const auto known = modules.find(key);
+        if (known != modules.end() && known->second.info.version == each.version &&
+            known->second.info.size == each.size) {
             continue;
         }
-        module = Module();
+        Module module;
         module.info = each;
         module.blockSize = info.blockSize;
-        lines.push_back(describe(info, each));
+        module.arrived = !module.isReadable();  // nothing is left to wait for
+        if (hasRoomFor(key, module)) {
+            modules[key] = std::move(module);
+            lines.push_back(describe(info, each));
+        } else if (!std::exchange(leavesOut, true)) {
+            lines.push_back("modules are left out: at most " + std::to_string(kMostModules) + " are read, of " +
+                            std::to_string(kMostBytesInAll >> 20U) + " MiB in all");
+        }
     }
     return lines;
+}
+
+bool CarouselReader::hasRoomFor(const Key& key, const Module& module) const {
+    std::size_t count = 1;
+    std::size_t bytes = module.cost();
+    for (const auto& [other, each] : modules) {
+        if (other != key) {
+            ++count;
+            bytes += each.cost();
+        }
+    }
+    return count <= kMostModules && bytes <= kMostBytesInAll;
 }
 
 void CarouselReader::addBlock(const si::DownloadBlock& block) {
@@ -92,7 +133,7 @@ void CarouselReader::addBlock(const si::DownloadBlock& block) {
     }
     Module& module = found->second;
     const bool isWanted = !module.arrived && module.info.version == block.moduleVersion &&
-                          module.info.size <= kMostBytes && block.number < module.blockCount();
+                          block.number < module.blockCount() && block.data.size <= module.blockSize;
     if (isWanted) {
         module.blocks[block.number].assign(reinterpret_cast<const char*>(block.data.data), block.data.size);
         if (module.blocks.size() == module.blockCount()) {
@@ -102,8 +143,16 @@ void CarouselReader::addBlock(const si::DownloadBlock& block) {
 }
 
 bool CarouselReader::isComplete() const {
-    return gateway && !modules.empty() &&
-           std::all_of(modules.begin(), modules.end(), [](const auto& each) { return each.second.arrived; });
+    return !gateways.empty() && std::all_of(gateways.begin(), gateways.end(), [this](const auto& each) {
+        return hasModuleOf(each.first);
+    }) && std::all_of(modules.begin(), modules.end(), [this](const auto& each) {
+        return each.second.arrived && gateways.count(each.first.first) != 0;
+    });
+}
+
+bool CarouselReader::hasModuleOf(std::uint32_t carousel) const {
+    const auto first = modules.lower_bound({carousel, 0});
+    return first != modules.end() && first->first.first == carousel;
 }
 
 std::string CarouselReader::progress() const {
@@ -125,8 +174,8 @@ const si::CarouselObject* CarouselReader::find(const si::ObjectReference& refere
 
 std::vector<std::string> CarouselReader::paths() const {
     std::vector<std::string> lines;
-    if (gateway) {
-        walk(*gateway, "/", 0, lines);
+    for (const auto& [carousel, gateway] : gateways) {
+        walk(gateway, gateways.size() == 1 ? "/" : "carousel " + std::to_string(carousel) + "  /", 0, lines);
     }
     return lines;
 }
@@ -134,11 +183,17 @@ std::vector<std::string> CarouselReader::paths() const {
 void CarouselReader::walk(const si::ObjectReference& directory, const std::string& path, std::size_t depth,
                           std::vector<std::string>& lines) const {
     const si::CarouselObject* const object = find(directory);
-    if (object == nullptr || depth == kMostDepth || lines.size() >= kMostLines) {
+    if (object == nullptr || depth == kMostDepth) {
         lines.push_back(path + "  " + (object == nullptr ? "has not arrived" : "has more than is shown"));
         return;
     }
     for (const si::CarouselObject::Entry& entry : object->entries) {
+        if (lines.size() >= kMostLines) {
+            if (lines.size() == kMostLines) {
+                lines.push_back(path + "  has more than is shown");
+            }
+            return;
+        }
         const std::string name = path + entry.name;
         if (entry.kind == si::CarouselObject::Kind::directory) {
             lines.push_back(name + "/");

@@ -2,7 +2,8 @@
 // 13818-6, clauses 7.3 and 11.3).
 // Threads: one.
 // Blocks:  never.
-// Fails:   never; modules of more than 16 MiB and malformed ones have no objects.
+// Fails:   never; modules of more than 16 MiB, empty and malformed ones have no objects. Modules beyond the limits of
+//          number and size are left out.
 #pragma once
 
 #include <map>
@@ -16,14 +17,14 @@ namespace dvbshell {
 
 class CarouselReader {
 public:
-    /// Takes a section of a carousel. Returns what is new in words: the gateway, modules.
+    /// Takes a section of a carousel. Returns what is new in words: gateways, modules, that modules are left out.
     std::vector<std::string> add(const std::string& section);
-    /// Whether the gateway is known, and all modules have arrived.
+    /// Whether the gateway of every carousel is known, and all modules have arrived.
     bool isComplete() const;
     bool hasModules() const { return !modules.empty(); }
     /// How many of the modules have arrived.
     std::string progress() const;
-    /// A line for each object that the directories name, beginning with the gateway.
+    /// A line for each object that the directories name, beginning with the gateways.
     std::vector<std::string> paths() const;
 
 private:
@@ -35,18 +36,27 @@ private:
         std::vector<si::CarouselObject> objects;
 
         std::size_t blockCount() const;
+        /// Whether it has bytes, and block numbers and memory suffice for them.
+        bool isReadable() const;
+        /// How many bytes it may take until it is read, and its objects after that.
+        std::size_t cost() const;
         void read();
     };
     using Key = std::pair<std::uint32_t, std::uint16_t>;  // carousel and module
 
     void addBlock(const si::DownloadBlock& block);
     std::vector<std::string> addInfo(const si::DownloadInfo& info);
+    std::vector<std::string> addGateway(const si::ObjectReference& gateway);
+    /// Whether a module may replace the one with the same key, if there is one.
+    bool hasRoomFor(const Key& key, const Module& module) const;
+    bool hasModuleOf(std::uint32_t carousel) const;
     const si::CarouselObject* find(const si::ObjectReference& reference) const;
     void walk(const si::ObjectReference& directory, const std::string& path, std::size_t depth,
               std::vector<std::string>& lines) const;
 
-    std::optional<si::ObjectReference> gateway;
+    std::map<std::uint32_t, si::ObjectReference> gateways;  // by carousel
     std::map<Key, Module> modules;
+    bool leavesOut = false;  // modules, because of the limits
 };
 
 }  // namespace dvbshell
