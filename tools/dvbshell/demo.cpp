@@ -7,12 +7,12 @@
 #include "interrupt.h"
 #include "si/tables.h"
 #include "terminal.h"
+#include "tuning.h"
 
 namespace dvbshell {
 
 namespace {
 
-constexpr int kIdTypeDvbTerrestrial = 12;
 /// How long to wait for an EIT, counted from the tune. An EIT is optional.
 constexpr std::chrono::milliseconds kForEit{2500};
 constexpr std::chrono::milliseconds kWithoutPmt{1500};
@@ -88,8 +88,7 @@ public:
         const Clock::time_point end =
             begin + (service.hasPmt ? longest : std::min<Clock::duration>(longest, kWithoutPmt));
         while (!arrived.channel && Clock::now() < end && !isOver()) {
-            session.host.api.tuneToService(kIdTypeDvbTerrestrial, service.triplet.onid, service.triplet.tsid,
-                                           service.triplet.sid, 0);
+            startTune(session, kIdTypeDvbTerrestrial, service.triplet);
             watch(service, arrived, std::min(end, Clock::now() + kBetweenTries), true);
         }
         // The catcher delivers each AIT once, so ask for one that it has already delivered.
@@ -106,8 +105,7 @@ public:
     void comeBackTo(const ListedService& service) {
         printer.note("");
         printer.note("--- back to " + tripletText(service.triplet) + "  " + service.name + ", its AIT from memory");
-        session.host.api.tuneToService(kIdTypeDvbTerrestrial, service.triplet.onid, service.triplet.tsid,
-                                       service.triplet.sid, 0);
+        startTune(session, kIdTypeDvbTerrestrial, service.triplet);
         Arrived arrived;
         const Clock::time_point end = Clock::now() + kWithoutPmt;
         watch(service, arrived, end, true);

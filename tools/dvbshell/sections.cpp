@@ -41,8 +41,8 @@ int judge(Session& session, const std::string& what, unsigned int came, unsigned
         return kNoService;
     }
     return came >= wanted ? kDone
-                          : fail(session, what + ": " + std::to_string(came) + " of " + std::to_string(wanted) +
-                                              " came in " + std::to_string(longest.count()) + " s");
+                          : failInTime(session, what + ": " + std::to_string(came) + " of " + std::to_string(wanted) +
+                                                    " came in " + std::to_string(longest.count()) + " s");
 }
 
 int follow(Session& session, const SectionsRequest& request, EventQueue& queue, std::FILE* file) {

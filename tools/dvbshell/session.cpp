@@ -141,4 +141,8 @@ int fail(Session& session, const std::string& text) {
     return kFailed;
 }
 
+int failInTime(Session& session, const std::string& text) {
+    return isInterrupted() ? static_cast<int>(kFailed) : fail(session, text);
+}
+
 }  // namespace dvbshell

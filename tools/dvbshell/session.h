@@ -69,5 +69,7 @@ private:
 
 /// A line on standard error, "dvbshell: TEXT", or at the prompt a line of the shell. Returns kFailed.
 int fail(Session& session, const std::string& text);
+/// The same for what did not come in time. After Ctrl-C there is no line, because the user ended the wait.
+int failInTime(Session& session, const std::string& text);
 
 }  // namespace dvbshell

@@ -1,6 +1,7 @@
 // Waits for the answer to a tune.
 #include "tuning.h"
 
+#include "interrupt.h"
 #include "si/tables.h"
 
 namespace dvbshell {
@@ -9,9 +10,8 @@ namespace {
 
 int failTune(Session& session, const TuneGoal& goal, const std::string& reason) {
     const std::optional<Triplet> stays = session.presented();
-    session.printer.note("not tuned to " + goal.what + ": " + reason + "; " +
-                         (stays ? tripletText(*stays) + " stays" : "no channel is presented"));
-    return kFailed;
+    return fail(session, "not tuned to " + goal.what + ": " + reason + "; " +
+                             (stays ? tripletText(*stays) + " stays" : "no channel is presented"));
 }
 
 }  // namespace
@@ -44,6 +44,9 @@ int followTune(Session& session, const TuneGoal& goal, Clock::time_point end) {
     }
     if (session.connection.isGone()) {
         return kNoService;
+    }
+    if (!reached && isInterrupted()) {
+        return kFailed;
     }
     return reached ? kDone : failTune(session, goal, "no answer came");
 }

@@ -25,6 +25,8 @@ TuneGoal goalOf(const Triplet& channel);
 /// Prints events until the goal is reached, and on the command line until `end`. Returns an exit code.
 int followTune(Session& session, const TuneGoal& goal, Clock::time_point end);
 
+constexpr int kIdTypeDvbTerrestrial = 12;  ///< OIPF DAE, Channel.ID_DVB_T
+
 /// Sends the tune of a triplet.
 void startTune(Session& session, int idType, const Triplet& channel);
 

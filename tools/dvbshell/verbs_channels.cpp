@@ -9,12 +9,11 @@ namespace {
 
 constexpr std::chrono::seconds kLongestScan{5};
 constexpr std::chrono::seconds kLongestForName{2};
-constexpr unsigned int kDvbTerrestrial = 12;
 
 Job prepareTune(ArgumentReader& reader) {
     constexpr unsigned int kMostIdType = 0x7FFFFFFF;
     const Triplet channel = reader.triplet(reader.argument());
-    const auto idType = static_cast<int>(reader.option("id-type", kMostIdType).value_or(kDvbTerrestrial));
+    const auto idType = static_cast<int>(reader.option("id-type", kMostIdType).value_or(kIdTypeDvbTerrestrial));
     const std::chrono::seconds longest = reader.seconds().value_or(kLongestTune);
     return [channel, idType, longest](Session& session) {
         startTune(session, idType, channel);
@@ -48,10 +47,11 @@ int listChannels(Session& session, std::chrono::seconds longest) {
         return kNoService;
     }
     if (!scan.list().hasPat()) {
-        return fail(session, "channels: no complete PAT came in " + std::to_string(longest.count()) + " s");
+        return failInTime(session, "channels: no complete PAT came in " + std::to_string(longest.count()) + " s");
     }
     if (!scan.list().hasNames()) {
-        fail(session, "channels: no complete SDT came in " + std::to_string(longest.count()) + " s: names are missing");
+        failInTime(session,
+                   "channels: no complete SDT came in " + std::to_string(longest.count()) + " s: names are missing");
     }
     return kDone;
 }

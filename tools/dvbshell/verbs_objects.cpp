@@ -55,8 +55,9 @@ std::vector<unsigned int> findPids(Session& session, const StreamChoice& choice)
     const std::optional<si::Pmt> pmt = section ? si::parsePmt(*section, error) : std::nullopt;
     std::vector<unsigned int> pids;
     if (!pmt) {
-        fail(session, section ? "the PMT of " + service + " cannot be read: " + error
-                              : "no PMT of " + service + " came in " + std::to_string(kLongestForPmt.count()) + " s");
+        section
+            ? fail(session, "the PMT of " + service + " cannot be read: " + error)
+            : failInTime(session, "no PMT of " + service + " came in " + std::to_string(kLongestForPmt.count()) + " s");
         return pids;
     }
     for (const si::Pmt::Stream& stream : pmt->streams) {
@@ -135,7 +136,8 @@ int followEvents(Session& session, const StreamChoice& choice, std::chrono::seco
     if (session.connection.isGone()) {
         return kNoService;
     }
-    return !known.empty() ? kDone : fail(session, "no stream event came in " + std::to_string(longest.count()) + " s");
+    return !known.empty() ? kDone
+                          : failInTime(session, "no stream event came in " + std::to_string(longest.count()) + " s");
 }
 
 void reportLines(Session& session, const std::vector<std::string>& lines, const char* name) {
@@ -165,7 +167,7 @@ int readCarousel(Session& session, const StreamChoice& choice, std::chrono::seco
         return kNoService;
     }
     if (!carousel.hasModules()) {
-        return fail(session, "no module of a carousel came in " + std::to_string(longest.count()) + " s");
+        return failInTime(session, "no module of a carousel came in " + std::to_string(longest.count()) + " s");
     }
     session.printer.note(carousel.progress());
     reportLines(session, carousel.paths(), "object");

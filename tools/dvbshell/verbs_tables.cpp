@@ -61,7 +61,7 @@ Job preparePmt(ArgumentReader& reader) {
 bool replay(Session& session, const std::optional<Triplet>& wanted) {
     const std::optional<Triplet> channel = wanted ? wanted : session.presented();
     if (!channel) {
-        session.printer.note("ait: the current channel is not known");
+        fail(session, "ait: the current channel is not known");
         return false;
     }
     return session.host.ait != nullptr && session.host.ait->replay(channel->onid, channel->tsid, channel->sid);
@@ -98,9 +98,8 @@ bool followAit(Session& session, const std::optional<Triplet>& wanted, Clock::ti
 }
 
 int ait(Session& session, const std::optional<Triplet>& wanted, std::chrono::seconds longest) {
-    constexpr int kDvbTerrestrial = 12;
     if (wanted) {
-        startTune(session, kDvbTerrestrial, *wanted);
+        startTune(session, kIdTypeDvbTerrestrial, *wanted);
     } else {
         // The service sends each AIT section once, so ask for them again.
         session.host.api.triggerAitRestart();
@@ -111,8 +110,7 @@ int ait(Session& session, const std::optional<Triplet>& wanted, std::chrono::sec
         return kNoService;
     }
     if (!came) {
-        session.printer.note("no AIT came in " + std::to_string(longest.count()) + " s");
-        return kFailed;
+        return failInTime(session, "no AIT came in " + std::to_string(longest.count()) + " s");
     }
     session.printer.note("from memory:");
     return showStored(session, wanted, end);

@@ -307,5 +307,10 @@ TEST_F(AVerb, EndsOnCtrlC) {
     catchInterrupts();
     std::raise(SIGINT);
     EXPECT_EQ(run("watch"), kDone);
+    for (const char* const line :
+         {"sections 0x100", "pmt 1", "channels", "stream-events 1", "ait 1:2:3", "tune 1:2:3"}) {
+        EXPECT_EQ(run(line), kFailed) << line;
+    }
     clearInterrupt();
+    EXPECT_EQ(output.text(), "") << "the user knows that nothing came";
 }
