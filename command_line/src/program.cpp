@@ -16,7 +16,9 @@ std::vector<Option> allOptions(const Program& program) {
                        {},
                        {},
                        {}});
-    options.push_back({"version", "", "print the version"});
+    if (!program.isPrompt) {
+        options.push_back({"version", "", "print the version"});
+    }
     return options;
 }
 

@@ -16,6 +16,9 @@ const char* const kStandard[] = {"help", "version", "print-man", "print-completi
 
 std::vector<Option> parsedOptions(const Program& program) {
     std::vector<Option> options = allOptions(program);
+    if (program.isPrompt) {
+        return options;
+    }
     for (const char* const hidden : {"print-man", "print-completion"}) {
         options.push_back({hidden, "", ""});
     }

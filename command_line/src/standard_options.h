@@ -12,7 +12,7 @@
 
 namespace command_line {
 
-/// allOptions and the hidden ones.
+/// allOptions and, unless it is a prompt, the hidden ones.
 std::vector<Option> parsedOptions(const Program& program);
 /// Whether the command line asks for one of them.
 bool isAnsweredByItself(const Arguments& arguments);

@@ -98,6 +98,19 @@ TEST(TheShell, ShowsTheLibrarysLogOnlyWhereAskedFor) {
     EXPECT_THAT(asked.text(), HasSubstr("SectionFilterService"));
 }
 
+TEST(TheShell, RefusesALogLevelThatThereIsNot) {
+    ChildProcess shell(DVBSHELL, {"--log", "warn", "info"}, "shell");
+    EXPECT_EQ(shell.wait(), 2);
+    EXPECT_THAT(shell.output(), testing::StartsWith("dvbshell: --log: \"warn\" is none of off, failure, "));
+}
+
+TEST(TheShell, DoesNotFoldSectionsInHexadecimal) {
+    const ServiceProcess service;
+    TerminalProcess shell(DVBSHELL, {"sections", "0", "--count", "1", "--hex"}, 50);
+    EXPECT_EQ(shell.wait(), 0);
+    EXPECT_THAT(shell.text(), testing::MatchesRegex("[0-9a-f]{60,}\r\n"));
+}
+
 TEST(ThePrompt, BeginsWithWhatIsPresented) {
     const ServiceProcess service;
     ASSERT_TRUE(presentsAChannel());

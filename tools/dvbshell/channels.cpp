@@ -75,7 +75,8 @@ ChannelScan::ChannelScan(Session& newSession) : session(newSession) {
         std::uint8_t id;
     };
     for (const Table& table : {Table{0x00, kPatTable}, Table{0x11, kSdtActualTable}, Table{0x10, kNitActualTable}}) {
-        filters.push_back(std::make_unique<Filter>(session, queue, table.pid, tablePattern(table.id)));
+        filters.push_back(
+            std::make_unique<Filter>(session, queue, table.pid, tablePattern(table.id), Filter::Owner::shell));
     }
 }
 

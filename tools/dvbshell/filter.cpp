@@ -37,15 +37,16 @@ Pattern tablePattern(std::uint8_t tableId) {
     return {std::string(1, static_cast<char>(tableId)), "\xFF"};
 }
 
-Filter::Filter(Session& newSession, EventQueue& queue, unsigned int pid, const Pattern& pattern)
+Filter::Filter(Session& newSession, EventQueue& queue, unsigned int pid, const Pattern& pattern, Owner newOwner)
     : session(newSession),
       client(forLife(new Client(queue, "pid"))),
       name(session.filters.generateSessionName()),
       what("filter on PID " + std::to_string(pid)),
-      ofPmt(false) {
+      ofPmt(false),
+      owner(newOwner) {
     opened = session.filters.startSection(&client, name, pid, bytesOf(pattern.match), bytesOf(pattern.mask),
                                           static_cast<int>(pattern.match.size()));
-    if (opened) {
+    if (opened && owner == Owner::user) {
         session.connection.open(what);
     }
 }
@@ -64,7 +65,9 @@ Filter::Filter(Session& newSession, EventQueue& queue, unsigned int serviceId)
 
 /// The library waits ten seconds for the confirmation of a service that has gone, so ask before.
 Filter::~Filter() {
-    session.connection.close(what);
+    if (owner == Owner::user) {
+        session.connection.close(what);
+    }
     if (ofPmt) {
         session.filters.stopPMTRequest(&client, name);
     } else if (session.connection.isThere()) {

@@ -22,8 +22,11 @@ Pattern tablePattern(std::uint8_t tableId);
 
 class Filter {
 public:
+    /// Whose filter it is. When the service goes, the user is told only of the user's.
+    enum class Owner { user, shell };
     /// A filter on a PID.
-    Filter(Session& newSession, EventQueue& queue, unsigned int pid, const Pattern& pattern);
+    Filter(Session& newSession, EventQueue& queue, unsigned int pid, const Pattern& pattern,
+           Owner newOwner = Owner::user);
     /// The PMT of a service.
     Filter(Session& newSession, EventQueue& queue, unsigned int serviceId);
     Filter(const Filter&) = delete;
@@ -38,6 +41,7 @@ private:
     std::string name;  // of the library's session
     std::string what;
     bool ofPmt;
+    Owner owner = Owner::user;
     bool opened = false;
 };
 

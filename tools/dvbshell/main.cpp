@@ -26,8 +26,14 @@ const command_line::Program& program() {
 void chooseLog(const command_line::Arguments& arguments) {
     const std::vector<std::string> wanted = arguments.values("log");
     for (const std::string& value : wanted) {
-        const char* const levels[] = {"off", "failure", "warning", "ordinary", "trace"};
-        const bool isLevel = std::find(std::begin(levels), std::end(levels), value) != std::end(levels);
+        const std::vector<std::string>& levels = logLevels();
+        const bool isLevel = std::find(levels.begin(), levels.end(), value) != levels.end();
+        // A mistyped level is no file.
+        if (!isLevel && value.find_first_of("/.") == std::string::npos) {
+            command_line::endWithUsageError(program(), "--log: \"" + value +
+                                                           "\" is none of off, failure, warning, ordinary, trace, and "
+                                                           "no file: a file has a slash or a dot in its name");
+        }
         setenv(isLevel ? "DTV_LOG_LEVEL" : "DTV_LOG_FILE", value.c_str(), 1);
     }
     if (wanted.empty() && std::getenv("DTV_LOG_LEVEL") == nullptr && std::getenv("DTV_LOG_FILE") == nullptr) {

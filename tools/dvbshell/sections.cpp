@@ -89,18 +89,19 @@ bool setTable(const std::string& text, Pattern& pattern) {
 
 int followSections(Session& session, const SectionsRequest& request) {
     File file;
-    if (request.show == SectionsRequest::Show::file) {
-        file.reset(std::fopen(request.path.c_str(), "wbe"));
-        if (!file) {
-            return failWriting(session, request.path);
-        }
-    }
     EventQueue& queue = newSectionQueue();
     int result = kDone;
     {
         const Filter filter(session, queue, request.pid, request.pattern);
         if (!filter.isOpen()) {
             return fail(session, "the DTV service did not open a filter on PID " + std::to_string(request.pid));
+        }
+        // Not before, because it empties the file.
+        if (request.show == SectionsRequest::Show::file) {
+            file.reset(std::fopen(request.path.c_str(), "wbe"));
+            if (!file) {
+                return failWriting(session, request.path);
+            }
         }
         result = follow(session, request, queue, file.get());
     }

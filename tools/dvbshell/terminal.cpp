@@ -222,7 +222,9 @@ ssize_t Terminal::writeChunk(void* terminal, const char* text, std::size_t size)
 }
 
 bool Terminal::writeLine(const std::string& line) const {
-    const std::string text = folded(line, width());
+    // A line without a blank, such as a section in hexadecimal, is there to be copied. The terminal breaks it.
+    const bool isOneWord = line.find(' ') == std::string::npos;
+    const std::string text = isOneWord ? line : folded(line, width());
     return std::fprintf(stdout, "%s\n", (hasColours ? painted(text) : text).c_str()) >= 0;
 }
 

@@ -31,7 +31,7 @@ public:
     Terminal& operator=(const Terminal&) = delete;
     ~Terminal();
 
-    /// A stream that lays out each line and writes it to the standard output.
+    /// A stream that lays out each line and writes it to the standard output. A line of one word stays whole.
     std::FILE* stream() const { return laidOut; }
     /// COLUMNS, or the terminal's width now, or 80 if both are unknown.
     std::size_t width() const;

@@ -57,9 +57,10 @@ std::vector<Option> programOptions() {
         {"log",
          "LEVEL|FILE",
          "show the library's log, which is off unless this or the environment asks for it. May be given twice: a level "
-         "(failure, warning, ordinary, trace), and a file to append to instead of standard error. The library logs a "
+         "(off, failure, warning, ordinary, trace), and a file, with a slash or a dot in its name, to append to "
+         "instead of standard error. The library logs a "
          "failure \"Unknown Filter closed\" for each filter that is closed in order",
-         command_line::oneOf({"failure", "warning", "ordinary", "trace"}),
+         command_line::oneOf(logLevels()),
          {},
          {},
          {}},
@@ -120,6 +121,7 @@ command_line::Program describePrompt() {
     program.description =
         "Single or double quotes keep blanks in an argument. Ctrl-C clears the line, and ends a command that runs.";
     program.options = verbOptions();
+    program.isPrompt = true;
     return program;
 }
 
@@ -154,6 +156,11 @@ const Verb* findRow(Place place, const std::string& name) {
 }
 
 }  // namespace
+
+const std::vector<std::string>& logLevels() {
+    static const std::vector<std::string> levels = {"off", "failure", "warning", "ordinary", "trace"};
+    return levels;
+}
 
 command_line::Argument channelArgument(const char* name) {
     return {name, command_line::outputOf("dvbshell channels --seconds 1 | cut -d' ' -f1")};

@@ -54,6 +54,9 @@ Job prepare(Place place, const command_line::Arguments& arguments, std::string& 
 /// Runs a job when the service is there, or says that it is not.
 Job guarded(Job job, Verb::Needs needs);
 
+/// The levels that --log takes beside the name of a file.
+const std::vector<std::string>& logLevels();
+
 /// The argument of most verbs, with its completion.
 command_line::Argument channelArgument(const char* name);
 

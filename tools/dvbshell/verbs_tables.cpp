@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::chrono::seconds kLongest{5};
 constexpr std::chrono::seconds kLongestOfCount{60};
+constexpr const char* kJsonOrHex = "--hex prints no JSON; the objects of --json have the bytes in \"section\"";
 
 Pattern readPattern(ArgumentReader& reader) {
     const command_line::Arguments& arguments = reader.arguments();
@@ -40,7 +41,18 @@ Job prepareSections(ArgumentReader& reader) {
     } else if (reader.arguments().has("hex")) {
         request.show = SectionsRequest::Show::hexadecimal;
     }
-    return [request](Session& session) { return followSections(session, request); };
+    const bool asLines = request.show == SectionsRequest::Show::hexadecimal;
+    if (asLines && reader.arguments().has("json")) {
+        reader.refuse(kJsonOrHex);
+    }
+    return [request, asLines](Session& session) {
+        // A prompt may write JSON, too.
+        if (asLines && session.json) {
+            fail(session, kJsonOrHex);
+            return static_cast<int>(kUsageError);
+        }
+        return followSections(session, request);
+    };
 }
 
 Job preparePmt(ArgumentReader& reader) {

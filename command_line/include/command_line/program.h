@@ -79,9 +79,10 @@ struct Program {
     std::vector<Row> files = {};
     std::vector<Row> examples = {};         ///< a command line, and what it does
     std::vector<std::string> seeAlso = {};  ///< names of programs
+    bool isPrompt = false;                  ///< of the standard options it has only --help
 };
 
-/// The program's options, then --help and --version.
+/// The program's options, then --help and, unless it is a prompt, --version.
 std::vector<Option> allOptions(const Program& program);
 /// The options that only this verb, or this verb and a few others, take.
 std::vector<Option> optionsOf(const Program& program, const Verb& verb);

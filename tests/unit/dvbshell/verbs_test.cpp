@@ -1,11 +1,16 @@
 // The verbs on a recorded library: their descriptions, their arguments, and what they print.
 #include "verbs.h"
 
+#include <unistd.h>
+
 #include <atomic>
 #include <csignal>
+#include <cstdio>
+#include <fstream>
 #include <thread>
 
 #include "carousel.h"
+#include "command_line/help.h"
 #include "eventually.h"
 #include "json_printer.h"
 #include "prompt.h"
@@ -110,11 +115,20 @@ TEST(TheVerbs, NameAWrongArgumentAndItsRange) {
     EXPECT_EQ(errorOf("sections 18 --mask 4"), "sections: --mask: \"4\" is not bytes in hexadecimal");
     EXPECT_EQ(errorOf("sections 18 --table 256"),
               "sections: --table: \"256\" is not ID or ID/MASK, each from 0 to 255");
+    EXPECT_THAT(errorOf("--json sections 18 --hex"), StartsWith("sections: --hex prints no JSON"));
     EXPECT_EQ(errorOf("watch --table 0"), "--table is an option of sections");
     EXPECT_EQ(errorOf("pts -1"), "pts: PTS_REQUEST: \"-1\" is not a number from 0 to 4294967295");
     EXPECT_EQ(errorOf("stream-events 1:256"), "stream-events: TAG: \"256\" is not a number from 0 to 255");
     EXPECT_EQ(errorOf("carousel 1:2:3"), "carousel: \"1:2:3\" is not SID or SID:TAG");
     EXPECT_EQ(errorOf("frobnicate"), "unknown command frobnicate");
+}
+
+TEST(ThePrompt, HasHelpAsItsOnlyStandardOption) {
+    const std::string help = command_line::helpText(describe(Place::prompt), 80);
+    EXPECT_THAT(help, HasSubstr("--help"));
+    EXPECT_THAT(help, testing::Not(HasSubstr("--version")));
+    EXPECT_EQ(errorOf("--version", Place::prompt), "unknown option --version");
+    EXPECT_EQ(errorOf("info --print-man", Place::prompt), "unknown option --print-man");
 }
 
 TEST_F(AVerb, SaysWhatIsWrongInTwoLines) {
@@ -180,6 +194,30 @@ TEST_F(AVerb, DoesNotWaitForAServiceThatHasGoneToCloseItsFilters) {
     EXPECT_EQ(run("sections 0 --seconds 60"), kNoService);
     EXPECT_THAT(filters.calls, ElementsAre("startSection 0"));
     EXPECT_THAT(output.text(), HasSubstr("the DTV service has gone; lost: filter on PID 0\n"));
+}
+
+TEST_F(AVerb, DoesNotNameTheShellsOwnFiltersAsLost) {
+    filters.broadcast.clear();
+    filters.opened = [this] { api.result = -32; };
+    EXPECT_EQ(run("channels --seconds 60"), kNoService);
+    EXPECT_THAT(output.text(), HasSubstr("the DTV service has gone\n"));
+}
+
+TEST_F(AVerb, LeavesAFileAloneWhoseSectionsCannotCome) {
+    const std::string path = testing::TempDir() + "kept_sections_" + std::to_string(getpid());
+    std::ofstream(path) << "kept";
+    filters.accepts = false;
+    EXPECT_EQ(run("sections 0 --out " + path), kFailed);
+    std::string kept;
+    std::ifstream(path) >> kept;
+    EXPECT_EQ(kept, "kept");
+    std::remove(path.c_str());
+}
+
+TEST_F(AVerb, RefusesHexadecimalLinesAmongJson) {
+    session.json = true;
+    EXPECT_EQ(run("sections 0 --hex"), kUsageError);
+    EXPECT_THAT(output.text(), StartsWith("--hex prints no JSON"));
 }
 
 TEST_F(AVerb, NamesTheChannelThatFailedAndTheOneThatStays) {
