@@ -26,10 +26,20 @@ std::vector<std::uint8_t> uncompressed(const std::string& bytes, std::size_t siz
     return result;
 }
 
-std::string describe(const si::DownloadInfo& info, const si::DownloadInfo::Module& module) {
-    return "carousel " + std::to_string(info.downloadId) + "  module " + std::to_string(module.id) + ", version " +
-           std::to_string(module.version) + ", " + std::to_string(module.size) + " bytes" +
-           (module.originalSize ? ", compressed from " + std::to_string(*module.originalSize) : "");
+CarouselNews newsOf(const si::ObjectReference& gateway) {
+    return {"carousel " + std::to_string(gateway.carouselId) + "  service gateway in module " +
+                std::to_string(gateway.moduleId),
+            {namedValue("carousel_id", gateway.carouselId), namedValue("module_id", gateway.moduleId)}};
+}
+
+CarouselNews newsOf(const si::DownloadInfo& info, const si::DownloadInfo::Module& module) {
+    const std::string text = "carousel " + std::to_string(info.downloadId) + "  module " + std::to_string(module.id) +
+                             ", version " + std::to_string(module.version) + ", " + std::to_string(module.size) +
+                             " bytes" +
+                             (module.originalSize ? ", compressed from " + std::to_string(*module.originalSize) : "");
+    return {text,
+            {namedValue("carousel_id", info.downloadId), namedValue("module_id", module.id),
+             namedValue("module_version", module.version), namedValue("module_size", module.size)}};
 }
 
 std::string describeEvents(const si::CarouselObject& object) {
@@ -67,7 +77,7 @@ void CarouselReader::Module::read() {
                                 : si::carouselObjects(std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
 }
 
-std::vector<std::string> CarouselReader::add(const std::string& section) {
+std::vector<CarouselNews> CarouselReader::add(const std::string& section) {
     if (const std::optional<si::DownloadBlock> block = si::downloadBlock(section)) {
         addBlock(*block);
         return {};
@@ -76,22 +86,21 @@ std::vector<std::string> CarouselReader::add(const std::string& section) {
         return addInfo(*info);
     }
     const std::optional<si::ObjectReference> gateway = si::serviceGateway(section);
-    return gateway ? addGateway(*gateway) : std::vector<std::string>();
+    return gateway ? addGateway(*gateway) : std::vector<CarouselNews>();
 }
 
-std::vector<std::string> CarouselReader::addGateway(const si::ObjectReference& gateway) {
+std::vector<CarouselNews> CarouselReader::addGateway(const si::ObjectReference& gateway) {
     const auto known = gateways.find(gateway.carouselId);
     const bool isOld = known != gateways.end() && known->second == gateway;
     if (isOld || (known == gateways.end() && gateways.size() == kMostGateways)) {
         return {};
     }
     gateways[gateway.carouselId] = gateway;
-    return {"carousel " + std::to_string(gateway.carouselId) + "  service gateway in module " +
-            std::to_string(gateway.moduleId)};
+    return {newsOf(gateway)};
 }
 
-std::vector<std::string> CarouselReader::addInfo(const si::DownloadInfo& info) {
-    std::vector<std::string> lines;
+std::vector<CarouselNews> CarouselReader::addInfo(const si::DownloadInfo& info) {
+    std::vector<CarouselNews> news;
     for (const si::DownloadInfo::Module& each : info.modules) {
         const Key key{info.downloadId, each.id};
         const auto known = modules.find(key);
@@ -105,13 +114,13 @@ std::vector<std::string> CarouselReader::addInfo(const si::DownloadInfo& info) {
         module.arrived = !module.isReadable();  // nothing is left to wait for
         if (hasRoomFor(key, module)) {
             modules[key] = std::move(module);
-            lines.push_back(describe(info, each));
+            news.push_back(newsOf(info, each));
         } else if (!std::exchange(leavesOut, true)) {
-            lines.push_back("modules are left out: at most " + std::to_string(kMostModules) + " are read, of " +
-                            std::to_string(kMostBytesInAll >> 20U) + " MiB in all");
+            news.push_back({"modules are left out: at most " + std::to_string(kMostModules) + " are read, of " +
+                            std::to_string(kMostBytesInAll >> 20U) + " MiB in all"});
         }
     }
-    return lines;
+    return news;
 }
 
 bool CarouselReader::hasRoomFor(const Key& key, const Module& module) const {

@@ -11,14 +11,21 @@
 #include <string>
 #include <vector>
 
+#include "events.h"
 #include "si/carousel.h"
 
 namespace dvbshell {
 
+/// A line, and the same for programs.
+struct CarouselNews {
+    std::string text;
+    std::vector<message_fields::FieldValue> values = {};
+};
+
 class CarouselReader {
 public:
-    /// Takes a section of a carousel. Returns what is new in words: gateways, modules, that modules are left out.
-    std::vector<std::string> add(const std::string& section);
+    /// Takes a section of a carousel. Returns what is new: gateways, modules, that modules are left out.
+    std::vector<CarouselNews> add(const std::string& section);
     /// Whether the gateway of every carousel is known, and all modules have arrived.
     bool isComplete() const;
     bool hasModules() const { return !modules.empty(); }
@@ -45,8 +52,8 @@ private:
     using Key = std::pair<std::uint32_t, std::uint16_t>;  // carousel and module
 
     void addBlock(const si::DownloadBlock& block);
-    std::vector<std::string> addInfo(const si::DownloadInfo& info);
-    std::vector<std::string> addGateway(const si::ObjectReference& gateway);
+    std::vector<CarouselNews> addInfo(const si::DownloadInfo& info);
+    std::vector<CarouselNews> addGateway(const si::ObjectReference& gateway);
     /// Whether a module may replace the one with the same key, if there is one.
     bool hasRoomFor(const Key& key, const Module& module) const;
     bool hasModuleOf(std::uint32_t carousel) const;

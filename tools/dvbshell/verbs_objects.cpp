@@ -140,9 +140,11 @@ int followEvents(Session& session, const StreamChoice& choice, std::chrono::seco
                           : failInTime(session, "no stream event came in " + std::to_string(longest.count()) + " s");
 }
 
-void reportLines(Session& session, const std::vector<std::string>& lines, const char* name) {
-    for (const std::string& line : lines) {
-        session.report({line}, name, {namedValue("text", line)});
+void reportNews(Session& session, const std::vector<CarouselNews>& news) {
+    for (const CarouselNews& each : news) {
+        std::vector<message_fields::FieldValue> values = each.values;
+        values.push_back(namedValue("text", each.text));
+        session.report({each.text}, "carousel", std::move(values));
     }
 }
 
@@ -161,7 +163,7 @@ int readCarousel(Session& session, const StreamChoice& choice, std::chrono::seco
         if (!event) {
             break;
         }
-        reportLines(session, carousel.add(event->section), "carousel");
+        reportNews(session, carousel.add(event->section));
     }
     if (session.connection.isGone()) {
         return kNoService;
@@ -170,7 +172,9 @@ int readCarousel(Session& session, const StreamChoice& choice, std::chrono::seco
         return failInTime(session, "no module of a carousel came in " + std::to_string(longest.count()) + " s");
     }
     session.printer.note(carousel.progress());
-    reportLines(session, carousel.paths(), "object");
+    for (const std::string& path : carousel.paths()) {
+        session.report({path}, "object", {namedValue("text", path)});
+    }
     return kDone;
 }
 

@@ -305,6 +305,8 @@ TEST_F(AVerb, ReportsInJsonWhatTheSchemaSays) {
                 HasSubstr(R"("event":"channel","onid":1,"tsid":1025,"sid":28106,"name":"Velmora One HD")"));
     EXPECT_THAT(output.text(), HasSubstr(R"("onid":65535,"tsid":65535,"sid":65535,"name":"")"));
     EXPECT_THAT(output.text(), HasSubstr(R"("data":"68656C6C6F")"));
+    EXPECT_THAT(output.text(), HasSubstr(R"("event":"carousel","carousel_id":1,"module_id":1,"text":)"));
+    EXPECT_THAT(output.text(), HasSubstr(R"("carousel_id":1,"module_id":2,"module_version":3,"module_size":)"));
 }
 
 TEST_F(AVerb, SaysWhichPmtDoesNotComeOrHasNoCarousel) {
