@@ -17,6 +17,7 @@ namespace {
 /// The options as getopt_long takes them; an option's value is its index plus one. The result points into `options`.
 std::vector<option> getoptArray(const std::vector<Option>& options) {
     std::vector<option> array;
+    array.reserve(options.size() + 1);
     for (const Option& each : options) {
         array.push_back({each.name.c_str(), each.value.empty() ? no_argument : required_argument, nullptr,
                          static_cast<int>(array.size()) + 1});
@@ -144,6 +145,7 @@ std::optional<Arguments> parse(const Program& program, const std::vector<std::st
     std::vector<std::string> copies = words;
     copies.insert(copies.begin(), program.name);
     std::vector<char*> argv;
+    argv.reserve(copies.size() + 1);
     for (std::string& word : copies) {
         argv.push_back(word.data());
     }

@@ -94,6 +94,7 @@ std::string valueBranches(const std::vector<Option>& options) {
 
 Completion namesOf(const std::vector<Option>& options) {
     std::vector<std::string> names;
+    names.reserve(options.size());
     for (const Option& option : options) {
         names.push_back("--" + option.name);
     }

@@ -32,6 +32,7 @@ std::string usageText(const Program& program, std::size_t width) {
 
 std::string optionRows(const std::vector<Option>& options, std::size_t width) {
     std::vector<std::string> terms;
+    terms.reserve(options.size());
     for (const Option& option : options) {
         terms.push_back(synopsis(option));
     }

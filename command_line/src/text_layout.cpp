@@ -87,6 +87,7 @@ std::string columns(const std::vector<std::string>& terms, std::size_t indent, s
 
 std::string columns(const std::vector<Row>& rows, std::size_t indent, std::size_t width, std::size_t longestTerm) {
     std::vector<std::string> terms;
+    terms.reserve(rows.size());
     for (const Row& row : rows) {
         terms.push_back(row.term);
     }
