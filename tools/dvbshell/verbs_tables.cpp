@@ -1,5 +1,6 @@
 // The verbs about tables: sections, pmt, ait.
 #include "ait_link.h"
+#include "interrupt.h"
 #include "sections.h"
 #include "tuning.h"
 #include "verbs.h"
@@ -88,7 +89,7 @@ int showStored(Session& session, const std::optional<Triplet>& wanted, Clock::ti
         session.print(event);
         came = came || event.kind == EventKind::application;
     });
-    if (asked && !came) {
+    if (asked && !came && !isInterrupted()) {
         session.printer.note("nothing is stored: no AIT has come, or its version is 0");
     }
     return asked ? kDone : kFailed;
