@@ -108,7 +108,7 @@ TEST(TheShell, DoesNotFoldSectionsInHexadecimal) {
     const ServiceProcess service;
     TerminalProcess shell(DVBSHELL, {"sections", "0", "--count", "1", "--hex"}, 50);
     EXPECT_EQ(shell.wait(), 0);
-    EXPECT_THAT(shell.text(), testing::MatchesRegex("[0-9a-f]{60,}\r\n"));
+    EXPECT_THAT(shell.text(), testing::MatchesRegex("[0-9A-F]{60,}\r\n"));
 }
 
 TEST(ThePrompt, BeginsWithWhatIsPresented) {
