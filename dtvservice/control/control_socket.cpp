@@ -119,7 +119,8 @@ bool Connection::sendLine(const std::string& line, std::chrono::milliseconds lon
 }
 
 void Connection::waitAtMost(std::chrono::seconds longest) const {
-    const timeval time{longest.count(), 0};
+    timeval time{};
+    time.tv_sec = static_cast<decltype(time.tv_sec)>(longest.count());
     setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time);
 }
 
