@@ -114,7 +114,7 @@ check_root() {
         [ "$quick$verb" != yestest ] || continue
         step "./run $verb, as root" "root-$verb" 0 root root "project/run $verb"
     done
-    channel=$(awk '/ channel +ccid:/ { print $1; exit }' "$folder/root-demo.log")
+    channel=$(awk '/ channel .*ccid:/ { print $1; exit }' "$folder/root-demo.log")
     add_row "$([ -n "$channel" ] && echo passed || echo "none")" "from clone to first channel" \
         "$(tenths $((cloned + ${channel:-0})))" "" ""
     programs=$(grep -oE 'build/host/bin/[a-z]+' "$project/README.md" | sort -u | sed 's:.*:project/& --help:' | paste -s -d ';')
