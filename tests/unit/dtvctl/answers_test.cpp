@@ -86,7 +86,7 @@ TEST(TheStatisticsText, FitsAHundredColumns) {
 
 TEST(TheStatisticsText, KeepsLongNumbersApart) {
     json answer = aStatus();
-    answer["inputs"][0]["pids"] = {aPid(12345678901234)};
+    answer["inputs"][0]["pids"] = json::array({aPid(12345678901234)});
     EXPECT_THAT(dtvctl::statisticsText(answer), testing::HasSubstr(" 12345678901234 12345678901234 "));
 }
 
