@@ -10,10 +10,10 @@ namespace velmora::msgqueue {
 /// machine.
 inline constexpr std::int64_t kPatience = 200;
 
-/// The current thread's limit.
-inline thread_local std::int64_t lockPatience = kPatience;
+/// The current thread's limit, in milliseconds.
+std::int64_t lockPatience();
 
 }  // namespace velmora::msgqueue
 
 #define BOOST_INTERPROCESS_ENABLE_TIMEOUT_WHEN_LOCKING
-#define BOOST_INTERPROCESS_TIMEOUT_WHEN_LOCKING_DURATION_MS ::velmora::msgqueue::lockPatience
+#define BOOST_INTERPROCESS_TIMEOUT_WHEN_LOCKING_DURATION_MS ::velmora::msgqueue::lockPatience()

@@ -3,6 +3,7 @@
 #include "queue_lock.h"
 
 #include <dirent.h>
+#include <pthread.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -113,16 +114,49 @@ void removeLeftOvers() {
     closedir(directory);
 }
 
+/// A thread's limit during one call, or none. A pthread key instead of thread_local: a browser loads the platform at
+/// run time, and LeakSanitizer crashes on such a library's thread_local while its thread runs on at exit. Without a key
+/// every call has the usual limit.
+class ThreadsLimit {
+public:
+    static const std::int64_t* get() {
+        return key().made ? static_cast<const std::int64_t*>(pthread_getspecific(key().number)) : nullptr;
+    }
+    static void set(const std::int64_t* limit) {
+        if (key().made) {
+            pthread_setspecific(key().number, limit);
+        }
+    }
+
+private:
+    struct Key {
+        pthread_key_t number{};
+        bool made = pthread_key_create(&number, nullptr) == 0;
+    };
+    static const Key& key() {
+        static const Key key;
+        return key;
+    }
+};
+
 /// Changes this thread's limit for the queue's lock during one call.
 class Patience {
 public:
-    explicit Patience(std::int64_t milliseconds) { lockPatience = milliseconds; }
+    explicit Patience(std::int64_t milliseconds) : limit(milliseconds) { ThreadsLimit::set(&limit); }
     Patience(const Patience&) = delete;
     Patience& operator=(const Patience&) = delete;
-    ~Patience() { lockPatience = kPatience; }
+    ~Patience() { ThreadsLimit::set(nullptr); }
+
+private:
+    const std::int64_t limit;
 };
 
 }  // namespace
+
+std::int64_t lockPatience() {
+    const std::int64_t* const limit = ThreadsLimit::get();
+    return limit == nullptr ? kPatience : *limit;
+}
 
 struct IPCMessageQueue::State {
     std::string name;
@@ -191,8 +225,7 @@ void IPCMessageQueue::Receive(IPCMessage& message) {
 }
 
 bool IPCMessageQueue::TrySend(const IPCMessage& message) {
-    thread_local std::vector<std::uint8_t> bytes;
-    bytes.resize(state->queue.get_max_msg_size());
+    std::vector<std::uint8_t> bytes(state->queue.get_max_msg_size());
     const std::size_t length = message.encode(bytes.data(), bytes.size());
     if (length == 0) {
         BLOG_TAGGED(blog::kFailure, "queue %s: a message does not fit %zu bytes; dropped\n", state->name.c_str(),

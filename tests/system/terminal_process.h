@@ -17,10 +17,7 @@ public:
             unsetenv("DTV_LOG_LEVEL");
             unsetenv("COLUMNS");
             setenv("TERM", "xterm", 1);
-            // The leak check crashes at the end of such a process. The same program's leaks are checked without a
-            // terminal.
-            const char* const options = getenv("ASAN_OPTIONS");
-            setenv("ASAN_OPTIONS", (std::string(options == nullptr ? "" : options) + ":detect_leaks=0").c_str(), 1);
+            setenv("LSAN_OPTIONS", "print_suppressions=0:suppressions=" KNOWN_LEAKS, 1);
             setenv("XDG_STATE_HOME", (OwnRunDirectory::instance().path() + "/state").c_str(), 1);
             become(program, std::move(arguments));
         }
