@@ -4,7 +4,7 @@
 
 #include "browser_fixture.h"
 #include "dvb_section_interface.h"
-#include "hex.h"
+#include "message_fields.h"
 
 namespace {
 
@@ -133,7 +133,7 @@ TEST(TheShell, GivesSectionsAsTheyAre) {
     asHex.emplace_back("--hex");
     ChildProcess showing(DVBSHELL, asHex, "showing");
     EXPECT_EQ(showing.wait(), 0);
-    const std::string line = dvbshell::hexOf(following) + "\n";
+    const std::string line = message_fields::hexadecimal(following) + "\n";
     EXPECT_EQ(showing.output(), line + line);
 }
 
@@ -142,7 +142,8 @@ TEST(TheShell, ShowsThePmtOfAnyService) {
     ChildProcess shell(DVBSHELL, {"pmt", "28120", "--json"}, "shell");
     EXPECT_EQ(shell.wait(), 0) << shell.output();
     EXPECT_THAT(shell.output(), testing::HasSubstr(R"("name":"PMT","table_id":2,"program_number":28120)"));
-    EXPECT_THAT(shell.output(), testing::HasSubstr(dvbshell::hexOf(asText(tsmake::pmtSection(kSample.services[3])))));
+    EXPECT_THAT(shell.output(),
+                testing::HasSubstr(message_fields::hexadecimal(asText(tsmake::pmtSection(kSample.services[3])))));
 }
 
 TEST(TheShell, SaysWhatDidNotCome) {

@@ -6,7 +6,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "hex.h"
+#include "message_fields.h"
 #include "si/description.h"
 
 namespace dvbshell {
@@ -89,7 +89,7 @@ void JsonPrinter::print(const Event& event, const std::string& ccid) {
         object["ccid"] = ccid;
     }
     if (!event.section.empty()) {
-        object["section"] = hexOf(event.section);
+        object["section"] = message_fields::hexadecimal(event.section);
         object["table"] = treeOf(si::describeSection(event.section));
     }
     write(output(), object);

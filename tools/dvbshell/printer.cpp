@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "hex.h"
+#include "message_fields.h"
 #include "si/ait.h"
 #include "si/printable.h"
 #include "si/tables.h"
@@ -199,7 +199,7 @@ void Printer::printLines(const std::vector<std::string>& lines, int indent) {
 void Printer::printUnreadable(const Event& event, const char* what, const std::string& error) {
     constexpr std::size_t kMostBytes = 32;
     head(event.time, what,
-         "cannot be read: " + error + ": " + hexOf(event.section.substr(0, kMostBytes)) +
+         "cannot be read: " + error + ": " + message_fields::hexadecimal(event.section.substr(0, kMostBytes)) +
              (event.section.size() > kMostBytes ? "..." : ""));
 }
 

@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "arguments.h"
-#include "hex.h"
+#include "message_fields.h"
 
 namespace dvbshell {
 
@@ -25,7 +25,7 @@ int failWriting(Session& session, const std::string& path) {
 bool show(Session& session, const Event& event, const SectionsRequest& request, std::FILE* file) {
     switch (request.show) {
         case SectionsRequest::Show::hexadecimal:
-            session.printer.note(hexOf(event.section));
+            session.printer.note(message_fields::hexadecimal(event.section));
             return true;
         case SectionsRequest::Show::file:
             return std::fwrite(event.section.data(), 1, event.section.size(), file) == event.section.size();

@@ -52,17 +52,21 @@ constexpr Form componentTag = {"component_tag", Notation::hexadecimal, JsonType:
 constexpr Form componentIndex = {"index", Notation::decimal, JsonType::number, 0, "", listOf(kComponentIndexes)};
 constexpr Form slot = {"slot", Notation::decimal, JsonType::number, 0, "", listOf(kSlots)};
 
-constexpr Form componentType = {"enumeration", Notation::decimal, JsonType::text, 0, "", listOf(kComponentTypes)};
-constexpr Form idType = {"enumeration", Notation::decimal, JsonType::text, 0, "", listOf(kIdTypes)};
-constexpr Form aspectRatio = {"enumeration", Notation::decimal, JsonType::text, 0, "", listOf(kAspectRatios)};
-constexpr Form update = {"enumeration", Notation::decimal, JsonType::text, 0, "", listOf(kUpdates)};
-constexpr Form aitState = {"enumeration", Notation::decimal, JsonType::text, 0, "", listOf(kAitStates)};
-constexpr Form osdState = {"enumeration", Notation::decimal, JsonType::text, 0, "", listOf(kOsdStates)};
-constexpr Form moduleStatus = {"enumeration", Notation::decimal, JsonType::text, 0, "", listOf(kModuleStatuses)};
-constexpr Form controlCode = {"enumeration", Notation::decimal, JsonType::text, 0, "", listOf(kControlCodes)};
-constexpr Form drmResult = {"enumeration", Notation::decimal, JsonType::text, 0, "", listOf(kDrmResults)};
-constexpr Form applicationStatus = {
-    "enumeration", Notation::decimal, JsonType::text, 0, "", listOf(kApplicationStatuses)};
+template <std::size_t count>
+constexpr Form enumeration(const NamedValue (&names)[count]) {
+    return {"enumeration", Notation::decimal, JsonType::text, 0, "", listOf(names)};
+}
+
+constexpr Form componentType = enumeration(kComponentTypes);
+constexpr Form idType = enumeration(kIdTypes);
+constexpr Form aspectRatio = enumeration(kAspectRatios);
+constexpr Form update = enumeration(kUpdates);
+constexpr Form aitState = enumeration(kAitStates);
+constexpr Form osdState = enumeration(kOsdStates);
+constexpr Form moduleStatus = enumeration(kModuleStatuses);
+constexpr Form controlCode = enumeration(kControlCodes);
+constexpr Form drmResult = enumeration(kDrmResults);
+constexpr Form applicationStatus = enumeration(kApplicationStatuses);
 
 constexpr Form flag = {"yes or no", Notation::flag, JsonType::boolean};
 constexpr Form timelineFlags = {"flags", Notation::flags, JsonType::listOfTexts, 0, "", listOf(kTimelineFlags)};
