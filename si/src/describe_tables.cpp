@@ -161,16 +161,19 @@ void nameNetworks(Node& pat) {
     }
 }
 
-/// Says what the descriptors of a stream make of its stream_type.
+/// Says what a stream carries where its descriptors tell more than its stream_type.
 void nameStreams(Bytes section, Node& node) {
     constexpr std::size_t kBehindPid = 2;
     std::string error;
     const std::optional<Pmt> pmt = parsePmt(section, error);
     std::size_t stream = 0;
     for (Node& entry : node.nodes) {
-        if (pmt && entry.name == "stream" && stream < pmt->streams.size() && entry.fields.size() >= kBehindPid) {
-            entry.fields.insert(entry.fields.begin() + std::ptrdiff_t{kBehindPid},
-                                {"carries", streamName(pmt->streams[stream++]), std::nullopt});
+        if (!pmt || entry.name != "stream" || stream >= pmt->streams.size() || entry.fields.size() < kBehindPid) {
+            continue;
+        }
+        const std::string name = streamName(pmt->streams[stream++]);
+        if (entry.fields.front().text.find("(" + name + ")") == std::string::npos) {
+            entry.fields.insert(entry.fields.begin() + std::ptrdiff_t{kBehindPid}, {"carries", name, std::nullopt});
         }
     }
 }

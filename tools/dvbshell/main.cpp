@@ -56,7 +56,7 @@ Job chosenJob(const command_line::Arguments& arguments) {
         return runPrompt;
     }
     std::string error;
-    const Job job = prepare(Place::commandLine, arguments, error);
+    Job job = prepare(Place::commandLine, arguments, error);
     if (!job) {
         command_line::endWithUsageError(program(), error);
     }

@@ -168,10 +168,11 @@ void Printer::printApplications(const Event& event) {
     printLines(treeLines(common), kTextColumn);
     for (std::size_t index = 0; index < ait->applications.size(); ++index) {
         const si::Ait::Application& application = ait->applications[index];
-        const std::string identifier = namedText("organisation_id", application.organisationId) + ", " +
-                                       namedText("application_id", application.applicationId);
-        const std::string name = application.names.empty() ? "(no name)" : application.names.front().text;
-        printLines({identifier + "  " + si::controlCodeName(application.controlCode) + "  " + name}, kTextColumn);
+        std::string line = namedText("organisation_id", application.organisationId);
+        line.append(", ").append(namedText("application_id", application.applicationId));
+        line.append("  ").append(si::controlCodeName(application.controlCode));
+        line.append("  ").append(application.names.empty() ? "(no name)" : application.names.front().text);
+        printLines({line}, kTextColumn);
         printLines({application.url()}, kUrlIndent);
         printLines(treeLines(tree.nodes[common.size() + index].nodes), kUrlIndent);
     }

@@ -80,7 +80,7 @@ public:
     /// Waits a moment for the name of a channel. If it comes later, takeNews() gives it.
     std::string awaitName(const Triplet& channel) {
         reading->wait(Clock::now() + kForName);
-        const std::string name = reading->list().nameOf(channel);
+        std::string name = reading->list().nameOf(channel);
         if (name.empty()) {
             nameless = channel;
         }

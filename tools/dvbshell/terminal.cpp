@@ -149,7 +149,7 @@ std::string folded(const std::string& line, std::size_t width) {
         if (next == std::string::npos) {
             return result.substr(0, result.size() - 1);
         }
-        rest = indent + rest.substr(next);
+        rest.replace(0, next, indent);
     }
     return result + rest;
 }

@@ -214,7 +214,7 @@ void readAit(JsonReader& in, Ait& ait) {
 /// Without the slash that may begin it.
 std::string objectPathOf(JsonReader& in) {
     const std::string text = in.text("object", "");
-    const std::string path = text.substr(text.rfind('/', 0) == 0 ? 1 : 0);
+    std::string path = text.substr(text.rfind('/', 0) == 0 ? 1 : 0);
     if (!text.empty() && ("/" + path + "/").find("//") != std::string::npos) {
         in.fail("object", "has a part without a name");
     }

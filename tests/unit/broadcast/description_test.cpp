@@ -36,6 +36,8 @@ TEST(ADescription, OfAPmtNamesItsStreamsAndTheirDescriptors) {
     EXPECT_EQ(value(pmt, "PCR_PID"), "257");
     ASSERT_EQ(pmt.nodes.size(), 3U);
     EXPECT_EQ(value(pmt.nodes[0], "stream_type"), "0x1B (H.264/14496-10 video (MPEG-4/AVC))");
+    EXPECT_THAT(fields(pmt.nodes[0]),
+                ElementsAre("stream_type=0x1B (H.264/14496-10 video (MPEG-4/AVC))", "elementary_PID=257"));
     EXPECT_EQ(value(pmt.nodes[2], "carries"), "AIT (HbbTV)");
     EXPECT_THAT(fields(descriptor(pmt.nodes[0], "stream_identifier")),
                 ElementsAre("tag=0x52", "length=1", "is=stream_identifier", "component_tag=0x01"));
