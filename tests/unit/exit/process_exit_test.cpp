@@ -136,7 +136,8 @@ bool waitForSentMessage(std::uint32_t identifier) {
     });
 }
 
-/// Runs a reaction on the first section that it receives.
+/// Runs a reaction on the first section that it receives. The process exits while threads use it, so it is never
+/// destroyed.
 class ReactingSectionClient final : public velmora::dtv::SectionFilterClient {
 public:
     explicit ReactingSectionClient(std::function<void()> newReaction) : reaction(std::move(newReaction)) {}
@@ -214,7 +215,7 @@ TEST(AProcess, ExitsWhileAThreadClosesAFilter) {
 
 TEST(AProcess, ExitsWhileAClientSendsFromInsideItsSection) {
     const End end = endOf([] {
-        static ReactingSectionClient client([] {
+        static auto& client = *new ReactingSectionClient([] {
             require(eventually([] { return !recording::logOf("~Proxy").empty(); }));
             BrowserDvbAPI::getInstance()->tuneToService(0, 1, 2, 3, 0);
             require(BrowserDvbAPI::getInstance()->sendPtsRequest(7) == -1);
@@ -228,7 +229,7 @@ TEST(AProcess, ExitsWhileAClientSendsFromInsideItsSection) {
 
 TEST(AProcess, ExitsWhileAClientBlocks) {
     const End end = endOf([] {
-        static ReactingSectionClient client([] {
+        static auto& client = *new ReactingSectionClient([] {
             while (true) {
                 pause();
             }
@@ -241,7 +242,7 @@ TEST(AProcess, ExitsWhileAClientBlocks) {
 
 TEST(AProcess, ExitsFromInsideASection) {
     const End end = endOf([] {
-        static ReactingSectionClient client([] { std::exit(kEnded); });
+        static auto& client = *new ReactingSectionClient([] { std::exit(kEnded); });
         deliverTo(client);
         while (true) {
             pause();
@@ -252,7 +253,7 @@ TEST(AProcess, ExitsFromInsideASection) {
 }
 
 TEST(AProcess, ExitsWhileAListenerHandsOverAnAit) {
-    static BlockingAitClient client;
+    static auto& client = *new BlockingAitClient;
     static std::promise<void> done;
     const End end = endOf(
         [] {
