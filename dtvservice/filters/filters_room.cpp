@@ -65,7 +65,10 @@ void FiltersRoom::cmdFilterClose(Browser asker, const std::string& session) {
 }
 
 void FiltersRoom::cmdStartPMTRequest(Browser asker, const std::string& session, unsigned int serviceId) {
-    filters.openPmt(asker, session, serviceId);
+    if (!filters.openPmt(asker, session, serviceId)) {
+        BLOG_TAGGED(blog::kUnsupported, "PMT request %s refused: the browser has no section queue\n", session.c_str());
+        return;
+    }
     const Section known = core.received().si.pmt(static_cast<std::uint16_t>(serviceId));
     if (!known.empty()) {
         filters.sendTo(asker, session, known);

@@ -62,8 +62,16 @@ std::vector<SectionFilters::Name> SectionFilters::follow(broadcast::Demux& newDe
 
 bool SectionFilters::setQueue(Peer peer, const std::string& name) {
     Browser& browser = browsers[peer];
-    browser.queue.reset(name.empty() ? nullptr : IPCMessageQueue::open(name));
+    browser.closedItsQueue = name.empty();
+    browser.queue.reset(name.empty() ? nullptr : IPCMessageQueue::open(peer, name));
     return name.empty() || browser.queue != nullptr;
+}
+
+bool SectionFilters::hasQueue(Peer peer, Browser& browser) {
+    if (browser.queue == nullptr && !browser.closedItsQueue) {
+        browser.queue.reset(IPCMessageQueue::open(peer, std::string()));
+    }
+    return browser.queue != nullptr;
 }
 
 bool SectionFilters::open(Peer peer, const std::string& session, unsigned int pid,
@@ -76,7 +84,7 @@ bool SectionFilters::open(Peer peer, const std::string& session, unsigned int pi
         error = std::to_string(match.size()) + " bytes to match, " + std::to_string(mask.size()) + " of mask";
     } else if (demux == nullptr) {
         error = "nothing is received";
-    } else if (browser.queue == nullptr) {
+    } else if (!hasQueue(peer, browser)) {
         error = "the browser has no section queue";
     } else if (browser.filters.count(session) != 0) {
         error = "the session is open already";
@@ -92,8 +100,13 @@ bool SectionFilters::open(Peer peer, const std::string& session, unsigned int pi
     return false;
 }
 
-void SectionFilters::openPmt(Peer peer, const std::string& session, unsigned int serviceId) {
-    browsers[peer].filters[session].serviceId = serviceId;
+bool SectionFilters::openPmt(Peer peer, const std::string& session, unsigned int serviceId) {
+    Browser& browser = browsers[peer];
+    if (!hasQueue(peer, browser)) {
+        return false;
+    }
+    browser.filters[session].serviceId = serviceId;
+    return true;
 }
 
 bool SectionFilters::close(Peer peer, const std::string& session) {

@@ -36,13 +36,15 @@ public:
     /// Changes to another demultiplexer, which must outlive the filters. Closes all filters and PMT requests of the old
     /// one and returns them.
     std::vector<Name> follow(broadcast::Demux& newDemux);
-    /// Opens the browser's queue; false if no queue has this name. An empty name closes the queue.
+    /// Opens the browser's queue; false if the browser has none of this name. An empty name closes the queue. A browser
+    /// tells the name only once, to the service that ran then. A service that was started later takes the queue that
+    /// the platform knows.
     bool setQueue(Peer browser, const std::string& name);
     /// False with the reason, for example for an invalid PID or a session that is already open.
     bool open(Peer browser, const std::string& session, unsigned int pid, const std::vector<std::uint8_t>& match,
               const std::vector<std::uint8_t>& mask, std::string& error);
-    /// From now on pmtChanged() sends the service's PMT sections to the session.
-    void openPmt(Peer browser, const std::string& session, unsigned int serviceId);
+    /// From now on pmtChanged() sends the service's PMT sections to the session. False if the browser has no queue.
+    bool openPmt(Peer browser, const std::string& session, unsigned int serviceId);
     /// Closes a filter or PMT request; false if the browser has none with this session.
     bool close(Peer browser, const std::string& session);
     /// Removes everything of a browser that has disconnected.
@@ -64,11 +66,13 @@ private:
     };
     struct Browser {
         std::unique_ptr<velmora::msgqueue::IPCMessageQueue> queue;
+        bool closedItsQueue = false;
         std::map<std::string, Filter> filters;
         std::uint64_t dropped = 0;
         RepeatedMessages messages;
     };
 
+    static bool hasQueue(Peer peer, Browser& browser);
     void noteDropped(Peer peer, Browser& browser);
 
     broadcast::Demux* demux = nullptr;

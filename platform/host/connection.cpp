@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
 #include "host_log.h"
 
@@ -16,10 +17,21 @@ namespace {
 constexpr int kQueued = 1;
 
 /// Makes one system call. Returns 0 or an error number.
-int sendPacket(int descriptor, const iovec* pieces, std::size_t count) {
+int sendPacket(int descriptor, const iovec* pieces, std::size_t count, const SectionRing* ring) {
     msghdr message{};
     message.msg_iov = const_cast<iovec*>(pieces);
     message.msg_iovlen = count;
+    alignas(cmsghdr) std::uint8_t control[CMSG_SPACE(sizeof(int))]{};
+    if (ring != nullptr) {
+        message.msg_control = control;
+        message.msg_controllen = sizeof control;
+        cmsghdr* const attached = CMSG_FIRSTHDR(&message);
+        const int memory = ring->descriptor();
+        attached->cmsg_level = SOL_SOCKET;
+        attached->cmsg_type = SCM_RIGHTS;
+        attached->cmsg_len = CMSG_LEN(sizeof memory);
+        std::memcpy(CMSG_DATA(attached), &memory, sizeof memory);
+    }
     ssize_t sent = 0;
     do {
         sent = sendmsg(descriptor, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
@@ -40,13 +52,14 @@ Connection::~Connection() {
     close(descriptor);
 }
 
-int Connection::send(const void* head, std::size_t headLength, const void* body, std::size_t bodyLength) {
+int Connection::send(const void* head, std::size_t headLength, const void* body, std::size_t bodyLength,
+                     const std::shared_ptr<SectionRing>& ring) {
     const iovec pieces[] = {{const_cast<void*>(head), headLength}, {const_cast<void*>(body), bodyLength}};
     const std::lock_guard<std::mutex> lock(mutex);
     if (stalled) {
         return -ENOTCONN;
     }
-    const int error = outgoing.empty() ? sendPacket(descriptor, pieces, 2) : EAGAIN;
+    const int error = outgoing.empty() ? sendPacket(descriptor, pieces, 2, ring.get()) : EAGAIN;
     if (error == 0) {
         return 0;
     }
@@ -68,7 +81,7 @@ int Connection::send(const void* head, std::size_t headLength, const void* body,
     std::vector<std::uint8_t> packet(headBytes, headBytes + headLength);
     packet.insert(packet.end(), bodyBytes, bodyBytes + bodyLength);
     waitingBytes += packet.size();
-    outgoing.push_back(std::move(packet));
+    outgoing.push_back({std::move(packet), ring});
     return kQueued;
 }
 
@@ -80,12 +93,13 @@ bool Connection::waiting() {
 bool Connection::flush() {
     const std::lock_guard<std::mutex> lock(mutex);
     while (!outgoing.empty()) {
-        const iovec piece{outgoing.front().data(), outgoing.front().size()};
-        const int error = sendPacket(descriptor, &piece, 1);
+        Packet& packet = outgoing.front();
+        const iovec piece{packet.bytes.data(), packet.bytes.size()};
+        const int error = sendPacket(descriptor, &piece, 1, packet.ring.get());
         if (error != 0) {
             return noRoom(error);
         }
-        waitingBytes -= outgoing.front().size();
+        waitingBytes -= packet.bytes.size();
         outgoing.pop_front();
     }
     return true;

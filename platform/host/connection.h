@@ -9,9 +9,12 @@
 #include <atomic>
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
+
+#include "section_ring.h"
 
 namespace host {
 
@@ -31,7 +34,12 @@ public:
 
     /// Sends a packet of two pieces with one system call, or queues it. 0 when sent; 1 when queued: the transport
     /// thread must then watch for room; negative when neither.
-    int send(const void* head, std::size_t headLength, const void* body, std::size_t bodyLength);
+    int send(const void* head, std::size_t headLength, const void* body, std::size_t bodyLength) {
+        return send(head, headLength, body, bodyLength, nullptr);
+    }
+    /// The same, with the ring's descriptor attached to the packet.
+    int send(const void* head, std::size_t headLength, const void* body, std::size_t bodyLength,
+             const std::shared_ptr<SectionRing>& ring);
     /// Whether packets are queued.
     bool waiting();
     /// Sends the queued packets. False when the connection has failed.
@@ -41,12 +49,17 @@ public:
     std::uint64_t dropped = 0;  ///< unusable messages received; the first one is logged
 
 private:
+    struct Packet {
+        std::vector<std::uint8_t> bytes;
+        std::shared_ptr<SectionRing> ring;  // may be null
+    };
+
     const int descriptor;
     const std::uint32_t peerNumber_;
     std::mutex mutex;
-    std::deque<std::vector<std::uint8_t>> outgoing;  // guarded by mutex
-    std::size_t waitingBytes = 0;                    // guarded by mutex
-    bool stalled = false;                            // guarded by mutex
+    std::deque<Packet> outgoing;   // guarded by mutex
+    std::size_t waitingBytes = 0;  // guarded by mutex
+    bool stalled = false;          // guarded by mutex
 };
 
 /// True when the peer process runs as our own user.

@@ -6,6 +6,9 @@
 //    |        | word   | face id| id     |    |        | action | length |
 //    +--------+--------+--------+--------+----+--------+--------+--------+-- - -
 //
+// A packet that begins with "DTVQ" has no envelope. A client gives a section queue to the service with it: the queue's
+// name stands behind the mark, and the descriptor of its memory is attached.
+//
 // Threads: any.
 // Blocks:  never.
 // Fails:   with a text that describes the error.
@@ -15,12 +18,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "frame/message.h"
 
 namespace host {
 
 constexpr std::size_t kEnvelopeSize = 28;
+constexpr std::string_view kQueueMark = "DTVQ";
 
 struct Envelope {
     frame::MsgMeta header;

@@ -19,6 +19,42 @@ struct frameLmqIOService {
 
 namespace host {
 
+namespace {
+
+/// The clients that this process has started. Never destroyed.
+class StartedClients {
+public:
+    static StartedClients& instance() {
+        static auto* const clients = new StartedClients;
+        return *clients;
+    }
+    void add(const std::weak_ptr<IOService>& client) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        clients.erase(std::remove_if(clients.begin(), clients.end(),
+                                     [](const std::weak_ptr<IOService>& each) { return each.expired(); }),
+                      clients.end());
+        clients.push_back(client);
+    }
+    std::vector<std::weak_ptr<IOService>> all() {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return clients;
+    }
+
+private:
+    std::mutex mutex;
+    std::vector<std::weak_ptr<IOService>> clients;  // guarded by mutex
+};
+
+}  // namespace
+
+void offerToServices(const NamedQueue& queue) {
+    for (const std::weak_ptr<IOService>& each : StartedClients::instance().all()) {
+        if (const std::shared_ptr<IOService> client = each.lock()) {
+            client->offer(queue);
+        }
+    }
+}
+
 IOService::IOService(frame::AbstractMarshallingImpl& newOwner)
     : owner(newOwner), wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
@@ -76,10 +112,27 @@ int IOService::start() {
             return result;
         }
     } else {
+        StartedClients::instance().add(weak_from_this());
         tryToConnect();
     }
     thread = std::thread([self = shared_from_this()] { self->run(); });
     return 0;
+}
+
+void IOService::offer(const NamedQueue& queue) {
+    for (const std::shared_ptr<Connection>& connection : connectionsNow()) {
+        give(*connection, {queue});
+    }
+}
+
+void IOService::give(Connection& connection, const std::vector<NamedQueue>& queues) {
+    for (const NamedQueue& queue : queues) {
+        const int sent =
+            connection.send(kQueueMark.data(), kQueueMark.size(), queue.name.data(), queue.name.size(), queue.ring);
+        if (sent > 0) {
+            wake();
+        }
+    }
 }
 
 void IOService::stop() {

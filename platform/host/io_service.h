@@ -16,6 +16,7 @@
 #include "connection.h"
 #include "endpoint.h"
 #include "frame/process_member.h"
+#include "queue_exchange.h"
 
 namespace host {
 
@@ -33,6 +34,8 @@ public:
     bool ready() const { return wakeUp >= 0; }
     int start();
     void stop();
+    /// A client: gives the queue to the services that it is connected to.
+    void offer(const NamedQueue& queue);
 
 private:
     struct Handler {
@@ -53,8 +56,10 @@ private:
     void adopt(int connectedSocket);
     void tellOfNewConnections();
     void closeConnection(const std::shared_ptr<Connection>& connection);
+    void give(Connection& connection, const std::vector<NamedQueue>& queues);
     bool receiveAll(Connection& connection);
-    void take(Connection& connection, const std::uint8_t* packet, std::size_t length);
+    void take(Connection& connection, const std::uint8_t* packet, std::size_t length, int attached);
+    void takeQueue(Connection& connection, const std::string& name, int attached);
     void drop(Connection& connection, const std::string& reason);
 
     frame::AbstractMarshallingImpl& owner;
@@ -71,5 +76,9 @@ private:
     std::atomic<bool> stopping{false};
     std::thread thread;  // used by the thread that starts and stops
 };
+
+/// Gives the queue to the services that this process is connected to. Later services get it when they are connected.
+/// Any thread.
+void offerToServices(const NamedQueue& queue);
 
 }  // namespace host

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 #include "envelope.h"
 #include "host_log.h"
@@ -22,6 +23,32 @@ constexpr int kForever = -1;
 constexpr std::size_t kLargestPacket = 1U << 20U;
 /// Most packets read from one connection before the next connection is served.
 constexpr int kPacketsInARow = 64;
+
+/// The descriptors that came with a packet; closes them.
+class AttachedDescriptors {
+public:
+    explicit AttachedDescriptors(msghdr& message) {
+        for (cmsghdr* each = CMSG_FIRSTHDR(&message); each != nullptr; each = CMSG_NXTHDR(&message, each)) {
+            if (each->cmsg_level == SOL_SOCKET && each->cmsg_type == SCM_RIGHTS) {
+                const std::size_t start = descriptors.size();
+                descriptors.resize(start + (each->cmsg_len - CMSG_LEN(0)) / sizeof(int));
+                std::memcpy(descriptors.data() + start, CMSG_DATA(each), (descriptors.size() - start) * sizeof(int));
+            }
+        }
+    }
+    AttachedDescriptors(const AttachedDescriptors&) = delete;
+    AttachedDescriptors& operator=(const AttachedDescriptors&) = delete;
+    ~AttachedDescriptors() {
+        for (const int descriptor : descriptors) {
+            close(descriptor);
+        }
+    }
+    /// The first one, or -1.
+    int first() const { return descriptors.empty() ? -1 : descriptors.front(); }
+
+private:
+    std::vector<int> descriptors;
+};
 
 std::uint32_t nextPeerNumber() {
     static std::atomic<std::uint32_t> last{0};
@@ -91,9 +118,20 @@ void IOService::adopt(int connectedSocket) {
         return;
     }
     const auto connection = std::make_shared<Connection>(connectedSocket, nextPeerNumber());
-    const std::lock_guard<std::mutex> lock(mutex);
-    connections.push_back(connection);
-    untold.push_back(connection);
+    // Before the first command, so that a new service knows the queue when a filter is opened.
+    const std::vector<NamedQueue> queues = isService() ? std::vector<NamedQueue>() : OwnQueues::instance().all();
+    give(*connection, queues);
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        connections.push_back(connection);
+        untold.push_back(connection);
+    }
+    if (!isService()) {
+        // A queue that was made meanwhile did not find the connection. One that did comes twice, which does no harm.
+        std::vector<NamedQueue> since = OwnQueues::instance().all();
+        since.erase(since.begin(), since.begin() + static_cast<std::ptrdiff_t>(std::min(queues.size(), since.size())));
+        give(*connection, since);
+    }
 }
 
 /// Callbacks run on this thread, even for the connection that start() made on its caller's thread.
@@ -116,6 +154,7 @@ void IOService::closeConnection(const std::shared_ptr<Connection>& connection) {
         const std::lock_guard<std::mutex> lock(mutex);
         connections.erase(std::remove(connections.begin(), connections.end(), connection), connections.end());
     }
+    GivenQueues::instance().forget(connection->peer());
     // A send that still holds the connection then fails.
     shutdown(connection->socket(), SHUT_RDWR);
     if (connection->dropped > 1) {
@@ -131,9 +170,12 @@ void IOService::closeConnection(const std::shared_ptr<Connection>& connection) {
 bool IOService::receiveAll(Connection& connection) {
     for (int count = 0; count < kPacketsInARow && !stopping; ++count) {
         iovec piece{receiveBuffer.data(), receiveBuffer.size()};
+        alignas(cmsghdr) std::uint8_t control[CMSG_SPACE(sizeof(int))];
         msghdr message{};
         message.msg_iov = &piece;
         message.msg_iovlen = 1;
+        message.msg_control = control;
+        message.msg_controllen = sizeof control;
         const ssize_t received = recvmsg(connection.socket(), &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
         if (received < 0) {
             return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
@@ -141,16 +183,22 @@ bool IOService::receiveAll(Connection& connection) {
         if (received == 0) {
             return false;
         }
+        const AttachedDescriptors attached(message);
         if ((message.msg_flags & MSG_TRUNC) != 0) {
             drop(connection, "packet is longer than " + std::to_string(receiveBuffer.size()) + " bytes");
         } else {
-            take(connection, receiveBuffer.data(), static_cast<std::size_t>(received));
+            take(connection, receiveBuffer.data(), static_cast<std::size_t>(received), attached.first());
         }
     }
     return true;
 }
 
-void IOService::take(Connection& connection, const std::uint8_t* packet, std::size_t length) {
+void IOService::take(Connection& connection, const std::uint8_t* packet, std::size_t length, int attached) {
+    const std::string_view text(reinterpret_cast<const char*>(packet), length);
+    if (text.substr(0, kQueueMark.size()) == kQueueMark) {
+        takeQueue(connection, std::string(text.substr(kQueueMark.size())), attached);
+        return;
+    }
     Envelope envelope;
     std::string error;
     if (!unpackEnvelope(packet, length, envelope, error)) {
@@ -173,6 +221,20 @@ void IOService::take(Connection& connection, const std::uint8_t* packet, std::si
     frame::TransportInfo transport;
     transport.peer = connection.peer();
     handler->second.function(header, transport, record.record(), handler->second.context);
+}
+
+void IOService::takeQueue(Connection& connection, const std::string& name, int attached) {
+    std::string error;
+    if (!isService()) {
+        error = "only clients give queues";
+    } else if (attached < 0) {
+        error = "its memory did not come with it";
+    } else {
+        GivenQueues::instance().give(connection.peer(), name, attached, error);
+    }
+    if (!error.empty()) {
+        drop(connection, "section queue " + name.substr(0, GivenQueues::kLongestName) + ": " + error);
+    }
 }
 
 void IOService::drop(Connection& connection, const std::string& reason) {

@@ -83,7 +83,8 @@ IPCMessageQueue* IPCMessageQueue::create(const std::string& name, std::size_t ma
     return new IPCMessageQueue(std::make_unique<State>(State{channel}));
 }
 
-IPCMessageQueue* IPCMessageQueue::open(const std::string& name) {
+/// Each peer has all queues of the process, but only by name.
+IPCMessageQueue* IPCMessageQueue::open(std::uint32_t, const std::string& name) {
     Channel* const channel = Channels::instance().find(name);
     return channel == nullptr ? nullptr : new IPCMessageQueue(std::make_unique<State>(State{channel}));
 }
@@ -154,7 +155,8 @@ std::vector<ThreadKind> threadsCreated() {
 }
 
 bool writeSection(const std::string& queue, const std::string& session, const std::vector<std::uint8_t>& section) {
-    const std::unique_ptr<velmora::msgqueue::IPCMessageQueue> handle(velmora::msgqueue::IPCMessageQueue::open(queue));
+    const std::unique_ptr<velmora::msgqueue::IPCMessageQueue> handle(
+        velmora::msgqueue::IPCMessageQueue::open(frame::kAnyId, queue));
     if (!handle) {
         return false;
     }

@@ -83,6 +83,33 @@ TEST_F(ABrowserWithAQueue, IsRefusedAFilterWithALoggedReason) {
     EXPECT_THAT(process.log(), testing::HasSubstr("filter " + kSession + " refused: "));
 }
 
+TEST_F(ABrowserWithAQueue, NeedNotTellItsNameToANewService) {
+    for (int round = 0; round < 2; ++round) {
+        const ServiceProcess process;
+        ASSERT_TRUE(presents(kSample.services[2]));
+        ASSERT_TRUE(sends(&Commands::cmdFilterOpen, kSession, kEitPid, ofTheFollowingEvent()));
+        EXPECT_TRUE(hears("onBrowserOpenFilterConf(18, " + shown(kSession) + ", 0)"));
+        EXPECT_EQ(received().first, kSession);
+        ASSERT_TRUE(sends(&Commands::cmdFilterClose, kSession));
+        ASSERT_TRUE(sends(&Commands::cmdStartPMTRequest, "a PMT request", 28108U));
+        while (received().first != "a PMT request") {
+        }
+    }
+}
+
+TEST_F(ABrowserWithAQueue, IsRefusedEverythingAfterItClosedTheQueue) {
+    const ServiceProcess process;
+    ASSERT_TRUE(presents(kSample.services[2]));
+    ASSERT_TRUE(sends(&Commands::cmdUpdateIPCChannelNames, std::string(), std::string(), std::string()));
+    ASSERT_TRUE(sends(&Commands::cmdFilterOpen, kSession, kEitPid, ofTheFollowingEvent()));
+    EXPECT_TRUE(hears("onBrowserOpenFilterConf(18, " + shown(kSession) + ", -1)"));
+    ASSERT_TRUE(sends(&Commands::cmdStartPMTRequest, "a PMT request", 28108U));
+    EXPECT_TRUE(eventually([&] {
+        return process.log().find("PMT request a PMT request refused: the browser has no section queue") !=
+               std::string::npos;
+    }));
+}
+
 TEST_F(ABrowserWithAQueue, GetsALogLineForAMissingQueue) {
     const ServiceProcess process;
     const std::string missing = "SECTION-missing-" + std::to_string(getpid());

@@ -34,10 +34,11 @@ public:
     void browserConnected(const frame::TransportInfo&) override {}
     void browserDisconnected(const frame::TransportInfo&) override {}
 
-    int cmdUpdateIPCChannelNames(frame::MsgIds&, const frame::TransportInfo&, const std::string& sectionDataChannel,
-                                 const std::string&, const std::string&) override {
+    int cmdUpdateIPCChannelNames(frame::MsgIds&, const frame::TransportInfo& transport,
+                                 const std::string& sectionDataChannel, const std::string&,
+                                 const std::string&) override {
         const std::lock_guard<std::mutex> lock(mutex);
-        queue.reset(IPCMessageQueue::open(sectionDataChannel));
+        queue.reset(IPCMessageQueue::open(transport.peer, sectionDataChannel));
         return 0;
     }
     int cmdFilterOpen(frame::MsgIds& ids, const frame::TransportInfo&, const std::string& session, unsigned int pid,

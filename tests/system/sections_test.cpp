@@ -72,6 +72,32 @@ TEST_F(ABrowser, ReceivesThePmtOfAnotherService) {
     EXPECT_EQ(filters->stopPMTRequest(&client, session), 0);
 }
 
+TEST_F(ABrowser, OpensFiltersWithAServiceThatWasStartedAnew) {
+    auto service = std::make_unique<ServiceProcess>();
+    ASSERT_TRUE(connected());
+    std::string error;
+    auto* const filters = static_cast<velmora::dtv::DVBSectionInterface*>(
+        dvbshell::loadInterface(LIBRARY_FILE, "SectionFilterAPI", error));
+    static auto& client = *new CountingSections;
+    const std::string session = filters->generateSessionName();
+    ASSERT_TRUE(filters->startSection(&client, session, 0x00, nullptr, nullptr, 0));
+    ASSERT_TRUE(eventually([] { return client.distinct() == 1; }));
+    service->end(SIGKILL);
+    ASSERT_TRUE(eventually([this] { return api->sendPtsRequest(0) < 0; }));
+    service = std::make_unique<ServiceProcess>();
+    ASSERT_TRUE(connected());
+    EXPECT_FALSE(filters->stopSection(&client, session)) << "the new service does not know it";
+    client.forget();
+    ASSERT_TRUE(filters->startSection(&client, session, 0x00, nullptr, nullptr, 0)) << "under the same name";
+    EXPECT_TRUE(eventually([] { return client.distinct() == 1; }));
+    static auto& pmt = *new CountingSections;
+    const std::string request = filters->generateSessionName();
+    EXPECT_EQ(filters->startPMTRequest(&pmt, request, 28108), 0);
+    EXPECT_TRUE(eventually([] { return pmt.distinct() == 1; }));
+    EXPECT_TRUE(filters->stopSection(&client, session));
+    EXPECT_EQ(filters->stopPMTRequest(&pmt, request), 0);
+}
+
 TEST_F(ABrowser, KeepsFiltersUntilTheMultiplexChanges) {
     tsmake::Multiplex other = kSample;
     other.transportStreamId = 1026;

@@ -2,6 +2,7 @@
 #include <set>
 
 #include "browser_fixture.h"
+#include "message_fields.h"
 
 namespace {
 
@@ -49,13 +50,11 @@ TEST_F(ABrowserOfTheOtherWidth, GetsTheSameEvents) {
     EXPECT_EQ(api->setAudioSource("broadcast"), 0) << "the command's record and the answer's";
 }
 
-TEST_F(ABrowserOfTheOtherWidth, IsRefusedSectionFiltersWithTheReason) {
+TEST_F(ABrowserOfTheOtherWidth, GetsTheSectionsOfAFilter) {
     const ServiceProcess service = start();
     ASSERT_TRUE(connected());
-    ChildProcess shell(DVBSHELL, {"sections", "0", "--seconds", "5"}, "shell");
-    EXPECT_EQ(shell.wait(), 1);
-    EXPECT_EQ(shell.output(), "dvbshell: the DTV service did not open a filter on PID 0\n");
-    EXPECT_THAT(service.log(), testing::ContainsRegex("queue SECTION-.* belongs to a 32-bit process: sections do not "
-                                                      "reach it from this one of 64 bits"));
-    EXPECT_THAT(service.log(), testing::HasSubstr("refused: the browser has no section queue"));
+    ChildProcess shell(DVBSHELL, {"sections", "0", "--count", "2", "--hex", "--seconds", "60"}, "shell");
+    EXPECT_EQ(shell.wait(), 0);
+    const std::string pat = message_fields::hexadecimal(asText(tsmake::patSection(kSample))) + "\n";
+    EXPECT_EQ(shell.output(), pat + pat);
 }

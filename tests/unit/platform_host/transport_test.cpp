@@ -1,4 +1,5 @@
 // The transport between processes: connecting, sending, losing the other side, and invalid packets.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -7,6 +8,8 @@
 #include <sys/un.h>
 #include <sys/wait.h>
 
+#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -14,6 +17,8 @@
 #include "become.h"
 #include "eventually.h"
 #include "members.h"
+#include "ovx/log.h"
+#include "platform/host/section_ring.h"
 #include "run_directory.h"
 
 namespace {
@@ -48,11 +53,34 @@ public:
     void send(const std::vector<std::uint8_t>& bytes) {
         EXPECT_EQ(::send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
     }
+    /// Gives a section queue with these descriptors attached.
+    void giveQueue(const std::string& name, std::vector<int> attached) {
+        std::string packet = "DTVQ" + name;
+        iovec piece{packet.data(), packet.size()};
+        std::vector<cmsghdr> control(CMSG_SPACE(attached.size() * sizeof(int)) / sizeof(cmsghdr) + 1);
+        msghdr message{};
+        message.msg_iov = &piece;
+        message.msg_iovlen = 1;
+        if (!attached.empty()) {
+            message.msg_control = control.data();
+            message.msg_controllen = CMSG_SPACE(attached.size() * sizeof(int));
+            control[0].cmsg_level = SOL_SOCKET;
+            control[0].cmsg_type = SCM_RIGHTS;
+            control[0].cmsg_len = CMSG_LEN(attached.size() * sizeof(int));
+            std::memcpy(CMSG_DATA(control.data()), attached.data(), attached.size() * sizeof(int));
+        }
+        EXPECT_EQ(sendmsg(descriptor, &message, MSG_NOSIGNAL), static_cast<ssize_t>(packet.size()));
+    }
     bool good = false;
 
 private:
     int descriptor;
 };
+
+std::size_t openDescriptors() {
+    const std::filesystem::directory_iterator entries("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
 
 /// A complete packet of the test command.
 std::vector<std::uint8_t> goodPacket() {
@@ -222,6 +250,44 @@ TEST(TheTransport, DropsWhatIsNoMessageAndGoesOn) {
     }));
     EXPECT_EQ(service.disconnected, 0);
     EXPECT_THAT(logText(), testing::HasSubstr("shorter than an envelope; dropped"));
+}
+
+TEST(TheTransport, RefusesWhatIsNoSectionQueueWithTheReason) {
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    std::string error;
+    const std::shared_ptr<host::SectionRing> ring = host::SectionRing::create(100, 8, error);
+    const int file = open("/dev/null", O_RDWR | O_CLOEXEC);
+    BLOG_WRITE(blog::kAlways, "%s", "opens the log");
+    const std::size_t before = openDescriptors();
+    {
+        // The first reason of each peer has a line.
+        RawClient nothing("toy");
+        nothing.giveQueue("without", {});
+        RawClient other("toy");
+        other.giveQueue("file", {file, file, file});
+        RawClient longName("toy");
+        longName.giveQueue(std::string(65, 'x'), {ring->descriptor()});
+        RawClient noName("toy");
+        noName.giveQueue("", {ring->descriptor()});
+        RawClient many("toy");
+        for (const char* name : {"a", "b", "c", "d", "a", "e"}) {
+            many.giveQueue(name, {ring->descriptor()});
+        }
+        for (RawClient* each : {&nothing, &other, &longName, &noName, &many}) {
+            each->send(goodPacket());
+        }
+        ASSERT_TRUE(eventually([&] { return service.received().size() == 5; }));
+    }
+    ASSERT_TRUE(eventually([&] { return service.disconnected == 5; }));
+    EXPECT_TRUE(eventually([before] { return openDescriptors() == before; })) << openDescriptors();
+    close(file);
+    const std::string log = logText();
+    EXPECT_THAT(log, testing::HasSubstr("section queue without: its memory did not come with it; dropped"));
+    EXPECT_THAT(log, testing::HasSubstr("section queue file: its memory may shrink; dropped"));
+    EXPECT_THAT(log, testing::HasSubstr(": its name has 65 characters; dropped"));
+    EXPECT_THAT(log, testing::HasSubstr("section queue : its name has 0 characters; dropped"));
+    EXPECT_THAT(log, testing::HasSubstr("section queue e: the peer has 4 queues already; dropped"));
 }
 
 TEST(TheTransport, LogsTheFirstBadMessageOfAPeerAlone) {

@@ -1,6 +1,6 @@
-// IPC message queue: moves bulk data between two processes that know the queue's name. One process creates the queue
-// and reads it on one thread; the other opens it and writes. The queue throws its errors as
-// boost::interprocess::interprocess_exception.
+// IPC message queue: moves bulk data between two processes. A browser creates the queue and reads it on one thread; the
+// DTV service opens it and writes. The platform makes the browser's queues known to each service that it connects to. A
+// platform may throw a reader's errors as boost::interprocess::interprocess_exception.
 #pragma once
 
 #include <cstddef>
@@ -47,15 +47,17 @@ public:
 class DTV_PLATFORM_API IPCMessageQueue {
 public:
     /// Creates the queue and replaces an old one with the same name. Null when it cannot be created; throws nothing.
-    /// Takes messages of at least `maxMessageSize` bytes and holds at least `maxMessages` of them.
+    /// Takes messages of at least `maxMessageSize` bytes and holds at least `maxMessages` of them. Any thread.
     static IPCMessageQueue* create(const std::string& name, std::size_t maxMessageSize, std::size_t maxMessages);
 
-    /// Opens a queue that another process has created. Null when there is none, or when this process cannot use it.
-    static IPCMessageQueue* open(const std::string& name);
+    /// Opens the queue of that name that the process behind a connection has created; with an empty name the one that
+    /// it has created last. A peer has only its own queues, and they come before the commands that it sends after
+    /// creating them. Null when it has none. Any thread.
+    static IPCMessageQueue* open(std::uint32_t peer, const std::string& name);
 
     IPCMessageQueue(const IPCMessageQueue&) = delete;
     IPCMessageQueue& operator=(const IPCMessageQueue&) = delete;
-    /// The creator's handle removes the queue's name. If the creator was killed, the other process's handle removes it.
+    /// The creator's handle withdraws the queue's name. The memory goes with the last of both processes' handles.
     ~IPCMessageQueue();
 
     /// Waits for a message and reads it into `message`. Drops bytes that are not a message of that kind, with a line,

@@ -1,0 +1,220 @@
+// Layout of the shared memory, and the two sides' steps. A futex in the memory wakes the reader.
+#include "section_ring.h"
+
+#include <fcntl.h>
+#include <linux/futex.h>
+#include <linux/magic.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <new>
+
+namespace host {
+
+/// Begins the memory. The same bytes in processes of both widths. Writer and reader each have a cache line.
+struct SectionRing::Header {
+    std::uint64_t mark;
+    std::uint32_t slotSize;
+    std::uint32_t slots;
+    alignas(64) std::atomic<std::uint32_t> written;  // by the writer
+    alignas(64) std::atomic<std::uint32_t> read;     // by the reader
+    alignas(64) std::atomic<std::uint32_t> asleep;   // 1 while the reader waits; its futex
+};
+
+namespace {
+
+using Word = std::atomic<std::uint32_t>;
+static_assert(Word::is_always_lock_free && sizeof(Word) == sizeof(std::uint32_t));
+
+constexpr std::uint64_t kMark = 0x44545652494E4731;  // "DTVRING1"
+constexpr std::size_t kHeaderSize = 256;
+constexpr std::size_t kCacheLine = 64;
+constexpr int kSeals = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL;
+
+std::size_t strideOf(std::size_t slotSize) {
+    return (sizeof(std::uint32_t) + slotSize + kCacheLine - 1) / kCacheLine * kCacheLine;
+}
+
+std::size_t sizeOf(std::size_t slotSize, std::size_t slots) {
+    return kHeaderSize + strideOf(slotSize) * slots;
+}
+
+std::string because(const char* what) {
+    return std::string(what) + ": " + std::strerror(errno);
+}
+
+/// The kernel's time for this call, whatever the C library's time_t is.
+struct KernelTime {
+    long seconds;
+    long nanoseconds;
+};
+
+/// Sleeps while the word is 1. A writer that is killed before its wake-up costs no more than the time limit.
+void sleepOn(Word& word) {
+    const KernelTime limit{1, 0};
+    syscall(SYS_futex, &word, FUTEX_WAIT, 1, &limit, nullptr, 0);
+}
+
+void wake(Word& word) {
+    syscall(SYS_futex, &word, FUTEX_WAKE, 1, nullptr, nullptr, 0);
+}
+
+/// The shared memory cannot shrink under its users and is ordinary memory: an access to it never fails.
+bool isSafe(int descriptor, std::string& error) {
+    const int seals = fcntl(descriptor, F_GET_SEALS);
+    struct statfs system {};
+    if (seals < 0 || (seals & F_SEAL_SHRINK) == 0) {
+        error = "its memory may shrink";
+    } else if (fstatfs(descriptor, &system) != 0 || static_cast<unsigned long>(system.f_type) != TMPFS_MAGIC) {
+        error = "its memory is of another kind";
+    }
+    return error.empty();
+}
+
+void* map(int descriptor, std::size_t size) {
+    void* const mapping = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
+    return mapping == MAP_FAILED ? nullptr : mapping;
+}
+
+}  // namespace
+
+std::shared_ptr<SectionRing> SectionRing::create(std::size_t messageSize, std::size_t messages, std::string& error) {
+    static_assert(sizeof(Header) <= kHeaderSize);
+    std::size_t slots = 1;
+    while (slots < messages && slots < kMostMessages) {
+        slots *= 2;
+    }
+    if (messageSize == 0 || messageSize > kLargestMessage || messages == 0 || messages > slots) {
+        error = std::to_string(messages) + " messages of " + std::to_string(messageSize) + " bytes are out of range";
+        return nullptr;
+    }
+    const std::size_t size = sizeOf(messageSize, slots);
+    const int memory = memfd_create("section queue", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+    if (memory < 0) {
+        error = because("no memory to share");
+        return nullptr;
+    }
+    void* mapping = nullptr;
+    if (ftruncate(memory, static_cast<off_t>(size)) != 0 || fallocate(memory, 0, 0, static_cast<off_t>(size)) != 0 ||
+        fcntl(memory, F_ADD_SEALS, kSeals) != 0 || (mapping = map(memory, size)) == nullptr) {
+        error = because("no memory to share");
+        close(memory);
+        return nullptr;
+    }
+    new (mapping) Header{kMark, static_cast<std::uint32_t>(messageSize), static_cast<std::uint32_t>(slots), {}, {}, {}};
+    return std::shared_ptr<SectionRing>(new SectionRing(mapping, size, memory));
+}
+
+std::shared_ptr<SectionRing> SectionRing::open(int descriptor, std::string& error) {
+    struct stat found {};
+    if (!isSafe(descriptor, error)) {
+        return nullptr;
+    }
+    if (fstat(descriptor, &found) != 0 || found.st_size < static_cast<off_t>(kHeaderSize) ||
+        found.st_size > static_cast<off_t>(sizeOf(kLargestMessage, kMostMessages))) {
+        error = "its memory has " + std::to_string(found.st_size) + " bytes";
+        return nullptr;
+    }
+    const auto size = static_cast<std::size_t>(found.st_size);
+    void* const mapping = map(descriptor, size);
+    if (mapping == nullptr) {
+        error = because("its memory cannot be mapped");
+        return nullptr;
+    }
+    const std::shared_ptr<SectionRing> ring(new SectionRing(mapping, size, -1));
+    // The ring's own copies are checked: the creator may write to the memory at any time.
+    if (ring->header.mark != kMark || ring->slotSize == 0 || ring->slotSize > kLargestMessage || ring->slots == 0 ||
+        ring->slots > kMostMessages || (ring->slots & (ring->slots - 1)) != 0 ||
+        sizeOf(ring->slotSize, ring->slots) != size) {
+        error = "its memory has another layout";
+        return nullptr;
+    }
+    // An earlier writer may have left a place that no reader can follow.
+    const std::uint32_t read = ring->header.read;
+    if (ring->place - read > ring->slots) {
+        ring->place = read;
+    }
+    return ring;
+}
+
+SectionRing::SectionRing(void* newMapping, std::size_t newMappedSize, int newMemory)
+    : mapping(newMapping),
+      mappedSize(newMappedSize),
+      memory(newMemory),
+      header(*static_cast<Header*>(newMapping)),
+      slotSize(*const_cast<volatile std::uint32_t*>(&header.slotSize)),
+      slots(*const_cast<volatile std::uint32_t*>(&header.slots)),
+      place(header.written) {}
+
+SectionRing::~SectionRing() {
+    munmap(mapping, mappedSize);
+    if (memory >= 0) {
+        close(memory);
+    }
+}
+
+std::uint8_t* SectionRing::slotAt(std::uint32_t index) const {
+    return static_cast<std::uint8_t*>(mapping) + kHeaderSize + strideOf(slotSize) * (index & (slots - 1));
+}
+
+std::uint8_t* SectionRing::nextSlot() {
+    const std::uint32_t unread = place - header.read.load(std::memory_order_acquire);
+    if (unread >= slots) {
+        // Full, or one of the counts was overwritten: each side then puts its own right.
+        header.written.store(place, std::memory_order_release);
+        return nullptr;
+    }
+    return slotAt(place) + sizeof(std::uint32_t);
+}
+
+void SectionRing::publish(std::size_t length) {
+    const auto stored = static_cast<std::uint32_t>(length);
+    std::memcpy(slotAt(place), &stored, sizeof stored);
+    ++place;
+    // In one order with the reader's announcement that it sleeps: one of the two sees the other.
+    header.written.store(place, std::memory_order_seq_cst);
+    if (header.asleep.load(std::memory_order_seq_cst) != 0 && header.asleep.exchange(0) != 0) {
+        wake(header.asleep);
+    }
+}
+
+/// Whether a message waits. A count that no writer can reach means none.
+bool SectionRing::hasMessage() const {
+    const std::uint32_t waiting = header.written.load(std::memory_order_seq_cst) - place;
+    return waiting != 0 && waiting <= slots;
+}
+
+void SectionRing::waitForMessage() {
+    while (!hasMessage()) {
+        header.read.store(place, std::memory_order_release);
+        header.asleep.store(1, std::memory_order_seq_cst);
+        if (!hasMessage()) {
+            sleepOn(header.asleep);
+        }
+        header.asleep.store(0, std::memory_order_relaxed);
+    }
+}
+
+std::size_t SectionRing::receive(std::uint8_t* bytes) {
+    waitForMessage();
+    const std::uint8_t* const slot = slotAt(place);
+    std::uint32_t length = 0;
+    std::memcpy(&length, slot, sizeof length);
+    // Keeps the compiler from reading the length again after the check: the writer may change it.
+    asm volatile("" : "+r"(length));
+    if (length > slotSize) {
+        length = 0;
+    }
+    std::memcpy(bytes, slot + sizeof length, length);
+    ++place;
+    header.read.store(place, std::memory_order_release);
+    return length;
+}
+
+}  // namespace host
