@@ -34,8 +34,8 @@ const sockaddr* asGeneric(const sockaddr_un& address) {
     return reinterpret_cast<const sockaddr*>(&address);
 }
 
-int makeSocket() {
-    return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+int makeSocket(int flags = 0) {
+    return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0);
 }
 
 /// False at the end of the time.
@@ -167,7 +167,7 @@ Listener::Listener(const std::string& newPath, std::string& error) : path(newPat
     }
     // Only one service runs at a time: it holds the service's name. A socket at this path is therefore a leftover.
     unlink(path.c_str());
-    const int made = makeSocket();
+    const int made = makeSocket(SOCK_NONBLOCK);
     const mode_t before = umask(0177);
     const bool listening =
         made >= 0 && bind(made, asGeneric(address), sizeof address) == 0 && listen(made, SOMAXCONN) == 0;
@@ -189,8 +189,16 @@ Listener::~Listener() {
     }
 }
 
-Connection Listener::accept() const {
-    return Connection(accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC));
+Connection Listener::accept(std::string& problem) const {
+    Connection connection(accept4(descriptor, nullptr, nullptr, SOCK_CLOEXEC));
+    if (!connection) {
+        const bool hasGone = errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR || errno == ECONNABORTED;
+        problem = hasGone ? "" : std::strerror(errno);
+        return connection;
+    }
+    constexpr uid_t kRoot = 0;
+    const std::optional<uid_t> user = connection.peerUser();
+    return user == geteuid() || user == kRoot ? std::move(connection) : Connection();
 }
 
 }  // namespace control

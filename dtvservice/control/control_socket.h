@@ -67,7 +67,9 @@ public:
 
     explicit operator bool() const { return descriptor >= 0; }
     int fd() const { return descriptor; }
-    Connection accept() const;
+    /// A connection of the same user or of root, or an empty one. The text tells why operators must wait, for example
+    /// because the process has no more descriptors; it is empty if only this one is refused.
+    Connection accept(std::string& problem) const;
 
 private:
     std::string path;

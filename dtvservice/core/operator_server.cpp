@@ -8,7 +8,10 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <system_error>
 #include <vector>
+
+#include "service_log.h"
 
 namespace dtvservice {
 
@@ -22,7 +25,11 @@ OperatorServer::OperatorServer(const std::string& path, EventLoop& newLoop, Hand
         error_ = path + ": no descriptor to end it by: " + std::strerror(errno);
         return;
     }
-    thread = std::thread([this] { run(); });
+    try {
+        thread = std::thread([this] { run(); });
+    } catch (const std::system_error& refused) {
+        error_ = path + ": no thread: " + refused.what();
+    }
 }
 
 OperatorServer::~OperatorServer() {
@@ -37,11 +44,14 @@ OperatorServer::~OperatorServer() {
 void OperatorServer::run() {
     std::list<control::Connection> connections;
     while (true) {
-        std::vector<pollfd> waits = {{wakeUp, POLLIN, 0}, {listener.fd(), POLLIN, 0}};
+        // An operator who cannot be accepted stays in the queue of the socket, which would end each wait at once.
+        constexpr int kPause = 100;
+        const bool acceptLater = !problem.empty();
+        std::vector<pollfd> waits = {{wakeUp, POLLIN, 0}, {acceptLater ? -1 : listener.fd(), POLLIN, 0}};
         for (const control::Connection& connection : connections) {
             waits.push_back({connection.fd(), POLLIN, 0});
         }
-        poll(waits.data(), waits.size(), -1);
+        poll(waits.data(), waits.size(), acceptLater ? kPause : -1);
         if (waits[0].revents != 0) {
             return;
         }
@@ -50,12 +60,21 @@ void OperatorServer::run() {
             const bool stays = waits[index].revents == 0 || serve(*connection);
             connection = stays ? std::next(connection) : connections.erase(connection);
         }
-        if (waits[1].revents != 0) {
-            if (control::Connection connection = listener.accept()) {
-                connections.push_back(std::move(connection));
-            }
+        if (acceptLater || waits[1].revents != 0) {
+            accept(connections);
         }
     }
+}
+
+void OperatorServer::accept(std::list<control::Connection>& connections) {
+    std::string now;
+    if (control::Connection connection = listener.accept(now)) {
+        connections.push_back(std::move(connection));
+    }
+    if (!now.empty() && now != problem) {
+        BLOG_TAGGED(blog::kFailure, "operators must wait: %s\n", now.c_str());
+    }
+    problem = now;
 }
 
 /// Answers all complete lines; false if the connection must be closed.

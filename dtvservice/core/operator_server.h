@@ -30,6 +30,7 @@ public:
 
 private:
     void run();
+    void accept(std::list<control::Connection>& connections);
     bool serve(control::Connection& connection);
     std::string answer(const std::string& request);
 
@@ -37,7 +38,8 @@ private:
     control::Listener listener;
     EventLoop& loop;
     Handler handler;
-    int wakeUp = -1;  // an eventfd; the destructor writes to it to end the thread
+    int wakeUp = -1;      // an eventfd; the destructor writes to it to end the thread
+    std::string problem;  // of accepting, told; used by the thread
     std::thread thread;
 };
 

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <system_error>
 
 #include "descriptor_wait.h"
 #include "live_source.h"
@@ -35,7 +36,14 @@ LiveInput::LiveInput(InputName newInput, EventLoop& newLoop, broadcast::Demux& n
         BLOG_TAGGED(blog::kFailure, "%s\n", problem.c_str());
         return;
     }
-    thread = std::thread([this] { run(); });
+    try {
+        thread = std::thread([this] { run(); });
+    } catch (const std::system_error& error) {
+        const std::string problem = input.text + ": no thread: " + error.what();
+        report.failed(problem);
+        BLOG_TAGGED(blog::kFailure, "%s\n", problem.c_str());
+        close(wakeUp);
+    }
 }
 
 LiveInput::~LiveInput() {

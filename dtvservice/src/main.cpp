@@ -249,5 +249,10 @@ int serve(const Options& options) {
 int main(int argc, char** argv) {
     command_line::checkOutputAtExit("dtvserviced");
     const Options options = parseOptions(argc, argv);
-    return options.list.empty() ? serve(options) : list(options.list);
+    try {
+        return options.list.empty() ? serve(options) : list(options.list);
+    } catch (const std::system_error& error) {
+        std::fprintf(stderr, "dtvserviced: the system gives no thread: %s\n", error.what());
+        return 1;
+    }
 }

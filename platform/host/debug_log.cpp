@@ -1,16 +1,14 @@
 // The host's debug library: writes each line with one system call, and works until the very end of the process.
-#include <fcntl.h>
 #include <pthread.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
 #include <ctime>
 #include <string>
 
+#include "log_sink.h"
 #include "ovx/debug.h"
 #include "settings.h"
 
@@ -27,25 +25,6 @@ std::uint32_t readThreshold() {
     const std::uint32_t read = host::settings().logThreshold;
     threshold.store(read, std::memory_order_relaxed);
     return read;
-}
-
-int openSink() {
-    const std::string& file = host::settings().logFile;
-    if (file.empty()) {
-        return STDERR_FILENO;
-    }
-    const int descriptor = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-    if (descriptor < 0) {
-        std::fprintf(stderr, "DTV_LOG_FILE: cannot open %s: %s; standard error is used\n", file.c_str(),
-                     std::strerror(errno));
-        return STDERR_FILENO;
-    }
-    return descriptor;
-}
-
-int sink() {
-    static const int descriptor = openSink();
-    return descriptor;
 }
 
 char levelLetter(std::uint32_t level) {
@@ -78,18 +57,6 @@ void appendEscaped(std::string& line, const char* text, std::size_t length) {
             std::snprintf(escaped, sizeof escaped, "\\x%02X", byte);
             line += escaped;
         }
-    }
-}
-
-void writeLine(std::string& line) {
-    line += '\n';
-    std::size_t written = 0;
-    while (written < line.size()) {
-        const ssize_t count = write(sink(), line.data() + written, line.size() - written);
-        if (count < 0 && errno != EINTR) {
-            return;
-        }
-        written += count > 0 ? static_cast<std::size_t>(count) : 0;
     }
 }
 
@@ -140,7 +107,8 @@ void ovxDebugOutput0(ovxDebugFrame*, ovxDebugChunk*, std::uint32_t level, const 
         appendEscaped(line, longText.data(), longText.size());
     }
     va_end(again);
-    writeLine(line);
+    line += '\n';
+    host::LogSink::instance().write(line);
 }
 
 void dump_memory(const char* title, const void* bytes, std::uint32_t count, int value) {

@@ -27,11 +27,11 @@ std::string pathOf(const std::string& serviceName, const char* suffix) {
     return settings().runDirectory + "/" + serviceName + suffix;
 }
 
+/// False if the path is too long.
 bool fillAddress(const std::string& path, sockaddr_un& address) {
     address = {};
     address.sun_family = AF_UNIX;
     if (path.size() >= sizeof address.sun_path) {
-        BLOG_TAGGED(blog::kFailure, "socket path %s is too long\n", path.c_str());
         return false;
     }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
@@ -39,11 +39,7 @@ bool fillAddress(const std::string& path, sockaddr_un& address) {
 }
 
 int newSocket() {
-    const int descriptor = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (descriptor < 0) {
-        BLOG_TAGGED(blog::kFailure, "cannot create a socket: %s\n", std::strerror(errno));
-    }
-    return descriptor;
+    return ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
 }
 
 void widenSendBuffer(int descriptor) {
@@ -52,14 +48,16 @@ void widenSendBuffer(int descriptor) {
 
 }  // namespace
 
-int connectToService(const std::string& serviceName) {
+int connectToService(const std::string& serviceName, std::string& problem) {
     const std::string path = pathOf(serviceName, ".sock");
     sockaddr_un address;
     if (!fillAddress(path, address)) {
+        problem = "socket path " + path + " is too long";
         return -1;
     }
     const int descriptor = newSocket();
     if (descriptor < 0) {
+        problem = std::string("cannot create a socket: ") + std::strerror(errno);
         return -1;
     }
     if (connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
@@ -67,7 +65,7 @@ int connectToService(const std::string& serviceName) {
         return -1;
     }
     if (!peerIsOurs(descriptor)) {
-        BLOG_TAGGED(blog::kFailure, "the service at %s belongs to another user; refused\n", path.c_str());
+        problem = "the service at " + path + " belongs to another user; refused";
         ::close(descriptor);
         return -1;
     }
@@ -97,10 +95,11 @@ int ServiceEndpoint::open(const std::string& serviceName) {
     path = pathOf(serviceName, ".sock");
     unlink(path.c_str());
     sockaddr_un address;
+    errno = ENAMETOOLONG;
     listening = fillAddress(path, address) ? newSocket() : -1;
     if (listening < 0 || bind(listening, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
         chmod(path.c_str(), 0600) != 0 || listen(listening, kBacklog) != 0) {
-        const int error = listening < 0 ? EINVAL : errno;
+        const int error = errno;
         BLOG_TAGGED(blog::kFailure, "cannot listen at %s: %s\n", path.c_str(), std::strerror(error));
         close();
         return -error;
@@ -120,9 +119,11 @@ void ServiceEndpoint::close() {
     }
 }
 
-int ServiceEndpoint::accept() {
+int ServiceEndpoint::accept(std::string& problem) {
     const int descriptor = accept4(listening, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (descriptor < 0) {
+        const bool hasGone = errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR || errno == ECONNABORTED;
+        problem = hasGone ? "" : std::strerror(errno);
         return -1;
     }
     if (!peerIsOurs(descriptor)) {

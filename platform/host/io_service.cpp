@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <system_error>
 
 #include "envelope.h"
 #include "host_log.h"
@@ -115,7 +116,16 @@ int IOService::start() {
         StartedClients::instance().add(weak_from_this());
         tryToConnect();
     }
-    thread = std::thread([self = shared_from_this()] { self->run(); });
+    try {
+        thread = std::thread([self = shared_from_this()] { self->run(); });
+    } catch (const std::system_error& error) {
+        BLOG_TAGGED(blog::kFailure, "cannot start the transport thread: %s\n", error.what());
+        endpoint.close();
+        const std::lock_guard<std::mutex> lock(mutex);
+        connections.clear();
+        untold.clear();
+        return -error.code().value();
+    }
     return 0;
 }
 

@@ -52,7 +52,8 @@ private:
     void pollOnce();
     void wake();
     void drainWakeUps();
-    bool tryToConnect();
+    void tryToConnect();
+    void tryToAccept();
     void adopt(int connectedSocket);
     void tellOfNewConnections();
     void closeConnection(const std::shared_ptr<Connection>& connection);
@@ -73,6 +74,8 @@ private:
 
     std::vector<std::uint8_t> receiveBuffer;  // transport thread
     bool failureTold = false;                 // transport thread
+    std::string problem;                      // of connecting or accepting, told; start(), then the transport thread
+    bool isAcceptPaused = false;              // transport thread
     std::atomic<bool> stopping{false};
     std::thread thread;  // used by the thread that starts and stops
 };

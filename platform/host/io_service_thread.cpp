@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "envelope.h"
 #include "host_log.h"
@@ -17,7 +18,8 @@ namespace host {
 
 namespace {
 
-/// How often a client tries to connect while its service is not running.
+/// How often a client tries to connect while its service is not running, and a service to accept a client that must
+/// wait.
 constexpr int kRetryMilliseconds = 100;
 constexpr int kForever = -1;
 constexpr std::size_t kLargestPacket = 1U << 20U;
@@ -77,12 +79,13 @@ void IOService::run() {
 void IOService::pollOnce() {
     const Connections polled = connectionsNow();
     const bool lookingForService = !isService() && polled.empty();
-    std::vector<pollfd> descriptors = {{wakeUp, POLLIN, 0}, {endpoint.socket(), POLLIN, 0}};
+    const bool acceptLater = std::exchange(isAcceptPaused, false);
+    std::vector<pollfd> descriptors = {{wakeUp, POLLIN, 0}, {acceptLater ? -1 : endpoint.socket(), POLLIN, 0}};
     for (const std::shared_ptr<Connection>& connection : polled) {
         const short events = connection->waiting() ? POLLIN | POLLOUT : POLLIN;
         descriptors.push_back({connection->socket(), events, 0});
     }
-    poll(descriptors.data(), descriptors.size(), lookingForService ? kRetryMilliseconds : kForever);
+    poll(descriptors.data(), descriptors.size(), lookingForService || acceptLater ? kRetryMilliseconds : kForever);
     drainWakeUps();
     for (std::size_t index = 0; index < polled.size() && !stopping; ++index) {
         const short ready = descriptors[index + 2].revents;
@@ -95,7 +98,7 @@ void IOService::pollOnce() {
         }
     }
     if ((descriptors[1].revents & POLLIN) != 0) {
-        adopt(endpoint.accept());
+        tryToAccept();
     }
     if (lookingForService && !stopping) {
         tryToConnect();
@@ -107,10 +110,27 @@ void IOService::drainWakeUps() {
     [[maybe_unused]] const ssize_t read = ::read(wakeUp, &count, sizeof count);
 }
 
-bool IOService::tryToConnect() {
-    const int connected = connectToService(owner.serviceName());
+/// Tells a problem once, until it is another one or none.
+void IOService::tryToConnect() {
+    std::string now;
+    const int connected = connectToService(owner.serviceName(), now);
+    if (!now.empty() && now != problem) {
+        BLOG_TAGGED(blog::kFailure, "%s\n", now.c_str());
+    }
+    problem = now;
     adopt(connected);
-    return connected >= 0;
+}
+
+/// A client that cannot be accepted stays in the queue of the socket, which would wake the thread again at once.
+void IOService::tryToAccept() {
+    std::string now;
+    const int accepted = endpoint.accept(now);
+    isAcceptPaused = !now.empty();
+    if (!now.empty() && now != problem) {
+        BLOG_TAGGED(blog::kFailure, "clients must wait: %s\n", now.c_str());
+    }
+    problem = now;
+    adopt(accepted);
 }
 
 void IOService::adopt(int connectedSocket) {

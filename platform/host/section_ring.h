@@ -38,8 +38,8 @@ public:
     /// Writer: hands the message in nextSlot() over and wakes the reader.
     void publish(std::size_t length);
 
-    /// Reader: waits for a message and copies it to `bytes`, which has room for messageSize(). Returns its length; 0 for
-    /// an impossible one.
+    /// Reader: waits for a message and copies it to `bytes`, which has room for messageSize(). Returns its length; 0
+    /// for an impossible one.
     std::size_t receive(std::uint8_t* bytes);
 
 private:

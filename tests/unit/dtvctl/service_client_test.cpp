@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <thread>
@@ -18,7 +19,9 @@ class AService {
 public:
     explicit AService(const std::string& line)
         : listener(path(), error), thread([this, line] {
-              control::Connection connection = listener.accept();
+              pollfd operators{listener.fd(), POLLIN, 0};
+              poll(&operators, 1, -1);
+              control::Connection connection = listener.accept(error);
               while (!connection.takeLine() && connection.fill()) {
               }
               if (!line.empty()) {

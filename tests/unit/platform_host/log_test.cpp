@@ -1,11 +1,15 @@
 // The host's log.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <thread>
 
 #include "ovx/log.h"
+#include "platform/host/log_sink.h"
 #include "run_directory.h"
 
 namespace {
@@ -21,7 +25,110 @@ std::vector<std::string> logLines() {
     return lines;
 }
 
+/// A pipe, or with a socket type a socket pair, that a sink writes to.
+class SinkToAPipe : public testing::TestWithParam<int> {
+protected:
+    SinkToAPipe() {
+        EXPECT_EQ(GetParam() == 0 ? pipe(ends) : socketpair(AF_UNIX, GetParam(), 0, ends), 0);
+        sink = std::make_unique<host::LogSink>(ends[1], true);
+    }
+    ~SinkToAPipe() override {
+        close(ends[0]);
+        close(ends[1]);
+    }
+    /// What waits in the pipe.
+    std::string content() {
+        std::string all(std::size_t{4} << 20U, '\0');
+        const ssize_t count = GetParam() == 0 ? read(ends[0], all.data(), all.size())
+                                              : recv(ends[0], all.data(), all.size(), MSG_DONTWAIT);
+        all.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
+        return all;
+    }
+    static bool isSignalPending() {
+        sigset_t pending;
+        sigpending(&pending);
+        return sigismember(&pending, SIGPIPE) == 1;
+    }
+
+    int ends[2] = {-1, -1};
+    std::unique_ptr<host::LogSink> sink;
+};
+
 }  // namespace
+
+INSTANTIATE_TEST_SUITE_P(PipeAndSocket, SinkToAPipe, testing::Values(0, SOCK_STREAM),
+                         [](const testing::TestParamInfo<int>& kind) { return kind.param == 0 ? "Pipe" : "Socket"; });
+
+TEST_P(SinkToAPipe, SurvivesThatItsReaderGoes) {
+    sink->write("read\n");
+    EXPECT_EQ(content(), "read\n");
+    close(std::exchange(ends[0], -1));
+    for (int count = 0; count < 3; ++count) {
+        sink->write("not read\n");
+    }
+    EXPECT_FALSE(isSignalPending());
+}
+
+TEST_P(SinkToAPipe, LeavesASignalThatTheProcessKeepsBack) {
+    sigset_t signal;
+    sigset_t before;
+    sigemptyset(&signal);
+    sigaddset(&signal, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &signal, &before);
+    raise(SIGPIPE);
+    close(std::exchange(ends[0], -1));
+    sink->write("not read\n");
+    EXPECT_TRUE(isSignalPending());
+    const timespec atOnce{};
+    sigtimedwait(&signal, nullptr, &atOnce);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+TEST_P(SinkToAPipe, LosesLinesThatNobodyReadsAndTellsTheirNumber) {
+    const std::string line = std::string(99, 'x') + "\n";
+    constexpr std::size_t kLines = 20000;  // more than a pipe holds
+    for (std::size_t count = 0; count < kLines; ++count) {
+        sink->write(line);
+    }
+    const std::string kept = content();
+    EXPECT_GT(kept.size(), 10 * line.size());
+    const std::string rest = kept.size() % line.size() == 0 ? "" : "\n";
+    const std::size_t whole = (kept.size() + line.size() - 1) / line.size();
+    sink->write("after it\n");
+    EXPECT_EQ(content(),
+              rest + std::to_string(kLines - whole) + " log lines were lost before the next one\nafter it\n");
+    sink->write("and on\n");
+    EXPECT_EQ(content(), "and on\n");
+}
+
+TEST_P(SinkToAPipe, EndsALineThatWentThroughInPart) {
+    sink->write(std::string(std::size_t{2} << 20U, 'x') + "\n");
+    const std::string part = content();
+    ASSERT_LT(part.size(), std::size_t{2} << 20U);
+    EXPECT_EQ(part, std::string(part.size(), 'x'));
+    sink->write("next\n");
+    EXPECT_EQ(content(), "\nnext\n");
+}
+
+TEST_P(SinkToAPipe, FollowsItsDescriptor) {
+    sink->write("first\n");
+    int other[2];
+    ASSERT_EQ(pipe(other), 0);
+    ASSERT_EQ(dup2(other[1], ends[1]), ends[1]);
+    sink->write("second\n");
+    EXPECT_EQ(content(), "first\n");
+    char text[10] = {};
+    EXPECT_EQ(read(other[0], text, sizeof text), 7);
+    EXPECT_STREQ(text, "second\n");
+    close(other[0]);
+    close(other[1]);
+}
+
+TEST_P(SinkToAPipe, WritesNowhereIfItIsClosed) {
+    close(std::exchange(ends[1], -1));
+    sink->write("nobody hears\n");
+    EXPECT_EQ(content(), "");
+}
 
 TEST(TheHostsLog, WritesOneLinePerCall) {
     BLOG_WRITE(blog::kOrdinary, "%s", "two breaks at its end\n\n");

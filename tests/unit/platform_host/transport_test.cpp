@@ -2,7 +2,9 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -76,6 +78,50 @@ public:
 private:
     int descriptor;
 };
+
+/// While it lives no thread can be made: the usual stack of one is larger than the memory.
+class WithoutThreads {
+public:
+    WithoutThreads() {
+        pthread_getattr_default_np(&before);
+        pthread_attr_t huge;
+        pthread_attr_init(&huge);
+        pthread_attr_setstacksize(&huge, SIZE_MAX / 2 / 65536 * 65536);
+        EXPECT_EQ(pthread_setattr_default_np(&huge), 0);
+        pthread_attr_destroy(&huge);
+    }
+    WithoutThreads(const WithoutThreads&) = delete;
+    WithoutThreads& operator=(const WithoutThreads&) = delete;
+    ~WithoutThreads() {
+        pthread_setattr_default_np(&before);
+        pthread_attr_destroy(&before);
+    }
+
+private:
+    pthread_attr_t before;
+};
+
+/// How often a process's threads have given the processor up by themselves.
+long waitsOf(pid_t process) {
+    constexpr const char* kName = "voluntary_ctxt_switches:";
+    long waits = 0;
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
+        std::ifstream status(thread.path() / "status");
+        for (std::string line; std::getline(status, line);) {
+            waits += line.rfind(kName, 0) == 0 ? std::stol(line.substr(std::strlen(kName))) : 0;
+        }
+    }
+    return waits;
+}
+
+std::size_t timesLogged(const std::string& text) {
+    const std::string log = logText();
+    std::size_t times = 0;
+    for (std::size_t at = log.find(text); at != std::string::npos; at = log.find(text, at + 1)) {
+        ++times;
+    }
+    return times;
+}
 
 std::size_t openDescriptors() {
     const std::filesystem::directory_iterator entries("/proc/self/fd");
@@ -290,6 +336,43 @@ TEST(TheTransport, RefusesWhatIsNoSectionQueueWithTheReason) {
     EXPECT_THAT(log, testing::HasSubstr("section queue e: the peer has 4 queues already; dropped"));
 }
 
+TEST(TheTransport, DoesNotStartWithoutAThread) {
+    for (const int mode : {kService, kClient}) {
+        Member member(mode);
+        {
+            const WithoutThreads none;
+            EXPECT_EQ(member.start(), -EAGAIN);
+        }
+        EXPECT_EQ(member.start(), 0);
+    }
+    EXPECT_EQ(timesLogged("cannot start the transport thread: "), 2U);
+}
+
+TEST(TheTransport, LetsClientsWaitWhileItHasNoDescriptors) {
+    const pid_t child = startServiceProcess("scarce");
+    const std::shared_ptr<void> ended(nullptr, [child](void*) { killAndReap(child); });
+    ASSERT_TRUE(eventually([] { return RawClient("scarce").good; }));
+    RawClient("scarce").send({1});
+    ASSERT_TRUE(eventually([] { return timesLogged("packet of 1 bytes") == 1; })) << "the log is open";
+    rlimit before{};
+    ASSERT_EQ(prlimit(child, RLIMIT_NOFILE, nullptr, &before), 0);
+    const rlimit few{20, before.rlim_max};
+    ASSERT_EQ(prlimit(child, RLIMIT_NOFILE, &few, nullptr), 0);
+    std::vector<std::unique_ptr<RawClient>> clients;
+    for (int count = 0; count < 40; ++count) {
+        clients.push_back(std::make_unique<RawClient>("scarce"));
+    }
+    ASSERT_TRUE(eventually([] { return timesLogged("clients must wait: Too many open files") == 1; }));
+    const long waits = waitsOf(child);
+    EXPECT_TRUE(eventually([&] { return waitsOf(child) >= waits + 3; })) << "a thread that spins never waits";
+    EXPECT_EQ(timesLogged("clients must wait"), 1U);
+    ASSERT_EQ(prlimit(child, RLIMIT_NOFILE, &before, nullptr), 0);
+    for (const std::unique_ptr<RawClient>& client : clients) {
+        client->send({1});
+    }
+    EXPECT_TRUE(eventually([] { return timesLogged("packet of 1 bytes") == 41; })) << timesLogged("packet of 1 bytes");
+}
+
 TEST(TheTransport, LogsTheFirstBadMessageOfAPeerAlone) {
     Member service(kService, "once");
     ASSERT_EQ(service.start(), 0);
@@ -300,14 +383,8 @@ TEST(TheTransport, LogsTheFirstBadMessageOfAPeerAlone) {
         }
     }
     ASSERT_TRUE(eventually([&] { return service.disconnected == 1; }));
-    const std::string log = logText();
-    std::size_t lines = 0;
-    for (std::size_t at = log.find("packet of 3 bytes"); at != std::string::npos;
-         at = log.find("packet of 3 bytes", at + 1)) {
-        ++lines;
-    }
-    EXPECT_EQ(lines, 1U);
-    EXPECT_THAT(log, testing::HasSubstr("50 messages were dropped in all"));
+    EXPECT_EQ(timesLogged("packet of 3 bytes"), 1U);
+    EXPECT_THAT(logText(), testing::HasSubstr("50 messages were dropped in all"));
 }
 
 TEST(TheTransport, RefusesAMessageThatFitsNoPacket) {

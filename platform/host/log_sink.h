@@ -1,0 +1,46 @@
+// LogSink: where log lines go, standard error or the file of DTV_LOG_FILE. A log line neither kills the process nor
+// holds it up: a pipe, FIFO, socket or terminal that nobody reads loses lines, and the next line that goes through is
+// preceded by their number.
+// Threads: any.
+// Blocks:  never, but for a regular file.
+// Locks:   mutex guards target; not held while a line is written.
+// Fails:   a file that cannot be opened is told on standard error, which is then used.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace host {
+
+class LogSink {
+public:
+    /// The process's sink; never destroyed.
+    static LogSink& instance();
+
+    /// The descriptor stays the caller's. If it may change, for example because the process redirects its standard
+    /// error, each line goes to what it is then.
+    LogSink(int newDescriptor, bool newMayChange);
+    LogSink(const LogSink&) = delete;
+    LogSink& operator=(const LogSink&) = delete;
+
+    /// Writes the line, which ends with a newline.
+    void write(const std::string& line);
+
+private:
+    class Target;
+
+    std::shared_ptr<const Target> currentTarget();
+    static bool tryToWrite(const Target& target, const std::string& line, bool& isTorn);
+
+    const int descriptor;
+    const bool mayChange;
+    std::mutex mutex;
+    std::shared_ptr<const Target> target;  // guarded by mutex
+    std::atomic<std::uint64_t> lost{0};    // lines, since the last one that went through
+    std::atomic<bool> isTornOff{false};    // the last line went through in part
+};
+
+}  // namespace host
