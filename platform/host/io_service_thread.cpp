@@ -149,7 +149,13 @@ void IOService::adopt(int connectedSocket) {
     if (!isService()) {
         // A queue that was made meanwhile did not find the connection. One that did comes twice, which does no harm.
         std::vector<NamedQueue> since = OwnQueues::instance().all();
-        since.erase(since.begin(), since.begin() + static_cast<std::ptrdiff_t>(std::min(queues.size(), since.size())));
+        since.erase(std::remove_if(since.begin(), since.end(),
+                                   [&queues](const NamedQueue& each) {
+                                       return std::any_of(
+                                           queues.begin(), queues.end(),
+                                           [&each](const NamedQueue& given) { return given.ring == each.ring; });
+                                   }),
+                    since.end());
         give(*connection, since);
     }
 }

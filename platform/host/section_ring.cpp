@@ -127,7 +127,7 @@ std::shared_ptr<SectionRing> SectionRing::open(int descriptor, std::string& erro
         error = because("its memory cannot be mapped");
         return nullptr;
     }
-    const std::shared_ptr<SectionRing> ring(new SectionRing(mapping, size, -1));
+    std::shared_ptr<SectionRing> ring(new SectionRing(mapping, size, -1));
     // The ring's own copies are checked: the creator may write to the memory at any time.
     if (ring->header.mark != kMark || ring->slotSize == 0 || ring->slotSize > kLargestMessage || ring->slots == 0 ||
         ring->slots > kMostMessages || (ring->slots & (ring->slots - 1)) != 0 ||

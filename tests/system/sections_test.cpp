@@ -30,15 +30,19 @@ private:
     std::set<std::string> sections;
 };
 
+velmora::dtv::DVBSectionInterface* sectionFilters() {
+    std::string error;
+    velmora::dtv::IDTVUnknown* const filters = dvbshell::loadInterface(LIBRARY_FILE, "SectionFilterAPI", error);
+    EXPECT_NE(filters, nullptr) << error;
+    return static_cast<velmora::dtv::DVBSectionInterface*>(filters);
+}
+
 }  // namespace
 
 TEST_F(ABrowser, ReceivesSectionsOfAFilter) {
     const ServiceProcess service;
     ASSERT_TRUE(connected());
-    std::string error;
-    auto* const filters = static_cast<velmora::dtv::DVBSectionInterface*>(
-        dvbshell::loadInterface(LIBRARY_FILE, "SectionFilterAPI", error));
-    ASSERT_NE(filters, nullptr) << error;
+    auto* const filters = sectionFilters();
     // The clients outlive the test, because a section may still arrive.
     static auto& everything = *new CountingSections;
     static auto& following = *new CountingSections;
@@ -61,9 +65,7 @@ TEST_F(ABrowser, ReceivesSectionsOfAFilter) {
 TEST_F(ABrowser, ReceivesThePmtOfAnotherService) {
     const ServiceProcess service;
     ASSERT_TRUE(connected());
-    std::string error;
-    auto* const filters = static_cast<velmora::dtv::DVBSectionInterface*>(
-        dvbshell::loadInterface(LIBRARY_FILE, "SectionFilterAPI", error));
+    auto* const filters = sectionFilters();
     static auto& client = *new CountingSections;
     const std::string session = filters->generateSessionName();
     EXPECT_EQ(filters->startPMTRequest(&client, session, 28108), 0);
@@ -75,9 +77,7 @@ TEST_F(ABrowser, ReceivesThePmtOfAnotherService) {
 TEST_F(ABrowser, OpensFiltersWithAServiceThatWasStartedAnew) {
     auto service = std::make_unique<ServiceProcess>();
     ASSERT_TRUE(connected());
-    std::string error;
-    auto* const filters = static_cast<velmora::dtv::DVBSectionInterface*>(
-        dvbshell::loadInterface(LIBRARY_FILE, "SectionFilterAPI", error));
+    auto* const filters = sectionFilters();
     static auto& client = *new CountingSections;
     const std::string session = filters->generateSessionName();
     ASSERT_TRUE(filters->startSection(&client, session, 0x00, nullptr, nullptr, 0));
@@ -107,9 +107,7 @@ TEST_F(ABrowser, KeepsFiltersUntilTheMultiplexChanges) {
     const ServiceProcess service(std::vector<std::string>{SAMPLE_FILE, writeBroadcast(other, 4, "other.ts")});
     ASSERT_TRUE(connected());
     ASSERT_TRUE(tunesTo(28106));
-    std::string error;
-    auto* const filters = static_cast<velmora::dtv::DVBSectionInterface*>(
-        dvbshell::loadInterface(LIBRARY_FILE, "SectionFilterAPI", error));
+    auto* const filters = sectionFilters();
     static auto& first = *new CountingSections;
     static auto& second = *new CountingSections;
     const std::string session = filters->generateSessionName();
