@@ -142,10 +142,10 @@ std::shared_ptr<const LogSink::Target> LogSink::currentTarget() {
 }
 
 /// False if not even a part of the line went through.
-bool LogSink::tryToWrite(const Target& target, const std::string& line, bool& isTorn) {
+bool LogSink::tryToWrite(const Target& to, const std::string& line, bool& isTorn) {
     std::size_t written = 0;
     while (written < line.size()) {
-        const ssize_t count = target.write(line.data() + written, line.size() - written);
+        const ssize_t count = to.write(line.data() + written, line.size() - written);
         if (count > 0) {
             written += static_cast<std::size_t>(count);
         } else if (count == 0 || errno != EINTR) {

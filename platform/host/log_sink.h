@@ -33,7 +33,7 @@ private:
     class Target;
 
     std::shared_ptr<const Target> currentTarget();
-    static bool tryToWrite(const Target& target, const std::string& line, bool& isTorn);
+    static bool tryToWrite(const Target& to, const std::string& line, bool& isTorn);
 
     const int descriptor;
     const bool mayChange;

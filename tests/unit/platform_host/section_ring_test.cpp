@@ -220,7 +220,7 @@ TEST(AForeignRing, IsRefusedUnlessItsMemoryIsSafeAndItsLayoutRight) {
     EXPECT_EQ(refusalOf(kSize, 0), "its memory may shrink");
     EXPECT_EQ(refusalOf(0, F_SEAL_SHRINK), "its memory has 0 bytes");
     EXPECT_EQ(refusalOf(kSlotsAt - 1, F_SEAL_SHRINK), "its memory has 255 bytes");
-    EXPECT_EQ(refusalOf(std::size_t{1} << 40U, F_SEAL_SHRINK), "its memory has 1099511627776 bytes");
+    EXPECT_EQ(refusalOf(std::size_t{1} << 30U, F_SEAL_SHRINK), "its memory has 1073741824 bytes");
     EXPECT_EQ(refusalOf(kSize - 1, F_SEAL_SHRINK), "its memory has another layout");
     EXPECT_EQ(refusalOf(kSize, F_SEAL_SHRINK, kMark, 1), "its memory has another layout");
     EXPECT_EQ(refusalOf(kSize, F_SEAL_SHRINK, kSlotSize, 0), "its memory has another layout");

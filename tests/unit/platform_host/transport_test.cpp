@@ -86,7 +86,7 @@ public:
         pthread_getattr_default_np(&before);
         pthread_attr_t huge;
         pthread_attr_init(&huge);
-        pthread_attr_setstacksize(&huge, SIZE_MAX / 2 / 65536 * 65536);
+        pthread_attr_setstacksize(&huge, SIZE_MAX / 4 * 3 / 65536 * 65536);
         EXPECT_EQ(pthread_setattr_default_np(&huge), 0);
         pthread_attr_destroy(&huge);
     }
@@ -311,7 +311,9 @@ TEST(TheTransport, RefusesWhatIsNoSectionQueueWithTheReason) {
         RawClient nothing("toy");
         nothing.giveQueue("without", {});
         RawClient other("toy");
-        other.giveQueue("file", {file, file, file});
+        // The emulator keeps those that the receiver has no room for.
+        const std::size_t several = std::vector<std::string> EMULATOR.empty() ? 3 : 1;
+        other.giveQueue("file", std::vector<int>(several, file));
         RawClient longName("toy");
         longName.giveQueue(std::string(65, 'x'), {ring->descriptor()});
         RawClient noName("toy");
