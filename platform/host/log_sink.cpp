@@ -117,8 +117,8 @@ private:
 
 LogSink& LogSink::instance() {
     static auto* const sink = [] {
-        const int descriptor = openLogFile();
-        return new LogSink(descriptor, descriptor == STDERR_FILENO);
+        const int file = openLogFile();
+        return new LogSink(file, file == STDERR_FILENO);
     }();
     return *sink;
 }
