@@ -32,14 +32,10 @@ public:
     int socket() const { return descriptor; }
     std::uint32_t peer() const { return peerNumber_; }
 
-    /// Sends a packet of two pieces with one system call, or queues it. 0 when sent; 1 when queued: the transport
-    /// thread must then watch for room; negative when neither.
-    int send(const void* head, std::size_t headLength, const void* body, std::size_t bodyLength) {
-        return send(head, headLength, body, bodyLength, nullptr);
-    }
-    /// The same, with the ring's descriptor attached to the packet.
+    /// Sends a packet of two pieces with one system call, or queues it. A ring's descriptor is attached to the packet.
+    /// 0 when sent; 1 when queued: the transport thread must then watch for room; negative when neither.
     int send(const void* head, std::size_t headLength, const void* body, std::size_t bodyLength,
-             const std::shared_ptr<SectionRing>& ring);
+             const std::shared_ptr<SectionRing>& ring = nullptr);
     /// Whether packets are queued.
     bool waiting();
     /// Sends the queued packets. False when the connection has failed.

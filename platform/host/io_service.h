@@ -1,7 +1,8 @@
 // IOService: the message transport of one marshalling member: its connections, its handlers and its transport thread.
 // Threads: send() from any; handlers and connection callbacks on the transport thread, one at a time.
 // Blocks:  stop() until no handler runs, except when called from a handler. Everything else: never.
-// Locks:   mutex guards connections; it is not held during a send, a handler or a callback.
+// Locks:   mutex guards connections; it is not held during a handler, a callback or a message's send. A new connection
+//          gets the process's queues under it.
 // Fails:   sends with negative error numbers; start() likewise, when the transport itself cannot run.
 #pragma once
 

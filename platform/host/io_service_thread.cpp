@@ -138,26 +138,14 @@ void IOService::adopt(int connectedSocket) {
         return;
     }
     const auto connection = std::make_shared<Connection>(connectedSocket, nextPeerNumber());
-    // Before the first command, so that a new service knows the queue when a filter is opened.
-    const std::vector<NamedQueue> queues = isService() ? std::vector<NamedQueue>() : OwnQueues::instance().all();
-    give(*connection, queues);
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        connections.push_back(connection);
-        untold.push_back(connection);
-    }
+    const std::lock_guard<std::mutex> lock(mutex);
     if (!isService()) {
-        // A queue that was made meanwhile did not find the connection. One that did comes twice, which does no harm.
-        std::vector<NamedQueue> since = OwnQueues::instance().all();
-        since.erase(std::remove_if(since.begin(), since.end(),
-                                   [&queues](const NamedQueue& each) {
-                                       return std::any_of(
-                                           queues.begin(), queues.end(),
-                                           [&each](const NamedQueue& given) { return given.ring == each.ring; });
-                                   }),
-                    since.end());
-        give(*connection, since);
+        // The lock keeps back the first command until the queues are sent. A queue that is made meanwhile is among
+        // these or finds the connection afterwards. It may be sent twice, which does no harm.
+        give(*connection, OwnQueues::instance().all());
     }
+    connections.push_back(connection);
+    untold.push_back(connection);
 }
 
 /// Callbacks run on this thread, even for the connection that start() made on its caller's thread.

@@ -1,6 +1,5 @@
 // The section queue: a ring in shared memory. The platform hands its descriptor to every service that the process
 // connects to.
-#include <boost/interprocess/exceptions.hpp>
 #include <mutex>
 #include <vector>
 
