@@ -5,8 +5,7 @@
 #include <atomic>
 #include <thread>
 
-#include "dvb_section_interface.h"
-#include "library.h"
+#include "section_filters.h"
 #include "service_process.h"
 
 namespace {
@@ -40,14 +39,6 @@ public:
         ++received;
     }
 };
-
-velmora::dtv::DVBSectionInterface& sectionFilters() {
-    std::string error;
-    auto* const filters = static_cast<velmora::dtv::DVBSectionInterface*>(
-        dvbshell::loadInterface(LIBRARY_FILE, "SectionFilterAPI", error));
-    EXPECT_NE(filters, nullptr) << error;
-    return *filters;
-}
 
 void waitForService() {
     std::string error;

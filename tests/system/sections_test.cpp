@@ -3,8 +3,8 @@
 #include <set>
 
 #include "browser_fixture.h"
-#include "dvb_section_interface.h"
 #include "message_fields.h"
+#include "section_filters.h"
 
 namespace {
 
@@ -30,72 +30,65 @@ private:
     std::set<std::string> sections;
 };
 
-velmora::dtv::DVBSectionInterface* sectionFilters() {
-    std::string error;
-    velmora::dtv::IDTVUnknown* const filters = dvbshell::loadInterface(LIBRARY_FILE, "SectionFilterAPI", error);
-    EXPECT_NE(filters, nullptr) << error;
-    return static_cast<velmora::dtv::DVBSectionInterface*>(filters);
-}
-
 }  // namespace
 
 TEST_F(ABrowser, ReceivesSectionsOfAFilter) {
     const ServiceProcess service;
     ASSERT_TRUE(connected());
-    auto* const filters = sectionFilters();
+    auto& filters = sectionFilters();
     // The clients outlive the test, because a section may still arrive.
     static auto& everything = *new CountingSections;
     static auto& following = *new CountingSections;
-    const std::string first = filters->generateSessionName();
-    const std::string second = filters->generateSessionName();
+    const std::string first = filters.generateSessionName();
+    const std::string second = filters.generateSessionName();
     // EIT of one service, section_number 1: table_id, service_id, then the byte of version and the section's number.
     const unsigned char match[] = {0x4E, 0x6D, 0xCA, 0x00, 0x01};
     const unsigned char bits[] = {0xFF, 0xFF, 0xFF, 0x00, 0xFF};
-    ASSERT_TRUE(filters->startSection(&everything, first, 0x12, nullptr, nullptr, 0));
-    ASSERT_TRUE(filters->startSection(&following, second, 0x12, match, bits, sizeof match));
+    ASSERT_TRUE(filters.startSection(&everything, first, 0x12, nullptr, nullptr, 0));
+    ASSERT_TRUE(filters.startSection(&following, second, 0x12, match, bits, sizeof match));
     EXPECT_TRUE(eventually([&] { return everything.distinct() == 8 && following.distinct() == 1; }));
     EXPECT_THAT(following.all(), testing::ElementsAre(asText(tsmake::eitSection(kSample, kSample.services[0], true))));
-    EXPECT_TRUE(filters->stopSection(&everything, first));
-    EXPECT_TRUE(filters->stopSection(&following, second));
-    EXPECT_FALSE(filters->stopSection(&following, second));
-    EXPECT_FALSE(filters->startSection(&everything, first, 0x2000, nullptr, nullptr, 0)) << "no such PID";
-    filters->stopSection(&everything, first);
+    EXPECT_TRUE(filters.stopSection(&everything, first));
+    EXPECT_TRUE(filters.stopSection(&following, second));
+    EXPECT_FALSE(filters.stopSection(&following, second));
+    EXPECT_FALSE(filters.startSection(&everything, first, 0x2000, nullptr, nullptr, 0)) << "no such PID";
+    filters.stopSection(&everything, first);
 }
 
 TEST_F(ABrowser, ReceivesThePmtOfAnotherService) {
     const ServiceProcess service;
     ASSERT_TRUE(connected());
-    auto* const filters = sectionFilters();
+    auto& filters = sectionFilters();
     static auto& client = *new CountingSections;
-    const std::string session = filters->generateSessionName();
-    EXPECT_EQ(filters->startPMTRequest(&client, session, 28108), 0);
+    const std::string session = filters.generateSessionName();
+    EXPECT_EQ(filters.startPMTRequest(&client, session, 28108), 0);
     EXPECT_TRUE(eventually([&] { return client.distinct() == 1; }));
     EXPECT_THAT(client.all(), testing::ElementsAre(asText(tsmake::pmtSection(kSample.services[2]))));
-    EXPECT_EQ(filters->stopPMTRequest(&client, session), 0);
+    EXPECT_EQ(filters.stopPMTRequest(&client, session), 0);
 }
 
 TEST_F(ABrowser, OpensFiltersWithAServiceThatWasStartedAnew) {
     auto service = std::make_unique<ServiceProcess>();
     ASSERT_TRUE(connected());
-    auto* const filters = sectionFilters();
+    auto& filters = sectionFilters();
     static auto& client = *new CountingSections;
-    const std::string session = filters->generateSessionName();
-    ASSERT_TRUE(filters->startSection(&client, session, 0x00, nullptr, nullptr, 0));
+    const std::string session = filters.generateSessionName();
+    ASSERT_TRUE(filters.startSection(&client, session, 0x00, nullptr, nullptr, 0));
     ASSERT_TRUE(eventually([] { return client.distinct() == 1; }));
     service->end(SIGKILL);
     ASSERT_TRUE(eventually([this] { return api->sendPtsRequest(0) < 0; }));
     service = std::make_unique<ServiceProcess>();
     ASSERT_TRUE(connected());
-    EXPECT_FALSE(filters->stopSection(&client, session)) << "the new service does not know it";
+    EXPECT_FALSE(filters.stopSection(&client, session)) << "the new service does not know it";
     client.forget();
-    ASSERT_TRUE(filters->startSection(&client, session, 0x00, nullptr, nullptr, 0)) << "under the same name";
+    ASSERT_TRUE(filters.startSection(&client, session, 0x00, nullptr, nullptr, 0)) << "under the same name";
     EXPECT_TRUE(eventually([] { return client.distinct() == 1; }));
     static auto& pmt = *new CountingSections;
-    const std::string request = filters->generateSessionName();
-    EXPECT_EQ(filters->startPMTRequest(&pmt, request, 28108), 0);
+    const std::string request = filters.generateSessionName();
+    EXPECT_EQ(filters.startPMTRequest(&pmt, request, 28108), 0);
     EXPECT_TRUE(eventually([] { return pmt.distinct() == 1; }));
-    EXPECT_TRUE(filters->stopSection(&client, session));
-    EXPECT_EQ(filters->stopPMTRequest(&pmt, request), 0);
+    EXPECT_TRUE(filters.stopSection(&client, session));
+    EXPECT_EQ(filters.stopPMTRequest(&pmt, request), 0);
 }
 
 TEST_F(ABrowser, KeepsFiltersUntilTheMultiplexChanges) {
@@ -107,14 +100,14 @@ TEST_F(ABrowser, KeepsFiltersUntilTheMultiplexChanges) {
     const ServiceProcess service(std::vector<std::string>{SAMPLE_FILE, writeBroadcast(other, 4, "other.ts")});
     ASSERT_TRUE(connected());
     ASSERT_TRUE(tunesTo(28106));
-    auto* const filters = sectionFilters();
+    auto& filters = sectionFilters();
     static auto& first = *new CountingSections;
     static auto& second = *new CountingSections;
-    const std::string session = filters->generateSessionName();
+    const std::string session = filters.generateSessionName();
     const auto closed = [&session] {
         return fileText(kRunDirectory + "/log").find("Filter Closed: " + session) != std::string::npos;
     };
-    ASSERT_TRUE(filters->startSection(&first, session, 0x00, nullptr, nullptr, 0));
+    ASSERT_TRUE(filters.startSection(&first, session, 0x00, nullptr, nullptr, 0));
     ASSERT_TRUE(eventually([] { return first.distinct() == 1; }));
     ASSERT_TRUE(tunesTo(28107));
     first.forget();
@@ -123,13 +116,13 @@ TEST_F(ABrowser, KeepsFiltersUntilTheMultiplexChanges) {
 
     ASSERT_TRUE(tunesTo(28206, 1026));
     EXPECT_TRUE(eventually(closed));
-    const std::string next = filters->generateSessionName();
-    ASSERT_TRUE(filters->startSection(&second, next, 0x00, nullptr, nullptr, 0));
+    const std::string next = filters.generateSessionName();
+    ASSERT_TRUE(filters.startSection(&second, next, 0x00, nullptr, nullptr, 0));
     EXPECT_TRUE(eventually([] { return second.distinct() == 1; }));
     EXPECT_THAT(second.all(), testing::ElementsAre(asText(tsmake::patSection(other))));
     EXPECT_THAT(first.all(), testing::ElementsAre(asText(tsmake::patSection(kSample))));
-    EXPECT_FALSE(filters->stopSection(&first, session)) << "the service knows it no more";
-    EXPECT_TRUE(filters->stopSection(&second, next));
+    EXPECT_FALSE(filters.stopSection(&first, session)) << "the service knows it no more";
+    EXPECT_TRUE(filters.stopSection(&second, next));
     EXPECT_TRUE(tunesTo(28107)) << "and back";
 }
 

@@ -5,21 +5,19 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <fstream>
+#include <sstream>
 #include <thread>
 
 #include "ovx/log.h"
+#include "own_log.h"
 #include "platform/host/log_sink.h"
-#include "run_directory.h"
 
 namespace {
 
-const std::string kDirectory = OwnRunDirectory::instance().path();
-
 std::vector<std::string> logLines() {
-    std::ifstream file(kDirectory + "/log");
+    std::istringstream text(logText());
     std::vector<std::string> lines;
-    for (std::string line; std::getline(file, line);) {
+    for (std::string line; std::getline(text, line);) {
         lines.push_back(line);
     }
     return lines;

@@ -5,15 +5,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <thread>
 
 #include "eventually.h"
 #include "members.h"
 #include "ovx/log.h"
-#include "run_directory.h"
+#include "own_log.h"
 #include "velmora/msgqueue/ipc_message_queue.h"
 
 namespace {
@@ -23,15 +21,9 @@ using velmora::msgqueue::IPCMessage;
 using velmora::msgqueue::IPCMessageQueue;
 using velmora::msgqueue::SectionDataIPCMessage;
 
-const std::string kDirectory = OwnRunDirectory::instance().path();
 constexpr std::size_t kMessageSize = 4500;
 constexpr std::size_t kMessages = 128;
 const std::string kName = "SECTION-of-this-test";
-
-std::string logText() {
-    std::ifstream file(kDirectory + "/log");
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 
 bool sendSection(IPCMessageQueue& queue, const std::string& session, const std::vector<std::uint8_t>& section) {
     SectionDataIPCMessage message;

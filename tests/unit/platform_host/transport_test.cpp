@@ -13,31 +13,20 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <memory>
 
 #include "become.h"
 #include "eventually.h"
 #include "members.h"
 #include "ovx/log.h"
+#include "own_log.h"
 #include "platform/host/section_ring.h"
-#include "run_directory.h"
 
 namespace {
-
-const std::string& runDirectory() {
-    return OwnRunDirectory::instance().path();
-}
-const std::string kMade = runDirectory();
 
 using toy::Member;
 constexpr int kClient = frame::CouplingModeClient;
 constexpr int kService = frame::CouplingModeService;
-
-std::string logText() {
-    std::ifstream file(runDirectory() + "/log");
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 
 /// A client that sends raw bytes without an envelope.
 class RawClient {
@@ -45,7 +34,7 @@ public:
     explicit RawClient(const std::string& name) : descriptor(socket(AF_UNIX, SOCK_SEQPACKET, 0)) {
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
-        const std::string path = runDirectory() + "/" + name + ".sock";
+        const std::string path = kOwnRunDirectory + "/" + name + ".sock";
         path.copy(address.sun_path, sizeof address.sun_path - 1);
         good = connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
     }
@@ -451,16 +440,16 @@ TEST(TheRunDirectory, AdmitsItsOwnerAlone) {
     Member service(kService);
     ASSERT_EQ(service.start(), 0);
     struct stat found {};
-    ASSERT_EQ(stat((runDirectory() + "/toy.sock").c_str(), &found), 0);
+    ASSERT_EQ(stat((kOwnRunDirectory + "/toy.sock").c_str(), &found), 0);
     EXPECT_EQ(found.st_mode & 0777U, 0600U);
-    ASSERT_EQ(stat(runDirectory().c_str(), &found), 0);
+    ASSERT_EQ(stat(kOwnRunDirectory.c_str(), &found), 0);
     EXPECT_EQ(found.st_mode & 0777U, 0700U);
 }
 
 TEST(TheRunDirectory, IsRefusedWhenItIsOpenToOthers) {
-    ASSERT_EQ(chmod(runDirectory().c_str(), 0755), 0);
+    ASSERT_EQ(chmod(kOwnRunDirectory.c_str(), 0755), 0);
     Member service(kService);
     EXPECT_LT(service.start(), 0);
-    ASSERT_EQ(chmod(runDirectory().c_str(), 0700), 0);
+    ASSERT_EQ(chmod(kOwnRunDirectory.c_str(), 0700), 0);
     EXPECT_THAT(logText(), testing::HasSubstr("is open to others (mode 755, 700 needed)"));
 }
