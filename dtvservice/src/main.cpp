@@ -10,6 +10,7 @@
 #include "command_line.h"
 #include "command_line/arguments.h"
 #include "command_line/output.h"
+#include "command_line/standard_descriptors.h"
 #include "dvb_source.h"
 #include "frame/process.h"
 #include "input_watch.h"
@@ -17,7 +18,7 @@
 #include "operator_server.h"
 #include "player.h"
 #include "rooms.h"
-#include "si/printable.h"
+#include "text/printable.h"
 
 namespace {
 
@@ -99,7 +100,7 @@ int list(const std::string& path) {
     for (const broadcast::Channel& channel : database.channels()) {
         std::printf(
             "%s\t%s\t%s\t%s\n", channel.triplet().c_str(), database.pmt(channel.serviceId).empty() ? "nopmt" : "pmt",
-            database.signalsHbbTv(channel.serviceId) ? "hbbtv" : "no-hbbtv", si::printable(channel.name).c_str());
+            database.signalsHbbTv(channel.serviceId) ? "hbbtv" : "no-hbbtv", text::printable(channel.name).c_str());
     }
     return 0;
 }
@@ -247,6 +248,7 @@ int serve(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    command_line::keepStandardDescriptors();
     command_line::checkOutputAtExit("dtvserviced");
     const Options options = parseOptions(argc, argv);
     try {

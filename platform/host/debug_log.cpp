@@ -7,10 +7,12 @@
 #include <cstdio>
 #include <ctime>
 #include <string>
+#include <string_view>
 
 #include "log_sink.h"
 #include "ovx/debug.h"
 #include "settings.h"
+#include "text/printable.h"
 
 namespace {
 
@@ -43,21 +45,12 @@ std::string prefix(std::uint32_t level) {
     return std::string(text, static_cast<std::size_t>(length));
 }
 
-/// Appends a text as one line: removes newlines at its end and escapes other control characters.
-void appendEscaped(std::string& line, const char* text, std::size_t length) {
-    while (length != 0 && text[length - 1] == '\n') {
-        --length;
+/// Appends a text as one line: removes newlines at its end, and escapes what could control a terminal.
+void appendEscaped(std::string& line, std::string_view text) {
+    while (!text.empty() && text.back() == '\n') {
+        text.remove_suffix(1);
     }
-    for (std::size_t at = 0; at < length; ++at) {
-        const auto byte = static_cast<unsigned char>(text[at]);
-        if (byte >= 0x20 && byte != 0x7F) {
-            line += text[at];
-        } else {
-            char escaped[8];
-            std::snprintf(escaped, sizeof escaped, "\\x%02X", byte);
-            line += escaped;
-        }
-    }
+    line += text::printable(text);
 }
 
 std::string dumpRow(const std::uint8_t* bytes, std::size_t at, std::size_t count) {
@@ -100,11 +93,11 @@ void ovxDebugOutput0(ovxDebugFrame*, ovxDebugChunk*, std::uint32_t level, const 
     va_end(arguments);
     std::string line = prefix(level);
     if (length >= 0 && static_cast<std::size_t>(length) < sizeof shortText) {
-        appendEscaped(line, shortText, static_cast<std::size_t>(length));
+        appendEscaped(line, {shortText, static_cast<std::size_t>(length)});
     } else if (length >= 0) {
         std::string longText(static_cast<std::size_t>(length), '\0');
         std::vsnprintf(longText.data(), longText.size() + 1, format, again);
-        appendEscaped(line, longText.data(), longText.size());
+        appendEscaped(line, longText);
     }
     va_end(again);
     line += '\n';

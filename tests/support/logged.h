@@ -76,6 +76,15 @@ inline std::vector<recording::LogLine> withoutTraces() {
     return lines;
 }
 
+/// The texts of all captured lines.
+inline std::vector<std::string> messages() {
+    std::vector<std::string> texts;
+    for (const recording::LogLine& line : recording::log()) {
+        texts.push_back(line.message);
+    }
+    return texts;
+}
+
 /// The texts of the trace lines, without the line number: "[TRACE -> f(IN)] file:f() \n".
 inline std::vector<std::string> traces() {
     std::vector<std::string> texts;

@@ -17,7 +17,7 @@ declare -A may=(
     [$contract]=""
     [$idiom]="$contract"
     [platform/common]="$contract $idiom"
-    [platform/host]="$contract $idiom platform/common"
+    [platform/host]="$contract $idiom platform/common text"
     [platform/recording]="$contract $idiom platform/common"
     [$records]="$contract $idiom"
     [$fields]="browserdvbservice_messages.inc"
@@ -25,20 +25,21 @@ declare -A may=(
     [$headers]="$contract"
     [$library]="$contract $idiom $records $adapter $headers"
     [si]=""
+    [text]=""
     [command_line]=""
     [dtvservice/broadcast]="si"
     [dtvservice/control]=""
-    [dtvservice/core]="$contract $idiom $records $fields dtvservice/broadcast dtvservice/control"
+    [dtvservice/core]="$contract $idiom $records $fields dtvservice/broadcast dtvservice/control text"
     [dtvservice/inputs]="$contract $idiom dtvservice/broadcast dtvservice/core"
     [examples]="$headers"
     [tools/message_documents]="$fields"
     [tools/tsmake]="command_line si"
-    [tools/dtvctl]="command_line dtvservice/control si $fields"
-    [tools/dvbshell]="$headers command_line si $fields"
+    [tools/dtvctl]="command_line dtvservice/control si text $fields"
+    [tools/dvbshell]="$headers command_line si text $fields"
 )
 
 # The program may include all of the reference service. A room may include the core, but no other room.
-may[dtvservice/src]="$contract $idiom command_line si $fields $(echo dtvservice/*)"
+may[dtvservice/src]="$contract $idiom command_line si text $fields $(echo dtvservice/*)"
 for folder in dtvservice/*/; do
     folder=${folder%/}
     if [ -z "${may[$folder]+row}" ]; then

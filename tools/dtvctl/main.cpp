@@ -10,11 +10,12 @@
 #include "command_line.h"
 #include "command_line/arguments.h"
 #include "command_line/output.h"
+#include "command_line/standard_descriptors.h"
 #include "print_answers.h"
 #include "safe_json.h"
 #include "service_client.h"
-#include "si/printable.h"
 #include "si/triplet.h"
+#include "text/printable.h"
 #include "watch.h"
 
 namespace {
@@ -134,7 +135,7 @@ int run(int argc, char** argv) {
 
 int fail(const std::exception& error, int code) {
     std::fflush(stdout);
-    std::fprintf(stderr, "dtvctl: %s\n", si::printable(error.what()).c_str());
+    std::fprintf(stderr, "dtvctl: %s\n", text::printable(error.what()).c_str());
     return code;
 }
 
@@ -143,6 +144,7 @@ int fail(const std::exception& error, int code) {
 int main(int argc, char** argv) {
     constexpr int kRefused = 1;
     constexpr int kNoService = 3;
+    command_line::keepStandardDescriptors();
     command_line::checkOutputAtExit("dtvctl");
     try {
         return run(argc, argv);

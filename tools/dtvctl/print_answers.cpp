@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
-#include "si/printable.h"
+#include "text/printable.h"
 
 namespace dtvctl {
 
@@ -14,7 +14,7 @@ namespace {
 
 /// A text as it is, any other value as JSON.
 std::string shown(const json& value) {
-    return value.is_string() ? si::printable(value.get<std::string>()) : value.dump(-1, ' ', true);
+    return value.is_string() ? text::printable(value.get<std::string>()) : value.dump(-1, ' ', true);
 }
 
 std::string padded(std::string text, std::size_t width) {
@@ -112,7 +112,7 @@ std::string valuesText(const json& answer) {
     std::string text;
     for (const auto& value : answer.items()) {
         if (value.key() != "ok") {
-            text += row(si::printable(value.key()), shown(value.value()));
+            text += row(text::printable(value.key()), shown(value.value()));
         }
     }
     return text;

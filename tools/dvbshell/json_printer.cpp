@@ -8,6 +8,7 @@
 
 #include "message_fields.h"
 #include "si/description.h"
+#include "text/printable.h"
 
 namespace dvbshell {
 
@@ -74,7 +75,8 @@ Json treeOf(const si::Node& node) {
 }
 
 void write(std::FILE* output, const Json& object) {
-    std::fprintf(output, "%s\n", object.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
+    const std::string line = object.dump(-1, ' ', false, Json::error_handler_t::replace);
+    std::fprintf(output, "%s\n", text::printableJson(line).c_str());
     std::fflush(output);
 }
 

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "ait_link.h"
+#include "command_line/standard_descriptors.h"
 #include "for_life.h"
 #include "interrupt.h"
 #include "json_printer.h"
@@ -94,6 +95,7 @@ int run(const command_line::Arguments& arguments, const Job& job, std::FILE* out
 }  // namespace
 
 int main(int argc, char** argv) {
+    command_line::keepStandardDescriptors();
     std::setlocale(LC_CTYPE, "C.UTF-8");
     const command_line::Arguments arguments = command_line::parseOrEnd(program(), argc, argv);
     const Colour colour = chosenColour(arguments);

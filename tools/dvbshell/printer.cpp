@@ -5,8 +5,8 @@
 
 #include "message_fields.h"
 #include "si/ait.h"
-#include "si/printable.h"
 #include "si/tables.h"
+#include "text/printable.h"
 #include "tree_text.h"
 
 namespace dvbshell {
@@ -48,7 +48,7 @@ std::string aitHead(const si::Ait& ait) {
 }  // namespace
 
 void Printer::head(Clock::time_point time, const char* what, const std::string& text) {
-    std::fprintf(output(), "%8.3f  %-8s %s\n", secondsOf(time), what, si::printable(text).c_str());
+    std::fprintf(output(), "%8.3f  %-8s %s\n", secondsOf(time), what, text::printable(text).c_str());
 }
 
 double Printer::secondsOf(Clock::time_point time) const {
@@ -65,7 +65,7 @@ void Printer::result(const Operation& operation, const Outcome& outcome) {
 }
 
 void Printer::note(const std::string& text) {
-    std::fprintf(output(), "%s\n", si::printable(text).c_str());
+    std::fprintf(output(), "%s\n", text::printable(text).c_str());
     std::fflush(output());
 }
 
@@ -110,13 +110,14 @@ void Printer::printPmt(const Event& event) {
              updateName(event.update));
     int longest = 0;
     for (const si::Pmt::Stream& stream : pmt->streams) {
-        longest = std::max(longest, static_cast<int>(si::printable(si::streamName(stream)).size()));
+        longest = std::max(longest, static_cast<int>(text::printable(si::streamName(stream)).size()));
     }
     for (const si::Pmt::Stream& stream : pmt->streams) {
         const std::optional<std::uint8_t> tag = si::componentTag(stream);
         std::fprintf(output(), "%*sPID %4u  stream_type 0x%02X  %-*s  %-3s  %s\n", kTextColumn, "", stream.pid,
-                     stream.streamType, longest, si::printable(si::streamName(stream)).c_str(),
-                     si::printable(si::language(stream)).c_str(), tag ? namedText("component_tag", *tag).c_str() : "");
+                     stream.streamType, longest, text::printable(si::streamName(stream)).c_str(),
+                     text::printable(si::language(stream)).c_str(),
+                     tag ? namedText("component_tag", *tag).c_str() : "");
     }
 }
 
@@ -134,7 +135,7 @@ void Printer::printEit(const Event& event) {
         std::fprintf(output(), "%20sno event\n", "");
     }
     for (const si::Eit::Event& item : eit->events) {
-        std::fprintf(output(), "%20s%s  %s\n", "", eventTime(item).c_str(), si::printable(item.name).c_str());
+        std::fprintf(output(), "%20s%s  %s\n", "", eventTime(item).c_str(), text::printable(item.name).c_str());
     }
 }
 
@@ -193,7 +194,7 @@ void Printer::printValues(const Event& event) {
 
 void Printer::printLines(const std::vector<std::string>& lines, int indent) {
     for (const std::string& line : lines) {
-        std::fprintf(output(), "%*s%s\n", indent, "", si::printable(line).c_str());
+        std::fprintf(output(), "%*s%s\n", indent, "", text::printable(line).c_str());
     }
 }
 

@@ -6,9 +6,9 @@
 #include "carousel_reader.h"
 #include "message_fields.h"
 #include "sections.h"
-#include "si/printable.h"
 #include "si/stream_event.h"
 #include "si/tables.h"
+#include "text/printable.h"
 #include "verbs.h"
 #include "words.h"
 
@@ -93,7 +93,7 @@ bool openAll(Session& session, EventQueue& queue, const std::vector<unsigned int
 /// The data as text if it is text, else in hexadecimal.
 std::string shownData(const si::StreamEvent& event) {
     const std::string bytes(event.data.begin(), event.data.end());
-    return !bytes.empty() && si::printable(bytes) == bytes ? "\"" + bytes + "\"" : message_fields::hexadecimal(bytes);
+    return !bytes.empty() && text::printable(bytes) == bytes ? "\"" + bytes + "\"" : message_fields::hexadecimal(bytes);
 }
 
 /// The PID whose filter the section comes from.

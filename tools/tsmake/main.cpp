@@ -12,6 +12,7 @@
 #include "command_line.h"
 #include "command_line/arguments.h"
 #include "command_line/output.h"
+#include "command_line/standard_descriptors.h"
 #include "description.h"
 #include "scheduler.h"
 
@@ -90,6 +91,7 @@ void write(const tsmake::Multiplex& multiplex, const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    command_line::keepStandardDescriptors();
     command_line::checkOutputAtExit("tsmake");
     const command_line::Arguments arguments = command_line::parseOrEnd(tsmake::commandLine(), argc, argv);
     if (arguments.has("print-sample")) {

@@ -102,12 +102,12 @@ TEST(AnAnswersText, HasNoControlBytes) {
 }
 
 TEST(AnAnswersJson, EscapesWhatControlsATerminal) {
-    EXPECT_EQ(dtvctl::safeJson({{"k\x1b", "\x1b[31m\x7f\u009b\u0085\u202e\u2066"}}),
-              R"({"k\u001b":"\u001b[31m\u007f\u009b\u0085\u202e\u2066"})");
+    EXPECT_EQ(dtvctl::safeJson({{"k\x1b", "\x1b[31m\x7f\u009b\u0085\u202e\u2066\u2028"}}),
+              R"({"k\u001b":"\u001b[31m\u007f\u009b\u0085\u202e\u2066\u2028"})");
 }
 
 TEST(AnAnswersJson, KeepsOtherTexts) {
-    const std::string text = "Zwei F\u00f6hn \u03a4\u03c1\u03af\u03b1 \u00a0\u2028\u2030\U0001F600";
+    const std::string text = "Zwei F\u00f6hn \u03a4\u03c1\u03af\u03b1 \u00a0\u2030\U0001F600";
     EXPECT_EQ(dtvctl::safeJson(json(text)), "\"" + text + "\"");
 }
 

@@ -76,6 +76,14 @@ void forEachProperty(const json& node, const Visit& visit) {
 
 }  // namespace
 
+TEST(TheJsonOfEvents, ControlsNoTerminal) {
+    EventQueue queue;
+    makeListener(queue)->onDrmResultReply(9, 2, "\x1B[2J\x7F\xC2\x9B\xE2\x80\xAE\xE2\x81\xA6", 1);
+    const std::string line = printed(queue);
+    EXPECT_THAT(line, testing::HasSubstr(R"("\u001b[2J\u007f\u009b\u202e\u2066")"));
+    EXPECT_EQ(json::parse(line)["message"], "\x1B[2J\x7F\xC2\x9B\xE2\x80\xAE\xE2\x81\xA6");
+}
+
 TEST(TheJsonOfEvents, IsWhatTheSchemaSays) {
     EventQueue queue;
     callAll(*makeListener(queue));

@@ -1,12 +1,12 @@
 // Texts from the broadcast or a peer, printed on the terminal.
-#include "si/printable.h"
+#include "text/printable.h"
 
 #include <gtest/gtest.h>
 
 #include "captured_output.h"
 #include "printer.h"
 
-using si::printable;
+using text::printable;
 
 TEST(ATextOfOthers, IsUnchangedIfPlain) {
     EXPECT_EQ(printable("Velmora Zwei F\xC3\xB6hn, \xCE\xA4\xCF\x81\xCE\xAF\xCE\xB1, \xE8\x8F\xAF\xE8\xA6\x96, "
@@ -22,6 +22,7 @@ TEST(ATextOfOthers, CannotSteerTheTerminal) {
                         "2J"),
               "\\xc2\\x9b2J");
     EXPECT_EQ(printable("\xE2\x80\xAE"), "\\xe2\\x80\\xae");
+    EXPECT_EQ(printable("\xD8\x9C\xE2\x80\x8F\xE2\x80\xA8"), "\\xd8\\x9c\\xe2\\x80\\x8f\\xe2\\x80\\xa8");
     EXPECT_EQ(printable(std::string("a\0b", 3)), "a\\x00b");
 }
 
