@@ -21,13 +21,17 @@ void ApplicationsRoom::cmdTriggerAitReparse(Browser asker) {
 }
 
 void ApplicationsRoom::cmdHandleHbbtvStatus(Browser asker, int status) {
-    BLOG_TAGGED(blog::kOrdinary, "browser %u: application start status %d\n", asker, status);
+    if (core.browsers.mayTell(asker)) {
+        BLOG_TAGGED(blog::kOrdinary, "browser %u: application start status %d\n", asker, status);
+    }
 }
 
 void ApplicationsRoom::cmdSendOpAppInstallStatus(Browser asker, lo::browserdvbservice::OpappType type,
                                                  lo::browserdvbservice::OpappInstallStatus status) {
-    BLOG_TAGGED(blog::kOrdinary, "browser %u: operator application of type %d, install status %d\n", asker,
-                static_cast<int>(type), static_cast<int>(status));
+    if (core.browsers.mayTell(asker)) {
+        BLOG_TAGGED(blog::kOrdinary, "browser %u: operator application of type %d, install status %d\n", asker,
+                    static_cast<int>(type), static_cast<int>(status));
+    }
 }
 
 void ApplicationsRoom::aitChanged(const Channel&, const Section& section) {

@@ -1,14 +1,24 @@
 // Following the AITs of a service.
 #include "ait_table.h"
 
+#include <algorithm>
+
 #include "si/ait.h"
 
 namespace broadcast {
+
+namespace {
+
+/// A limit on the memory that a service can use. Real services have one or two.
+constexpr std::size_t kMostPids = 8;
+
+}  // namespace
 
 void AitTable::follow(const si::Pmt& pmt) {
     const bool wasSignalled = isSignalled();
     isListed = si::listsHbbTvAit(pmt);
     std::vector<std::uint16_t> newPids = si::hbbtvAitPids(pmt);
+    newPids.resize(std::min(newPids.size(), kMostPids));
     if (newPids != pids) {
         pids = std::move(newPids);
         subscribe();
@@ -31,7 +41,8 @@ void AitTable::subscribe() {
 /// get, do not match.
 void AitTable::onSection(std::uint16_t pid, si::Bytes section) {
     constexpr std::uint8_t kTableId = 0x74;
-    if (!isCurrent(section, kTableId) || si::tableIdExtension(section) != si::kApplicationTypeHbbTv) {
+    if (!isCurrent(section, kTableId) || si::tableIdExtension(section) != si::kApplicationTypeHbbTv ||
+        si::sectionNumber(section) >= kMostSections) {
         return;
     }
     const bool wasSignalled = isSignalled();

@@ -10,6 +10,9 @@
 
 namespace broadcast {
 
+/// Most services of one transport stream that are followed, to limit memory and time. No real one has nearly as many.
+constexpr std::size_t kMostServices = 1000;
+
 struct Channel {
     std::optional<std::uint16_t> originalNetworkId;  ///< absent until an SDT, NIT or EIT gives it
     std::uint16_t transportStreamId = 0;

@@ -13,6 +13,26 @@ struct Demux::Subscriber {
 struct Demux::Pid {
     Pid() : assembler([this](si::Bytes section) { deliver(section); }) {}
 
+    void end(Subscription subscription) {
+        const auto found =
+            std::lower_bound(subscribers.begin(), subscribers.end(), subscription,
+                             [](const Subscriber& each, Subscription wanted) { return each.subscription < wanted; });
+        if (found != subscribers.end() && found->subscription == subscription && found->handler) {
+            found->handler.reset();
+            ++ended;
+        }
+    }
+    bool isUnused() const { return ended == subscribers.size(); }
+    /// Removes ended subscribers once they are the majority, so that ending all of many takes time in proportion.
+    void sweep() {
+        if (2 * ended > subscribers.size()) {
+            subscribers.erase(std::remove_if(subscribers.begin(), subscribers.end(),
+                                             [](const Subscriber& subscriber) { return !subscriber.handler; }),
+                              subscribers.end());
+            ended = 0;
+        }
+    }
+
     /// Subscribers added during delivery get the next section.
     void deliver(si::Bytes section) {
         const std::size_t count = subscribers.size();
@@ -25,7 +45,8 @@ struct Demux::Pid {
     }
 
     SectionAssembler assembler;
-    std::vector<Subscriber> subscribers;
+    std::vector<Subscriber> subscribers;  // in the order of their numbers
+    std::size_t ended = 0;                // subscribers without a handler
     bool feeding = false;
 };
 
@@ -59,11 +80,7 @@ void Demux::unsubscribe(Subscription subscription) {
     if (!pids[pid]) {
         return;
     }
-    for (Subscriber& subscriber : pids[pid]->subscribers) {
-        if (subscriber.subscription == subscription) {
-            subscriber.handler.reset();
-        }
-    }
+    pids[pid]->end(subscription);
     if (!pids[pid]->feeding) {
         sweep(pid);
     }
@@ -94,15 +111,13 @@ void Demux::feed(TsPacket packet, Clock::time_point now) {
     sweep(pid);
 }
 
-/// Removes ended subscriptions, and the PID's assembler after the last one.
+/// Removes the PID's assembler after its last subscription.
 void Demux::sweep(std::uint16_t pid) {
-    std::vector<Subscriber>& subscribers = pids[pid]->subscribers;
-    subscribers.erase(std::remove_if(subscribers.begin(), subscribers.end(),
-                                     [](const Subscriber& subscriber) { return !subscriber.handler; }),
-                      subscribers.end());
-    if (subscribers.empty()) {
+    if (pids[pid]->isUnused()) {
         add(pids[pid]->assembler.counts(), meters[pid].counts());
         pids[pid].reset();
+    } else {
+        pids[pid]->sweep();
     }
 }
 

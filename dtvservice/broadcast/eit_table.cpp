@@ -8,7 +8,8 @@ namespace broadcast {
 bool EitTable::isEit(si::Bytes section) {
     constexpr std::uint8_t kPresentFollowingActual = 0x4E;
     constexpr std::size_t kShortest = 18;
-    return isCurrent(section, kPresentFollowingActual) && section.size >= kShortest;
+    return isCurrent(section, kPresentFollowingActual) && section.size >= kShortest &&
+           si::sectionNumber(section) < kMostSections;
 }
 
 std::uint16_t EitTable::networkId(si::Bytes section) {

@@ -12,7 +12,7 @@ class EitTable {
 public:
     static constexpr std::uint16_t kPid = 0x0012;
 
-    /// Whether the section belongs to an EIT present/following (actual), of any service.
+    /// Whether the section belongs to an EIT present/following (actual), of any service, and is below kMostSections.
     static bool isEit(si::Bytes section);
     /// original_network_id of a section for which isEit() is true.
     static std::uint16_t networkId(si::Bytes section);

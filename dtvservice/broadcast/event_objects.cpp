@@ -11,6 +11,7 @@ namespace {
 
 /// Limits on the memory that a broadcast can use. Real carousels stay far below them.
 constexpr std::size_t kLargestModule = std::size_t{8} * 1024 * 1024;
+constexpr std::uint32_t kMostCompressed = 100;  // times
 constexpr std::size_t kMostModules = 4096;
 constexpr std::size_t kDeepest = 16;
 constexpr std::size_t kMostHeld = std::size_t{32} * 1024 * 1024;
@@ -40,17 +41,21 @@ std::size_t sizeOf(const si::CarouselObject& object) {
 }  // namespace
 
 bool EventObjects::onSection(std::uint16_t pid, si::Bytes section) {
-    bool changed = false;
+    received += section.size;
+    bool changed = isStale;
+    if (isStale) {
+        lookThroughSoon();
+    }
     if (const std::optional<si::DownloadBlock> block = si::downloadBlock(section)) {
-        changed = onBlock(*block);
+        changed = onBlock(*block) || changed;
     } else if (const std::optional<si::DownloadInfo> info = si::downloadInfo(section)) {
-        changed = onInfo(*info);
+        changed = onInfo(*info) || changed;
     } else if (const std::optional<si::ObjectReference> gateway = si::serviceGateway(section)) {
         const auto [known, isNew] = gateways.try_emplace(pid, *gateway);
-        changed = isNew || !(known->second == *gateway);
-        known->second = *gateway;
-        if (changed) {
-            lookThrough();
+        if (isNew || !(known->second == *gateway)) {
+            known->second = *gateway;
+            lookThroughSoon();
+            changed = true;
         }
     }
     return changed;
@@ -60,7 +65,8 @@ bool EventObjects::onInfo(const si::DownloadInfo& info) {
     bool changed = false;
     bool hasLost = false;
     for (const si::DownloadInfo::Module& listed : info.modules) {
-        const bool fits = listed.size <= kLargestModule && listed.originalSize.value_or(0) <= kLargestModule;
+        const bool fits = listed.size <= kLargestModule && listed.originalSize.value_or(0) <= kLargestModule &&
+                          listed.originalSize.value_or(0) / kMostCompressed <= listed.size;
         const auto known = modules.find({info.downloadId, listed.id});
         const bool isSame = known != modules.end() && known->second.info.version == listed.version &&
                             known->second.info.size == listed.size && known->second.blockSize == info.blockSize;
@@ -76,7 +82,7 @@ bool EventObjects::onInfo(const si::DownloadInfo& info) {
         changed = true;
     }
     if (hasLost) {
-        lookThrough();
+        lookThroughSoon();
     }
     return changed;
 }
@@ -153,9 +159,12 @@ void EventObjects::keep(Module& module, si::CarouselObject object) {
 
 void EventObjects::lookThrough() {
     events_.clear();
+    places.clear();
     waiting.clear();
     visited.clear();
     noted = 0;
+    received = 0;
+    ++searches_;
     for (const auto& [pid, gateway] : gateways) {
         visit({pid, {gateway.carouselId, gateway.moduleId}, gateway.key, {}, 0});
     }
@@ -164,11 +173,21 @@ void EventObjects::lookThrough() {
 /// Reads a module as soon as it is complete. After the last module it reads everything again from the service gateway,
 /// so that the result does not depend on the order in which modules arrive.
 void EventObjects::goOnIn(const ModuleId& id) {
-    const auto places = waiting.extract(id);
-    for (const Place& place : places.mapped()) {
+    const auto waitingPlaces = waiting.extract(id);
+    for (const Place& place : waitingPlaces.mapped()) {
         look(place);
     }
     if (waiting.empty()) {
+        lookThroughSoon();
+    }
+}
+
+/// Searches now, or after as many more bytes as the search would take work: a carousel whose gateway or directories
+/// change all the time would otherwise take all of the thread's time.
+void EventObjects::lookThroughSoon() {
+    constexpr std::size_t kFoundPerReceived = 16;
+    isStale = noted / kFoundPerReceived > received;
+    if (!isStale) {
         lookThrough();
     }
 }
@@ -194,7 +213,8 @@ void EventObjects::look(const Place& place) {
     }
     for (const si::CarouselObject::EventName& event : object->second.events) {
         const auto& tags = object->second.associationTags;
-        if (note(sizeof(Named) + place.path.size() + event.name.size() + tags.size() * sizeof tags[0])) {
+        if (note(sizeof(Named) + place.path.size() + 2 * event.name.size() + tags.size() * sizeof tags[0])) {
+            places[event.name].push_back(events_.size());
             events_.push_back({place.pid, place.path, event.name, event.id, tags});
         }
     }
@@ -205,6 +225,12 @@ void EventObjects::look(const Place& place) {
                place.path.empty() ? entry.name : place.path + "/" + entry.name,
                place.depth + 1});
     }
+}
+
+const std::vector<std::size_t>& EventObjects::placesOf(const std::string& name) const {
+    static const std::vector<std::size_t> none;
+    const auto found = places.find(name);
+    return found == places.end() ? none : found->second;
 }
 
 /// Counts the bytes against the limit; false if they exceed it.

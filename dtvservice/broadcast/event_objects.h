@@ -35,11 +35,16 @@ public:
     explicit EventObjects(std::set<std::uint16_t> newPids, std::size_t newMostKept = kMostKept)
         : pids(std::move(newPids)), mostKept(newMostKept) {}
 
-    /// A section of one of the PIDs. True if events() or isComplete() may have changed.
+    /// A section of one of the PIDs. True if events(), searches() or isComplete() may have changed.
     bool onSection(std::uint16_t pid, si::Bytes section);
+    /// In the order in which they were found. Grows until the next search begins.
     const std::vector<Named>& events() const { return events_; }
+    /// Where events() has the events of this name, in ascending order.
+    const std::vector<std::size_t>& placesOf(const std::string& name) const;
+    /// The number of searches from the service gateways on; each begins with no events.
+    std::uint64_t searches() const { return searches_; }
     /// Whether every directory of every carousel has been read.
-    bool isComplete() const { return gateways.size() == pids.size() && waiting.empty(); }
+    bool isComplete() const { return gateways.size() == pids.size() && waiting.empty() && !isStale; }
     /// Whether something exceeded the limit. Events may then be missing although isComplete() is true.
     bool hasPassedOver() const { return passedOver; }
 
@@ -68,6 +73,7 @@ private:
     void finish(Module& module);
     void keep(Module& module, si::CarouselObject object);
     void lookThrough();
+    void lookThroughSoon();
     void goOnIn(const ModuleId& id);
     void visit(Place place);
     void look(const Place& place);
@@ -84,6 +90,10 @@ private:
     std::size_t noted = 0;                                               // bytes of visited, waiting and events_
     bool passedOver = false;
     std::vector<Named> events_;
+    std::map<std::string, std::vector<std::size_t>> places;  // in events_, by name
+    std::uint64_t searches_ = 0;
+    std::size_t received = 0;  // bytes of sections since the last search
+    bool isStale = false;      // a search has to follow
 };
 
 }  // namespace broadcast

@@ -98,6 +98,16 @@ std::vector<Channel> NetworkTable::otherChannels(std::optional<std::uint16_t> ow
     return list;
 }
 
+bool NetworkTable::lists(std::uint32_t networkId, std::uint32_t transportStream, std::uint32_t serviceId) const {
+    if (std::max({networkId, transportStream, serviceId}) > 0xFFFF) {
+        return false;
+    }
+    const auto found =
+        streams.find({static_cast<std::uint16_t>(networkId), static_cast<std::uint16_t>(transportStream)});
+    const auto id = static_cast<std::uint16_t>(serviceId);
+    return found != streams.end() && (found->second.listed.count(id) != 0 || found->second.sdt.names().count(id) != 0);
+}
+
 bool NetworkTable::hasDeliverySystem(const Channel& channel, const std::string& descriptor) const {
     const auto isIt = [&descriptor](const si::Descriptor& known) {
         std::string bytes = {static_cast<char>(known.tag), static_cast<char>(known.bytes.size())};

@@ -28,6 +28,8 @@ public:
     /// Services of all transport streams but the multiplex's own, in the order of network, transport stream and
     /// service.
     std::vector<Channel> otherChannels(std::optional<std::uint16_t> own) const;
+    /// Whether otherChannels(), of any multiplex's own, has the service.
+    bool lists(std::uint32_t networkId, std::uint32_t transportStream, std::uint32_t serviceId) const;
     /// Whether the NIT has a descriptor with exactly these bytes, tag and length included, for the channel's transport
     /// stream. A channel whose network is still unknown matches any network.
     bool hasDeliverySystem(const Channel& channel, const std::string& descriptor) const;

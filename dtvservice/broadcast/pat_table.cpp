@@ -21,6 +21,7 @@ PatTable::Outcome PatTable::onSection(si::Bytes section) {
 
 void PatTable::readList() {
     channels_.clear();
+    passedOver_ = 0;
     for (const auto& entry : table.sections()) {
         std::string error;
         const std::optional<si::Pat> parsed = si::parsePat(entry.second, error);
@@ -29,6 +30,10 @@ void PatTable::readList() {
         }
         transportStreamId_ = parsed->transportStreamId;
         for (const si::Pat::Program& program : parsed->programs) {
+            if (channels_.size() == kMostServices) {
+                ++passedOver_;
+                continue;
+            }
             channels_.push_back({std::nullopt, parsed->transportStreamId, program.serviceId, program.pmtPid, {}});
         }
     }

@@ -20,8 +20,10 @@ public:
     enum class Outcome { none, repetition, list };
 
     Outcome onSection(si::Bytes section);
-    /// The services in the order of the last complete PAT, without network and name.
+    /// The services in the order of the last complete PAT, without network and name. At most kMostServices.
     const std::vector<Channel>& channels() const { return channels_; }
+    /// The services that it lists beyond them.
+    std::size_t passedOver() const { return passedOver_; }
     std::optional<std::uint16_t> transportStreamId() const { return transportStreamId_; }
     std::uint64_t repetitions() const { return repetitions_; }
 
@@ -30,6 +32,7 @@ private:
 
     SubTable table;
     std::vector<Channel> channels_;
+    std::size_t passedOver_ = 0;
     std::optional<std::uint16_t> transportStreamId_;
     std::uint64_t repetitions_ = 0;
 };

@@ -3,20 +3,15 @@
 
 namespace broadcast {
 
-PmtTable::PmtTable(Demux& demux, std::uint16_t newPid, std::uint16_t newServiceId, Listener newListener)
-    : pid_(newPid),
-      serviceId(newServiceId),
-      listener(std::move(newListener)),
-      subscription(demux, newPid, [this](si::Bytes section) { onSection(section); }) {}
-
 Section PmtTable::section() const {
     return table.sections().empty() ? Section() : table.sections().begin()->second;
 }
 
-/// Checks program_number, because several services may have their PMTs on one PID.
+/// Checks program_number, because several services may have their PMTs on one PID. A PMT has one section.
 void PmtTable::onSection(si::Bytes section) {
     constexpr std::uint8_t kTableId = 0x02;
-    if (!isCurrent(section, kTableId) || si::tableIdExtension(section) != serviceId) {
+    if (!isCurrent(section, kTableId) || si::tableIdExtension(section) != serviceId ||
+        si::sectionNumber(section) != 0) {
         return;
     }
     std::string error;

@@ -4,7 +4,6 @@
 namespace broadcast {
 
 bool SdtNames::isSdt(si::Bytes section, std::uint8_t tableId) {
-    constexpr std::uint8_t kMostSections = 32;
     return isCurrent(section, tableId) && si::sectionNumber(section) < kMostSections;
 }
 

@@ -13,17 +13,15 @@
 
 namespace broadcast {
 
-/// Limits on the memory that a broadcast can use. No real network reaches them.
+/// A limit on the memory that a broadcast can use. No real network reaches it.
 constexpr std::size_t kMostStreams = 1000;
-constexpr std::size_t kMostServices = 1000;  // per stream
 
 /// The SDT of one transport stream.
 class SdtNames {
 public:
     using Names = std::map<std::uint16_t, std::string>;  // by service_id
 
-    /// Whether this is a current SDT section with this table_id. High section numbers, which no real network uses, are
-    /// refused to limit the memory.
+    /// Whether this is a current SDT section with this table_id, and below kMostSections.
     static bool isSdt(si::Bytes section, std::uint8_t tableId);
 
     /// The parsed section if it is new; else nothing.

@@ -1,7 +1,7 @@
 // Combines the tables of a multiplex.
 #include "si_database.h"
 
-#include <algorithm>
+#include <set>
 
 namespace broadcast {
 
@@ -20,7 +20,7 @@ SiDatabase::Service::Service(SiDatabase& database, const Channel& channel)
                            [&database, id = channel.serviceId](si::Bytes section, Update update) {
                                database.listener.onAit(database, id, copyOf(section), update == Update::changed);
                            }}),
-      pmt(database.demux, channel.pmtPid, channel.serviceId,
+      pmt(channel.pmtPid, channel.serviceId,
           [this, &database, id = channel.serviceId](const si::Pmt& parsed, si::Bytes section, Update update) {
               ait.follow(parsed);
               database.listener.onPmt(database, id, copyOf(section), update == Update::changed);
@@ -34,9 +34,8 @@ SiDatabase::SiDatabase(Demux& newDemux, SiListener& newListener) : demux(newDemu
 }
 
 const Channel* SiDatabase::find(std::uint16_t serviceId) const {
-    const auto found = std::find_if(channels_.begin(), channels_.end(),
-                                    [serviceId](const Channel& channel) { return channel.serviceId == serviceId; });
-    return found == channels_.end() ? nullptr : &*found;
+    const auto found = places.find(serviceId);
+    return found == places.end() ? nullptr : &channels_[found->second];
 }
 
 const SiDatabase::Service* SiDatabase::serviceOf(std::uint16_t serviceId) const {
@@ -91,13 +90,41 @@ void SiDatabase::onPatSection(si::Bytes section) {
 /// Replaces the tables of a service whose PMT has moved to another PID.
 void SiDatabase::followServices() {
     channels_ = pat.channels();
+    places.clear();
+    for (std::size_t place = 0; place < channels_.size(); ++place) {
+        places.try_emplace(channels_[place].serviceId, place);
+    }
     for (auto service = services.begin(); service != services.end();) {
         service = isListed(service->first, service->second.pmt.pid()) ? std::next(service) : services.erase(service);
     }
     for (const Channel& channel : channels_) {
         services.try_emplace(channel.serviceId, *this, channel);
     }
+    followPmtPids();
     nameChannels();
+}
+
+/// One subscription a PID, however many services have their PMTs there.
+void SiDatabase::followPmtPids() {
+    std::set<std::uint16_t> wanted;
+    for (const auto& service : services) {
+        wanted.insert(service.second.pmt.pid());
+    }
+    for (auto known = pmtPids.begin(); known != pmtPids.end();) {
+        known = wanted.count(known->first) != 0 ? std::next(known) : pmtPids.erase(known);
+    }
+    for (const std::uint16_t pid : wanted) {
+        if (pmtPids.count(pid) == 0) {
+            pmtPids.try_emplace(pid, demux, pid, [this, pid](si::Bytes section) { onPmtSection(pid, section); });
+        }
+    }
+}
+
+void SiDatabase::onPmtSection(std::uint16_t pid, si::Bytes section) {
+    const auto service = services.find(si::tableIdExtension(section));
+    if (service != services.end() && service->second.pmt.pid() == pid) {
+        service->second.pmt.onSection(section);
+    }
 }
 
 bool SiDatabase::isListed(std::uint16_t serviceId, std::uint16_t pmtPid) const {

@@ -42,8 +42,10 @@ public:
     SiDatabase(const SiDatabase&) = delete;
     SiDatabase& operator=(const SiDatabase&) = delete;
 
-    /// In the order of the PAT.
+    /// In the order of the PAT. At most kMostServices.
     const std::vector<Channel>& channels() const { return channels_; }
+    /// The services that the PAT lists beyond them.
+    std::size_t passedOver() const { return pat.passedOver(); }
     const Channel* find(std::uint16_t serviceId) const;
     /// Whether the services' triplets are final: the network is known, or the PAT has been repeated so often that no
     /// table is likely to give it any more.
@@ -51,6 +53,10 @@ public:
     /// Services of other transport streams, from the SDT (other) and the NIT's service lists, in the order of network,
     /// transport stream and service. They have no PMT PID.
     std::vector<Channel> otherChannels() const { return network.otherChannels(pat.transportStreamId()); }
+    /// Whether the SDT (other) or the NIT lists this service of another transport stream.
+    bool announces(std::uint32_t networkId, std::uint32_t transportStream, std::uint32_t serviceId) const {
+        return transportStream != pat.transportStreamId() && network.lists(networkId, transportStream, serviceId);
+    }
     /// The latest section; empty if none has arrived.
     Section pmt(std::uint16_t serviceId) const;
     /// The sections that have arrived: present, then following.
@@ -72,7 +78,7 @@ private:
         Service(SiDatabase& database, const Channel& channel);
         AitTable ait;
         EitTable eit;
-        PmtTable pmt;  // the last member: its listener uses `ait`
+        PmtTable pmt;
     };
 
     const Service* serviceOf(std::uint16_t serviceId) const;
@@ -80,7 +86,9 @@ private:
     void onNitSection(si::Bytes section);
     void onSdtSection(si::Bytes section);
     void onEitSection(si::Bytes section);
+    void onPmtSection(std::uint16_t pid, si::Bytes section);
     void followServices();
+    void followPmtPids();
     bool isListed(std::uint16_t serviceId, std::uint16_t pmtPid) const;
     void nameChannels();
 
@@ -91,7 +99,9 @@ private:
     NetworkTable network;
     std::map<std::uint16_t, Service> services;
     std::vector<Channel> channels_;
+    std::map<std::uint16_t, std::size_t> places;  // in channels_, by service_id: the first one that has it
     std::vector<SectionSubscription> subscriptions;
+    std::map<std::uint16_t, SectionSubscription> pmtPids;  // several services may have their PMTs on one PID
 };
 
 }  // namespace broadcast

@@ -16,6 +16,10 @@ namespace broadcast {
 using Section = std::vector<std::uint8_t>;
 using Sections = std::map<std::uint8_t, Section>;  // by section_number
 
+/// Sections with higher numbers are refused where a broadcast has one table per service or transport stream, to limit
+/// the memory. No real table has as many.
+constexpr std::uint8_t kMostSections = 32;
+
 /// The effect of a section on the table: none (a repetition), a section of the first version, or a change.
 enum class Update { none, first, changed };
 

@@ -44,29 +44,35 @@ ComponentsRoom::ComponentsRoom(Core& newCore) : core(newCore) {
     core.commands.on.cmdUnselectComponent = calls(*this, &ComponentsRoom::cmdUnselectComponent);
 }
 
-void ComponentsRoom::cmdTuneToComponent(Browser, const TuneInfoComponent& component) {
+void ComponentsRoom::cmdTuneToComponent(Browser asker, const TuneInfoComponent& component) {
     const std::uint32_t type = component.first;
     const std::uint32_t pid = component.second;
     if (type >= kTypes || !shown.selectPid(static_cast<si::ComponentType>(type), pid)) {
-        BLOG_TAGGED(blog::kUnsupported, "no component of type %u on PID %u\n", type, pid);
+        if (core.browsers.mayTell(asker)) {
+            BLOG_TAGGED(blog::kUnsupported, "no component of type %u on PID %u\n", type, pid);
+        }
         return;
     }
     tellSelected(static_cast<si::ComponentType>(type), core.browsers.all());
 }
 
-void ComponentsRoom::cmdSelectComponent(Browser, ComponentType wanted) {
+void ComponentsRoom::cmdSelectComponent(Browser asker, ComponentType wanted) {
     const auto type = static_cast<std::uint32_t>(wanted);
     if (type >= kTypes || !shown.select(static_cast<si::ComponentType>(type))) {
-        BLOG_TAGGED(blog::kUnsupported, "no component of type %u\n", type);
+        if (core.browsers.mayTell(asker)) {
+            BLOG_TAGGED(blog::kUnsupported, "no component of type %u\n", type);
+        }
         return;
     }
     tellSelected(static_cast<si::ComponentType>(type), core.browsers.all());
 }
 
-void ComponentsRoom::cmdUnselectComponent(Browser, ComponentType wanted) {
+void ComponentsRoom::cmdUnselectComponent(Browser asker, ComponentType wanted) {
     const auto type = static_cast<std::uint32_t>(wanted);
     if (type >= kTypes) {
-        BLOG_TAGGED(blog::kUnsupported, "no component of type %u\n", type);
+        if (core.browsers.mayTell(asker)) {
+            BLOG_TAGGED(blog::kUnsupported, "no component of type %u\n", type);
+        }
         return;
     }
     shown.unselect(static_cast<si::ComponentType>(type));

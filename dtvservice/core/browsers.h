@@ -8,6 +8,7 @@
 #include <set>
 
 #include "browserdvbservice_interfaces.h"
+#include "line_limits.h"
 
 namespace dtvservice {
 
@@ -29,10 +30,18 @@ public:
     void connect(Events& newEvents) { events = &newEvents; }
 
     void add(Browser browser) { connected.insert(browser); }
-    void remove(Browser browser) { connected.erase(browser); }
+    void remove(Browser browser) {
+        connected.erase(browser);
+        lines.forget(nameOf(browser));
+    }
     /// The browsers that the loop knows. A new connection is posted to the loop, which adds the browser and then sends
     /// it the current state.
     const Audience& all() const { return connected; }
+
+    /// Whether the calling function may write a log line about what this browser asks for now.
+    bool mayTell(Browser browser, const char* function = __builtin_FUNCTION()) {
+        return lines.mayTell(nameOf(browser), function);
+    }
 
     /// Sends one event to every browser of the audience.
     template <typename... Values>
@@ -47,8 +56,11 @@ public:
     }
 
 private:
+    static std::string nameOf(Browser browser) { return "browser " + std::to_string(browser); }
+
     Events* events = nullptr;
     Audience connected;
+    LineLimits lines;
 };
 
 }  // namespace dtvservice

@@ -1,8 +1,9 @@
-// Commands: posts the browsers' commands from the transport thread to the loop, which calls the handler of the room in
+// Commands: passes the browsers' commands from the transport thread to the loop, which calls the handler of the room in
 // charge.
 // Threads: commands arrive on the transport thread; handlers run on the loop's. Set them before the first command.
 // Blocks:  never.
-// Fails:   a command without a handler is refused in the log.
+// Fails:   a command without a handler is refused in the log. If a browser sends commands faster than they are done, the
+//          newest are dropped, counted and logged.
 #pragma once
 
 #include <functional>
@@ -10,7 +11,9 @@
 #include "browserdvbservice_stub.h"
 #include "browsers.h"
 #include "event_loop.h"
+#include "repeated_messages.h"
 #include "service_log.h"
+#include "waiting_commands.h"
 
 namespace dtvservice {
 
@@ -28,7 +31,7 @@ public:
     /// The loop must outlive this object, and run no task after this object ends. `newConnected` and `newGone` are
     /// called on the loop's thread.
     Commands(EventLoop& newLoop, Change newConnected, Change newGone)
-        : loop(newLoop), connected(std::move(newConnected)), gone(std::move(newGone)) {}
+        : waiting(newLoop), connected(std::move(newConnected)), gone(std::move(newGone)) {}
 
     CommandHandlers on;
 
@@ -41,28 +44,66 @@ public:
 
     void browserConnected(const frame::TransportInfo& peer) override {
         BLOG_TAGGED(blog::kOrdinary, "browser %u connected\n", peer.peer);
-        loop.post([this, browser = peer.peer] { connected(browser); });
+        waiting.addNotice(peer.peer, [this, browser = peer.peer] { connected(browser); });
     }
     void browserDisconnected(const frame::TransportInfo& peer) override {
         BLOG_TAGGED(blog::kOrdinary, "browser %u disconnected\n", peer.peer);
-        loop.post([this, browser = peer.peer] { gone(browser); });
+        dropped.erase(peer.peer);
+        waiting.addNotice(peer.peer, [this, browser = peer.peer] { gone(browser); });
     }
 
 private:
-    template <typename Handler, typename... Values>
-    void post(const char* operation, const Handler& handler, Browser asker, const Values&... values) {
-        loop.post([=, &handler] {
-            if (handler) {
-                handler(asker, values...);
-            } else {
-                BLOG_TAGGED_AS(blog::kUnsupported, operation, "refused: nothing here handles %s\n", operation);
-            }
-        });
+    /// Approximate bytes of a value that waits.
+    static std::size_t sizeOf(const std::string& text) {
+        return sizeof text + text.size();
+    }
+    static std::size_t sizeOf(const lo::browserdvbservice::OpenFilterMatchMask_t& filter) {
+        return sizeof filter + filter.mask.size() + filter.maskBits.size();
+    }
+    static std::size_t sizeOf(const lo::browserdvbservice::TuneInfoChannel& channel) {
+        return sizeof channel + channel.dsd.size();
+    }
+    template <typename Value>
+    static std::size_t sizeOf(const Value& value) {
+        return sizeof value;
     }
 
-    EventLoop& loop;
+    template <typename Handler, typename... Values>
+    void post(const char* operation, const Handler& handler, Browser asker, const Values&... values) {
+        const std::size_t bytes = (std::size_t{0} + ... + sizeOf(values));
+        const bool isKept = waiting.add(
+            asker,
+            [=, &handler] {
+                if (handler) {
+                    handler(asker, values...);
+                } else {
+                    BLOG_TAGGED_AS(blog::kUnsupported, operation, "refused: nothing here handles %s\n", operation);
+                }
+            },
+            bytes);
+        if (!isKept) {
+            noteDropped(asker);
+        }
+    }
+
+    void noteDropped(Browser asker) {
+        Dropped& counted = dropped[asker];
+        const std::string text = std::to_string(++counted.commands) + " dropped so far";
+        if (const auto line = counted.messages.tell("dropped", text, 1)) {
+            BLOG_TAGGED(blog::kUnsupported, "browser %u sends commands faster than they are done: %s\n", asker,
+                        line->c_str());
+        }
+    }
+
+    struct Dropped {
+        std::uint64_t commands = 0;
+        RepeatedMessages messages;
+    };
+
+    WaitingCommands waiting;
     Change connected;
     Change gone;
+    std::map<Browser, Dropped> dropped;  // used only by the transport thread
 };
 
 }  // namespace dtvservice

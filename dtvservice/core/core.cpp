@@ -67,12 +67,24 @@ void Core::onBrowserGone(Browser browser) {
 }
 
 void Core::onChannelList(const SiDatabase& of) {
-    BLOG_TAGGED(blog::kOrdinary, "%zu services\n", of.channels().size());
+    tellNumberOfServices(of);
     if (&of == &received_->si && presentedId && presented() == nullptr) {
         presentedId.reset();
         toRooms([](Room& room) { room.serviceGone(); });
     }
     toRooms([&](Room& room) { room.channelListChanged(multiplexes.of(of)); });
+}
+
+void Core::tellNumberOfServices(const SiDatabase& of) {
+    if (!mayTell(multiplexes.of(of))) {
+        return;
+    }
+    const std::size_t followed = of.channels().size();
+    const std::string text = of.passedOver() == 0
+                                 ? std::to_string(followed) + " services"
+                                 : "the PAT lists " + std::to_string(followed + of.passedOver()) +
+                                       " services; the first " + std::to_string(followed) + " are followed";
+    BLOG_TAGGED(blog::kOrdinary, "%s\n", text.c_str());
 }
 
 void Core::onPmt(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) {

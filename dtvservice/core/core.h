@@ -33,6 +33,10 @@ public:
 
     /// The multiplex that is received: there is one tuner.
     Multiplex& received() const { return *received_; }
+    /// Whether the calling function may write a log line about what the multiplex broadcasts now.
+    bool mayTell(const Multiplex& multiplex, const char* function = __builtin_FUNCTION()) {
+        return inputLines.mayTell("input " + std::to_string(multiplexes.numberOf(multiplex)), function);
+    }
     /// Null while nothing is presented.
     const broadcast::Channel* presented() const;
 
@@ -51,6 +55,7 @@ private:
                bool changed) override;
     void onAitSignalled(const broadcast::SiDatabase& of, std::uint16_t serviceId, bool signalled) override;
 
+    void tellNumberOfServices(const broadcast::SiDatabase& of);
     const broadcast::Channel* presentedOf(const broadcast::SiDatabase& of, std::uint16_t serviceId) const;
     void onBrowserConnected(Browser browser);
     void onBrowserGone(Browser browser);
@@ -65,6 +70,7 @@ private:
 
     Multiplex* received_ = nullptr;
     std::optional<std::uint16_t> presentedId;  // service_id, in the received multiplex
+    LineLimits inputLines;
     std::vector<std::unique_ptr<Room>> rooms;  // the last member: rooms use the multiplexes until they are destroyed
 };
 

@@ -30,10 +30,9 @@ std::size_t Multiplexes::numberOf(const Multiplex& multiplex) const {
 /// Whether an input carries the service.
 bool Multiplexes::isReceived(const Channel& channel) const {
     const Triplet wanted = {*channel.originalNetworkId, channel.transportStreamId, channel.serviceId};
-    return std::any_of(list.begin(), list.end(), [&wanted](const Multiplex& multiplex) {
-        const std::vector<Channel>& received = multiplex.si.channels();
-        return std::any_of(received.begin(), received.end(),
-                           [&wanted](const Channel& candidate) { return matches(candidate, wanted); });
+    return std::any_of(list.begin(), list.end(), [&](const Multiplex& multiplex) {
+        const Channel* const received = multiplex.si.find(channel.serviceId);
+        return received != nullptr && matches(*received, wanted);
     });
 }
 
@@ -54,11 +53,12 @@ std::vector<Channel> Multiplexes::channelsWithoutInput() const {
     return channels;
 }
 
-std::string Multiplexes::whyNotReceived(const std::string& triplet) const {
-    const std::vector<Channel> others = channelsWithoutInput();
-    const bool isKnown = std::any_of(others.begin(), others.end(),
-                                     [&triplet](const Channel& channel) { return channel.triplet() == triplet; });
-    return isKnown ? "service " + triplet + " is on no input" : "no service " + triplet + " in the channel list";
+std::string Multiplexes::whyNotReceived(const Triplet& wanted) const {
+    const bool isKnown = std::any_of(list.begin(), list.end(), [&wanted](const Multiplex& multiplex) {
+        return multiplex.si.announces(wanted.onid, wanted.tsid, wanted.sid);
+    });
+    return isKnown ? "service " + textOf(wanted) + " is on no input"
+                   : "no service " + textOf(wanted) + " in the channel list";
 }
 
 }  // namespace dtvservice

@@ -68,7 +68,7 @@ public:
     /// name found.
     std::vector<broadcast::Channel> channelsWithoutInput() const;
     /// The reason why find() has no service with this triplet.
-    std::string whyNotReceived(const std::string& triplet) const;
+    std::string whyNotReceived(const Triplet& wanted) const;
 
 private:
     bool isReceived(const broadcast::Channel& channel) const;

@@ -17,7 +17,9 @@ DeviceRoom::DeviceRoom(Core& newCore, std::string newSerialNumber)
 /// This service plays no sound, so every audio source works and the change is done at once.
 void DeviceRoom::cmdSetAudioSource(Browser asker, unsigned int session, const std::string& source) {
     constexpr int kDone = 0;
-    BLOG_TAGGED(blog::kOrdinary, "audio source \"%s\", session %u\n", source.c_str(), session);
+    if (core.browsers.mayTell(asker)) {
+        BLOG_TAGGED(blog::kOrdinary, "audio source \"%s\", session %u\n", shownName(source).c_str(), session);
+    }
     core.browsers.tell({asker}, &Events::onSetAudioSourceFinished, session, kDone);
 }
 

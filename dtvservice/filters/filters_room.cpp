@@ -40,8 +40,8 @@ void FiltersRoom::pmtArrived(Multiplex& multiplex, std::uint16_t serviceId, cons
 
 void FiltersRoom::cmdUpdateIPCChannelNames(Browser asker, const std::string& sectionDataChannel, const std::string&,
                                            const std::string&) {
-    if (!filters.setQueue(asker, sectionDataChannel)) {
-        BLOG_TAGGED(blog::kFailure, "browser %u: there is no queue %s\n", asker, sectionDataChannel.c_str());
+    if (!filters.setQueue(asker, sectionDataChannel) && core.browsers.mayTell(asker)) {
+        BLOG_TAGGED(blog::kFailure, "browser %u: there is no queue %s\n", asker, shownName(sectionDataChannel).c_str());
     }
 }
 
@@ -49,8 +49,8 @@ void FiltersRoom::cmdFilterOpen(Browser asker, const std::string& session, unsig
                                 const lo::browserdvbservice::OpenFilterMatchMask_t& matchMask) {
     std::string error;
     const bool opened = filters.open(asker, session, pid, matchMask.mask, matchMask.maskBits, error);
-    if (!opened) {
-        BLOG_TAGGED(blog::kUnsupported, "filter %s refused: %s\n", session.c_str(), error.c_str());
+    if (!opened && core.browsers.mayTell(asker)) {
+        BLOG_TAGGED(blog::kUnsupported, "filter %s refused: %s\n", shownName(session).c_str(), error.c_str());
     }
     core.browsers.tell({asker}, &Events::onBrowserOpenFilterConf, pid, session, opened ? kDone : kRefused);
     core.browsers.tell({asker}, &Events::onFilterOpened, session, opened ? session : std::string());
@@ -65,8 +65,11 @@ void FiltersRoom::cmdFilterClose(Browser asker, const std::string& session) {
 }
 
 void FiltersRoom::cmdStartPMTRequest(Browser asker, const std::string& session, unsigned int serviceId) {
-    if (!filters.openPmt(asker, session, serviceId)) {
-        BLOG_TAGGED(blog::kUnsupported, "PMT request %s refused: the browser has no section queue\n", session.c_str());
+    std::string error;
+    if (!filters.openPmt(asker, session, serviceId, error)) {
+        if (core.browsers.mayTell(asker)) {
+            BLOG_TAGGED(blog::kUnsupported, "PMT request %s refused: %s\n", shownName(session).c_str(), error.c_str());
+        }
         return;
     }
     const Section known = core.received().si.pmt(static_cast<std::uint16_t>(serviceId));

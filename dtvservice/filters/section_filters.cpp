@@ -74,6 +74,21 @@ bool SectionFilters::hasQueue(Peer peer, Browser& browser) {
     return browser.queue != nullptr;
 }
 
+/// The conditions that filters and PMT requests have in common.
+bool SectionFilters::mayOpen(Peer peer, Browser& browser, const std::string& session, std::string& error) {
+    if (session.size() > kLongestSession) {
+        error = "the session's name has " + std::to_string(session.size()) + " bytes, more than " +
+                std::to_string(kLongestSession);
+    } else if (browser.filters.size() >= kMostFilters && browser.filters.count(session) == 0) {
+        error = "the browser has " + std::to_string(kMostFilters) + " filters and PMT requests, the most possible";
+    } else if (!hasQueue(peer, browser)) {
+        error = "the browser has no section queue";
+    } else {
+        return true;
+    }
+    return false;
+}
+
 bool SectionFilters::open(Peer peer, const std::string& session, unsigned int pid,
                           const std::vector<std::uint8_t>& match, const std::vector<std::uint8_t>& mask,
                           std::string& error) {
@@ -84,11 +99,9 @@ bool SectionFilters::open(Peer peer, const std::string& session, unsigned int pi
         error = std::to_string(match.size()) + " bytes to match, " + std::to_string(mask.size()) + " of mask";
     } else if (demux == nullptr) {
         error = "nothing is received";
-    } else if (!hasQueue(peer, browser)) {
-        error = "the browser has no section queue";
     } else if (browser.filters.count(session) != 0) {
         error = "the session is open already";
-    } else {
+    } else if (mayOpen(peer, browser, session, error)) {
         browser.filters[session].subscription =
             demux->subscribe(static_cast<std::uint16_t>(pid), [this, peer, session, match, mask](si::Bytes section) {
                 if (passesFilter(section, match, mask)) {
@@ -100,9 +113,9 @@ bool SectionFilters::open(Peer peer, const std::string& session, unsigned int pi
     return false;
 }
 
-bool SectionFilters::openPmt(Peer peer, const std::string& session, unsigned int serviceId) {
+bool SectionFilters::openPmt(Peer peer, const std::string& session, unsigned int serviceId, std::string& error) {
     Browser& browser = browsers[peer];
-    if (!hasQueue(peer, browser)) {
+    if (!mayOpen(peer, browser, session, error)) {
         return false;
     }
     browser.filters[session].serviceId = serviceId;

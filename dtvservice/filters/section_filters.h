@@ -25,6 +25,10 @@ class SectionFilters {
 public:
     using Peer = std::uint32_t;
 
+    /// Limits per browser. Demultiplexers of TVs have far fewer filters.
+    static constexpr std::size_t kMostFilters = 256;  // filters and PMT requests
+    static constexpr std::size_t kLongestSession = 255;
+
     /// Identifies a filter or PMT request: browser and session.
     using Name = std::pair<Peer, std::string>;
 
@@ -43,8 +47,8 @@ public:
     /// False with the reason, for example for an invalid PID or a session that is already open.
     bool open(Peer browser, const std::string& session, unsigned int pid, const std::vector<std::uint8_t>& match,
               const std::vector<std::uint8_t>& mask, std::string& error);
-    /// From now on pmtChanged() sends the service's PMT sections to the session. False if the browser has no queue.
-    bool openPmt(Peer browser, const std::string& session, unsigned int serviceId);
+    /// From now on pmtChanged() sends the service's PMT sections to the session. False with the reason.
+    bool openPmt(Peer browser, const std::string& session, unsigned int serviceId, std::string& error);
     /// Closes a filter or PMT request; false if the browser has none with this session.
     bool close(Peer browser, const std::string& session);
     /// Removes everything of a browser that has disconnected.
@@ -73,6 +77,7 @@ private:
     };
 
     static bool hasQueue(Peer peer, Browser& browser);
+    static bool mayOpen(Peer peer, Browser& browser, const std::string& session, std::string& error);
     void noteDropped(Peer peer, Browser& browser);
 
     broadcast::Demux* demux = nullptr;

@@ -15,8 +15,10 @@ OsdRoom::OsdRoom(Core& newCore) : core(newCore) {
 
 void OsdRoom::cmdStartOSDDetection(Browser asker, unsigned int layer) {
     if (!followers.add(asker, layer)) {
-        BLOG_TAGGED(blog::kUnsupported, "browser %u: layer %u refused: it follows %zu others\n", asker, layer,
-                    OsdFollowers::kMostLayers);
+        if (core.browsers.mayTell(asker)) {
+            BLOG_TAGGED(blog::kUnsupported, "browser %u: layer %u refused: it follows %zu others\n", asker, layer,
+                        OsdFollowers::kMostLayers);
+        }
         return;
     }
     core.browsers.tell({asker}, &Events::onOSDStateChanged, layer, layers.count(layer) != 0 ? 1 : 0);

@@ -35,7 +35,7 @@ PresentationRoom::PresentationRoom(Core& newCore) : core(newCore) {
 }
 
 void PresentationRoom::cmdTuneToService(Browser asker, const TuneInfoChannel& wanted) {
-    const bool isDone = wanted.idType == kIdTypeSiDirect ? tuneByDescriptor(wanted) : tune(wanted);
+    const bool isDone = wanted.idType == kIdTypeSiDirect ? tuneByDescriptor(asker, wanted) : tune(asker, wanted);
     if (!isDone) {
         // The presented service does not change. Its triplet in the answer tells the asker so.
         const Channel* const staying = core.presented();
@@ -44,12 +44,14 @@ void PresentationRoom::cmdTuneToService(Browser asker, const TuneInfoChannel& wa
     }
 }
 
-bool PresentationRoom::tune(const TuneInfoChannel& wanted) {
+bool PresentationRoom::tune(Browser asker, const TuneInfoChannel& wanted) {
     const Triplet triplet = {wanted.onid, wanted.tsid, wanted.sid};
     const Multiplexes::Found found =
         core.multiplexes.find([&](const Channel& channel) { return matches(channel, triplet); });
     if (found.channel == nullptr) {
-        BLOG_TAGGED(blog::kUnsupported, "%s\n", core.multiplexes.whyNotReceived(textOf(triplet)).c_str());
+        if (core.browsers.mayTell(asker)) {
+            BLOG_TAGGED(blog::kUnsupported, "%s\n", core.multiplexes.whyNotReceived(triplet).c_str());
+        }
         return false;
     }
     present(*found.multiplex, *found.channel);
@@ -57,7 +59,7 @@ bool PresentationRoom::tune(const TuneInfoChannel& wanted) {
 }
 
 /// The NIT of any input may describe the wanted multiplex, so the descriptor is compared with all of them.
-bool PresentationRoom::tuneByDescriptor(const TuneInfoChannel& wanted) {
+bool PresentationRoom::tuneByDescriptor(Browser asker, const TuneInfoChannel& wanted) {
     Multiplexes& all = core.multiplexes;
     for (Multiplex& multiplex : all) {
         const Channel* const channel = multiplex.si.find(static_cast<std::uint16_t>(wanted.sid));
@@ -69,9 +71,11 @@ bool PresentationRoom::tuneByDescriptor(const TuneInfoChannel& wanted) {
             return true;
         }
     }
-    BLOG_TAGGED_AS(blog::kUnsupported, "cmdTuneToService",
-                   "no multiplex with service %u has this delivery system descriptor of %zu bytes\n", wanted.sid,
-                   wanted.dsd.size());
+    if (core.browsers.mayTell(asker)) {
+        BLOG_TAGGED_AS(blog::kUnsupported, "cmdTuneToService",
+                       "no multiplex with service %u has this delivery system descriptor of %zu bytes\n", wanted.sid,
+                       wanted.dsd.size());
+    }
     return false;
 }
 
@@ -106,7 +110,9 @@ void PresentationRoom::browserConnected(Browser browser) {
 void PresentationRoom::present(Multiplex& multiplex, const Channel& channel) {
     toldTriplet = channel.triplet();
     core.present(multiplex, channel);
-    BLOG_TAGGED(blog::kOrdinary, "presenting %s %s\n", channel.triplet().c_str(), channel.name.c_str());
+    if (core.mayTell(multiplex)) {
+        BLOG_TAGGED(blog::kOrdinary, "presenting %s %s\n", channel.triplet().c_str(), channel.name.c_str());
+    }
     core.browsers.tell(core.browsers.all(), &Events::onServiceChanged, kStarted, channel.triplet());
     core.tellPresented(core.browsers.all());
 }
@@ -193,7 +199,7 @@ json PresentationRoom::tuneAsOperated(const json& request) {
                             getNumber<std::uint16_t>(request, "sid")};
     const Multiplexes::Found found = findListed(wanted);
     if (found.channel == nullptr) {
-        throw std::invalid_argument(core.multiplexes.whyNotReceived(textOf(wanted)));
+        throw std::invalid_argument(core.multiplexes.whyNotReceived(wanted));
     }
     present(*found.multiplex, *found.channel);
     return json::object();

@@ -25,8 +25,8 @@ private:
     void cmdTriggerServiceInfoAcquire(Browser asker);
     void cmdSendPMTCache(Browser asker);
     void cmdDtvInfoRequest(Browser asker);
-    bool tune(const lo::browserdvbservice::TuneInfoChannel& wanted);
-    bool tuneByDescriptor(const lo::browserdvbservice::TuneInfoChannel& wanted);
+    bool tune(Browser asker, const lo::browserdvbservice::TuneInfoChannel& wanted);
+    bool tuneByDescriptor(Browser asker, const lo::browserdvbservice::TuneInfoChannel& wanted);
     void present(Multiplex& multiplex, const broadcast::Channel& channel);
     void presentFirst(Multiplex& multiplex);
     void tellServiceInfo(Browser browser);

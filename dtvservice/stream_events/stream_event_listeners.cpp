@@ -15,6 +15,8 @@ using si::StreamEvent;
 namespace {
 
 constexpr std::chrono::seconds kLongestQuestion{10};
+/// An event is sent in sections with one or a few values of table_id_extension.
+constexpr std::size_t kMostVersions = 256;
 
 std::optional<std::uint16_t> eventIdOf(const std::string& name) {
     std::uint16_t id = 0;
@@ -117,17 +119,40 @@ void StreamEventListeners::add(Peer browser, const Target& target, Answer answer
         answer(Result::noSuchComponent);
         return;
     }
+    if (!mayAdd(browser, target)) {
+        answer(Result::tooMany);
+        return;
+    }
     if (const std::optional<std::uint16_t> id = eventIdOf(target.eventName)) {
         answer(
             start(browser, target, *id, {StreamTag::Kind::component, static_cast<std::uint16_t>(target.componentTag)}));
         return;
     }
-    const std::uint64_t number = ++lastQuestion;
-    questions.push_back({number, browser, target, std::move(answer)});
+    questions.push_back({browser, target, std::move(answer), EventLoop::Clock::now() + kLongestQuestion});
     readCarousels();
     answerQuestions();
-    loop.postAt(EventLoop::Clock::now() + kLongestQuestion, [this, number] {
-        close([number](const Question& question) { return question.number == number; }, Result::unknownName);
+    waitForDeadline();
+}
+
+bool StreamEventListeners::mayAdd(Peer browser, const Target& target) const {
+    const auto isTheirs = [browser](const auto& each) { return each.browser == browser; };
+    const auto asked = std::count_if(questions.begin(), questions.end(), isTheirs);
+    const auto followed = std::count_if(listeners.begin(), listeners.end(), isTheirs);
+    return static_cast<std::size_t>(asked + followed) < kMostListeners &&
+           target.objectPath.size() + target.eventName.size() <= kLongestName;
+}
+
+/// One task for all questions, because they have the same patience.
+void StreamEventListeners::waitForDeadline() {
+    if (isWaiting || questions.empty()) {
+        return;
+    }
+    isWaiting = true;
+    loop.postAt(questions.front().deadline, [this] {
+        isWaiting = false;
+        const auto now = EventLoop::Clock::now();
+        close([now](const Question& question) { return question.deadline <= now; }, Result::unknownName);
+        waitForDeadline();
     });
 }
 
@@ -141,10 +166,10 @@ StreamEventListeners::Result StreamEventListeners::start(Peer browser, const Tar
     return Result::done;
 }
 
-/// Whether name, object and component of the event match the target.
+/// Whether object and component of the event match the target; the name does.
 bool StreamEventListeners::isMeant(const Target& target, const EventObjects::Named& event) const {
     const std::string path = withoutSlash(target.objectPath);
-    if (event.name != target.eventName || (!path.empty() && path != event.path)) {
+    if (!path.empty() && path != event.path) {
         return false;
     }
     if (target.componentTag < 0) {
@@ -159,25 +184,37 @@ bool StreamEventListeners::isMeant(const Target& target, const EventObjects::Nam
             }));
 }
 
-/// No result while the carousels are incomplete and the name may still be found.
-std::optional<StreamEventListeners::Result> StreamEventListeners::resolve(const Question& question) {
-    for (const EventObjects::Named& event : carousels->objects.events()) {
-        if (!isMeant(question.target, event)) {
-            continue;
-        }
-        for (const std::uint16_t tag : event.associationTags) {
-            const StreamTag streamTag = {StreamTag::Kind::association, tag};
-            if (streamOf(streamTag) != nullptr) {
-                return start(question.browser, question.target, event.eventId, streamTag);
-            }
-        }
-        return Result::noSuchComponent;
+/// No result while the carousels are incomplete and the name may still be found. Looks at each event once.
+std::optional<StreamEventListeners::Result> StreamEventListeners::resolve(Question& question) {
+    const EventObjects& objects = carousels->objects;
+    if (std::exchange(question.searches, objects.searches()) != objects.searches()) {
+        question.seen = 0;
     }
-    return carousels->objects.isComplete() ? std::optional(Result::unknownName) : std::nullopt;
+    const std::vector<std::size_t>& places = objects.placesOf(question.target.eventName);
+    for (auto place = std::lower_bound(places.begin(), places.end(), question.seen); place != places.end(); ++place) {
+        const EventObjects::Named& event = objects.events()[*place];
+        if (isMeant(question.target, event)) {
+            return startNamed(question, event);
+        }
+    }
+    question.seen = objects.events().size();
+    return objects.isComplete() ? std::optional(Result::unknownName) : std::nullopt;
+}
+
+/// The first of the event's streams that the PMT lists.
+StreamEventListeners::Result StreamEventListeners::startNamed(const Question& question,
+                                                              const EventObjects::Named& event) {
+    for (const std::uint16_t tag : event.associationTags) {
+        const StreamTag streamTag = {StreamTag::Kind::association, tag};
+        if (streamOf(streamTag) != nullptr) {
+            return start(question.browser, question.target, event.eventId, streamTag);
+        }
+    }
+    return Result::noSuchComponent;
 }
 
 void StreamEventListeners::answerQuestions() {
-    answerWhere([this](const Question& question) { return resolve(question); });
+    answerWhere([this](Question& question) { return resolve(question); });
 }
 
 template <typename Ask>
@@ -261,6 +298,9 @@ void StreamEventListeners::onSection(Listener& listener, si::Bytes section) {
         }
         const std::uint16_t extension = si::tableIdExtension(section);
         const std::uint8_t version = si::sectionVersion(section);
+        if (listener.versions.size() > kMostVersions) {
+            listener.versions.clear();
+        }
         const auto [known, isNew] = listener.versions.try_emplace(extension, version);
         if (isNew || known->second != version) {
             known->second = version;

@@ -25,6 +25,10 @@ namespace dtvservice {
 class StreamEventListeners {
 public:
     using Peer = std::uint32_t;
+    /// Limits per browser.
+    static constexpr std::size_t kMostListeners = 256;  // with the requests that wait for an answer
+    static constexpr std::size_t kLongestName = 1024;   // bytes of object path and event name together
+
     /// The event of a listener, as the browser names it.
     struct Target {
         std::uint16_t onid;
@@ -39,7 +43,13 @@ public:
                    objectPath == other.objectPath && eventName == other.eventName;
         }
     };
-    enum class Result : std::uint32_t { done = 0, noSuchComponent = 1, unknownName = 2, noSuchListener = 3 };
+    enum class Result : std::uint32_t {
+        done = 0,
+        noSuchComponent = 1,
+        unknownName = 2,
+        noSuchListener = 3,
+        tooMany = 4,  ///< the browser has as many listeners as it may have, or the name is too long
+    };
     using Sink = std::function<void(Peer browser, const Target& target, const si::StreamEvent& event)>;
     using Answer = std::function<void(Result result)>;
 
@@ -72,14 +82,16 @@ private:
         std::uint16_t eventId;
         StreamTag tag;
         broadcast::Demux::Subscription subscription = 0;
-        std::map<std::uint16_t, std::uint8_t> versions;  // last signalled version, by table_id_extension
+        std::map<std::uint16_t, std::uint8_t> versions;  // last signalled version, by table_id_extension, limited
     };
     /// A request for a name that has not been found in a carousel yet.
     struct Question {
-        std::uint64_t number;
         Peer browser;
         Target target;
         Answer answer;
+        EventLoop::Clock::time_point deadline;
+        std::uint64_t searches = 0;  // of the carousels, when `seen` was counted
+        std::size_t seen = 0;        // events of the carousels that are not this one
     };
     /// The carousels of the presented service, from the first request for a name on.
     struct Carousels {
@@ -99,8 +111,11 @@ private:
     void unsubscribe(Listener& listener);
     void onSection(Listener& listener, si::Bytes section);
     bool isMeant(const Target& target, const broadcast::EventObjects::Named& event) const;
-    std::optional<Result> resolve(const Question& question);
+    std::optional<Result> resolve(Question& question);
+    Result startNamed(const Question& question, const broadcast::EventObjects::Named& event);
+    bool mayAdd(Peer browser, const Target& target) const;
     void answerQuestions();
+    void waitForDeadline();
     /// Answers and removes the questions for which `ask` gives a result.
     template <typename Ask>
     void answerWhere(Ask ask);
@@ -115,8 +130,8 @@ private:
     std::optional<si::Pmt> pmt;  // of the presented service
     std::unique_ptr<Carousels> carousels;
     std::list<Listener> listeners;
-    std::list<Question> questions;
-    std::uint64_t lastQuestion = 0;
+    std::list<Question> questions;  // in the order of their deadlines
+    bool isWaiting = false;         // for the first deadline
 };
 
 }  // namespace dtvservice

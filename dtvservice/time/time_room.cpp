@@ -17,7 +17,7 @@ TimeRoom::TimeRoom(Core& newCore)
 /// A request that cannot be answered yet is logged and kept.
 void TimeRoom::cmdSendPtsRequest(Browser asker, unsigned int) {
     const std::string reason = whyNoPts();
-    if (!reason.empty()) {
+    if (!reason.empty() && core.browsers.mayTell(asker)) {
         BLOG_TAGGED(blog::kFailure, "browser %u: no PTS yet: %s\n", asker, reason.c_str());
     }
     timelines.requestPts(asker);
@@ -35,8 +35,10 @@ void TimeRoom::cmdStartTemiTimelineRequest(Browser asker, unsigned int component
                                            unsigned int) {
     constexpr unsigned int kLargest = 0xFF;
     if (componentTag > kLargest || timelineId > kLargest) {
-        BLOG_TAGGED(blog::kUnsupported, "refused: component_tag %u, timeline_id %u: each is 0 to 255\n", componentTag,
-                    timelineId);
+        if (core.browsers.mayTell(asker)) {
+            BLOG_TAGGED(blog::kUnsupported, "refused: component_tag %u, timeline_id %u: each is 0 to 255\n",
+                        componentTag, timelineId);
+        }
         return;
     }
     timelines.startTimeline(asker, static_cast<std::uint8_t>(componentTag), static_cast<std::uint8_t>(timelineId));

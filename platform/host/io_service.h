@@ -59,7 +59,7 @@ private:
     void tellOfNewConnections();
     void closeConnection(const std::shared_ptr<Connection>& connection);
     void give(Connection& connection, const std::vector<NamedQueue>& queues);
-    bool receiveAll(Connection& connection);
+    bool receive(Connection& connection, int mostPackets);
     void take(Connection& connection, const std::uint8_t* packet, std::size_t length, int attached);
     void takeQueue(Connection& connection, const std::string& name, int attached);
     void drop(Connection& connection, const std::string& reason);

@@ -23,8 +23,10 @@ namespace {
 constexpr int kRetryMilliseconds = 100;
 constexpr int kForever = -1;
 constexpr std::size_t kLargestPacket = 1U << 20U;
-/// Most packets read from one connection before the next connection is served.
+/// Most packets read from one connection before the next connection is served: many while it is the only one that has
+/// packets, and few while others wait for their turn.
 constexpr int kPacketsInARow = 64;
+constexpr int kPacketsInTurn = 4;
 
 /// The descriptors that came with a packet; closes them.
 class AttachedDescriptors {
@@ -87,11 +89,14 @@ void IOService::pollOnce() {
     }
     poll(descriptors.data(), descriptors.size(), lookingForService || acceptLater ? kRetryMilliseconds : kForever);
     drainWakeUps();
+    const auto readable = std::count_if(descriptors.begin() + 2, descriptors.end(),
+                                        [](const pollfd& each) { return (each.revents & POLLIN) != 0; });
+    const int mostPackets = readable > 1 ? kPacketsInTurn : kPacketsInARow;
     for (std::size_t index = 0; index < polled.size() && !stopping; ++index) {
         const short ready = descriptors[index + 2].revents;
         bool good = (ready & POLLOUT) == 0 || polled[index]->flush();
         if (good && (ready & (POLLIN | POLLHUP | POLLERR)) != 0) {
-            good = receiveAll(*polled[index]);
+            good = receive(*polled[index], mostPackets);
         }
         if (!good) {
             closeConnection(polled[index]);
@@ -181,8 +186,8 @@ void IOService::closeConnection(const std::shared_ptr<Connection>& connection) {
 }
 
 /// False when the peer has disconnected.
-bool IOService::receiveAll(Connection& connection) {
-    for (int count = 0; count < kPacketsInARow && !stopping; ++count) {
+bool IOService::receive(Connection& connection, int mostPackets) {
+    for (int count = 0; count < mostPackets && !stopping; ++count) {
         iovec piece{receiveBuffer.data(), receiveBuffer.size()};
         alignas(cmsghdr) std::uint8_t control[CMSG_SPACE(sizeof(int))];
         msghdr message{};

@@ -98,6 +98,14 @@ protected:
         }
         return writer.close().finish();
     }
+    /// A PAT of the sample's transport stream with consecutive services, all with their PMTs on one PID.
+    static tsmake::Section pat(Part part, unsigned int firstService, unsigned int services) {
+        tsmake::SectionWriter writer = table(0x00, 1025, part);
+        for (unsigned int id = firstService; id < firstService + services; ++id) {
+            writer.u16(id).u16(0xE000U | kSharedPid);
+        }
+        return writer.finish();
+    }
     bool hasDelivery(unsigned int stream) const {
         broadcast::Channel channel;
         channel.transportStreamId = static_cast<std::uint16_t>(stream);
@@ -112,6 +120,7 @@ protected:
         return list;
     }
 
+    static constexpr std::uint16_t kSharedPid = 0x100;
     tsmake::Multiplex sample = tsmake::sampleMultiplex();
     broadcast::Demux demux;
     KeepingListener listener;
@@ -418,4 +427,81 @@ TEST_F(ADatabase, NamesItsServicesAmongTooManyStreams) {
     send(0x11, tsmake::sdtSection(sample));
     EXPECT_EQ(database.channels().at(0).triplet(), "1:1025:28106");
     EXPECT_EQ(database.channels().at(0).name, "Velmora One HD");
+}
+
+TEST_F(ADatabase, FollowsServicesUpToALimit) {
+    // With time that grows with the square of their number, this would take minutes.
+    constexpr unsigned int kSections = 256;
+    constexpr unsigned int kEach = 250;
+    constexpr unsigned int kVersions = 20;
+    for (unsigned int version = 0; version < kVersions; ++version) {
+        for (unsigned int number = 0; number < kSections; ++number) {
+            send(0, pat({version, number, kSections - 1}, 1 + number * kEach, kEach));
+        }
+    }
+    EXPECT_EQ(database.channels().size(), broadcast::kMostServices);
+    EXPECT_EQ(database.passedOver(), kSections * kEach - broadcast::kMostServices);
+    EXPECT_EQ(database.channels().back().serviceId, 1000U);
+    EXPECT_NE(database.find(1000), nullptr);
+    EXPECT_EQ(database.find(1001), nullptr);
+    send(0, pat({kVersions, 0, 0}, 1001, 1));
+    EXPECT_EQ(database.find(1000), nullptr);
+    EXPECT_NE(database.find(1001), nullptr);
+    EXPECT_EQ(database.passedOver(), 0U);
+}
+
+TEST_F(ADatabase, FindsPmtsThatShareAPid) {
+    send(0, pat({0, 0, 0}, 1, 3));
+    listener.told.clear();
+    for (const std::uint16_t service : {std::uint16_t{3}, std::uint16_t{1}, std::uint16_t{4}}) {
+        send(kSharedPid, pmtWithAits(service, {}));
+    }
+    EXPECT_THAT(listener.told, testing::ElementsAre("pmt 3", "pmt 1"));
+    EXPECT_EQ(database.pmt(3), pmtWithAits(3, {}));
+    EXPECT_TRUE(database.pmt(2).empty());
+    send(kSharedPid + 1, pmtWithAits(2, {}));
+    EXPECT_TRUE(database.pmt(2).empty()) << "on another PID";
+}
+
+TEST_F(ADatabase, RefusesSectionNumbersThatNoTableReaches) {
+    play(sample);
+    listener.told.clear();
+    const tsmake::Service& service = sample.services[0];
+    const auto numbered = [](tsmake::Section section, std::uint8_t number) {
+        section[6] = number;
+        section[7] = 0xFF;
+        return versioned(std::move(section), 2);
+    };
+    send(service.pmtPid, numbered(tsmake::pmtSection(service), 1));
+    send(service.ait.pid, numbered(tsmake::aitSection(service), broadcast::kMostSections));
+    send(0x12, numbered(tsmake::eitSection(sample, service, true), broadcast::kMostSections));
+    EXPECT_THAT(listener.told, testing::IsEmpty());
+    send(service.ait.pid, numbered(tsmake::aitSection(service), broadcast::kMostSections - 1));
+    EXPECT_THAT(listener.told, testing::ElementsAre("ait 28106 changed"));
+}
+
+TEST_F(ADatabase, FollowsAFewAitsOfAService) {
+    std::vector<std::uint16_t> pids;
+    for (std::uint16_t pid = 0x300; pid < 0x30A; ++pid) {
+        pids.push_back(pid);
+    }
+    send(0, tsmake::patSection(sample));
+    send(sample.services[0].pmtPid, pmtWithAits(28106, pids));
+    for (const std::uint16_t pid : pids) {
+        send(pid, tsmake::aitSection(sample.services[0]));
+    }
+    EXPECT_THAT(database.ait(28106), testing::SizeIs(8));
+}
+
+TEST_F(ADatabase, KnowsTheServicesThatItsTablesAnnounce) {
+    send(0, tsmake::patSection(sample));
+    send(0x10, nit({0, 0, 0}, 5, 2));
+    send(0x11, sdt(0x46, 9, {0, 0, 0}, 100, 2));
+    EXPECT_TRUE(database.announces(1, 5, 7));
+    EXPECT_TRUE(database.announces(1, 9, 101));
+    EXPECT_FALSE(database.announces(1, 5, 8));
+    EXPECT_FALSE(database.announces(2, 5, 7));
+    EXPECT_FALSE(database.announces(1, 5, 0x10007));
+    send(0x10, nit({1, 0, 0}, 1025, 1));
+    EXPECT_FALSE(database.announces(1, 1025, 7)) << "of the multiplex itself";
 }

@@ -51,6 +51,19 @@ void play(EventObjects& objects, const std::vector<Section>& sections) {
     }
 }
 
+/// The DownloadServerInitiate with another object as the service gateway.
+Section withAnotherGateway(const Section& initiate) {
+    for (std::size_t at = initiate.size(); at-- > 0;) {
+        Section changed = initiate;
+        changed[at] ^= 1U;
+        const auto gateway = si::serviceGateway(changed);
+        if (gateway && !(*gateway == *si::serviceGateway(initiate))) {
+            return changed;
+        }
+    }
+    return {};
+}
+
 /// The bytes after the header, without CRC_32.
 std::string contentsOf(tsmake::SectionWriter& writer) {
     constexpr std::ptrdiff_t kHeader = 8;
@@ -190,6 +203,44 @@ TEST(EventNames, MakeRoomWhenTheirModuleChanges) {
         ASSERT_EQ(objects.events().size(), 1U);
         EXPECT_EQ(objects.events()[0].eventId, round);
     }
+}
+
+TEST(EventNames, AreSearchedNoMoreThanTheBytesAllow) {
+    tsmake::StreamEvents many;
+    for (std::uint16_t id = 0; id < 255; ++id) {
+        many.events.push_back({id, "event" + std::to_string(id), "", 0});
+    }
+    many.object = std::string(250, 'd') + "/" + std::string(250, 'e') + "/object";
+    const std::vector<Section> sections = tsmake::carouselSections(many);
+    EventObjects objects({kPid});
+    play(objects, sections);
+    ASSERT_EQ(objects.events().size(), 255U);
+    const std::uint64_t before = objects.searches();
+    constexpr int kRounds = 1000;
+    for (int round = 0; round < kRounds; ++round) {
+        objects.onSection(kPid, withAnotherGateway(sections[0]));
+        objects.onSection(kPid, sections[0]);
+    }
+    EXPECT_LT(objects.searches() - before, kRounds / 4U);
+    for (int round = 0; round < kRounds && !objects.isComplete(); ++round) {
+        feed(objects, sections);
+    }
+    EXPECT_TRUE(objects.isComplete());
+    EXPECT_EQ(objects.events().size(), 255U);
+    EXPECT_THAT(objects.placesOf("event7"), testing::SizeIs(1));
+    EXPECT_THAT(objects.placesOf("event"), testing::IsEmpty());
+}
+
+TEST(EventNames, AreNotReadFromAModuleThatGrowsTooMuch) {
+    std::vector<Section> sections = tsmake::carouselSections(football());
+    const Section sizeDescriptor = {0x09, 0x05, 0x08};
+    const auto at = std::search(sections[1].begin(), sections[1].end(), sizeDescriptor.begin(), sizeDescriptor.end());
+    ASSERT_NE(at, sections[1].end());
+    at[4] = 1;  // a byte of the size: some hundred bytes become more than 65,536
+    EventObjects objects({kPid});
+    play(objects, sections);
+    EXPECT_THAT(namesOf(objects), testing::IsEmpty());
+    EXPECT_FALSE(objects.isComplete());
 }
 
 TEST(EventNames, MayFollowALongDuration) {

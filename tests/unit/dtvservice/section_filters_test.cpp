@@ -6,8 +6,8 @@
 
 #include <chrono>
 
+#include "logged.h"
 #include "packets.h"
-#include "recording/recording_platform.h"
 
 namespace {
 
@@ -98,16 +98,52 @@ TEST_F(SomeFilters, AreRefusedWithTheReason) {
     EXPECT_FALSE(filters.setQueue(2, "SECTION-nobody"));
 }
 
+TEST_F(SomeFilters, AreLimitedForEachBrowser) {
+    const std::unique_ptr<IPCMessageQueue> queueOfOther(IPCMessageQueue::create("SECTION-other", 4500, 4));
+    ASSERT_TRUE(filters.setQueue(2, "SECTION-other"));
+    for (std::size_t number = 0; number < dtvservice::SectionFilters::kMostFilters; ++number) {
+        const std::string session = std::to_string(number);
+        ASSERT_TRUE(number % 2 == 0 ? open(session, 100) : filters.openPmt(1, session, 28106, error)) << error;
+    }
+    EXPECT_FALSE(open("more", 100));
+    EXPECT_EQ(error, "the browser has 256 filters and PMT requests, the most possible");
+    EXPECT_FALSE(filters.openPmt(1, "more", 28106, error));
+    EXPECT_EQ(error, "the browser has 256 filters and PMT requests, the most possible");
+    EXPECT_TRUE(filters.openPmt(1, "1", 28107, error)) << "the same request for another service";
+    EXPECT_TRUE(filters.open(2, "more", 100, {}, {}, error)) << "another browser's";
+    EXPECT_TRUE(filters.close(1, "0"));
+    EXPECT_TRUE(open("more", 100));
+}
+
+TEST_F(SomeFilters, HaveSessionNamesOfLimitedLength) {
+    EXPECT_TRUE(open(std::string(255, 's'), 100));
+    EXPECT_FALSE(open(std::string(256, 's'), 100));
+    EXPECT_EQ(error, "the session's name has 256 bytes, more than 255");
+    EXPECT_FALSE(filters.openPmt(1, std::string(256, 's'), 28106, error));
+}
+
+TEST_F(SomeFilters, MayBeManyAndClosedInAnyOrder) {
+    constexpr int kRounds = 200;
+    for (int round = 0; round < kRounds; ++round) {
+        for (std::size_t number = 0; number < dtvservice::SectionFilters::kMostFilters; ++number) {
+            ASSERT_TRUE(open(std::to_string(number), 100)) << error;
+        }
+        for (std::size_t number = 0; number < dtvservice::SectionFilters::kMostFilters; ++number) {
+            const std::size_t odd = number * 97 % dtvservice::SectionFilters::kMostFilters;
+            ASSERT_TRUE(filters.close(1, std::to_string(odd)));
+        }
+    }
+    ASSERT_TRUE(open("last", 100));
+    feed(100, sectionOf(60));
+    EXPECT_EQ(receive(), "last");
+}
+
 TEST_F(SomeFilters, DropUnreadSectionsAndSayItOnce) {
     ASSERT_TRUE(open("a", 100));
     for (std::uint8_t seed = 1; seed < 50; ++seed) {
         feed(100, sectionOf(60, seed));
     }
-    std::vector<std::string> lines;
-    for (const recording::LogLine& line : recording::log()) {
-        lines.push_back(line.message);
-    }
-    EXPECT_THAT(lines, testing::ElementsAre("browser 1 does not read its sections: 1 dropped so far\n"));
+    EXPECT_THAT(logged::messages(), testing::ElementsAre("browser 1 does not read its sections: 1 dropped so far\n"));
     EXPECT_GT(filters.totals().dropped, 1U);
     EXPECT_EQ(receive(), "a");
 }
@@ -121,7 +157,7 @@ TEST_F(SomeFilters, GoWithTheirBrowser) {
 }
 
 TEST_F(SomeFilters, SendAServicesPmtToItsRequester) {
-    filters.openPmt(1, "pmt", 28106);
+    ASSERT_TRUE(filters.openPmt(1, "pmt", 28106, error));
     const Bytes section = sectionOf(60, 1, 0x02);
     filters.pmtChanged(28107, section);
     filters.pmtChanged(28106, section);
@@ -130,7 +166,7 @@ TEST_F(SomeFilters, SendAServicesPmtToItsRequester) {
 
 TEST_F(SomeFilters, EndWhenAnotherMultiplexIsFollowed) {
     ASSERT_TRUE(open("a", 100));
-    filters.openPmt(1, "pmt", 28106);
+    ASSERT_TRUE(filters.openPmt(1, "pmt", 28106, error));
     EXPECT_TRUE(filters.follow(demux).empty()) << "the same one";
     EXPECT_THAT(filters.follow(other), testing::UnorderedElementsAre(testing::Pair(1U, "a"), testing::Pair(1U, "pmt")));
     feed(100, sectionOf(60));

@@ -408,6 +408,33 @@ TEST(TheTransport, CutsAStalledClientOffAndServesTheOthers) {
     EXPECT_THAT(logText(), testing::HasSubstr("has stalled"));
 }
 
+TEST(TheTransport, ServesClientsInTurn) {
+    constexpr std::size_t kEach = 40;
+    constexpr std::size_t kMostInTurn = 4;
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    service.holdHandler = true;
+    RawClient first("toy");
+    RawClient second("toy");
+    RawClient third("toy");
+    ASSERT_TRUE(eventually([&] { return service.connected == 3; }));
+    first.send(goodPacket());
+    ASSERT_TRUE(eventually([&] { return service.received().size() == 1; })) << "the handler waits now";
+    for (std::size_t packet = 0; packet < kEach; ++packet) {
+        second.send(goodPacket());
+        third.send(goodPacket());
+    }
+    service.holdHandler = false;
+    ASSERT_TRUE(eventually([&] { return service.received().size() == 2 * kEach + 1; }));
+    const std::vector<toy::Message> received = service.received();
+    for (std::size_t turn = 1; turn < received.size(); turn += 2 * kMostInTurn) {
+        for (std::size_t packet = 0; packet < kMostInTurn; ++packet) {
+            EXPECT_EQ(received[turn + packet].peer, received[1].peer) << turn + packet;
+            EXPECT_NE(received[turn + kMostInTurn + packet].peer, received[1].peer) << turn + kMostInTurn + packet;
+        }
+    }
+}
+
 TEST(TheTransport, MayBeStoppedFromInsideAHandler) {
     Member service(kService);
     Member client(kClient);
