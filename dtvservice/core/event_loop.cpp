@@ -7,7 +7,7 @@ namespace dtvservice {
 
 void EventLoop::post(Task task) {
     {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         tasks.push_back(std::move(task));
     }
     changed.notify_one();
@@ -15,7 +15,7 @@ void EventLoop::post(Task task) {
 
 void EventLoop::postAt(Clock::time_point time, Task task) {
     {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         delayed.emplace(time, std::move(task));
     }
     changed.notify_one();
@@ -23,14 +23,14 @@ void EventLoop::postAt(Clock::time_point time, Task task) {
 
 void EventLoop::stop() {
     {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         stopped = true;
     }
     changed.notify_all();
 }
 
 bool EventLoop::runUntil(Clock::time_point time) {
-    std::unique_lock<std::mutex> lock(mutex);
+    locks::Lock lock(mutex);
     while (!stopped) {
         while (!delayed.empty() && delayed.begin()->first <= Clock::now()) {
             tasks.push_back(std::move(delayed.begin()->second));
@@ -45,7 +45,7 @@ bool EventLoop::runUntil(Clock::time_point time) {
         } else if (Clock::now() >= time) {
             return true;
         } else {
-            changed.wait_until(lock, delayed.empty() ? time : std::min(time, delayed.begin()->first));
+            changed.wait_until(lock.forWaiting(), delayed.empty() ? time : std::min(time, delayed.begin()->first));
         }
     }
     return false;

@@ -12,6 +12,8 @@
 #include <map>
 #include <mutex>
 
+#include "locks/lock.h"
+
 namespace dtvservice {
 
 class EventLoop {
@@ -19,20 +21,20 @@ public:
     using Clock = std::chrono::steady_clock;
     using Task = std::function<void()>;
 
-    void post(Task task);
+    void post(Task task) EXCLUDES(mutex);
     /// Runs the task at the given time or later.
-    void postAt(Clock::time_point time, Task task);
+    void postAt(Clock::time_point time, Task task) EXCLUDES(mutex);
     /// From now on every runUntil() returns false.
-    void stop();
+    void stop() EXCLUDES(mutex);
     /// Runs posted tasks until the given time; false once the loop is stopped.
-    bool runUntil(Clock::time_point time);
+    bool runUntil(Clock::time_point time) EXCLUDES(mutex);
 
 private:
     std::mutex mutex;
     std::condition_variable changed;
-    std::deque<Task> tasks;                          // guarded by mutex
-    std::multimap<Clock::time_point, Task> delayed;  // guarded by mutex
-    bool stopped = false;                            // guarded by mutex
+    std::deque<Task> tasks GUARDED_BY(mutex);
+    std::multimap<Clock::time_point, Task> delayed GUARDED_BY(mutex);
+    bool stopped GUARDED_BY(mutex) = false;
 };
 
 }  // namespace dtvservice

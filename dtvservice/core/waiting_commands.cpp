@@ -16,7 +16,7 @@ void WaitingCommands::addNotice(Browser browser, EventLoop::Task task) {
 bool WaitingCommands::add(Browser browser, Waiting added, bool isLimited) {
     bool hasTurn = false;
     {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         const auto known = queues.find(browser);
         hasTurn = known != queues.end();
         if (isLimited && hasTurn &&
@@ -41,7 +41,7 @@ void WaitingCommands::postTurn(Browser browser) {
 void WaitingCommands::runOne(Browser browser) {
     Waiting next;
     {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         Queue& queue = queues[browser];
         next = std::move(queue.tasks.front());
         queue.tasks.pop_front();
@@ -50,7 +50,7 @@ void WaitingCommands::runOne(Browser browser) {
     next.task();
     bool hasMore = false;
     {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         const auto queue = queues.find(browser);
         hasMore = !queue->second.tasks.empty();
         if (!hasMore) {

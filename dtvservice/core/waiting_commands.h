@@ -13,6 +13,7 @@
 
 #include "browsers.h"
 #include "event_loop.h"
+#include "locks/lock.h"
 
 namespace dtvservice {
 
@@ -43,13 +44,13 @@ private:
         std::size_t bytes = 0;
     };
 
-    bool add(Browser browser, Waiting added, bool isLimited);
-    void postTurn(Browser browser);
-    void runOne(Browser browser);
+    bool add(Browser browser, Waiting added, bool isLimited) EXCLUDES(mutex);
+    void postTurn(Browser browser) EXCLUDES(mutex);
+    void runOne(Browser browser) EXCLUDES(mutex);
 
     EventLoop& loop;
     std::mutex mutex;
-    std::map<Browser, Queue> queues;  // guarded by mutex
+    std::map<Browser, Queue> queues GUARDED_BY(mutex);
 };
 
 }  // namespace dtvservice

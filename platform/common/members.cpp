@@ -3,7 +3,7 @@
 
 #include "frame/process.h"
 #include "frame/process_member.h"
-#include "ovx/guard.h"
+#include "locks/posix_lock.h"
 #include "platform_common/interface_registry.h"
 #include "platform_common/io_backend.h"
 
@@ -68,7 +68,7 @@ int AbstractComponent::deliverEvent(const Event& event) {
 int AbstractComponent::handleEvent(const Event& event) {
     Registration registration{};
     {
-        ltGuard guard(handlersMutex);
+        locks::PosixLock guard(handlersMutex);
         const auto found = handlers.find(event.id);
         if (found == handlers.end()) {
             return -1;
@@ -82,12 +82,12 @@ int AbstractComponent::registerEventHandler(std::uint32_t id, EventHandler handl
     if (handler == nullptr) {
         return -1;
     }
-    ltGuard guard(handlersMutex);
+    locks::PosixLock guard(handlersMutex);
     return handlers.emplace(id, Registration{handler, context}).second ? 0 : -1;
 }
 
 int AbstractComponent::unregisterEventHandler(std::uint32_t id) {
-    ltGuard guard(handlersMutex);
+    locks::PosixLock guard(handlersMutex);
     return handlers.erase(id) == 1 ? 0 : -1;
 }
 
@@ -106,13 +106,13 @@ int AbstractApplication::deliverInternalEvent(const Event& event) {
 }
 
 int AbstractApplication::postEvent(const Event& event) {
-    ltGuard guard(queueMutex);
+    locks::PosixLock guard(queueMutex);
     events.push_back(event);
     return 0;
 }
 
 int AbstractApplication::postInternalEvent(const Event& event) {
-    ltGuard guard(queueMutex);
+    locks::PosixLock guard(queueMutex);
     internalEvents.push_back(event);
     return 0;
 }
@@ -121,7 +121,7 @@ int AbstractApplication::scheduleEvents() {
     std::deque<Event> internalNow;
     std::deque<Event> now;
     {
-        ltGuard guard(queueMutex);
+        locks::PosixLock guard(queueMutex);
         internalNow.swap(internalEvents);
         now.swap(events);
     }

@@ -19,7 +19,7 @@ InterfaceRegistry& InterfaceRegistry::instance() {
 }
 
 int InterfaceRegistry::add(void* pointer, const std::string& name) {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     const bool taken =
         std::any_of(interfaces.begin(), interfaces.end(), [&name](const auto& known) { return known->name() == name; });
     if (pointer == nullptr || name.empty() || taken) {
@@ -30,7 +30,7 @@ int InterfaceRegistry::add(void* pointer, const std::string& name) {
 }
 
 int InterfaceRegistry::remove(const void* pointer) {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     const auto kept = std::remove_if(interfaces.begin(), interfaces.end(),
                                      [pointer](const auto& known) { return known->pointer() == pointer; });
     if (kept == interfaces.end()) {
@@ -41,7 +41,7 @@ int InterfaceRegistry::remove(const void* pointer) {
 }
 
 boost::shared_ptr<frame::Interface> InterfaceRegistry::find(const std::string& name) {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     const auto found = std::find_if(interfaces.begin(), interfaces.end(),
                                     [&name](const auto& known) { return known->name() == name; });
     return found == interfaces.end() ? boost::shared_ptr<frame::Interface>() : *found;
@@ -100,7 +100,7 @@ private:
     bool started = false;
 };
 
-/// The running members. The mutex guards the list and is not held during a member's steps.
+/// The running members. The mutex is not held during a member's steps.
 class Members {
 public:
     static Members& instance() {
@@ -111,14 +111,14 @@ public:
     ~Members() { stopAll(); }
 
     void add(std::unique_ptr<RunningMember> member) {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         running.push_back(std::move(member));
     }
 
     void stopAll() {
         std::vector<std::unique_ptr<RunningMember>> stopping;
         {
-            const std::lock_guard<std::mutex> lock(mutex);
+            const locks::Lock lock(mutex);
             stopping.swap(running);
         }
         while (!stopping.empty()) {
@@ -128,7 +128,7 @@ public:
 
 private:
     std::mutex mutex;
-    std::vector<std::unique_ptr<RunningMember>> running;
+    std::vector<std::unique_ptr<RunningMember>> running GUARDED_BY(mutex);
 };
 
 /// Gives every member of the array an owner before the first step runs.

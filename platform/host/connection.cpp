@@ -55,7 +55,7 @@ Connection::~Connection() {
 int Connection::send(const void* head, std::size_t headLength, const void* body, std::size_t bodyLength,
                      const std::shared_ptr<SectionRing>& ring) {
     const iovec pieces[] = {{const_cast<void*>(head), headLength}, {const_cast<void*>(body), bodyLength}};
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     if (stalled) {
         return -ENOTCONN;
     }
@@ -86,12 +86,12 @@ int Connection::send(const void* head, std::size_t headLength, const void* body,
 }
 
 bool Connection::waiting() {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     return !outgoing.empty();
 }
 
 bool Connection::flush() {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     while (!outgoing.empty()) {
         Packet& packet = outgoing.front();
         const iovec piece{packet.bytes.data(), packet.bytes.size()};

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "locks/lock.h"
 #include "section_ring.h"
 
 namespace host {
@@ -53,9 +54,9 @@ private:
     const int descriptor;
     const std::uint32_t peerNumber_;
     std::mutex mutex;
-    std::deque<Packet> outgoing;   // guarded by mutex
-    std::size_t waitingBytes = 0;  // guarded by mutex
-    bool stalled = false;          // guarded by mutex
+    std::deque<Packet> outgoing GUARDED_BY(mutex);
+    std::size_t waitingBytes GUARDED_BY(mutex) = 0;
+    bool stalled GUARDED_BY(mutex) = false;
 };
 
 /// True when the peer process runs as our own user.

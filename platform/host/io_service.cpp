@@ -30,20 +30,20 @@ public:
         return *clients;
     }
     void add(const std::weak_ptr<IOService>& client) {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         clients.erase(std::remove_if(clients.begin(), clients.end(),
                                      [](const std::weak_ptr<IOService>& each) { return each.expired(); }),
                       clients.end());
         clients.push_back(client);
     }
     std::vector<std::weak_ptr<IOService>> all() {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         return clients;
     }
 
 private:
     std::mutex mutex;
-    std::vector<std::weak_ptr<IOService>> clients;  // guarded by mutex
+    std::vector<std::weak_ptr<IOService>> clients GUARDED_BY(mutex);
 };
 
 }  // namespace
@@ -72,7 +72,7 @@ int IOService::registerHandler(const frame::MsgMeta& header, frameLmqMessageHand
 }
 
 IOService::Connections IOService::connectionsNow() {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     return connections;
 }
 
@@ -121,7 +121,7 @@ int IOService::start() {
     } catch (const std::system_error& error) {
         BLOG_TAGGED(blog::kFailure, "cannot start the transport thread: %s\n", error.what());
         endpoint.close();
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         connections.clear();
         untold.clear();
         return -error.code().value();

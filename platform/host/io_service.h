@@ -17,6 +17,7 @@
 #include "connection.h"
 #include "endpoint.h"
 #include "frame/process_member.h"
+#include "locks/lock.h"
 #include "queue_exchange.h"
 
 namespace host {
@@ -36,7 +37,7 @@ public:
     int start();
     void stop();
     /// A client: gives the queue to the services that it is connected to.
-    void offer(const NamedQueue& queue);
+    void offer(const NamedQueue& queue) EXCLUDES(mutex);
 
 private:
     struct Handler {
@@ -48,16 +49,16 @@ private:
     using Connections = std::vector<std::shared_ptr<Connection>>;
 
     bool isService() const { return owner.couplingMode() == frame::CouplingModeService; }
-    Connections connectionsNow();
+    Connections connectionsNow() EXCLUDES(mutex);
     void run();
     void pollOnce();
     void wake();
     void drainWakeUps();
     void tryToConnect();
     void tryToAccept();
-    void adopt(int connectedSocket);
-    void tellOfNewConnections();
-    void closeConnection(const std::shared_ptr<Connection>& connection);
+    void adopt(int connectedSocket) EXCLUDES(mutex);
+    void tellOfNewConnections() EXCLUDES(mutex);
+    void closeConnection(const std::shared_ptr<Connection>& connection) EXCLUDES(mutex);
     void give(Connection& connection, const std::vector<NamedQueue>& queues);
     bool receive(Connection& connection, int mostPackets);
     void take(Connection& connection, const std::uint8_t* packet, std::size_t length, int attached);
@@ -70,8 +71,8 @@ private:
     int wakeUp;                              // an eventfd
 
     std::mutex mutex;
-    Connections connections;  // guarded by mutex
-    Connections untold;       // guarded by mutex; connected, but the member does not know yet
+    Connections connections GUARDED_BY(mutex);
+    Connections untold GUARDED_BY(mutex);  // connected, but the member does not know yet
 
     std::vector<std::uint8_t> receiveBuffer;  // transport thread
     bool failureTold = false;                 // transport thread

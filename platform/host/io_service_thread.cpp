@@ -143,7 +143,7 @@ void IOService::adopt(int connectedSocket) {
         return;
     }
     const auto connection = std::make_shared<Connection>(connectedSocket, nextPeerNumber());
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     if (!isService()) {
         // The lock keeps back the first command until the queues are sent. A queue that is made meanwhile is among
         // these or finds the connection afterwards. It may be sent twice, which does no harm.
@@ -157,7 +157,7 @@ void IOService::adopt(int connectedSocket) {
 void IOService::tellOfNewConnections() {
     Connections news;
     {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         news.swap(untold);
     }
     for (const std::shared_ptr<Connection>& connection : news) {
@@ -170,7 +170,7 @@ void IOService::tellOfNewConnections() {
 
 void IOService::closeConnection(const std::shared_ptr<Connection>& connection) {
     {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         connections.erase(std::remove(connections.begin(), connections.end(), connection), connections.end());
     }
     GivenQueues::instance().forget(connection->peer());

@@ -128,7 +128,7 @@ LogSink::LogSink(int newDescriptor, bool newMayChange) : descriptor(newDescripto
 /// Null if the descriptor is closed.
 std::shared_ptr<const LogSink::Target> LogSink::currentTarget() {
     struct stat found {};
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     if (target && !mayChange) {
         return target;
     }

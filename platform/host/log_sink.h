@@ -13,6 +13,8 @@
 #include <mutex>
 #include <string>
 
+#include "locks/lock.h"
+
 namespace host {
 
 class LogSink {
@@ -38,9 +40,9 @@ private:
     const int descriptor;
     const bool mayChange;
     std::mutex mutex;
-    std::shared_ptr<const Target> target;  // guarded by mutex
-    std::atomic<std::uint64_t> lost{0};    // lines, since the last one that went through
-    std::atomic<bool> isTornOff{false};    // the last line went through in part
+    std::shared_ptr<const Target> target GUARDED_BY(mutex);
+    std::atomic<std::uint64_t> lost{0};  // lines, since the last one that went through
+    std::atomic<bool> isTornOff{false};  // the last line went through in part
 };
 
 }  // namespace host

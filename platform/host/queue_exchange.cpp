@@ -28,18 +28,18 @@ OwnQueues& OwnQueues::instance() {
 }
 
 void OwnQueues::add(const NamedQueue& queue) {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     removeNamed(queues, queue.name);
     queues.push_back(queue);
 }
 
 void OwnQueues::remove(const std::string& name) {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     removeNamed(queues, name);
 }
 
 std::vector<NamedQueue> OwnQueues::all() {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     return queues;
 }
 
@@ -57,7 +57,7 @@ bool GivenQueues::give(std::uint32_t peer, const std::string& name, int descript
     if (!ring) {
         return false;
     }
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     Queues& queues = byPeer[peer];
     removeNamed(queues, name);
     if (queues.size() >= kMostOfAPeer) {
@@ -69,7 +69,7 @@ bool GivenQueues::give(std::uint32_t peer, const std::string& name, int descript
 }
 
 std::shared_ptr<SectionRing> GivenQueues::find(std::uint32_t peer, const std::string& name) {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     const auto given = byPeer.find(peer);
     if (given == byPeer.end() || given->second.empty()) {
         return nullptr;
@@ -82,7 +82,7 @@ std::shared_ptr<SectionRing> GivenQueues::find(std::uint32_t peer, const std::st
 }
 
 void GivenQueues::forget(std::uint32_t peer) {
-    const std::lock_guard<std::mutex> lock(mutex);
+    const locks::Lock lock(mutex);
     byPeer.erase(peer);
 }
 

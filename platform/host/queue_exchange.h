@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "locks/lock.h"
 #include "section_ring.h"
 
 namespace host {
@@ -32,7 +33,7 @@ public:
 
 private:
     std::mutex mutex;
-    std::vector<NamedQueue> queues;  // guarded by mutex
+    std::vector<NamedQueue> queues GUARDED_BY(mutex);
 };
 
 /// The queues that the peers of this process have given to it. Never destroyed.
@@ -53,7 +54,7 @@ public:
 
 private:
     std::mutex mutex;
-    std::map<std::uint32_t, std::vector<NamedQueue>> byPeer;  // guarded by mutex
+    std::map<std::uint32_t, std::vector<NamedQueue>> byPeer GUARDED_BY(mutex);
 };
 
 }  // namespace host

@@ -5,6 +5,7 @@
 
 #include "host_log.h"
 #include "io_service.h"
+#include "locks/lock.h"
 #include "queue_exchange.h"
 #include "velmora/msgqueue/ipc_message_queue.h"
 
@@ -77,7 +78,7 @@ void IPCMessageQueue::Receive(IPCMessage& message) {
 }
 
 bool IPCMessageQueue::TrySend(const IPCMessage& message) {
-    const std::lock_guard<std::mutex> lock(state->writing);
+    const locks::Lock lock(state->writing);
     std::uint8_t* const slot = state->ring->nextSlot();
     if (slot == nullptr) {
         return false;

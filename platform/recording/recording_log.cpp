@@ -102,13 +102,13 @@ void PrintTo(const LogLine& line, std::ostream* stream) {
 
 std::vector<LogLine> log() {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     return recorder.log;
 }
 
 void setLogAction(std::function<void(const LogLine&)> action) {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     recorder.logAction = std::move(action);
 }
 
@@ -124,7 +124,7 @@ std::vector<LogLine> logOf(const std::string& function) {
 
 bool waitForLog(const std::string& part) {
     Recorder& recorder = Recorder::instance();
-    return recorder.waitFor([&] {
+    return recorder.waitFor([&]() REQUIRES(recorder.mutex) {
         for (const LogLine& line : recorder.log) {
             if (line.message.find(part) != std::string::npos) {
                 return true;
@@ -136,7 +136,7 @@ bool waitForLog(const std::string& part) {
 
 std::vector<MemoryDump> dumps() {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     return recorder.dumps;
 }
 
@@ -173,7 +173,7 @@ void ovxDebugOutput0(ovxDebugFrame*, ovxDebugChunk*, std::uint32_t level, const 
     recording::takeApart(line);
     std::function<void(const recording::LogLine&)> action;
     {
-        const std::lock_guard<std::mutex> lock(recorder.mutex);
+        const locks::Lock lock(recorder.mutex);
         recorder.log.push_back(line);
         action = recorder.logAction;
     }
@@ -186,6 +186,6 @@ void ovxDebugOutput0(ovxDebugFrame*, ovxDebugChunk*, std::uint32_t level, const 
 void dump_memory(const char* title, const void* bytes, std::uint32_t count, int value) {
     recording::Recorder& recorder = recording::Recorder::instance();
     const auto* first = static_cast<const std::uint8_t*>(bytes);
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     recorder.dumps.push_back({title, std::vector<std::uint8_t>(first, first + count), value});
 }

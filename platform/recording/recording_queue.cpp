@@ -16,13 +16,16 @@ namespace {
 
 /// The state that all handles of a name share. It lives as long as the process.
 struct Channel {
-    std::mutex mutex;  // guards the members
+    const std::size_t maxMessageSize;
+    const std::size_t maxMessages;
+    std::mutex mutex;
     std::condition_variable changed;
-    std::deque<std::vector<std::uint8_t>> messages;
-    std::size_t maxMessageSize = 0;
-    std::size_t maxMessages = 0;
-    bool failing = false;
-    std::exception_ptr failure;  // null for an interprocess error
+    std::deque<std::vector<std::uint8_t>> messages GUARDED_BY(mutex);
+    bool failing GUARDED_BY(mutex) = false;
+    std::exception_ptr failure GUARDED_BY(mutex);  // null for an interprocess error
+
+    Channel(std::size_t newMaxMessageSize, std::size_t newMaxMessages)
+        : maxMessageSize(newMaxMessageSize), maxMessages(newMaxMessages) {}
 };
 
 /// All channels by name.
@@ -34,22 +37,20 @@ public:
     }
 
     Channel* add(const std::string& name, std::size_t maxMessageSize, std::size_t maxMessages) {
-        auto* const channel = new Channel;
-        channel->maxMessageSize = maxMessageSize;
-        channel->maxMessages = maxMessages;
-        const std::lock_guard<std::mutex> lock(mutex);
+        auto* const channel = new Channel(maxMessageSize, maxMessages);
+        const locks::Lock lock(mutex);
         byName[name] = channel;
         return channel;
     }
 
     Channel* find(const std::string& name) {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         const auto found = byName.find(name);
         return found == byName.end() ? nullptr : found->second;
     }
 
     std::vector<std::string> names() {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         std::vector<std::string> names;
         for (const auto& entry : byName) {
             names.push_back(entry.first);
@@ -58,8 +59,8 @@ public:
     }
 
 private:
-    std::mutex mutex;  // guards byName
-    std::map<std::string, Channel*> byName;
+    std::mutex mutex;
+    std::map<std::string, Channel*> byName GUARDED_BY(mutex);
 };
 
 }  // namespace
@@ -74,7 +75,7 @@ IPCMessageQueue::~IPCMessageQueue() = default;
 IPCMessageQueue* IPCMessageQueue::create(const std::string& name, std::size_t maxMessageSize, std::size_t maxMessages) {
     recording::Recorder& recorder = recording::Recorder::instance();
     {
-        const std::lock_guard<std::mutex> lock(recorder.mutex);
+        const locks::Lock lock(recorder.mutex);
         if (recorder.queueCreationFails) {
             return nullptr;
         }
@@ -91,9 +92,11 @@ IPCMessageQueue* IPCMessageQueue::open(std::uint32_t, const std::string& name) {
 
 void IPCMessageQueue::Receive(IPCMessage& message) {
     Channel& channel = *state->channel;
-    std::unique_lock<std::mutex> lock(channel.mutex);
+    locks::Lock lock(channel.mutex);
     while (true) {
-        channel.changed.wait(lock, [&channel] { return channel.failing || !channel.messages.empty(); });
+        channel.changed.wait(lock.forWaiting(), [&channel]() REQUIRES(channel.mutex) {
+            return channel.failing || !channel.messages.empty();
+        });
         if (channel.failing) {
             channel.failing = false;
             if (channel.failure) {
@@ -114,7 +117,7 @@ bool IPCMessageQueue::TrySend(const IPCMessage& message) {
     Channel& channel = *state->channel;
     std::vector<std::uint8_t> bytes(channel.maxMessageSize);
     bytes.resize(message.encode(bytes.data(), bytes.size()));
-    const std::lock_guard<std::mutex> lock(channel.mutex);
+    const locks::Lock lock(channel.mutex);
     if (bytes.empty() || channel.messages.size() >= channel.maxMessages) {
         return false;
     }
@@ -129,13 +132,13 @@ namespace recording {
 
 void setThreadCreateResult(int error) {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     recorder.threadCreateResult = error;
 }
 
 void setQueueCreationFails(bool fails) {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     recorder.queueCreationFails = fails;
 }
 
@@ -150,7 +153,7 @@ QueueLimits queueLimits(const std::string& queue) {
 
 std::vector<ThreadKind> threadsCreated() {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     return recorder.threadsCreated;
 }
 
@@ -173,7 +176,7 @@ std::size_t waitingSections(const std::string& queue) {
     if (channel == nullptr) {
         return 0;
     }
-    const std::lock_guard<std::mutex> lock(channel->mutex);
+    const locks::Lock lock(channel->mutex);
     return channel->messages.size();
 }
 
@@ -182,7 +185,7 @@ bool failReceive(const std::string& queue, std::exception_ptr error) {
     if (channel == nullptr) {
         return false;
     }
-    const std::lock_guard<std::mutex> lock(channel->mutex);
+    const locks::Lock lock(channel->mutex);
     channel->failing = true;
     channel->failure = std::move(error);
     channel->changed.notify_all();
@@ -195,7 +198,7 @@ int _ovxOsalPOSIX_pthread_create_line(pthread_t* thread, const pthread_attr_t* a
                                       void* argument, const char*, int) {
     recording::Recorder& recorder = recording::Recorder::instance();
     {
-        const std::lock_guard<std::mutex> lock(recorder.mutex);
+        const locks::Lock lock(recorder.mutex);
         if (recorder.threadCreateResult != 0) {
             return recorder.threadCreateResult;
         }

@@ -37,7 +37,7 @@ public:
         std::packaged_task<void()> task(function);
         std::future<void> done = task.get_future();
         {
-            const std::lock_guard<std::mutex> lock(mutex);
+            const locks::Lock lock(mutex);
             tasks.push_back(std::move(task));
         }
         filled.notify_one();
@@ -55,8 +55,8 @@ private:
         while (true) {
             std::packaged_task<void()> task;
             {
-                std::unique_lock<std::mutex> lock(mutex);
-                filled.wait(lock, [this] { return !tasks.empty(); });
+                locks::Lock lock(mutex);
+                filled.wait(lock.forWaiting(), [this]() REQUIRES(mutex) { return !tasks.empty(); });
                 task = std::move(tasks.front());
                 tasks.pop_front();
             }
@@ -64,9 +64,9 @@ private:
         }
     }
 
-    std::mutex mutex;  // guards tasks
+    std::mutex mutex;
     std::condition_variable filled;
-    std::deque<std::packaged_task<void()>> tasks;
+    std::deque<std::packaged_task<void()>> tasks GUARDED_BY(mutex);
     std::thread::id id;
 };
 
@@ -77,7 +77,7 @@ bool sameHeader(const frame::MsgMeta& left, const frame::MsgMeta& right) {
 
 Registration findRegistration(const frame::MsgMeta& header) {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     for (auto known = recorder.registrations.rbegin(); known != recorder.registrations.rend(); ++known) {
         if (sameHeader(known->header, header)) {
             return *known;
@@ -90,7 +90,7 @@ Registration findRegistration(const frame::MsgMeta& header) {
 
 void reset() {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     recorder.sent.clear();
     recorder.sendAction = nullptr;
     recorder.sendResult = 0;
@@ -110,30 +110,30 @@ void reset() {
 
 std::vector<SentMessage> sent() {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     return recorder.sent;
 }
 
 bool waitForSent(std::size_t count) {
     Recorder& recorder = Recorder::instance();
-    return recorder.waitFor([&] { return recorder.sent.size() >= count; });
+    return recorder.waitFor([&]() REQUIRES(recorder.mutex) { return recorder.sent.size() >= count; });
 }
 
 void setSendResult(int result) {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     recorder.sendResult = result;
 }
 
 void setSendAction(std::function<int(const SentMessage&)> action) {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     recorder.sendAction = std::move(action);
 }
 
 std::vector<Registration> registrations() {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     return recorder.registrations;
 }
 
@@ -170,19 +170,19 @@ void onInjectionThread(const std::function<void()>& function) {
 
 void setStartResult(int result) {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     recorder.startResult = result;
 }
 
 void setSetUpResult(int result) {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     recorder.setUpResult = result;
 }
 
 void setStopResult(int result) {
     Recorder& recorder = Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     recorder.stopResult = result;
 }
 
@@ -196,7 +196,7 @@ frameLmqIOService* createIOService(frame::AbstractMarshallingImpl&) {
 
 int startIOService(frameLmqIOService* service) {
     recording::Recorder& recorder = recording::Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     if (service != nullptr) {
         service->started = recorder.startResult >= 0;
     }
@@ -205,7 +205,7 @@ int startIOService(frameLmqIOService* service) {
 
 int setUpIOService(frameLmqIOService*) {
     recording::Recorder& recorder = recording::Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     return recorder.setUpResult;
 }
 
@@ -216,14 +216,14 @@ int stopIOService(frameLmqIOService* service) {
         recording::onInjectionThread([] {});
     }
     recording::Recorder& recorder = recording::Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     return recorder.stopResult;
 }
 
 void destroyIOService(frameLmqIOService* service) {
     recording::Recorder& recorder = recording::Recorder::instance();
     {
-        const std::lock_guard<std::mutex> lock(recorder.mutex);
+        const locks::Lock lock(recorder.mutex);
         auto& known = recorder.registrations;
         known.erase(std::remove_if(known.begin(), known.end(),
                                    [service](const auto& registration) { return registration.service == service; }),
@@ -247,7 +247,7 @@ int frameLmqIOServiceSendStructure(frameLmqIOService* service, frame::MsgIds& id
     std::function<int(const recording::SentMessage&)> action;
     int result = 0;
     {
-        const std::lock_guard<std::mutex> lock(recorder.mutex);
+        const locks::Lock lock(recorder.mutex);
         recorder.sent.push_back(message);
         action = recorder.sendAction;
         result = recorder.sendResult;
@@ -263,7 +263,7 @@ int frameLmqIOServiceRegisterMessageHandlerFunction(frameLmqIOService* service, 
         return -1;
     }
     recording::Recorder& recorder = recording::Recorder::instance();
-    const std::lock_guard<std::mutex> lock(recorder.mutex);
+    const locks::Lock lock(recorder.mutex);
     recorder.registrations.push_back({service, header, handler, context, table});
     return 0;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "browserdvbservice_interfaces.h"
+#include "locks/lock.h"
 #include "shown_values.h"
 
 inline std::string shownValue(const _ovxDeserVectorU8_struct& carrier) {
@@ -23,7 +24,7 @@ public:
     };
 
     std::vector<Call> calls() const {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         return heard;
     }
     std::vector<std::string> texts() const {
@@ -51,7 +52,7 @@ private:
              const Values&... values) {
         const std::string text = shownCall(operation, values...);
         {
-            const std::lock_guard<std::mutex> lock(mutex);
+            const locks::Lock lock(mutex);
             heard.push_back({text, &ids, transport});
         }
         if (reaction) {
@@ -60,6 +61,6 @@ private:
         return answer;
     }
 
-    mutable std::mutex mutex;  // guards heard
-    std::vector<Call> heard;
+    mutable std::mutex mutex;
+    std::vector<Call> heard GUARDED_BY(mutex);
 };

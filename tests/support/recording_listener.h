@@ -9,12 +9,13 @@
 #include <vector>
 
 #include "dvb_service_listener.h"
+#include "locks/lock.h"
 #include "shown_values.h"
 
 class RecordingListener : public velmora::dtv::DVBServiceListener {
 public:
     std::vector<std::string> calls() const {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         return heard;
     }
 
@@ -78,7 +79,7 @@ private:
     void keep(const char* operation, const Values&... values) {
         std::string text = shownCall(operation, values...);
         {
-            const std::lock_guard<std::mutex> lock(mutex);
+            const locks::Lock lock(mutex);
             heard.push_back(std::move(text));
         }
         if (reaction) {
@@ -86,6 +87,6 @@ private:
         }
     }
 
-    mutable std::mutex mutex;  // guards heard
-    std::vector<std::string> heard;
+    mutable std::mutex mutex;
+    std::vector<std::string> heard GUARDED_BY(mutex);
 };

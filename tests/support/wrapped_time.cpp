@@ -8,19 +8,21 @@
 #include <optional>
 #include <thread>
 
+#include "locks/lock.h"
+
 namespace wrapped_time {
 
 namespace {
 
 struct State {
-    std::mutex mutex;  // guards the rest
-    pthread_cond_t* condition = nullptr;
-    TimedWaits timedWaits = TimedWaits::asAsked;
-    std::vector<Deadline> deadlines;
-    bool clockIsSet = false;
-    std::optional<timespec> now;
-    std::vector<clockid_t> clocksRead;
-    std::vector<useconds_t> pauses;
+    std::mutex mutex;
+    pthread_cond_t* condition GUARDED_BY(mutex) = nullptr;
+    TimedWaits timedWaits GUARDED_BY(mutex) = TimedWaits::asAsked;
+    std::vector<Deadline> deadlines GUARDED_BY(mutex);
+    bool clockIsSet GUARDED_BY(mutex) = false;
+    std::optional<timespec> now GUARDED_BY(mutex);
+    std::vector<clockid_t> clocksRead GUARDED_BY(mutex);
+    std::vector<useconds_t> pauses GUARDED_BY(mutex);
 };
 
 State& state() {
@@ -29,7 +31,7 @@ State& state() {
 }
 
 TimedWaits note(const pthread_cond_t* condition, clockid_t clock, const timespec& deadline) {
-    const std::lock_guard<std::mutex> lock(state().mutex);
+    const locks::Lock lock(state().mutex);
     if (condition != state().condition) {
         return TimedWaits::asAsked;
     }
@@ -58,36 +60,36 @@ int timedWait(pthread_cond_t* condition, pthread_mutex_t* mutex, clockid_t clock
 }  // namespace
 
 void setTimedWaits(pthread_cond_t* condition, TimedWaits how) {
-    const std::lock_guard<std::mutex> lock(state().mutex);
+    const locks::Lock lock(state().mutex);
     state().condition = condition;
     state().timedWaits = how;
     state().deadlines.clear();
 }
 
 std::vector<Deadline> deadlines() {
-    const std::lock_guard<std::mutex> lock(state().mutex);
+    const locks::Lock lock(state().mutex);
     return state().deadlines;
 }
 
 void setClock(const timespec* now) {
-    const std::lock_guard<std::mutex> lock(state().mutex);
+    const locks::Lock lock(state().mutex);
     state().clockIsSet = true;
     state().now = now != nullptr ? std::optional<timespec>(*now) : std::nullopt;
     state().clocksRead.clear();
 }
 
 std::vector<clockid_t> clocksRead() {
-    const std::lock_guard<std::mutex> lock(state().mutex);
+    const locks::Lock lock(state().mutex);
     return state().clocksRead;
 }
 
 std::vector<useconds_t> pauses() {
-    const std::lock_guard<std::mutex> lock(state().mutex);
+    const locks::Lock lock(state().mutex);
     return state().pauses;
 }
 
 void asUsual() {
-    const std::lock_guard<std::mutex> lock(state().mutex);
+    const locks::Lock lock(state().mutex);
     state().condition = nullptr;
     state().clockIsSet = false;
 }
@@ -116,7 +118,7 @@ int __wrap_pthread_cond_clockwait(pthread_cond_t* condition, pthread_mutex_t* mu
 
 int __wrap_clock_gettime(clockid_t clock, timespec* now) {
     wrapped_time::State& state = wrapped_time::state();
-    const std::lock_guard<std::mutex> lock(state.mutex);
+    const locks::Lock lock(state.mutex);
     if (!state.clockIsSet) {
         return __real_clock_gettime(clock, now);
     }
@@ -130,7 +132,7 @@ int __wrap_clock_gettime(clockid_t clock, timespec* now) {
 
 int __wrap_usleep(useconds_t pause) {
     {
-        const std::lock_guard<std::mutex> lock(wrapped_time::state().mutex);
+        const locks::Lock lock(wrapped_time::state().mutex);
         wrapped_time::state().pauses.push_back(pause);
     }
     return __real_usleep(pause);

@@ -17,6 +17,7 @@
 
 #include "browserdvbservice_stub.h"
 #include "frame/process.h"
+#include "locks/lock.h"
 #include "refusing_handler.h"
 #include "velmora/msgqueue/ipc_message_queue.h"
 
@@ -37,14 +38,14 @@ public:
     int cmdUpdateIPCChannelNames(frame::MsgIds&, const frame::TransportInfo& transport,
                                  const std::string& sectionDataChannel, const std::string&,
                                  const std::string&) override {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         queue.reset(IPCMessageQueue::open(transport.peer, sectionDataChannel));
         return 0;
     }
     int cmdFilterOpen(frame::MsgIds& ids, const frame::TransportInfo&, const std::string& session, unsigned int pid,
                       const lo::browserdvbservice::OpenFilterMatchMask_t&) override {
         {
-            const std::lock_guard<std::mutex> lock(mutex);
+            const locks::Lock lock(mutex);
             numbers[session] = 0;
         }
         events->onBrowserOpenFilterConf(ids, kNoTransport, pid, session, 0);
@@ -53,7 +54,7 @@ public:
     }
     int cmdFilterClose(frame::MsgIds& ids, const frame::TransportInfo&, const std::string& session) override {
         {
-            const std::lock_guard<std::mutex> lock(mutex);
+            const locks::Lock lock(mutex);
             numbers.erase(session);
         }
         // Send these two in the opposite order to the opening, because browsers must not rely on it.
@@ -63,12 +64,12 @@ public:
     }
 
     std::size_t openFilters() const {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         return numbers.size();
     }
     /// Sends one section for each open filter and returns how many were sent. With `all`, it waits for space.
     std::size_t sendOneEach(bool all) {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         std::size_t sent = 0;
         for (auto& filter : numbers) {
             bool gone = send(filter.first, filter.second);
@@ -83,7 +84,7 @@ public:
     }
 
 private:
-    bool send(const std::string& session, std::uint32_t number) {
+    bool send(const std::string& session, std::uint32_t number) REQUIRES(mutex) {
         std::uint8_t section[] = {0xC0,
                                   0x70,
                                   0x04,
@@ -101,9 +102,9 @@ private:
     }
 
     lo::browserdvbservice::ClientInterface* events = nullptr;
-    mutable std::mutex mutex;  // guards the rest
-    std::unique_ptr<IPCMessageQueue> queue;
-    std::map<std::string, std::uint32_t> numbers;  // number of the next section of each session
+    mutable std::mutex mutex;
+    std::unique_ptr<IPCMessageQueue> queue GUARDED_BY(mutex);
+    std::map<std::string, std::uint32_t> numbers GUARDED_BY(mutex);  // number of the next section of each session
 };
 
 FloodingService& theService() {

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "browser_fixture.h"
+#include "locks/lock.h"
 #include "message_fields.h"
 #include "section_filters.h"
 
@@ -12,22 +13,22 @@ namespace {
 class CountingSections final : public velmora::dtv::SectionFilterClient {
 public:
     void onSectionData(const std::string&, unsigned int, const unsigned char* data, unsigned int length) override {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         sections.emplace(reinterpret_cast<const char*>(data), length);
     }
     void forget() {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         sections.clear();
     }
     std::size_t distinct() const { return all().size(); }
     std::set<std::string> all() const {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         return sections;
     }
 
 private:
-    mutable std::mutex mutex;  // guards sections
-    std::set<std::string> sections;
+    mutable std::mutex mutex;
+    std::set<std::string> sections GUARDED_BY(mutex);
 };
 
 }  // namespace

@@ -7,15 +7,15 @@ namespace dvbshell {
 
 void EventQueue::put(Event event) {
     {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         events.push_back(std::move(event));
     }
     filled.notify_one();
 }
 
 std::optional<Event> EventQueue::take(Clock::time_point until) {
-    std::unique_lock<std::mutex> lock(mutex);
-    if (!filled.wait_until(lock, until, [this] { return !events.empty(); })) {
+    locks::Lock lock(mutex);
+    if (!filled.wait_until(lock.forWaiting(), until, [this]() REQUIRES(mutex) { return !events.empty(); })) {
         return std::nullopt;
     }
     Event event = std::move(events.front());

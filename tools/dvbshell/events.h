@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "dvb_service_listener.h"
+#include "locks/lock.h"
 #include "message_fields.h"
 
 namespace dvbshell {
@@ -57,7 +58,7 @@ public:
 private:
     std::mutex mutex;
     std::condition_variable filled;
-    std::deque<Event> events;  // guarded by mutex
+    std::deque<Event> events GUARDED_BY(mutex);
 };
 
 /// Receives the current channel and its AIT sections, on the transport thread.

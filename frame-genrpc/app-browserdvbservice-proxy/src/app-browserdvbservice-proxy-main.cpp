@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <memory>
 
+#include "locks/posix_lock.h"
 #include "message_transfer.h"
-#include "ovx/guard.h"
 #include "ovx/log.h"
 #include "service_presence.h"
 
@@ -108,12 +108,12 @@ Proxy::Clients::iterator Proxy::find(const ClientInterface* client) {
 }
 
 Proxy::Clients Proxy::clientsNow() {
-    const ltGuard guard(componentMutex());
+    const locks::PosixLock guard(componentMutex());
     return clients;
 }
 
 int Proxy::addClient(boost::shared_ptr<ClientInterface> client) {
-    const ltGuard guard(componentMutex());
+    const locks::PosixLock guard(componentMutex());
     if (find(client.get()) != clients.end()) {
         BLOG_PLAIN(blog::kFailure, "Client already exists, %d total.\n", static_cast<int>(clients.size()));
         return kClientAlreadyExists;
@@ -124,7 +124,7 @@ int Proxy::addClient(boost::shared_ptr<ClientInterface> client) {
 }
 
 int Proxy::removeClient(boost::shared_ptr<ClientInterface> client) {
-    const ltGuard guard(componentMutex());
+    const locks::PosixLock guard(componentMutex());
     const auto found = find(client.get());
     if (found == clients.end()) {
         BLOG_PLAIN(blog::kFailure, "client not found (of %d known ones)\n", static_cast<int>(clients.size()));

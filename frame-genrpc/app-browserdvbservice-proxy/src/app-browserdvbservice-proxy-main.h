@@ -13,6 +13,7 @@
 #include "browserdvbservice_interfaces.h"
 #include "frame/process.h"
 #include "frame/process_member.h"
+#include "locks/lock.h"
 
 namespace lo::browserdvbservice {
 
@@ -49,10 +50,10 @@ private:
     template <typename Message>
     static int dispatch(const char* decoder, const frame::TransportInfo& transport, const void* record, void* context);
 
-    Clients::iterator find(const ClientInterface* client);
-    Clients clientsNow();
+    Clients::iterator find(const ClientInterface* client) REQUIRES(componentMutex());
+    Clients clientsNow() EXCLUDES(componentMutex());
 
-    Clients clients;  // guarded by the component mutex; in order of registration
+    Clients clients GUARDED_BY(componentMutex());  // in order of registration
 };
 
 }  // namespace lo::browserdvbservice

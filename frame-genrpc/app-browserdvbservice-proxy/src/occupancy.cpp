@@ -3,6 +3,8 @@
 
 #include <pthread.h>
 
+#include "locks/lock.h"
+
 namespace lo::browserdvbservice {
 
 namespace {
@@ -71,7 +73,7 @@ bool Occupancy::enter(As role) {
 void Occupancy::leave(As role) {
     const std::uint64_t before = counts.fetch_sub(role == As::worker ? kWorker : kCaller);
     if ((before & kClosing) != 0) {
-        { const std::lock_guard<std::mutex> lock(mutex); }
+        { const locks::Lock lock(mutex); }
         left.notify_all();
     }
 }
@@ -98,8 +100,8 @@ bool Occupancy::close(std::chrono::milliseconds longest) {
     counts.fetch_or(kClosing);
     const std::uint64_t own = ownWorkers();
     {
-        std::unique_lock<std::mutex> lock(mutex);
-        left.wait_for(lock, longest, [&] { return (counts.load() & kWorkers) == own; });
+        locks::Lock lock(mutex);
+        left.wait_for(lock.forWaiting(), longest, [&] { return (counts.load() & kWorkers) == own; });
     }
     std::uint64_t nobody = counts.load() & ~kEverybody;
     return counts.compare_exchange_strong(nobody, nobody | kGone);

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <deque>
 
+#include "locks/lock.h"
+
 namespace lo::browserdvbservice {
 
 namespace {
@@ -19,12 +21,12 @@ public:
     }
 
     ServicePresence& add(ServiceInterface& interface) {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         return presences.emplace_back(interface);
     }
 
     ServicePresence& latest(ServiceInterface& interface) {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         const auto found =
             std::find_if(presences.rbegin(), presences.rend(),
                          [&interface](const ServicePresence& known) { return &known.interface == &interface; });
@@ -32,8 +34,8 @@ public:
     }
 
 private:
-    std::mutex mutex;  // guards presences
-    std::deque<ServicePresence> presences;
+    std::mutex mutex;
+    std::deque<ServicePresence> presences GUARDED_BY(mutex);
 };
 
 }  // namespace

@@ -83,8 +83,8 @@ private:
     };
 
     pthread_mutex_t mutex;          // used by the derived class; the platform never takes it
-    pthread_mutex_t handlersMutex;  // guards handlers; released before a handler is called
-    std::map<std::uint32_t, Registration> handlers;
+    pthread_mutex_t handlersMutex;  // released before a handler is called
+    std::map<std::uint32_t, Registration> handlers DTV_GUARDED_BY(handlersMutex);
     std::uint32_t componentNumber;
 };
 
@@ -105,9 +105,9 @@ public:
     virtual int scheduleEvents();
 
 private:
-    pthread_mutex_t queueMutex;  // guards both queues; released before an event is delivered
-    std::deque<Event> events;
-    std::deque<Event> internalEvents;
+    pthread_mutex_t queueMutex;  // released before an event is delivered
+    std::deque<Event> events DTV_GUARDED_BY(queueMutex);
+    std::deque<Event> internalEvents DTV_GUARDED_BY(queueMutex);
 };
 
 /// Which end of the transport a marshalling member is.

@@ -11,6 +11,7 @@
 #include "browser_AIT_catcher.h"
 #include "browser_AIT_storage.h"
 #include "dvbaitsection_apis.h"
+#include "locks/lock.h"
 #include "logged.h"
 
 constexpr std::uint32_t kOrdinary = 0x5F0FA0;
@@ -50,7 +51,7 @@ public:
     };
     void onCurrentChannelAIT(std::uint16_t onId, std::uint16_t tsId, std::uint16_t sId, const Bytes& section) override {
         {
-            const std::lock_guard<std::mutex> lock(mutex);
+            const locks::Lock lock(mutex);
             kept.push_back({onId, tsId, sId, section});
         }
         if (reaction) {
@@ -61,13 +62,13 @@ public:
     std::function<void()> reaction;
 
     std::vector<Delivery> deliveries() const {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         return kept;
     }
 
 private:
-    mutable std::mutex mutex;  // guards kept
-    std::vector<Delivery> kept;
+    mutable std::mutex mutex;
+    std::vector<Delivery> kept GUARDED_BY(mutex);
 };
 
 /// Recognises the messages whose level is failure, by their beginning.

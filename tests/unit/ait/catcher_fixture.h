@@ -9,8 +9,14 @@ namespace velmora::dvbservice {
 
 /// Gives tests access to the catcher's private members.
 struct BrowserAITCatcherTestAccess {
-    static std::size_t storages(BrowserAITCatcher& catcher) { return catcher.aitStorages.size(); }
-    static ChannelInfo currentChannel(BrowserAITCatcher& catcher) { return *catcher.currentChannel; }
+    static std::size_t storages(BrowserAITCatcher& catcher) {
+        const locks::Lock lock(catcher.stateLock);
+        return catcher.aitStorages.size();
+    }
+    static ChannelInfo currentChannel(BrowserAITCatcher& catcher) {
+        const locks::Lock lock(catcher.stateLock);
+        return *catcher.currentChannel;
+    }
     static pthread_mutex_t& mutex(BrowserAITCatcher& catcher) { return catcher.mutex; }
 };
 

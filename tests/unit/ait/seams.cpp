@@ -6,6 +6,7 @@
 
 #include "browser_AIT_catcher.h"
 #include "dvbaitsection_apis.h"
+#include "locks/lock.h"
 #include "ovx/osal_thread.h"
 #include "velmora/base/wait_for_instance.h"
 
@@ -24,28 +25,28 @@ struct State {
     int waits = 0;
 };
 
-std::mutex guarding;  // guards the state
+std::mutex guarding;
 
 /// Never destroyed: replays may end after the tests.
-State& state() {
+State& state() REQUIRES(guarding) {
     static auto* const all = new State;
     return *all;
 }
 
 template <typename Member>
 Member now(Member State::*member) {
-    const std::lock_guard<std::mutex> lock(guarding);
+    const locks::Lock lock(guarding);
     return state().*member;
 }
 
 template <typename Member>
 void set(Member State::*member, Member value) {
-    const std::lock_guard<std::mutex> lock(guarding);
+    const locks::Lock lock(guarding);
     state().*member = value;
 }
 
 void note(const char* step, const pthread_attr_t* attributes) {
-    const std::lock_guard<std::mutex> lock(guarding);
+    const locks::Lock lock(guarding);
     state().steps.emplace_back(step);
     state().attributes.push_back(attributes);
 }
@@ -61,7 +62,7 @@ bool isDetached(const pthread_attr_t* attributes) {
 }  // namespace
 
 void reset() {
-    const std::lock_guard<std::mutex> lock(guarding);
+    const locks::Lock lock(guarding);
     state() = State();
 }
 
@@ -123,7 +124,7 @@ int __wrap__ovxOsalPOSIX_pthread_create_line(pthread_t* thread, const pthread_at
     if (!seams::now(&State::keeping)) {
         return __real__ovxOsalPOSIX_pthread_create_line(thread, attributes, entry, argument, file, line);
     }
-    const std::lock_guard<std::mutex> lock(seams::guarding);
+    const locks::Lock lock(seams::guarding);
     seams::state().workers.push_back({entry, argument, file, line, seams::isDetached(attributes)});
     return 0;
 }
@@ -158,7 +159,7 @@ BrowserAITCatcher* wrappedCatcher() {
 
 std::intptr_t wrappedWait(std::intptr_t* instance) {
     {
-        const std::lock_guard<std::mutex> lock(seams::guarding);
+        const locks::Lock lock(seams::guarding);
         ++seams::state().waits;
     }
     return realWait(instance);

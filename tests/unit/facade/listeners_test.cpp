@@ -8,7 +8,7 @@ namespace velmora::dvbservice {
 struct BrowserDvbAPITestAccess {
     static boost::recursive_mutex& listenersMutex(BrowserDvbAPI& api) { return api.listenersMutex; }
     static std::size_t count(BrowserDvbAPI& api) {
-        const boost::recursive_mutex::scoped_lock lock(api.listenersMutex);
+        const locks::Lock lock(api.listenersMutex);
         return api.listeners.size();
     }
 };

@@ -6,6 +6,7 @@
 
 #include "eventually.h"
 #include "filter_fixture.h"
+#include "locks/lock.h"
 #include "waits_for_lock.h"
 #include "wrapped_time.h"
 
@@ -211,11 +212,11 @@ TEST_F(ADeliveryThread, HandsOnASectionOfAPmtRequestWithItsService) {
 TEST_F(ADeliveryThread, ReadsEverySectionIntoOneBuffer) {
     struct Looking final : velmora::dtv::SectionFilterClient {
         void onSectionData(const std::string&, unsigned int, const unsigned char* data, unsigned int) override {
-            const std::lock_guard<std::mutex> lock(mutex);
+            const locks::Lock lock(mutex);
             seen.push_back(data);
         }
         std::mutex mutex;
-        std::vector<const unsigned char*> seen;
+        std::vector<const unsigned char*> seen GUARDED_BY(mutex);
     };
     static Looking looking;
     answerWith(0);
@@ -224,9 +225,10 @@ TEST_F(ADeliveryThread, ReadsEverySectionIntoOneBuffer) {
         ASSERT_TRUE(recording::writeSection(queue(), "a", {1, 2, 3}));
     }
     ASSERT_TRUE(eventually([] {
-        const std::lock_guard<std::mutex> lock(looking.mutex);
+        const locks::Lock lock(looking.mutex);
         return looking.seen.size() == 3;
     }));
+    const locks::Lock lock(looking.mutex);
     EXPECT_NE(looking.seen[0], nullptr);
     EXPECT_EQ(looking.seen[1], looking.seen[0]);
     EXPECT_EQ(looking.seen[2], looking.seen[0]);

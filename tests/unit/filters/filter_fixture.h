@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "handshake_clock.h"
+#include "locks/lock.h"
 #include "service_fixture.h"
 
 namespace velmora::dvbservice {
@@ -33,7 +34,7 @@ public:
     void onSectionData(const std::string& sessionName, unsigned int pid, const unsigned char* data,
                        unsigned int length) override {
         {
-            const std::lock_guard<std::mutex> lock(mutex);
+            const locks::Lock lock(mutex);
             kept.push_back({sessionName, pid, {data, data + length}});
         }
         if (reaction) {
@@ -41,13 +42,13 @@ public:
         }
     }
     std::vector<Section> sections() const {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         return kept;
     }
 
 private:
-    mutable std::mutex mutex;  // guards kept
-    std::vector<Section> kept;
+    mutable std::mutex mutex;
+    std::vector<Section> kept GUARDED_BY(mutex);
 };
 
 class AFilter : public AServiceObject {

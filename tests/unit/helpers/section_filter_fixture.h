@@ -5,6 +5,7 @@
 
 #include "dvb_helpers/section_filter.h"
 #include "filter_fixture.h"
+#include "locks/lock.h"
 #include "section_filter_api.h"
 #include "waits_for_lock.h"
 
@@ -17,17 +18,17 @@ using velmora::dtv::helpers::SectionRouter;
 class ReceivedSections {
 public:
     void add(const unsigned char* section, unsigned int length) {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         received.emplace_back(section, section + length);
     }
     std::vector<std::vector<unsigned char>> all() const {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         return received;
     }
 
 private:
-    mutable std::mutex mutex;  // guards received
-    std::vector<std::vector<unsigned char>> received;
+    mutable std::mutex mutex;
+    std::vector<std::vector<unsigned char>> received GUARDED_BY(mutex);
 };
 
 class ASectionFilter : public AFilter {

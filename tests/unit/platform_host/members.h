@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "frame/process_member.h"
+#include "locks/lock.h"
 #include "platform_common/io_backend.h"
 
 namespace toy {
@@ -68,7 +69,7 @@ public:
                                               &record);
     }
     std::vector<Message> received() const {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         return messages;
     }
 
@@ -92,7 +93,7 @@ private:
         Record record;
         std::memcpy(&record, bytes, sizeof record);
         {
-            const std::lock_guard<std::mutex> lock(self->mutex);
+            const locks::Lock lock(self->mutex);
             self->messages.push_back({transport.peer, record.number, {record.text.data, record.text.length}});
         }
         if (self->stopFromHandler) {
@@ -104,8 +105,8 @@ private:
         return 0;
     }
 
-    mutable std::mutex mutex;  // guards messages
-    std::vector<Message> messages;
+    mutable std::mutex mutex;
+    std::vector<Message> messages GUARDED_BY(mutex);
     frameLmqIOService* service = nullptr;
 };
 

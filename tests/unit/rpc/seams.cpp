@@ -6,6 +6,7 @@
 #include <mutex>
 #include <optional>
 
+#include "locks/lock.h"
 #include "ovx/debug.h"
 
 namespace seams {
@@ -28,10 +29,10 @@ struct State {
     std::function<void()> nameHook;
 };
 
-std::mutex guarding;  // guards the state
+std::mutex guarding;
 
 /// Never destroyed: memory is still freed during process exit.
-State& state() {
+State& state() REQUIRES(guarding) {
     static auto* const all = new State;
     return *all;
 }
@@ -39,19 +40,19 @@ State& state() {
 /// A copy of one member of the state.
 template <typename Member>
 Member now(Member State::*member) {
-    const std::lock_guard<std::mutex> lock(guarding);
+    const locks::Lock lock(guarding);
     return state().*member;
 }
 
 template <typename Member, typename Value>
 void set(Member State::*member, Value value) {
-    const std::lock_guard<std::mutex> lock(guarding);
+    const locks::Lock lock(guarding);
     state().*member = std::move(value);
 }
 
 /// Whether this allocation must fail. Counts the allocations that succeed.
 bool takeFailure(std::size_t size) {
-    const std::lock_guard<std::mutex> lock(guarding);
+    const locks::Lock lock(guarding);
     if (!state().watchingHeap) {
         return false;
     }
@@ -64,7 +65,7 @@ bool takeFailure(std::size_t size) {
 }
 
 void* keep(void* buffer) {
-    const std::lock_guard<std::mutex> lock(guarding);
+    const locks::Lock lock(guarding);
     if (state().watchingHeap) {
         state().held.push_back(buffer);
     }
@@ -74,12 +75,12 @@ void* keep(void* buffer) {
 }  // namespace
 
 void reset() {
-    const std::lock_guard<std::mutex> lock(guarding);
+    const locks::Lock lock(guarding);
     state() = State();
 }
 
 void watchHeap() {
-    const std::lock_guard<std::mutex> lock(guarding);
+    const locks::Lock lock(guarding);
     state().watchingHeap = true;
     state().failing.reset();
     state().sizes.clear();
@@ -97,7 +98,7 @@ void failAllocation(std::size_t number) {
 }
 
 void watchMutex(const pthread_mutex_t& mutex) {
-    const std::lock_guard<std::mutex> lock(guarding);
+    const locks::Lock lock(guarding);
     state().watched = &mutex;
     state().locked = 0;
 }
@@ -154,7 +155,7 @@ void* __wrap_calloc(std::size_t count, std::size_t size) {
 
 void __wrap_free(void* buffer) {
     {
-        const std::lock_guard<std::mutex> lock(seams::guarding);
+        const locks::Lock lock(seams::guarding);
         std::vector<void*>& held = seams::state().held;
         held.erase(std::remove(held.begin(), held.end(), buffer), held.end());
     }
@@ -176,7 +177,7 @@ int __real_frameLmqIOServiceSendStructure(frameLmqIOService* service, frame::Msg
 int __wrap_frameLmqIOServiceSendStructure(frameLmqIOService* service, frame::MsgIds& ids, const frame::MsgMeta& header,
                                           int reserved, const ovxEndianTable* table, const void* record) {
     {
-        const std::lock_guard<std::mutex> lock(seams::guarding);
+        const locks::Lock lock(seams::guarding);
         seams::state().ids.push_back(&ids);
     }
     return __real_frameLmqIOServiceSendStructure(service, ids, header, reserved, table, record);
@@ -210,7 +211,7 @@ void* wrappedLock(void* guard, pthread_mutex_t& mutex) asm("__wrap_" LOCK);
 
 void* wrappedLock(void* guard, pthread_mutex_t& mutex) {
     realLock(guard, mutex);
-    const std::lock_guard<std::mutex> lock(seams::guarding);
+    const locks::Lock lock(seams::guarding);
     seams::state().locked += &mutex == seams::state().watched ? 1 : 0;
     return guard;
 }

@@ -22,7 +22,7 @@ struct BrowserDVBServiceTestAccess {
 
     /// Session and result of the last report.
     static std::pair<unsigned int, int> lastAudioReport(BrowserDVBService& service) {
-        const std::lock_guard<std::mutex> lock(service.audioSourceLock);
+        const locks::Lock lock(service.audioSourceLock);
         return {service.audioSourceFinishedSession, service.audioSourceResult};
     }
     static int pmtServiceId(BrowserDVBService& service) { return service.pmtServiceId; }
@@ -34,12 +34,12 @@ struct BrowserDVBServiceTestAccess {
     static bool hasQueue(BrowserDVBService& service) { return service.sectionDataQueue != nullptr; }
 
     static std::size_t waitingResults(BrowserDVBService& service) {
-        const std::lock_guard<std::mutex> lock(service.handshakeLock);
+        const locks::Lock lock(service.handshakeLock);
         return service.filterResults.size();
     }
     /// "type session pid result" of each confirmation that no wait has taken yet.
     static std::vector<std::string> results(BrowserDVBService& service) {
-        const std::lock_guard<std::mutex> lock(service.handshakeLock);
+        const locks::Lock lock(service.handshakeLock);
         std::vector<std::string> shown;
         for (const auto& entry : service.filterResults) {
             shown.push_back(std::to_string(entry.type) + " " + entry.sessionName + " " + std::to_string(entry.pid) +
@@ -48,11 +48,11 @@ struct BrowserDVBServiceTestAccess {
         return shown;
     }
     static std::vector<dtv::SectionFilterClient*> clients(BrowserDVBService& service) {
-        const boost::unique_lock<boost::mutex> lock(service.registryLock);
+        const locks::Lock lock(service.registryLock);
         return service.clients;
     }
     static std::vector<boost::shared_ptr<FilterParameter>> filters(BrowserDVBService& service) {
-        const boost::unique_lock<boost::mutex> lock(service.registryLock);
+        const locks::Lock lock(service.registryLock);
         return service.filters;
     }
 };

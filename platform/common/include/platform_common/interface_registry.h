@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "frame/process.h"
+#include "locks/lock.h"
 
 namespace platform_common {
 
@@ -28,7 +29,7 @@ public:
 
 private:
     std::mutex mutex;
-    std::vector<boost::shared_ptr<frame::Interface>> interfaces;
+    std::vector<boost::shared_ptr<frame::Interface>> interfaces GUARDED_BY(mutex);
 };
 
 }  // namespace platform_common

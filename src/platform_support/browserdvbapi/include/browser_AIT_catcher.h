@@ -77,12 +77,12 @@ private:
     static void destroyUnlessOccupied(BrowserAITCatcher* catcher);
     lo::browserdvbservice::Occupancy& occupancyHere() const;
     bool createWorker(const pthread_attr_t* attributes);
-    bool store(const std::string& ccid, const std::vector<std::uint8_t>& section);
+    bool store(const std::string& ccid, const std::vector<std::uint8_t>& section) DTV_REQUIRES(stateLock);
 
-    boost::shared_ptr<ChannelInfo> currentChannel;                     // guarded by stateLock
-    std::map<std::string, boost::shared_ptr<AITStorage>> aitStorages;  // guarded by stateLock, contents included
-    std::string currentCCId;                                           // guarded by stateLock
-    std::string requestedCCId;                                         // guarded by stateLock
+    boost::shared_ptr<ChannelInfo> currentChannel DTV_GUARDED_BY(stateLock);
+    std::map<std::string, boost::shared_ptr<AITStorage>> aitStorages DTV_GUARDED_BY(stateLock);  // contents included
+    std::string currentCCId DTV_GUARDED_BY(stateLock);
+    std::string requestedCCId DTV_GUARDED_BY(stateLock);
     pthread_mutex_t mutex;
     std::mutex stateLock;
     const std::shared_ptr<lo::browserdvbservice::Occupancy> occupancy;  // a replay is a worker

@@ -11,6 +11,16 @@
 
 #define DTV_BROWSER_API __attribute__((visibility("default")))
 
+/// The first names the lock of a field, the second a lock that a function's caller holds. Only this project's own build
+/// checks them, with clang; for all others they are empty.
+#ifdef DTV_CHECK_LOCKS
+#define DTV_GUARDED_BY(mutex) __attribute__((guarded_by(mutex)))
+#define DTV_REQUIRES(mutex) __attribute__((requires_capability(mutex)))
+#else
+#define DTV_GUARDED_BY(mutex)
+#define DTV_REQUIRES(mutex)
+#endif
+
 namespace velmora::dtv {
 
 class IDTVUnknown {

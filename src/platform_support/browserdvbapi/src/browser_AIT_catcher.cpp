@@ -9,8 +9,8 @@
 #include "browser_log.h"
 #include "cut_to_16_bits.h"
 #include "dvbaitsection_apis.h"
+#include "locks/posix_lock.h"
 #include "occupancy.h"
-#include "ovx/guard.h"
 #include "ovx/osal_thread.h"
 #include "singleton.h"
 
@@ -99,7 +99,7 @@ int BrowserAITCatcher::updateCurrentChannelInfo(std::uint16_t first, std::uint16
     }
     BLOG_TAGGED(blog::kOrdinary, "Broadcast Channel switch In.\n");
     const boost::shared_ptr<ChannelInfo> reported(new ChannelInfo{first, onId, tsId, sId});
-    const std::lock_guard<std::mutex> lock(stateLock);
+    const locks::Lock lock(stateLock);
     // Compared by identity, on purpose: every report counts as a channel change, even for the same channel.
     if (reported != currentChannel) {
         BLOG_TAGGED(blog::kOrdinary, "Change to Different Channel.\n");
@@ -139,7 +139,7 @@ int BrowserAITCatcher::updateAIT(std::string section) {
     const std::vector<std::uint8_t> bytes(section.begin(), section.end());
     std::string ccid;
     {
-        const std::lock_guard<std::mutex> lock(stateLock);
+        const locks::Lock lock(stateLock);
         ccid = currentCCId;
         if (!store(ccid, bytes)) {
             return 0;
@@ -155,7 +155,7 @@ int BrowserAITCatcher::getCurrentChannelAIT(std::uint16_t onId, std::uint16_t ts
         return 0;
     }
     {
-        const std::lock_guard<std::mutex> lock(stateLock);
+        const locks::Lock lock(stateLock);
         requestedCCId = convertToCCId(onId, tsId, sId);
     }
     BLOG_TAGGED(blog::kOrdinary, "onId:%d,tsId:%d,sId:%d\n", onId, tsId, sId);
@@ -196,7 +196,7 @@ void* BrowserAITCatcher::AITDataHandler(void* catcher) {
     const Occupancy::Stay stay = occupancy->reserved();
     std::string ccid;
     {
-        const std::lock_guard<std::mutex> lock(self->stateLock);
+        const locks::Lock lock(self->stateLock);
         ccid = self->requestedCCId;
     }
     self->getAITDataAsyc(ccid);
@@ -207,7 +207,7 @@ int BrowserAITCatcher::getAITDataAsyc(std::string ccid) {
     boost::shared_ptr<AITStorage> storage;
     int count = 0;
     {
-        const std::lock_guard<std::mutex> lock(stateLock);
+        const locks::Lock lock(stateLock);
         const auto found = aitStorages.find(ccid);
         if (found != aitStorages.end()) {
             storage = found->second;
@@ -223,7 +223,7 @@ int BrowserAITCatcher::getAITDataAsyc(std::string ccid) {
     for (int index = 0; index < count; ++index) {
         std::vector<std::uint8_t> bytes;
         {
-            const std::lock_guard<std::mutex> lock(stateLock);
+            const locks::Lock lock(stateLock);
             bytes = storage->getAITSection(index).data;
         }
         sendAITData(ccid, bytes);
@@ -232,7 +232,7 @@ int BrowserAITCatcher::getAITDataAsyc(std::string ccid) {
 }
 
 void BrowserAITCatcher::sendAITData(std::string ccid, const std::vector<std::uint8_t>& section) {
-    const ltGuard guard(mutex);
+    const locks::PosixLock guard(mutex);
     DvbAITSectionAPI* const api = DvbAITSectionAPI::getInstance();
     if (api == nullptr) {
         BLOG_TAGGED(blog::kFailure, "sendAITData aitAPI is NULL \n");

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "dvb_api_interface.h"
+#include "locks/lock.h"
 
 namespace velmora::dvbservice {
 
@@ -89,8 +90,8 @@ private:
     template <typename Call>
     void forEachListener(Call call);
 
-    Listeners listeners;                    // in order of registration, no pointer twice
-    boost::recursive_mutex listenersMutex;  // guards listeners
+    Listeners listeners GUARDED_BY(listenersMutex);  // in order of registration, no pointer twice
+    boost::recursive_mutex listenersMutex;
 
     // The channel of the AIT sections that follow. Event entry points write and read it without a lock, one value at a
     // time, so a listener may see parts of two triplets.

@@ -17,14 +17,14 @@ std::uint16_t narrow(const std::atomic<std::int32_t>& value) {
 }  // namespace
 
 void BrowserDvbAPI::addListener(std::shared_ptr<dtv::DVBServiceListener> listener) {
-    const boost::recursive_mutex::scoped_lock lock(listenersMutex);
+    const locks::Lock lock(listenersMutex);
     if (std::find(listeners.begin(), listeners.end(), listener) == listeners.end()) {
         listeners.push_back(std::move(listener));
     }
 }
 
 void BrowserDvbAPI::removeListener(std::shared_ptr<dtv::DVBServiceListener> listener) {
-    const boost::recursive_mutex::scoped_lock lock(listenersMutex);
+    const locks::Lock lock(listenersMutex);
     const auto found = std::find(listeners.begin(), listeners.end(), listener);
     if (found != listeners.end()) {
         listeners.erase(found);
@@ -32,7 +32,7 @@ void BrowserDvbAPI::removeListener(std::shared_ptr<dtv::DVBServiceListener> list
 }
 
 BrowserDvbAPI::Listeners BrowserDvbAPI::listenersNow() {
-    const boost::recursive_mutex::scoped_lock lock(listenersMutex);
+    const locks::Lock lock(listenersMutex);
     return listeners;
 }
 

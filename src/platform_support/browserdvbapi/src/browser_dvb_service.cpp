@@ -38,7 +38,7 @@ BrowserDVBService* BrowserDVBService::getInstance() {
     if (BrowserDVBService* const found = published.load(std::memory_order_acquire)) {
         return found;
     }
-    const std::lock_guard<std::mutex> lock(creationLock);
+    const locks::Lock lock(creationLock);
     if (!instance) {
         instance.reset(new BrowserDVBService(occupancyOfInstance()), &destroyUnlessOccupied);
         published.store(instance.get(), std::memory_order_release);

@@ -27,6 +27,7 @@
 #include "adapter.h"
 #include "dvb_section_interface.h"
 #include "filter_parameter.h"
+#include "locks/lock.h"
 #include "occupancy.h"
 #include "snapshot_text.h"
 #include "velmora/msgqueue/ipc_message_queue.h"
@@ -108,14 +109,15 @@ public:
     std::string getCurrentDsd();
 
     // Filter records and the registry of their clients.
-    int saveFilter(boost::shared_ptr<FilterParameter> filter);
-    void removeFilter(boost::shared_ptr<FilterParameter> filter);
+    int saveFilter(boost::shared_ptr<FilterParameter> filter) EXCLUDES(registryLock);
+    void removeFilter(boost::shared_ptr<FilterParameter> filter) EXCLUDES(registryLock);
     /// The first saved record with that name, or an empty pointer.
-    boost::shared_ptr<FilterParameter> findFilterParameterBySessionName(const std::string& sessionName);
-    bool registerClient(dtv::SectionFilterClient* client);
-    bool isRegistered(dtv::SectionFilterClient* client);
+    boost::shared_ptr<FilterParameter> findFilterParameterBySessionName(const std::string& sessionName)
+        EXCLUDES(registryLock);
+    bool registerClient(dtv::SectionFilterClient* client) EXCLUDES(registryLock);
+    bool isRegistered(dtv::SectionFilterClient* client) EXCLUDES(registryLock);
     /// False when the client still owns a filter, or is not registered.
-    bool unRegisterClient(dtv::SectionFilterClient* client);
+    bool unRegisterClient(dtv::SectionFilterClient* client) EXCLUDES(registryLock);
     std::string generateSessionName();
 
     // Filter requests.
@@ -208,15 +210,15 @@ private:
     template <typename Send>
     int sendUnguarded(Send send);
     template <typename Matches>
-    bool waitForResult(const char* function, const std::string& sessionName, Matches matches);
+    bool waitForResult(const char* function, const std::string& sessionName, Matches matches) EXCLUDES(handshakeLock);
     void releaseFilter(const char* function, dtv::SectionFilterClient* client,
                        const boost::shared_ptr<FilterParameter>& filter);
     static void deliverSections(BrowserDVBService* service, Occupancy& occupancy, msgqueue::IPCMessageQueue& queue,
                                 msgqueue::SectionDataIPCMessage& message);
     void deliverSection(const msgqueue::SectionDataIPCMessage& message);
 
-    std::vector<dtv::SectionFilterClient*> clients;           // guarded by registryLock
-    std::vector<boost::shared_ptr<FilterParameter>> filters;  // guarded by registryLock
+    std::vector<dtv::SectionFilterClient*> clients GUARDED_BY(registryLock);
+    std::vector<boost::shared_ptr<FilterParameter>> filters GUARDED_BY(registryLock);
     boost::mutex registryLock;
     std::atomic<msgqueue::IPCMessageQueue*> sectionDataQueue{nullptr};  // set once, never deleted
 
@@ -235,11 +237,11 @@ private:
 
     std::mutex handshakeLock;
     std::condition_variable handshakeCondition;
-    std::deque<_FilterResult> filterResults;  // guarded by handshakeLock
+    std::deque<_FilterResult> filterResults GUARDED_BY(handshakeLock);
 
-    int audioSourceResult = 0;                    // guarded by audioSourceLock, like the next two
-    unsigned int audioSourceSession = 0;          // counts the requests
-    unsigned int audioSourceFinishedSession = 0;  // session of the last report
+    int audioSourceResult GUARDED_BY(audioSourceLock) = 0;
+    unsigned int audioSourceSession GUARDED_BY(audioSourceLock) = 0;          // counts the requests
+    unsigned int audioSourceFinishedSession GUARDED_BY(audioSourceLock) = 0;  // session of the last report
     std::condition_variable audioSourceCondition;
     std::mutex audioSourceLock;
 

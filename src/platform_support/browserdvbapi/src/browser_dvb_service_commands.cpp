@@ -140,13 +140,13 @@ void BrowserDVBService::setAudioSource(unsigned int session, std::string source)
 
 int BrowserDVBService::setAudioSourceSync(const std::string& source) {
     TRACE_SCOPE();
-    std::unique_lock<std::mutex> lock(audioSourceLock);
+    locks::Lock lock(audioSourceLock);
     ++audioSourceSession;
     BLOG_TAGGED(blog::kOrdinary, "set audio source, session %d\n", static_cast<int>(audioSourceSession));
     setAudioSource(audioSourceSession, source);
     // A single wait: the first report ends it, even after a failed send. An overlapping request has already incremented
     // the session, so an answer to the earlier request makes both fail.
-    audioSourceCondition.wait(lock);
+    audioSourceCondition.wait(lock.forWaiting());
     if (audioSourceFinishedSession != audioSourceSession || audioSourceResult != 0) {
         BLOG_TAGGED(blog::kFailure, "set audio source failed, session %d, result %d\n",
                     static_cast<int>(audioSourceFinishedSession), audioSourceResult);

@@ -114,7 +114,7 @@ int BrowserDVBService::onPtsNotify(frame::MsgIds&, const frame::TransportInfo&, 
 int BrowserDVBService::onSetAudioSourceFinished(frame::MsgIds&, const frame::TransportInfo&, unsigned int session,
                                                 int result) {
     BLOG_TAGGED(blog::kOrdinary, "set audio source finished:%d,%d.\n", static_cast<int>(session), result);
-    const std::lock_guard<std::mutex> lock(audioSourceLock);
+    const locks::Lock lock(audioSourceLock);
     audioSourceFinishedSession = session;
     audioSourceResult = result;
     audioSourceCondition.notify_all();

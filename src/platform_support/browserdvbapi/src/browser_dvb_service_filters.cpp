@@ -18,7 +18,7 @@ constexpr const char* kBlogTag = kTagService;
 }  // namespace
 
 int BrowserDVBService::saveFilter(boost::shared_ptr<FilterParameter> filter) {
-    const boost::unique_lock<boost::mutex> lock(registryLock);
+    const locks::Lock lock(registryLock);
     if (std::find(filters.begin(), filters.end(), filter) == filters.end()) {
         filters.push_back(std::move(filter));
     }
@@ -26,7 +26,7 @@ int BrowserDVBService::saveFilter(boost::shared_ptr<FilterParameter> filter) {
 }
 
 void BrowserDVBService::removeFilter(boost::shared_ptr<FilterParameter> filter) {
-    const boost::unique_lock<boost::mutex> lock(registryLock);
+    const locks::Lock lock(registryLock);
     const auto found = std::find(filters.begin(), filters.end(), filter);
     if (found == filters.end()) {
         BLOG_TAGGED(blog::kFailure, "Unable to remove filter: pam: %p client:%p, pid: %d \n",
@@ -38,7 +38,7 @@ void BrowserDVBService::removeFilter(boost::shared_ptr<FilterParameter> filter) 
 }
 
 boost::shared_ptr<FilterParameter> BrowserDVBService::findFilterParameterBySessionName(const std::string& wanted) {
-    const boost::unique_lock<boost::mutex> lock(registryLock);
+    const locks::Lock lock(registryLock);
     const auto found =
         std::find_if(filters.begin(), filters.end(), [&wanted](const auto& filter) { return filter->isNamed(wanted); });
     return found == filters.end() ? boost::shared_ptr<FilterParameter>() : *found;
@@ -46,7 +46,7 @@ boost::shared_ptr<FilterParameter> BrowserDVBService::findFilterParameterBySessi
 
 bool BrowserDVBService::registerClient(dtv::SectionFilterClient* client) {
     TRACE_SCOPE();
-    const boost::unique_lock<boost::mutex> lock(registryLock);
+    const locks::Lock lock(registryLock);
     if (std::find(clients.begin(), clients.end(), client) == clients.end()) {
         clients.push_back(client);
     }
@@ -54,13 +54,13 @@ bool BrowserDVBService::registerClient(dtv::SectionFilterClient* client) {
 }
 
 bool BrowserDVBService::isRegistered(dtv::SectionFilterClient* client) {
-    const boost::unique_lock<boost::mutex> lock(registryLock);
+    const locks::Lock lock(registryLock);
     return std::find(clients.begin(), clients.end(), client) != clients.end();
 }
 
 bool BrowserDVBService::unRegisterClient(dtv::SectionFilterClient* client) {
     TRACE_SCOPE();
-    const boost::unique_lock<boost::mutex> lock(registryLock);
+    const locks::Lock lock(registryLock);
     const bool ownsFilter = std::any_of(filters.begin(), filters.end(),
                                         [client](const auto& filter) { return filter->client() == client; });
     const auto found = std::find(clients.begin(), clients.end(), client);

@@ -124,7 +124,7 @@ int BrowserDVBService::stopPMTRequest(dtv::SectionFilterClient* client, const st
 int BrowserDVBService::onBrowserOpenFilterConf(frame::MsgIds&, const frame::TransportInfo&, unsigned int pid,
                                                const std::string& session, short result) {
     TRACE_SCOPE();
-    const std::lock_guard<std::mutex> lock(handshakeLock);
+    const locks::Lock lock(handshakeLock);
     filterResults.push_back({kOpenConfirmation, session, pid, result});
     BLOG_TAGGED(blog::kOrdinary, "Filter Open Result :  %s, %d, size:%d\n", session.c_str(), result,
                 static_cast<int>(filterResults.size()));
@@ -135,7 +135,7 @@ int BrowserDVBService::onBrowserOpenFilterConf(frame::MsgIds&, const frame::Tran
 int BrowserDVBService::onBrowserOCloseFilterConf(frame::MsgIds&, const frame::TransportInfo&,
                                                  const std::string& session, short result) {
     TRACE_SCOPE();
-    const std::lock_guard<std::mutex> lock(handshakeLock);
+    const locks::Lock lock(handshakeLock);
     filterResults.push_back({kCloseConfirmation, session, kNoPid, result});
     BLOG_TAGGED(blog::kOrdinary, "Filter Close Result :  %s, %d, size:%d\n", session.c_str(), result,
                 static_cast<int>(filterResults.size()));
@@ -176,7 +176,7 @@ int BrowserDVBService::onFilterClosed(frame::MsgIds&, const frame::TransportInfo
 template <typename Matches>
 bool BrowserDVBService::waitForResult(const char* function, const std::string& session, Matches matches) {
     double (*const clock)() = handshakeClock.load();
-    std::unique_lock<std::mutex> lock(handshakeLock);
+    locks::Lock lock(handshakeLock);
     const double begin = clock();
     while (true) {
         for (auto entry = filterResults.begin(); entry != filterResults.end(); ++entry) {
@@ -190,7 +190,7 @@ bool BrowserDVBService::waitForResult(const char* function, const std::string& s
         if (clock() - begin > kLongestWaitSeconds) {
             break;
         }
-        handshakeCondition.wait_until(lock, std::chrono::system_clock::now() + kLongestSleep);
+        handshakeCondition.wait_until(lock.forWaiting(), std::chrono::system_clock::now() + kLongestSleep);
     }
     BLOG_TAGGED_AS(blog::kFailure, function, "Wait response timeout for %s,  assume failed.\n", session.c_str());
     return false;

@@ -10,7 +10,7 @@
 
 #include "browser_dvb_service.h"
 #include "browser_log.h"
-#include "ovx/guard.h"
+#include "locks/posix_lock.h"
 #include "ovx/osal_thread.h"
 #include "trace_scope.h"
 
@@ -67,7 +67,7 @@ bool BrowserDVBService::createIPCChannelForSectionData() {
         return true;
     }
     {
-        const ltGuard guard(startLock);
+        const locks::PosixLock guard(startLock);
         if (sectionDataQueue.load(std::memory_order_acquire) != nullptr) {
             return true;
         }
@@ -95,7 +95,7 @@ void* BrowserDVBService::thread_proc_section_data(void* arg) {
     std::shared_ptr<Occupancy> occupancy;
     IPCMessageQueue* queue = nullptr;
     {
-        const ltGuard guard(startLock);
+        const locks::PosixLock guard(startLock);
         if (service == nullptr) {
             BLOG_TAGGED(blog::kFailure, "Invalid Thread data.\n");
             pthread_cond_signal(&startCondition);
