@@ -41,6 +41,7 @@ read -r -a emulator <<<"${DTV_EMULATOR:-}" # command that runs programs of anoth
 folder=$(mktemp -d)
 export DTV_RUN_DIR=$folder
 service=
+# shellcheck disable=SC2317 # the trap calls it
 cleanup() {
     if [ -n "$service" ]; then
         kill "$service" 2>/dev/null || true

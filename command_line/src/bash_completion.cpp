@@ -138,7 +138,8 @@ std::string verbBranches(const Program& program) {
         std::size_t count = 0;
         std::string before;
         for (const std::string& word : wordsOf(*verb)) {
-            std::vector<std::string>& known = next[std::to_string(count++) + " " + before];
+            const std::string start = std::to_string(count++) + " " + before;
+            std::vector<std::string>& known = next[start];
             if (std::find(known.begin(), known.end(), word) == known.end()) {
                 known.push_back(word);
             }

@@ -33,7 +33,7 @@ Update SubTable::file(si::Bytes section) {
 }
 
 bool SubTable::isWhole(si::Bytes latest) const {
-    return sections_.size() == std::size_t{1} + si::lastSectionNumber(latest);
+    return sections_.size() == si::lastSectionNumber(latest) + std::size_t{1};
 }
 
 bool isCurrent(si::Bytes section, std::uint8_t tableId) {

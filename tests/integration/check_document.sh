@@ -33,6 +33,7 @@ mapfile -t sources < <(find "${library[@]}" \( -name '*.h' -o -name '*.cpp' -o -
 used=$(comm -12 <(declared "${headers[@]}") <(code "${sources[@]}" | words) | comm -23 - <(none_of_the_contract))
 named=$({
     sed -n '/^    /p' "$document"
+    # shellcheck disable=SC2016 # backquotes of the document
     sed '/^    /d' "$document" | grep -oE '`[^`]+`'
 } | words)
 

@@ -25,11 +25,11 @@ check() {
     [ -z "$(groff -ww -z -man -Tutf8 "$page" 2>&1)" ] || complain "$page: $(groff -ww -z -man -Tutf8 "$page" 2>&1)"
     groff -man -Tascii -P-c -P-b -P-u "$page" >"$folder/page"
     bash -n "$build/share/bash-completion/completions/$name" || complain "the completion of $name is no script"
-    for option in $(grep -oE '^  --[a-z-]+' "$folder/help"); do
+    while read -r option; do
         grep -qE -- "^ +$option\b" "$folder/page" || complain "$page lacks $option"
         grep -qF -- "'$option'" "$build/share/bash-completion/completions/$name" ||
             complain "the completion of $name lacks $option"
-    done
+    done < <(grep -oE '^  --[a-z-]+' "$folder/help")
 }
 
 pages=("$build"/share/man/man1/*.1)

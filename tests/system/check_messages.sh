@@ -34,9 +34,9 @@ check_interface() {
 # check_fields ENTRY: the names of the fields and the generated document.
 check_fields() {
     local field
-    for field in $(grep -oE '\([A-Za-z0-9_]+, [A-Za-z0-9_]+\)' <<<"$1" | sed -E 's/.*, (.*)\)/\1/'); do
+    while read -r field; do
         has "^FIELD\($name, $field," "$names" || missing "no FIELD($name, $field, …) in $names"
-    done
+    done < <(grep -oE '\([A-Za-z0-9_]+, [A-Za-z0-9_]+\)' <<<"$1" | sed -E 's/.*, (.*)\)/\1/')
     has "^### $name\$" docs/messages.md ||
         missing "no section in docs/messages.md; rewrite it: cmake --build build/host --target documents"
 }
@@ -44,11 +44,11 @@ check_fields() {
 # The browser's operations for the message, and dvbshell's row or event for each.
 check_operations() {
     local operation found=0
-    for operation in $(sed -nE "s/^(CALL|CALLED)\(([A-Za-z]+), $name,.*/\2/p" "$operations"); do
+    while read -r operation; do
         found=1
         grep -q "\"$operation\"" tools/dvbshell/operation_table.cpp tools/dvbshell/events.cpp ||
             missing "neither tools/dvbshell/operation_table.cpp nor tools/dvbshell/events.cpp has its $operation"
-    done
+    done < <(sed -nE "s/^(CALL|CALLED)\(([A-Za-z]+), $name,.*/\2/p" "$operations")
     [ "$found" = 1 ] || has "^UNSEEN\($name," "$operations" ||
         missing "no operation of the browser's, and no UNSEEN($name, …), in $operations"
 }

@@ -55,6 +55,7 @@ tests() {
             # Only hanging tests get a short limit, so that the others pass on a busy machine too.
             [ -z "$hangs" ] || echo "set_tests_properties($name PROPERTIES TIMEOUT 10)"
         done < <(printf '%s\n' "$@")
+        # shellcheck disable=SC2016 # a variable of CMake
         echo 'add_test(NAME Elsewhere COMMAND ${CMAKE_COMMAND} -E true)'
         echo 'set_tests_properties(Elsewhere PROPERTIES LABELS elsewhere)'
     } >"$project/CMakeLists.txt"
@@ -67,6 +68,7 @@ expect() {
     shift 3
     "$project/run" test "$@" >"$folder/out" 2>&1 </dev/null || given=$?
     [ "$given" -eq "$code" ] || complain "$what: exit code $given instead of $code"
+    # shellcheck disable=SC2053 # the line may be a pattern
     [[ "$(tail -n 1 "$folder/out")" == $line ]] || complain "$what: another last line than \"$line\""
 }
 
