@@ -44,7 +44,9 @@ expect 2 "run: unknown preset frobnicate" test --preset=frobnicate
 expect 2 "run: build takes --preset NAME" build frobnicate
 expect 2 "run: build takes --preset NAME" build --preset
 expect 2 "run: unknown preset frobnicate" build --preset frobnicate
-for verb in help package format lint accept-abi clean; do
+expect 2 "run: lint takes --all" lint extra
+expect 2 "run: lint takes --all" lint --all extra
+for verb in help package format accept-abi clean; do
     expect 2 "run: $verb takes no argument: extra" "$verb" extra
 done
 (cd / && "$copy/run") >"$folder/out" || broken=1

@@ -10,7 +10,7 @@ usage: ./run demo [FILE.ts] [--service ONID:TSID:SID]...
        ./run build [--preset NAME]                   build everything
        ./run package                                 make the desktop kit's Debian package
        ./run format                                  check the layout of all sources (clang-format)
-       ./run lint                                    check all sources with clang-tidy
+       ./run lint [--all]                            check what changed with clang-tidy, cppcheck and shellcheck
        ./run accept-abi                              take the binary interface as it is now for the accepted one
        ./run bare-check [--quick] [--dir FOLDER]     try the README's commands in bare Debian systems (needs root)
        ./run clean                                   remove all build folders
@@ -55,8 +55,12 @@ Checks the layout of all C++ sources with clang-format and changes nothing.
 TEXT
         ;;
     lint) cat <<TEXT
-usage: ./run lint
-Checks all C++ sources with clang-tidy. This takes many minutes.
+usage: ./run lint [--all]
+Checks the C++ sources that changed with clang-tidy, the whole program with cppcheck, and all scripts with shellcheck.
+"Changed" are the files that are not committed and those of the commits since the branch left main (origin/main, else
+main). For a header it checks its own source and up to $most_includers others that include it. On main itself it checks
+the $most_on_main sources that changed last.
+  --all   clang-tidy checks all sources, which takes an hour
 TEXT
         ;;
     accept-abi) cat <<TEXT

@@ -33,7 +33,13 @@ tv_arm_packages=(
     qemu-user               # runs what it builds
     googletest              # the test framework's sources
 )
-lint_packages=(clang clang-format clang-tidy)
+lint_packages=(
+    clang        # what clang-tidy reads the sources as
+    clang-format # layout
+    clang-tidy   # static checks of the sources
+    cppcheck     # other static checks, over the whole program
+    shellcheck   # static checks of the scripts
+)
 # All that the commands of the README's beginning need.
 first_packages=("${build_packages[@]}" "${test_packages[@]}")
 
