@@ -55,7 +55,7 @@ public:
 private:
     /// Approximate bytes of a value that waits.
     static std::size_t sizeOf(const std::string& text) {
-        return sizeof text + text.size();
+        return sizeof(std::string) + text.size();
     }
     static std::size_t sizeOf(const lo::browserdvbservice::OpenFilterMatchMask_t& filter) {
         return sizeof filter + filter.mask.size() + filter.maskBits.size();
