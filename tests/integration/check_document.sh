@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$1"
 document=docs/integrating.md
-library=(platform/idiom frame-genrpc browser src/platform_support/browserdvbapi)
+library=(platform/idiom locks frame-genrpc browser src/platform_support/browserdvbapi)
 
 # Prints sources without comments, string literals and preprocessor lines.
 code() { cat "$@" | sed -E 's://.*$::; s:"[^"]*"::g; /^ *#/d'; }

@@ -58,8 +58,8 @@ TEXT
 usage: ./run lint [--all]
 Checks the C++ sources that changed with clang-tidy, the whole program with cppcheck, and all scripts with shellcheck.
 "Changed" are the files that are not committed and those of the commits since the branch left main (origin/main, else
-main). For a header it checks its own source and up to $most_includers others that include it. On main itself it checks
-the $most_on_main sources that changed last.
+main); on main itself, instead of the latter, the $most_on_main sources that changed last. For a header it checks its
+own source and up to $most_includers others that include it.
   --all   clang-tidy checks all sources, which takes an hour
 TEXT
         ;;

@@ -46,21 +46,26 @@ sources_of() {
     esac
 }
 
-# Prints the sources that clang-tidy checks, each once.
-changed_sources() {
-    local base file most=100000
-    base=$(branch_point)
-    [ -n "$base" ] || most=$most_on_main
-    {
-        uncommitted_files
-        if [ -n "$base" ]; then
-            git diff --name-only "$base" HEAD
-        else
-            git log --format= --name-only --max-count=20
-        fi
-    } | while IFS= read -r file; do
+# Prints the sources to check for the files in standard input, each once.
+sources_of_files() {
+    local file
+    while IFS= read -r file; do
         [ ! -f "$file" ] || sources_of "$file"
-    done | built_sources | awk -v most="$most" '!seen[$0]++ && ++count <= most'
+    done | built_sources | awk '!seen[$0]++'
+}
+
+# Prints the sources that clang-tidy checks.
+changed_sources() {
+    local base
+    base=$(branch_point)
+    if [ -n "$base" ]; then
+        { uncommitted_files && git diff --name-only "$base" HEAD; } | sources_of_files
+    else
+        {
+            uncommitted_files | sources_of_files
+            git log --format= --name-only --max-count=20 | sources_of_files | awk "NR <= $most_on_main"
+        } | awk '!seen[$0]++'
+    fi
 }
 
 # Passes on those that the build knows.
