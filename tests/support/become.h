@@ -29,6 +29,7 @@ enum class Runner { emulator, machine };
         arguments.insert(arguments.begin(), emulator.begin(), emulator.end());
     }
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) {
         pointers.push_back(argument.data());
     }

@@ -37,7 +37,7 @@ protected:
         return made.back();
     }
     Listener added() {
-        const Listener listener = make();
+        Listener listener = make();
         api->addListener(listener);
         return listener;
     }
