@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "connection.h"
+#include "descriptors.h"
 #include "host_log.h"
 #include "run_directory.h"
 #include "settings.h"
@@ -39,7 +40,7 @@ bool fillAddress(const std::string& path, sockaddr_un& address) {
 }
 
 int newSocket() {
-    return ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    return aboveStandard(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
 }
 
 void widenSendBuffer(int descriptor) {
@@ -84,7 +85,7 @@ int ServiceEndpoint::open(const std::string& serviceName) {
     // The lock, not the socket file, shows that a service runs: the system releases it when the process ends, even by a
     // crash.
     const std::string lockPath = pathOf(serviceName, ".lock");
-    lockFile = ::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    lockFile = aboveStandard(::open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     if (lockFile < 0 || flock(lockFile, LOCK_EX | LOCK_NB) != 0) {
         const int error = errno;
         BLOG_TAGGED(blog::kFailure, "cannot take %s: %s\n", lockPath.c_str(),
@@ -120,7 +121,7 @@ void ServiceEndpoint::close() {
 }
 
 int ServiceEndpoint::accept(std::string& problem) {
-    const int descriptor = accept4(listening, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    const int descriptor = aboveStandard(accept4(listening, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (descriptor < 0) {
         const bool hasGone = errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR || errno == ECONNABORTED;
         problem = hasGone ? "" : std::strerror(errno);

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <system_error>
 
+#include "descriptors.h"
 #include "envelope.h"
 #include "host_log.h"
 #include "platform_common/io_backend.h"
@@ -57,7 +58,7 @@ void offerToServices(const NamedQueue& queue) {
 }
 
 IOService::IOService(frame::AbstractMarshallingImpl& newOwner)
-    : owner(newOwner), wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+    : owner(newOwner), wakeUp(aboveStandard(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {}
 
 IOService::~IOService() {
     if (wakeUp >= 0) {

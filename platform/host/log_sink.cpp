@@ -13,6 +13,7 @@
 #include <cstring>
 #include <ctime>
 
+#include "descriptors.h"
 #include "settings.h"
 
 namespace host {
@@ -25,7 +26,8 @@ int openLogFile() {
         return STDERR_FILENO;
     }
     // Without waiting for somebody to read a FIFO.
-    const int descriptor = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600);
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    const int descriptor = aboveStandard(open(file.c_str(), kFlags, 0600));
     if (descriptor < 0) {
         LogSink(STDERR_FILENO, true)
             .write("DTV_LOG_FILE: cannot open " + file + ": " + std::strerror(errno) + "; standard error is used\n");
@@ -107,7 +109,7 @@ private:
     bool isPipe() const { return S_ISFIFO(identity.st_mode); }
     static int openedAgain(int descriptor) {
         const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
-        return open(path.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+        return aboveStandard(open(path.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     }
 
     const struct stat identity;
@@ -123,11 +125,24 @@ LogSink& LogSink::instance() {
     return *sink;
 }
 
-LogSink::LogSink(int newDescriptor, bool newMayChange) : descriptor(newDescriptor), mayChange(newMayChange) {}
+LogSink::LogSink(int newDescriptor, bool newMayChange)
+    : descriptor(newDescriptor), mayChange(newMayChange), process(getpid()) {}
 
-/// Null if the descriptor is closed.
+/// In a forked process, a thread that exists only in its parent may hold the lock for ever.
+bool LogSink::isLockFree() {
+    const bool isFree = mutex.try_lock();
+    if (isFree) {
+        mutex.unlock();
+    }
+    return isFree;
+}
+
+/// Null if the line has nowhere to go, because the descriptor is closed.
 std::shared_ptr<const LogSink::Target> LogSink::currentTarget() {
     struct stat found {};
+    if (getpid() != process && !isLockFree()) {
+        return nullptr;
+    }
     const locks::Lock lock(mutex);
     if (target && !mayChange) {
         return target;

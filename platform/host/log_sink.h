@@ -7,6 +7,8 @@
 // Fails:   a file that cannot be opened is told on standard error, which is then used.
 #pragma once
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -34,11 +36,13 @@ public:
 private:
     class Target;
 
+    bool isLockFree();
     std::shared_ptr<const Target> currentTarget();
     static bool tryToWrite(const Target& to, const std::string& line, bool& isTorn);
 
     const int descriptor;
     const bool mayChange;
+    const pid_t process;
     std::mutex mutex;
     std::shared_ptr<const Target> target GUARDED_BY(mutex);
     std::atomic<std::uint64_t> lost{0};  // lines, since the last one that went through

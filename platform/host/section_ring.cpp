@@ -5,6 +5,7 @@
 #include <linux/futex.h>
 #include <linux/magic.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/vfs.h>
@@ -14,6 +15,8 @@
 #include <cerrno>
 #include <cstring>
 #include <new>
+
+#include "descriptors.h"
 
 namespace host {
 
@@ -77,6 +80,12 @@ bool isSafe(int descriptor, std::string& error) {
     return error.empty();
 }
 
+/// Growing a file above this limit would end the process by a signal.
+bool mayHaveFilesOf(std::size_t size) {
+    rlimit limit{};
+    return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur >= size;
+}
+
 void* map(int descriptor, std::size_t size) {
     void* const mapping = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
     return mapping == MAP_FAILED ? nullptr : mapping;
@@ -95,7 +104,12 @@ std::shared_ptr<SectionRing> SectionRing::create(std::size_t messageSize, std::s
         return nullptr;
     }
     const std::size_t size = sizeOf(messageSize, slots);
-    const int memory = memfd_create("section queue", MFD_CLOEXEC | MFD_ALLOW_SEALING);
+    if (!mayHaveFilesOf(size)) {
+        errno = EFBIG;
+        error = because("no memory to share");
+        return nullptr;
+    }
+    const int memory = aboveStandard(memfd_create("section queue", MFD_CLOEXEC | MFD_ALLOW_SEALING));
     if (memory < 0) {
         error = because("no memory to share");
         return nullptr;

@@ -1,0 +1,110 @@
+// What surrounds the platform in its process: standard descriptors that are closed, forked children.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <thread>
+
+#include "eventually.h"
+#include "frame/process.h"
+#include "in_a_child.h"
+#include "members.h"
+#include "ovx/log.h"
+#include "own_log.h"
+#include "platform/host/log_sink.h"
+#include "velmora/msgqueue/ipc_message_queue.h"
+
+namespace {
+
+/// The lowest number of an open descriptor.
+int lowestOpen() {
+    int number = 0;
+    while (fcntl(number, F_GETFD) < 0) {
+        ++number;
+    }
+    return number;
+}
+
+}  // namespace
+
+TEST(TheHostPlatform, TakesNoNumberOfAStandardDescriptor) {
+    enum Finding { allRight, noConnection, noQueue, takesOne };
+    EXPECT_EQ(
+        inAChild([] {
+            for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+                close(standard);
+            }
+            BLOG_WRITE(blog::kAlways, "%s", "opens the log");
+            toy::Member service(frame::CouplingModeService);
+            toy::Member client(frame::CouplingModeClient);
+            if (service.start() != 0 || client.start() != 0 || !eventually([&] { return service.connected == 1; })) {
+                return noConnection;
+            }
+            const std::unique_ptr<velmora::msgqueue::IPCMessageQueue> queue(
+                velmora::msgqueue::IPCMessageQueue::create("queue", 100, 8));
+            if (queue == nullptr) {
+                return noQueue;
+            }
+            return lowestOpen() > STDERR_FILENO ? allRight : takesOne;
+        }),
+        allRight);
+}
+
+TEST(TheHostPlatform, KeepsItsServiceWhereAForkedChildExits) {
+    frame::Process process = frame::Process::getInstance();
+    ASSERT_EQ(process.startAppMembersSync([] {
+        auto** const members =
+            static_cast<frame::AbstractApplication**>(std::calloc(2, sizeof(frame::AbstractApplication*)));
+        members[0] = new toy::Member(frame::CouplingModeService);
+        return members;
+    }),
+              0);
+    toy::Member client(frame::CouplingModeClient);
+    ASSERT_EQ(client.start(), 0);
+    EXPECT_EQ(inAChild([]() -> int { std::exit(0); }), 0);
+    EXPECT_EQ(access((kOwnRunDirectory + "/toy.sock").c_str(), F_OK), 0);
+    EXPECT_EQ(client.send(1), 0);
+    toy::Member later(frame::CouplingModeClient);
+    ASSERT_EQ(later.start(), 0);
+    EXPECT_TRUE(eventually([&] { return later.connected == 1; }));
+    process.stopAppMembers();
+}
+
+/// A child has the locks as they are when it is forked, and not the threads that hold them.
+TEST(TheHostPlatform, WritesNoLineRatherThanWaitInAForkedChild) {
+    int first[2];
+    int second[2];
+    ASSERT_EQ(pipe2(first, O_CLOEXEC), 0);
+    ASSERT_EQ(pipe2(second, O_CLOEXEC), 0);
+    const int descriptor = dup(first[1]);
+    host::LogSink sink(descriptor, true);
+    std::atomic<bool> isOver{false};
+    // Each line goes to another target than the one before, so the lock is taken most of the time.
+    std::thread writer([&] {
+        while (!isOver) {
+            dup2(first[1], descriptor);
+            sink.write("x\n");
+            dup2(second[1], descriptor);
+            sink.write("x\n");
+        }
+    });
+    constexpr int kChildren = 50;
+    for (int count = 0; count < kChildren; ++count) {
+        const pid_t child = fork();
+        if (child == 0) {
+            sink.write("of a child\n");
+            _exit(0);
+        }
+        const bool hasEnded = eventually([child] { return waitpid(child, nullptr, WNOHANG) == child; });
+        EXPECT_TRUE(hasEnded);
+        if (!hasEnded) {
+            kill(child, SIGKILL);
+            waitpid(child, nullptr, 0);
+            break;
+        }
+    }
+    isOver = true;
+    writer.join();
+}
