@@ -175,10 +175,7 @@ std::vector<OpenedFile> openFiles(const std::vector<dtvservice::InputName>& inpu
     return files;
 }
 
-void say(const std::string& line) {
-    std::printf("%s\n", line.c_str());
-    std::fflush(stdout);
-}
+using command_line::say;
 
 /// How to reach this service. Programs of the same user find it without a setting unless it has one itself.
 void sayHowToConnect() {

@@ -3,23 +3,12 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
 #include <cerrno>
-#include <functional>
+
+#include "in_a_child.h"
 
 namespace {
-
-/// Runs the check in a process of its own, and returns its exit code.
-int inAChild(const std::function<int()>& check) {
-    const pid_t child = fork();
-    if (child == 0) {
-        _exit(check());
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 bool failsWithBadDescriptor(ssize_t result) {
     return result < 0 && errno == EBADF;
