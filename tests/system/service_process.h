@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <sstream>
 #include <string>
@@ -39,8 +40,9 @@ inline std::string jsonLines(const std::string& output) {
 /// the schema says.
 class ChildProcess {
 public:
+    /// `prepare` runs in the new process before the program.
     ChildProcess(const std::string& program, std::vector<std::string> arguments, const std::string& name,
-                 Runner runner = Runner::emulator)
+                 Runner runner = Runner::emulator, const std::function<void()>& prepare = {})
         : outputPath(OwnRunDirectory::instance().path() + "/" + name + ".out"),
           logPath(OwnRunDirectory::instance().path() + "/" + name + ".log"),
           writesJson((program.find("dvbshell") != std::string::npos || program.find("dtvctl") != std::string::npos) &&
@@ -54,6 +56,9 @@ public:
             const int output = open(outputPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
             dup2(output, STDOUT_FILENO);
             dup2(output, STDERR_FILENO);
+            if (prepare) {
+                prepare();
+            }
             become(program, std::move(arguments), runner);
         }
     }
