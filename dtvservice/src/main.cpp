@@ -1,9 +1,12 @@
 // dtvserviced: the reference DTV service. Plays transport streams from files and live inputs, and answers browsers.
 #include <signal.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <list>
+#include <new>
+#include <string_view>
 #include <thread>
 
 #include "bit_rate.h"
@@ -242,10 +245,20 @@ int serve(const Options& options) {
     return 0;
 }
 
+/// Without memory the service cannot keep its state right. It ends at once; its browsers connect to the next one.
+[[noreturn]] void endWithoutMemory() {
+    constexpr std::string_view kLine = "dtvserviced: no memory is left\n";
+    if (command_line::hasRoom(STDERR_FILENO)) {
+        [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, kLine.data(), kLine.size());
+    }
+    _exit(1);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     command_line::keepStandardDescriptors();
+    std::set_new_handler(&endWithoutMemory);
     command_line::checkOutputAtExit("dtvserviced");
     const Options options = parseOptions(argc, argv);
     try {

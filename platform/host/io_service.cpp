@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <system_error>
 
 #include "descriptors.h"
@@ -108,6 +109,12 @@ int IOService::start() {
         return -EALREADY;
     }
     stopping = false;
+    try {
+        receiveBuffer.resize(kLargestPacket);
+    } catch (const std::bad_alloc&) {
+        BLOG_TAGGED(blog::kFailure, "%s\n", "no memory to receive packets");
+        return -ENOMEM;
+    }
     if (isService()) {
         const int result = endpoint.open(owner.serviceName());
         if (result < 0) {

@@ -40,6 +40,8 @@ public:
     void offer(const NamedQueue& queue) EXCLUDES(mutex);
 
 private:
+    static constexpr std::size_t kLargestPacket = 1U << 20U;
+
     struct Handler {
         frameLmqMessageHandler function;
         void* context;
@@ -74,7 +76,7 @@ private:
     Connections connections GUARDED_BY(mutex);
     Connections untold GUARDED_BY(mutex);  // connected, but the member does not know yet
 
-    std::vector<std::uint8_t> receiveBuffer;  // transport thread
+    std::vector<std::uint8_t> receiveBuffer;  // start(), then the transport thread
     bool failureTold = false;                 // transport thread
     std::string problem;                      // of connecting or accepting, told; start(), then the transport thread
     bool isAcceptPaused = false;              // transport thread

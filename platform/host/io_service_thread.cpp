@@ -22,7 +22,6 @@ namespace {
 /// wait.
 constexpr int kRetryMilliseconds = 100;
 constexpr int kForever = -1;
-constexpr std::size_t kLargestPacket = 1U << 20U;
 /// Most packets read from one connection before the next connection is served: many while it is the only one that has
 /// packets, and few while others wait for their turn.
 constexpr int kPacketsInARow = 64;
@@ -62,7 +61,6 @@ std::uint32_t nextPeerNumber() {
 }  // namespace
 
 void IOService::run() {
-    receiveBuffer.resize(kLargestPacket);
     if (!isService() && connectionsNow().empty()) {
         failureTold = true;
         owner.onIOConnectionConnectionFailed({});

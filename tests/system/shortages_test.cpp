@@ -7,6 +7,8 @@
 #include <list>
 
 #include "library_browser.h"
+#include "message_transfer.h"
+#include "velmora/msgqueue/ipc_message_queue.h"
 
 namespace {
 
@@ -35,6 +37,17 @@ public:
     bool isReady() const { return output().find("\nready") != std::string::npos; }
     bool hasEnded() const { return faults::stateOf(pid()).letter == 'Z'; }
 };
+
+/// Enough for what a heap grows by.
+constexpr rlim_t kLessThanAQueue = 400000;
+
+/// In bytes.
+rlim_t addressSpaceOf(pid_t process) {
+    std::istringstream pages(fileText("/proc/" + std::to_string(process) + "/statm"));
+    rlim_t count = 0;
+    pages >> count;
+    return count * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
+}
 
 enum class Outcome { serves, saysWhyNot, fails };
 
@@ -130,8 +143,7 @@ TEST_F(AShortage, OfAddressSpaceFailsABrowsersFirstFilterAtOnce) {
     const ServiceProcess service;
     ASSERT_TRUE(connects());
     faults::CountingFilter& filter = newFilter();
-    // What the heap holds already is enough for all but the queue.
-    const rlimit before = limit(getpid(), RLIMIT_AS, 1);
+    const rlimit before = limit(getpid(), RLIMIT_AS, addressSpaceOf(getpid()) + kLessThanAQueue);
     const bool opened = opens(filter, "without");
     limit(getpid(), RLIMIT_AS, before.rlim_cur);
     EXPECT_FALSE(opened);
@@ -161,6 +173,8 @@ TEST_F(AShortage, OfDescriptorsLetsBrowsersAndOperatorsOfAServiceWait) {
     const QuietService service;
     ASSERT_TRUE(eventually([&] { return service.isReady(); }));
     ASSERT_TRUE(connects());
+    ASSERT_TRUE(eventually([&] { return service.log().find("browser 1 connected") != std::string::npos; }))
+        << "the log is open";
     std::list<faults::RawBrowser> browsers;
     std::list<faults::RawOperator> operators;
     const rlimit before = limit(service.pid(), RLIMIT_NOFILE, faults::descriptorsOf(service.pid()) + 2);
@@ -172,7 +186,8 @@ TEST_F(AShortage, OfDescriptorsLetsBrowsersAndOperatorsOfAServiceWait) {
     ASSERT_TRUE(eventually([&] {
         return timesIn(service.log(), "clients must wait: Too many open files") == 1 &&
                timesIn(service.log(), "operators must wait: Too many open files") == 1;
-    })) << service.log();
+    })) << service.log()
+        << service.output();
     EXPECT_TRUE(isIdle(service.pid()));
     EXPECT_TRUE(isConnected()) << "who is connected already is served";
     EXPECT_LE(linesOf(service.log()), 10U) << service.log();
@@ -269,14 +284,44 @@ TEST_F(AShortage, OfAddressSpaceRefusesABrowsersQueueWithTheReason) {
     const ServiceProcess service;
     ASSERT_TRUE(connects());
     ASSERT_TRUE(tunesTo(28106));
-    faults::CountingFilter& filter = newFilter();
-    const rlimit before = limit(service.pid(), RLIMIT_AS, 1);
-    const bool opened = opens(filter, "without");
+    constexpr rlim_t kForTheHeap = rlim_t{4} << 20U;
+    const rlimit before = limit(service.pid(), RLIMIT_AS, addressSpaceOf(service.pid()) + kForTheHeap);
+    using velmora::msgqueue::IPCMessageQueue;
+    const std::unique_ptr<IPCMessageQueue> large(IPCMessageQueue::create("large", 16384, 1024));
+    ASSERT_NE(large, nullptr);
+    EXPECT_TRUE(eventually([&] {
+        return timesIn(service.log(), "queue large: its memory cannot be mapped: Cannot allocate memory; dropped") == 1;
+    })) << service.log();
     EXPECT_TRUE(isConnected());
     EXPECT_EQ(statusForTheOperator().find("dtvctl: "), std::string::npos);
-    limit(service.pid(), RLIMIT_AS, before.rlim_cur);
-    EXPECT_FALSE(opened);
-    EXPECT_EQ(timesIn(service.log(), "its memory cannot be mapped: Cannot allocate memory"), 1U) << service.log();
+    EXPECT_TRUE(tunesTo(28107));
     EXPECT_LT(linesOf(service.log()), 40U);
+    limit(service.pid(), RLIMIT_AS, before.rlim_cur);
+}
+
+TEST_F(AShortage, OfMemoryEndsAServiceAtOnceWithALine) {
+    if (faults::kIsSanitized || faults::isEmulated()) {
+        GTEST_SKIP() << "the sanitizers and the emulator need address space of their own";
+    }
+    {
+        ServiceProcess service;
+        ASSERT_TRUE(connects());
+        ASSERT_TRUE(tunesTo(28106));
+        limit(service.pid(), RLIMIT_DATA, 1);
+        faults::RawBrowser peer;
+        const frame::MsgMeta header = lo::browserdvbservice::messages::CmdSendPMTCache::header();
+        const std::string request =
+            faults::packet("DTV1", header.interfaceId, header.messageId, header.direction, {'\0'});
+        // The events that it does not read are kept for it.
+        EXPECT_TRUE(eventually([&] {
+            while (peer.send(request)) {
+            }
+            return peer.hasGone;
+        }));
+        EXPECT_EQ(service.wait(), 1);
+        EXPECT_THAT(service.output(), testing::EndsWith("\ndtvserviced: no memory is left\n"));
+    }
+    const ServiceProcess service;
+    ASSERT_TRUE(connects());
     EXPECT_TRUE(tunesTo(28107));
 }

@@ -1,6 +1,7 @@
 // What surrounds the platform in its process: standard descriptors that are closed, forked children.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -70,6 +71,28 @@ TEST(TheHostPlatform, KeepsItsServiceWhereAForkedChildExits) {
     ASSERT_EQ(later.start(), 0);
     EXPECT_TRUE(eventually([&] { return later.connected == 1; }));
     process.stopAppMembers();
+}
+
+TEST(TheHostPlatform, DoesNotStartAMemberWithoutMemory) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizers need address space of their own";
+#endif
+    if (!std::vector<std::string> EMULATOR.empty()) {
+        GTEST_SKIP() << "the emulator needs address space of its own";
+    }
+    EXPECT_EQ(inAChild([] {
+                  BLOG_WRITE(blog::kAlways, "%s", "opens the log");
+                  toy::Member client(frame::CouplingModeClient);
+                  std::ifstream pages("/proc/self/statm");
+                  rlim_t used = 0;
+                  pages >> used;
+                  constexpr rlim_t kLittle = 100000;
+                  const rlimit little{used * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + kLittle, RLIM_INFINITY};
+                  setrlimit(RLIMIT_AS, &little);
+                  return client.start() == -ENOMEM ? 0 : 1;
+              }),
+              0);
+    EXPECT_NE(logText().find("no memory to receive packets"), std::string::npos);
 }
 
 /// A child has the locks as they are when it is forked, and not the threads that hold them.
