@@ -4,6 +4,7 @@
 #include <fcntl.h>
 
 #include "library_browser.h"
+#include "without_threads.h"
 
 namespace {
 
@@ -125,6 +126,24 @@ TEST_F(ABrowserThatEnds, MayCloseAFilter) {
               }),
               kExited);
     kill(service.pid(), SIGCONT);
+    expectServed();
+}
+
+TEST_F(ABrowserThatEnds, MayWaitForADeliveryThreadThatCannotBeMade) {
+    EXPECT_EQ(endOf([] {
+                  requireConnection();
+                  std::promise<void> goOn;
+                  std::thread([mayGoOn = goOn.get_future().share()] {
+                      mayGoOn.wait();
+                      opens(*new faults::CountingFilter);
+                  }).detach();
+                  const WithoutThreads none;
+                  goOn.set_value();
+                  require(eventually([] { return hasLogged("Wait thread_proc_section_data create 0"); }));
+                  require(Api::getInstance()->sendPtsRequest(0) == 0);
+              }),
+              kExited);
+    EXPECT_EQ(service.log().find("filter "), std::string::npos) << "the filter is not asked for";
     expectServed();
 }
 

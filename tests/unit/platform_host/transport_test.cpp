@@ -2,7 +2,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -21,6 +20,7 @@
 #include "ovx/log.h"
 #include "own_log.h"
 #include "platform/host/section_ring.h"
+#include "without_threads.h"
 
 namespace {
 
@@ -66,28 +66,6 @@ public:
 
 private:
     int descriptor;
-};
-
-/// While it lives no thread can be made: the usual stack of one is larger than the memory.
-class WithoutThreads {
-public:
-    WithoutThreads() {
-        pthread_getattr_default_np(&before);
-        pthread_attr_t huge;
-        pthread_attr_init(&huge);
-        pthread_attr_setstacksize(&huge, SIZE_MAX / 4 * 3 / 65536 * 65536);
-        EXPECT_EQ(pthread_setattr_default_np(&huge), 0);
-        pthread_attr_destroy(&huge);
-    }
-    WithoutThreads(const WithoutThreads&) = delete;
-    WithoutThreads& operator=(const WithoutThreads&) = delete;
-    ~WithoutThreads() {
-        pthread_setattr_default_np(&before);
-        pthread_attr_destroy(&before);
-    }
-
-private:
-    pthread_attr_t before;
 };
 
 /// How often a process's threads have given the processor up by themselves.
