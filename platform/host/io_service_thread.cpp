@@ -92,11 +92,11 @@ void IOService::pollOnce() {
     const int mostPackets = readable > 1 ? kPacketsInTurn : kPacketsInARow;
     for (std::size_t index = 0; index < polled.size() && !stopping; ++index) {
         const short ready = descriptors[index + 2].revents;
-        bool good = (ready & POLLOUT) == 0 || polled[index]->flush();
-        if (good && (ready & (POLLIN | POLLHUP | POLLERR)) != 0) {
-            good = receive(*polled[index], mostPackets);
-        }
-        if (!good) {
+        const bool isFlushed = (ready & POLLOUT) == 0 || polled[index]->flush();
+        // What the peer has sent before it went is handled first.
+        const bool hasMore =
+            (ready & (POLLIN | POLLHUP | POLLERR)) != 0 ? receive(*polled[index], mostPackets) : isFlushed;
+        if (!hasMore) {
             closeConnection(polled[index]);
         }
     }
@@ -194,6 +194,10 @@ bool IOService::receive(Connection& connection, int mostPackets) {
         message.msg_control = control;
         message.msg_controllen = sizeof control;
         const ssize_t received = recvmsg(connection.socket(), &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
+        if (received < 0 && errno == ECONNRESET) {
+            // The peer has gone and had not read everything. Its last packets are still there.
+            continue;
+        }
         if (received < 0) {
             return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
         }

@@ -154,19 +154,18 @@ TEST_F(AShortage, OfAddressSpaceFailsABrowsersFirstFilterAtOnce) {
 }
 
 TEST_F(AShortage, OfDescriptorsKeepsABrowserWaitingForItsService) {
+    auto service = std::make_unique<ServiceProcess>();
     ChildProcess browser(DVBSHELL, {"watch"}, "browser", Runner::emulator,
                          [] { setenv("DTV_LOG_LEVEL", "failure", 1); });
-    {
-        const ServiceProcess service;
-        ASSERT_TRUE(eventually([&] { return service.log().find("browser 1 connected") != std::string::npos; }));
-    }
+    ASSERT_TRUE(eventually([&] { return service->log().find("browser 1 connected") != std::string::npos; }));
     const rlimit before = limit(browser.pid(), RLIMIT_NOFILE, kFewDescriptors);
+    service->end(SIGTERM);
     ASSERT_TRUE(eventually([&] { return timesIn(browser.log(), "cannot create a socket: Too many open files") == 1; }));
-    const ServiceProcess service;
+    service = std::make_unique<ServiceProcess>();
     EXPECT_TRUE(isIdle(browser.pid()));
     EXPECT_EQ(timesIn(browser.log(), "cannot create a socket"), 1U);
     limit(browser.pid(), RLIMIT_NOFILE, before.rlim_cur);
-    EXPECT_TRUE(eventually([&] { return service.log().find("browser 1 connected") != std::string::npos; }));
+    EXPECT_TRUE(eventually([&] { return service->log().find("browser 1 connected") != std::string::npos; }));
 }
 
 TEST_F(AShortage, OfDescriptorsLetsBrowsersAndOperatorsOfAServiceWait) {

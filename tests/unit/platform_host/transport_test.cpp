@@ -342,6 +342,49 @@ TEST(TheTransport, LetsClientsWaitWhileItHasNoDescriptors) {
     EXPECT_TRUE(eventually([] { return timesLogged("packet of 1 bytes") == 41; })) << timesLogged("packet of 1 bytes");
 }
 
+TEST(TheTransport, HandlesWhatAClientHasSentBeforeItGoes) {
+    constexpr std::size_t kPackets = 20;
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    service.holdHandler = true;
+    {
+        RawClient client("toy");
+        client.send(goodPacket());
+        ASSERT_TRUE(eventually([&] { return service.received().size() == 1; })) << "the handler waits now";
+        for (std::size_t packet = 1; packet < kPackets; ++packet) {
+            client.send(goodPacket());
+        }
+        // The system tells of the end before the packets if the client has not read all of its own.
+        EXPECT_EQ(service.send(1, "not read"), 0);
+    }
+    service.holdHandler = false;
+    EXPECT_TRUE(eventually([&] { return service.disconnected == 1; }));
+    EXPECT_EQ(service.received().size(), kPackets);
+}
+
+TEST(TheTransport, HandlesWhatAClientHasSentBeforeItGoesWhileMoreWaitsForIt) {
+    constexpr std::size_t kPackets = 20;
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    service.holdHandler = true;
+    {
+        RawClient client("toy");
+        client.send(goodPacket());
+        ASSERT_TRUE(eventually([&] { return service.received().size() == 1; })) << "the handler waits now";
+        for (std::size_t packet = 1; packet < kPackets; ++packet) {
+            client.send(goodPacket());
+        }
+        const std::string text(100000, 'x');
+        constexpr int kMoreThanTheSocketHolds = 20;
+        for (int count = 0; count < kMoreThanTheSocketHolds; ++count) {
+            EXPECT_EQ(service.send(1, text), 0);
+        }
+    }
+    service.holdHandler = false;
+    EXPECT_TRUE(eventually([&] { return service.disconnected == 1; }));
+    EXPECT_EQ(service.received().size(), kPackets);
+}
+
 TEST(TheTransport, LogsTheFirstBadMessageOfAPeerAlone) {
     Member service(kService, "once");
     ASSERT_EQ(service.start(), 0);
