@@ -5,6 +5,7 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -39,6 +40,16 @@ int sendPacket(int descriptor, const iovec* pieces, std::size_t count, const Sec
     return sent < 0 ? errno : 0;
 }
 
+/// The longest packet that the socket and its receiver take. The system keeps some bytes of the buffer for itself.
+std::size_t longestPacketOf(int descriptor) {
+    constexpr int kOfTheSystem = 32;
+    int buffer = 0;
+    socklen_t length = sizeof buffer;
+    const bool isKnown = getsockopt(descriptor, SOL_SOCKET, SO_SNDBUF, &buffer, &length) == 0 && buffer > kOfTheSystem;
+    return isKnown ? std::min(static_cast<std::size_t>(buffer - kOfTheSystem), Connection::kLargestPacket)
+                   : Connection::kLargestPacket;
+}
+
 bool noRoom(int error) {
     return error == EAGAIN || error == EWOULDBLOCK || error == ENOBUFS;
 }
@@ -46,7 +57,7 @@ bool noRoom(int error) {
 }  // namespace
 
 Connection::Connection(int connectedSocket, std::uint32_t peerNumber)
-    : descriptor(connectedSocket), peerNumber_(peerNumber) {}
+    : descriptor(connectedSocket), peerNumber_(peerNumber), longestPacket(longestPacketOf(connectedSocket)) {}
 
 Connection::~Connection() {
     close(descriptor);
@@ -59,7 +70,9 @@ int Connection::send(const void* head, std::size_t headLength, const void* body,
     if (stalled) {
         return -ENOTCONN;
     }
-    const int error = outgoing.empty() ? sendPacket(descriptor, pieces, 2, ring.get()) : EAGAIN;
+    // Behind packets that wait it would wait too, for room that never comes.
+    const bool isTooLong = headLength + bodyLength > longestPacket;
+    const int error = isTooLong ? EMSGSIZE : outgoing.empty() ? sendPacket(descriptor, pieces, 2, ring.get()) : EAGAIN;
     if (error == 0) {
         return 0;
     }

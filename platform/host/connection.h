@@ -24,6 +24,9 @@ public:
     /// Most bytes that may wait for a peer. A peer that falls further behind has stalled and is disconnected.
     static constexpr std::size_t kMostWaiting = 4U << 20U;
 
+    /// The longest packet that a receiver takes.
+    static constexpr std::size_t kLargestPacket = 1U << 20U;
+
     /// Takes ownership of the socket.
     Connection(int connectedSocket, std::uint32_t peerNumber);
     Connection(const Connection&) = delete;
@@ -53,6 +56,7 @@ private:
 
     const int descriptor;
     const std::uint32_t peerNumber_;
+    const std::size_t longestPacket;
     std::mutex mutex;
     std::deque<Packet> outgoing GUARDED_BY(mutex);
     std::size_t waitingBytes GUARDED_BY(mutex) = 0;

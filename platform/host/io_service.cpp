@@ -110,7 +110,7 @@ int IOService::start() {
     }
     stopping = false;
     try {
-        receiveBuffer.resize(kLargestPacket);
+        receiveBuffer.resize(Connection::kLargestPacket);
     } catch (const std::bad_alloc&) {
         BLOG_TAGGED(blog::kFailure, "%s\n", "no memory to receive packets");
         return -ENOMEM;

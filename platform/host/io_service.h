@@ -40,8 +40,6 @@ public:
     void offer(const NamedQueue& queue) EXCLUDES(mutex);
 
 private:
-    static constexpr std::size_t kLargestPacket = 1U << 20U;
-
     struct Handler {
         frameLmqMessageHandler function;
         void* context;

@@ -404,9 +404,27 @@ TEST(TheTransport, RefusesAMessageThatFitsNoPacket) {
     Member client(kClient);
     ASSERT_EQ(service.start(), 0);
     ASSERT_EQ(client.start(), 0);
-    EXPECT_LT(client.send(1, std::string(std::size_t{8} << 20U, 'x')), 0);
+    EXPECT_EQ(client.send(1, std::string(std::size_t{8} << 20U, 'x')), -EMSGSIZE);
+    EXPECT_EQ(client.send(1, std::string(std::size_t{1} << 20U, 'x')), -EMSGSIZE) << "its receiver takes none so long";
     EXPECT_EQ(client.send(2), 0);
     EXPECT_TRUE(eventually([&] { return service.received().size() == 1; }));
+}
+
+TEST(TheTransport, RefusesAMessageThatFitsNoPacketWhileOthersWait) {
+    Member service(kService);
+    Member client(kClient);
+    ASSERT_EQ(service.start(), 0);
+    ASSERT_EQ(client.start(), 0);
+    service.holdHandler = true;
+    constexpr std::uint32_t kMoreThanTheSocketHolds = 30;
+    for (std::uint32_t number = 0; number < kMoreThanTheSocketHolds; ++number) {
+        ASSERT_EQ(client.send(number, std::string(100000, 'x')), 0);
+    }
+    EXPECT_EQ(client.send(kMoreThanTheSocketHolds, std::string(std::size_t{1} << 20U, 'x')), -EMSGSIZE);
+    service.holdHandler = false;
+    EXPECT_EQ(client.send(kMoreThanTheSocketHolds), 0);
+    EXPECT_TRUE(eventually([&] { return service.received().size() == kMoreThanTheSocketHolds + 1; }));
+    EXPECT_EQ(service.disconnected, 0);
 }
 
 TEST(TheTransport, CutsAStalledClientOffAndServesTheOthers) {
