@@ -1,7 +1,7 @@
 # dtv_split_debug(TARGET): moves the debug information to a file beside the library. Debuggers find it by the library's
 # debug link. Sanitizer builds keep it in the library, because their reports name source lines.
 function(dtv_split_debug target)
-  if(DTV_SANITIZE)
+  if(DTV_SANITIZE OR DTV_COVERAGE)
     return()
   endif()
   set(file $<TARGET_FILE:${target}>)

@@ -9,7 +9,7 @@ set(library_headers ${PROJECT_SOURCE_DIR}/src/platform_support/browserdvbapi/inc
 install(TARGETS browserdvbapi LIBRARY DESTINATION lib)
 # A browser cannot compile the singleton template, because it has no platform headers.
 install(DIRECTORY ${library_headers}/ DESTINATION include/browserdvbapi PATTERN singleton.h EXCLUDE)
-if(NOT DTV_SANITIZE)
+if(NOT DTV_SANITIZE AND NOT DTV_COVERAGE)
   install(FILES $<TARGET_FILE:browserdvbapi>.debug DESTINATION lib/.debug)
 endif()
 foreach(file browserdvbapi.pc browserdvbapiConfig.cmake)
