@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "locks/lock.h"
+#include "reading_pace.h"
 #include "section_ring.h"
 
 namespace host {
@@ -47,6 +48,7 @@ public:
 
     // Used only by the transport thread.
     std::uint64_t dropped = 0;  ///< unusable messages received; the first one is logged
+    ReadingPace pace;           ///< of a client's packets
 
 private:
     struct Packet {

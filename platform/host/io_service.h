@@ -60,7 +60,9 @@ private:
     void tellOfNewConnections() EXCLUDES(mutex);
     void closeConnection(const std::shared_ptr<Connection>& connection) EXCLUDES(mutex);
     void give(Connection& connection, const std::vector<NamedQueue>& queues);
-    bool receive(Connection& connection, int mostPackets);
+    bool isPaused(const Connection& connection, ReadingPace::Clock::time_point now) const;
+    int patience(const Connections& polled, bool retries, ReadingPace::Clock::time_point now) const;
+    bool receive(Connection& connection, int mostPackets, bool hasGone);
     void take(Connection& connection, const std::uint8_t* packet, std::size_t length, int attached);
     void takeQueue(Connection& connection, const std::string& name, int attached);
     void drop(Connection& connection, const std::string& reason);

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <utility>
 
@@ -81,11 +82,13 @@ void IOService::pollOnce() {
     const bool lookingForService = !isService() && polled.empty();
     const bool acceptLater = std::exchange(isAcceptPaused, false);
     std::vector<pollfd> descriptors = {{wakeUp, POLLIN, 0}, {acceptLater ? -1 : endpoint.socket(), POLLIN, 0}};
+    const auto now = ReadingPace::Clock::now();
     for (const std::shared_ptr<Connection>& connection : polled) {
-        const short events = connection->waiting() ? POLLIN | POLLOUT : POLLIN;
-        descriptors.push_back({connection->socket(), events, 0});
+        const int input = isPaused(*connection, now) ? 0 : POLLIN;
+        const int output = connection->waiting() ? POLLOUT : 0;
+        descriptors.push_back({connection->socket(), static_cast<short>(input | output), 0});
     }
-    poll(descriptors.data(), descriptors.size(), lookingForService || acceptLater ? kRetryMilliseconds : kForever);
+    poll(descriptors.data(), descriptors.size(), patience(polled, lookingForService || acceptLater, now));
     drainWakeUps();
     const auto readable = std::count_if(descriptors.begin() + 2, descriptors.end(),
                                         [](const pollfd& each) { return (each.revents & POLLIN) != 0; });
@@ -93,9 +96,11 @@ void IOService::pollOnce() {
     for (std::size_t index = 0; index < polled.size() && !stopping; ++index) {
         const short ready = descriptors[index + 2].revents;
         const bool isFlushed = (ready & POLLOUT) == 0 || polled[index]->flush();
+        const bool hasGone = !isFlushed || (ready & (POLLHUP | POLLERR)) != 0;
         // What the peer has sent before it went is handled first.
-        const bool hasMore =
-            (ready & (POLLIN | POLLHUP | POLLERR)) != 0 ? receive(*polled[index], mostPackets) : isFlushed;
+        const bool hasMore = (ready & (POLLIN | POLLHUP | POLLERR)) != 0
+                                 ? receive(*polled[index], mostPackets, hasGone)
+                                 : isFlushed;
         if (!hasMore) {
             closeConnection(polled[index]);
         }
@@ -106,6 +111,24 @@ void IOService::pollOnce() {
     if (lookingForService && !stopping) {
         tryToConnect();
     }
+}
+
+/// Whether the client has sent so much that it must wait. A service's messages are all wanted.
+bool IOService::isPaused(const Connection& connection, ReadingPace::Clock::time_point now) const {
+    return isService() && !connection.pace.mayRead(now);
+}
+
+/// How long to wait for the sockets, in milliseconds, if those of clients that are paused now are not watched.
+int IOService::patience(const Connections& polled, bool retries, ReadingPace::Clock::time_point now) const {
+    int milliseconds = retries ? kRetryMilliseconds : kForever;
+    for (const std::shared_ptr<Connection>& connection : polled) {
+        if (isPaused(*connection, now)) {
+            const auto rest = std::chrono::ceil<std::chrono::milliseconds>(connection->pace.readableAt() - now);
+            const int until = static_cast<int>(rest.count());
+            milliseconds = milliseconds == kForever ? until : std::min(milliseconds, until);
+        }
+    }
+    return milliseconds;
 }
 
 void IOService::drainWakeUps() {
@@ -183,9 +206,14 @@ void IOService::closeConnection(const std::shared_ptr<Connection>& connection) {
     owner.onIOConnectionDisconnected(transport);
 }
 
-/// False when the peer has disconnected.
-bool IOService::receive(Connection& connection, int mostPackets) {
+/// False when the peer has disconnected. What is left of one that has gone is read at once, because its socket would
+/// wake the thread again and again.
+bool IOService::receive(Connection& connection, int mostPackets, bool hasGone) {
     for (int count = 0; count < mostPackets && !stopping; ++count) {
+        const auto now = ReadingPace::Clock::now();
+        if (!hasGone && isPaused(connection, now)) {
+            return true;
+        }
         iovec piece{receiveBuffer.data(), receiveBuffer.size()};
         alignas(cmsghdr) std::uint8_t control[CMSG_SPACE(sizeof(int))];
         msghdr message{};
@@ -204,6 +232,7 @@ bool IOService::receive(Connection& connection, int mostPackets) {
         if (received == 0) {
             return false;
         }
+        connection.pace.read(now);
         const AttachedDescriptors attached(message);
         if ((message.msg_flags & MSG_TRUNC) != 0) {
             drop(connection, "packet is longer than " + std::to_string(receiveBuffer.size()) + " bytes");

@@ -9,6 +9,7 @@
 #include <sys/un.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -19,6 +20,7 @@
 #include "members.h"
 #include "ovx/log.h"
 #include "own_log.h"
+#include "platform/host/reading_pace.h"
 #include "platform/host/section_ring.h"
 #include "without_threads.h"
 
@@ -472,6 +474,49 @@ TEST(TheTransport, ServesClientsInTurn) {
             EXPECT_NE(received[turn + kMostInTurn + packet].peer, received[1].peer) << turn + kMostInTurn + packet;
         }
     }
+}
+
+TEST(TheTransport, ReadsAFloodOnAndOnAndServesTheOthersMeanwhile) {
+    constexpr std::size_t kFlood = 3 * host::ReadingPace::kBurst;
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    RawClient flooding("toy");
+    ASSERT_TRUE(eventually([&] { return service.connected == 1; }));
+    const std::uint32_t floodingPeer = service.lastPeer;
+    RawClient other("toy");
+    std::atomic<bool> enough{false};
+    std::thread flood([&] {
+        while (!enough) {
+            flooding.send(goodPacket());
+        }
+    });
+    const auto hasReceived = [&](bool ofFlood, std::size_t count) {
+        const std::vector<toy::Message> received = service.received();
+        const auto ofPeer = std::count_if(received.begin(), received.end(), [&](const toy::Message& each) {
+            return (each.peer == floodingPeer) == ofFlood;
+        });
+        return static_cast<std::size_t>(ofPeer) >= count;
+    };
+    EXPECT_TRUE(eventually([&] { return hasReceived(true, host::ReadingPace::kBurst); }));
+    other.send(goodPacket());
+    EXPECT_TRUE(eventually([&] { return hasReceived(false, 1); }));
+    EXPECT_TRUE(eventually([&] { return hasReceived(true, kFlood); }));
+    enough = true;
+    flood.join();
+}
+
+TEST(TheTransport, ReadsWhatAFloodLeftBehindWhenItsClientHasGone) {
+    constexpr std::size_t kFlood = 3 * host::ReadingPace::kBurst / 2;
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    {
+        RawClient flooding("toy");
+        for (std::size_t packet = 0; packet < kFlood; ++packet) {
+            flooding.send(goodPacket());
+        }
+    }
+    EXPECT_TRUE(eventually([&] { return service.disconnected == 1; }));
+    EXPECT_THAT(service.received(), testing::SizeIs(kFlood));
 }
 
 TEST(TheTransport, MayBeStoppedFromInsideAHandler) {

@@ -1,0 +1,48 @@
+// The pace at which a service reads a client's packets.
+#include "platform/host/reading_pace.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace std::chrono_literals;
+using host::ReadingPace;
+
+class AReadingPace : public testing::Test {
+protected:
+    /// Reads all that may be read at this time, and returns the number.
+    int readAt(ReadingPace::Clock::time_point time) {
+        int count = 0;
+        for (; pace.mayRead(time); ++count) {
+            pace.read(time);
+        }
+        return count;
+    }
+
+    const ReadingPace::Clock::time_point begin = ReadingPace::Clock::time_point(1h);
+    ReadingPace pace;
+};
+
+}  // namespace
+
+TEST_F(AReadingPace, AllowsABurst) {
+    EXPECT_EQ(readAt(begin), ReadingPace::kBurst);
+}
+
+TEST_F(AReadingPace, IsSteadyAfterTheBurst) {
+    readAt(begin);
+    EXPECT_EQ(pace.readableAt() - begin, 200us);
+    EXPECT_EQ(readAt(begin + 199us), 0);
+    EXPECT_EQ(readAt(begin + 200us), 1);
+    int count = 1;
+    for (auto time = begin; time <= begin + 1s; time += 1ms) {
+        count += readAt(time);
+    }
+    EXPECT_EQ(count, ReadingPace::kPerSecond);
+}
+
+TEST_F(AReadingPace, AllowsABurstAgainAfterAPause) {
+    readAt(begin);
+    EXPECT_EQ(readAt(begin + 100ms), ReadingPace::kPerSecond / 10);
+    EXPECT_EQ(readAt(begin + 1h), ReadingPace::kBurst);
+}
