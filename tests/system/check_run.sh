@@ -13,7 +13,7 @@ mkdir -p "$copy/build" "$copy/tools" "$copy/tests" "$folder/bin"
 cp "$1/run" "$copy/run"
 cp -r "$1/tools/run" "$1/tools/demo.sh" "$copy/tools"
 cp -r "$1/tests/bare" "$copy/tests/bare"
-verbs=(demo test build package format lint accept-abi bare-check clean)
+verbs=(demo test build coverage soak package format lint accept-abi bare-check clean)
 broken=0
 
 # expect CODE FIRST_LINE ARGUMENT...
@@ -46,6 +46,8 @@ expect 2 "run: build takes --preset NAME" build --preset
 expect 2 "run: unknown preset frobnicate" build --preset frobnicate
 expect 2 "run: lint takes --all" lint extra
 expect 2 "run: lint takes --all" lint --all extra
+expect 2 "run: soak takes MINUTES: long" soak long
+expect 2 "run: soak takes MINUTES: 4" soak 3 4
 for verb in help package format accept-abi clean; do
     expect 2 "run: $verb takes no argument: extra" "$verb" extra
 done

@@ -8,6 +8,8 @@ usage: ./run demo [FILE.ts] [--service ONID:TSID:SID]...
        ./run test [--preset NAME] [--all] [ctest arguments]
                                                      build and run the test suite; --all: also what other presets test
        ./run build [--preset NAME]                   build everything
+       ./run coverage [ctest arguments]              which lines and branches the test suite executes, by file
+       ./run soak [MINUTES]                          services and browsers in use for 30 minutes; fails if one grows
        ./run package                                 make the desktop kit's Debian package
        ./run format                                  check the layout of all sources (clang-format)
        ./run lint [--all]                            check what changed with clang-tidy, cppcheck and shellcheck
@@ -41,6 +43,26 @@ TEXT
 usage: ./run build [--preset NAME]
 Builds everything, with the tests, into build/NAME.
   --preset NAME      one of: $presets; host if not given
+TEXT
+        ;;
+    coverage) cat <<TEXT
+usage: ./run coverage [ctest arguments]
+Runs the test suite in the preset coverage, and prints which lines and branches it has executed: by file, by room, in
+all. The library's own sources come last. build/coverage/html has the count of each line.
+Lines and branches are clang's: a branch is a condition of the source that was true or false. What only an exception
+would take is no branch, so no figure is left out. Processes count into shared memory, so that one that is killed counts
+too. A macro's branches, such as a log line's "is this level on", count where the macro is used.
+  ctest arguments    go to ctest: -R PATTERN counts what the tests of that name execute
+TEXT
+        ;;
+    soak) cat <<TEXT
+usage: ./run soak [MINUTES]
+Runs two reference services and three browsers that use all that there is, and restarts one of the services again and
+again. It prints how long answers take, and at the end memory, descriptors and threads of each process: start, end,
+highest, growth per hour. The exit code is 1 if one of them grows, or a process ends by itself. Growth is a median in the
+last third of the time that is above the one in the second third by more than the tolerances in tests/soak/growth.py.
+Ctrl-C ends it early, with the table.
+  MINUTES            30 if not given; less than 1.5 are too short to judge
 TEXT
         ;;
     package) cat <<TEXT

@@ -24,10 +24,17 @@ test_packages=(
     tstools      # independent analysis of the generated broadcast
     pkgconf      # the installed library as builds without CMake find it
     libvalijson-dev # validates JSON against its schema
+    python3       # long runs and their judgement
     abigail-tools # description and comparison of binary interfaces
     "${pack_packages[@]}" # a test makes the Debian package
 )
 clang_packages=(clang)
+coverage_packages=(
+    clang           # counts lines and branches
+    libclang-rt-dev # its counters
+    llvm            # llvm-profdata and llvm-cov, which read them
+    python3         # the table
+)
 tv_arm_packages=(
     g++-arm-linux-gnueabihf # cross compiler
     qemu-user               # runs what it builds
@@ -89,6 +96,7 @@ need_for() {
     esac
     case $preset in
     clang) set -- "$@" "${clang_packages[@]}" ;;
+    coverage) set -- "$@" "${coverage_packages[@]}" ;;
     tv-arm) set -- "$@" "${tv_arm_packages[@]}" ;;
     esac
     need "${build_packages[@]}" "$@"

@@ -2,6 +2,7 @@
 #include "occupancy.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <future>
 #include <thread>
@@ -107,4 +108,35 @@ TEST(AnOccupancy, AdmitsItsOwnThreadsWhileClosing) {
     Occupancy other;
     EXPECT_TRUE(other.close(kAtOnce));
     EXPECT_FALSE(Stay(other, As::caller)) << "being inside of one object lets nobody into another";
+}
+
+TEST(AnOccupancy, IsNotEnteredByAStayThatWasRefused) {
+    Occupancy occupancy;
+    EXPECT_TRUE(occupancy.close(kAtOnce));
+    const Stay refused(occupancy, As::worker);
+    EXPECT_FALSE(refused);
+    EXPECT_FALSE(Stay(occupancy, As::caller)) << "only a thread that is inside may enter again";
+    EXPECT_TRUE(occupancy.close(kLong)) << "there is no worker to wait for";
+}
+
+TEST(AnOccupancy, IsNotClosedByItsOwnCaller) {
+    Occupancy occupancy;
+    {
+        const Stay caller(occupancy, As::caller);
+        EXPECT_FALSE(occupancy.close(kLong)) << "it returns at once, because no worker is inside";
+    }
+    EXPECT_TRUE(occupancy.close(kAtOnce));
+}
+
+TEST(AnOccupancy, TakesAThreadForAnotherWhereTheProcessHasNoMoreKeys) {
+    for (pthread_key_t key = 0; pthread_key_create(&key, nullptr) == 0;) {
+    }
+    Occupancy occupancy;
+    {
+        const Stay worker(occupancy, As::worker);
+        EXPECT_FALSE(occupancy.close(kAtOnce));
+        EXPECT_FALSE(Stay(occupancy, As::worker)) << "it does not know that it is inside";
+        EXPECT_TRUE(Stay(occupancy, As::caller));
+    }
+    EXPECT_TRUE(occupancy.close(kAtOnce));
 }

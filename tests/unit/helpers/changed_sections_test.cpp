@@ -75,30 +75,39 @@ TEST_F(ChangedSections, TellTheEitsOfNetworksApart) {
 }
 
 TEST_F(ChangedSections, TellTheSdtsOfNetworksApart) {
-    Section first = sectionOf(Fields{});
-    first[0] = 0x46;
-    Section second = first;
-    second[9] = 2;
-    EXPECT_TRUE(isNew(first));
-    EXPECT_TRUE(isNew(second));
-    EXPECT_FALSE(isNew(first));
-    second[11] = 9;  // part of the services, not of the network
-    EXPECT_FALSE(isNew(second));
+    for (const int tableId : {0x42, 0x46}) {
+        Section first = sectionOf(Fields{});
+        first[0] = static_cast<unsigned char>(tableId);
+        Section second = first;
+        second[9] = 2;
+        EXPECT_TRUE(isNew(first));
+        EXPECT_TRUE(isNew(second));
+        EXPECT_FALSE(isNew(first));
+        second[11] = 9;  // part of the services, not of the network
+        EXPECT_FALSE(isNew(second));
+    }
 }
 
 TEST_F(ChangedSections, TakeTheContentOfOtherTablesForContent) {
-    Section first = sectionOf(Fields{});
-    first[0] = 0x02;
-    Section second = first;
-    second[9] = 2;
-    EXPECT_TRUE(isNew(first));
-    EXPECT_FALSE(isNew(second)) << "its CRC_32 is the same";
+    for (const int tableId : {0x02, 0x74}) {
+        Section first = sectionOf(Fields{});
+        first[0] = static_cast<unsigned char>(tableId);
+        Section second = first;
+        second[9] = 2;
+        EXPECT_TRUE(isNew(first));
+        EXPECT_FALSE(isNew(second)) << "its CRC_32 is the same";
+    }
 }
 
 TEST_F(ChangedSections, CountSectionsWithoutVersionAsNew) {
     const Section time = {0x70, 0x70, 5, 0xE0, 0x12, 0x34, 0x56, 0x78};
     EXPECT_TRUE(isNew(time));
     EXPECT_TRUE(isNew(time));
+    Section timeWithOffsets = sectionOf(Fields{});
+    timeWithOffsets[0] = 0x73;
+    timeWithOffsets[1] = 0x70;
+    EXPECT_TRUE(isNew(timeWithOffsets));
+    EXPECT_TRUE(isNew(timeWithOffsets));
 }
 
 TEST_F(ChangedSections, CountBytesThatAreTooShortAsNew) {
