@@ -29,20 +29,23 @@ void EventLoop::stop() {
     changed.notify_all();
 }
 
-bool EventLoop::runUntil(Clock::time_point time) {
+bool EventLoop::runUntil(Clock::time_point time, std::size_t mostLate) {
     locks::Lock lock(mutex);
+    std::size_t late = 0;
     while (!stopped) {
         while (!delayed.empty() && delayed.begin()->first <= Clock::now()) {
             tasks.push_back(std::move(delayed.begin()->second));
             delayed.erase(delayed.begin());
         }
-        if (!tasks.empty()) {
+        const bool isLate = Clock::now() >= time;
+        if (!tasks.empty() && !(isLate && late == mostLate)) {
+            late += isLate ? 1 : 0;
             const Task task = std::move(tasks.front());
             tasks.pop_front();
             lock.unlock();
             task();
             lock.lock();
-        } else if (Clock::now() >= time) {
+        } else if (isLate) {
             return true;
         } else {
             changed.wait_until(lock.forWaiting(), delayed.empty() ? time : std::min(time, delayed.begin()->first));

@@ -7,8 +7,10 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <deque>
 #include <functional>
+#include <limits>
 #include <map>
 #include <mutex>
 
@@ -26,8 +28,10 @@ public:
     void postAt(Clock::time_point time, Task task) EXCLUDES(mutex);
     /// From now on every runUntil() returns false.
     void stop() EXCLUDES(mutex);
-    /// Runs posted tasks until the given time; false once the loop is stopped.
-    bool runUntil(Clock::time_point time) EXCLUDES(mutex);
+    /// Runs posted tasks until the given time, and further ones that are there then: all, or at most `mostLate`. False
+    /// once the loop is stopped.
+    bool runUntil(Clock::time_point time, std::size_t mostLate = std::numeric_limits<std::size_t>::max())
+        EXCLUDES(mutex);
 
 private:
     std::mutex mutex;

@@ -11,6 +11,8 @@ namespace {
 constexpr std::chrono::milliseconds kShortestRound{50};
 /// Time between two attempts to open a file.
 constexpr std::chrono::seconds kPause{1};
+/// Commands that run before a packet that is due, so that browsers who send without end do not stop the broadcast.
+constexpr std::size_t kMostBeforePacket = 4;
 constexpr const char* kAgain = "; trying again every second";
 
 }  // namespace
@@ -145,7 +147,7 @@ void play(std::vector<Playback>& playbacks, EventLoop& loop, Others others) {
             }
             continue;
         }
-        if (!loop.runUntil(dueAt)) {
+        if (!loop.runUntil(dueAt, kMostBeforePacket)) {
             return;
         }
         next->feed();
