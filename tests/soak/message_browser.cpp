@@ -1,8 +1,8 @@
 // A browser without the library: it sends what no operation of the library sends. Stream event listeners come and go,
 // as do section filters and PMT requests that nobody reads.
 //   message_browser SEED ONID:TSID:SID...
-// It prints "answer serial MICROSECONDS" for each answer to a simple question, and "lost serial" when none came in time.
-// SIGINT and SIGTERM end it with exit code 0.
+// It prints "answer serial MICROSECONDS" for each answer to a simple question, and "lost serial" when none came in
+// time. SIGINT and SIGTERM end it with exit code 0.
 // Threads: the main one sends; another waits for the signals.
 #include <signal.h>
 

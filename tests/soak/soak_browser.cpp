@@ -36,7 +36,6 @@ using velmora::dtv::helpers::SectionPattern;
 using velmora::dvbservice::BrowserAITCatcher;
 
 constexpr int kIdDvbC = 11;  // OIPF DAE, clause 7.13.11
-constexpr int kIdDvbDsd = 13;
 
 template <typename Interface>
 Interface& interfaceOf(const char* name) {
@@ -137,8 +136,9 @@ struct Service {
             const auto serviceId = static_cast<unsigned int>(services[dice.roll(services.size())].sid);
             replaced = SectionFilter::onPmtOf(filters, serviceId, count, delivery);
         } else {
-            const SectionPattern pattern =
-                dice.roll(2) == 0 ? SectionPattern::any() : SectionPattern::table(dice.oneOf<unsigned char>({0, 2, 0x4E}));
+            const SectionPattern pattern = dice.roll(2) == 0
+                                               ? SectionPattern::any()
+                                               : SectionPattern::table(dice.oneOf<unsigned char>({0, 2, 0x4E}));
             // The last two: a PID without packets, and one that is none.
             const auto pid = dice.oneOf<unsigned int>({0, 16, 17, 18, 20, 256, 257, 258, 512, 768, 8000, 9000});
             replaced = SectionFilter(filters, pid, pattern, count, delivery);
@@ -161,11 +161,9 @@ struct Service {
         }
         for (int step = 0; step < 5; ++step) {
             const int type = static_cast<int>(dice.roll(3));
-            dice.oneOf<std::function<void()>>({[&] { api.selectComponent(type); },
-                                               [&] { api.unselectComponent(type); },
+            dice.oneOf<std::function<void()>>({[&] { api.selectComponent(type); }, [&] { api.unselectComponent(type); },
                                                [&] { api.tuneToComponent(type, 257, 0); },
-                                               [&] { api.getCurrentCCID(); },
-                                               [&] { api.getCurrentDsd(); }})();
+                                               [&] { api.getCurrentCCID(); }, [&] { api.getCurrentDsd(); }})();
             std::this_thread::sleep_for(100ms);
         }
     }
@@ -218,20 +216,14 @@ private:
     while (true) {
         const auto number = static_cast<std::uint32_t>(dice.roll(80));
         const auto slot = static_cast<std::uint16_t>(dice.roll(2));
-        dice.oneOf<std::function<void()>>({[&] { api.sendPtsRequest(0); },
-                                           [&] { api.startTemiTimelineRequest(1, number % 4, 0); },
-                                           [&] { api.startTemiTimelineRequest(1, 300, 0); },
-                                           [&] { api.stopTemiTimelineRequest(); },
-                                           [&] { api.startOSDDetection(number); },
-                                           [&] { api.stopOSDDetection(number); },
-                                           [&] { api.sendDrmMessage(number, 1, 0, "text/plain", "a message"); },
-                                           [&] { api.disconnectCa(slot); },
-                                           [&] { api.vbStartDtvInfoRequest(); },
-                                           [&] { api.notifyMwhbStart(); },
-                                           [&] { api.triggerAitRestart(); },
-                                           [&] { api.sendApplicationStartedFailed(); },
-                                           [&] { api.sendApplicationStartedSucceeded(); },
-                                           [&] { api.sendOpAppInstallStatus(1, 1); }})();
+        dice.oneOf<std::function<void()>>(
+            {[&] { api.sendPtsRequest(0); }, [&] { api.startTemiTimelineRequest(1, number % 4, 0); },
+             [&] { api.startTemiTimelineRequest(1, 300, 0); }, [&] { api.stopTemiTimelineRequest(); },
+             [&] { api.startOSDDetection(number); }, [&] { api.stopOSDDetection(number); },
+             [&] { api.sendDrmMessage(number, 1, 0, "text/plain", "a message"); }, [&] { api.disconnectCa(slot); },
+             [&] { api.vbStartDtvInfoRequest(); }, [&] { api.notifyMwhbStart(); }, [&] { api.triggerAitRestart(); },
+             [&] { api.sendApplicationStartedFailed(); }, [&] { api.sendApplicationStartedSucceeded(); },
+             [&] { api.sendOpAppInstallStatus(1, 1); }})();
         std::this_thread::sleep_for(20ms);
     }
 }

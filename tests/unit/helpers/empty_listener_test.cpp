@@ -60,14 +60,14 @@ TEST_F(AnEmptyListener, LetsEveryEventPassToTheListenersBehindIt) {
     injectEvent<messages::OnDATagsServicePmtDataChange>(number(1), number(2), number(3), 0, section);
     api->removeListener(empty);
     api->removeListener(behind);
-    EXPECT_THAT(behind->calls(),
-                testing::ElementsAre(
-                    StartsWith("OnChannelChanged"), StartsWith("onAITChannelInfoChanged"),
-                    StartsWith("onSelectedComponentChanged"), StartsWith("onComponentInfoChanged"),
-                    StartsWith("onAITSectionUpdated"), StartsWith("onHbbTVEngineStatusChanged"),
-                    StartsWith("onPMTSectionUpdated"), StartsWith("onEITSectionUpdated"),
-                    StartsWith("onTimelineInfoDataChange"), StartsWith("onAllTerminalStoped"), StartsWith("onPtsNotify"),
-                    StartsWith("onOSDStateChanged"), StartsWith("onDrmResultReply"), StartsWith("onCaDrmConnected"),
-                    StartsWith("onCaDrmDisonnected"), StartsWith("onCaDrmSystemStatusChanged"),
-                    StartsWith("onDATagsServicePmtSectionUpdated")));
+    EXPECT_THAT(
+        behind->calls(),
+        testing::ElementsAre(StartsWith("OnChannelChanged"), StartsWith("onAITChannelInfoChanged"),
+                             StartsWith("onSelectedComponentChanged"), StartsWith("onComponentInfoChanged"),
+                             StartsWith("onAITSectionUpdated"), StartsWith("onHbbTVEngineStatusChanged"),
+                             StartsWith("onPMTSectionUpdated"), StartsWith("onEITSectionUpdated"),
+                             StartsWith("onTimelineInfoDataChange"), StartsWith("onAllTerminalStoped"),
+                             StartsWith("onPtsNotify"), StartsWith("onOSDStateChanged"), StartsWith("onDrmResultReply"),
+                             StartsWith("onCaDrmConnected"), StartsWith("onCaDrmDisonnected"),
+                             StartsWith("onCaDrmSystemStatusChanged"), StartsWith("onDATagsServicePmtSectionUpdated")));
 }
