@@ -98,34 +98,42 @@ class Visitor:
 
 
 class Soak:
+    """Two services and three browsers, the first service with the first browser, and what disturbs them."""
+
     def __init__(self, build, folder, seed):
-        self.dice = random.Random(seed)
-        second = folder + "/second.ts"
-        description = os.path.dirname(os.path.abspath(__file__)) + "/soak_broadcast.json"
-        subprocess.run([build + "/bin/tsmake", second, "--description", description, "--seconds", "10"], check=True)
-        inputs = [build + "/share/dtv/sample.ts", second]
+        self.build, self.seed = build, seed
+        self.inputs = [build + "/share/dtv/sample.ts", folder + "/second.ts"]
         self.run_directories = [folder + "/one", folder + "/two"]
+        self.watched, self.background, self.faults = [], [], []
+        self.began = time.monotonic()
+
+    def start(self):
+        description = os.path.dirname(os.path.abspath(__file__)) + "/soak_broadcast.json"
+        subprocess.run([self.build + "/bin/tsmake", self.inputs[1], "--description", description, "--seconds", "10"],
+                       check=True)
         one, two = self.run_directories
-        live = [build + "/bin/soak_browser", "live"]
-        message = [build + "/bin/message_browser"]
-        numbers = [str(self.dice.randrange(1000)) for _ in range(3)]
-        self.faults, self.began = [], time.monotonic()
-        self.watched = []
-        try:
-            for name, start in (
-                    ("service 1", lambda: Service(build, inputs, one, "service")),
-                    ("service 2", lambda: Service(build, inputs, two, "service")),
-                    ("browser 1", lambda: Browser(live + numbers[:1] + SERVICES, one, "browser1")),
-                    ("browser 2", lambda: Browser(live + numbers[1:2] + SERVICES, two, "browser2")),
-                    ("browser 3", lambda: Browser(message + numbers[2:] + SERVICES, two, "browser3"))):
-                self.watched.append(Watched(name, start))
-        except BaseException:
-            self.end()
-            raise
-        self.service = self.watched[0]
-        self.browsers = self.watched[2:]
-        self.background = [Background(Operator(build, self.run_directories, random.Random(seed + 1))),
-                           Background(Visitor(build, self.run_directories, random.Random(seed + 2)))]
+        for name, start in (("service 1", lambda: Service(self.build, self.inputs, one, "service")),
+                            ("service 2", lambda: Service(self.build, self.inputs, two, "service")),
+                            ("browser 1", lambda: self.browser("browser1", one, "soak_browser", "live")),
+                            ("browser 2", lambda: self.browser("browser2", two, "soak_browser", "live")),
+                            ("browser 3", lambda: self.browser("browser3", two, "message_browser"))):
+            self.watched.append(Watched(name, start))
+        for disturbance in (Operator, Visitor):
+            dice = random.Random(f"{self.seed} {disturbance.__name__}")
+            self.background.append(Background(disturbance(self.build, self.run_directories, dice)))
+
+    def browser(self, name, run_directory, program, *mode):
+        seed = str(random.Random(f"{self.seed} {name}").randrange(1000))
+        return Browser([f"{self.build}/bin/{program}", *mode, seed, *SERVICES], run_directory, name)
+
+    @property
+    def service(self):
+        """The one that is restarted."""
+        return self.watched[0]
+
+    @property
+    def browsers(self):
+        return self.watched[2:]
 
     def run(self, seconds):
         """Until the time is over, a process ends by itself, or the user has enough."""
@@ -160,7 +168,7 @@ class Soak:
             print(f"{minutes:5.1f} min  {browser.name}: {len(times)} answers, {shown(times)}{without}", flush=True)
 
     def end(self):
-        for each in getattr(self, "background", []):
+        for each in self.background:
             each.stop()
         for each in reversed(self.watched):
             code = each.program.end()
@@ -191,7 +199,8 @@ def print_table(soak):
     for each, figure, row in soak.rows():
         cells = [number(value, figure) for value in row[:4]]
         print(f"{each.name:10} {figure:12} {cells[0]:>10} {cells[1]:>10} {cells[2]:>10} {cells[3]:>11}  {row.verdict}")
-    print(f"service 1 was started {soak.service.restarts} times again; {(time.monotonic() - soak.began) / 60:.1f} minutes")
+    restarts = soak.service.restarts if soak.watched else 0
+    print(f"service 1 was started {restarts} times again; {(time.monotonic() - soak.began) / 60:.1f} minutes")
 
 
 def interrupt(*_):
@@ -208,6 +217,7 @@ def main():
     with tempfile.TemporaryDirectory(prefix="dtv-soak-") as folder:
         soak = Soak(options.build, folder, options.seed)
         try:
+            soak.start()
             soak.run(options.minutes * 60)
         except KeyboardInterrupt:
             print("interrupted", flush=True)
