@@ -35,7 +35,7 @@ class TheSoak(unittest.TestCase):
         self.assertRegex(text, r"service 1 was started [1-9]\d* times again")
 
     def test_ends_with_the_table_when_it_is_interrupted(self):
-        soak = self.start(0.5)
+        soak = self.start(0.3)
         text = "".join(soak.stdout.readline() for _ in PROCESSES[2:])
         soak.send_signal(signal.SIGINT)
         text += soak.communicate()[0]
