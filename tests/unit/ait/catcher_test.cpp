@@ -46,6 +46,14 @@ TEST_F(ACatcher, TreatsEachReportAsAnotherChannel) {
     }
 }
 
+TEST_F(ACatcher, IsAnotherThanThatOfTheProcess) {
+    BrowserAITCatcher& ofTheProcess = *BrowserAITCatcher::getInstance();
+    EXPECT_EQ(ofTheProcess.updateCurrentChannelInfo(9, 4, 5, 6), 0);
+    EXPECT_EQ(catcher.updateCurrentChannelInfo(9, 1, 2, 3), 0);
+    EXPECT_EQ(BrowserAITCatcherTestAccess::currentChannel(catcher).sId, 3);
+    EXPECT_EQ(BrowserAITCatcherTestAccess::currentChannel(ofTheProcess).sId, 6);
+}
+
 TEST_F(ACatcher, KeepsTheReportedTripletInOrder) {
     for (const std::uint16_t first : {std::uint16_t{9}, std::uint16_t{65535}}) {
         catcher.updateCurrentChannelInfo(first, 1, 2, 3);

@@ -8,8 +8,9 @@
 
 namespace {
 
-/// Makes the optional allocations fail.
-std::atomic<bool> failingAllocations{false};
+/// Makes the optional allocations fail: of objects, and of arrays.
+std::atomic<bool> failingObjects{false};
+std::atomic<bool> failingArrays{false};
 /// Number of such allocations so far.
 std::atomic<int> allocations{0};
 
@@ -17,11 +18,11 @@ std::atomic<int> allocations{0};
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     ++allocations;
-    return failingAllocations ? nullptr : ::operator new(size);
+    return failingObjects ? nullptr : ::operator new(size);
 }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
     ++allocations;
-    return failingAllocations ? nullptr : ::operator new[](size);
+    return failingArrays ? nullptr : ::operator new[](size);
 }
 
 namespace {
@@ -154,15 +155,27 @@ TEST_F(ADelivery, OutlivesItsObjectAndTouchesItNoMore) {
     EXPECT_EQ(client.sections().size(), 1U);
 }
 
-TEST_F(ADelivery, ReleasesItsCreatorWithoutMemory) {
-    failingAllocations = true;
+class ADeliveryWithoutMemory : public ADelivery, public testing::WithParamInterface<bool> {};
+
+TEST_P(ADeliveryWithoutMemory, ReleasesItsCreator) {
+    const bool hasObject = GetParam();
+    failingObjects = !hasObject;
+    failingArrays = true;
     const bool hasQueue = service->createIPCChannelForSectionData();
-    failingAllocations = false;
+    failingObjects = false;
+    failingArrays = false;
     EXPECT_TRUE(hasQueue);
     ASSERT_EQ(messagesOf("thread_proc_section_data").size(), 1U);
-    EXPECT_THAT(messagesOf("thread_proc_section_data")[0], testing::StartsWith("Error Allocate memory: "));
+    EXPECT_THAT(messagesOf("thread_proc_section_data")[0],
+                testing::MatchesRegex(hasObject ? "Error Allocate memory: 0x[0-9a-f]+,\\(nil\\)\n"
+                                                : "Error Allocate memory: \\(nil\\),\\(nil\\)\n"));
     EXPECT_TRUE(recording::sent().empty()) << "the DTV service is not told of the queue";
 }
+
+INSTANTIATE_TEST_SUITE_P(WithoutMemory, ADeliveryWithoutMemory, testing::Bool(),
+                         [](const testing::TestParamInfo<bool>& of) {
+                             return std::string(of.param ? "ForTheBuffer" : "AtAll");
+                         });
 
 TEST_F(ADelivery, DropsASectionThatDoesNotFitTheBuffer) {
     openFilter("a");
