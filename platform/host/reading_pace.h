@@ -15,7 +15,7 @@ public:
     using Clock = std::chrono::steady_clock;
     /// Packets in a burst after a pause, and in a second without one.
     static constexpr int kBurst = 1000;
-    static constexpr int kPerSecond = 5000;
+    static constexpr int kPerSecond = 2000;
 
     bool mayRead(Clock::time_point now) const { return now >= readableAt(); }
     /// When the next packet may be read.

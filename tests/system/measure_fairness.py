@@ -4,8 +4,8 @@
     measure_fairness.py BUILD_FOLDER [SECONDS] [ROUNDS]
 
 The third browser asks usual questions through the library: one that an event answers, an audio source, a section
-filter. It does so SECONDS (22) without the flood and SECONDS with it, ROUNDS (2) times. Each flooding browser sends
-commands as fast as the service takes them, in 22 seconds a hundred times as many as may wait: good and bad ones, filters, PMT
+filter. It does so SECONDS (52) without the flood and SECONDS with it, ROUNDS (1) times. Each flooding browser sends
+commands as fast as the service takes them, in 52 seconds a hundred times as many as may wait: good and bad ones, filters, PMT
 requests, stream events, and packets that are none. The last line has median and 99th percentile of the answer times
 without and with the flood, and their ratios; the goal is at most 2.
 """
@@ -44,8 +44,8 @@ def flooded(build, folder, asking, seconds):
 
 def main():
     build = sys.argv[1]
-    seconds = float(sys.argv[2]) if len(sys.argv) > 2 else 22
-    rounds = int(sys.argv[3]) if len(sys.argv) > 3 else 2
+    seconds = float(sys.argv[2]) if len(sys.argv) > 2 else 52
+    rounds = int(sys.argv[3]) if len(sys.argv) > 3 else 1
     calm, under, lost, fewest = [], [], 0, None
     with tempfile.TemporaryDirectory(prefix="dtv-fairness-") as folder:
         service = Service(build, [build + "/share/dtv/sample.ts"], folder, "service")

@@ -31,9 +31,9 @@ TEST_F(AReadingPace, AllowsABurst) {
 
 TEST_F(AReadingPace, IsSteadyAfterTheBurst) {
     readAt(begin);
-    EXPECT_EQ(pace.readableAt() - begin, 200us);
-    EXPECT_EQ(readAt(begin + 199us), 0);
-    EXPECT_EQ(readAt(begin + 200us), 1);
+    EXPECT_EQ(pace.readableAt() - begin, 500us);
+    EXPECT_EQ(readAt(begin + 499us), 0);
+    EXPECT_EQ(readAt(begin + 500us), 1);
     int count = 1;
     for (auto time = begin; time <= begin + 1s; time += 1ms) {
         count += readAt(time);
