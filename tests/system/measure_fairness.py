@@ -5,9 +5,9 @@
 
 The third browser asks usual questions through the library: one that an event answers, an audio source, a section
 filter. It does so SECONDS (52) without the flood and SECONDS with it, ROUNDS (1) times. Each flooding browser sends
-commands as fast as the service takes them, in 52 seconds a hundred times as many as may wait: good and bad ones, filters, PMT
-requests, stream events, and packets that are none. The last line has median and 99th percentile of the answer times
-without and with the flood, and their ratios; the goal is at most 2.
+commands as fast as the service takes them, in 52 seconds a hundred times as many as may wait: good and bad ones,
+filters, PMT requests, stream events, and packets that are none. The last line has median and 99th percentile of the
+answer times without and with the flood, and their ratios; the goal is at most 2.
 """
 import os
 import statistics
