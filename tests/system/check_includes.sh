@@ -48,6 +48,10 @@ for folder in dtvservice/*/; do
     fi
 done
 
+# The fuzzers reach into everything that reads what others send.
+may[fuzz]="$contract $idiom platform/common platform/host $records $fields $adapter $headers $library si text"
+may[fuzz]+=" $(echo dtvservice/*) tools/dtvctl tools/dvbshell tools/tsmake"
+
 headers_by_name=$(mktemp)
 trap 'rm -f "$headers_by_name"' EXIT
 for folder in "${!may[@]}"; do

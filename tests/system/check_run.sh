@@ -8,12 +8,14 @@ set -euo pipefail
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 copy="$folder/a project"
-mkdir -p "$copy/build" "$copy/tools" "$copy/tests" "$folder/bin"
+mkdir -p "$copy/build" "$copy/tools" "$copy/tests" "$copy/fuzz/targets" "$folder/bin"
 : >"$copy/one.ts"
+: >"$copy/fuzz/targets/ait.cpp"
+: >"$copy/fuzz/targets/rtp.cpp"
 cp "$1/run" "$copy/run"
 cp -r "$1/tools/run" "$1/tools/demo.sh" "$copy/tools"
 cp -r "$1/tests/bare" "$copy/tests/bare"
-verbs=(demo test build coverage soak package format lint accept-abi bare-check clean)
+verbs=(demo test build coverage soak fuzz package format lint accept-abi bare-check clean)
 broken=0
 
 # expect CODE FIRST_LINE ARGUMENT...
@@ -48,6 +50,10 @@ expect 2 "run: lint takes --all" lint extra
 expect 2 "run: lint takes --all" lint --all extra
 expect 2 "run: soak takes MINUTES: long" soak long
 expect 2 "run: soak takes MINUTES: 4" soak 3 4
+expect 2 "run: fuzz: unknown fuzzer frobnicate; there are: ait rtp" fuzz frobnicate
+expect 2 "run: fuzz: not a number of seconds: 0" fuzz rtp 0
+expect 2 "run: fuzz: not a number of seconds: 5m" fuzz 5m
+expect 2 "run: fuzz takes a name and a number of seconds, not also 5" fuzz rtp 60 5
 for verb in help package format accept-abi clean; do
     expect 2 "run: $verb takes no argument: extra" "$verb" extra
 done

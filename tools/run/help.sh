@@ -10,6 +10,7 @@ usage: ./run demo [FILE.ts] [--service ONID:TSID:SID]...
        ./run build [--preset NAME]                   build everything
        ./run coverage [ctest arguments]              which lines and branches the test suite executes, by file
        ./run soak [MINUTES]                          services and browsers in use for 30 minutes; fails if one grows
+       ./run fuzz [NAME] [SECONDS]                   feed hostile bytes to the parsers, with clang's libFuzzer
        ./run package                                 make the desktop kit's Debian package
        ./run format                                  check the layout of all sources (clang-format)
        ./run lint [--all]                            check what changed with clang-tidy, cppcheck and shellcheck
@@ -63,6 +64,15 @@ highest, growth per hour. The exit code is 1 if one of them grows, or a process 
 last third of the time that is above the one in the second third by more than the tolerances in tests/soak/growth.py.
 Ctrl-C ends it early, with the table.
   MINUTES            30 if not given; less than 1.5 are too short to judge
+TEXT
+        ;;
+    fuzz) cat <<TEXT
+usage: ./run fuzz [NAME] [SECONDS]
+Builds the fuzzers with clang into build/fuzz and runs them one after the other, or only NAME. What a fuzzer has learnt
+stays in build/fuzz/corpus, and the next run continues from there. An input that breaks something goes to
+build/fuzz/findings/NAME; the exit code is then 1.
+  NAME       one of: $(fuzzers | paste -s -d ' ' | sed 's/ /, /g' | fold -s -w 106 | sed '2,$s/^/             /; s/ $//')
+  SECONDS    for each fuzzer; 60 if not given
 TEXT
         ;;
     package) cat <<TEXT

@@ -1,0 +1,185 @@
+// Messages as they travel: each one of the catalogue with empty values, and those of a running service and its browser.
+#include <type_traits>
+
+#include "app-browserdvbservice-proxy-main.h"
+#include "envelope.h"
+#include "message_transfer.h"
+#include "running_service.h"
+#include "seeds.h"
+
+namespace fuzz {
+
+namespace {
+
+struct Sent {
+    frame::MsgMeta header;
+    std::vector<std::uint8_t> image;
+};
+using Messages = std::vector<Sent>;
+
+/// The member that receives a message registers its handlers in the order of the catalogue.
+unsigned int placeOf(const frame::MsgMeta& header) {
+    static const std::vector<std::uint32_t> kCommands = {
+#define COMMAND(identifier, operation, Message, fields) identifier,
+#include "browserdvbservice_messages.inc"
+    };
+    static const std::vector<std::uint32_t> kEvents = {
+#define EVENT(identifier, operation, Message, decoder, fields) identifier,
+#include "browserdvbservice_messages.inc"
+    };
+    const std::vector<std::uint32_t>& all =
+        header.direction == lo::browserdvbservice::kEventDirection ? kEvents : kCommands;
+    return static_cast<unsigned int>(std::find(all.begin(), all.end(), header.messageId) - all.begin());
+}
+
+/// All that is sent while this exists.
+class Collected {
+public:
+    Collected() {
+        wire::setSpy([this](const frame::MsgMeta& header, const std::vector<std::uint8_t>& image) {
+            messages.push_back({header, image});
+        });
+    }
+    Collected(const Collected&) = delete;
+    Collected& operator=(const Collected&) = delete;
+    ~Collected() { wire::setSpy({}); }
+
+    Messages messages;
+};
+
+template <typename Interface, typename... Parameters>
+void callWithEmptyValues(Interface& target,
+                         int (Interface::*operation)(frame::MsgIds&, const frame::TransportInfo&, Parameters...)) {
+    frame::MsgIds ids;
+    (target.*operation)(ids, {}, std::decay_t<Parameters>()...);
+}
+
+class NoHandler : public lo::browserdvbservice::CommandHandler {
+#define COMMAND(identifier, operation, Message, fields)                                                  \
+    int operation(frame::MsgIds&, const frame::TransportInfo& FIELDS_PARAMETER_TYPES(fields)) override { \
+        return 0;                                                                                        \
+    }
+#include "browserdvbservice_messages.inc"
+    void browserConnected(const frame::TransportInfo&) override {}
+    void browserDisconnected(const frame::TransportInfo&) override {}
+};
+
+/// Each event, empty, then what a service sends to a browser that joins and asks.
+Messages events() {
+    const Collected collected;
+    NoHandler nobody;
+    lo::browserdvbservice::ServiceStub stub(nobody);
+    stub.setLmqIOModule(wire::newService());
+    using lo::browserdvbservice::ClientInterface;
+#define EVENT(identifier, operation, Message, decoder, fields) \
+    callWithEmptyValues<ClientInterface>(stub, &ClientInterface::operation);
+#include "browserdvbservice_messages.inc"
+    RunningService service;
+    service.join(1);
+    service.playSample(samplePackets().size());
+    return collected.messages;
+}
+
+void sendUsefulCommands(lo::browserdvbservice::Proxy& proxy) {
+    frame::MsgIds ids;
+    lo::browserdvbservice::TuneInfoChannel channel;
+    channel.idType = 12;
+    channel.onid = 1;
+    channel.tsid = 1025;
+    channel.sid = 28106;
+    lo::browserdvbservice::OpenFilterMatchMask_t mask;
+    mask.mask = {0x4E, 0x6D};
+    mask.maskBits = {0xFF, 0xFF};
+    proxy.cmdTuneToService(ids, {}, channel);
+    channel.idType = 13;
+    channel.dsd = "delivery system";
+    proxy.cmdTuneToService(ids, {}, channel);
+    proxy.cmdFilterOpen(ids, {}, "session", 0x12, mask);
+    proxy.cmdStartPMTRequest(ids, {}, "session 2", 28106);
+    proxy.cmdAddStreamEventListener(ids, {}, 1, 1, 1025, 28106, -1, "", "1");
+    proxy.cmdAddStreamEventListener(ids, {}, 2, 1, 1025, 28106, 8, "events/show", "name");
+    proxy.cmdRemoveStreamEventListener(ids, {}, 1, 1, 1025, 28106, -1, "", "1");
+    proxy.cmdStartTemiTimelineRequest(ids, {}, 1, 1, 0);
+    proxy.cmdSendPtsRequest(ids, {}, 1);
+    proxy.cmdStartOSDDetection(ids, {}, 3);
+    proxy.cmdSendDrmMessage(ids, {}, 77, 1, 0, "type", "message");
+    proxy.cmdSetAudioSource(ids, {}, 1, "broadcast");
+    proxy.cmdFilterClose(ids, {}, "session");
+}
+
+/// Each command, empty, then useful ones.
+Messages commands() {
+    const Collected collected;
+    lo::browserdvbservice::Proxy proxy;
+    proxy.setLmqIOModule(wire::newService());
+    using lo::browserdvbservice::ServiceInterface;
+#define COMMAND(identifier, operation, Message, fields) \
+    callWithEmptyValues<ServiceInterface>(proxy, &ServiceInterface::operation);
+#include "browserdvbservice_messages.inc"
+    sendUsefulCommands(proxy);
+    return collected.messages;
+}
+
+/// At most a few of each message.
+Messages fewOf(const Messages& messages) {
+    std::map<std::uint32_t, unsigned int> counts;
+    Messages few;
+    for (const Sent& each : messages) {
+        constexpr unsigned int kMost = 4;
+        if (++counts[each.header.messageId] <= kMost) {
+            few.push_back(each);
+        }
+    }
+    return few;
+}
+
+void writeRecords(SeedFiles& files, const char* fuzzer, const Messages& messages) {
+    Seed all;
+    for (const Sent& each : fewOf(messages)) {
+        files.add(fuzzer, Seed().u8(placeOf(each.header)).chunk(each.image));
+        all.u8(placeOf(each.header)).chunk(each.image);
+    }
+    files.add(fuzzer, all);
+}
+
+void writePackets(SeedFiles& files, const Messages& messages) {
+    constexpr unsigned int kWithRing = 1;
+    Seed all;
+    all.u8(kWithRing).chunk(std::string(host::kQueueMark) + "queue");
+    files.add("host_framing", all);
+    for (const Sent& each : fewOf(messages)) {
+        Seed packet;
+        packet.raw(host::packEnvelope({each.header, 0, static_cast<std::uint32_t>(each.image.size())}));
+        packet.raw(each.image);
+        all.u8(0).chunk(packet.bytes);
+    }
+    files.add("host_framing", all);
+}
+
+/// The steps of presented_service: two browsers join, the sample plays, one of them sends all that it can.
+void writeSteps(SeedFiles& files, const Messages& messages) {
+    enum Step : unsigned int { kSample, kOwnBroadcast, kCommand, kJoin, kLeave, kOperator };
+    constexpr unsigned int kPieces = 25;
+    Seed begin;
+    begin.u8(kJoin).u8(kSample).u8(kPieces);
+    Seed all = begin;
+    all.u8(kJoin + 6);
+    for (const Sent& each : fewOf(messages)) {
+        all.u8(kCommand).u8(placeOf(each.header)).chunk(each.image);
+    }
+    all.u8(kSample).u8(kPieces).u8(kOperator).chunk(std::string(R"({"command":"status"})")).u8(kLeave);
+    files.add("presented_service", begin);
+    files.add("presented_service", all);
+}
+
+}  // namespace
+
+void writeMessageSeeds(SeedFiles& files) {
+    const Messages fromBrowser = commands();
+    writeRecords(files, "event_decoding", events());
+    writeRecords(files, "command_decoding", fromBrowser);
+    writePackets(files, fromBrowser);
+    writeSteps(files, fromBrowser);
+}
+
+}  // namespace fuzz

@@ -1,0 +1,58 @@
+// The operator's lines: as requests, whose answers dtvctl then shows, and as answers of something that is no service of
+// ours.
+#include "print_answers.h"
+#include "running_service.h"
+#include "safe_json.h"
+#include "watch.h"
+
+namespace {
+
+using nlohmann::json;
+
+/// Shows an answer in each way that dtvctl has. One that lacks a value throws, as documented.
+void show(const json& answer) {
+    for (const auto text : {dtvctl::channelsText, dtvctl::statusText, dtvctl::statisticsText, dtvctl::valuesText,
+                            dtvctl::presentedText}) {
+        try {
+            fuzz::expectPrintable(text(answer), "answer as text");
+        } catch (const json::exception&) {
+        }
+    }
+    const std::string line = dtvctl::safeJson(answer);
+    fuzz::expectJson(line, "answer as JSON");
+    fuzz::expectPrintable(line, "answer as JSON");
+}
+
+void compare(const json& before, const json& after) {
+    try {
+        for (const json& change : dtvctl::changesBetween(before, after)) {
+            fuzz::expectPrintable(dtvctl::changeText(change), "change as text");
+        }
+    } catch (const json::exception&) {
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    return fuzz::run(data, size, {64U << 20U, 40000}, [](fuzz::Input input) {
+        constexpr std::size_t kUntilPresented = 400;
+        fuzz::RunningService service;
+        service.playSample(kUntilPresented);
+        service.join(1);
+        json before;
+        std::string lines = input.restAsText();
+        for (std::size_t begin = 0; begin < lines.size();) {
+            const std::size_t end = std::min(lines.find('\n', begin), lines.size());
+            const std::string line = lines.substr(begin, end - begin);
+            show(json::parse(service.ask(line)));
+            const json answer = json::parse(line, nullptr, false);
+            if (answer.is_object()) {
+                show(answer);
+                compare(before, answer);
+                before = answer;
+            }
+            begin = end + 1;
+        }
+    });
+}
