@@ -12,7 +12,7 @@ using velmora::dvbservice::AITStorage;
 using velmora::dvbservice::BrowserAITCatcher;
 
 /// Checks that each delivered section is the one that was fed or stored.
-class Client : public velmora::dtv::AITSectionClient {
+class Client final : public velmora::dtv::AITSectionClient {
 public:
     std::size_t longest = 0;
 

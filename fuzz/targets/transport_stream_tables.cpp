@@ -33,12 +33,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Listener listener;
         broadcast::Demux demux;
         broadcast::SiDatabase database(demux, listener);
-        for (const std::uint16_t pid : {0x0101, 0x0102}) {
-            demux.watch(pid, [](broadcast::TsPacket packet) {
-                broadcast::ptsOf(packet);
-                broadcast::temiTimelinesOf(packet);
-            });
-        }
+        constexpr std::uint16_t kVideoOfSample = 0x0101;
+        demux.watch(kVideoOfSample, [](broadcast::TsPacket packet) {
+            broadcast::ptsOf(packet);
+            broadcast::temiTimelinesOf(packet);
+        });
         fuzz::BroadcastInput broadcast(demux);
         while (!input.isEmpty()) {
             broadcast.play(input);
