@@ -19,6 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             catcher->sendAITData(text, {});
         } catch (const std::invalid_argument&) {
             // Not made of numbers.
+        } catch (const std::out_of_range&) {
+            // A number that no int holds.
         }
         catcher->getAITDataAsyc(text);
     });

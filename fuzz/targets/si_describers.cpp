@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::vector<std::uint8_t> section = input.rest();
         fuzz::expectPrintable(text::printable(si::toUtf8(section)), "text");
         parse(section);
-        print(section);
+        si::describeSection(section);
         fuzz::putRight(section);
         parse(section);
         print(section);

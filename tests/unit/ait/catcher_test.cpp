@@ -225,6 +225,7 @@ TEST_F(ACatcher, SplitsAKeyAtItsColons) {
     }
     EXPECT_THROW(catcher.sendAITData("1::3", section), std::invalid_argument);
     EXPECT_THROW(catcher.sendAITData("a:2:3", section), std::invalid_argument);
+    EXPECT_THROW(catcher.sendAITData("1:2:99999999999", section), std::out_of_range);
     catcher.sendAITData("4:5:6", section);
     EXPECT_EQ(client.deliveries().back(), (Delivery{4, 5, 6, section})) << "the lock was released";
 }

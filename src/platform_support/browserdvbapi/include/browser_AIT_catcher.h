@@ -8,7 +8,8 @@
 // Blocks:  updateAIT() while another delivery's client call runs.
 // Locks:   mutex serialises deliveries and is held during the client's call; stateLock guards the stored sections and
 //          the keys and is not held during any call out. Never both.
-// Fails:   as each operation says; std::invalid_argument for a channel key that is not made of numbers.
+// Fails:   as each operation says; std::invalid_argument for a channel key that is not made of numbers, and
+//          std::out_of_range for a number that no int holds.
 #pragma once
 
 #include <pthread.h>
