@@ -25,6 +25,10 @@ Value get(const nlohmann::json& request, const char* name) {
 
 template <typename Number>
 Number getNumber(const nlohmann::json& request, const char* name) {
+    // The conversion of a number with a fraction or an exponent is undefined if it has more than 64 bits.
+    if (request.contains(name) && request.at(name).is_number_float()) {
+        throw std::invalid_argument(std::string(name) + " is out of range");
+    }
     const auto value = get<std::int64_t>(request, name);
     const auto number = static_cast<Number>(value);
     // An unsigned number above the int64_t range arrives here as a negative int64_t, but is not negative.

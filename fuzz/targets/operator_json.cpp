@@ -3,6 +3,8 @@
 #include "print_answers.h"
 #include "running_service.h"
 #include "safe_json.h"
+#include "service_client.h"
+#include "text/printable.h"
 #include "watch.h"
 
 namespace {
@@ -32,6 +34,19 @@ void compare(const json& before, const json& after) {
     }
 }
 
+/// Takes a line for an answer, as dtvctl does, and compares it with the one before.
+void readAndShow(const std::string& line, json& before) {
+    try {
+        json answer = dtvctl::readAnswer(line);
+        show(answer);
+        compare(before, answer);
+        before = std::move(answer);
+    } catch (const dtvctl::NoService&) {
+    } catch (const dtvctl::Refused& refused) {
+        fuzz::expectPrintable(text::printable(refused.what()), "reason of a refusal");
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -45,13 +60,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (std::size_t begin = 0; begin < lines.size();) {
             const std::size_t end = std::min(lines.find('\n', begin), lines.size());
             const std::string line = lines.substr(begin, end - begin);
-            show(json::parse(service.ask(line)));
-            const json answer = json::parse(line, nullptr, false);
-            if (answer.is_object()) {
-                show(answer);
-                compare(before, answer);
-                before = answer;
-            }
+            readAndShow(service.ask(line), before);
+            readAndShow(line, before);
             begin = end + 1;
         }
     });

@@ -36,12 +36,20 @@ std::string listText(const json& list) {
     return text.empty() ? "none" : text;
 }
 
+/// A CA system's number in hexadecimal, any other value as it is.
+std::string caSystemText(const json& system) {
+    if (!system.is_number_unsigned()) {
+        return shown(system);
+    }
+    char text[24];
+    std::snprintf(text, sizeof text, "0x%04llX", system.get<unsigned long long>());
+    return text;
+}
+
 std::string messageText(const json& message) {
-    char system[8];
-    std::snprintf(system, sizeof system, "0x%04X", message.at("ca_system_id").get<unsigned int>());
     return "browser " + shown(message.at("browser")) + ", session " + shown(message.at("ca_session")) + ", CA system " +
-           system + ", " + shown(message.at("message_type")) + ", " + shown(message.at("length")) + " bytes: \"" +
-           shown(message.at("message")) + "\"";
+           caSystemText(message.at("ca_system_id")) + ", " + shown(message.at("message_type")) + ", " +
+           shown(message.at("length")) + " bytes: \"" + shown(message.at("message")) + "\"";
 }
 
 }  // namespace

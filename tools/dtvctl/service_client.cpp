@@ -41,8 +41,19 @@ json ServiceClient::ask(const json& request) {
     if (!line) {
         throw NoService(errno == EAGAIN ? "the service does not answer" : "the service has gone");
     }
-    json answer = json::parse(*line, nullptr, false);
-    if (!answer.is_object() || !answer.contains("ok") || !answer["ok"].is_boolean()) {
+    return readAnswer(*line);
+}
+
+/// Whatever shows, copies or compares an answer goes down all of its levels, so a deep one would exhaust the stack.
+json readAnswer(const std::string& line) {
+    constexpr int kDeepest = 32;
+    bool isTooDeep = false;
+    const auto keep = [&isTooDeep](int depth, json::parse_event_t, const json&) {
+        isTooDeep = isTooDeep || depth > kDeepest;
+        return !isTooDeep;
+    };
+    json answer = json::parse(line, keep, false);
+    if (isTooDeep || !answer.is_object() || !answer.contains("ok") || !answer["ok"].is_boolean()) {
         throw NoService("what serves the socket does not answer as the service does");
     }
     if (!answer["ok"].get<bool>()) {

@@ -20,6 +20,9 @@ struct Refused : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// The answer of a line; an answer has only a few levels of nesting.
+nlohmann::json readAnswer(const std::string& line);
+
 class ServiceClient {
 public:
     /// Connects to the socket. `newPatience`: the longest wait for each part of an answer.

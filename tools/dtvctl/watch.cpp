@@ -121,7 +121,7 @@ std::string changeText(const json& change) {
         return inputText(change);
     }
     if (event == "browser_connected" || event == "browser_disconnected") {
-        return "browser " + change.at("browser").dump() + event.substr(7).replace(0, 1, " ");
+        return "browser " + change.at("browser").dump(-1, ' ', true) + event.substr(7).replace(0, 1, " ");
     }
     std::string values;
     for (const auto& value : change.items()) {
@@ -131,7 +131,8 @@ std::string changeText(const json& change) {
             values += (values.empty() ? "" : ", ") + name + " " + value.value().dump(-1, ' ', true);
         }
     }
-    return (change.contains("input") ? "input " + change.at("input").dump() + ": " : std::string()) + values;
+    return (change.contains("input") ? "input " + change.at("input").dump(-1, ' ', true) + ": " : std::string()) +
+           values;
 }
 
 void watch(ServiceClient& client, bool asJson) {

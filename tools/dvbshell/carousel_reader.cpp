@@ -11,6 +11,7 @@ namespace dvbshell {
 namespace {
 
 constexpr std::size_t kMostBytes = 16U << 20U;  // of a module
+constexpr std::size_t kMostCompressed = 100;    // times; real modules stay far below
 constexpr std::size_t kMostBytesInAll = 128U << 20U;
 constexpr std::size_t kMostModules = 4096;
 constexpr std::size_t kMostGateways = 64;
@@ -19,7 +20,7 @@ constexpr std::size_t kMostDepth = 32;
 constexpr std::size_t kMostLines = 10000;
 
 std::vector<std::uint8_t> uncompressed(const std::string& bytes, std::size_t size) {
-    std::vector<std::uint8_t> result(std::min(size, kMostBytes));
+    std::vector<std::uint8_t> result(size);
     uLongf length = result.size();
     const int code = uncompress(result.data(), &length, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size());
     result.resize(code == Z_OK ? length : 0);
@@ -57,13 +58,15 @@ std::size_t CarouselReader::Module::blockCount() const {
 }
 
 bool CarouselReader::Module::isReadable() const {
-    return info.size <= kMostBytes && blockCount() != 0 && blockCount() <= kMostBlocks;
+    const std::size_t original = info.originalSize.value_or(0);
+    return info.size <= kMostBytes && original <= kMostBytes && original / kMostCompressed <= info.size &&
+           blockCount() != 0 && blockCount() <= kMostBlocks;
 }
 
 std::size_t CarouselReader::Module::cost() const {
     constexpr std::size_t kPlaceOfABlock = 96;  // beside its bytes
-    const std::size_t original = std::min<std::size_t>(info.originalSize.value_or(0), kMostBytes);
-    return isReadable() ? std::max<std::size_t>(info.size, original) + blockCount() * kPlaceOfABlock : 0;
+    const std::size_t bytes = std::max(info.size, info.originalSize.value_or(0));
+    return isReadable() ? bytes + blockCount() * kPlaceOfABlock : 0;
 }
 
 void CarouselReader::Module::read() {

@@ -2,8 +2,8 @@
 // 13818-6, clauses 7.3 and 11.3).
 // Threads: one.
 // Blocks:  never.
-// Fails:   never; modules of more than 16 MiB, empty and malformed ones have no objects. Modules beyond the limits of
-//          number and size are left out.
+// Fails:   never; modules of more than 16 MiB or compressed more than a hundred times, empty and malformed ones have no
+//          objects. Modules beyond the limits of number and size are left out.
 #pragma once
 
 #include <map>

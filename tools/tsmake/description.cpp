@@ -306,13 +306,25 @@ Multiplex readMultiplex(JsonReader& in) {
     return multiplex;
 }
 
+/// An error shows the wrong value, and so goes down all of its levels: a deep one would exhaust the stack.
+nlohmann::json parseJson(const std::string& text) {
+    constexpr int kDeepest = 32;
+    constexpr bool kWithExceptions = true;
+    constexpr bool kWithComments = true;
+    const auto keep = [](int depth, nlohmann::json::parse_event_t, const nlohmann::json&) {
+        if (depth > kDeepest) {
+            throw DescriptionError("lists and objects are nested more than " + std::to_string(kDeepest) + " times");
+        }
+        return true;
+    };
+    return nlohmann::json::parse(text, keep, kWithExceptions, kWithComments);
+}
+
 }  // namespace
 
 std::optional<Multiplex> parseDescription(const std::string& text, std::string& error) {
-    constexpr bool kWithExceptions = true;
-    constexpr bool kWithComments = true;
     try {
-        const nlohmann::json json = nlohmann::json::parse(text, nullptr, kWithExceptions, kWithComments);
+        const nlohmann::json json = parseJson(text);
         JsonReader reader(json, "");
         Multiplex multiplex = readMultiplex(reader);
         reader.finish();

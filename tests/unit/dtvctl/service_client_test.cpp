@@ -72,6 +72,8 @@ TEST(AServiceClient, TellsARefusalFromAServiceThatIsNone) {
     EXPECT_EQ(thrownFor<dtvctl::NoService>("hello"), none);
     EXPECT_EQ(thrownFor<dtvctl::NoService>(R"({"ok":1})"), none);
     EXPECT_EQ(thrownFor<dtvctl::NoService>("{\"ok\":true,\"x\":\"\xff\"}"), none);
+    const std::string deep(100000, '[');
+    EXPECT_EQ(thrownFor<dtvctl::NoService>(R"({"ok":true,"x":)" + deep + std::string(deep.size(), ']') + "}"), none);
     EXPECT_THROW(dtvctl::ServiceClient("/nonexistent/socket"), dtvctl::NoService);
 }
 

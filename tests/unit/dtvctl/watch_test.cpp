@@ -54,6 +54,12 @@ TEST(AWatch, TellsEachChange) {
                                      "filters 3", "osd layers [4]"));
 }
 
+TEST(AWatch, EscapesWhatControlsATerminal) {
+    json after = aStatus();
+    after["browsers"] = {"\u202e"};
+    EXPECT_THAT(textsBetween(aStatus(), after), testing::ElementsAre("browser \"\\u202e\" connected"));
+}
+
 TEST(AWatch, TellsAnotherReasonOfAFailure) {
     json before = aStatus();
     before["inputs"][0]["state"] = "failed";

@@ -29,12 +29,21 @@ std::string message(unsigned int tableId, unsigned int messageId, std::uint32_t 
 struct Module {
     std::uint16_t id;
     std::uint32_t size;
+    std::uint32_t originalSize = 0;  // 0: not compressed
 };
+
+/// The module's information: time-outs, no taps, and the descriptor of a compressed module.
+std::string infoOf(const Module& module) {
+    const std::string descriptor = be(0x09, 1) + be(5, 1) + be(0, 1) + be(module.originalSize, 4);
+    return module.originalSize == 0 ? std::string()
+                                    : std::string(12, '\0') + be(0, 1) + be(descriptor.size(), 1) + descriptor;
+}
 
 std::string announcing(std::uint32_t carousel, const std::vector<Module>& modules) {
     std::string list;
     for (const Module& module : modules) {
-        list += be(module.id, 2) + be(module.size, 4) + be(0, 1) + be(0, 1);
+        const std::string info = infoOf(module);
+        list += be(module.id, 2) + be(module.size, 4) + be(0, 1) + be(info.size(), 1) + info;
     }
     return message(
         0x3B, 0x1002, 0,
@@ -80,6 +89,12 @@ TEST(ACarousel, IsCompleteWithoutTheBytesOfEmptyAndOfTooLargeModules) {
     EXPECT_FALSE(reader.isComplete());
     reader.add(block(5, 1, "abc"));
     EXPECT_TRUE(reader.isComplete());
+}
+
+TEST(ACarousel, DoesNotWaitForModulesThatAreCompressedMoreThanAHundredTimes) {
+    CarouselReader reader;
+    reader.add(announcing(5, {{1, 100, 10099}, {2, 100, 10100}, {3, 16U << 20U, (16U << 20U) + 1}}));
+    EXPECT_EQ(reader.progress(), "2 of 3 modules have arrived");
 }
 
 TEST(ACarousel, KeepsItsGatewayBesideAnother) {

@@ -45,6 +45,12 @@ TEST(ADescription, NamesEachPartOfAnObjectsPath) {
     }
 }
 
+TEST(ADescription, IsRefusedIfItIsNestedTooDeeply) {
+    const std::string deep(100000, '[');
+    EXPECT_EQ(errorOf(R"({"bitRate": )" + deep + std::string(deep.size(), ']') + "}"),
+              "lists and objects are nested more than 32 times");
+}
+
 TEST(ADescription, MayHoldEverything) {
     std::string error;
     const std::optional<Multiplex> multiplex = tsmake::parseDescription(everything(), error);
