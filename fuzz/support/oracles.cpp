@@ -5,6 +5,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -98,10 +99,11 @@ Work::Work(std::size_t newInputSize, Allowance newAllowance)
 
 Work::~Work() {
     const std::uint64_t bytes = allocatedBytes.load(std::memory_order_relaxed) - bytesBefore;
-    if (bytes > most.bytes) {
-        most = {inputSize, bytes};
-    }
     const std::uint64_t allowed = allowance.base + std::uint64_t{allowance.perByte} * inputSize;
+    if (static_cast<double>(bytes) * static_cast<double>(most.allowed) >
+        static_cast<double>(most.bytes) * static_cast<double>(allowed)) {
+        most = {inputSize, bytes, allowed};
+    }
     expect(bytes <= allowed, "an input of " + std::to_string(inputSize) + " bytes asks for " + std::to_string(bytes) +
                                  " bytes of memory in all, " + std::to_string(allowed) + " are allowed");
 #ifdef DTV_FUZZING
@@ -124,6 +126,10 @@ void fail(const std::string& what) {
 }
 
 void expectPrintable(std::string_view text, const std::string& what) {
+    const auto isPlain = [](char character) { return (character >= ' ' && character <= '~') || character == '\n'; };
+    if (std::all_of(text.begin(), text.end(), isPlain)) {
+        return;  // the usual case, without a look at each character's code
+    }
     const auto escape = [&](std::string_view bytes, text::Character character) {
         if (bytes != "\n") {
             fail(what + (character.size == 0 ? ": not UTF-8: " : ": controls a terminal: ") + text::printable(text));

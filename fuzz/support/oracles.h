@@ -40,10 +40,11 @@ private:
     const double secondsBefore;
 };
 
-/// The most expensive input so far.
+/// The input so far that came nearest to its limit.
 struct MostWork {
     std::size_t inputSize = 0;
     std::uint64_t bytes = 0;
+    std::uint64_t allowed = 1;
 };
 const MostWork& mostWork();
 

@@ -36,7 +36,7 @@ void record(const std::vector<std::uint8_t>& bytes) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    return fuzz::run(data, size, {1U << 20U, 40000}, [](fuzz::Input input) {
+    return fuzz::run(data, size, {1U << 20U, 4000}, [](fuzz::Input input) {
         Client client;
         velmora::dvbservice::DvbAITSectionAPI::getInstance()->registerClient(&client);
         BrowserAITCatcher catcher;

@@ -7,7 +7,7 @@
 #include "text/printable.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    return fuzz::run(data, size, {16U << 20U, 100000}, [](fuzz::Input input) {
+    return fuzz::run(data, size, {256U << 10U, 4000}, [](fuzz::Input input) {
         constexpr std::size_t kMostKept = 1U << 20U;
         broadcast::EventObjects objects({0, 1}, kMostKept);
         dvbshell::CarouselReader reader;

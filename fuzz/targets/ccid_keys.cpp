@@ -6,7 +6,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static auto* const catcher = velmora::dvbservice::BrowserAITCatcher::getInstance();
-    return fuzz::run(data, size, {1U << 20U, 2000}, [](fuzz::Input input) {
+    return fuzz::run(data, size, {64U << 10U, 400}, [](fuzz::Input input) {
         const std::uint16_t onid = input.u16();
         const std::uint16_t tsid = input.u16();
         const std::uint16_t sid = input.u16();

@@ -4,7 +4,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static auto* const service = velmora::dvbservice::BrowserDVBService::getInstance();
-    return fuzz::run(data, size, {1U << 20U, 2000}, [](fuzz::Input input) {
+    return fuzz::run(data, size, {64U << 10U, 400}, [](fuzz::Input input) {
         const std::string info = input.restAsText();
         service->updateCurrentChannelInfo(info);
         int onid = -2;

@@ -4,7 +4,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     constexpr dtvservice::Browser kBrowser = 1;
-    return fuzz::run(data, size, {64U << 20U, 40000}, [](fuzz::Input input) {
+    return fuzz::run(data, size, {8U << 20U, 8000}, [](fuzz::Input input) {
         constexpr std::size_t kUntilPresented = 400;
         fuzz::RunningService service;
         service.playSample(kUntilPresented);

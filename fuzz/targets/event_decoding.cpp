@@ -37,7 +37,7 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     // Never destroyed: the library keeps the listener until the process ends.
     static auto* const library = new Library;
-    return fuzz::run(data, size, {1U << 20U, 20000}, [](fuzz::Input input) {
+    return fuzz::run(data, size, {256U << 10U, 4000}, [](fuzz::Input input) {
         while (!input.isEmpty()) {
             const std::uint8_t place = input.u8();
             fuzz::wire::deliver(place, 1, input.chunk());

@@ -169,7 +169,7 @@ void putRight(std::vector<std::uint8_t>& packet) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const Host host;
     static std::uint64_t clients = 0;
-    return fuzz::run(data, size, {8U << 20U, 2000}, [](fuzz::Input input) {
+    return fuzz::run(data, size, {4U << 20U, 1000}, [](fuzz::Input input) {
         constexpr std::uint8_t kUnchanged = 0x80;
         std::string error;
         const std::shared_ptr<host::SectionRing> ring = host::SectionRing::create(64, 2, error);

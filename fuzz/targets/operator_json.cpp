@@ -50,7 +50,7 @@ void readAndShow(const std::string& line, json& before) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    return fuzz::run(data, size, {64U << 20U, 40000}, [](fuzz::Input input) {
+    return fuzz::run(data, size, {16U << 20U, 8000}, [](fuzz::Input input) {
         constexpr std::size_t kUntilPresented = 400;
         fuzz::RunningService service;
         service.playSample(kUntilPresented);

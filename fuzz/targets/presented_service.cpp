@@ -38,7 +38,7 @@ void doNext(fuzz::RunningService& service, fuzz::BroadcastInput& broadcast, fuzz
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    return fuzz::run(data, size, {64U << 20U, 100000}, [](fuzz::Input input) {
+    return fuzz::run(data, size, {16U << 20U, 20000}, [](fuzz::Input input) {
         fuzz::RunningService service;
         fuzz::BroadcastInput broadcast(service.demux());
         while (!input.isEmpty()) {

@@ -41,7 +41,7 @@ std::uint64_t countPackets(dtvservice::PacketReader& reader) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    return fuzz::run(data, size, {8U << 20U, 1000}, [size](fuzz::Input input) {
+    return fuzz::run(data, size, {1U << 20U, 200}, [size](fuzz::Input input) {
         dtvservice::RtpReorderer reorderer;
         std::vector<std::uint8_t> payload;
         while (!input.isEmpty()) {

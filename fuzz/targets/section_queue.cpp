@@ -124,7 +124,7 @@ void openForeign(fuzz::Input& input) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    return fuzz::run(data, size, {1U << 20U, 10000}, [](fuzz::Input input) {
+    return fuzz::run(data, size, {128U << 10U, 12000}, [](fuzz::Input input) {
         if (input.u8() % 2 == 0) {
             useBothEnds(input);
         } else {

@@ -55,7 +55,7 @@ void print(const std::vector<std::uint8_t>& section) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    return fuzz::run(data, size, {1U << 20U, 20000}, [](fuzz::Input input) {
+    return fuzz::run(data, size, {256U << 10U, 2000}, [](fuzz::Input input) {
         std::vector<std::uint8_t> section = input.rest();
         fuzz::expectPrintable(text::printable(si::toUtf8(section)), "text");
         parse(section);

@@ -29,7 +29,7 @@ class Listener : public broadcast::SiListener {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    return fuzz::run(data, size, {8U << 20U, 20000}, [](fuzz::Input input) {
+    return fuzz::run(data, size, {2U << 20U, 2000}, [](fuzz::Input input) {
         Listener listener;
         broadcast::Demux demux;
         broadcast::SiDatabase database(demux, listener);

@@ -7,7 +7,7 @@
 #include "text/printable.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    return fuzz::run(data, size, {256U << 20U, 100000}, [](fuzz::Input input) {
+    return fuzz::run(data, size, {16U << 20U, 8000}, [](fuzz::Input input) {
         constexpr std::uint64_t kMostBitRate = 4000000;  // others only take longer
         std::string error;
         const std::optional<tsmake::Multiplex> multiplex = tsmake::parseDescription(input.restAsText(), error);
