@@ -258,6 +258,8 @@ int serve(const Options& options) {
 
 int main(int argc, char** argv) {
     command_line::keepStandardDescriptors();
+    // Far more than a browser needs, and few enough that one which sends without end does not delay the others.
+    setenv("DTV_CLIENT_RATE", "2000", 0);
     std::set_new_handler(&endWithoutMemory);
     command_line::checkOutputAtExit("dtvserviced");
     const Options options = parseOptions(argc, argv);

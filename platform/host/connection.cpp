@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "host_log.h"
+#include "settings.h"
 
 namespace host {
 
@@ -57,7 +58,10 @@ bool noRoom(int error) {
 }  // namespace
 
 Connection::Connection(int connectedSocket, std::uint32_t peerNumber)
-    : descriptor(connectedSocket), peerNumber_(peerNumber), longestPacket(longestPacketOf(connectedSocket)) {}
+    : pace(settings().clientRate),
+      descriptor(connectedSocket),
+      peerNumber_(peerNumber),
+      longestPacket(longestPacketOf(connectedSocket)) {}
 
 Connection::~Connection() {
     close(descriptor);

@@ -48,7 +48,7 @@ public:
 
     // Used only by the transport thread.
     std::uint64_t dropped = 0;  ///< unusable messages received; the first one is logged
-    ReadingPace pace;           ///< of a client's packets
+    ReadingPace pace;           ///< at which a service reads the client's packets
 
 private:
     struct Packet {

@@ -98,9 +98,8 @@ void IOService::pollOnce() {
         const bool isFlushed = (ready & POLLOUT) == 0 || polled[index]->flush();
         const bool hasGone = !isFlushed || (ready & (POLLHUP | POLLERR)) != 0;
         // What the peer has sent before it went is handled first.
-        const bool hasMore = (ready & (POLLIN | POLLHUP | POLLERR)) != 0
-                                 ? receive(*polled[index], mostPackets, hasGone)
-                                 : isFlushed;
+        const bool hasMore =
+            (ready & (POLLIN | POLLHUP | POLLERR)) != 0 ? receive(*polled[index], mostPackets, hasGone) : isFlushed;
         if (!hasMore) {
             closeConnection(polled[index]);
         }
@@ -115,7 +114,7 @@ void IOService::pollOnce() {
 
 /// Whether the client has sent so much that it must wait. A service's messages are all wanted.
 bool IOService::isPaused(const Connection& connection, ReadingPace::Clock::time_point now) const {
-    return isService() && !connection.pace.mayRead(now);
+    return isService() && connection.pace.isLimited() && !connection.pace.mayRead(now);
 }
 
 /// How long to wait for the sockets, in milliseconds, if those of clients that are paused now are not watched.
@@ -210,7 +209,7 @@ void IOService::closeConnection(const std::shared_ptr<Connection>& connection) {
 /// wake the thread again and again.
 bool IOService::receive(Connection& connection, int mostPackets, bool hasGone) {
     for (int count = 0; count < mostPackets && !stopping; ++count) {
-        const auto now = ReadingPace::Clock::now();
+        const auto now = connection.pace.isLimited() ? ReadingPace::Clock::now() : ReadingPace::Clock::time_point();
         if (!hasGone && isPaused(connection, now)) {
             return true;
         }

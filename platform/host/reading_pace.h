@@ -7,25 +7,29 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 
 namespace host {
 
 class ReadingPace {
 public:
     using Clock = std::chrono::steady_clock;
-    /// Packets in a burst after a pause, and in a second without one.
+    /// Packets in a burst after a pause.
     static constexpr int kBurst = 1000;
-    static constexpr int kPerSecond = 2000;
 
+    /// `perSecond`: packets a second without a pause, up to a million; 0: any number.
+    explicit ReadingPace(std::uint32_t perSecond)
+        : packet(perSecond == 0 ? Clock::duration::zero() : Clock::duration(std::chrono::seconds(1)) / perSecond) {}
+
+    bool isLimited() const { return packet != Clock::duration::zero(); }
     bool mayRead(Clock::time_point now) const { return now >= readableAt(); }
     /// When the next packet may be read.
-    Clock::time_point readableAt() const { return usedUpTo - (kBurst - 1) * kPacket; }
+    Clock::time_point readableAt() const { return usedUpTo - (kBurst - 1) * packet; }
     /// A packet has been read.
-    void read(Clock::time_point now) { usedUpTo = std::max(usedUpTo, now) + kPacket; }
+    void read(Clock::time_point now) { usedUpTo = std::max(usedUpTo, now) + packet; }
 
 private:
-    static constexpr Clock::duration kPacket = Clock::duration(std::chrono::seconds(1)) / kPerSecond;
-
+    const Clock::duration packet;
     Clock::time_point usedUpTo;  // each packet uses up its share of the time
 };
 

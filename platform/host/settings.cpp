@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 
@@ -54,10 +55,25 @@ std::string runDirectoryOf(const std::string& value) {
     return value;
 }
 
+std::uint32_t clientRateOf(const std::string& value) {
+    constexpr std::uint32_t kHighest = 1000000;
+    std::uint32_t rate = 0;
+    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), rate);
+    if (error == std::errc() && end == value.data() + value.size() && rate <= kHighest) {
+        return rate;
+    }
+    if (!value.empty()) {
+        std::fprintf(stderr, "DTV_CLIENT_RATE: \"%s\" is no number from 0 to %u; taken as 0\n", value.c_str(),
+                     kHighest);
+    }
+    return 0;
+}
+
 }  // namespace
 
 Settings readSettings() {
-    return {runDirectoryOf(variable("DTV_RUN_DIR")), thresholdOf(variable("DTV_LOG_LEVEL")), variable("DTV_LOG_FILE")};
+    return {runDirectoryOf(variable("DTV_RUN_DIR")), thresholdOf(variable("DTV_LOG_LEVEL")), variable("DTV_LOG_FILE"),
+            clientRateOf(variable("DTV_CLIENT_RATE"))};
 }
 
 const Settings& settings() {

@@ -8,6 +8,8 @@ namespace {
 using namespace std::chrono_literals;
 using host::ReadingPace;
 
+constexpr int kPerSecond = 2000;
+
 class AReadingPace : public testing::Test {
 protected:
     /// Reads all that may be read at this time, and returns the number.
@@ -20,10 +22,20 @@ protected:
     }
 
     const ReadingPace::Clock::time_point begin = ReadingPace::Clock::time_point(1h);
-    ReadingPace pace;
+    ReadingPace pace{kPerSecond};
 };
 
 }  // namespace
+
+TEST(AReadingPaceWithoutALimit, AllowsEverything) {
+    ReadingPace pace(0);
+    const ReadingPace::Clock::time_point now(1h);
+    for (int count = 0; count < 2 * ReadingPace::kBurst; ++count) {
+        pace.read(now);
+    }
+    EXPECT_TRUE(pace.mayRead(now));
+    EXPECT_FALSE(pace.isLimited());
+}
 
 TEST_F(AReadingPace, AllowsABurst) {
     EXPECT_EQ(readAt(begin), ReadingPace::kBurst);
@@ -38,11 +50,11 @@ TEST_F(AReadingPace, IsSteadyAfterTheBurst) {
     for (auto time = begin; time <= begin + 1s; time += 1ms) {
         count += readAt(time);
     }
-    EXPECT_EQ(count, ReadingPace::kPerSecond);
+    EXPECT_EQ(count, kPerSecond);
 }
 
 TEST_F(AReadingPace, AllowsABurstAgainAfterAPause) {
     readAt(begin);
-    EXPECT_EQ(readAt(begin + 100ms), ReadingPace::kPerSecond / 10);
+    EXPECT_EQ(readAt(begin + 100ms), kPerSecond / 10);
     EXPECT_EQ(readAt(begin + 1h), ReadingPace::kBurst);
 }

@@ -478,6 +478,7 @@ TEST(TheTransport, ServesClientsInTurn) {
 
 TEST(TheTransport, ReadsAFloodOnAndOnAndServesTheOthersMeanwhile) {
     constexpr std::size_t kFlood = 3 * host::ReadingPace::kBurst;
+    setenv("DTV_CLIENT_RATE", "5000", 1);
     Member service(kService);
     ASSERT_EQ(service.start(), 0);
     RawClient flooding("toy");
@@ -507,6 +508,7 @@ TEST(TheTransport, ReadsAFloodOnAndOnAndServesTheOthersMeanwhile) {
 
 TEST(TheTransport, ReadsWhatAFloodLeftBehindWhenItsClientHasGone) {
     constexpr std::size_t kFlood = 3 * host::ReadingPace::kBurst / 2;
+    setenv("DTV_CLIENT_RATE", "1", 1);
     Member service(kService);
     ASSERT_EQ(service.start(), 0);
     {
