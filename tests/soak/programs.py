@@ -1,4 +1,5 @@
 """Starts and ends the programs of a measurement, and reads what /proc and their output tell of them."""
+import atexit
 import os
 import signal
 import statistics
@@ -8,7 +9,8 @@ import time
 
 
 class Program:
-    """A process of its own session, so that a Ctrl-C does not reach it. Its log lines go to a file."""
+    """A process of its own session, so that a Ctrl-C does not reach it. Its log lines go to a file. It is killed when
+    this script ends, however that comes."""
 
     def __init__(self, arguments, run_directory, name, output=subprocess.DEVNULL):
         self.name = name
@@ -17,16 +19,27 @@ class Program:
         self.began = time.monotonic()
         self.process = subprocess.Popen(arguments, env=environment, stdin=subprocess.DEVNULL, stdout=output,
                                         stderr=subprocess.STDOUT, text=True, start_new_session=True)
+        atexit.register(self.kill)
+
+    def kill(self):
+        if self.process.poll() is None:
+            self.process.kill()
 
     def end(self, how=signal.SIGTERM, seconds=20):
         """Its exit code; that of a killed process if it does not end in time."""
         if self.process.poll() is None:
             self.process.send_signal(how)
         try:
-            return self.process.wait(seconds)
+            self.process.wait(seconds)
         except subprocess.TimeoutExpired:
             self.process.kill()
-            return self.process.wait()
+        return self.wait()
+
+    def wait(self):
+        """Its exit code, once it ends by itself."""
+        code = self.process.wait()
+        atexit.unregister(self.kill)
+        return code
 
 
 class Service(Program):

@@ -79,7 +79,7 @@ class Operator:
                              ["ca", "reply", layer, "0", "done"], ["ca", "reply", layer, "0"],
                              ["engine", slot], ["stop-terminals"], ["status"], ["statistics"], ["channels"],
                              ["tune", dice.choice(SERVICES)]])
-        Program([self.build + "/bin/dtvctl"] + words, dice.choice(self.run_directories), "dtvctl").process.wait()
+        Program([self.build + "/bin/dtvctl"] + words, dice.choice(self.run_directories), "dtvctl").wait()
         return 0.2
 
 
@@ -221,7 +221,8 @@ def main():
             soak.run(options.minutes * 60)
         except KeyboardInterrupt:
             print("interrupted", flush=True)
-        soak.end()
+        finally:
+            soak.end()
         print_table(soak)
     grown = [f"{each.name}: {figure} {row.verdict}" for each, figure, row in soak.rows() if growth.grows(row)]
     for fault in soak.faults + grown:
