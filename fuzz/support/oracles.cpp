@@ -29,7 +29,7 @@ class LogMemory {
 public:
     LogMemory() : file(memfd_create("log", MFD_CLOEXEC)) {
         setenv("DTV_LOG_FILE", ("/proc/self/fd/" + std::to_string(file)).c_str(), 1);
-        setenv("DTV_LOG_LEVEL", "trace", 1);
+        setenv("DTV_LOG_LEVEL", "ordinary", 1);
     }
     LogMemory(const LogMemory&) = delete;
     LogMemory& operator=(const LogMemory&) = delete;

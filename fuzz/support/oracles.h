@@ -59,7 +59,8 @@ void expectPrintable(std::string_view text, const std::string& what);
 /// One line that JSON's parser accepts.
 void expectJson(const std::string& line, const std::string& what);
 
-/// Checks the log lines since the last call. The fuzzers' processes write all of theirs, traces too, to memory.
+/// Checks the log lines since the last call. The fuzzers' processes write theirs to memory, all but traces, which have
+/// no text of others.
 void checkLog();
 
 /// Runs one input with all checks.

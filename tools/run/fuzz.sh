@@ -25,7 +25,7 @@ fuzz_one() {
     [ ! -d "$root/fuzz/corpus/$name" ] || inputs+=("$root/fuzz/corpus/$name")
     : >"$log"
     # Without the weights of the inputs, which take half of the time with these many small ones.
-    watched "fuzzing $name" far_fuzz "$log" "$folder/bin/fuzz_$name" -max_total_time="$2" -entropic=0 \
+    watched "fuzzing $name" far_fuzz "$log" "$folder/bin/fuzz_$name" -max_total_time="$2" -entropic=0 -max_len=8192 \
         -timeout=60 -rss_limit_mb=3000 -dict="$folder/messages.dict" -artifact_prefix="$findings/" "${inputs[@]}" || code=$?
     echo "run: $name: $(far_fuzz "$log")"
     [ "$code" -ne 0 ] || return 0

@@ -36,6 +36,6 @@ TEST_F(AnOperatorsRequest, IsRefusedWithTheReason) {
     EXPECT_EQ(requests.answer(R"({"command":"osd","layer":256})"), refused("layer is out of range"));
     EXPECT_EQ(requests.answer(R"({"command":"osd","layer":1.5})"), refused("layer is out of range"));
     EXPECT_EQ(requests.answer(R"({"command":"osd","layer":1e300})"), refused("layer is out of range"));
-    EXPECT_EQ(requests.answer(R"({"command":"osd","layer":true})"), refused("layer is out of range"));
+    EXPECT_EQ(requests.answer(R"({"command":"osd","layer":true})"), refused("layer is of the wrong kind"));
     EXPECT_EQ(requests.answer(R"({"command":"osd","layer":255})"), R"({"ok":true,"was":255})");
 }
