@@ -20,6 +20,7 @@
 #include "adapter.h"
 #include "app-browserdvbservice-proxy-main.h"
 #include "frame/process.h"
+#include "locks/lock.h"
 #include "velmora/msgqueue/ipc_message_queue.h"
 
 namespace {
@@ -33,26 +34,26 @@ class Answers : public lo::browserdvbservice::Adapter {
 public:
     int onVodMaxdomeSecureSerialNumber(frame::MsgIds&, const frame::TransportInfo&, const std::string&) override {
         {
-            const std::lock_guard<std::mutex> lock(mutex);
+            const locks::Lock lock(mutex);
             ++answered;
         }
         changed.notify_one();
         return 0;
     }
     std::uint64_t count() {
-        const std::lock_guard<std::mutex> lock(mutex);
+        const locks::Lock lock(mutex);
         return answered;
     }
     /// Whether there is an answer more.
     bool waitAfter(std::uint64_t before) {
-        std::unique_lock<std::mutex> lock(mutex);
-        return changed.wait_for(lock, 2s, [&] { return answered > before; });
+        locks::Lock lock(mutex);
+        return changed.wait_for(lock.forWaiting(), 2s, [&]() REQUIRES(mutex) { return answered > before; });
     }
 
 private:
     std::mutex mutex;
     std::condition_variable changed;
-    std::uint64_t answered = 0;  // guarded by mutex
+    std::uint64_t answered GUARDED_BY(mutex) = 0;
 };
 
 struct Service {

@@ -23,6 +23,8 @@
 #include <random>
 #include <thread>
 
+#include "locks/lock.h"
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -54,7 +56,7 @@ public:
 
     /// How long the answer took, or nothing when none came.
     std::optional<std::chrono::microseconds> ask() {
-        std::unique_lock<std::mutex> lock(mutex);
+        locks::Lock lock(mutex);
         const std::uint64_t question = ++asked;
         const auto begin = Clock::now();
         lock.unlock();
@@ -62,7 +64,7 @@ public:
             return std::nullopt;
         }
         lock.lock();
-        if (!changed.wait_for(lock, 2s, [&] { return answered == question; })) {
+        if (!changed.wait_for(lock.forWaiting(), 2s, [&]() REQUIRES(mutex) { return answered == question; })) {
             return std::nullopt;
         }
         return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - begin);
@@ -71,7 +73,7 @@ public:
 private:
     void onCaDrmConnected(std::uint64_t question, std::uint16_t, std::uint16_t) override {
         {
-            const std::lock_guard<std::mutex> lock(mutex);
+            const locks::Lock lock(mutex);
             answered = question;
         }
         changed.notify_one();
@@ -80,8 +82,8 @@ private:
     DvbAPIInterface& api;
     std::mutex mutex;
     std::condition_variable changed;
-    std::uint64_t asked = 0;     // guarded by mutex
-    std::uint64_t answered = 0;  // guarded by mutex
+    std::uint64_t asked GUARDED_BY(mutex) = 0;
+    std::uint64_t answered GUARDED_BY(mutex) = 0;
 };
 
 void tell(const char* kind, std::optional<std::chrono::microseconds> duration) {

@@ -508,7 +508,7 @@ TEST(TheTransport, ReadsAFloodOnAndOnAndServesTheOthersMeanwhile) {
 
 TEST(TheTransport, ReadsWhatAFloodLeftBehindWhenItsClientHasGone) {
     constexpr std::size_t kFlood = 3 * host::ReadingPace::kBurst / 2;
-    setenv("DTV_CLIENT_RATE", "1", 1);
+    setenv("DTV_CLIENT_RATE", "2000", 1);
     Member service(kService);
     ASSERT_EQ(service.start(), 0);
     {
