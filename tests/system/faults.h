@@ -197,21 +197,27 @@ inline rlimit limit(pid_t process, __rlimit_resource resource, rlim_t most) {
     return before;
 }
 
+/// A user who runs nothing else, also not another test.
+inline uid_t userWithoutProcesses() {
+    constexpr uid_t kAboveRealUsers = 1000000;
+    return kAboveRealUsers + static_cast<uid_t>(getpid());
+}
+
 /// For a new process, before its program: becomes another user.
-inline void becomeNobody() {
-    if (setgroups(0, nullptr) != 0 || setgid(kNobody) != 0 || setuid(kNobody) != 0) {
+inline void become(uid_t user) {
+    if (setgroups(0, nullptr) != 0 || setgid(user) != 0 || setuid(user) != 0) {
         _exit(126);
     }
 }
 
 /// Why no test can run the program as another user; empty if it can.
-inline std::string whyNotAsNobody(const std::string& program) {
+inline std::string whyNotAs(uid_t user, const std::string& program) {
     if (geteuid() != 0) {
         return "only root can run a program as another user";
     }
     const pid_t child = fork();
     if (child == 0) {
-        becomeNobody();
+        become(user);
         _exit(access(program.c_str(), X_OK) == 0 ? 0 : 1);
     }
     int status = 0;

@@ -9,6 +9,10 @@ namespace {
 using faults::Directory;
 using testing::HasSubstr;
 
+void becomeNobody() {
+    faults::become(faults::kNobody);
+}
+
 /// What the service writes and how it ends with this run directory.
 struct Start {
     int code = 0;
@@ -108,12 +112,13 @@ TEST(ARunDirectory, ThatIsFullEndsTheStartWithTheReason) {
 
 TEST(ARunDirectory, ThatIsReadOnlyEndsTheStartWithTheReason) {
     const bool isRoot = geteuid() == 0;
-    const std::string why = isRoot ? faults::whyNotAsNobody(DTVSERVICED) : "";
+    const std::string why = isRoot ? faults::whyNotAs(faults::kNobody, DTVSERVICED) : "";
     if (!why.empty()) {
         GTEST_SKIP() << why << "; root writes to everything";
     }
     const Directory directory(0500, isRoot ? faults::kNobody : geteuid());
-    const Start start = startIn(directory.path(), isRoot ? &faults::becomeNobody : std::function<void()>());
+    const Start start =
+        startIn(directory.path(), isRoot ? std::function<void()>(&becomeNobody) : std::function<void()>());
     EXPECT_EQ(start.code, 1);
     EXPECT_THAT(start.log, HasSubstr("cannot take " + directory.path() + "/browserdvbservice.lock: Permission denied"));
 }
@@ -129,12 +134,12 @@ TEST(ARunDirectory, OfAnotherUserIsRefused) {
 }
 
 TEST(ARunDirectory, OfAnotherUserIsNotUsedByABrowser) {
-    const std::string why = faults::whyNotAsNobody(DTVSERVICED);
+    const std::string why = faults::whyNotAs(faults::kNobody, DTVSERVICED);
     if (!why.empty()) {
         GTEST_SKIP() << why;
     }
     const Directory directory(0700, faults::kNobody);
-    const ServiceIn service(directory.path(), &faults::becomeNobody);
+    const ServiceIn service(directory.path(), &becomeNobody);
     ChildProcess browser(DVBSHELL, {"--seconds", "1", "sections", "0", "--count", "1"}, "browser", Runner::emulator,
                          [&] { setenv("DTV_RUN_DIR", directory.path().c_str(), 1); });
     constexpr int kNoService = 3;

@@ -215,14 +215,15 @@ TEST_F(AShortage, OfDescriptorsAtTheStartIsSurvivedOrNamed) {
 }
 
 TEST_F(AShortage, OfThreadsAtTheStartIsSurvivedOrNamed) {
-    const std::string why = faults::whyNotAsNobody(DTVSERVICED);
+    const uid_t user = faults::userWithoutProcesses();
+    const std::string why = faults::whyNotAs(user, DTVSERVICED);
     if (!why.empty()) {
         GTEST_SKIP() << why << "; the limit counts all threads of a user";
     }
     if (faults::kIsSanitized || faults::isEmulated()) {
         GTEST_SKIP() << "the sanitizers and the emulator need threads of their own";
     }
-    const faults::Directory directory(0700, faults::kNobody);
+    const faults::Directory directory(0700, user);
     Outcome outcome = Outcome::fails;
     constexpr rlim_t kEnough = 6;
     for (rlim_t most = 1; most <= kEnough; ++most) {
@@ -230,7 +231,7 @@ TEST_F(AShortage, OfThreadsAtTheStartIsSurvivedOrNamed) {
         outcome = outcomeUnder([&] {
             setenv("DTV_RUN_DIR", directory.path().c_str(), 1);
             unsetenv("DTV_LOG_FILE");
-            faults::becomeNobody();
+            faults::become(user);
             limit(getpid(), RLIMIT_NPROC, most);
         });
     }
