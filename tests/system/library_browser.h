@@ -3,7 +3,7 @@
 #pragma once
 
 #include <future>
-#include <mutex>
+#include <list>
 
 #include "browser_dvb_apis.h"
 #include "faults.h"
@@ -35,7 +35,13 @@ private:
     }
 };
 
-/// Never deleted, because a section may still arrive.
+/// An object that lives as long as the process, because another thread may use it until then.
+template <typename Object, typename... Arguments>
+Object& keptForLife(Arguments... arguments) {
+    static auto& all = *new std::list<Object>;
+    return all.emplace_back(std::move(arguments)...);
+}
+
 class CountingFilter final : public velmora::dtv::SectionFilterClient {
 public:
     void onSectionData(const std::string&, unsigned int, const unsigned char*, unsigned int) override {
@@ -96,7 +102,7 @@ protected:
         return result;
     }
 
-    static CountingFilter& newFilter() { return *new CountingFilter; }
+    static CountingFilter& newFilter() { return keptForLife<CountingFilter>(); }
 };
 
 }  // namespace faults

@@ -16,7 +16,6 @@ using faults::isIdle;
 using faults::limit;
 using faults::linesOf;
 using faults::timesIn;
-using testing::AnyOf;
 using testing::HasSubstr;
 
 constexpr rlim_t kFewDescriptors = 5;
@@ -101,6 +100,7 @@ TEST(AFullSharedMemoryDirectory, DoesNotMatter) {
         GTEST_SKIP() << "the machine lets this user mount no file system";
     }
     ChildProcess service(DTVSERVICED, {"--input", SAMPLE_FILE}, "service", Runner::emulator, fillIt);
+    ASSERT_TRUE(eventually([&] { return service.output().find("\nready") != std::string::npos; }));
     ChildProcess browser(DVBSHELL, {"--seconds", "20", "sections", "0", "--count", "3"}, "browser", Runner::emulator,
                          fillIt);
     EXPECT_EQ(browser.wait(), 0) << browser.output();
@@ -199,8 +199,8 @@ TEST_F(AShortage, OfDescriptorsLetsBrowsersAndOperatorsOfAServiceWait) {
 }
 
 TEST_F(AShortage, OfDescriptorsAtTheStartIsSurvivedOrNamed) {
-    if (faults::isEmulated()) {
-        GTEST_SKIP() << "the emulator needs descriptors of its own";
+    if (faults::kIsSanitized || faults::isEmulated()) {
+        GTEST_SKIP() << "the sanitizers and the emulator need descriptors of their own";
     }
     Outcome outcome = Outcome::fails;
     constexpr rlim_t kEnough = 16;

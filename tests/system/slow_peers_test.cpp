@@ -7,6 +7,9 @@ namespace {
 using faults::linesOf;
 using faults::timesIn;
 
+/// For some megabytes through a sanitized or emulated service.
+constexpr std::chrono::seconds kLong{100};
+
 class ASlowPeer : public faults::ALibraryBrowser {
 protected:
     ASlowPeer() { EXPECT_TRUE(connects()); }
@@ -24,13 +27,15 @@ TEST_F(ASlowPeer, ThatReadsNoEventsIsCutOffAlone) {
     faults::RawBrowser peer;
     ASSERT_TRUE(peer.isConnected);
     const std::string request = packetOf(lo::browserdvbservice::messages::CmdSendPMTCache::header(), {'\0'});
-    ASSERT_TRUE(eventually([&] {
-        constexpr int kBurst = 100;
-        for (int count = 0; count < kBurst; ++count) {
-            peer.send(request);
-        }
-        return peer.hasGone;
-    }));
+    ASSERT_TRUE(eventually(
+        [&] {
+            constexpr int kBurst = 100;
+            for (int count = 0; count < kBurst; ++count) {
+                peer.send(request);
+            }
+            return peer.hasGone;
+        },
+        kLong));
     EXPECT_TRUE(eventually([this] { return service.log().find("browser 2 disconnected") != std::string::npos; }));
     EXPECT_EQ(timesIn(service.log(), "has stalled with "), 1U);
     EXPECT_LT(linesOf(service.log()), 60U) << service.log();
@@ -93,10 +98,15 @@ TEST_F(ASlowPeer, ThatIsAnOperatorWithHalfARequestHoldsNobodyUp) {
 TEST_F(ASlowPeer, ThatIsAnOperatorWhoReadsNoAnswersIsCutOff) {
     faults::RawOperator peer;
     ASSERT_TRUE(peer.isConnected);
-    ASSERT_TRUE(eventually([&] {
-        peer.send("{\"command\":\"channels\"}\n");
-        return peer.hasGone;
-    }));
+    ASSERT_TRUE(eventually(
+        [&] {
+            constexpr int kBurst = 20;
+            for (int count = 0; count < kBurst; ++count) {
+                peer.send("{\"command\":\"channels\"}\n");
+            }
+            return peer.hasGone;
+        },
+        kLong));
     ChildProcess console(DTVCTL, {"status"}, "dtvctl");
     EXPECT_EQ(console.wait(), 0) << console.output();
     EXPECT_EQ(service.end(SIGTERM), 0);

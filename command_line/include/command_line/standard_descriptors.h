@@ -8,6 +8,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <initializer_list>
+
 namespace command_line {
 
 /// Keeps the numbers 0 to 2 of closed descriptors occupied. To read from them, or to write to them, fails as before.
