@@ -155,15 +155,18 @@ TEST_F(AShortage, OfAddressSpaceFailsABrowsersFirstFilterAtOnce) {
 
 TEST_F(AShortage, OfDescriptorsKeepsABrowserWaitingForItsService) {
     auto service = std::make_unique<ServiceProcess>();
-    ChildProcess browser(DVBSHELL, {"watch"}, "browser", Runner::emulator,
-                         [] { setenv("DTV_LOG_LEVEL", "failure", 1); });
+    ChildProcess browser(DVBSHELL, {"watch"}, "browser", Runner::emulator, [] {
+        unsetenv("DTV_LOG_FILE");
+        setenv("DTV_LOG_LEVEL", "failure", 1);
+    });
     ASSERT_TRUE(eventually([&] { return service->log().find("browser 1 connected") != std::string::npos; }));
     const rlimit before = limit(browser.pid(), RLIMIT_NOFILE, kFewDescriptors);
     service->end(SIGTERM);
-    ASSERT_TRUE(eventually([&] { return timesIn(browser.log(), "cannot create a socket: Too many open files") == 1; }));
+    ASSERT_TRUE(
+        eventually([&] { return timesIn(browser.output(), "cannot create a socket: Too many open files") == 1; }));
     service = std::make_unique<ServiceProcess>();
     EXPECT_TRUE(isIdle(browser.pid()));
-    EXPECT_EQ(timesIn(browser.log(), "cannot create a socket"), 1U);
+    EXPECT_EQ(timesIn(browser.output(), "cannot create a socket"), 1U);
     limit(browser.pid(), RLIMIT_NOFILE, before.rlim_cur);
     EXPECT_TRUE(eventually([&] { return service->log().find("browser 1 connected") != std::string::npos; }));
 }
