@@ -4,6 +4,7 @@
 #include <sched.h>
 #include <sys/mount.h>
 
+#include <limits>
 #include <list>
 
 #include "library_browser.h"
@@ -247,7 +248,7 @@ TEST_F(AShortage, OfThreadsLeavesABrowserWithoutAService) {
     }
     const ServiceProcess service;
     // No thread can be made, because its stack would be larger than the address space.
-    constexpr rlim_t kHuge = rlim_t{1} << 47U;
+    constexpr rlim_t kHuge = std::numeric_limits<rlim_t>::max() >> 17U;
     rlimit stack{};
     ASSERT_EQ(getrlimit(RLIMIT_STACK, &stack), 0);
     if (stack.rlim_max != RLIM_INFINITY) {
