@@ -143,7 +143,8 @@ TEST(TheHostsLog, WritesNothingThatControlsATerminal) {
     BLOG_WRITE(blog::kOrdinary, "%s", "\xC2\x9B 2J, \xE2\x80\xAE right to left, F\xC3\xB6hn, no UTF-8: \x9B\n");
     const std::vector<std::string> lines = logLines();
     ASSERT_EQ(lines.size(), 1U);
-    EXPECT_THAT(lines[0], testing::EndsWith("\\xc2\\x9b 2J, \\xe2\\x80\\xae right to left, F\xC3\xB6hn, no UTF-8: \\x9b"));
+    EXPECT_THAT(lines[0],
+                testing::EndsWith("\\xc2\\x9b 2J, \\xe2\\x80\\xae right to left, F\xC3\xB6hn, no UTF-8: \\x9b"));
 }
 
 TEST(TheHostsLog, WritesNoLineAboveItsLevel) {
