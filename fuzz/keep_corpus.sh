@@ -8,7 +8,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 folder=$PWD/build/fuzz
 known=$(mktemp -d)
 trap 'rm -rf "$known"' EXIT
-[ $# -gt 0 ] || set -- $(basename -s .cpp fuzz/targets/*.cpp)
+mapfile -t all < <(basename -s .cpp fuzz/targets/*.cpp)
+[ $# -gt 0 ] || set -- "${all[@]}"
 for name in "$@"; do
     kept=fuzz/corpus/$name
     mkdir -p "$kept" "$known/$name"

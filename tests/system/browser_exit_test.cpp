@@ -205,7 +205,7 @@ TEST_F(ABrowserThatEnds, MayEndWhileSectionsCome) {
                   requireConnection();
                   auto& client = faults::keptForLife<faults::CountingFilter>();
                   require(opens(client));
-                  require(faults::gets(client));
+                  require(faults::receives(client));
               }),
               kExited);
     expectServed();
@@ -216,10 +216,10 @@ TEST_F(AForkedBrowser, LosesNothingWhereItsChildExits) {
                   requireConnection();
                   auto& client = faults::keptForLife<faults::CountingFilter>();
                   require(opens(client));
-                  require(faults::gets(client));
+                  require(faults::receives(client));
                   // The child runs the exit handlers.
                   require(endOf([] { isForkedBrowser = true; }) == kExited);
-                  require(faults::gets(client));
+                  require(faults::receives(client));
                   require(Api::getInstance()->sendPtsRequest(0) == 0);
                   require(Filters::getInstance()->stopSection(&client, "a filter"));
               }),

@@ -21,12 +21,13 @@ tests=$(
 rows=0
 while IFS='|' read -r _ fault sees lost long held _; do
     rows=$((rows + 1))
+    # shellcheck disable=SC2016 # backquotes of Markdown
     named=$(grep -oE '`[A-Za-z0-9_]+\.[A-Za-z0-9_]+`' <<<"$held" | tr -d '`' || true)
     [ -n "$named" ] || fail "no test holds the row \"$fault\""
     for test in $named; do
         grep -qxF "$test" <<<"$tests" || fail "there is no test $test"
     done
-    [ -n "${lost// /}" ] && [ -n "${long// /}" ] || fail "the row \"$fault\" has an empty field"
+    { [ -n "${lost// /}" ] && [ -n "${long// /}" ]; } || fail "the row \"$fault\" has an empty field"
     if grep -qwE 'hangs|ends' <<<"$sees" && ! grep -q 'setAudioSource' <<<"$sees"; then
         fail "the row \"$fault\" leaves the browser without an end:$sees"
     fi

@@ -43,7 +43,7 @@ TEST_F(AKilledService, LeavesAFilterUnopenedThatIsAskedForAfterwards) {
     endsTheWait(opened);
     EXPECT_FALSE(closes(filter, session)) << "the new service does not know it";
     EXPECT_TRUE(opens(filter, session)) << "under the same name";
-    EXPECT_TRUE(gets(filter));
+    EXPECT_TRUE(receives(filter));
 }
 
 TEST_F(AKilledService, LeavesAFilterUnopenedThatItHasNotAnswered) {
@@ -54,33 +54,33 @@ TEST_F(AKilledService, LeavesAFilterUnopenedThatItHasNotAnswered) {
     endsTheWait(opened);
     EXPECT_FALSE(closes(filter, session));
     EXPECT_TRUE(opens(filter, session));
-    EXPECT_TRUE(gets(filter));
+    EXPECT_TRUE(receives(filter));
 }
 
 TEST_F(AKilledService, StopsTheSectionsOfAnOpenFilter) {
     ASSERT_TRUE(opens(filter, session));
-    ASSERT_TRUE(gets(filter));
+    ASSERT_TRUE(receives(filter));
     kill();
     startAnew();
     ASSERT_TRUE(opens(other, "another filter"));
     const std::uint64_t before = filter.received;
-    ASSERT_TRUE(gets(other));
+    ASSERT_TRUE(receives(other));
     EXPECT_EQ(filter.received, before) << "it is not opened again by itself";
     EXPECT_FALSE(closes(filter, session));
     EXPECT_TRUE(opens(filter, session));
-    EXPECT_TRUE(gets(filter));
+    EXPECT_TRUE(receives(filter));
 }
 
 TEST_F(AKilledService, LeavesAFilterClosedThatItHasNotConfirmed) {
     ASSERT_TRUE(opens(filter, session));
-    ASSERT_TRUE(gets(filter));
+    ASSERT_TRUE(receives(filter));
     ASSERT_TRUE(faults::stops(service->pid()));
     std::future<bool> closed = waitsForConfirmation([this] { return closes(filter, session); });
     kill();
     startAnew();
     endsTheWait(closed);
     EXPECT_TRUE(opens(filter, session));
-    EXPECT_TRUE(gets(filter));
+    EXPECT_TRUE(receives(filter));
 }
 
 TEST_F(AKilledService, ForgetsATune) {

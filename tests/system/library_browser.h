@@ -55,7 +55,7 @@ public:
 };
 
 /// Whether the filter gets a section that comes from now on.
-inline bool gets(const CountingFilter& filter) {
+inline bool receives(const CountingFilter& filter) {
     const std::uint64_t before = filter.received;
     return eventually([&] { return filter.received > before; });
 }

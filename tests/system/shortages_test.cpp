@@ -119,7 +119,7 @@ TEST_F(AShortage, OfDescriptorsFailsABrowsersFirstFilterAtOnce) {
     EXPECT_THAT(service.log(), HasSubstr("filter without refused: the browser has no section queue"));
     closes(filter, "without");
     EXPECT_TRUE(opens(filter, "with"));
-    EXPECT_TRUE(faults::gets(filter));
+    EXPECT_TRUE(faults::receives(filter));
 }
 
 TEST_F(AShortage, OfFileSizeFailsABrowsersFirstFilterAtOnce) {
@@ -134,7 +134,7 @@ TEST_F(AShortage, OfFileSizeFailsABrowsersFirstFilterAtOnce) {
     EXPECT_THAT(faults::ownLog(), HasSubstr("no memory to share: File too large"));
     closes(filter, "without");
     EXPECT_TRUE(opens(filter, "with"));
-    EXPECT_TRUE(faults::gets(filter));
+    EXPECT_TRUE(faults::receives(filter));
 }
 
 TEST_F(AShortage, OfAddressSpaceFailsABrowsersFirstFilterAtOnce) {
@@ -151,7 +151,7 @@ TEST_F(AShortage, OfAddressSpaceFailsABrowsersFirstFilterAtOnce) {
     EXPECT_THAT(faults::ownLog(), HasSubstr("no memory to share: Cannot allocate memory"));
     closes(filter, "without");
     EXPECT_TRUE(opens(filter, "with"));
-    EXPECT_TRUE(faults::gets(filter));
+    EXPECT_TRUE(faults::receives(filter));
 }
 
 TEST_F(AShortage, OfDescriptorsKeepsABrowserWaitingForItsService) {

@@ -73,7 +73,7 @@ TEST_F(ASlowPeer, ThatReadsNoSectionsLosesThemAlone) {
     EXPECT_TRUE(tunesTo(28107)) << "events are no sections";
     EXPECT_LE(timesIn(service.log(), " does not read its sections: "), 2U);
     slow.holds = false;
-    EXPECT_TRUE(gets(slow));
+    EXPECT_TRUE(receives(slow));
 }
 
 TEST_F(ASlowPeer, ThatIsAnOperatorWithHalfARequestHoldsNobodyUp) {

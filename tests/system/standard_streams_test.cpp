@@ -94,7 +94,7 @@ TEST_P(AStandardStream, HoldsNoServiceUp) {
     EXPECT_TRUE(tunesTo(28107));
     faults::CountingFilter& filter = newFilter();
     EXPECT_TRUE(opens(filter, "a filter"));
-    EXPECT_TRUE(faults::gets(filter));
+    EXPECT_TRUE(faults::receives(filter));
     EXPECT_TRUE(isConnected());
     EXPECT_THAT(service.end(SIGTERM), testing::AnyOf(0, 1)) << "1 where its output could not be written";
 }

@@ -160,8 +160,10 @@ TEST(TheHostsLog, WritesNoLineAboveItsLevel) {
 }
 
 TEST(TheHostsLog, KeepsLinesOfManyThreadsWhole) {
+    constexpr int kThreads = 4;
     std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
+    threads.reserve(kThreads);
+    for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([thread] {
             for (int count = 0; count < 200; ++count) {
                 BLOG_WRITE(blog::kOrdinary, "<%s>", std::string(300, static_cast<char>('a' + thread)).c_str());

@@ -21,7 +21,7 @@ protected:
         return count;
     }
 
-    const ReadingPace::Clock::time_point begin = ReadingPace::Clock::time_point(1h);
+    const ReadingPace::Clock::time_point begin = ReadingPace::Clock::time_point(std::chrono::hours(1));
     ReadingPace pace{kPerSecond};
 };
 
@@ -29,7 +29,7 @@ protected:
 
 TEST(AReadingPaceWithoutALimit, AllowsEverything) {
     ReadingPace pace(0);
-    const ReadingPace::Clock::time_point now(1h);
+    const ReadingPace::Clock::time_point now(std::chrono::hours(1));
     for (int count = 0; count < 2 * ReadingPace::kBurst; ++count) {
         pace.read(now);
     }
@@ -47,7 +47,7 @@ TEST_F(AReadingPace, IsSteadyAfterTheBurst) {
     EXPECT_EQ(readAt(begin + 499us), 0);
     EXPECT_EQ(readAt(begin + 500us), 1);
     int count = 1;
-    for (auto time = begin; time <= begin + 1s; time += 1ms) {
+    for (auto time = begin; time <= begin + std::chrono::seconds(1); time += 1ms) {
         count += readAt(time);
     }
     EXPECT_EQ(count, kPerSecond);
@@ -56,5 +56,5 @@ TEST_F(AReadingPace, IsSteadyAfterTheBurst) {
 TEST_F(AReadingPace, AllowsABurstAgainAfterAPause) {
     readAt(begin);
     EXPECT_EQ(readAt(begin + 100ms), kPerSecond / 10);
-    EXPECT_EQ(readAt(begin + 1h), ReadingPace::kBurst);
+    EXPECT_EQ(readAt(begin + std::chrono::hours(1)), ReadingPace::kBurst);
 }
