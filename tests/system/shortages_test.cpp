@@ -160,7 +160,7 @@ TEST_F(AShortage, OfDescriptorsKeepsABrowserWaitingForItsService) {
         unsetenv("DTV_LOG_FILE");
         setenv("DTV_LOG_LEVEL", "failure", 1);
     });
-    ASSERT_TRUE(eventually([&] { return service->log().find("browser 1 connected") != std::string::npos; }));
+    ASSERT_TRUE(eventually([&] { return browser.output().find("PMT") != std::string::npos; })) << "it has begun";
     const rlimit before = limit(browser.pid(), RLIMIT_NOFILE, kFewDescriptors);
     service->end(SIGTERM);
     ASSERT_TRUE(
