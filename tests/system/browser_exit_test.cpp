@@ -8,20 +8,6 @@
 
 namespace {
 
-/// In the child of a browser that has forked. The leak check would look at stacks of threads that are not there.
-bool isForkedBrowser = false;
-
-}  // namespace
-
-#ifdef __SANITIZE_ADDRESS__
-extern "C" int __lsan_is_turned_off();
-extern "C" int __lsan_is_turned_off() {
-    return isForkedBrowser ? 1 : 0;
-}
-#endif
-
-namespace {
-
 using Api = velmora::dvbservice::BrowserDvbAPI;
 using Filters = velmora::dvbservice::SectionFilterAPI;
 
@@ -212,13 +198,16 @@ TEST_F(ABrowserThatEnds, MayEndWhileSectionsCome) {
 }
 
 TEST_F(AForkedBrowser, LosesNothingWhereItsChildExits) {
+    if (faults::kIsSanitized) {
+        GTEST_SKIP() << "the leak check of the child would look at stacks of threads that it does not have";
+    }
     EXPECT_EQ(endOf([] {
                   requireConnection();
                   auto& client = faults::keptForLife<faults::CountingFilter>();
                   require(opens(client));
                   require(faults::receives(client));
                   // The child runs the exit handlers.
-                  require(endOf([] { isForkedBrowser = true; }) == kExited);
+                  require(endOf([] {}) == kExited);
                   require(faults::receives(client));
                   require(Api::getInstance()->sendPtsRequest(0) == 0);
                   require(Filters::getInstance()->stopSection(&client, "a filter"));
@@ -229,12 +218,15 @@ TEST_F(AForkedBrowser, LosesNothingWhereItsChildExits) {
 }
 
 TEST_F(AForkedBrowser, MayHaveThreadsInTheLibraryWhenItForks) {
+    if (faults::kIsSanitized) {
+        GTEST_SKIP() << "the leak check of the child would look at stacks of threads that it does not have";
+    }
     EXPECT_EQ(endOf([this] {
                   requireConnection();
                   require(faults::stops(service.pid()));
                   std::thread([] { Api::getInstance()->setAudioSource("a"); }).detach();
                   waitsForConfirmation([] { opens(faults::keptForLife<faults::CountingFilter>()); });
-                  require(endOf([] { isForkedBrowser = true; }) == kExited);
+                  require(endOf([] {}) == kExited);
                   kill(service.pid(), SIGCONT);
                   requireConnection();
               }),

@@ -108,6 +108,9 @@ TEST(AFullSharedMemoryDirectory, DoesNotMatter) {
 }
 
 TEST_F(AShortage, OfDescriptorsFailsABrowsersFirstFilterAtOnce) {
+    if (faults::kIsSanitized) {
+        GTEST_SKIP() << "the sanitizers need descriptors of their own";
+    }
     const ServiceProcess service;
     ASSERT_TRUE(connects());
     faults::CountingFilter& filter = newFilter();
