@@ -199,7 +199,7 @@ TEST_F(ABrowserThatEnds, MayEndWhileSectionsCome) {
 
 TEST_F(AForkedBrowser, LosesNothingWhereItsChildExits) {
     if (faults::kIsSanitized) {
-        GTEST_SKIP() << "the leak check of the child would look at stacks of threads that it does not have";
+        GTEST_SKIP() << "the end of a forked child under a sanitizer needs threads that the child does not have";
     }
     EXPECT_EQ(endOf([] {
                   requireConnection();
@@ -219,7 +219,7 @@ TEST_F(AForkedBrowser, LosesNothingWhereItsChildExits) {
 
 TEST_F(AForkedBrowser, MayHaveThreadsInTheLibraryWhenItForks) {
     if (faults::kIsSanitized) {
-        GTEST_SKIP() << "the leak check of the child would look at stacks of threads that it does not have";
+        GTEST_SKIP() << "the end of a forked child under a sanitizer needs threads that the child does not have";
     }
     EXPECT_EQ(endOf([this] {
                   requireConnection();
