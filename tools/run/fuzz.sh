@@ -13,7 +13,9 @@ fuzzers() {
 far_fuzz() {
     awk '$1 ~ /^#[0-9]+$/ { runs = substr($1, 2); cov = ft = speed = 0
             for (i = 2; i < NF; ++i) {
-                if ($i == "cov:") cov = $(i + 1); if ($i == "ft:") ft = $(i + 1); if ($i == "exec/s:") speed = $(i + 1) } }
+                if ($i == "cov:") cov = $(i + 1)
+                else if ($i == "ft:") ft = $(i + 1)
+                else if ($i == "exec/s:") speed = $(i + 1) } }
         END { if (runs) printf "%d runs, %d/s, cov %d, ft %d", runs, speed, cov, ft }' "$1"
 }
 
@@ -27,7 +29,8 @@ fuzz_one() {
     # Time limits of the wall clock only find what never ends: the oracles count processor time, whatever else runs.
     # Without the weights of the inputs, which take half of the time with these many small ones.
     watched "fuzzing $name" far_fuzz "$log" "$folder/bin/fuzz_$name" -max_total_time="$2" -entropic=0 -max_len=8192 \
-        -timeout=1200 -report_slow_units=1200 -rss_limit_mb=3000 -dict="$folder/messages.dict" -artifact_prefix="$findings/" "${inputs[@]}" || code=$?
+        -timeout=1200 -report_slow_units=1200 -rss_limit_mb=3000 -dict="$folder/messages.dict" \
+        -artifact_prefix="$findings/" "${inputs[@]}" || code=$?
     echo "run: $name: $(far_fuzz "$log")"
     [ "$code" -ne 0 ] || return 0
     grep -E '^(fuzz:|==[0-9]+==|.*runtime error|SUMMARY|artifact_prefix)' "$log" || tail -n 20 "$log"
