@@ -33,7 +33,7 @@ fuzz_one() {
         -artifact_prefix="$findings/" "${inputs[@]}" || code=$?
     echo "run: $name: $(far_fuzz "$log")"
     [ "$code" -ne 0 ] || return 0
-    grep -E '^(fuzz:|==[0-9]+==|.*runtime error|SUMMARY|artifact_prefix)' "$log" || tail -n 20 "$log"
+    grep -aE '^(fuzz:|==[0-9]+==|.*runtime error|SUMMARY|artifact_prefix)' "$log" || tail -n 20 "$log"
     echo "run: $name: a finding is in $findings, its report in $log"
     return 1
 }
