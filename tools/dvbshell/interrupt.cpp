@@ -21,9 +21,10 @@ void noteInterrupt(int signal) {
 }  // namespace
 
 void catchInterrupts() {
-    // Without SA_RESTART, so that the prompt's wait for a key ends.
     struct sigaction action {};
     action.sa_handler = noteInterrupt;
+    // Output goes on, so that no line is lost. The waits for input use poll(), which a signal ends all the same.
+    action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
     sigaction(SIGINT, &action, nullptr);
 }

@@ -3,7 +3,6 @@
 
 #include <unistd.h>
 
-#include <iostream>
 #include <memory>
 #include <sstream>
 #include <utility>
@@ -13,6 +12,7 @@
 #include "completion.h"
 #include "interrupt.h"
 #include "line_editor.h"
+#include "script_lines.h"
 #include "verbs.h"
 #include "words.h"
 
@@ -188,7 +188,8 @@ int runScript(Session& session) {
     int lastFailure = kDone;
     session.atPrompt = true;
     session.awaitChannel();
-    for (std::string line; !isInterrupted() && std::getline(std::cin, line);) {
+    ScriptLines lines;
+    for (std::string line; lines.next(line);) {
         int result = kDone;
         if (!runLine(session, line, result)) {
             break;
