@@ -124,6 +124,13 @@ TEST(ThePrompt, BeginsWithWhatIsPresented) {
     EXPECT_EQ(shell.endsOn(kCtrlD), 0);
 }
 
+TEST(ThePrompt, EndsOnCtrlDAfterANul) {
+    TerminalProcess shell(DVBSHELL, {});
+    ASSERT_TRUE(shell.shows("dvb> "));
+    shell.type(std::string(1, '\0'));
+    EXPECT_EQ(shell.endsOn(kCtrlD), 0);
+}
+
 TEST(ThePrompt, ClearsTheLineOnCtrlCAndEndsWhatRuns) {
     const ServiceProcess service;
     ASSERT_TRUE(presentsAChannel());

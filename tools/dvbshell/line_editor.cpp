@@ -145,8 +145,12 @@ int LineEditor::readKey(EditLine* editor, wchar_t* key) {
     while (!isInterrupted()) {
         pollfd input{STDIN_FILENO, POLLIN, 0};
         const int ready = poll(&input, 1, kMillisecondsBetweenKeys);
+        // A Ctrl-D that came before the prompt is read as NUL here, after which libedit would quote the next key.
         if (ready > 0) {
-            return readCharacter(key);
+            const int count = readCharacter(key);
+            if (count != 1 || *key != L'\0') {
+                return count;
+            }
         }
         if (ready < 0 && errno != EINTR) {
             return -1;
