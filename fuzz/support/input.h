@@ -35,7 +35,7 @@ public:
     /// The next bytes, at most `count`, as a copy: a sanitizer then finds an access beyond its end.
     std::vector<std::uint8_t> take(std::size_t count) {
         const std::size_t size = std::min(count, left);
-        const std::vector<std::uint8_t> taken(bytes, bytes + size);
+        std::vector<std::uint8_t> taken(bytes, bytes + size);
         bytes += size;
         left -= size;
         return taken;

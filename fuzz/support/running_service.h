@@ -55,7 +55,7 @@ public:
     }
     /// The answer to a line of the operator.
     std::string ask(const std::string& line) {
-        const std::string answer = core.requests.answer(line);
+        std::string answer = core.requests.answer(line);
         runTasks();
         expectJson(answer, "answer to the operator");
         return answer;

@@ -78,7 +78,7 @@ private:
 #define NESTED(Record, fields) "serializable_" #Record,
 #include "browserdvbservice_messages.inc"
              }) {
-            const std::string symbol = std::string("__ovx_EndianTable_") + record;
+            std::string symbol = std::string("__ovx_EndianTable_") + record;
             if (find(symbol) == pointer) {
                 return symbol;
             }

@@ -64,21 +64,19 @@ TEST(TheWireBytes, OfCmdMountDsmcc) {
 }
 
 TEST(TheWireBytes, OfCmdAddStreamEventListener) {
-    EXPECT_EQ(wireOf<messages::CmdAddStreamEventListener>(0x11121314U, static_cast<unsigned short>(0x2122),
-                                                          static_cast<unsigned short>(0x3132),
-                                                          static_cast<unsigned short>(0x4142), static_cast<short>(-7),
-                                                          std::string("ab", 2), std::string("", 0)),
+    EXPECT_EQ(wireOf<messages::CmdAddStreamEventListener>(
+                  0x11121314U, static_cast<unsigned short>(0x2122), static_cast<unsigned short>(0x3132),
+                  static_cast<unsigned short>(0x4142), static_cast<short>(-7), std::string("ab", 2), std::string()),
               hexText("11121314 21223132 4142FFF9 00000002 00000000 00000000 00000000"
                       " 6162"));
 }
 
 TEST(TheWireBytes, OfCmdRemoveStreamEventListener) {
-    EXPECT_EQ(
-        wireOf<messages::CmdRemoveStreamEventListener>(
-            0x11121314U, static_cast<unsigned short>(0x2122), static_cast<unsigned short>(0x3132),
-            static_cast<unsigned short>(0x4142), static_cast<short>(-7), std::string("ab", 2), std::string("", 0)),
-        hexText("11121314 21223132 4142FFF9 00000002 00000000 00000000 00000000"
-                " 6162"));
+    EXPECT_EQ(wireOf<messages::CmdRemoveStreamEventListener>(
+                  0x11121314U, static_cast<unsigned short>(0x2122), static_cast<unsigned short>(0x3132),
+                  static_cast<unsigned short>(0x4142), static_cast<short>(-7), std::string("ab", 2), std::string()),
+              hexText("11121314 21223132 4142FFF9 00000002 00000000 00000000 00000000"
+                      " 6162"));
 }
 
 TEST(TheWireBytes, OfCmdVodGetMaxdomeSecureSerialNumber) {
@@ -87,10 +85,9 @@ TEST(TheWireBytes, OfCmdVodGetMaxdomeSecureSerialNumber) {
 }
 
 TEST(TheWireBytes, OfCmdUpdateIPCChannelNames) {
-    EXPECT_EQ(
-        wireOf<messages::CmdUpdateIPCChannelNames>(std::string("ab", 2), std::string("", 0), std::string("x\0y", 3)),
-        hexText("00000002 00000000 00000000 00000000 00000003 00000000"
-                " 61627800 79"));
+    EXPECT_EQ(wireOf<messages::CmdUpdateIPCChannelNames>(std::string("ab", 2), std::string(), std::string("x\0y", 3)),
+              hexText("00000002 00000000 00000000 00000000 00000003 00000000"
+                      " 61627800 79"));
 }
 
 TEST(TheWireBytes, OfCmdFilterOpen) {
@@ -106,7 +103,7 @@ TEST(TheWireBytes, OfCmdFilterClose) {
 }
 
 TEST(TheWireBytes, OfCmdDataReadFinished) {
-    EXPECT_EQ(wireOf<messages::CmdDataReadFinished>(std::string("ab", 2), std::string("", 0)),
+    EXPECT_EQ(wireOf<messages::CmdDataReadFinished>(std::string("ab", 2), std::string()),
               hexText("00000002 00000000 00000000 00000000"
                       " 6162"));
 }
@@ -148,11 +145,11 @@ TEST(TheWireBytes, OfCmdStopOSDDetection) {
 }
 
 TEST(TheWireBytes, OfCmdSendDrmMessage) {
-    EXPECT_EQ(wireOf<messages::CmdSendDrmMessage>(0x1112131415161718ULL, static_cast<unsigned short>(0x2122),
-                                                  static_cast<unsigned short>(0x3132), std::string("ab", 2),
-                                                  std::string("", 0)),
-              hexText("11121314 15161718 21223132 00000002 00000000 00000000 00000000"
-                      " 6162"));
+    EXPECT_EQ(
+        wireOf<messages::CmdSendDrmMessage>(0x1112131415161718ULL, static_cast<unsigned short>(0x2122),
+                                            static_cast<unsigned short>(0x3132), std::string("ab", 2), std::string()),
+        hexText("11121314 15161718 21223132 00000002 00000000 00000000 00000000"
+                " 6162"));
 }
 
 TEST(TheWireBytes, OfCmdCaDrmRequestConnect) {
@@ -205,7 +202,7 @@ TEST(TheWireBytes, OfOnAitInfoAvailable) {
     EXPECT_EQ(wireOf<messages::OnAitInfoAvailable>(
                   0x11121314U, static_cast<unsigned short>(0x2122), static_cast<unsigned char>(0x31),
                   static_cast<unsigned char>(0x41), static_cast<unsigned char>(0x51), static_cast<unsigned char>(0x61),
-                  std::string("ab", 2), std::string("", 0), static_cast<unsigned char>(0x71)),
+                  std::string("ab", 2), std::string(), static_cast<unsigned char>(0x71)),
               hexText("11121314 21223141 51610000 00020000 00000000 00000000 000071"
                       " 6162"));
 }
@@ -230,7 +227,7 @@ TEST(TheWireBytes, OfOnStreamEventListenerAdded) {
     EXPECT_EQ(wireOf<messages::OnStreamEventListenerAdded>(0x11121314U, static_cast<unsigned short>(0x2122),
                                                            static_cast<unsigned short>(0x3132),
                                                            static_cast<unsigned short>(0x4142), static_cast<short>(-7),
-                                                           std::string("ab", 2), std::string("", 0), 0x61626364U),
+                                                           std::string("ab", 2), std::string(), 0x61626364U),
               hexText("11121314 21223132 4142FFF9 00000002 00000000 00000000 00000000 61626364"
                       " 6162"));
 }
@@ -238,7 +235,7 @@ TEST(TheWireBytes, OfOnStreamEventListenerAdded) {
 TEST(TheWireBytes, OfOnStreamEventListenerRemoved) {
     EXPECT_EQ(wireOf<messages::OnStreamEventListenerRemoved>(
                   0x11121314U, static_cast<unsigned short>(0x2122), static_cast<unsigned short>(0x3132),
-                  static_cast<unsigned short>(0x4142), static_cast<short>(-7), std::string("ab", 2), std::string("", 0),
+                  static_cast<unsigned short>(0x4142), static_cast<short>(-7), std::string("ab", 2), std::string(),
                   0x61626364U),
               hexText("11121314 21223132 4142FFF9 00000002 00000000 00000000 00000000 61626364"
                       " 6162"));
@@ -247,12 +244,12 @@ TEST(TheWireBytes, OfOnStreamEventListenerRemoved) {
 TEST(TheWireBytes, OfOnStreamEventListenerSignalled) {
     std::uint8_t bytes[] = {0x78, 0x00, 0x79};
     const _ovxDeserVectorU8_struct carrier{3, bytes};
-    EXPECT_EQ(wireOf<messages::OnStreamEventListenerSignalled>(
-                  static_cast<unsigned short>(0x1112), static_cast<unsigned short>(0x2122),
-                  static_cast<unsigned short>(0x3132), static_cast<short>(-6), std::string("ab", 2), std::string("", 0),
-                  carrier),
-              hexText("11122122 3132FFFA 00000002 00000000 00000000 00000000 00000003 00000000"
-                      " 61627800 79"));
+    EXPECT_EQ(
+        wireOf<messages::OnStreamEventListenerSignalled>(
+            static_cast<unsigned short>(0x1112), static_cast<unsigned short>(0x2122),
+            static_cast<unsigned short>(0x3132), static_cast<short>(-6), std::string("ab", 2), std::string(), carrier),
+        hexText("11122122 3132FFFA 00000002 00000000 00000000 00000000 00000003 00000000"
+                " 61627800 79"));
 }
 
 TEST(TheWireBytes, OfOnVodMaxdomeSecureSerialNumber) {
@@ -261,7 +258,7 @@ TEST(TheWireBytes, OfOnVodMaxdomeSecureSerialNumber) {
 }
 
 TEST(TheWireBytes, OfOnFilterOpened) {
-    EXPECT_EQ(wireOf<messages::OnFilterOpened>(std::string("ab", 2), std::string("", 0)),
+    EXPECT_EQ(wireOf<messages::OnFilterOpened>(std::string("ab", 2), std::string()),
               hexText("00000002 00000000 00000000 00000000"
                       " 6162"));
 }
@@ -272,13 +269,13 @@ TEST(TheWireBytes, OfOnFilterClosed) {
 }
 
 TEST(TheWireBytes, OfOnFilterSectionDataArrived) {
-    EXPECT_EQ(wireOf<messages::OnFilterSectionDataArrived>(std::string("ab", 2), std::string("", 0), 0x11121314U),
+    EXPECT_EQ(wireOf<messages::OnFilterSectionDataArrived>(std::string("ab", 2), std::string(), 0x11121314U),
               hexText("00000002 00000000 00000000 00000000 11121314"
                       " 6162"));
 }
 
 TEST(TheWireBytes, OfOnServiceChanged) {
-    EXPECT_EQ(wireOf<messages::OnServiceChanged>(std::string("ab", 2), std::string("", 0)),
+    EXPECT_EQ(wireOf<messages::OnServiceChanged>(std::string("ab", 2), std::string()),
               hexText("00000002 00000000 00000000 00000000"
                       " 6162"));
 }

@@ -102,7 +102,7 @@ TEST_F(ABrowserWithAnAitClient, GetsEachVersionOnceForAMinute) {
     std::optional<Event> event = next();
     ASSERT_TRUE(event);
     auto begin = std::find(broadcast.begin(), broadcast.end(), event->section);
-    ASSERT_LT(begin - broadcast.begin(), std::ptrdiff_t{5 * kSections}) << "it came in the first seconds";
+    ASSERT_LT(begin - broadcast.begin(), std::ptrdiff_t{5} * kSections) << "it came in the first seconds";
     // The service may start to listen in the middle of a version. The sections of that version then arrive in another
     // order, and some may be missing if the version ends before they repeat.
     const auto second = begin + static_cast<std::ptrdiff_t>(kSections) - (begin - broadcast.begin()) % kSections;

@@ -3,7 +3,6 @@
 
 namespace {
 
-using lo::browserdvbservice::ComponentType;
 using lo::browserdvbservice::TuneInfoChannel;
 using lo::browserdvbservice::TuneInfoComponent;
 

@@ -9,12 +9,12 @@ namespace {
 class ABrowserOfTheOtherWidth : public ABrowser {
 protected:
     void SetUp() override {
-        if (access(kService.c_str(), X_OK) != 0) {
+        if (access(kService, X_OK) != 0) {
             GTEST_SKIP() << "no service of the other width was built; ./run test --preset tv-arm has one";
         }
     }
 
-    inline static const std::string kService = OTHER_WIDTH_SERVICE;
+    static constexpr const char* kService = OTHER_WIDTH_SERVICE;
     /// The kinds of events with the expected values and bytes of a service, each once, in any order.
     std::set<EventKind> eventsOf(const tsmake::Service& service) {
         std::set<EventKind> came;

@@ -440,7 +440,7 @@ TEST_F(ADatabase, FollowsServicesUpToALimit) {
         }
     }
     EXPECT_EQ(database.channels().size(), broadcast::kMostServices);
-    EXPECT_EQ(database.passedOver(), kSections * kEach - broadcast::kMostServices);
+    EXPECT_EQ(database.passedOver(), std::size_t{kSections} * kEach - broadcast::kMostServices);
     EXPECT_EQ(database.channels().back().serviceId, 1000U);
     EXPECT_NE(database.find(1000), nullptr);
     EXPECT_EQ(database.find(1001), nullptr);

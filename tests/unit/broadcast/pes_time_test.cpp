@@ -153,7 +153,7 @@ TEST(TheComponents, IncludeTeletextSubtitlePages) {
         stream(0x06, 103, {{0x56, {'n', 'l', 'd', 0x10, 0x88}}})};
     const std::vector<si::Component> list = si::components(pmt, {});
     ASSERT_EQ(list.size(), 3U);
-    for (std::uint16_t index = 0; index < list.size(); ++index) {
+    for (std::size_t index = 0; index < list.size(); ++index) {
         EXPECT_EQ(list[index].index, index);
         EXPECT_EQ(list[index].type, si::ComponentType::subtitle);
         EXPECT_EQ(list[index].encoding, 0x5606);

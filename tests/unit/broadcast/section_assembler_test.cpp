@@ -46,7 +46,7 @@ TEST_F(ASectionAssembler, GivesTheLongestSectionsWhole) {
 TEST_F(ASectionAssembler, GivesSeveralSectionsOfOnePacketAndAcrossPackets) {
     std::vector<Bytes> expected;
     for (std::uint8_t seed = 1; seed < 40; ++seed) {
-        expected.push_back(sectionOf(std::size_t{12} + seed * 7U, seed));
+        expected.push_back(sectionOf(12 + seed * std::size_t{7}, seed));
     }
     feed(maker.packets(expected));
     EXPECT_EQ(sections, expected);

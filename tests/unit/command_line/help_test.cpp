@@ -8,7 +8,6 @@
 #include "described_program.h"
 
 using testing::HasSubstr;
-using testing::Not;
 
 namespace {
 

@@ -8,7 +8,6 @@ namespace {
 
 using dvbshell::CarouselReader;
 using testing::ElementsAre;
-using testing::HasSubstr;
 
 constexpr std::uint16_t kBlockSize = 4000;
 

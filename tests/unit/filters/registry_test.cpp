@@ -12,7 +12,7 @@ protected:
         return FilterParameter::create(&of, name, 1, match, bits, 3);
     }
     boost::shared_ptr<FilterParameter> saved(const std::string& name, KeepingSectionClient& of) {
-        const auto made = record(name, of);
+        auto made = record(name, of);
         service->saveFilter(made);
         return made;
     }
@@ -27,7 +27,7 @@ protected:
 }  // namespace
 
 TEST_F(ARegistry, TakesItsLockForEveryOperation) {
-    const auto made = record("a", client);
+    auto made = record("a", client);
     EXPECT_TRUE(waitsForLock(lock(), [&] { service->saveFilter(made); }));
     EXPECT_TRUE(waitsForLock(lock(), [&] { service->findFilterParameterBySessionName("a"); }));
     EXPECT_TRUE(waitsForLock(lock(), [&] { service->removeFilter(made); }));
@@ -136,7 +136,7 @@ TEST_F(ARegistry, TakesANullClientAsAnyOther) {
 }
 
 TEST_F(ARegistry, WritesNothingButTheTracesOfItsClients) {
-    const auto made = record("a", client);
+    auto made = record("a", client);
     service->saveFilter(made);
     service->saveFilter(made);
     service->findFilterParameterBySessionName("a");
@@ -167,7 +167,7 @@ TEST_F(ARegistry, CopiesTheLengthOfThePatterns) {
 }
 
 TEST_F(ARegistry, KeepsARecordsReportsApart) {
-    const auto made = record("a", client);
+    auto made = record("a", client);
     made->setDataSlot("one");
     made->setDataSlot("two");
     EXPECT_EQ(FilterParameterTestAccess::dataSlot(*made), "two");

@@ -167,7 +167,7 @@ protected:
     }
     std::string errorWithout(const std::string& deviceName) {
         adapter.missing = {deviceName};
-        const std::string found = errorOf("");
+        std::string found = errorOf("");
         adapter.missing.clear();
         return found;
     }

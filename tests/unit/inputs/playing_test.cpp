@@ -14,6 +14,8 @@
 
 namespace {
 
+constexpr std::uint64_t kMillisecond = broadcast::kPcrFrequency / 1000;
+
 /// A temporary file.
 class AFile : public testing::Test {
 protected:
@@ -228,17 +230,17 @@ TEST(APacer, IsDueByThePcr) {
     const Clock::time_point begin{};
     const auto due = [&](const Packet& packet) { return pacer.due(broadcast::TsPacket{packet.data()}, begin); };
     const Clock::time_point first = due(withPcr(100, 1000));
-    EXPECT_EQ(due(withPcr(100, 1000 + 27000 * 40)) - first, std::chrono::milliseconds(40));
+    EXPECT_EQ(due(withPcr(100, 1000 + kMillisecond * 40)) - first, std::chrono::milliseconds(40));
     EXPECT_EQ(due(withPcr(200, 5)) - first, std::chrono::milliseconds(40));
     EXPECT_EQ(due(PacketMaker(300).packet({}, false)) - first, std::chrono::milliseconds(40));
-    EXPECT_EQ(due(withPcr(100, 1000 + 27000 * 100)) - first, std::chrono::milliseconds(100));
+    EXPECT_EQ(due(withPcr(100, 1000 + kMillisecond * 100)) - first, std::chrono::milliseconds(100));
 }
 
 TEST(APacer, GoesOnWhereThePcrStartsOver) {
     dtvservice::Pacer pacer;
     const Clock::time_point begin{};
-    const Packet before = withPcr(100, broadcast::kPcrWrap - 27000 * 10);
-    const Packet after = withPcr(100, 27000 * 30);
+    const Packet before = withPcr(100, broadcast::kPcrWrap - kMillisecond * 10);
+    const Packet after = withPcr(100, kMillisecond * 30);
     const Clock::time_point first = pacer.due(broadcast::TsPacket{before.data()}, begin);
     EXPECT_EQ(pacer.due(broadcast::TsPacket{after.data()}, begin) - first, std::chrono::milliseconds(40));
 }
@@ -256,8 +258,6 @@ TEST(APacer, BeginsANewTimeBaseWhereThePcrJumps) {
 }
 
 namespace {
-
-constexpr std::uint64_t kMillisecond = broadcast::kPcrFrequency / 1000;
 
 /// Plays PCRs of one PID with 100 packets for each, and waits for each packet. Returns how long that takes.
 std::chrono::milliseconds timeToPlay(const std::vector<std::uint64_t>& pcrs) {
@@ -348,7 +348,7 @@ TEST(APacer, FollowsTheNextPidWhenPcrsEnd) {
     // 25 rounds of 100 packets a second: PCRs 40 ms apart in a stream of about 3.8 Mbit/s.
     for (int count = 0; count < 50; ++count) {
         times.push_back(due(withPcr(200, pcr)));
-        pcr += 27000 * 40;
+        pcr += kMillisecond * 40;
         for (int packet = 0; packet < 100; ++packet) {
             due(other);
         }
@@ -407,7 +407,7 @@ TEST(TheGenerator, CountsContinuouslyWithFrequentPcrs) {
     counters.fill(-1);
     std::map<std::uint16_t, std::uint64_t> lastPcr;
     std::uint64_t slot = 0;
-    constexpr std::uint64_t kTicksPerPacket = 27000;
+    constexpr std::uint64_t kTicksPerPacket = kMillisecond;
     tsmake::writeMultiplex(tsmake::sampleMultiplex(), 4, [&](const std::uint8_t* bytes) {
         const broadcast::TsPacket packet{bytes};
         int& counter = counters[packet.pid()];
@@ -418,7 +418,7 @@ TEST(TheGenerator, CountsContinuouslyWithFrequentPcrs) {
         if (packet.hasPcr()) {
             EXPECT_EQ(packet.pcr(), slot * kTicksPerPacket) << "the PCR is the time of its own place";
             const auto last = lastPcr.find(packet.pid());
-            EXPECT_TRUE(last == lastPcr.end() || packet.pcr() - last->second <= 27000U * 40) << packet.pid();
+            EXPECT_TRUE(last == lastPcr.end() || packet.pcr() - last->second <= kMillisecond * 40) << packet.pid();
             lastPcr[packet.pid()] = packet.pcr();
         }
         ++slot;

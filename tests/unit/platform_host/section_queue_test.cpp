@@ -5,7 +5,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <memory>
+#include <string_view>
 #include <thread>
 
 #include "eventually.h"
@@ -46,8 +48,9 @@ struct Reader {
 class Garbage : public IPCMessage {
 public:
     std::size_t encode(std::uint8_t* bytes, std::size_t) const override {
-        std::memcpy(bytes, "garbage", 7);
-        return 7;
+        constexpr std::string_view kText = "garbage";
+        std::copy(kText.begin(), kText.end(), bytes);
+        return kText.size();
     }
     bool decode(const std::uint8_t*, std::size_t) override { return false; }
 };

@@ -9,6 +9,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 #include <thread>
@@ -19,7 +20,6 @@
 namespace {
 
 using host::SectionRing;
-using testing::HasSubstr;
 
 constexpr std::size_t kMessageSize = 100;
 constexpr std::size_t kMessages = 8;
@@ -61,7 +61,7 @@ protected:
         if (slot == nullptr) {
             return false;
         }
-        std::memcpy(slot, text.data(), text.size());
+        std::copy(text.begin(), text.end(), slot);
         writer->publish(text.size());
         return true;
     }

@@ -477,7 +477,7 @@ TEST(TheTransport, ServesClientsInTurn) {
 }
 
 TEST(TheTransport, ReadsAFloodOnAndOnAndServesTheOthersMeanwhile) {
-    constexpr std::size_t kFlood = 3 * host::ReadingPace::kBurst;
+    constexpr std::size_t kFlood = std::size_t{3} * host::ReadingPace::kBurst;
     setenv("DTV_CLIENT_RATE", "5000", 1);
     Member service(kService);
     ASSERT_EQ(service.start(), 0);
@@ -507,7 +507,7 @@ TEST(TheTransport, ReadsAFloodOnAndOnAndServesTheOthersMeanwhile) {
 }
 
 TEST(TheTransport, ReadsWhatAFloodLeftBehindWhenItsClientHasGone) {
-    constexpr std::size_t kFlood = 3 * host::ReadingPace::kBurst / 2;
+    constexpr std::size_t kFlood = std::size_t{3} * host::ReadingPace::kBurst / 2;
     setenv("DTV_CLIENT_RATE", "2000", 1);
     Member service(kService);
     ASSERT_EQ(service.start(), 0);

@@ -260,7 +260,7 @@ TEST_F(EachCommand, FormatsOnlyWantedLines) {
         for (const Command& command : commands) {
             command.call(*service);
         }
-        const std::vector<recording::LogLine> lines = recording::log();
+        std::vector<recording::LogLine> lines = recording::log();
         EXPECT_EQ(recording::formattedLines(), lines.size());
         return lines;
     };
