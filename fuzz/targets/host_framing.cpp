@@ -6,16 +6,19 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <mutex>
+#include <thread>
 
 #include "browserdvbservice_stub.h"
 #include "envelope.h"
 #include "frame/process.h"
 #include "oracles.h"
+#include "ovx/log.h"
 #include "section_ring.h"
 #include "velmora/msgqueue/ipc_message_queue.h"
 
@@ -85,6 +88,8 @@ public:
             return members;
         });
         fuzz::expect(result == 0, "the service does not start");
+        // The log has a descriptor from its first line on.
+        BLOG_WRITE(blog::kAlways, "%s", "begins");
     }
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
@@ -113,6 +118,27 @@ public:
 private:
     std::string directory;
 };
+
+/// The number of open descriptors of this process.
+std::ptrdiff_t openDescriptors() {
+    const std::filesystem::directory_iterator entries("/proc/self/fd");
+    return std::distance(begin(entries), end(entries));
+}
+
+/// Whether there are so many open descriptors as before. The service closes the client's socket after it has told of
+/// the client's end.
+bool hasOpen(std::ptrdiff_t before) {
+    if (sizeof(void*) < 8) {
+        return true;  // the emulator keeps the descriptors that the service has no room for
+    }
+    for (int looks = 0; looks < 10000; ++looks) {
+        if (openDescriptors() == before) {
+            return true;
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
+    }
+    return false;
+}
 
 /// What a client may attach to a packet.
 std::vector<int> descriptorsOf(unsigned int kind, const host::SectionRing& ring) {
@@ -172,7 +198,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return fuzz::run(data, size, {4U << 20U, 1000}, [](fuzz::Input input) {
         constexpr std::uint8_t kUnchanged = 0x80;
         std::string error;
-        const std::shared_ptr<host::SectionRing> ring = host::SectionRing::create(64, 2, error);
+        const std::ptrdiff_t before = openDescriptors();
+        std::shared_ptr<host::SectionRing> ring = host::SectionRing::create(64, 2, error);
         const int client = host.connected();
         while (!input.isEmpty()) {
             const std::uint8_t kind = input.u8();
@@ -184,5 +211,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
         close(client);
         Host::service().waitForEnd(++clients);
+        ring.reset();
+        fuzz::expect(hasOpen(before), "descriptors of a client are left open");
     });
 }

@@ -228,11 +228,12 @@ bool IOService::receive(Connection& connection, int mostPackets, bool hasGone) {
         if (received < 0) {
             return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
         }
+        // Before anything else: an empty packet, which is taken for the end, may have descriptors too.
+        const AttachedDescriptors attached(message);
         if (received == 0) {
             return false;
         }
         connection.pace.read(now);
-        const AttachedDescriptors attached(message);
         if ((message.msg_flags & MSG_TRUNC) != 0) {
             drop(connection, "packet is longer than " + std::to_string(receiveBuffer.size()) + " bytes");
         } else {

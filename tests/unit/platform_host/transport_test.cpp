@@ -47,8 +47,9 @@ public:
         EXPECT_EQ(::send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
     }
     /// Gives a section queue with these descriptors attached.
-    void giveQueue(const std::string& name, std::vector<int> attached) {
-        std::string packet = "DTVQ" + name;
+    void giveQueue(const std::string& name, const std::vector<int>& attached) { send("DTVQ" + name, attached); }
+    void send(const std::string& bytes, const std::vector<int>& attached) {
+        std::string packet = bytes;
         iovec piece{packet.data(), packet.size()};
         std::vector<cmsghdr> control(CMSG_SPACE(attached.size() * sizeof(int)) / sizeof(cmsghdr) + 1);
         msghdr message{};
@@ -305,6 +306,16 @@ TEST(TheTransport, RefusesWhatIsNoSectionQueueWithTheReason) {
     EXPECT_THAT(log, testing::HasSubstr(": its name has 65 characters; dropped"));
     EXPECT_THAT(log, testing::HasSubstr("section queue : its name has 0 characters; dropped"));
     EXPECT_THAT(log, testing::HasSubstr("section queue e: the peer has 4 queues already; dropped"));
+}
+
+TEST(TheTransport, ClosesWhatIsAttachedToAnEmptyPacket) {
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    BLOG_WRITE(blog::kAlways, "%s", "opens the log");
+    const std::size_t before = openDescriptors();
+    RawClient("toy").send("", {STDIN_FILENO});
+    ASSERT_TRUE(eventually([&] { return service.disconnected == 1; })) << "an empty packet is taken for the end";
+    EXPECT_TRUE(eventually([before] { return openDescriptors() == before; })) << openDescriptors();
 }
 
 TEST(TheTransport, DoesNotStartWithoutAThread) {
