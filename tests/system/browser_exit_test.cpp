@@ -198,7 +198,7 @@ TEST_F(ABrowserThatEnds, MayEndWhileSectionsCome) {
 }
 
 TEST_F(AForkedBrowser, LosesNothingWhereItsChildExits) {
-    if (faults::kIsSanitized) {
+    if (kIsSanitized) {
         GTEST_SKIP() << "the end of a forked child under a sanitizer needs threads that the child does not have";
     }
     EXPECT_EQ(endOf([] {
@@ -218,7 +218,7 @@ TEST_F(AForkedBrowser, LosesNothingWhereItsChildExits) {
 }
 
 TEST_F(AForkedBrowser, MayHaveThreadsInTheLibraryWhenItForks) {
-    if (faults::kIsSanitized) {
+    if (kIsSanitized) {
         GTEST_SKIP() << "the end of a forked child under a sanitizer needs threads that the child does not have";
     }
     EXPECT_EQ(endOf([this] {
@@ -236,11 +236,11 @@ TEST_F(AForkedBrowser, MayHaveThreadsInTheLibraryWhenItForks) {
 
 TEST_F(AForkedBrowser, GivesAProgramNoneOfItsDescriptors) {
     EXPECT_EQ(endOf([] {
-                  const std::size_t before = faults::descriptorsOf(getpid());
+                  const std::size_t before = descriptorsOf(getpid());
                   requireConnection();
                   auto& client = faults::keptForLife<faults::CountingFilter>();
                   require(opens(client));
-                  require(faults::descriptorsOf(getpid()) > before);
+                  require(descriptorsOf(getpid()) > before);
                   ChildProcess program("/bin/sh", {"-c", "ls -l /proc/self/fd"}, "program", Runner::machine);
                   require(program.wait() == 0);
                   const std::string shown = program.output();

@@ -2,11 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
 #include <list>
 #include <random>
 
+#include "descriptors_of.h"
 #include "service_process.h"
 
 namespace {
@@ -27,11 +27,6 @@ public:
     explicit FilteringBrowser(const std::string& name)
         : ChildProcess(DVBSHELL, {"sections", "0x12", "--count", "1000000", "--seconds", "1000", "--hex"}, name) {}
 };
-
-std::size_t descriptorsOf(pid_t process) {
-    const std::filesystem::directory_iterator entries("/proc/" + std::to_string(process) + "/fd");
-    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-}
 
 /// Counts the section queues that a process has mapped.
 std::size_t queuesOf(pid_t process) {

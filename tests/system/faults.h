@@ -15,6 +15,8 @@
 #include <filesystem>
 #include <sstream>
 
+#include "descriptors_of.h"
+#include "sanitizers.h"
 #include "service_process.h"
 
 namespace faults {
@@ -25,19 +27,6 @@ constexpr uid_t kNobody = 65534;
 inline bool isEmulated() {
     return !std::vector<std::string> EMULATOR.empty();
 }
-
-/// The sanitizers reserve more memory than a limit allows, and use threads and descriptors of their own.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kIsSanitized = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr bool kIsSanitized = true;
-#else
-constexpr bool kIsSanitized = false;
-#endif
-#else
-constexpr bool kIsSanitized = false;
-#endif
 
 inline sockaddr_un addressOf(const std::string& path) {
     sockaddr_un address{};
@@ -182,11 +171,6 @@ inline std::size_t timesIn(const std::string& text, const std::string& part) {
 
 inline std::size_t linesOf(const std::string& text) {
     return timesIn(text, "\n");
-}
-
-inline std::size_t descriptorsOf(pid_t process) {
-    const std::filesystem::directory_iterator entries("/proc/" + std::to_string(process) + "/fd");
-    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
 
 /// Sets the soft limit of a process; returns the limits before.

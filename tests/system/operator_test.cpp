@@ -4,6 +4,7 @@
 #include <sys/un.h>
 
 #include <nlohmann/json.hpp>
+#include <regex>
 
 #include "fed_input.h"
 
@@ -53,7 +54,7 @@ using TheOperator = ARawBrowser;
 TEST_F(AnInputsState, IsSilentWithoutDatagrams) {
     const ServiceProcess process("udp://127.0.0.1:" + std::to_string(freePort()));
     EXPECT_THAT(reasonOnceItIs("silent"), testing::MatchesRegex("silent for [0-9]+ s"));
-    EXPECT_TRUE(eventually([&] { return process.log().find(": silent for ") != std::string::npos; }));
+    EXPECT_TRUE(eventually([&] { return std::regex_search(process.log(), std::regex(": silent for [0-9]+ s\n")); }));
     EXPECT_FALSE(answerTo("status").contains("presented_service"));
     EXPECT_EQ(answerTo("status")["inputs"][0]["service_count"], 0);
     EXPECT_THAT(operated({"channels"}).second,

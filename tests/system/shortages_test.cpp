@@ -108,7 +108,7 @@ TEST(AFullSharedMemoryDirectory, DoesNotMatter) {
 }
 
 TEST_F(AShortage, OfDescriptorsFailsABrowsersFirstFilterAtOnce) {
-    if (faults::kIsSanitized) {
+    if (kIsSanitized) {
         GTEST_SKIP() << "the sanitizers need descriptors of their own";
     }
     const ServiceProcess service;
@@ -141,7 +141,7 @@ TEST_F(AShortage, OfFileSizeFailsABrowsersFirstFilterAtOnce) {
 }
 
 TEST_F(AShortage, OfAddressSpaceFailsABrowsersFirstFilterAtOnce) {
-    if (faults::kIsSanitized || faults::isEmulated()) {
+    if (kIsSanitized || faults::isEmulated()) {
         GTEST_SKIP() << "the sanitizers and the emulator need address space of their own";
     }
     const ServiceProcess service;
@@ -176,7 +176,7 @@ TEST_F(AShortage, OfDescriptorsKeepsABrowserWaitingForItsService) {
 }
 
 TEST_F(AShortage, OfDescriptorsLetsBrowsersAndOperatorsOfAServiceWait) {
-    if (faults::kIsSanitized) {
+    if (kIsSanitized) {
         GTEST_SKIP() << "the sanitizers need descriptors of their own";
     }
     const QuietService service;
@@ -186,7 +186,7 @@ TEST_F(AShortage, OfDescriptorsLetsBrowsersAndOperatorsOfAServiceWait) {
         << "the log is open";
     std::list<faults::RawBrowser> browsers;
     std::list<faults::RawOperator> operators;
-    const rlimit before = limit(service.pid(), RLIMIT_NOFILE, faults::descriptorsOf(service.pid()) + 2);
+    const rlimit before = limit(service.pid(), RLIMIT_NOFILE, descriptorsOf(service.pid()) + 2);
     constexpr int kMany = 10;
     for (int count = 0; count < kMany; ++count) {
         browsers.emplace_back();
@@ -209,7 +209,7 @@ TEST_F(AShortage, OfDescriptorsLetsBrowsersAndOperatorsOfAServiceWait) {
 }
 
 TEST_F(AShortage, OfDescriptorsAtTheStartIsSurvivedOrNamed) {
-    if (faults::kIsSanitized || faults::isEmulated()) {
+    if (kIsSanitized || faults::isEmulated()) {
         GTEST_SKIP() << "the sanitizers and the emulator need descriptors of their own";
     }
     Outcome outcome = Outcome::fails;
@@ -230,7 +230,7 @@ TEST_F(AShortage, OfThreadsAtTheStartIsSurvivedOrNamed) {
     if (!why.empty()) {
         GTEST_SKIP() << why << "; the limit counts all threads of a user";
     }
-    if (faults::kIsSanitized || faults::isEmulated()) {
+    if (kIsSanitized || faults::isEmulated()) {
         GTEST_SKIP() << "the sanitizers and the emulator need threads of their own";
     }
     const faults::Directory directory(0700, user);
@@ -249,7 +249,7 @@ TEST_F(AShortage, OfThreadsAtTheStartIsSurvivedOrNamed) {
 }
 
 TEST_F(AShortage, OfThreadsLeavesABrowserWithoutAService) {
-    if (faults::kIsSanitized || faults::isEmulated() || sizeof(void*) < 8) {
+    if (kIsSanitized || faults::isEmulated() || sizeof(void*) < 8) {
         GTEST_SKIP() << "the sanitizers and the emulator need threads of their own";
     }
     const ServiceProcess service;
@@ -271,7 +271,7 @@ TEST_F(AShortage, OfThreadsLeavesABrowserWithoutAService) {
 }
 
 TEST_F(AShortage, OfAddressSpaceAtTheStartIsSurvivedOrNamed) {
-    if (faults::kIsSanitized || faults::isEmulated()) {
+    if (kIsSanitized || faults::isEmulated()) {
         GTEST_SKIP() << "the sanitizers and the emulator need address space of their own";
     }
     constexpr rlim_t kMegabyte = rlim_t{1} << 20U;
@@ -288,7 +288,7 @@ TEST_F(AShortage, OfAddressSpaceAtTheStartIsSurvivedOrNamed) {
 }
 
 TEST_F(AShortage, OfAddressSpaceRefusesABrowsersQueueWithTheReason) {
-    if (faults::kIsSanitized || faults::isEmulated()) {
+    if (kIsSanitized || faults::isEmulated()) {
         GTEST_SKIP() << "the sanitizers and the emulator need address space of their own";
     }
     const ServiceProcess service;
@@ -310,7 +310,7 @@ TEST_F(AShortage, OfAddressSpaceRefusesABrowsersQueueWithTheReason) {
 }
 
 TEST_F(AShortage, OfMemoryEndsAServiceAtOnceWithALine) {
-    if (faults::kIsSanitized || faults::isEmulated()) {
+    if (kIsSanitized || faults::isEmulated()) {
         GTEST_SKIP() << "the sanitizers and the emulator need address space of their own";
     }
     {

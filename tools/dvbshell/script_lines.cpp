@@ -35,9 +35,12 @@ bool ScriptLines::readMore() {
         }
         char bytes[4096];
         const ssize_t count = ::read(STDIN_FILENO, bytes, sizeof bytes);
-        if (count >= 0 || (errno != EINTR && errno != EAGAIN)) {
-            hasEnded = count <= 0;
-            buffered.append(bytes, hasEnded ? 0 : static_cast<std::size_t>(count));
+        if (count > 0) {
+            buffered.append(bytes, static_cast<std::size_t>(count));
+            return true;
+        }
+        if (count == 0 || (errno != EINTR && errno != EAGAIN)) {
+            hasEnded = true;
             return true;
         }
     }

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr std::uint64_t kMillisecond = broadcast::kPcrFrequency / 1000;
+constexpr std::uint64_t kMillisecond = 27000;  // of the PCR, which counts at 27 MHz
 
 /// A temporary file.
 class AFile : public testing::Test {
@@ -407,7 +407,7 @@ TEST(TheGenerator, CountsContinuouslyWithFrequentPcrs) {
     counters.fill(-1);
     std::map<std::uint16_t, std::uint64_t> lastPcr;
     std::uint64_t slot = 0;
-    constexpr std::uint64_t kTicksPerPacket = kMillisecond;
+    constexpr std::uint64_t kTicksPerPacket = 27000;
     tsmake::writeMultiplex(tsmake::sampleMultiplex(), 4, [&](const std::uint8_t* bytes) {
         const broadcast::TsPacket packet{bytes};
         int& counter = counters[packet.pid()];

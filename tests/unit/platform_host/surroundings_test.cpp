@@ -15,6 +15,7 @@
 #include "ovx/log.h"
 #include "own_log.h"
 #include "platform/host/log_sink.h"
+#include "sanitizers.h"
 #include "velmora/msgqueue/ipc_message_queue.h"
 
 namespace {
@@ -55,9 +56,9 @@ TEST(TheHostPlatform, TakesNoNumberOfAStandardDescriptor) {
 }
 
 TEST(TheHostPlatform, KeepsItsServiceWhereAForkedChildExits) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "the end of a forked child under a sanitizer needs threads that the child does not have";
-#endif
+    if (kIsSanitized) {
+        GTEST_SKIP() << "the end of a forked child under a sanitizer needs threads that the child does not have";
+    }
     frame::Process process = frame::Process::getInstance();
     ASSERT_EQ(process.startAppMembersSync([] {
         auto** const members =
@@ -78,9 +79,9 @@ TEST(TheHostPlatform, KeepsItsServiceWhereAForkedChildExits) {
 }
 
 TEST(TheHostPlatform, DoesNotStartAMemberWithoutMemory) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "the sanitizers need address space of their own";
-#endif
+    if (kIsSanitized) {
+        GTEST_SKIP() << "the sanitizers need address space of their own";
+    }
     if (!std::vector<std::string> EMULATOR.empty()) {
         GTEST_SKIP() << "the emulator needs address space of its own";
     }

@@ -16,6 +16,7 @@
 #include <memory>
 
 #include "become.h"
+#include "descriptors_of.h"
 #include "eventually.h"
 #include "members.h"
 #include "ovx/log.h"
@@ -91,11 +92,6 @@ std::size_t timesLogged(const std::string& text) {
         ++times;
     }
     return times;
-}
-
-std::size_t openDescriptors() {
-    const std::filesystem::directory_iterator entries("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
 
 /// A complete packet of the test command.
@@ -275,7 +271,7 @@ TEST(TheTransport, RefusesWhatIsNoSectionQueueWithTheReason) {
     const std::shared_ptr<host::SectionRing> ring = host::SectionRing::create(100, 8, error);
     const int file = open("/dev/null", O_RDWR | O_CLOEXEC);
     BLOG_WRITE(blog::kAlways, "%s", "opens the log");
-    const std::size_t before = openDescriptors();
+    const std::size_t before = descriptorsOf(getpid());
     {
         // The first reason of each peer has a line.
         RawClient nothing("toy");
@@ -298,7 +294,7 @@ TEST(TheTransport, RefusesWhatIsNoSectionQueueWithTheReason) {
         ASSERT_TRUE(eventually([&] { return service.received().size() == 5; }));
     }
     ASSERT_TRUE(eventually([&] { return service.disconnected == 5; }));
-    EXPECT_TRUE(eventually([before] { return openDescriptors() == before; })) << openDescriptors();
+    EXPECT_TRUE(eventually([before] { return descriptorsOf(getpid()) == before; })) << descriptorsOf(getpid());
     close(file);
     const std::string log = logText();
     EXPECT_THAT(log, testing::HasSubstr("section queue without: its memory did not come with it; dropped"));
@@ -312,10 +308,10 @@ TEST(TheTransport, ClosesWhatIsAttachedToAnEmptyPacket) {
     Member service(kService);
     ASSERT_EQ(service.start(), 0);
     BLOG_WRITE(blog::kAlways, "%s", "opens the log");
-    const std::size_t before = openDescriptors();
+    const std::size_t before = descriptorsOf(getpid());
     RawClient("toy").send("", {STDIN_FILENO});
     ASSERT_TRUE(eventually([&] { return service.disconnected == 1; })) << "an empty packet is taken for the end";
-    EXPECT_TRUE(eventually([before] { return openDescriptors() == before; })) << openDescriptors();
+    EXPECT_TRUE(eventually([before] { return descriptorsOf(getpid()) == before; })) << descriptorsOf(getpid());
 }
 
 TEST(TheTransport, DoesNotStartWithoutAThread) {
