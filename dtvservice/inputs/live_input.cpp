@@ -36,11 +36,13 @@ LiveInput::LiveInput(InputName newInput, EventLoop& newLoop, broadcast::Demux& n
         BLOG_TAGGED(blog::kFailure, "%s\n", problem.c_str());
         return;
     }
+    open();
     try {
         thread = std::thread([this] { run(); });
     } catch (const std::system_error& error) {
         const std::string problem = input.text + ": no thread: " + error.what();
-        report.failed(problem);
+        loop.post([&report = report, problem] { report.failed(problem); });  // behind what open() has posted
+        source.reset();
         BLOG_TAGGED(blog::kFailure, "%s\n", problem.c_str());
         close(wakeUp);
     }
@@ -63,30 +65,48 @@ bool LiveInput::waitUntil(EventLoop::Clock::time_point time) const {
     return waitFor(kNothing, wakeUp, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
 }
 
+void LiveInput::open() {
+    std::string problem;
+    source = openLive(input, wakeUp, report.counts, problem);
+    if (source) {
+        loop.post([&report = report] { report.opened(EventLoop::Clock::now()); });
+    } else {
+        tell(problem);
+    }
+}
+
+void LiveInput::tell(const std::string& problem) {
+    loop.post([&report = report, problem] { report.failed(problem); });
+    if (const auto line = messages.tell(problem + "; trying again every second")) {
+        BLOG_TAGGED(blog::kFailure, "%s\n", line->c_str());
+    }
+}
+
 void LiveInput::run() {
-    do {
-        std::string problem;
-        std::unique_ptr<ByteSource> source = openLive(input, wakeUp, report.counts, problem);
-        if (source) {
-            loop.post([&report = report] { report.opened(EventLoop::Clock::now()); });
-            PacketReader reader(std::move(source));
-            reader.countIn(report.counts);
-            playFrom(reader);
-            problem = reader.error();
-            loop.post([&demux = demux] { demux.discontinuity(); });
-            if (problem.empty() && input.kind == InputName::Kind::standardInput && waitUntil(EventLoop::Clock::now())) {
-                BLOG_TAGGED(blog::kUnsupported, "standard input has ended\n");
-                loop.post([&report = report] { report.ended(); });
-                return;
-            }
+    while (!source || playToItsEnd()) {
+        if (!waitUntil(EventLoop::Clock::now() + kPause)) {
+            return;
         }
-        if (!problem.empty()) {
-            loop.post([&report = report, problem] { report.failed(problem); });
-            if (const auto line = messages.tell(problem + "; trying again every second")) {
-                BLOG_TAGGED(blog::kFailure, "%s\n", line->c_str());
-            }
-        }
-    } while (waitUntil(EventLoop::Clock::now() + kPause));
+        open();
+    }
+}
+
+/// False if the source needs no opening again.
+bool LiveInput::playToItsEnd() {
+    PacketReader reader(std::move(source));
+    reader.countIn(report.counts);
+    playFrom(reader);
+    loop.post([&demux = demux] { demux.discontinuity(); });
+    const bool hasEnded = reader.error().empty() && input.kind == InputName::Kind::standardInput;
+    if (hasEnded && waitUntil(EventLoop::Clock::now())) {
+        BLOG_TAGGED(blog::kUnsupported, "standard input has ended\n");
+        loop.post([&report = report] { report.ended(); });
+        return false;
+    }
+    if (!reader.error().empty()) {
+        tell(reader.error());
+    }
+    return true;
 }
 
 void LiveInput::playFrom(PacketReader& reader) {

@@ -1,5 +1,6 @@
 // LiveInput: plays standard input, datagrams or a DVB adapter into a demultiplexer. Standard input is played at the
-// pace of its PCR, the others as their packets arrive. A source that fails is opened again every second.
+// pace of its PCR, the others as their packets arrive. The constructor opens the source: nothing that is sent later is
+// missed. A source that fails is opened again every second.
 // Threads: one of its own; packets are posted to the loop.
 // Blocks:  the destructor, shortly.
 // Fails:   never; errors are logged, and are in the input's report.
@@ -34,7 +35,10 @@ public:
     ~LiveInput();
 
 private:
+    void open();
+    void tell(const std::string& problem);
     void run();
+    bool playToItsEnd();
     void playFrom(PacketReader& reader);
     bool waitUntil(EventLoop::Clock::time_point time) const;
     void handOver(std::vector<std::uint8_t>& batch);
@@ -47,6 +51,7 @@ private:
     // Packets that are posted to the loop but not yet played. Counts packets, because batches differ in size: a
     // datagram usually has seven packets.
     std::shared_ptr<std::atomic<std::size_t>> underWay = std::make_shared<std::atomic<std::size_t>>(0);
+    std::unique_ptr<ByteSource> source;  // constructor, then the thread
     RepeatedMessages messages;
     int wakeUp;  // an eventfd; the destructor writes to it to end the thread
     std::thread thread;

@@ -233,13 +233,13 @@ int serve(const Options& options) {
     if (!operators.error().empty()) {
         std::fprintf(stderr, "dtvserviced: cannot take operators: %s\n", operators.error().c_str());
     }
-    sayInputs(options.inputs);
-    dtvservice::InputWatch watch(loop, core.multiplexes, say);
-    watch.start();
     std::list<dtvservice::LiveInput> inputs;
     for (const auto& [input, multiplex] : live) {
         inputs.emplace_back(input, loop, multiplex->demux, multiplex->report, options.playing.bitRate);
     }
+    sayInputs(options.inputs);
+    dtvservice::InputWatch watch(loop, core.multiplexes, say);
+    watch.start();
     dtvservice::play(playbacks, loop, live.empty() ? dtvservice::Others::none : dtvservice::Others::live);
     process.stopAppMembers();
     return 0;
