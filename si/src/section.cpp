@@ -1,28 +1,11 @@
-// Section lengths, CRC_32 and descriptor loops.
+// Section headers and descriptor loops.
 #include "si/section.h"
-
-#include <array>
 
 namespace si {
 
 namespace {
 
-constexpr std::uint32_t kPolynomial = 0x04C11DB7;
 constexpr std::uint8_t kTotTableId = 0x73;
-
-constexpr std::array<std::uint32_t, 256> makeCrcTable() {
-    std::array<std::uint32_t, 256> table{};
-    for (std::uint32_t byte = 0; byte < 256; ++byte) {
-        std::uint32_t remainder = byte << 24U;
-        for (int bit = 0; bit < 8; ++bit) {
-            remainder = (remainder & 0x80000000U) != 0 ? (remainder << 1U) ^ kPolynomial : remainder << 1U;
-        }
-        table[byte] = remainder;
-    }
-    return table;
-}
-
-constexpr std::array<std::uint32_t, 256> kCrcTable = makeCrcTable();
 
 unsigned int byteAt(Bytes section, std::size_t index) {
     return index < section.size ? section.data[index] : 0U;
@@ -48,14 +31,6 @@ std::uint8_t sectionNumber(Bytes section) {
 
 std::uint8_t lastSectionNumber(Bytes section) {
     return static_cast<std::uint8_t>(byteAt(section, 7));
-}
-
-std::uint32_t crc32(Bytes bytes) {
-    std::uint32_t crc = 0xFFFFFFFF;
-    for (std::size_t at = 0; at < bytes.size; ++at) {
-        crc = (crc << 8U) ^ kCrcTable[(crc >> 24U) ^ bytes.data[at]];
-    }
-    return crc;
 }
 
 bool crcIsRight(Bytes section) {
