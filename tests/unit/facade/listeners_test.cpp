@@ -9,7 +9,7 @@ struct BrowserDvbAPITestAccess {
     static boost::recursive_mutex& listenersMutex(BrowserDvbAPI& api) { return api.listenersMutex; }
     static std::size_t count(BrowserDvbAPI& api) {
         const locks::Lock lock(api.listenersMutex);
-        return api.listeners.size();
+        return api.listeners->size();
     }
 };
 

@@ -53,7 +53,7 @@ struct BrowserDVBServiceTestAccess {
     }
     static std::vector<boost::shared_ptr<FilterParameter>> filters(BrowserDVBService& service) {
         const locks::Lock lock(service.registryLock);
-        return service.filters;
+        return service.filters.all();
     }
 };
 

@@ -86,11 +86,13 @@ private:
 
     using Listeners = std::vector<std::shared_ptr<dtv::DVBServiceListener>>;
 
-    Listeners listenersNow();
+    std::shared_ptr<const Listeners> listenersNow();
     template <typename Call>
     void forEachListener(Call call);
 
-    Listeners listeners GUARDED_BY(listenersMutex);  // in order of registration, no pointer twice
+    /// In order of registration, no pointer twice. Replaced by each change, so that an event keeps those that it found
+    /// without a copy.
+    std::shared_ptr<const Listeners> listeners GUARDED_BY(listenersMutex) = std::make_shared<const Listeners>();
     boost::recursive_mutex listenersMutex;
 
     // The channel of the AIT sections that follow. Event entry points write and read it without a lock, one value at a

@@ -1,5 +1,6 @@
 // The DVB API's listeners: their registry, and the delivery of each event to a copy of it.
 #include <algorithm>
+#include <utility>
 
 #include "browser_dvb_apis.h"
 #include "browser_log.h"
@@ -18,20 +19,25 @@ std::uint16_t narrow(const std::atomic<std::int32_t>& value) {
 
 void BrowserDvbAPI::addListener(std::shared_ptr<dtv::DVBServiceListener> listener) {
     const locks::Lock lock(listenersMutex);
-    if (std::find(listeners.begin(), listeners.end(), listener) == listeners.end()) {
-        listeners.push_back(std::move(listener));
+    if (std::find(listeners->begin(), listeners->end(), listener) == listeners->end()) {
+        auto more = std::make_shared<Listeners>(*listeners);
+        more->push_back(std::move(listener));
+        listeners = std::move(more);
     }
 }
 
 void BrowserDvbAPI::removeListener(std::shared_ptr<dtv::DVBServiceListener> listener) {
+    std::shared_ptr<const Listeners> before;  // its listeners may end here, without the lock
     const locks::Lock lock(listenersMutex);
-    const auto found = std::find(listeners.begin(), listeners.end(), listener);
-    if (found != listeners.end()) {
-        listeners.erase(found);
+    const auto found = std::find(listeners->begin(), listeners->end(), listener);
+    if (found != listeners->end()) {
+        auto rest = std::make_shared<Listeners>(*listeners);
+        rest->erase(rest->begin() + (found - listeners->begin()));
+        before = std::exchange(listeners, std::move(rest));
     }
 }
 
-BrowserDvbAPI::Listeners BrowserDvbAPI::listenersNow() {
+std::shared_ptr<const BrowserDvbAPI::Listeners> BrowserDvbAPI::listenersNow() {
     const locks::Lock lock(listenersMutex);
     return listeners;
 }
@@ -39,7 +45,8 @@ BrowserDvbAPI::Listeners BrowserDvbAPI::listenersNow() {
 /// A null listener can be registered; it is skipped here.
 template <typename Call>
 void BrowserDvbAPI::forEachListener(Call call) {
-    for (const std::shared_ptr<dtv::DVBServiceListener>& listener : listenersNow()) {
+    const std::shared_ptr<const Listeners> now = listenersNow();
+    for (const std::shared_ptr<dtv::DVBServiceListener>& listener : *now) {
         if (listener) {
             call(*listener);
         }

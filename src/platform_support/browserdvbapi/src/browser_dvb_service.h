@@ -21,12 +21,14 @@
 #include <mutex>
 #include <string>
 #include <type_traits>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "adapter.h"
 #include "dvb_section_interface.h"
 #include "filter_parameter.h"
+#include "filter_table.h"
 #include "locks/lock.h"
 #include "occupancy.h"
 #include "snapshot_text.h"
@@ -218,7 +220,8 @@ private:
     void deliverSection(const msgqueue::SectionDataIPCMessage& message);
 
     std::vector<dtv::SectionFilterClient*> clients GUARDED_BY(registryLock);
-    std::vector<boost::shared_ptr<FilterParameter>> filters GUARDED_BY(registryLock);
+    FilterTable filters GUARDED_BY(registryLock);
+    std::unordered_set<const dtv::SectionFilterClient*> registered GUARDED_BY(registryLock);  // an index of clients
     boost::mutex registryLock;
     std::atomic<msgqueue::IPCMessageQueue*> sectionDataQueue{nullptr};  // set once, never deleted
 

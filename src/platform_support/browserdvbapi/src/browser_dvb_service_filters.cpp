@@ -19,35 +19,28 @@ constexpr const char* kBlogTag = kTagService;
 
 int BrowserDVBService::saveFilter(boost::shared_ptr<FilterParameter> filter) {
     const locks::Lock lock(registryLock);
-    if (std::find(filters.begin(), filters.end(), filter) == filters.end()) {
-        filters.push_back(std::move(filter));
-    }
+    filters.add(std::move(filter));
     return 0;
 }
 
 void BrowserDVBService::removeFilter(boost::shared_ptr<FilterParameter> filter) {
     const locks::Lock lock(registryLock);
-    const auto found = std::find(filters.begin(), filters.end(), filter);
-    if (found == filters.end()) {
+    if (!filters.remove(filter)) {
         BLOG_TAGGED(blog::kFailure, "Unable to remove filter: pam: %p client:%p, pid: %d \n",
                     static_cast<void*>(filter.get()), static_cast<void*>(filter->client()),
                     static_cast<int>(filter->pid()));
-        return;
     }
-    filters.erase(found);
 }
 
 boost::shared_ptr<FilterParameter> BrowserDVBService::findFilterParameterBySessionName(const std::string& wanted) {
     const locks::Lock lock(registryLock);
-    const auto found =
-        std::find_if(filters.begin(), filters.end(), [&wanted](const auto& filter) { return filter->isNamed(wanted); });
-    return found == filters.end() ? boost::shared_ptr<FilterParameter>() : *found;
+    return filters.find(wanted);
 }
 
 bool BrowserDVBService::registerClient(dtv::SectionFilterClient* client) {
     TRACE_SCOPE();
     const locks::Lock lock(registryLock);
-    if (std::find(clients.begin(), clients.end(), client) == clients.end()) {
+    if (registered.insert(client).second) {
         clients.push_back(client);
     }
     return true;
@@ -55,19 +48,16 @@ bool BrowserDVBService::registerClient(dtv::SectionFilterClient* client) {
 
 bool BrowserDVBService::isRegistered(dtv::SectionFilterClient* client) {
     const locks::Lock lock(registryLock);
-    return std::find(clients.begin(), clients.end(), client) != clients.end();
+    return registered.count(client) != 0;
 }
 
 bool BrowserDVBService::unRegisterClient(dtv::SectionFilterClient* client) {
     TRACE_SCOPE();
     const locks::Lock lock(registryLock);
-    const bool ownsFilter = std::any_of(filters.begin(), filters.end(),
-                                        [client](const auto& filter) { return filter->client() == client; });
-    const auto found = std::find(clients.begin(), clients.end(), client);
-    if (ownsFilter || found == clients.end()) {
+    if (filters.hasRecordOf(client) || registered.erase(client) == 0) {
         return false;
     }
-    clients.erase(found);
+    clients.erase(std::find(clients.begin(), clients.end(), client));
     return true;
 }
 

@@ -164,7 +164,7 @@ void BrowserDVBService::deliverSection(const SectionDataIPCMessage& message) {
                        static_cast<void*>(client));
         return;
     }
-    client->onSectionData(filter->sessionName(), filter->pid(), message.data, message.dataLength);
+    client->onSectionData(filter->name(), filter->pid(), message.data, message.dataLength);
 }
 
 int BrowserDVBService::onFilterSectionDataArrived(frame::MsgIds&, const frame::TransportInfo&,

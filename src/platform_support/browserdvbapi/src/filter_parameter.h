@@ -37,7 +37,8 @@ public:
     const std::vector<unsigned char>& mask_bits() const { return maskBits; }
     dtv::SectionFilterClient* client() const { return client_; }
     std::string sessionName() const { return sessionName_; }
-    bool isNamed(const std::string& name) const { return sessionName_ == name; }
+    /// The session name, without a copy.
+    const std::string& name() const { return sessionName_; }
 
 private:
     friend struct FilterParameterTestAccess;

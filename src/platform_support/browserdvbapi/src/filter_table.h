@@ -1,0 +1,40 @@
+// FilterTable: the filter records in the order of their saving, and an index by session name beside them, so that the
+// cost of a section does not grow with the number of filters.
+// Threads: one at a time.
+// Blocks:  never.
+// Fails:   only for lack of memory.
+#pragma once
+
+#include <boost/shared_ptr.hpp>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "filter_parameter.h"
+
+namespace velmora::dvbservice {
+
+class FilterTable {
+public:
+    using Record = boost::shared_ptr<FilterParameter>;
+
+    /// Appends the record unless it is in the table.
+    void add(Record record);
+    /// False if the record is not in the table.
+    bool remove(const Record& record);
+    /// The first saved record with that name, or an empty pointer.
+    Record find(const std::string& sessionName) const;
+    bool hasRecordOf(const dtv::SectionFilterClient* client) const;
+    const std::vector<Record>& all() const { return records; }
+
+private:
+    bool isIn(const Record& record) const;
+
+    std::vector<Record> records;
+    std::unordered_map<std::string, std::vector<Record>> byName;  // those of a name in the order of their saving
+    // An empty record is a programming error, which ends the process when a search meets it. While there is one, each
+    // search is a walk.
+    std::size_t emptyRecords = 0;
+};
+
+}  // namespace velmora::dvbservice
