@@ -1,4 +1,5 @@
 // Messages as they travel: each one of the catalogue with empty values, and those of a running service and its browser.
+#include <array>
 #include <type_traits>
 
 #include "app-browserdvbservice-proxy-main.h"
@@ -145,11 +146,14 @@ void writeRecords(SeedFiles& files, const char* fuzzer, const Messages& messages
 void writePackets(SeedFiles& files, const Messages& messages) {
     constexpr unsigned int kWithRing = 1;
     Seed all;
+    all.u8(0).chunk(host::kQueueAnnounced);
     all.u8(kWithRing).chunk(std::string(host::kQueueMark) + "queue");
     files.add("host_framing", all);
     for (const Sent& each : fewOf(messages)) {
         Seed packet;
-        packet.raw(host::packEnvelope({each.header, 0, static_cast<std::uint32_t>(each.image.size())}));
+        std::array<std::uint8_t, host::kEnvelopeSize> envelope{};
+        host::packEnvelope({each.header, 0, static_cast<std::uint32_t>(each.image.size())}, envelope.data());
+        packet.raw(envelope);
         packet.raw(each.image);
         all.u8(0).chunk(packet.bytes);
     }

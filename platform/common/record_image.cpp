@@ -66,35 +66,66 @@ std::size_t wireSizeOf(const ovxEndianTable& table) {
     return std::max<std::size_t>(size, 1);
 }
 
-std::vector<std::uint8_t> encodeRecord(const ovxEndianTable& table, const void* record) {
+std::size_t imageSizeOf(const ovxEndianTable& table, const void* record) {
     const auto* bytes = static_cast<const std::uint8_t*>(record);
-    std::vector<std::uint8_t> image(wireSizeOf(table));
-    std::vector<std::uint8_t> carried;
-    std::size_t at = 0;
+    std::size_t size = 0;
     std::uint32_t carriedLength = 0;
     walkFields(table, 0, [&](std::uint32_t kind, std::size_t offset) {
+        size += wireWidth(kind);
+        if (kind == ovxEndianKind32) {
+            carriedLength = loadWord<std::uint32_t>(bytes + offset);
+        } else if (kind == ovxEndianKindCarriedBytes && loadWord<const void*>(bytes + offset) != nullptr) {
+            size += carriedLength;
+        }
+    });
+    return std::max<std::size_t>(size, 1);
+}
+
+void encodeRecord(const ovxEndianTable& table, const void* record, std::uint8_t* image) {
+    const auto* bytes = static_cast<const std::uint8_t*>(record);
+    std::uint8_t* carried = image + wireSizeOf(table);
+    std::uint32_t carriedLength = 0;
+    image[0] = 0;
+    walkFields(table, 0, [&](std::uint32_t kind, std::size_t offset) {
         if (kind == ovxEndianKindCarriedBytes) {
+            storeWord(image, std::uint32_t{0});
             const auto* data = loadWord<const std::uint8_t*>(bytes + offset);
-            if (data != nullptr) {
-                carried.insert(carried.end(), data, data + carriedLength);
+            if (data != nullptr && carriedLength != 0) {
+                std::memcpy(carried, data, carriedLength);
+                carried += carriedLength;
             }
         } else {
             if (kind == ovxEndianKind32) {
                 carriedLength = loadWord<std::uint32_t>(bytes + offset);
             }
-            convertScalar(kind, bytes + offset, image.data() + at);
+            convertScalar(kind, bytes + offset, image);
         }
-        at += wireWidth(kind);
+        image += wireWidth(kind);
     });
-    image.insert(image.end(), carried.begin(), carried.end());
+}
+
+std::vector<std::uint8_t> encodeRecord(const ovxEndianTable& table, const void* record) {
+    std::vector<std::uint8_t> image(imageSizeOf(table, record));
+    encodeRecord(table, record, image.data());
     return image;
 }
 
-/// Decodes an image in one pass: scalars into the record, carried bytes into separate buffers.
+/// Decodes an image in one pass: scalars into the record, carried bytes into one buffer behind each other.
 class RecordDecoder {
 public:
-    RecordDecoder(const std::uint8_t* newImage, std::size_t newLength, std::size_t fixedSize, DecodedRecord& newTarget)
-        : image(newImage), length(newLength), carriedAt(fixedSize), target(newTarget) {}
+    /// The image has at least the size of the fields.
+    RecordDecoder(const ovxEndianTable& table, const std::uint8_t* newImage, std::size_t newLength,
+                  std::size_t fixedSize, DecodedRecord& newTarget)
+        : image(newImage), length(newLength), carriedAt(fixedSize), target(newTarget) {
+        target.bytes.assign(table.recordSize, 0);
+        // A carrier takes more bytes on the wire than its zero takes here. One long message does not keep its memory.
+        constexpr std::size_t kMostKept = std::size_t{64} << 10U;
+        if (target.carriedRoom < length || target.carriedRoom > kMostKept) {
+            target.carried = std::unique_ptr<char[]>(new char[length]);
+            target.carriedRoom = length;
+        }
+        copyAt = target.carried.get();
+    }
 
     void field(std::uint32_t kind, std::size_t offset) {
         std::uint8_t* to = target.bytes.data() + offset;
@@ -112,11 +143,6 @@ public:
     std::size_t end() const { return carriedAt; }
     const std::string& error() const { return problem; }
 
-    static void resize(DecodedRecord& decoded, std::size_t size) {
-        decoded.bytes.assign(size, 0);
-        decoded.carried.clear();
-    }
-
 private:
     // The word before a carrier's pointer is its length. Compare it with the rest of the image before you use it.
     void carriedBytes(std::uint8_t* pointerField) {
@@ -128,11 +154,10 @@ private:
                       " bytes, " + std::to_string(length - carriedAt) + " are left";
             return;
         }
-        std::unique_ptr<char[]> copy(new char[std::size_t{carriedLength} + 1]);
-        std::memcpy(copy.get(), image + carriedAt, carriedLength);
-        copy[carriedLength] = '\0';
-        storeWord(pointerField, copy.get());
-        target.carried.push_back(std::move(copy));
+        std::memcpy(copyAt, image + carriedAt, carriedLength);
+        copyAt[carriedLength] = '\0';
+        storeWord(pointerField, copyAt);
+        copyAt += carriedLength + 1;
         carriedAt += carriedLength;
     }
 
@@ -142,6 +167,7 @@ private:
     std::size_t carriedAt;
     std::uint32_t carriedLength = 0;
     DecodedRecord& target;
+    char* copyAt = nullptr;
     std::string problem;
 };
 
@@ -152,8 +178,7 @@ bool decodeRecord(const ovxEndianTable& table, const std::uint8_t* image, std::s
         error = "record of " + std::to_string(length) + " bytes, " + std::to_string(fixedSize) + " expected";
         return false;
     }
-    RecordDecoder::resize(decoded, table.recordSize);
-    RecordDecoder decoder(image, length, fixedSize, decoded);
+    RecordDecoder decoder(table, image, length, fixedSize, decoded);
     walkFields(table, 0, [&decoder](std::uint32_t kind, std::size_t offset) { decoder.field(kind, offset); });
     error = decoder.error();
     if (error.empty() && decoder.end() != length) {

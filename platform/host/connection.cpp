@@ -18,25 +18,28 @@ namespace {
 
 constexpr int kQueued = 1;
 
-/// Makes one system call. Returns 0 or an error number.
-int sendPacket(int descriptor, const iovec* pieces, std::size_t count, const SectionRing* ring) {
-    msghdr message{};
-    message.msg_iov = const_cast<iovec*>(pieces);
-    message.msg_iovlen = count;
+ssize_t sendWith(int descriptor, const std::uint8_t* packet, std::size_t length, int attachedDescriptor) {
+    iovec piece{const_cast<std::uint8_t*>(packet), length};
     alignas(cmsghdr) std::uint8_t control[CMSG_SPACE(sizeof(int))]{};
-    if (ring != nullptr) {
-        message.msg_control = control;
-        message.msg_controllen = sizeof control;
-        cmsghdr* const attached = CMSG_FIRSTHDR(&message);
-        const int memory = ring->descriptor();
-        attached->cmsg_level = SOL_SOCKET;
-        attached->cmsg_type = SCM_RIGHTS;
-        attached->cmsg_len = CMSG_LEN(sizeof memory);
-        std::memcpy(CMSG_DATA(attached), &memory, sizeof memory);
-    }
+    msghdr message{};
+    message.msg_iov = &piece;
+    message.msg_iovlen = 1;
+    message.msg_control = control;
+    message.msg_controllen = sizeof control;
+    cmsghdr* const attached = CMSG_FIRSTHDR(&message);
+    attached->cmsg_level = SOL_SOCKET;
+    attached->cmsg_type = SCM_RIGHTS;
+    attached->cmsg_len = CMSG_LEN(sizeof attachedDescriptor);
+    std::memcpy(CMSG_DATA(attached), &attachedDescriptor, sizeof attachedDescriptor);
+    return sendmsg(descriptor, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
+}
+
+/// Makes one system call. Returns 0 or an error number.
+int sendPacket(int descriptor, const std::uint8_t* packet, std::size_t length, const SectionRing* ring) {
     ssize_t sent = 0;
     do {
-        sent = sendmsg(descriptor, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
+        sent = ring == nullptr ? send(descriptor, packet, length, MSG_DONTWAIT | MSG_NOSIGNAL)
+                               : sendWith(descriptor, packet, length, ring->descriptor());
     } while (sent < 0 && errno == EINTR);
     return sent < 0 ? errno : 0;
 }
@@ -67,38 +70,34 @@ Connection::~Connection() {
     close(descriptor);
 }
 
-int Connection::send(const void* head, std::size_t headLength, const void* body, std::size_t bodyLength,
-                     const std::shared_ptr<SectionRing>& ring) {
-    const iovec pieces[] = {{const_cast<void*>(head), headLength}, {const_cast<void*>(body), bodyLength}};
+int Connection::send(const std::uint8_t* packet, std::size_t length, const std::shared_ptr<SectionRing>& ring) {
     const locks::Lock lock(mutex);
     if (stalled) {
         return -ENOTCONN;
     }
     // Behind packets that wait it would wait too, for room that never comes.
-    const bool isTooLong = headLength + bodyLength > longestPacket;
-    const int error = isTooLong ? EMSGSIZE : outgoing.empty() ? sendPacket(descriptor, pieces, 2, ring.get()) : EAGAIN;
+    const bool isTooLong = length > longestPacket;
+    const int error = isTooLong          ? EMSGSIZE
+                      : outgoing.empty() ? sendPacket(descriptor, packet, length, ring.get())
+                                         : EAGAIN;
     if (error == 0) {
         return 0;
     }
     if (error == EMSGSIZE) {
-        BLOG_TAGGED(blog::kFailure, "message of %zu bytes does not fit a packet; not sent\n", headLength + bodyLength);
+        BLOG_TAGGED(blog::kFailure, "message of %zu bytes does not fit a packet; not sent\n", length);
         return -EMSGSIZE;
     }
     if (!noRoom(error)) {
         return -ENOTCONN;
     }
-    if (waitingBytes + headLength + bodyLength > kMostWaiting) {
+    if (waitingBytes + length > kMostWaiting) {
         BLOG_TAGGED(blog::kFailure, "peer %u has stalled with %zu bytes waiting; cut off\n", peerNumber_, waitingBytes);
         stalled = true;
         shutdown(descriptor, SHUT_RDWR);
         return -ENOTCONN;
     }
-    const auto* headBytes = static_cast<const std::uint8_t*>(head);
-    const auto* bodyBytes = static_cast<const std::uint8_t*>(body);
-    std::vector<std::uint8_t> packet(headBytes, headBytes + headLength);
-    packet.insert(packet.end(), bodyBytes, bodyBytes + bodyLength);
-    waitingBytes += packet.size();
-    outgoing.push_back({std::move(packet), ring});
+    waitingBytes += length;
+    outgoing.push_back({{packet, packet + length}, ring});
     return kQueued;
 }
 
@@ -111,8 +110,7 @@ bool Connection::flush() {
     const locks::Lock lock(mutex);
     while (!outgoing.empty()) {
         Packet& packet = outgoing.front();
-        const iovec piece{packet.bytes.data(), packet.bytes.size()};
-        const int error = sendPacket(descriptor, &piece, 1, packet.ring.get());
+        const int error = sendPacket(descriptor, packet.bytes.data(), packet.bytes.size(), packet.ring.get());
         if (error != 0) {
             return noRoom(error);
         }

@@ -1,6 +1,6 @@
 // Connection: one socket to one peer process. Packets leave in the order of their sends. A packet that the socket does
-// not accept at once waits in a bounded queue, which the transport thread flushes.
-// Threads: send() from any; the rest on the transport thread.
+// not accept at once waits in a bounded queue, which another thread flushes when there is room.
+// Threads: send(), waiting() and flush() from any; the rest on the transport thread.
 // Blocks:  never.
 // Locks:   mutex guards the outgoing queue and the order on the socket.
 // Fails:   with negative error numbers.
@@ -14,13 +14,14 @@
 #include <string>
 #include <vector>
 
+#include "burst_guess.h"
 #include "locks/lock.h"
 #include "reading_pace.h"
 #include "section_ring.h"
 
 namespace host {
 
-class Connection {
+class Connection : public std::enable_shared_from_this<Connection> {
 public:
     /// Most bytes that may wait for a peer. A peer that falls further behind has stalled and is disconnected.
     static constexpr std::size_t kMostWaiting = 4U << 20U;
@@ -37,18 +38,21 @@ public:
     int socket() const { return descriptor; }
     std::uint32_t peer() const { return peerNumber_; }
 
-    /// Sends a packet of two pieces with one system call, or queues it. A ring's descriptor is attached to the packet.
-    /// 0 when sent; 1 when queued: the transport thread must then watch for room; negative when neither.
-    int send(const void* head, std::size_t headLength, const void* body, std::size_t bodyLength,
-             const std::shared_ptr<SectionRing>& ring = nullptr);
+    /// Sends a packet with one system call, or queues it. A ring's descriptor is attached to the packet.
+    /// 0 when sent; 1 when queued: somebody must then watch for room and flush; negative when neither.
+    int send(const std::uint8_t* packet, std::size_t length, const std::shared_ptr<SectionRing>& ring = nullptr);
     /// Whether packets are queued.
     bool waiting();
     /// Sends the queued packets. False when the connection has failed.
     bool flush();
 
     // Used only by the transport thread.
-    std::uint64_t dropped = 0;  ///< unusable messages received; the first one is logged
-    ReadingPace pace;           ///< at which a service reads the client's packets
+    std::uint64_t dropped = 0;          ///< unusable messages received; the first one is logged
+    ReadingPace pace;                   ///< at which a service reads the client's packets
+    std::uint32_t queuesAnnounced = 0;  ///< by a client, and not come yet
+    BurstGuess burst;                   ///< whether to look for more packets behind one that was read
+    static constexpr std::uint32_t kUnwatched = 0xFFFFFFFF;
+    std::uint32_t watched = kUnwatched;  ///< for what a service watches the socket
 
 private:
     struct Packet {

@@ -71,6 +71,7 @@ int connectToService(const std::string& serviceName, std::string& problem) {
         return -1;
     }
     widenSendBuffer(descriptor);
+    fcntl(descriptor, F_SETFL, 0);  // the receive waits
     return descriptor;
 }
 

@@ -8,8 +8,8 @@
 
 namespace host {
 
-/// A connected, non-blocking socket to the service of that name, or -1. A service that is not running is normal; other
-/// problems are told in the text.
+/// A connected socket to the service of that name, whose receive waits, or -1. A service that is not running is normal;
+/// other problems are told in the text.
 int connectToService(const std::string& serviceName, std::string& problem);
 
 /// The listening end of a service name. Only one process holds a name. It replaces the socket that a killed process

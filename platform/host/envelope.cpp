@@ -31,16 +31,15 @@ std::uint32_t get(const std::uint8_t* at) {
 
 }  // namespace
 
-std::array<std::uint8_t, kEnvelopeSize> packEnvelope(const Envelope& envelope) {
-    std::array<std::uint8_t, kEnvelopeSize> bytes{};
-    put(bytes.data(), kMagic);
-    put(bytes.data() + kFirstWordAt, static_cast<std::uint32_t>(envelope.header.firstWord));
-    put(bytes.data() + kInterfaceAt, envelope.header.interfaceId);
-    put(bytes.data() + kMessageAt, envelope.header.messageId);
+void packEnvelope(const Envelope& envelope, std::uint8_t* bytes) {
+    std::memset(bytes, 0, kEnvelopeSize);
+    put(bytes, kMagic);
+    put(bytes + kFirstWordAt, static_cast<std::uint32_t>(envelope.header.firstWord));
+    put(bytes + kInterfaceAt, envelope.header.interfaceId);
+    put(bytes + kMessageAt, envelope.header.messageId);
     bytes[kDirectionAt] = envelope.header.direction;
-    put(bytes.data() + kTransactionAt, envelope.transaction);
-    put(bytes.data() + kImageLengthAt, envelope.imageLength);
-    return bytes;
+    put(bytes + kTransactionAt, envelope.transaction);
+    put(bytes + kImageLengthAt, envelope.imageLength);
 }
 
 bool unpackEnvelope(const std::uint8_t* packet, std::size_t length, Envelope& envelope, std::string& error) {

@@ -7,14 +7,14 @@
 //    +--------+--------+--------+--------+----+--------+--------+--------+-- - -
 //
 // A packet that begins with "DTVQ" has no envelope. A client gives a section queue to the service with it: the queue's
-// name stands behind the mark, and the descriptor of its memory is attached.
+// name stands behind the mark, and the descriptor of its memory is attached. A packet of "DTVA" comes before it,
+// because a service looks for a descriptor only when one is announced: to look makes each receive slower.
 //
 // Threads: any.
 // Blocks:  never.
 // Fails:   with a text that describes the error.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -26,6 +26,7 @@ namespace host {
 
 constexpr std::size_t kEnvelopeSize = 28;
 constexpr std::string_view kQueueMark = "DTVQ";
+constexpr std::string_view kQueueAnnounced = "DTVA";
 
 struct Envelope {
     frame::MsgMeta header;
@@ -33,7 +34,8 @@ struct Envelope {
     std::uint32_t imageLength = 0;
 };
 
-std::array<std::uint8_t, kEnvelopeSize> packEnvelope(const Envelope& envelope);
+/// Writes kEnvelopeSize bytes.
+void packEnvelope(const Envelope& envelope, std::uint8_t* bytes);
 
 /// Reads the envelope of a complete packet. False, with a text in `error`, when the packet does not have this format.
 bool unpackEnvelope(const std::uint8_t* packet, std::size_t length, Envelope& envelope, std::string& error);

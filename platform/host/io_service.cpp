@@ -2,11 +2,14 @@
 #include "io_service.h"
 
 #include <sys/eventfd.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <new>
+#include <string_view>
 #include <system_error>
 
 #include "descriptors.h"
@@ -48,6 +51,27 @@ private:
     std::vector<std::weak_ptr<IOService>> clients GUARDED_BY(mutex);
 };
 
+const std::uint8_t* bytesOf(std::string_view text) {
+    return reinterpret_cast<const std::uint8_t*>(text.data());
+}
+
+/// Room for a packet: on the stack, if it is a usual one.
+class PacketBuffer {
+public:
+    explicit PacketBuffer(std::size_t newSize)
+        : length(newSize), large(newSize > kUsual ? new std::uint8_t[newSize] : nullptr) {}
+
+    std::uint8_t* bytes() { return large ? large.get() : usual; }
+    std::size_t size() const { return length; }
+
+private:
+    static constexpr std::size_t kUsual = 1024;
+
+    std::size_t length;
+    std::unique_ptr<std::uint8_t[]> large;
+    std::uint8_t usual[kUsual];
+};
+
 }  // namespace
 
 void offerToServices(const NamedQueue& queue) {
@@ -59,41 +83,50 @@ void offerToServices(const NamedQueue& queue) {
 }
 
 IOService::IOService(frame::AbstractMarshallingImpl& newOwner)
-    : owner(newOwner), wakeUp(aboveStandard(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {}
+    : owner(newOwner), wakeUp(aboveStandard(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {
+    if (isService() && !makeSockets() && sockets >= 0) {
+        close(sockets);
+        sockets = -1;
+    }
+}
 
 IOService::~IOService() {
-    if (wakeUp >= 0) {
-        close(wakeUp);
+    for (const int descriptor : {wakeUp, sockets}) {
+        if (descriptor >= 0) {
+            close(descriptor);
+        }
     }
 }
 
 int IOService::registerHandler(const frame::MsgMeta& header, frameLmqMessageHandler handler, void* context,
                                const ovxEndianTable* table) {
-    handlers[{header.interfaceId, header.messageId, header.direction}] = {handler, context, table};
+    handlers[HandlerKey(header)] = {handler, context, table};
     return 0;
 }
 
-IOService::Connections IOService::connectionsNow() {
+IOService::Snapshot IOService::connectionsNow() {
     const locks::Lock lock(mutex);
     return connections;
 }
 
 int IOService::send(const frame::MsgIds& ids, const frame::MsgMeta& header, const ovxEndianTable& table,
                     const void* record) {
-    const Connections targets = connectionsNow();
-    if (targets.empty()) {
+    const Snapshot targets = connectionsNow();
+    if (targets->empty()) {
         return isService() && ids.peer == frame::kAnyId && !stopping ? 0 : -ENOTCONN;
     }
-    const std::vector<std::uint8_t> image = platform_common::encodeRecord(table, record);
-    const auto head = packEnvelope({header, ids.transaction, static_cast<std::uint32_t>(image.size())});
+    const std::size_t imageSize = platform_common::imageSizeOf(table, record);
+    PacketBuffer packet(kEnvelopeSize + imageSize);
+    packEnvelope({header, ids.transaction, static_cast<std::uint32_t>(imageSize)}, packet.bytes());
+    platform_common::encodeRecord(table, record, packet.bytes() + kEnvelopeSize);
     int result = ids.peer == frame::kAnyId ? 0 : -ENOTCONN;
-    for (const std::shared_ptr<Connection>& target : targets) {
+    for (const std::shared_ptr<Connection>& target : *targets) {
         if (ids.peer != frame::kAnyId && ids.peer != target->peer()) {
             continue;
         }
-        const int sent = target->send(head.data(), head.size(), image.data(), image.size());
+        const int sent = target->send(packet.bytes(), packet.size());
         if (sent > 0) {
-            wake();
+            letFlush(target);
         }
         // A send to all browsers succeeds even when one of them disconnects meanwhile.
         const bool toOne = !isService() || ids.peer != frame::kAnyId;
@@ -104,14 +137,29 @@ int IOService::send(const frame::MsgIds& ids, const frame::MsgMeta& header, cons
     return result;
 }
 
+/// Packets wait until the connection's socket has room.
+void IOService::letFlush(const std::shared_ptr<Connection>& connection) {
+    if (isService()) {
+        {
+            const locks::Lock lock(mutex);
+            waiting.push_back(connection);
+            hasNews = true;
+        }
+        wake();
+    } else if (!flusher.watch(connection)) {
+        shutdown(connection->socket(), SHUT_RDWR);
+    }
+}
+
 int IOService::start() {
     if (thread.joinable() || !ready()) {
         return -EALREADY;
     }
     stopping = false;
-    try {
-        receiveBuffer.resize(Connection::kLargestPacket);
-    } catch (const std::bad_alloc&) {
+    process = getpid();
+    // Not set to zero: what no packet fills takes no memory.
+    receiveBuffer.reset(new (std::nothrow) std::uint8_t[Connection::kLargestPacket]);
+    if (!receiveBuffer) {
         BLOG_TAGGED(blog::kFailure, "%s\n", "no memory to receive packets");
         return -ENOMEM;
     }
@@ -130,7 +178,7 @@ int IOService::start() {
         BLOG_TAGGED(blog::kFailure, "cannot start the transport thread: %s\n", error.what());
         endpoint.close();
         const locks::Lock lock(mutex);
-        connections.clear();
+        connections = std::make_shared<const Connections>();
         untold.clear();
         return -error.code().value();
     }
@@ -138,27 +186,39 @@ int IOService::start() {
 }
 
 void IOService::offer(const NamedQueue& queue) {
-    for (const std::shared_ptr<Connection>& connection : connectionsNow()) {
-        give(*connection, {queue});
-    }
-}
-
-void IOService::give(Connection& connection, const std::vector<NamedQueue>& queues) {
-    for (const NamedQueue& queue : queues) {
-        const int sent =
-            connection.send(kQueueMark.data(), kQueueMark.size(), queue.name.data(), queue.name.size(), queue.ring);
-        if (sent > 0) {
-            wake();
+    for (const std::shared_ptr<Connection>& connection : *connectionsNow()) {
+        if (give(*connection, {queue})) {
+            letFlush(connection);
         }
     }
 }
 
+/// True if a packet waits for room.
+bool IOService::give(Connection& connection, const std::vector<NamedQueue>& queues) {
+    bool waits = false;
+    for (const NamedQueue& queue : queues) {
+        const std::string packet = std::string(kQueueMark) + queue.name;
+        const auto sent = {connection.send(bytesOf(kQueueAnnounced), kQueueAnnounced.size()),
+                           connection.send(bytesOf(packet), packet.size(), queue.ring)};
+        waits = waits || std::max(sent) > 0;
+    }
+    return waits;
+}
+
 void IOService::stop() {
-    if (!thread.joinable()) {
+    // In a forked child there is no transport thread, and the sockets are its parent's too.
+    if (!thread.joinable() || process != getpid()) {
         return;
     }
     stopping = true;
     wake();
+    if (!isService()) {
+        // Ends the receive in which the transport thread waits. A connection that it makes from now on ends at once.
+        for (const std::shared_ptr<Connection>& connection : *connectionsNow()) {
+            shutdown(connection->socket(), SHUT_RDWR);
+        }
+        flusher.stop();
+    }
     if (thread.get_id() == std::this_thread::get_id()) {
         // Called from a handler: the thread cannot join itself, and ends after the handler has returned.
         thread.detach();

@@ -3,21 +3,26 @@
 // Blocks:  stop() until no handler runs, except when called from a handler. Everything else: never.
 // Locks:   mutex guards connections; it is not held during a handler, a callback or a message's send. A new connection
 //          gets the process's queues under it.
+// A client's transport thread waits in the receive of its one connection, so that a message costs one system call. A
+// service's waits for all of its sockets.
 // Fails:   sends with negative error numbers; start() likewise, when the transport itself cannot run.
 #pragma once
 
+#include <sys/types.h>
+
 #include <atomic>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <thread>
-#include <tuple>
+#include <unordered_map>
 #include <vector>
 
 #include "connection.h"
 #include "endpoint.h"
+#include "flusher.h"
 #include "frame/process_member.h"
 #include "locks/lock.h"
+#include "platform_common/record_image.h"
 #include "queue_exchange.h"
 
 namespace host {
@@ -33,7 +38,7 @@ public:
                         const ovxEndianTable* table);
     int send(const frame::MsgIds& ids, const frame::MsgMeta& header, const ovxEndianTable& table, const void* record);
     /// False when the constructor could not get its resources.
-    bool ready() const { return wakeUp >= 0; }
+    bool ready() const { return wakeUp >= 0 && (!isService() || sockets >= 0); }
     int start();
     void stop();
     /// A client: gives the queue to the services that it is connected to.
@@ -45,42 +50,79 @@ private:
         void* context;
         const ovxEndianTable* table;
     };
-    using HandlerKey = std::tuple<std::uint32_t, std::uint32_t, std::uint8_t>;
+    struct HandlerKey {
+        std::uint32_t interfaceId;
+        std::uint32_t messageId;
+        std::uint8_t direction;
+
+        explicit HandlerKey(const frame::MsgMeta& header)
+            : interfaceId(header.interfaceId), messageId(header.messageId), direction(header.direction) {}
+        bool operator==(const HandlerKey& other) const {
+            return messageId == other.messageId && interfaceId == other.interfaceId && direction == other.direction;
+        }
+    };
+    struct HashOfKey {
+        std::size_t operator()(const HandlerKey& key) const { return key.messageId * 2U + key.direction; }
+    };
     using Connections = std::vector<std::shared_ptr<Connection>>;
+    using Snapshot = std::shared_ptr<const Connections>;  // replaced, never changed
+    using Now = ReadingPace::Clock::time_point;
 
     bool isService() const { return owner.couplingMode() == frame::CouplingModeService; }
-    Connections connectionsNow() EXCLUDES(mutex);
-    void run();
-    void pollOnce();
+    Snapshot connectionsNow() EXCLUDES(mutex);
+    void letFlush(const std::shared_ptr<Connection>& connection) EXCLUDES(mutex);
     void wake();
     void drainWakeUps();
-    void tryToConnect();
-    void tryToAccept();
+    void run();
     void adopt(int connectedSocket) EXCLUDES(mutex);
     void tellOfNewConnections() EXCLUDES(mutex);
-    void closeConnection(const std::shared_ptr<Connection>& connection) EXCLUDES(mutex);
-    void give(Connection& connection, const std::vector<NamedQueue>& queues);
-    bool isPaused(const Connection& connection, ReadingPace::Clock::time_point now) const;
-    int patience(const Connections& polled, bool retries, ReadingPace::Clock::time_point now) const;
-    bool receive(Connection& connection, int mostPackets, bool hasGone);
-    void take(Connection& connection, const std::uint8_t* packet, std::size_t length, int attached);
+    void closeConnection(Connection& connection) EXCLUDES(mutex);
+    static bool give(Connection& connection, const std::vector<NamedQueue>& queues);
+    void take(Connection& connection, std::size_t length, int attached);
     void takeQueue(Connection& connection, const std::string& name, int attached);
     void drop(Connection& connection, const std::string& reason);
 
+    // A client's transport thread.
+    void followService();
+    bool receiveOne(Connection& connection);
+    void pauseBeforeRetry();
+    void tryToConnect();
+
+    // A service's transport thread.
+    void serve();
+    void serveOnce();
+    void tryToAccept();
+    bool makeSockets();
+    void forget(int descriptor) const;
+    void watch(Connection& connection, std::uint32_t events) const;
+    void awaitRoom() EXCLUDES(mutex);
+    static bool isTooFast(const Connection& connection, Now now);
+    void pause(Connection& connection);
+    int resumePaused();
+    bool serveClient(Connection& connection, std::uint32_t ready, int mostPackets);
+    bool receiveSome(Connection& connection, int mostPackets, bool hasGone);
+
     frame::AbstractMarshallingImpl& owner;
-    std::map<HandlerKey, Handler> handlers;  // written only before start
-    ServiceEndpoint endpoint;                // used by start(), then only by the transport thread
-    int wakeUp;                              // an eventfd
+    std::unordered_map<HandlerKey, Handler, HashOfKey> handlers;  // written only before start
+    ServiceEndpoint endpoint;                                     // used by start(), then only by the transport thread
+    Flusher flusher;                                              // of a client
+    int wakeUp;                                                   // an eventfd
 
     std::mutex mutex;
-    Connections connections GUARDED_BY(mutex);
-    Connections untold GUARDED_BY(mutex);  // connected, but the member does not know yet
+    Snapshot connections GUARDED_BY(mutex) = std::make_shared<const Connections>();
+    Connections untold GUARDED_BY(mutex);   // connected, but the member does not know yet
+    Connections waiting GUARDED_BY(mutex);  // of a service: have packets for which there was no room
+    std::atomic<bool> hasNews{false};       // one of the two lists has an entry
 
-    std::vector<std::uint8_t> receiveBuffer;  // start(), then the transport thread
-    bool failureTold = false;                 // transport thread
-    std::string problem;                      // of connecting or accepting, told; start(), then the transport thread
-    bool isAcceptPaused = false;              // transport thread
+    std::unique_ptr<std::uint8_t[]> receiveBuffer;  // start(), then the transport thread
+    platform_common::DecodedRecord received;        // transport thread
+    int sockets = -1;                               // a service's epoll; constructor, then the transport thread
+    Connections paused;                             // send too much and are not watched; transport thread
+    bool isAcceptPaused = false;                    // transport thread
+    bool failureTold = false;                       // transport thread
+    std::string problem;  // of connecting or accepting, told; start(), then the transport thread
     std::atomic<bool> stopping{false};
+    pid_t process = 0;   // that has started the thread
     std::thread thread;  // used by the thread that starts and stops
 };
 

@@ -28,8 +28,8 @@ template <typename Message, typename... Values>
 Packet packetOf(const Values&... values) {
     const OutgoingRecord<Message> record(values...);
     const std::vector<std::uint8_t> image = platform_common::encodeRecord(*Message::table(), record.bytes());
-    const auto head = host::packEnvelope({Message::header(), 0, static_cast<std::uint32_t>(image.size())});
-    Packet packet(head.begin(), head.end());
+    Packet packet(host::kEnvelopeSize);
+    host::packEnvelope({Message::header(), 0, static_cast<std::uint32_t>(image.size())}, packet.data());
     packet.insert(packet.end(), image.begin(), image.end());
     return packet;
 }
@@ -104,8 +104,9 @@ int main() {
     // With a queue that nobody reads, so that filters are accepted.
     host::Connection connection(socket, 1);
     const auto ring = host::SectionRing::create(8192, 16, problem);
-    const std::string name = "flood";
-    connection.send(host::kQueueMark.data(), host::kQueueMark.size(), name.data(), name.size(), ring);
+    connection.send(reinterpret_cast<const std::uint8_t*>(host::kQueueAnnounced.data()), host::kQueueAnnounced.size());
+    const std::string offer = std::string(host::kQueueMark) + "flood";
+    connection.send(reinterpret_cast<const std::uint8_t*>(offer.data()), offer.size(), ring);
     std::thread([socket] { readAll(socket); }).detach();
     const std::vector<Packet> packets = flood();
     for (unsigned long long sent = 0;;) {

@@ -14,3 +14,12 @@ inline std::string logText() {
     std::ifstream file(kOwnRunDirectory + "/log");
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
+
+inline std::size_t timesLogged(const std::string& text) {
+    const std::string log = logText();
+    std::size_t times = 0;
+    for (std::size_t at = log.find(text); at != std::string::npos; at = log.find(text, at + 1)) {
+        ++times;
+    }
+    return times;
+}

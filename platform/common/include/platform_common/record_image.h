@@ -18,11 +18,16 @@ namespace platform_common {
 /// Number of bytes that the fields of a record take on the wire; a carrier counts as 8. 1 for a record without fields.
 std::size_t wireSizeOf(const ovxEndianTable& table);
 
-/// The wire image: the fields in network byte order at their wire offsets, followed by the carried bytes in field
-/// order. A record without fields becomes one zero byte.
+/// Number of bytes of a record's wire image, carried bytes included.
+std::size_t imageSizeOf(const ovxEndianTable& table, const void* record);
+
+/// Writes the wire image, imageSizeOf() bytes: the fields in network byte order at their wire offsets, followed by the
+/// carried bytes in field order. A record without fields becomes one zero byte.
+void encodeRecord(const ovxEndianTable& table, const void* record, std::uint8_t* image);
 std::vector<std::uint8_t> encodeRecord(const ovxEndianTable& table, const void* record);
 
-/// A received record in host byte order and layout, together with the bytes of its carriers. Move-only.
+/// A received record in host byte order and layout, together with the bytes of its carriers, each followed by a zero.
+/// Move-only. One that is decoded into again keeps its memory.
 class DecodedRecord {
 public:
     const void* record() const { return bytes.data(); }
@@ -31,7 +36,8 @@ public:
 private:
     friend class RecordDecoder;
     std::vector<std::uint8_t> bytes;
-    std::vector<std::unique_ptr<char[]>> carried;
+    std::unique_ptr<char[]> carried;
+    std::size_t carriedRoom = 0;
 };
 
 /// Decodes a wire image. False, with a text in `error`, when the image is too short or too long, or when a carrier's

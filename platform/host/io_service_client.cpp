@@ -1,0 +1,75 @@
+// A client's transport thread: waits in the receive of its one connection, or looks for its service again and again.
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+
+#include "host_log.h"
+#include "io_service.h"
+
+namespace host {
+
+namespace {
+
+/// How often a client tries to connect while its service is not running.
+constexpr int kRetryMilliseconds = 100;
+
+}  // namespace
+
+void IOService::followService() {
+    if (connectionsNow()->empty()) {
+        failureTold = true;
+        owner.onIOConnectionConnectionFailed({});
+    }
+    while (!stopping) {
+        tellOfNewConnections();
+        const Snapshot now = connectionsNow();
+        if (now->empty()) {
+            pauseBeforeRetry();
+            if (!stopping) {
+                tryToConnect();
+            }
+            continue;
+        }
+        Connection& connection = *now->front();
+        while (!stopping && receiveOne(connection)) {
+        }
+        if (!stopping) {
+            closeConnection(connection);
+        }
+    }
+}
+
+/// Waits for a packet and handles it. False when the service has disconnected.
+bool IOService::receiveOne(Connection& connection) {
+    const ssize_t length = recv(connection.socket(), receiveBuffer.get(), Connection::kLargestPacket, MSG_TRUNC);
+    if (length < 0) {
+        // A service that has gone without reading everything resets the connection once. Its last packets are there.
+        return errno == EINTR || errno == ECONNRESET;
+    }
+    if (length == 0 || stopping) {
+        return false;
+    }
+    take(connection, static_cast<std::size_t>(length), -1);
+    return true;
+}
+
+/// Ends early when the service stops.
+void IOService::pauseBeforeRetry() {
+    pollfd woken{wakeUp, POLLIN, 0};
+    poll(&woken, 1, kRetryMilliseconds);
+    drainWakeUps();
+}
+
+/// Tells a problem once, until it is another one or none.
+void IOService::tryToConnect() {
+    std::string now;
+    const int connected = connectToService(owner.serviceName(), now);
+    if (!now.empty() && now != problem) {
+        BLOG_TAGGED(blog::kFailure, "%s\n", now.c_str());
+    }
+    problem = now;
+    adopt(connected);
+}
+
+}  // namespace host
