@@ -6,6 +6,18 @@
 
 namespace velmora::msgqueue {
 
+namespace {
+
+/// Keeps the compiler from reading the length again after a check: the writer may change it.
+std::uint32_t lengthAt(const std::uint8_t* at) {
+    std::uint32_t length = 0;
+    std::memcpy(&length, at, sizeof length);
+    asm volatile("" : "+r"(length));
+    return length;
+}
+
+}  // namespace
+
 IPCMessage::~IPCMessage() = default;
 
 SectionDataIPCMessage::~SectionDataIPCMessage() {
@@ -33,17 +45,15 @@ std::size_t SectionDataIPCMessage::encode(std::uint8_t* bytes, std::size_t capac
 }
 
 bool SectionDataIPCMessage::decode(const std::uint8_t* bytes, std::size_t length) {
-    std::uint32_t nameLength = 0;
-    std::uint32_t sectionLength = 0;
-    constexpr std::size_t kLengths = sizeof nameLength + sizeof sectionLength;
+    constexpr std::size_t kLengths = 2 * sizeof(std::uint32_t);
     if (data == nullptr || length < kLengths) {
         return false;
     }
-    std::memcpy(&nameLength, bytes, sizeof nameLength);
+    const std::uint32_t nameLength = lengthAt(bytes);
     if (nameLength > length - kLengths) {
         return false;
     }
-    std::memcpy(&sectionLength, bytes + sizeof nameLength + nameLength, sizeof sectionLength);
+    const std::uint32_t sectionLength = lengthAt(bytes + sizeof nameLength + nameLength);
     if (sectionLength != length - kLengths - nameLength || sectionLength > kBufferSize) {
         return false;
     }

@@ -1,7 +1,6 @@
 // The section queue: a ring in shared memory. The platform hands its descriptor to every service that the process
 // connects to.
 #include <mutex>
-#include <vector>
 
 #include "host_log.h"
 #include "io_service.h"
@@ -27,14 +26,11 @@ struct IPCMessageQueue::State {
     std::string name;
     bool creator;
     std::shared_ptr<SectionRing> ring;
-    std::vector<std::uint8_t> received;  // used only by the one reader
-    std::uint64_t unreadable = 0;        // used only by the one reader
-    std::mutex writing;                  // one writer at a time
+    std::uint64_t unreadable = 0;  // used only by the one reader
+    std::mutex writing;            // one writer at a time
 
     State(const std::string& newName, bool isCreator, std::shared_ptr<SectionRing> newRing)
-        : name(newName), creator(isCreator), ring(std::move(newRing)) {
-        received.resize(ring->messageSize());
-    }
+        : name(newName), creator(isCreator), ring(std::move(newRing)) {}
 };
 
 IPCMessageQueue::IPCMessageQueue(std::unique_ptr<State> newState) : state(std::move(newState)) {}
@@ -65,8 +61,11 @@ IPCMessageQueue* IPCMessageQueue::open(std::uint32_t peer, const std::string& na
 
 void IPCMessageQueue::Receive(IPCMessage& message) {
     while (true) {
-        const std::size_t length = state->ring->receive(state->received.data());
-        if (message.decode(state->received.data(), length)) {
+        std::size_t length = 0;
+        const std::uint8_t* const bytes = state->ring->next(length);
+        const bool isGood = message.decode(bytes, length);
+        state->ring->release();
+        if (isGood) {
             return;
         }
         // A writer can do this as often as it likes, so the lines become rarer.

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <linux/futex.h>
 #include <linux/magic.h>
+#include <sched.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -205,6 +206,11 @@ bool SectionRing::hasMessage() const {
 }
 
 void SectionRing::waitForMessage() {
+    if (hasMessage()) {
+        return;
+    }
+    // Lets a writer on the same processor go on first: it then fills the ring without waking anybody.
+    sched_yield();
     while (!hasMessage()) {
         header.read.store(place, std::memory_order_release);
         header.asleep.store(1, std::memory_order_seq_cst);
@@ -215,20 +221,20 @@ void SectionRing::waitForMessage() {
     }
 }
 
-std::size_t SectionRing::receive(std::uint8_t* bytes) {
+const std::uint8_t* SectionRing::next(std::size_t& length) {
     waitForMessage();
     const std::uint8_t* const slot = slotAt(place);
-    std::uint32_t length = 0;
-    std::memcpy(&length, slot, sizeof length);
+    std::uint32_t stored = 0;
+    std::memcpy(&stored, slot, sizeof stored);
     // Keeps the compiler from reading the length again after the check: the writer may change it.
-    asm volatile("" : "+r"(length));
-    if (length > slotSize) {
-        length = 0;
-    }
-    std::memcpy(bytes, slot + sizeof length, length);
+    asm volatile("" : "+r"(stored));
+    length = stored > slotSize ? 0 : stored;
+    return slot + sizeof stored;
+}
+
+void SectionRing::release() {
     ++place;
     header.read.store(place, std::memory_order_release);
-    return length;
 }
 
 }  // namespace host

@@ -1,8 +1,8 @@
 // SectionRing: a ring of messages in memory that two processes share. The process that creates it reads; the process
 // that gets its descriptor writes. What the other process does to the memory cannot hurt: the memory cannot shrink,
-// each side keeps its own place in the ring, checks the other's, and reads a message only from its own copy.
+// each side keeps its own place in the ring and checks the other's, and reads each byte of a message once.
 // Threads: one reads; one at a time writes.
-// Blocks:  receive() until a message comes; nothing else.
+// Blocks:  next() until a message comes; nothing else.
 // Locks:   none.
 // Fails:   create() and open() with the reason.
 #pragma once
@@ -38,9 +38,11 @@ public:
     /// Writer: hands the message in nextSlot() over and wakes the reader.
     void publish(std::size_t length);
 
-    /// Reader: waits for a message and copies it to `bytes`, which has room for messageSize(). Returns its length; 0
-    /// for an impossible one.
-    std::size_t receive(std::uint8_t* bytes);
+    /// Reader: waits for a message. Its length is 0 if it is an impossible one. The writer can still change the bytes:
+    /// read each of them once.
+    const std::uint8_t* next(std::size_t& length);
+    /// Reader: has read the message that next() returned.
+    void release();
 
 private:
     struct Header;

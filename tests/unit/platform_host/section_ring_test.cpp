@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "eventually.h"
+#include "velmora/msgqueue/ipc_message_queue.h"
 
 namespace {
 
@@ -66,9 +67,11 @@ protected:
         return true;
     }
     std::string read() {
-        std::uint8_t bytes[kMessageSize];
-        const std::size_t length = reader->receive(bytes);
-        return {bytes, bytes + length};
+        std::size_t length = 0;
+        const std::uint8_t* const bytes = reader->next(length);
+        std::string message(bytes, bytes + length);
+        reader->release();
+        return message;
     }
 
     std::string error;
@@ -201,9 +204,16 @@ TEST_F(ASharedRing, SurvivesRandomWordsInItsMemory) {
             memory.wakeReader();
         }
     });
-    std::uint8_t bytes[kMessageSize];
+    velmora::msgqueue::SectionDataIPCMessage message;
+    message.data = new std::uint8_t[velmora::msgqueue::SectionDataIPCMessage::kBufferSize];
     while (received < kCount) {
-        EXPECT_LE(reader->receive(bytes), kMessageSize);
+        std::size_t length = 0;
+        const std::uint8_t* const bytes = reader->next(length);
+        EXPECT_LE(length, kMessageSize);
+        if (message.decode(bytes, length)) {
+            EXPECT_LE(message.sessionName.size() + message.dataLength, kMessageSize);
+        }
+        reader->release();
         ++received;
     }
     hostile.join();

@@ -22,7 +22,8 @@ public:
 
     /// Writes the message to `bytes`. Returns the number of bytes, or 0 when `capacity` is too small.
     virtual std::size_t encode(std::uint8_t* bytes, std::size_t capacity) const = 0;
-    /// Reads the message. False when the bytes are not a valid message; the message is then unspecified.
+    /// Reads the message, each byte once: a writer may change them meanwhile. False when the bytes are not a valid
+    /// message; the message is then unspecified.
     virtual bool decode(const std::uint8_t* bytes, std::size_t length) = 0;
 };
 

@@ -125,11 +125,11 @@ void* BrowserDVBService::thread_proc_section_data(void* arg) {
 /// created. The loop also ends when the object is gone; a stay protects every access to the object.
 void BrowserDVBService::deliverSections(BrowserDVBService* service, Occupancy& occupancy, IPCMessageQueue& queue,
                                         SectionDataIPCMessage& message) {
-    while (true) {
-        if (const Occupancy::Stay stay(occupancy, Occupancy::As::worker); !stay || !service->keepRunning()) {
-            orphanedQueue.store(&queue, std::memory_order_relaxed);
-            return;
-        }
+    const auto isRunning = [&] {
+        const Occupancy::Stay stay(occupancy, Occupancy::As::worker);
+        return stay && service->keepRunning();
+    };
+    for (bool goesOn = isRunning(); goesOn;) {
         try {
             queue.Receive(message);
         } catch (const boost::interprocess::interprocess_exception& error) {
@@ -138,10 +138,13 @@ void BrowserDVBService::deliverSections(BrowserDVBService* service, Occupancy& o
             usleep(kPauseAfterReceiveError);
             return;
         }
-        if (const Occupancy::Stay stay(occupancy, Occupancy::As::worker); stay) {
+        const Occupancy::Stay stay(occupancy, Occupancy::As::worker);
+        if (stay) {
             service->deliverSection(message);
         }
+        goesOn = stay && service->keepRunning();
     }
+    orphanedQueue.store(&queue, std::memory_order_relaxed);
 }
 
 /// Silently drops sections of filters that are closed or unknown.

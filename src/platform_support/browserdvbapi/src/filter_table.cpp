@@ -39,9 +39,8 @@ bool FilterTable::remove(const Record& record) {
 
 FilterTable::Record FilterTable::find(const std::string& sessionName) const {
     if (emptyRecords != 0) {
-        const auto found = std::find_if(records.begin(), records.end(), [&sessionName](const Record& record) {
-            return record->name() == sessionName;
-        });
+        const auto found = std::find_if(records.begin(), records.end(),
+                                        [&sessionName](const Record& record) { return record->name() == sessionName; });
         return found == records.end() ? Record() : *found;
     }
     const auto named = byName.find(sessionName);
