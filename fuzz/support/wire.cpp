@@ -2,6 +2,7 @@
 #include "wire.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "io_service.h"
 #include "platform_common/io_backend.h"
@@ -51,7 +52,11 @@ bool deliver(std::size_t place, std::uint32_t peer, const std::vector<std::uint8
     const Registered& to = registered.at(place % registered.size());
     platform_common::DecodedRecord record;
     std::string error;
-    if (!platform_common::decodeRecord(*to.table, image.data(), image.size(), record, error)) {
+    // As the host's transport does, with no more room than it promises.
+    const std::unique_ptr<std::uint8_t[]> bytes(new std::uint8_t[image.size() + 1]);
+    std::copy(image.begin(), image.end(), bytes.get());
+    if (!platform_common::decodeRecordInPlace(*to.table, platform_common::wireSizeOf(*to.table), bytes.get(),
+                                              image.size(), record, error)) {
         return false;
     }
     frame::TransportInfo transport;

@@ -66,24 +66,26 @@ std::size_t wireSizeOf(const ovxEndianTable& table) {
     return std::max<std::size_t>(size, 1);
 }
 
-std::size_t imageSizeOf(const ovxEndianTable& table, const void* record) {
+ImageSizes imageSizesOf(const ovxEndianTable& table, const void* record) {
     const auto* bytes = static_cast<const std::uint8_t*>(record);
-    std::size_t size = 0;
+    std::size_t fields = 0;
+    std::size_t carried = 0;
     std::uint32_t carriedLength = 0;
     walkFields(table, 0, [&](std::uint32_t kind, std::size_t offset) {
-        size += wireWidth(kind);
+        fields += wireWidth(kind);
         if (kind == ovxEndianKind32) {
             carriedLength = loadWord<std::uint32_t>(bytes + offset);
         } else if (kind == ovxEndianKindCarriedBytes && loadWord<const void*>(bytes + offset) != nullptr) {
-            size += carriedLength;
+            carried += carriedLength;
         }
     });
-    return std::max<std::size_t>(size, 1);
+    fields = std::max<std::size_t>(fields, 1);
+    return {fields, fields + carried};
 }
 
-void encodeRecord(const ovxEndianTable& table, const void* record, std::uint8_t* image) {
+void encodeRecord(const ovxEndianTable& table, const void* record, const ImageSizes& sizes, std::uint8_t* image) {
     const auto* bytes = static_cast<const std::uint8_t*>(record);
-    std::uint8_t* carried = image + wireSizeOf(table);
+    std::uint8_t* carried = image + sizes.fields;
     std::uint32_t carriedLength = 0;
     image[0] = 0;
     walkFields(table, 0, [&](std::uint32_t kind, std::size_t offset) {
@@ -105,26 +107,21 @@ void encodeRecord(const ovxEndianTable& table, const void* record, std::uint8_t*
 }
 
 std::vector<std::uint8_t> encodeRecord(const ovxEndianTable& table, const void* record) {
-    std::vector<std::uint8_t> image(imageSizeOf(table, record));
-    encodeRecord(table, record, image.data());
+    const ImageSizes sizes = imageSizesOf(table, record);
+    std::vector<std::uint8_t> image(sizes.all);
+    encodeRecord(table, record, sizes, image.data());
     return image;
 }
 
-/// Decodes an image in one pass: scalars into the record, carried bytes into one buffer behind each other.
+/// Decodes an image in one pass: scalars into the record; carried bytes stay in the image or go to one buffer behind
+/// each other.
 class RecordDecoder {
 public:
-    /// The image has at least the size of the fields.
-    RecordDecoder(const ovxEndianTable& table, const std::uint8_t* newImage, std::size_t newLength,
-                  std::size_t fixedSize, DecodedRecord& newTarget)
-        : image(newImage), length(newLength), carriedAt(fixedSize), target(newTarget) {
+    /// `newWritable` is null, or the image, with a byte more.
+    RecordDecoder(const ovxEndianTable& table, const std::uint8_t* newImage, std::uint8_t* newWritable,
+                  std::size_t newLength, std::size_t fixedSize, DecodedRecord& newTarget)
+        : image(newImage), writable(newWritable), length(newLength), carriedAt(fixedSize), target(newTarget) {
         target.bytes.assign(table.recordSize, 0);
-        // A carrier takes more bytes on the wire than its zero takes here. One long message does not keep its memory.
-        constexpr std::size_t kMostKept = std::size_t{64} << 10U;
-        if (target.carriedRoom < length || target.carriedRoom > kMostKept) {
-            target.carried = std::unique_ptr<char[]>(new char[length]);
-            target.carriedRoom = length;
-        }
-        copyAt = target.carried.get();
     }
 
     void field(std::uint32_t kind, std::size_t offset) {
@@ -154,14 +151,39 @@ private:
                       " bytes, " + std::to_string(length - carriedAt) + " are left";
             return;
         }
-        std::memcpy(copyAt, image + carriedAt, carriedLength);
-        copyAt[carriedLength] = '\0';
-        storeWord(pointerField, copyAt);
+        const std::size_t end = carriedAt + carriedLength;
+        if (writable != nullptr && end == length) {
+            writable[end] = 0;
+            storeWord(pointerField, writable + carriedAt);
+        } else {
+            storeWord(pointerField, copied());
+        }
+        carriedAt = end;
+    }
+
+    char* copied() {
+        if (copyAt == nullptr) {
+            reserve();
+        }
+        char* const copy = copyAt;
+        std::memcpy(copy, image + carriedAt, carriedLength);
+        copy[carriedLength] = '\0';
         copyAt += carriedLength + 1;
-        carriedAt += carriedLength;
+        return copy;
+    }
+
+    /// A carrier takes more bytes on the wire than its zero takes here. One long message does not keep its memory.
+    void reserve() {
+        constexpr std::size_t kMostKept = std::size_t{64} << 10U;
+        if (target.carriedRoom < length || target.carriedRoom > kMostKept) {
+            target.carried = std::unique_ptr<char[]>(new char[length]);
+            target.carriedRoom = length;
+        }
+        copyAt = target.carried.get();
     }
 
     const std::uint8_t* image;
+    std::uint8_t* writable;
     std::size_t length;
     std::size_t at = 0;
     std::size_t carriedAt;
@@ -171,20 +193,39 @@ private:
     std::string problem;
 };
 
-bool decodeRecord(const ovxEndianTable& table, const std::uint8_t* image, std::size_t length, DecodedRecord& decoded,
-                  std::string& error) {
-    const std::size_t fixedSize = wireSizeOf(table);
+namespace {
+
+bool decode(const ovxEndianTable& table, RecordDecoder& decoder, std::size_t fixedSize, std::size_t length,
+            std::string& error) {
     if (length < fixedSize) {
         error = "record of " + std::to_string(length) + " bytes, " + std::to_string(fixedSize) + " expected";
         return false;
     }
-    RecordDecoder decoder(table, image, length, fixedSize, decoded);
     walkFields(table, 0, [&decoder](std::uint32_t kind, std::size_t offset) { decoder.field(kind, offset); });
-    error = decoder.error();
-    if (error.empty() && decoder.end() != length) {
+    if (!decoder.error().empty()) {
+        error = decoder.error();
+    } else if (decoder.end() != length) {
         error = std::to_string(length - decoder.end()) + " bytes behind the record's end";
+    } else {
+        error.clear();
+        return true;
     }
-    return error.empty();
+    return false;
+}
+
+}  // namespace
+
+bool decodeRecord(const ovxEndianTable& table, const std::uint8_t* image, std::size_t length, DecodedRecord& decoded,
+                  std::string& error) {
+    const std::size_t fixedSize = wireSizeOf(table);
+    RecordDecoder decoder(table, image, nullptr, length, fixedSize, decoded);
+    return decode(table, decoder, fixedSize, length, error);
+}
+
+bool decodeRecordInPlace(const ovxEndianTable& table, std::size_t wireSize, std::uint8_t* image, std::size_t length,
+                         DecodedRecord& decoded, std::string& error) {
+    RecordDecoder decoder(table, image, image, length, wireSize, decoded);
+    return decode(table, decoder, wireSize, length, error);
 }
 
 }  // namespace platform_common

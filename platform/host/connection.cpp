@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "host_log.h"
+#include "plain_calls.h"
 #include "settings.h"
 
 namespace host {
@@ -38,7 +39,7 @@ ssize_t sendWith(int descriptor, const std::uint8_t* packet, std::size_t length,
 int sendPacket(int descriptor, const std::uint8_t* packet, std::size_t length, const SectionRing* ring) {
     ssize_t sent = 0;
     do {
-        sent = ring == nullptr ? send(descriptor, packet, length, MSG_DONTWAIT | MSG_NOSIGNAL)
+        sent = ring == nullptr ? plain::send(descriptor, packet, length, MSG_DONTWAIT | MSG_NOSIGNAL)
                                : sendWith(descriptor, packet, length, ring->descriptor());
     } while (sent < 0 && errno == EINTR);
     return sent < 0 ? errno : 0;

@@ -65,7 +65,7 @@ public:
     std::size_t size() const { return length; }
 
 private:
-    static constexpr std::size_t kUsual = 1024;
+    static constexpr std::size_t kUsual = 5120;  // a message with the longest section
 
     std::size_t length;
     std::unique_ptr<std::uint8_t[]> large;
@@ -100,7 +100,7 @@ IOService::~IOService() {
 
 int IOService::registerHandler(const frame::MsgMeta& header, frameLmqMessageHandler handler, void* context,
                                const ovxEndianTable* table) {
-    handlers[HandlerKey(header)] = {handler, context, table};
+    handlers[HandlerKey(header)] = {handler, context, table, platform_common::wireSizeOf(*table)};
     return 0;
 }
 
@@ -115,10 +115,10 @@ int IOService::send(const frame::MsgIds& ids, const frame::MsgMeta& header, cons
     if (targets->empty()) {
         return isService() && ids.peer == frame::kAnyId && !stopping ? 0 : -ENOTCONN;
     }
-    const std::size_t imageSize = platform_common::imageSizeOf(table, record);
-    PacketBuffer packet(kEnvelopeSize + imageSize);
-    packEnvelope({header, ids.transaction, static_cast<std::uint32_t>(imageSize)}, packet.bytes());
-    platform_common::encodeRecord(table, record, packet.bytes() + kEnvelopeSize);
+    const platform_common::ImageSizes sizes = platform_common::imageSizesOf(table, record);
+    PacketBuffer packet(kEnvelopeSize + sizes.all);
+    packEnvelope({header, ids.transaction, static_cast<std::uint32_t>(sizes.all)}, packet.bytes());
+    platform_common::encodeRecord(table, record, sizes, packet.bytes() + kEnvelopeSize);
     int result = ids.peer == frame::kAnyId ? 0 : -ENOTCONN;
     for (const std::shared_ptr<Connection>& target : *targets) {
         if (ids.peer != frame::kAnyId && ids.peer != target->peer()) {
@@ -157,8 +157,8 @@ int IOService::start() {
     }
     stopping = false;
     process = getpid();
-    // Not set to zero: what no packet fills takes no memory.
-    receiveBuffer.reset(new (std::nothrow) std::uint8_t[Connection::kLargestPacket]);
+    // Not set to zero: what no packet fills takes no memory. The decoder needs a byte behind a packet.
+    receiveBuffer.reset(new (std::nothrow) std::uint8_t[Connection::kLargestPacket + 1]);
     if (!receiveBuffer) {
         BLOG_TAGGED(blog::kFailure, "%s\n", "no memory to receive packets");
         return -ENOMEM;

@@ -49,6 +49,7 @@ private:
         frameLmqMessageHandler function;
         void* context;
         const ovxEndianTable* table;
+        std::size_t wireSize;
     };
     struct HandlerKey {
         std::uint32_t interfaceId;

@@ -6,6 +6,7 @@
 
 #include "host_log.h"
 #include "io_service.h"
+#include "plain_calls.h"
 
 namespace host {
 
@@ -42,7 +43,7 @@ void IOService::followService() {
 
 /// Waits for a packet and handles it. False when the service has disconnected.
 bool IOService::receiveOne(Connection& connection) {
-    const ssize_t length = recv(connection.socket(), receiveBuffer.get(), Connection::kLargestPacket, MSG_TRUNC);
+    const ssize_t length = plain::recv(connection.socket(), receiveBuffer.get(), Connection::kLargestPacket, MSG_TRUNC);
     if (length < 0) {
         // A service that has gone without reading everything resets the connection once. Its last packets are there.
         return errno == EINTR || errno == ECONNRESET;

@@ -12,6 +12,7 @@
 #include "descriptors.h"
 #include "host_log.h"
 #include "io_service.h"
+#include "plain_calls.h"
 
 namespace host {
 
@@ -33,7 +34,7 @@ public:
     /// none, with errno.
     ReceivedPacket(int socket, std::uint8_t* buffer, std::size_t room, bool mayHaveDescriptors) {
         if (!mayHaveDescriptors) {
-            length = recv(socket, buffer, room, MSG_DONTWAIT | MSG_TRUNC);
+            length = plain::recv(socket, buffer, room, MSG_DONTWAIT | MSG_TRUNC);
             return;
         }
         iovec piece{buffer, room};
@@ -121,7 +122,7 @@ void IOService::serveOnce() {
         patience = patience == kForever ? kRetryMilliseconds : std::min(patience, kRetryMilliseconds);
     }
     epoll_event events[kMostReady];
-    const int ready = epoll_wait(sockets, events, kMostReady, patience);
+    const int ready = plain::epollWait(sockets, events, kMostReady, patience);
     if (std::exchange(isAcceptPaused, false)) {
         control(sockets, EPOLL_CTL_MOD, endpoint.socket(), EPOLLIN, &endpoint);
     }

@@ -117,7 +117,7 @@ void IOService::take(Connection& connection, std::size_t length, int attached) {
         drop(connection, "packet is longer than " + std::to_string(Connection::kLargestPacket) + " bytes");
         return;
     }
-    const std::uint8_t* const packet = receiveBuffer.get();
+    std::uint8_t* const packet = receiveBuffer.get();
     const std::string_view text(reinterpret_cast<const char*>(packet), length);
     if (text == kQueueAnnounced) {
         ++connection.queuesAnnounced;
@@ -140,14 +140,15 @@ void IOService::take(Connection& connection, std::size_t length, int attached) {
         drop(connection, "message " + std::to_string(header.messageId) + " has no handler");
         return;
     }
-    if (!platform_common::decodeRecord(*handler->second.table, packet + kEnvelopeSize, length - kEnvelopeSize, received,
-                                       error)) {
+    const Handler& to = handler->second;
+    if (!platform_common::decodeRecordInPlace(*to.table, to.wireSize, packet + kEnvelopeSize, length - kEnvelopeSize,
+                                              received, error)) {
         drop(connection, "message " + std::to_string(header.messageId) + ": " + error);
         return;
     }
     frame::TransportInfo transport;
     transport.peer = connection.peer();
-    handler->second.function(header, transport, received.record(), handler->second.context);
+    to.function(header, transport, received.record(), to.context);
 }
 
 void IOService::takeQueue(Connection& connection, const std::string& name, int attached) {

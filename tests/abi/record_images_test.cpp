@@ -11,12 +11,19 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// The error text for an image; empty when the image is accepted.
+/// The error text for an image; empty when the image is accepted. Both ways to decode it say the same.
 std::string refusal(const ovxEndianTable& table, const Bytes& image) {
     platform_common::DecodedRecord decoded;
     std::string error;
     const bool taken = platform_common::decodeRecord(table, image.data(), image.size(), decoded, error);
     EXPECT_EQ(taken, error.empty());
+    Bytes inPlace = image;
+    inPlace.push_back(0xEE);
+    std::string errorInPlace;
+    EXPECT_EQ(platform_common::decodeRecordInPlace(table, platform_common::wireSizeOf(table), inPlace.data(),
+                                                   image.size(), decoded, errorInPlace),
+              taken);
+    EXPECT_EQ(errorInPlace, error);
     return error;
 }
 
@@ -77,4 +84,20 @@ TEST(ARecordImage, GivesASequenceWithoutBytesBackWithoutBytes) {
     const OpenFilterMatchMask_t matchMask = wire::OpenFilterMatchMaskField::load(fields.matchMask);
     EXPECT_TRUE(matchMask.mask.empty());
     EXPECT_EQ(matchMask.maskBits, std::vector<unsigned char>({1, 2}));
+}
+
+TEST(ARecordImage, DecodedInPlaceKeepsTheBytesThatEndIt) {
+    Bytes image{0, 0, 0, 3, 0, 0, 0, 0, 0, 0, 0, 2, 0, 0, 0, 0, 'a', 0, 'b', 'c', 'd', 0xEE};
+    platform_common::DecodedRecord record;
+    std::string error;
+    ASSERT_TRUE(platform_common::decodeRecordInPlace(*messages::OnFilterOpened::table(), 16, image.data(),
+                                                     image.size() - 1, record, error))
+        << error;
+    const auto& fields = *static_cast<const messages::OnFilterOpened::Record*>(record.record());
+    const _ovxDeserString_struct session = fields.session;
+    const _ovxDeserString_struct dataSlot = fields.dataSlot;
+    EXPECT_EQ(std::string(session.data, 4), std::string("a\0b\0", 4));
+    EXPECT_EQ(static_cast<const void*>(dataSlot.data), image.data() + 19);
+    EXPECT_EQ(std::string(dataSlot.data, 3), std::string("cd\0", 3));
+    EXPECT_EQ(image[19], 'c') << "the text before it is a copy, whose zero does not fall on it";
 }

@@ -2,6 +2,7 @@
 #include "app-browserdvbservice-proxy-main.h"
 
 #include <algorithm>
+#include <boost/container/small_vector.hpp>
 #include <cstdlib>
 #include <memory>
 
@@ -86,11 +87,16 @@ int Proxy::send(frame::MsgIds& ids, const Arguments&... arguments) {
     }
 #include "browserdvbservice_messages.inc"
 
+/// Usually there is one client. Up to four are copied without an allocation.
+using FewClients = boost::container::small_vector<boost::shared_ptr<ClientInterface>, 4>;
+
 template <typename Message>
 int Proxy::dispatch(const char* decoder, const frame::TransportInfo& transport, const void* record, void* context) {
     BLOG_PLAIN_AS(blog::kOrdinary, decoder, "Called.\n");
     const auto& fields = *static_cast<const typename Message::Record*>(record);
-    for (const boost::shared_ptr<ClientInterface>& client : static_cast<Proxy*>(context)->clientsNow()) {
+    FewClients now;
+    static_cast<Proxy*>(context)->copyClients(now);
+    for (const boost::shared_ptr<ClientInterface>& client : now) {
         Message::deliver(*client, frame::MsgIds::none, transport, fields);
     }
     return 0;
@@ -107,9 +113,10 @@ Proxy::Clients::iterator Proxy::find(const ClientInterface* client) {
     return std::find_if(clients.begin(), clients.end(), [client](const auto& known) { return known.get() == client; });
 }
 
-Proxy::Clients Proxy::clientsNow() {
+template <typename Copy>
+void Proxy::copyClients(Copy& copy) {
     const locks::PosixLock guard(componentMutex());
-    return clients;
+    copy.assign(clients.begin(), clients.end());
 }
 
 int Proxy::addClient(boost::shared_ptr<ClientInterface> client) {

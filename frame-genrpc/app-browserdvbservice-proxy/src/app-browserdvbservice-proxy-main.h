@@ -51,7 +51,8 @@ private:
     static int dispatch(const char* decoder, const frame::TransportInfo& transport, const void* record, void* context);
 
     Clients::iterator find(const ClientInterface* client) REQUIRES(componentMutex());
-    Clients clientsNow() EXCLUDES(componentMutex());
+    template <typename Copy>
+    void copyClients(Copy& copy) EXCLUDES(componentMutex());
 
     Clients clients GUARDED_BY(componentMutex());  // in order of registration
 };

@@ -18,12 +18,16 @@ namespace platform_common {
 /// Number of bytes that the fields of a record take on the wire; a carrier counts as 8. 1 for a record without fields.
 std::size_t wireSizeOf(const ovxEndianTable& table);
 
-/// Number of bytes of a record's wire image, carried bytes included.
-std::size_t imageSizeOf(const ovxEndianTable& table, const void* record);
+/// Numbers of bytes of a record's wire image: what wireSizeOf() gives, and all, carried bytes included.
+struct ImageSizes {
+    std::size_t fields;
+    std::size_t all;
+};
+ImageSizes imageSizesOf(const ovxEndianTable& table, const void* record);
 
-/// Writes the wire image, imageSizeOf() bytes: the fields in network byte order at their wire offsets, followed by the
+/// Writes the wire image of these sizes: the fields in network byte order at their wire offsets, followed by the
 /// carried bytes in field order. A record without fields becomes one zero byte.
-void encodeRecord(const ovxEndianTable& table, const void* record, std::uint8_t* image);
+void encodeRecord(const ovxEndianTable& table, const void* record, const ImageSizes& sizes, std::uint8_t* image);
 std::vector<std::uint8_t> encodeRecord(const ovxEndianTable& table, const void* record);
 
 /// A received record in host byte order and layout, together with the bytes of its carriers, each followed by a zero.
@@ -44,5 +48,11 @@ private:
 /// length does not fit the rest of the image.
 bool decodeRecord(const ovxEndianTable& table, const std::uint8_t* image, std::size_t length, DecodedRecord& decoded,
                   std::string& error);
+
+/// The same for a table whose wireSizeOf() is known, and without a copy of the carried bytes that end the image, which
+/// is the only carrier of most messages: the record points to them, so it is valid as long as the image. The image has
+/// room for a byte more, which becomes the zero.
+bool decodeRecordInPlace(const ovxEndianTable& table, std::size_t wireSize, std::uint8_t* image, std::size_t length,
+                         DecodedRecord& decoded, std::string& error);
 
 }  // namespace platform_common
