@@ -150,8 +150,9 @@ void LiveInput::handOver(std::vector<std::uint8_t>& batch) {
     }
     *underWay += count;
     loop.post([&demux = demux, underWay = underWay, packets = std::move(batch), count] {
+        const auto now = broadcast::Clock::now();  // they came together
         for (std::size_t at = 0; at < packets.size(); at += broadcast::kPacketSize) {
-            demux.feed(broadcast::TsPacket{packets.data() + at});
+            demux.feed(broadcast::TsPacket{packets.data() + at}, now);
         }
         *underWay -= count;
     });

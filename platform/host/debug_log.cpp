@@ -34,15 +34,58 @@ char levelLetter(std::uint32_t level) {
     return importance < 1000 ? '*' : importance < 3000 ? 'F' : importance < 4000 ? 'W' : importance < 5000 ? 'O' : 'T';
 }
 
-std::string prefix(std::uint32_t level) {
+/// The time of day. The calendar is asked once a second: what it says is kept with the second it belongs to.
+class TimeOfDay {
+public:
+    explicit TimeOfDay(std::time_t now) {
+        static std::atomic<std::uint64_t> kept{0};
+        std::uint64_t packed = kept.load(std::memory_order_relaxed);
+        if (packed >> kSecondAt != (static_cast<std::uint64_t>(now) & kSecondMask) || packed == 0) {
+            tm local{};
+            localtime_r(&now, &local);
+            packed = static_cast<std::uint64_t>(now) << kSecondAt |
+                     static_cast<std::uint64_t>((local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec);
+            kept.store(packed, std::memory_order_relaxed);
+        }
+        seconds = static_cast<unsigned int>(packed & kDayMask);
+    }
+    unsigned int hour() const { return seconds / 3600; }
+    unsigned int minute() const { return seconds / 60 % 60; }
+    unsigned int second() const { return seconds % 60; }
+
+private:
+    static constexpr unsigned int kSecondAt = 17;  // above the seconds of a day
+    static constexpr std::uint64_t kDayMask = (std::uint64_t{1} << kSecondAt) - 1;
+    static constexpr std::uint64_t kSecondMask = ~std::uint64_t{0} >> kSecondAt;
+
+    unsigned int seconds;
+};
+
+void appendDigits(std::string& line, unsigned int number, unsigned int digits) {
+    char text[10];
+    for (unsigned int at = digits; at > 0; --at, number /= 10) {
+        text[at - 1] = static_cast<char>('0' + number % 10);
+    }
+    line.append(text, digits);
+}
+
+/// "hh:mm:ss.mmm process level "
+void appendPrefix(std::string& line, std::uint32_t level) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
-    tm local{};
-    localtime_r(&now.tv_sec, &local);
-    char text[64];
-    const int length = std::snprintf(text, sizeof text, "%02d:%02d:%02d.%03ld %d %c ", local.tm_hour, local.tm_min,
-                                     local.tm_sec, now.tv_nsec / 1000000, getpid(), levelLetter(level));
-    return std::string(text, static_cast<std::size_t>(length));
+    const TimeOfDay time(now.tv_sec);
+    appendDigits(line, time.hour(), 2);
+    line += ':';
+    appendDigits(line, time.minute(), 2);
+    line += ':';
+    appendDigits(line, time.second(), 2);
+    line += '.';
+    appendDigits(line, static_cast<unsigned int>(now.tv_nsec / 1000000), 3);
+    line += ' ';
+    line += std::to_string(getpid());
+    line += ' ';
+    line += levelLetter(level);
+    line += ' ';
 }
 
 /// Appends a text as one line: removes newlines at its end, and escapes what could control a terminal.
@@ -91,7 +134,9 @@ void ovxDebugOutput0(ovxDebugFrame*, ovxDebugChunk*, std::uint32_t level, const 
     char shortText[512];
     const int length = std::vsnprintf(shortText, sizeof shortText, format, arguments);
     va_end(arguments);
-    std::string line = prefix(level);
+    std::string line;
+    line.reserve(sizeof shortText);
+    appendPrefix(line, level);
     if (length >= 0 && static_cast<std::size_t>(length) < sizeof shortText) {
         appendEscaped(line, {shortText, static_cast<std::size_t>(length)});
     } else if (length >= 0) {

@@ -52,6 +52,9 @@ done
 may[fuzz]="$contract $idiom platform/common platform/host $records $fields $adapter $headers $library si text"
 may[fuzz]+=" $(echo dtvservice/*) tools/dtvctl tools/dvbshell tools/tsmake"
 
+# The measurements: what a browser includes, a service stub, and what they measure alone.
+may[bench]="$headers $contract $idiom $records dtvservice/broadcast si"
+
 headers_by_name=$(mktemp)
 trap 'rm -f "$headers_by_name"' EXIT
 for folder in "${!may[@]}"; do

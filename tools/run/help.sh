@@ -11,6 +11,7 @@ usage: ./run demo [FILE.ts] [--service ONID:TSID:SID]...
        ./run coverage [ctest arguments]              which lines and branches the test suite executes, by file
        ./run soak [MINUTES]                          services and browsers in use for 30 minutes; fails if one grows
        ./run fuzz [NAME] [SECONDS]                   feed hostile bytes to the parsers, with clang's libFuzzer
+       ./run bench [FILTER]                          speed beside what one would use instead, as ratios of one run
        ./run package                                 make the desktop kit's Debian package
        ./run format                                  check the layout of all sources (clang-format)
        ./run lint [--all]                            check what changed with clang-tidy, cppcheck and shellcheck
@@ -73,6 +74,15 @@ stays in build/fuzz/corpus, and the next run continues from there. An input that
 build/fuzz/findings/NAME; the exit code is then 1.
   NAME       one of: $(fuzzers | paste -s -d ' ' | sed 's/ /, /g' | fold -s -w 106 | sed '2,$s/^/             /; s/ $//')
   SECONDS    for each fuzzer; 60 if not given
+TEXT
+        ;;
+    bench) cat <<TEXT
+usage: ./run bench [FILTER]
+Builds the measurements into build/bench and runs them: messages beside a raw socket, Asio and sd-bus, sections beside a
+raw message queue, their assembly beside libbitstream and libdvbpsi, log lines beside snprintf and write. It prints a
+table of ratios with the goals, and writes the figures of each repetition to build/bench/measurements.json. It takes five
+minutes. The machine must have two CPUs, and nothing else to do; docs/performance.md tells more.
+  FILTER   a regular expression for the names: round_trip, one_way, listeners, sections, assembly, log
 TEXT
         ;;
     package) cat <<TEXT

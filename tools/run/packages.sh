@@ -28,7 +28,14 @@ test_packages=(
     abigail-tools # description and comparison of binary interfaces
     "${pack_packages[@]}" # a test makes the Debian package
 )
-clang_packages=(clang)
+bench_packages=(
+    libbenchmark-dev # the framework of the measurements
+    libsystemd-dev   # sd-bus, measured beside the messages
+    libdvbpsi-dev    # measured beside the assembly of sections
+    pkgconf          # finds both
+    python3          # the table
+)
+clang_packages=(clang "${bench_packages[@]}") # this preset builds the measurements too
 coverage_packages=(
     clang           # counts lines and branches
     libclang-rt-dev # its counters

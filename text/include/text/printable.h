@@ -67,8 +67,15 @@ void eachCharacter(std::string_view text, Keep keep, Escape escape) {
     }
 }
 
+inline bool isPlainAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char byte) { return byte >= ' ' && byte <= '~'; });
+}
+
 /// The text as UTF-8. Shows characters that control a terminal, and bytes that are not UTF-8, as \xNN.
 inline std::string printable(std::string_view text) {
+    if (isPlainAscii(text)) {
+        return std::string(text);
+    }
     std::string shown;
     shown.reserve(text.size());
     eachCharacter(

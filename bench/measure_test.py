@@ -1,0 +1,46 @@
+#!/usr/bin/env python3
+"""The table of measurements, with made-up figures."""
+import unittest
+
+import measure
+
+
+def repetitions(name, **figures):
+    """What the programs write: one entry a repetition."""
+    return [{"name": name, "run_type": "iteration", **dict(zip(figures, values))} for values in zip(*figures.values())]
+
+
+class TheTable(unittest.TestCase):
+    def lines(self, results):
+        return [[cell.strip() for cell in line.strip("|").split("|")]
+                for line in measure.table(measure.figures_of(results)).splitlines()]
+
+    def test_has_the_medians_and_the_ratio_of_each_repetition(self):
+        _, _, line = self.lines(repetitions("assembly/ours", real_time=[10, 20, 30]) +
+                                repetitions("assembly/libbitstream", real_time=[50, 80, 180]))
+        self.assertEqual(line, ["assembly of sections, by libbitstream", "20.0 ns", "80.0 ns", "5.00 [4.00, 6.00]",
+                                ">= 4", "yes"])
+
+    def test_says_which_goal_is_not_reached(self):
+        place = "cpus:1/bytes:0/real_time"
+        *_, line = self.lines(repetitions(f"round_trip/ours/{place}", real_time=[1, 1], p50_us=[4, 4]) +
+                              repetitions(f"round_trip/raw/{place}", real_time=[9, 9], p50_us=[3, 3]))
+        self.assertEqual(line[1:], ["4.00 us", "3.00 us", "0.75 [0.75, 0.75]", ">= 0.85", "no"])
+
+    def test_leaves_out_what_was_not_measured(self):
+        self.assertEqual(len(self.lines(repetitions("assembly/ours", real_time=[10, 20]))), 2)
+
+    def test_has_the_cost_of_one_listener(self):
+        *_, line = self.lines(repetitions("listeners/listeners:1/real_time", real_time=[1000, 1000]) +
+                              repetitions("listeners/listeners:100/real_time", real_time=[1990, 1990]))
+        self.assertEqual(line, ["each listener more of an event", "10.00 ns", "", "10.00 [10.00, 10.00]", "<= 15 ns",
+                                "yes"])
+
+    def test_ends_with_the_error_of_a_measurement(self):
+        broken = {"name": "assembly/ours", "run_type": "iteration", "error_occurred": True, "error_message": "none"}
+        with self.assertRaisesRegex(SystemExit, "bench: assembly/ours: none"):
+            measure.figures_of([broken])
+
+
+if __name__ == "__main__":
+    unittest.main()
