@@ -149,7 +149,7 @@ def run(program, name_filter, folder, effort):
 
 
 def main(arguments):
-    effort = Effort(2, 0.001) if "--quick" in arguments else Effort(9, 0.1)
+    effort = Effort(2, 0.001) if "--quick" in arguments else Effort(21, 0.05)
     folder, *rest = [word for word in arguments if word != "--quick"]
     name_filter = rest[0] if rest else "."
     try:

@@ -25,6 +25,7 @@ test_packages=(
     pkgconf      # the installed library as builds without CMake find it
     libvalijson-dev # validates JSON against its schema
     python3       # long runs and their judgement
+    git           # which sources changed, in a test of the lint
     abigail-tools # description and comparison of binary interfaces
     "${pack_packages[@]}" # a test makes the Debian package
 )
@@ -48,6 +49,7 @@ tv_arm_packages=(
     googletest              # the test framework's sources
 )
 lint_packages=(
+    git          # which sources changed
     clang        # what clang-tidy reads the sources as
     clang-format # layout
     clang-tidy   # static checks of the sources
