@@ -85,12 +85,13 @@ ImageSizes imageSizesOf(const ovxEndianTable& table, const void* record) {
 
 void encodeRecord(const ovxEndianTable& table, const void* record, const ImageSizes& sizes, std::uint8_t* image) {
     const auto* bytes = static_cast<const std::uint8_t*>(record);
+    std::uint8_t* at = image;
     std::uint8_t* carried = image + sizes.fields;
     std::uint32_t carriedLength = 0;
     image[0] = 0;
     walkFields(table, 0, [&](std::uint32_t kind, std::size_t offset) {
         if (kind == ovxEndianKindCarriedBytes) {
-            storeWord(image, std::uint32_t{0});
+            storeWord(at, std::uint32_t{0});
             const auto* data = loadWord<const std::uint8_t*>(bytes + offset);
             if (data != nullptr && carriedLength != 0) {
                 std::memcpy(carried, data, carriedLength);
@@ -100,9 +101,9 @@ void encodeRecord(const ovxEndianTable& table, const void* record, const ImageSi
             if (kind == ovxEndianKind32) {
                 carriedLength = loadWord<std::uint32_t>(bytes + offset);
             }
-            convertScalar(kind, bytes + offset, image);
+            convertScalar(kind, bytes + offset, at);
         }
-        image += wireWidth(kind);
+        at += wireWidth(kind);
     });
 }
 

@@ -73,7 +73,7 @@ Connection::~Connection() {
 
 int Connection::send(const std::uint8_t* packet, std::size_t length, const std::shared_ptr<SectionRing>& ring) {
     const locks::Lock lock(mutex);
-    if (stalled) {
+    if (isCutOff) {
         return -ENOTCONN;
     }
     // Behind packets that wait it would wait too, for room that never comes.
@@ -93,13 +93,19 @@ int Connection::send(const std::uint8_t* packet, std::size_t length, const std::
     }
     if (waitingBytes + length > kMostWaiting) {
         BLOG_TAGGED(blog::kFailure, "peer %u has stalled with %zu bytes waiting; cut off\n", peerNumber_, waitingBytes);
-        stalled = true;
+        isCutOff = true;
         shutdown(descriptor, SHUT_RDWR);
         return -ENOTCONN;
     }
     waitingBytes += length;
     outgoing.push_back({{packet, packet + length}, ring});
     return kQueued;
+}
+
+void Connection::cutOff() {
+    const locks::Lock lock(mutex);
+    isCutOff = true;
+    shutdown(descriptor, SHUT_RDWR);
 }
 
 bool Connection::waiting() {

@@ -1,6 +1,6 @@
 // Connection: one socket to one peer process. Packets leave in the order of their sends. A packet that the socket does
 // not accept at once waits in a bounded queue, which another thread flushes when there is room.
-// Threads: send(), waiting() and flush() from any; the rest on the transport thread.
+// Threads: send(), cutOff(), waiting() and flush() from any; the rest on the transport thread.
 // Blocks:  never.
 // Locks:   mutex guards the outgoing queue and the order on the socket.
 // Fails:   with negative error numbers.
@@ -41,6 +41,8 @@ public:
     /// Sends a packet with one system call, or queues it. A ring's descriptor is attached to the packet.
     /// 0 when sent; 1 when queued: somebody must then watch for room and flush; negative when neither.
     int send(const std::uint8_t* packet, std::size_t length, const std::shared_ptr<SectionRing>& ring = nullptr);
+    /// Ends the connection: its receive ends, and sends fail.
+    void cutOff();
     /// Whether packets are queued.
     bool waiting();
     /// Sends the queued packets. False when the connection has failed.
@@ -66,7 +68,7 @@ private:
     std::mutex mutex;
     std::deque<Packet> outgoing GUARDED_BY(mutex);
     std::size_t waitingBytes GUARDED_BY(mutex) = 0;
-    bool stalled GUARDED_BY(mutex) = false;
+    bool isCutOff GUARDED_BY(mutex) = false;
 };
 
 /// True when the peer process runs as our own user.

@@ -55,23 +55,6 @@ const std::uint8_t* bytesOf(std::string_view text) {
     return reinterpret_cast<const std::uint8_t*>(text.data());
 }
 
-/// Room for a packet: on the stack, if it is a usual one.
-class PacketBuffer {
-public:
-    explicit PacketBuffer(std::size_t newSize)
-        : length(newSize), large(newSize > kUsual ? new std::uint8_t[newSize] : nullptr) {}
-
-    std::uint8_t* bytes() { return large ? large.get() : usual; }
-    std::size_t size() const { return length; }
-
-private:
-    static constexpr std::size_t kUsual = 5120;  // a message with the longest section
-
-    std::size_t length;
-    std::unique_ptr<std::uint8_t[]> large;
-    std::uint8_t usual[kUsual];
-};
-
 }  // namespace
 
 void offerToServices(const NamedQueue& queue) {
@@ -116,29 +99,33 @@ int IOService::send(const frame::MsgIds& ids, const frame::MsgMeta& header, cons
         return isService() && ids.peer == frame::kAnyId && !stopping ? 0 : -ENOTCONN;
     }
     const platform_common::ImageSizes sizes = platform_common::imageSizesOf(table, record);
-    PacketBuffer packet(kEnvelopeSize + sizes.all);
-    packEnvelope({header, ids.transaction, static_cast<std::uint32_t>(sizes.all)}, packet.bytes());
-    platform_common::encodeRecord(table, record, sizes, packet.bytes() + kEnvelopeSize);
+    constexpr std::size_t kUsual = 5120;  // a message with the longest section
+    std::uint8_t usual[kUsual];
+    const std::size_t length = kEnvelopeSize + sizes.all;
+    const std::unique_ptr<std::uint8_t[]> large(length > kUsual ? new std::uint8_t[length] : nullptr);
+    std::uint8_t* const packet = large ? large.get() : usual;
+    packEnvelope({header, ids.transaction, static_cast<std::uint32_t>(sizes.all)}, packet);
+    platform_common::encodeRecord(table, record, sizes, packet + kEnvelopeSize);
     int result = ids.peer == frame::kAnyId ? 0 : -ENOTCONN;
     for (const std::shared_ptr<Connection>& target : *targets) {
         if (ids.peer != frame::kAnyId && ids.peer != target->peer()) {
             continue;
         }
-        const int sent = target->send(packet.bytes(), packet.size());
+        int sent = target->send(packet, length);
         if (sent > 0) {
-            letFlush(target);
+            sent = letFlush(target) ? 0 : -ENOTCONN;
         }
         // A send to all browsers succeeds even when one of them disconnects meanwhile.
         const bool toOne = !isService() || ids.peer != frame::kAnyId;
         if (toOne || sent == -EMSGSIZE) {
-            result = std::min(sent, 0);
+            result = sent;
         }
     }
     return result;
 }
 
-/// Packets wait until the connection's socket has room.
-void IOService::letFlush(const std::shared_ptr<Connection>& connection) {
+/// Packets wait until the connection's socket has room. False if nobody can send them then: the connection is cut off.
+bool IOService::letFlush(const std::shared_ptr<Connection>& connection) {
     if (isService()) {
         {
             const locks::Lock lock(mutex);
@@ -146,9 +133,13 @@ void IOService::letFlush(const std::shared_ptr<Connection>& connection) {
             hasNews = true;
         }
         wake();
-    } else if (!flusher.watch(connection)) {
-        shutdown(connection->socket(), SHUT_RDWR);
+        return true;
     }
+    const bool isWatched = flusher.watch(connection);
+    if (!isWatched) {
+        connection->cutOff();
+    }
+    return isWatched;
 }
 
 int IOService::start() {

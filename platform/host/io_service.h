@@ -71,7 +71,7 @@ private:
 
     bool isService() const { return owner.couplingMode() == frame::CouplingModeService; }
     Snapshot connectionsNow() EXCLUDES(mutex);
-    void letFlush(const std::shared_ptr<Connection>& connection) EXCLUDES(mutex);
+    bool letFlush(const std::shared_ptr<Connection>& connection) EXCLUDES(mutex);
     void wake();
     void drainWakeUps();
     void run();

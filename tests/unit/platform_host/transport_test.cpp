@@ -182,6 +182,28 @@ TEST(TheTransport, RefusesAMessageThatFitsNoPacketWhileOthersWait) {
     EXPECT_EQ(service.disconnected, 0);
 }
 
+TEST(TheTransport, ConnectsAgainWhereNoThreadCanSendWhatWaits) {
+    Member service(kService);
+    Member client(kClient);
+    ASSERT_EQ(service.start(), 0);
+    ASSERT_EQ(client.start(), 0);
+    service.holdHandler = true;
+    {
+        const WithoutThreads none;
+        constexpr int kMoreThanTheSocketHolds = 30;
+        int sent = 0;
+        while (sent < kMoreThanTheSocketHolds && client.send(7, std::string(100000, 'x')) == 0) {
+            ++sent;
+        }
+        EXPECT_LT(sent, kMoreThanTheSocketHolds);
+    }
+    service.holdHandler = false;
+    EXPECT_TRUE(eventually([&] { return client.connected == 2; }));
+    EXPECT_EQ(timesLogged("no thread for packets that wait: "), 1U);
+    EXPECT_EQ(client.send(8, "after it"), 0);
+    EXPECT_TRUE(eventually([&] { return service.received().back().text == "after it"; }));
+}
+
 TEST(TheTransport, MayBeStoppedFromInsideAHandler) {
     Member service(kService);
     Member client(kClient);
