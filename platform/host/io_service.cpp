@@ -177,7 +177,8 @@ int IOService::start() {
 }
 
 void IOService::offer(const NamedQueue& queue) {
-    for (const std::shared_ptr<Connection>& connection : *connectionsNow()) {
+    const Snapshot now = connectionsNow();
+    for (const std::shared_ptr<Connection>& connection : *now) {
         if (give(*connection, {queue})) {
             letFlush(connection);
         }
@@ -205,7 +206,8 @@ void IOService::stop() {
     wake();
     if (!isService()) {
         // Ends the receive in which the transport thread waits. A connection that it makes from now on ends at once.
-        for (const std::shared_ptr<Connection>& connection : *connectionsNow()) {
+        const Snapshot now = connectionsNow();
+        for (const std::shared_ptr<Connection>& connection : *now) {
             shutdown(connection->socket(), SHUT_RDWR);
         }
         flusher.stop();

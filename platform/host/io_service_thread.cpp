@@ -30,7 +30,8 @@ void IOService::run() {
         followService();
     }
     tellOfNewConnections();
-    for (const std::shared_ptr<Connection>& connection : *connectionsNow()) {
+    const Snapshot now = connectionsNow();
+    for (const std::shared_ptr<Connection>& connection : *now) {
         closeConnection(*connection);
     }
     endpoint.close();
