@@ -105,6 +105,17 @@ TEST_F(ARegistry, TellsRecordsApartByTheObject) {
     EXPECT_EQ(recordOf("same"), first);
 }
 
+TEST_F(ARegistry, KeepsAnEmptyRecordOnceUntilItIsRemoved) {
+    const auto before = saved("a", client);
+    service->saveFilter({});
+    service->saveFilter({});
+    EXPECT_EQ(filters().size(), 2U);
+    EXPECT_EQ(recordOf("a"), before) << "a search ends before it";
+    service->removeFilter({});
+    EXPECT_THAT(filters(), testing::ElementsAre(before));
+    EXPECT_FALSE(recordOf("b"));
+}
+
 TEST_F(ARegistry, KeepsAClientWhileItOwnsAFilter) {
     service->registerClient(&client);
     service->registerClient(&second);
