@@ -2,22 +2,19 @@
 // asks again at once; and commands without answers. The same over a raw socket, Asio, and sd-bus peer to peer.
 //   NAME/cpus:N/bytes:N   one CPU for both processes or one for each; bytes of text in the answer
 #include <benchmark/benchmark.h>
-#include <dvb_helpers/empty_listener.h>
 #include <sys/socket.h>
 #include <systemd/sd-bus.h>
 
 #include <boost/asio.hpp>
-#include <chrono>
 #include <memory>
-#include <thread>
 #include <vector>
 
 #include "browser.h"
-#include "countdown.h"
 #include "cpus.h"
 #include "latencies.h"
 #include "peer.h"
 #include "plain_packets.h"
+#include "questions.h"
 
 namespace {
 
@@ -30,24 +27,14 @@ using bench::SocketPair;
 /// The library, and a service of its own.
 class Ours {
 public:
-    Ours(int cpu, std::size_t bytes) : service("answering_service", {std::to_string(cpu), std::to_string(bytes)}) {
-        listener->times = &times;
-        bench::dvbApi().addListener(listener);
-        while (bench::dvbApi().startOSDDetection(0) != 0) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
+    Ours(int cpu, std::size_t bytes) : questions(cpu, bytes, [this] { times.next(); }) {
         bench::pinTo(bench::kOwnCpu);
         ask(1);
     }
-    Ours(const Ours&) = delete;
-    Ours& operator=(const Ours&) = delete;
-    ~Ours() { bench::dvbApi().removeListener(listener); }
 
-    void ask(std::int64_t questions) {
-        listener->left = questions;
+    void ask(std::int64_t count) {
         times.begin();
-        bench::dvbApi().sendPtsRequest(0);
-        listener->answered.wait();
+        questions.ask(count);
     }
     /// Commands without answers, and a question behind them.
     void tell(std::int64_t commands) {
@@ -60,28 +47,7 @@ public:
     Latencies times;
 
 private:
-    class Listener final : public velmora::dtv::helpers::EmptyListener {
-    public:
-        void onPtsNotify(std::uint64_t, std::uint64_t) override { next(); }
-        void onDrmResultReply(std::uint64_t, std::uint8_t, const std::string&, std::uint16_t) override { next(); }
-
-        Latencies* times = nullptr;
-        std::int64_t left = 0;
-        bench::Countdown answered;
-
-    private:
-        void next() {
-            times->next();
-            if (--left == 0) {
-                answered.end();
-            } else {
-                bench::dvbApi().sendPtsRequest(0);
-            }
-        }
-    };
-
-    const Peer service;
-    const std::shared_ptr<Listener> listener = std::make_shared<Listener>();
+    bench::Questions questions;
 };
 
 /// What all peers on a socket pair need.

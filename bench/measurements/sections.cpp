@@ -5,15 +5,12 @@
 #include <sys/stat.h>
 
 #include <boost/interprocess/ipc/message_queue.hpp>
-#include <chrono>
 #include <string>
-#include <thread>
 #include <vector>
 
-#include "browser.h"
-#include "countdown.h"
 #include "cpus.h"
 #include "peer.h"
+#include "sections.h"
 
 namespace {
 
@@ -21,47 +18,15 @@ constexpr std::int64_t kBatch = 20000;
 constexpr std::size_t kMessages = 128;      // of the library's queue
 constexpr std::size_t kMessageSize = 4500;  // likewise
 
-class Ours final : velmora::dtv::SectionFilterClient {
+class Ours {
 public:
-    Ours(int cpu, std::int64_t filters, std::size_t bytes)
-        : service("answering_service", {std::to_string(cpu), std::to_string(bytes)}) {
-        while (bench::dvbApi().startOSDDetection(0) != 0) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        const unsigned char none = 0;
-        for (std::int64_t count = 0; count < filters; ++count) {
-            sessions.push_back(bench::sectionApi().generateSessionName());
-            if (!bench::sectionApi().startSection(this, sessions.back(), 100, &none, &none, 0)) {
-                std::fprintf(stderr, "bench: a filter does not open\n");
-                std::exit(1);
-            }
-        }
+    Ours(int cpu, std::int64_t filters, std::size_t bytes) : sections(cpu, filters, bytes) {
         bench::pinTo(bench::kOwnCpu);
     }
-    Ours(const Ours&) = delete;
-    Ours& operator=(const Ours&) = delete;
-    ~Ours() {
-        for (const std::string& session : sessions) {
-            bench::sectionApi().stopSection(this, session);
-        }
-    }
-    void take(std::int64_t sections) {
-        left = sections;
-        bench::dvbApi().sendPtsRequest(static_cast<std::uint32_t>(sections));
-        taken.wait();
-    }
+    void take(std::int64_t count) { sections.take(count); }
 
 private:
-    void onSectionData(const std::string&, unsigned int, const unsigned char*, unsigned int) override {
-        if (--left == 0) {
-            taken.end();
-        }
-    }
-
-    const bench::Peer service;
-    std::vector<std::string> sessions;
-    std::int64_t left = 0;
-    bench::Countdown taken;
+    bench::Sections sections;
 };
 
 class Raw {
@@ -100,7 +65,7 @@ private:
 };
 
 template <typename Transport>
-void sections(benchmark::State& state) {
+void measureSections(benchmark::State& state) {
     const auto bytes = static_cast<std::size_t>(state.range(2));
     Transport transport(bench::cpuOfPeer(state.range(0)), state.range(1), bytes);
     transport.take(kBatch);
@@ -114,9 +79,11 @@ void sizes(benchmark::internal::Benchmark* measured, const std::vector<std::int6
     measured->ArgNames({"cpus", "filters", "bytes"})->ArgsProduct({{1, 2}, filters, {1024, 4096}})->UseRealTime();
 }
 
-BENCHMARK_TEMPLATE(sections, Ours)->Name("sections/ours")->Apply([](auto* measured) {
+BENCHMARK_TEMPLATE(measureSections, Ours)->Name("sections/ours")->Apply([](auto* measured) {
     sizes(measured, {1, 10, 100, 1000});
 });
-BENCHMARK_TEMPLATE(sections, Raw)->Name("sections/raw_queue")->Apply([](auto* measured) { sizes(measured, {1}); });
+BENCHMARK_TEMPLATE(measureSections, Raw)->Name("sections/raw_queue")->Apply([](auto* measured) {
+    sizes(measured, {1});
+});
 
 }  // namespace

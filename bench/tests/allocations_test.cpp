@@ -1,0 +1,52 @@
+// How often the process asks for memory while messages and sections come, all threads together.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+
+#include "cpus.h"
+#include "questions.h"
+#include "sections.h"
+
+extern "C" void* __libc_malloc(std::size_t size);
+
+namespace {
+
+std::atomic<std::int64_t> allocations{0};
+
+constexpr std::int64_t kEach = 1000;
+
+/// In `work`, after it has run once.
+template <typename Work>
+std::int64_t allocationsIn(Work work) {
+    work();
+    const std::int64_t before = allocations;
+    work();
+    return allocations - before;
+}
+
+}  // namespace
+
+/// The C library's. The operators new and the library's own buffers end here.
+extern "C" __attribute__((visibility("default"))) void* malloc(std::size_t size) {
+    allocations.fetch_add(1, std::memory_order_relaxed);
+    return __libc_malloc(size);
+}
+
+TEST(AQuestionAndItsAnswer, AskForNoMemory) {
+    bench::runDirectory();
+    bench::Questions questions(0, 0);
+    EXPECT_EQ(allocationsIn([&] { questions.ask(kEach); }), 0);
+}
+
+TEST(AnAnswerWithAText, AsksForMemoryOnceForTheText) {
+    bench::runDirectory();
+    bench::Questions questions(0, 256);
+    EXPECT_EQ(allocationsIn([&] { questions.ask(kEach); }), kEach);
+}
+
+TEST(ASection, AsksForMemoryOnceForItsName) {
+    bench::runDirectory();
+    bench::Sections sections(0, 10, 1024);
+    EXPECT_EQ(allocationsIn([&] { sections.take(kEach); }), kEach);
+}
