@@ -74,7 +74,7 @@ def figures_of(results):
             continue
         if each.get("error_occurred"):
             raise SystemExit(f"bench: {each['name']}: {each['error_message']}")
-        for name in ("real_time", "p50_us", "p99_us"):
+        for name in ("real_time", "p50_us"):
             if name in each:
                 figures.setdefault((each["name"], name), []).append(each[name])
     return figures

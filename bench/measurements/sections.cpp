@@ -2,7 +2,6 @@
 // with a queue of Boost.Interprocess whose reader does nothing.
 //   NAME/cpus:N/filters:N/bytes:N
 #include <benchmark/benchmark.h>
-#include <sys/stat.h>
 
 #include <boost/interprocess/ipc/message_queue.hpp>
 #include <string>

@@ -4,8 +4,8 @@
 #include <atomic>
 #include <cstdlib>
 
-#include "cpus.h"
 #include "questions.h"
+#include "quiet_run_directory.h"
 #include "sections.h"
 
 extern "C" void* __libc_malloc(std::size_t size);
@@ -34,19 +34,16 @@ extern "C" __attribute__((visibility("default"))) void* malloc(std::size_t size)
 }
 
 TEST(AQuestionAndItsAnswer, AskForNoMemory) {
-    bench::runDirectory();
     bench::Questions questions(0, 0);
     EXPECT_EQ(allocationsIn([&] { questions.ask(kEach); }), 0);
 }
 
 TEST(AnAnswerWithAText, AsksForMemoryOnceForTheText) {
-    bench::runDirectory();
     bench::Questions questions(0, 256);
     EXPECT_EQ(allocationsIn([&] { questions.ask(kEach); }), kEach);
 }
 
 TEST(ASection, AsksForMemoryOnceForItsName) {
-    bench::runDirectory();
     bench::Sections sections(0, 10, 1024);
     EXPECT_EQ(allocationsIn([&] { sections.take(kEach); }), kEach);
 }

@@ -12,8 +12,8 @@
 #include <optional>
 #include <thread>
 
-#include "cpus.h"
 #include "questions.h"
+#include "quiet_run_directory.h"
 
 namespace {
 
@@ -31,14 +31,13 @@ void countEntry(pid_t thread, Counts& counts) {
     }
 }
 
-/// Follows the process and all that it starts until they have ended.
+/// Follows the process, which has stopped, and all that it starts until they have ended.
 Counts countsOf(pid_t first) {
     constexpr long kOptions =
         PTRACE_O_TRACESYSGOOD | PTRACE_O_TRACECLONE | PTRACE_O_TRACEFORK | PTRACE_O_TRACEVFORK | PTRACE_O_EXITKILL;
     constexpr int kSystemCall = SIGTRAP | 0x80;
     Counts counts;
     int status = 0;
-    waitpid(first, &status, 0);
     ptrace(PTRACE_SETOPTIONS, first, 0, kOptions);
     ptrace(PTRACE_SYSCALL, first, 0, 0);
     for (pid_t thread = 0; (thread = waitpid(-1, &status, __WALL)) > 0;) {
@@ -71,15 +70,12 @@ std::optional<Counts> countsOfAsking(std::int64_t questions) {
             _exit(1);
         }
         raise(SIGSTOP);
-        bench::runDirectory();
         ask(questions);
         _exit(0);
     }
     int status = 0;
-    if (waitpid(child, &status, WNOHANG | WNOWAIT | WEXITED) == child && WIFEXITED(status)) {
-        return std::nullopt;
-    }
-    return countsOf(child);
+    waitpid(child, &status, 0);
+    return WIFSTOPPED(status) ? std::optional(countsOf(child)) : std::nullopt;
 }
 
 }  // namespace
