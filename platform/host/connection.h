@@ -1,6 +1,6 @@
 // Connection: one socket to one peer process. Packets leave in the order of their sends. A packet that the socket does
 // not accept at once waits in a bounded queue, which another thread flushes when there is room.
-// Threads: send(), cutOff(), waiting() and flush() from any; the rest on the transport thread.
+// Threads: send(), cutOff(), waiting() and flush() from any; the rest as it is said there.
 // Blocks:  never.
 // Locks:   mutex guards the outgoing queue and the order on the socket.
 // Fails:   with negative error numbers.
@@ -48,13 +48,14 @@ public:
     /// Sends the queued packets. False when the connection has failed.
     bool flush();
 
-    // Used only by the transport thread.
+    // Used only by the thread that receives, or by the transport thread.
     std::uint64_t dropped = 0;          ///< unusable messages received; the first one is logged
     ReadingPace pace;                   ///< at which a service reads the client's packets
     std::uint32_t queuesAnnounced = 0;  ///< by a client, and not come yet
     BurstGuess burst;                   ///< whether to look for more packets behind one that was read
     static constexpr std::uint32_t kUnwatched = 0xFFFFFFFF;
-    std::uint32_t watched = kUnwatched;  ///< for what a service watches the socket
+    std::uint32_t watched = kUnwatched;  ///< for what a service's transport thread watches the socket
+    bool isFollowed = false;             ///< a follower receives, and the rest above is its own
 
 private:
     struct Packet {

@@ -122,7 +122,7 @@ void ServiceEndpoint::close() {
 }
 
 int ServiceEndpoint::accept(std::string& problem) {
-    const int descriptor = aboveStandard(accept4(listening, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    const int descriptor = aboveStandard(accept4(listening, nullptr, nullptr, SOCK_CLOEXEC));
     if (descriptor < 0) {
         const bool hasGone = errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR || errno == ECONNABORTED;
         problem = hasGone ? "" : std::strerror(errno);

@@ -26,8 +26,9 @@ public:
     void close();
     /// The listening socket, or -1.
     int socket() const { return listening; }
-    /// A connected, non-blocking socket of a client that runs as our own user, or -1. The text tells why the clients
-    /// must wait, for example because the process has no more descriptors; it is empty if only this client is refused.
+    /// A connected socket of a client that runs as our own user, whose receive waits, or -1. The text tells why the
+    /// clients must wait, for example because the process has no more descriptors; it is empty if only this client is
+    /// refused.
     int accept(std::string& problem);
 
 private:

@@ -8,9 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <new>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "descriptors.h"
 #include "envelope.h"
@@ -92,10 +92,37 @@ IOService::Snapshot IOService::connectionsNow() {
     return connections;
 }
 
+void IOService::replaceConnections(Snapshot by) {
+    former.push_back(std::exchange(connections, std::move(by)));
+    current = connections.get();
+    hasFormer = true;
+}
+
+/// A send that began with a former list has ended if none runs now.
+void IOService::releaseFormer() {
+    std::vector<Snapshot> released;  // ends without the lock
+    const locks::Lock lock(mutex);
+    if (sending == 0) {
+        hasFormer = false;
+        released.swap(former);
+    }
+}
+
 int IOService::send(const frame::MsgIds& ids, const frame::MsgMeta& header, const ovxEndianTable& table,
                     const void* record) {
-    const Snapshot targets = connectionsNow();
-    if (targets->empty()) {
+    const CountedSend counted(*this);
+    return sendTo(*current, ids, header, table, record);
+}
+
+IOService::CountedSend::~CountedSend() {
+    if (--service.sending == 0 && service.hasFormer) {
+        service.releaseFormer();
+    }
+}
+
+int IOService::sendTo(const Connections& targets, const frame::MsgIds& ids, const frame::MsgMeta& header,
+                      const ovxEndianTable& table, const void* record) {
+    if (targets.empty()) {
         return isService() && ids.peer == frame::kAnyId && !stopping ? 0 : -ENOTCONN;
     }
     const platform_common::ImageSizes sizes = platform_common::imageSizesOf(table, record);
@@ -107,7 +134,7 @@ int IOService::send(const frame::MsgIds& ids, const frame::MsgMeta& header, cons
     packEnvelope({header, ids.transaction, static_cast<std::uint32_t>(sizes.all)}, packet);
     platform_common::encodeRecord(table, record, sizes, packet + kEnvelopeSize);
     int result = ids.peer == frame::kAnyId ? 0 : -ENOTCONN;
-    for (const std::shared_ptr<Connection>& target : *targets) {
+    for (const std::shared_ptr<Connection>& target : targets) {
         if (ids.peer != frame::kAnyId && ids.peer != target->peer()) {
             continue;
         }
@@ -148,9 +175,7 @@ int IOService::start() {
     }
     stopping = false;
     process = getpid();
-    // Not set to zero: what no packet fills takes no memory. The decoder needs a byte behind a packet.
-    receiveBuffer.reset(new (std::nothrow) std::uint8_t[Connection::kLargestPacket + 1]);
-    if (!receiveBuffer) {
+    if (!ownInbox.makeRoom()) {
         BLOG_TAGGED(blog::kFailure, "%s\n", "no memory to receive packets");
         return -ENOMEM;
     }
@@ -169,7 +194,7 @@ int IOService::start() {
         BLOG_TAGGED(blog::kFailure, "cannot start the transport thread: %s\n", error.what());
         endpoint.close();
         const locks::Lock lock(mutex);
-        connections = std::make_shared<const Connections>();
+        replaceConnections(std::make_shared<const Connections>());
         untold.clear();
         return -error.code().value();
     }
@@ -212,8 +237,8 @@ void IOService::stop() {
         }
         flusher.stop();
     }
-    if (thread.get_id() == std::this_thread::get_id()) {
-        // Called from a handler: the thread cannot join itself, and ends after the handler has returned.
+    if (thread.get_id() == std::this_thread::get_id() || turns.isMine()) {
+        // Called from a handler: the thread cannot join itself, and all end after the handler has returned.
         thread.detach();
     } else {
         thread.join();

@@ -1,10 +1,12 @@
 // IOService: the message transport of one marshalling member: its connections, its handlers and its transport thread.
-// Threads: send() from any; handlers and connection callbacks on the transport thread, one at a time.
+// Threads: send() from any; handlers and connection callbacks one at a time: a client's on its transport thread, a
+//          service's on that one or on a follower.
 // Blocks:  stop() until no handler runs, except when called from a handler. Everything else: never.
 // Locks:   mutex guards connections; it is not held during a handler, a callback or a message's send. A new connection
 //          gets the process's queues under it.
-// A client's transport thread waits in the receive of its one connection, so that a message costs one system call. A
-// service's waits for all of its sockets.
+// A client's transport thread waits in the receive of its one connection, so that a message costs one system call. So
+// does a follower, the thread that a service has for each of its first clients. The service's transport thread waits for
+// the other sockets.
 // Fails:   sends with negative error numbers; start() likewise, when the transport itself cannot run.
 #pragma once
 
@@ -24,11 +26,15 @@
 #include "locks/lock.h"
 #include "platform_common/record_image.h"
 #include "queue_exchange.h"
+#include "turns.h"
 
 namespace host {
 
 class IOService : public std::enable_shared_from_this<IOService> {
 public:
+    /// Clients of a service that have a follower each. The others share the transport thread.
+    static constexpr unsigned int kMostFollowers = 16;
+
     explicit IOService(frame::AbstractMarshallingImpl& newOwner);
     IOService(const IOService&) = delete;
     IOService& operator=(const IOService&) = delete;
@@ -65,27 +71,54 @@ private:
     struct HashOfKey {
         std::size_t operator()(const HandlerKey& key) const { return key.messageId * 2U + key.direction; }
     };
+    /// What a thread that receives needs for itself.
+    struct Inbox {
+        std::unique_ptr<std::uint8_t[]> packet;
+        platform_common::DecodedRecord record;
+
+        /// False without memory.
+        bool makeRoom();
+    };
+    /// Keeps the connections that a send uses.
+    struct CountedSend {
+        explicit CountedSend(IOService& newService) : service(newService) { ++service.sending; }
+        CountedSend(const CountedSend&) = delete;
+        CountedSend& operator=(const CountedSend&) = delete;
+        ~CountedSend();
+        IOService& service;
+    };
+    enum class Received { packet, nothing, end };
+    struct Follower {
+        std::shared_ptr<Connection> connection;
+        std::thread thread;
+    };
     using Connections = std::vector<std::shared_ptr<Connection>>;
     using Snapshot = std::shared_ptr<const Connections>;  // replaced, never changed
     using Now = ReadingPace::Clock::time_point;
 
     bool isService() const { return owner.couplingMode() == frame::CouplingModeService; }
     Snapshot connectionsNow() EXCLUDES(mutex);
+    void replaceConnections(Snapshot by) REQUIRES(mutex);
+    void releaseFormer() EXCLUDES(mutex);
+    int sendTo(const Connections& targets, const frame::MsgIds& ids, const frame::MsgMeta& header,
+               const ovxEndianTable& table, const void* record);
     bool letFlush(const std::shared_ptr<Connection>& connection) EXCLUDES(mutex);
     void wake();
     void drainWakeUps();
     void run();
     void adopt(int connectedSocket) EXCLUDES(mutex);
     void tellOfNewConnections() EXCLUDES(mutex);
+    void tellOfConnection(const Connection& connection);
     void closeConnection(Connection& connection) EXCLUDES(mutex);
     static bool give(Connection& connection, const std::vector<NamedQueue>& queues);
-    void take(Connection& connection, std::size_t length, int attached);
+    Received receive(Connection& connection, Inbox& inbox, int flags);
+    void take(Connection& connection, Inbox& inbox, std::size_t length, int attached);
     void takeQueue(Connection& connection, const std::string& name, int attached);
-    void drop(Connection& connection, const std::string& reason);
+    static void drop(Connection& connection, const std::string& reason);
+    Turns* turnsOfHandlers() { return isService() ? &turns : nullptr; }
 
     // A client's transport thread.
     void followService();
-    bool receiveOne(Connection& connection);
     void pauseBeforeRetry();
     void tryToConnect();
 
@@ -96,12 +129,22 @@ private:
     bool makeSockets();
     void forget(int descriptor) const;
     void watch(Connection& connection, std::uint32_t events) const;
+    void unwatch(Connection& connection) const;
     void awaitRoom() EXCLUDES(mutex);
     static bool isTooFast(const Connection& connection, Now now);
     void pause(Connection& connection);
     int resumePaused();
+    void disconnect(Connection& client);
     bool serveClient(Connection& connection, std::uint32_t ready, int mostPackets);
     bool receiveSome(Connection& connection, int mostPackets, bool hasGone);
+    void flushFollowed(Connection& connection) const;
+
+    // A service's followers.
+    bool startFollower(const std::shared_ptr<Connection>& connection);
+    void joinEndedFollowers() EXCLUDES(mutex);
+    void endFollowers();
+    void follow(Connection& connection, Inbox& inbox) EXCLUDES(mutex);
+    void keepPace(Connection& connection) const;
 
     frame::AbstractMarshallingImpl& owner;
     std::unordered_map<HandlerKey, Handler, HashOfKey> handlers;  // written only before start
@@ -111,16 +154,24 @@ private:
 
     std::mutex mutex;
     Snapshot connections GUARDED_BY(mutex) = std::make_shared<const Connections>();
+    std::vector<Snapshot> former GUARDED_BY(mutex);  // a send may still use them
     Connections untold GUARDED_BY(mutex);   // connected, but the member does not know yet
     Connections waiting GUARDED_BY(mutex);  // of a service: have packets for which there was no room
-    std::atomic<bool> hasNews{false};       // one of the two lists has an entry
+    std::vector<const Connection*> unfollowed GUARDED_BY(mutex);  // their followers end
+    std::atomic<bool> hasNews{false};                             // one of the three lists has an entry
 
-    std::unique_ptr<std::uint8_t[]> receiveBuffer;  // start(), then the transport thread
-    platform_common::DecodedRecord received;        // transport thread
-    int sockets = -1;                               // a service's epoll; constructor, then the transport thread
-    Connections paused;                             // send too much and are not watched; transport thread
-    bool isAcceptPaused = false;                    // transport thread
-    bool failureTold = false;                       // transport thread
+    // What a send reads without the lock. A former list is kept until no send runs.
+    std::atomic<const Connections*> current{connections.get()};
+    std::atomic<std::uint32_t> sending{0};
+    std::atomic<bool> hasFormer{false};
+
+    Turns turns;                      // of a service's handlers and callbacks
+    Inbox ownInbox;                   // start(), then the transport thread
+    int sockets = -1;                 // a service's epoll; constructor, then the transport thread
+    Connections paused;               // send too much and are not watched; transport thread
+    std::vector<Follower> followers;  // transport thread
+    bool isAcceptPaused = false;      // transport thread
+    bool failureTold = false;         // transport thread
     std::string problem;  // of connecting or accepting, told; start(), then the transport thread
     std::atomic<bool> stopping{false};
     pid_t process = 0;   // that has started the thread

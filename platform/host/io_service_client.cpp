@@ -2,11 +2,8 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-#include <cerrno>
-
 #include "host_log.h"
 #include "io_service.h"
-#include "plain_calls.h"
 
 namespace host {
 
@@ -33,26 +30,12 @@ void IOService::followService() {
             continue;
         }
         Connection& connection = *now->front();
-        while (!stopping && receiveOne(connection)) {
+        while (!stopping && receive(connection, ownInbox, 0) != Received::end) {
         }
         if (!stopping) {
             closeConnection(connection);
         }
     }
-}
-
-/// Waits for a packet and handles it. False when the service has disconnected.
-bool IOService::receiveOne(Connection& connection) {
-    const ssize_t length = plain::recv(connection.socket(), receiveBuffer.get(), Connection::kLargestPacket, MSG_TRUNC);
-    if (length < 0) {
-        // A service that has gone without reading everything resets the connection once. Its last packets are there.
-        return errno == EINTR || errno == ECONNRESET;
-    }
-    if (length == 0 || stopping) {
-        return false;
-    }
-    take(connection, static_cast<std::size_t>(length), -1);
-    return true;
 }
 
 /// Ends early when the service stops.

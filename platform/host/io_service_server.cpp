@@ -1,4 +1,4 @@
-// A service's transport thread: waits for all sockets, receives packets in turn, flushes what waited, accepts clients.
+// A service's transport thread: accepts clients, flushes what waited, receives from clients that have no follower.
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <utility>
 
 #include "descriptors.h"
@@ -26,55 +25,6 @@ constexpr int kForever = -1;
 constexpr int kPacketsInARow = 64;
 constexpr int kPacketsInTurn = 4;
 constexpr int kMostReady = 64;  // sockets looked at in one turn; the others come first in the next
-
-/// A packet in the receive buffer, with the descriptors that came with it; closes them.
-class ReceivedPacket {
-public:
-    /// Does not wait. `length` is that of the packet, whatever its buffer has room for; 0 at the end; negative for
-    /// none, with errno.
-    ReceivedPacket(int socket, std::uint8_t* buffer, std::size_t room, bool mayHaveDescriptors) {
-        if (!mayHaveDescriptors) {
-            length = plain::recv(socket, buffer, room, MSG_DONTWAIT | MSG_TRUNC);
-            return;
-        }
-        iovec piece{buffer, room};
-        alignas(cmsghdr) std::uint8_t control[CMSG_SPACE(sizeof(int))];
-        msghdr message{};
-        message.msg_iov = &piece;
-        message.msg_iovlen = 1;
-        message.msg_control = control;
-        message.msg_controllen = sizeof control;
-        length = recvmsg(socket, &message, MSG_DONTWAIT | MSG_TRUNC | MSG_CMSG_CLOEXEC);
-        // An empty packet, which is taken for the end, may have descriptors too.
-        if (length >= 0) {
-            take(message);
-        }
-    }
-    ReceivedPacket(const ReceivedPacket&) = delete;
-    ReceivedPacket& operator=(const ReceivedPacket&) = delete;
-    ~ReceivedPacket() {
-        for (const int descriptor : descriptors) {
-            close(descriptor);
-        }
-    }
-    /// The first descriptor, or -1.
-    int attached() const { return descriptors.empty() ? -1 : descriptors.front(); }
-
-    ssize_t length = 0;
-
-private:
-    void take(msghdr& message) {
-        for (cmsghdr* each = CMSG_FIRSTHDR(&message); each != nullptr; each = CMSG_NXTHDR(&message, each)) {
-            if (each->cmsg_level == SOL_SOCKET && each->cmsg_type == SCM_RIGHTS) {
-                const std::size_t start = descriptors.size();
-                descriptors.resize(start + (each->cmsg_len - CMSG_LEN(0)) / sizeof(int));
-                std::memcpy(descriptors.data() + start, CMSG_DATA(each), (descriptors.size() - start) * sizeof(int));
-            }
-        }
-    }
-
-    std::vector<int> descriptors;
-};
 
 /// `what` comes back with each event of the socket.
 bool control(int sockets, int operation, int descriptor, std::uint32_t events, void* what) {
@@ -96,6 +46,7 @@ void IOService::serve() {
     while (!stopping) {
         serveOnce();
     }
+    endFollowers();
     forget(endpoint.socket());
 }
 
@@ -112,8 +63,16 @@ void IOService::watch(Connection& connection, std::uint32_t events) const {
     }
 }
 
+void IOService::unwatch(Connection& connection) const {
+    if (connection.watched != Connection::kUnwatched) {
+        forget(connection.socket());
+        connection.watched = Connection::kUnwatched;
+    }
+}
+
 void IOService::serveOnce() {
     if (hasNews.exchange(false)) {
+        joinEndedFollowers();
         tellOfNewConnections();
         awaitRoom();
     }
@@ -137,13 +96,23 @@ void IOService::serveOnce() {
         } else if (event->data.ptr == &endpoint) {
             mayAccept = true;
         } else if (auto& client = *static_cast<Connection*>(event->data.ptr);
-                   !serveClient(client, event->events, mostPackets)) {
-            closeConnection(client);
+                   client.isFollowed) {
+            flushFollowed(client);
+        } else if (!serveClient(client, event->events, mostPackets)) {
+            disconnect(client);
         }
     }
     if (mayAccept && !stopping) {
         tryToAccept();
     }
+}
+
+void IOService::disconnect(Connection& client) {
+    unwatch(client);
+    paused.erase(std::remove_if(paused.begin(), paused.end(),
+                                [&client](const std::shared_ptr<Connection>& each) { return each.get() == &client; }),
+                 paused.end());
+    closeConnection(client);
 }
 
 /// Watches the sockets of connections where packets wait for room.
@@ -154,9 +123,17 @@ void IOService::awaitRoom() {
         now.swap(waiting);
     }
     for (const std::shared_ptr<Connection>& connection : now) {
-        if (connection->watched != Connection::kUnwatched) {
+        if (connection->isFollowed) {
+            watch(*connection, EPOLLOUT);
+        } else if (connection->watched != Connection::kUnwatched) {
             watch(*connection, connection->watched | EPOLLOUT);
         }
+    }
+}
+
+void IOService::flushFollowed(Connection& connection) const {
+    if (!connection.flush() || !connection.waiting()) {
+        unwatch(connection);
     }
 }
 
@@ -213,26 +190,17 @@ bool IOService::receiveSome(Connection& connection, int mostPackets, bool hasGon
             pause(connection);
             return true;
         }
-        const ReceivedPacket packet(connection.socket(), receiveBuffer.get(), Connection::kLargestPacket,
-                                    connection.queuesAnnounced != 0);
-        if (packet.length < 0 && errno == ECONNRESET) {
-            // The client has gone and had not read everything. Its last packets are still there.
-            continue;
+        const Received received = receive(connection, ownInbox, MSG_DONTWAIT);
+        if (received == Received::nothing && count > 0) {
+            connection.burst.foundNone();
         }
-        if (packet.length < 0) {
-            if (count > 0) {
-                connection.burst.foundNone();
-            }
-            return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
-        }
-        if (packet.length == 0) {
-            return false;
+        if (received != Received::packet) {
+            return received != Received::end;
         }
         if (count > 0) {
             connection.burst.found();
         }
         connection.pace.read(now);
-        take(connection, static_cast<std::size_t>(packet.length), packet.attached());
         if (count == 0 && !hasGone && !connection.burst.looks()) {
             return true;
         }

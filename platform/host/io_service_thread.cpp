@@ -1,16 +1,20 @@
-// What the transport threads of clients and of services have in common: connections come and go, messages are handled.
+// What all threads that receive have in common: connections come and go, messages are handled.
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <new>
 #include <string_view>
 #include <utility>
 
 #include "envelope.h"
 #include "host_log.h"
 #include "io_service.h"
+#include "plain_calls.h"
 
 namespace host {
 
@@ -21,7 +25,61 @@ std::uint32_t nextPeerNumber() {
     return ++last;
 }
 
+/// A packet in the receive buffer, with the descriptors that came with it; closes them.
+class ReceivedPacket {
+public:
+    /// `length` is that of the packet, whatever its buffer has room for; 0 at the end; negative for none, with errno.
+    ReceivedPacket(int socket, std::uint8_t* buffer, std::size_t room, bool mayHaveDescriptors, int flags) {
+        if (!mayHaveDescriptors) {
+            length = plain::recv(socket, buffer, room, flags | MSG_TRUNC);
+            return;
+        }
+        iovec piece{buffer, room};
+        alignas(cmsghdr) std::uint8_t control[CMSG_SPACE(sizeof(int))];
+        msghdr message{};
+        message.msg_iov = &piece;
+        message.msg_iovlen = 1;
+        message.msg_control = control;
+        message.msg_controllen = sizeof control;
+        length = recvmsg(socket, &message, flags | MSG_TRUNC | MSG_CMSG_CLOEXEC);
+        // An empty packet, which is taken for the end, may have descriptors too.
+        if (length >= 0) {
+            take(message);
+        }
+    }
+    ReceivedPacket(const ReceivedPacket&) = delete;
+    ReceivedPacket& operator=(const ReceivedPacket&) = delete;
+    ~ReceivedPacket() {
+        for (const int descriptor : descriptors) {
+            close(descriptor);
+        }
+    }
+    /// The first descriptor, or -1.
+    int attached() const { return descriptors.empty() ? -1 : descriptors.front(); }
+
+    ssize_t length = 0;
+
+private:
+    void take(msghdr& message) {
+        for (cmsghdr* each = CMSG_FIRSTHDR(&message); each != nullptr; each = CMSG_NXTHDR(&message, each)) {
+            if (each->cmsg_level == SOL_SOCKET && each->cmsg_type == SCM_RIGHTS) {
+                const std::size_t start = descriptors.size();
+                descriptors.resize(start + (each->cmsg_len - CMSG_LEN(0)) / sizeof(int));
+                std::memcpy(descriptors.data() + start, CMSG_DATA(each), (descriptors.size() - start) * sizeof(int));
+            }
+        }
+    }
+
+    std::vector<int> descriptors;
+};
+
 }  // namespace
+
+bool IOService::Inbox::makeRoom() {
+    // Not set to zero: what no packet fills takes no memory. The decoder needs a byte behind a packet.
+    packet.reset(new (std::nothrow) std::uint8_t[Connection::kLargestPacket + 1]);
+    return packet != nullptr;
+}
 
 void IOService::run() {
     if (isService()) {
@@ -57,12 +115,18 @@ void IOService::adopt(int connectedSocket) {
         }
         auto more = std::make_shared<Connections>(*connections);
         more->push_back(connection);
-        connections = std::move(more);
-        untold.push_back(connection);
-        hasNews = true;
+        replaceConnections(std::move(more));
     }
     if (waits) {
         letFlush(connection);
+    }
+    if (isService() && startFollower(connection)) {
+        return;
+    }
+    {
+        const locks::Lock lock(mutex);
+        untold.push_back(connection);
+        hasNews = true;
     }
     if (isService()) {
         watch(*connection, EPOLLIN);
@@ -78,10 +142,15 @@ void IOService::tellOfNewConnections() {
     }
     for (const std::shared_ptr<Connection>& connection : news) {
         failureTold = false;
-        frame::TransportInfo transport;
-        transport.peer = connection->peer();
-        owner.onIOConnectionConnected(transport);
+        tellOfConnection(*connection);
     }
+}
+
+void IOService::tellOfConnection(const Connection& connection) {
+    frame::TransportInfo transport;
+    transport.peer = connection.peer();
+    const Turns::Turn turn(turnsOfHandlers());
+    owner.onIOConnectionConnected(transport);
 }
 
 void IOService::closeConnection(Connection& connection) {
@@ -93,13 +162,9 @@ void IOService::closeConnection(Connection& connection) {
         kept = *found;
         auto rest = std::make_shared<Connections>(*connections);
         rest->erase(rest->begin() + (found - connections->begin()));
-        connections = std::move(rest);
+        replaceConnections(std::move(rest));
     }
-    if (isService()) {
-        forget(connection.socket());
-        connection.watched = Connection::kUnwatched;
-    }
-    paused.erase(std::remove_if(paused.begin(), paused.end(), isIt), paused.end());
+    releaseFormer();
     GivenQueues::instance().forget(connection.peer());
     // A send that still holds the connection then fails.
     shutdown(connection.socket(), SHUT_RDWR);
@@ -109,16 +174,35 @@ void IOService::closeConnection(Connection& connection) {
     }
     frame::TransportInfo transport;
     transport.peer = connection.peer();
+    const Turns::Turn turn(turnsOfHandlers());
     owner.onIOConnectionDisconnected(transport);
 }
 
-/// Handles the packet in the receive buffer.
-void IOService::take(Connection& connection, std::size_t length, int attached) {
+/// Receives one packet and handles it. With MSG_DONTWAIT there may be nothing; else only after a signal.
+IOService::Received IOService::receive(Connection& connection, Inbox& inbox, int flags) {
+    const ReceivedPacket packet(connection.socket(), inbox.packet.get(), Connection::kLargestPacket,
+                                connection.queuesAnnounced != 0, flags);
+    if (packet.length < 0 && errno == ECONNRESET) {
+        // The peer has gone and had not read everything. Its last packets are still there.
+        return receive(connection, inbox, flags);
+    }
+    if (packet.length < 0) {
+        return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR ? Received::nothing : Received::end;
+    }
+    if (packet.length == 0 || stopping) {
+        return Received::end;
+    }
+    take(connection, inbox, static_cast<std::size_t>(packet.length), packet.attached());
+    return Received::packet;
+}
+
+/// Handles the packet in the inbox.
+void IOService::take(Connection& connection, Inbox& inbox, std::size_t length, int attached) {
     if (length > Connection::kLargestPacket) {
         drop(connection, "packet is longer than " + std::to_string(Connection::kLargestPacket) + " bytes");
         return;
     }
-    std::uint8_t* const packet = receiveBuffer.get();
+    std::uint8_t* const packet = inbox.packet.get();
     const std::string_view text(reinterpret_cast<const char*>(packet), length);
     if (text == kQueueAnnounced) {
         ++connection.queuesAnnounced;
@@ -143,13 +227,16 @@ void IOService::take(Connection& connection, std::size_t length, int attached) {
     }
     const Handler& to = handler->second;
     if (!platform_common::decodeRecordInPlace(*to.table, to.wireSize, packet + kEnvelopeSize, length - kEnvelopeSize,
-                                              received, error)) {
+                                              inbox.record, error)) {
         drop(connection, "message " + std::to_string(header.messageId) + ": " + error);
         return;
     }
     frame::TransportInfo transport;
     transport.peer = connection.peer();
-    to.function(header, transport, received.record(), to.context);
+    const Turns::Turn turn(turnsOfHandlers());
+    if (!stopping) {
+        to.function(header, transport, inbox.record.record(), to.context);
+    }
 }
 
 void IOService::takeQueue(Connection& connection, const std::string& name, int attached) {

@@ -80,7 +80,7 @@ std::optional<Counts> countsOfAsking(std::int64_t questions) {
 
 }  // namespace
 
-TEST(AQuestionAndItsAnswer, TakeASendAndAReceiveEachAndOneWait) {
+TEST(AQuestionAndItsAnswer, TakeASendAndAReceiveEachAndNoOtherWait) {
     const std::optional<Counts> some = countsOfAsking(kQuestions);
     if (!some) {
         GTEST_SKIP() << "this process may not trace others";
@@ -89,13 +89,12 @@ TEST(AQuestionAndItsAnswer, TakeASendAndAReceiveEachAndOneWait) {
     for (const auto& [call, count] : *some) {
         more[call] -= count;
     }
-    // Some looks for a second packet behind the first, and what the start takes once more or less.
+    // What the start takes once more or less.
     constexpr double kTrips = kQuestions;
     constexpr double kFew = kTrips / 10;
     EXPECT_NEAR(static_cast<double>(more[SYS_sendto]), 2 * kTrips, kFew);
     EXPECT_NEAR(static_cast<double>(more[SYS_recvfrom]), 2 * kTrips, kFew);
-    EXPECT_NEAR(static_cast<double>(more[SYS_epoll_pwait]), kTrips, kFew);
-    for (const int call : {SYS_read, SYS_poll, SYS_ppoll, SYS_recvmsg, SYS_sendmsg}) {
+    for (const int call : {SYS_epoll_pwait, SYS_read, SYS_poll, SYS_ppoll, SYS_recvmsg, SYS_sendmsg}) {
         EXPECT_LT(static_cast<double>(more[static_cast<std::uint64_t>(call)]), kFew) << "call " << call;
     }
 }

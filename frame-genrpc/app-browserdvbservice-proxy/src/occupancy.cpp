@@ -3,51 +3,67 @@
 
 #include <pthread.h>
 
+#include <cstdlib>
+
 #include "locks/lock.h"
 
 namespace lo::browserdvbservice {
 
 namespace {
 
-/// This thread's stays as a linked list, the newest first. A pthread key instead of thread_local: a browser loads the
-/// library at run time, and LeakSanitizer crashes on such a library's thread_local while its thread runs on at exit.
-/// Without a key a thread does not know its own stays: close() then waits for them until its time is over.
-class Latest {
+/// Where this thread's stays begin, a linked list with the newest one first. Each thread has a pointer of its own, which
+/// ends with the thread. A pthread key instead of thread_local: a browser loads the library at run time, and
+/// LeakSanitizer crashes on such a library's thread_local while its thread runs on at exit. Without a key or memory a
+/// thread does not know its own stays: close() then waits for them until its time is over.
+class NewestStays {
 public:
-    static Occupancy::Stay* get() {
-        return key().made ? static_cast<Occupancy::Stay*>(pthread_getspecific(key().number)) : nullptr;
-    }
-    static void set(Occupancy::Stay* stay) {
-        if (key().made) {
-            pthread_setspecific(key().number, stay);
-        }
+    /// May be null.
+    static Occupancy::Stay** ofThisThread() {
+        void* const known = key().made ? pthread_getspecific(key().number) : nullptr;
+        return known != nullptr ? static_cast<Occupancy::Stay**>(known) : make();
     }
 
 private:
     struct Key {
         pthread_key_t number{};
-        bool made = pthread_key_create(&number, nullptr) == 0;
+        bool made = pthread_key_create(&number, std::free) == 0;
     };
     static const Key& key() {
         static const Key key;
         return key;
     }
+    static Occupancy::Stay** make() {
+        void* const made = key().made ? std::calloc(1, sizeof(Occupancy::Stay*)) : nullptr;
+        if (made != nullptr && pthread_setspecific(key().number, made) != 0) {
+            std::free(made);
+            return nullptr;
+        }
+        return static_cast<Occupancy::Stay**>(made);
+    }
 };
+
+const Occupancy::Stay* newestStay() {
+    const Occupancy::Stay* const* const newest = NewestStays::ofThisThread();
+    return newest != nullptr ? *newest : nullptr;
+}
 
 }  // namespace
 
-Occupancy::Stay::Stay(Occupancy& newOccupancy, As newRole)
-    : occupancy(newOccupancy), role(newRole), entered(newOccupancy.enter(newRole)), outer(Latest::get()) {
-    Latest::set(this);
-}
-
-Occupancy::Stay::Stay(Occupancy& newOccupancy, Reserved)
-    : occupancy(newOccupancy), role(As::worker), entered(true), outer(Latest::get()) {
-    Latest::set(this);
+Occupancy::Stay::Stay(Occupancy& newOccupancy, As newRole, bool isReserved)
+    : occupancy(newOccupancy),
+      role(newRole),
+      entered(isReserved || newOccupancy.enter(newRole)),
+      newest(NewestStays::ofThisThread()),
+      outer(newest != nullptr ? *newest : nullptr) {
+    if (newest != nullptr) {
+        *newest = this;
+    }
 }
 
 Occupancy::Stay::~Stay() {
-    Latest::set(outer);
+    if (newest != nullptr) {
+        *newest = outer;
+    }
     if (entered) {
         occupancy.leave(role);
     }
@@ -79,7 +95,7 @@ void Occupancy::leave(As role) {
 }
 
 bool Occupancy::isInside() const {
-    for (const Stay* stay = Latest::get(); stay != nullptr; stay = stay->outer) {
+    for (const Stay* stay = newestStay(); stay != nullptr; stay = stay->outer) {
         if (&stay->occupancy == this && stay->entered) {
             return true;
         }
@@ -90,7 +106,7 @@ bool Occupancy::isInside() const {
 /// The part of the count that belongs to this thread's own stays as a worker.
 std::uint64_t Occupancy::ownWorkers() const {
     std::uint64_t own = 0;
-    for (const Stay* stay = Latest::get(); stay != nullptr; stay = stay->outer) {
+    for (const Stay* stay = newestStay(); stay != nullptr; stay = stay->outer) {
         own += &stay->occupancy == this && stay->entered && stay->role == As::worker ? kWorker : 0;
     }
     return own;

@@ -25,7 +25,7 @@ public:
     /// A thread ends its stays in the reverse order of their beginning.
     class Stay {
     public:
-        Stay(Occupancy& newOccupancy, As newRole);
+        Stay(Occupancy& newOccupancy, As newRole) : Stay(newOccupancy, newRole, false) {}
         Stay(const Stay&) = delete;
         Stay& operator=(const Stay&) = delete;
         ~Stay();
@@ -33,13 +33,13 @@ public:
 
     private:
         friend class Occupancy;
-        struct Reserved {};
-        Stay(Occupancy& newOccupancy, Reserved);
+        Stay(Occupancy& newOccupancy, As newRole, bool isReserved);
 
         Occupancy& occupancy;
         const As role;
-        bool entered;
-        Stay* const outer;  // this thread's previous stay, in any object
+        const bool entered;
+        Stay** const newest;  // this thread's, or null
+        Stay* const outer;    // this thread's previous stay, in any object
     };
 
     Occupancy() = default;
@@ -50,7 +50,7 @@ public:
     /// giveBack().
     void reserve() { counts.fetch_add(kWorker); }
     void giveBack() { leave(As::worker); }
-    Stay reserved() { return Stay(*this, Stay::Reserved{}); }
+    Stay reserved() { return Stay(*this, As::worker, true); }
 
     /// Whether a thread that tries to enter at this moment would be admitted.
     bool admits(As role) const { return admits(role, counts.load()); }

@@ -15,6 +15,7 @@
 #include "members.h"
 #include "ovx/log.h"
 #include "own_log.h"
+#include "platform/host/io_service.h"
 #include "platform/host/reading_pace.h"
 #include "platform/host/section_ring.h"
 #include "raw_client.h"
@@ -224,16 +225,21 @@ TEST(TheTransport, CutsAStalledClientOffAndServesTheOthers) {
     EXPECT_THAT(logText(), testing::HasSubstr("has stalled"));
 }
 
-TEST(TheTransport, ServesClientsInTurn) {
+TEST(TheTransport, ServesClientsThatShareAThreadInTurn) {
     constexpr std::size_t kEach = 40;
     constexpr std::size_t kMostInTurn = 4;
+    constexpr int kFollowed = host::IOService::kMostFollowers;
     Member service(kService);
     ASSERT_EQ(service.start(), 0);
     service.holdHandler = true;
+    std::vector<std::unique_ptr<RawClient>> followed;
+    for (int count = 0; count < kFollowed; ++count) {
+        followed.push_back(std::make_unique<RawClient>("toy"));
+    }
     RawClient first("toy");
     RawClient second("toy");
     RawClient third("toy");
-    ASSERT_TRUE(eventually([&] { return service.connected == 3; }));
+    ASSERT_TRUE(eventually([&] { return service.connected == kFollowed + 3; }));
     first.send(goodPacket());
     ASSERT_TRUE(eventually([&] { return service.received().size() == 1; })) << "the handler waits now";
     for (std::size_t packet = 0; packet < kEach; ++packet) {
@@ -249,6 +255,22 @@ TEST(TheTransport, ServesClientsInTurn) {
             EXPECT_NE(received[turn + kMostInTurn + packet].peer, received[1].peer) << turn + kMostInTurn + packet;
         }
     }
+}
+
+TEST(TheTransport, HandlesOneMessageAtATimeOfClientsWithThreadsOfTheirOwn) {
+    Member service(kService);
+    ASSERT_EQ(service.start(), 0);
+    service.holdHandler = true;
+    RawClient first("toy");
+    RawClient second("toy");
+    ASSERT_TRUE(eventually([&] { return service.connected == 2; }));
+    first.send(goodPacket());
+    ASSERT_TRUE(eventually([&] { return service.received().size() == 1; })) << "the handler waits now";
+    second.send(goodPacket());
+    EXPECT_TRUE(eventually([&] { return second.unread() == 0; })) << "the second one's thread has received it";
+    EXPECT_EQ(service.received().size(), 1U);
+    service.holdHandler = false;
+    EXPECT_TRUE(eventually([&] { return service.received().size() == 2; }));
 }
 
 TEST(TheTransport, ReadsAFloodOnAndOnAndServesTheOthersMeanwhile) {

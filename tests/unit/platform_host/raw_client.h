@@ -2,6 +2,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
 #include <sys/un.h>
@@ -49,6 +50,12 @@ public:
             std::memcpy(CMSG_DATA(control.data()), attached.data(), attached.size() * sizeof(int));
         }
         EXPECT_EQ(sendmsg(descriptor, &message, MSG_NOSIGNAL), static_cast<ssize_t>(packet.size()));
+    }
+    /// Bytes that the service has not received yet.
+    int unread() const {
+        int bytes = -1;
+        EXPECT_EQ(ioctl(descriptor, TIOCOUTQ, &bytes), 0);
+        return bytes;
     }
     bool good = false;
 
