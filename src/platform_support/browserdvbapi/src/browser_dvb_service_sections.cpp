@@ -156,8 +156,7 @@ void BrowserDVBService::deliverSection(const SectionDataIPCMessage& message) {
                        static_cast<unsigned int>(SectionDataIPCMessage::kBufferSize), message.sessionName.c_str());
         return;
     }
-    const boost::shared_ptr<FilterParameter> filter =
-        findFilterParameterBySessionName(std::string(message.sessionName));
+    const boost::shared_ptr<FilterParameter> filter = findFilterParameterBySessionName(message.sessionName);
     if (!filter) {
         return;
     }

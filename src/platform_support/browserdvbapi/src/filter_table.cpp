@@ -2,9 +2,28 @@
 #include "filter_table.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <utility>
 
 namespace velmora::dvbservice {
+
+std::size_t FilterTable::HashOfName::operator()(const std::string& name) const {
+    constexpr std::uint64_t kOddFactor = 0x9E3779B97F4A7C15;
+    std::uint64_t hash = name.size();
+    const auto add = [&hash](const char* from, std::size_t length) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, from, length);
+        hash = (hash ^ word) * kOddFactor;
+        hash ^= hash >> 32U;
+    };
+    std::size_t at = 0;
+    for (; at + sizeof(std::uint64_t) <= name.size(); at += sizeof(std::uint64_t)) {
+        add(name.data() + at, sizeof(std::uint64_t));
+    }
+    add(name.data() + at, name.size() - at);
+    return static_cast<std::size_t>(hash);
+}
 
 void FilterTable::add(Record record) {
     if (isIn(record)) {

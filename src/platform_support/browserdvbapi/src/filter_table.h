@@ -28,10 +28,16 @@ public:
     const std::vector<Record>& all() const { return records; }
 
 private:
+    /// Eight characters a step: a section is looked up by a name of 45 characters.
+    struct HashOfName {
+        std::size_t operator()(const std::string& name) const;
+    };
+
     bool isIn(const Record& record) const;
 
     std::vector<Record> records;
-    std::unordered_map<std::string, std::vector<Record>> byName;  // those of a name in the order of their saving
+    // Those of a name in the order of their saving.
+    std::unordered_map<std::string, std::vector<Record>, HashOfName> byName;
     // An empty record is a programming error, which ends the process when a search meets it. While there is one, each
     // search is a walk.
     std::size_t emptyRecords = 0;
