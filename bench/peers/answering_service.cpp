@@ -1,10 +1,10 @@
-// A DTV service that does nothing but answer, on the transport thread: what the measurements of the library talk to.
+// A DTV service that does nothing but answer, on the thread that receives: what the measurements of the library talk to.
 //   answering_service CPU BYTES   runs on that CPU until it is ended by a signal
 // It answers a question for a PTS, without a text if BYTES is 0, else by a DRM result with a text of that size. It
 // opens every section filter. A question for another number than 0 makes it write that many sections of BYTES, one for
 // each open filter in turn, from a thread of its own.
-// Threads: the transport thread answers; each order of sections has a thread.
-// Locks:   none: the list of filters is copied for an order, and only the transport thread changes it.
+// Threads: the transport's threads answer, one at a time; each order of sections has a thread.
+// Locks:   none: the list of filters is copied for an order, and only the transport's threads change it.
 #include <sched.h>
 #include <unistd.h>
 

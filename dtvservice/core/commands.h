@@ -1,6 +1,7 @@
-// Commands: passes the browsers' commands from the transport thread to the loop, which calls the handler of the room in
+// Commands: passes the browsers' commands from the transport's threads to the loop, which calls the handler of the room in
 // charge.
-// Threads: commands arrive on the transport thread; handlers run on the loop's. Set them before the first command.
+// Threads: commands arrive on the transport's threads, one at a time; handlers run on the loop's. Set them before the
+//          first command.
 // Blocks:  never.
 // Fails:   a command without a handler is refused in the log. If a browser sends commands faster than they are done, the
 //          newest are dropped, counted and logged.
@@ -103,7 +104,7 @@ private:
     WaitingCommands waiting;
     Change connected;
     Change gone;
-    std::map<Browser, Dropped> dropped;  // used only by the transport thread
+    std::map<Browser, Dropped> dropped;  // used only by the transport's threads, one at a time
 };
 
 }  // namespace dtvservice

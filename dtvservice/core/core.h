@@ -1,7 +1,7 @@
 // Core: what all rooms share: the loop, the browsers, the multiplexes, and the presented service. It passes each
 // command and each operator's request to the room that handles it. It notifies all rooms of changes, in the order in
 // which they were added. It does not know the individual rooms.
-// Threads: the loop's; only commands arrive on the transport thread.
+// Threads: the loop's; only commands arrive on the transport's threads.
 // Blocks:  never.
 #pragma once
 

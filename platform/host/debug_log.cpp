@@ -70,7 +70,7 @@ void appendDigits(std::string& line, unsigned int number, unsigned int digits) {
 }
 
 /// "hh:mm:ss.mmm process level "
-void appendPrefix(std::string& line, std::uint32_t level) {
+void appendPrefix(std::string& line, std::uint32_t level, pid_t process) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
     const TimeOfDay time(now.tv_sec);
@@ -82,7 +82,7 @@ void appendPrefix(std::string& line, std::uint32_t level) {
     line += '.';
     appendDigits(line, static_cast<unsigned int>(now.tv_nsec / 1000000), 3);
     line += ' ';
-    line += std::to_string(getpid());
+    line += std::to_string(process);
     line += ' ';
     line += levelLetter(level);
     line += ' ';
@@ -93,7 +93,11 @@ void appendEscaped(std::string& line, std::string_view text) {
     while (!text.empty() && text.back() == '\n') {
         text.remove_suffix(1);
     }
-    line += text::printable(text);
+    if (text::isPlainAscii(text)) {
+        line += text;
+    } else {
+        line += text::printable(text);
+    }
 }
 
 std::string dumpRow(const std::uint8_t* bytes, std::size_t at, std::size_t count) {
@@ -136,7 +140,8 @@ void ovxDebugOutput0(ovxDebugFrame*, ovxDebugChunk*, std::uint32_t level, const 
     va_end(arguments);
     std::string line;
     line.reserve(sizeof shortText);
-    appendPrefix(line, level);
+    const pid_t process = getpid();
+    appendPrefix(line, level, process);
     if (length >= 0 && static_cast<std::size_t>(length) < sizeof shortText) {
         appendEscaped(line, {shortText, static_cast<std::size_t>(length)});
     } else if (length >= 0) {
@@ -146,7 +151,7 @@ void ovxDebugOutput0(ovxDebugFrame*, ovxDebugChunk*, std::uint32_t level, const 
     }
     va_end(again);
     line += '\n';
-    host::LogSink::instance().write(line);
+    host::LogSink::instance().write(line, process);
 }
 
 void dump_memory(const char* title, const void* bytes, std::uint32_t count, int value) {

@@ -30,7 +30,8 @@ int openLogFile() {
     const int descriptor = aboveStandard(open(file.c_str(), kFlags, 0600));
     if (descriptor < 0) {
         LogSink(STDERR_FILENO, true)
-            .write("DTV_LOG_FILE: cannot open " + file + ": " + std::strerror(errno) + "; standard error is used\n");
+            .write("DTV_LOG_FILE: cannot open " + file + ": " + std::strerror(errno) + "; standard error is used\n",
+                   getpid());
         return STDERR_FILENO;
     }
     return descriptor;
@@ -138,20 +139,23 @@ bool LogSink::isLockFree() {
 }
 
 /// Null if the line has nowhere to go, because the descriptor is closed.
-std::shared_ptr<const LogSink::Target> LogSink::currentTarget() {
+std::shared_ptr<const LogSink::Target> LogSink::currentTarget(pid_t writer) {
+    if (const Target* const known = fixed.load(std::memory_order_acquire)) {
+        return {std::shared_ptr<const Target>(), known};
+    }
     struct stat found {};
-    if (getpid() != process && !isLockFree()) {
+    if (writer != process && !isLockFree()) {
         return nullptr;
     }
     const locks::Lock lock(mutex);
-    if (target && !mayChange) {
-        return target;
-    }
     if (fstat(descriptor, &found) != 0) {
         return nullptr;
     }
     if (!target || !target->is(found)) {
         target = std::make_shared<Target>(descriptor, found);
+    }
+    if (!mayChange) {
+        fixed.store(target.get(), std::memory_order_release);
     }
     return target;
 }
@@ -171,8 +175,8 @@ bool LogSink::tryToWrite(const Target& to, const std::string& line, bool& isTorn
     return true;
 }
 
-void LogSink::write(const std::string& line) {
-    const std::shared_ptr<const Target> to = currentTarget();
+void LogSink::write(const std::string& line, pid_t writer) {
+    const std::shared_ptr<const Target> to = currentTarget(writer);
     if (!to) {
         ++lost;
         return;

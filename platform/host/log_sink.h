@@ -30,14 +30,15 @@ public:
     LogSink(const LogSink&) = delete;
     LogSink& operator=(const LogSink&) = delete;
 
-    /// Writes the line, which ends with a newline.
-    void write(const std::string& line);
+    /// Writes the line, which ends with a newline. `writer` is this process, whose number the caller knows: to ask for it
+    /// is a system call.
+    void write(const std::string& line, pid_t writer);
 
 private:
     class Target;
 
     bool isLockFree();
-    std::shared_ptr<const Target> currentTarget();
+    std::shared_ptr<const Target> currentTarget(pid_t writer);
     static bool tryToWrite(const Target& to, const std::string& line, bool& isTorn);
 
     const int descriptor;
@@ -45,6 +46,7 @@ private:
     const pid_t process;
     std::mutex mutex;
     std::shared_ptr<const Target> target GUARDED_BY(mutex);
+    std::atomic<const Target*> fixed{nullptr};  // the target, once it is there and does not change
     std::atomic<std::uint64_t> lost{0};  // lines, since the last one that went through
     std::atomic<bool> isTornOff{false};  // the last line went through in part
 };

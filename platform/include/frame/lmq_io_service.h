@@ -11,7 +11,8 @@
 
 struct frameLmqIOService;
 
-/// Handles one received message. Called on the transport thread, one message at a time, in the order of arrival.
+/// Handles one received message. Called on a transport thread, one message at a time, those of a peer in the order of
+/// their sends.
 /// `record` is in host byte order and layout. The record and its carriers' bytes are valid during the call only.
 /// Strings have a zero terminator after their last byte. The result is ignored.
 using frameLmqMessageHandler = int (*)(const frame::MsgMeta& header, const frame::TransportInfo& transport,

@@ -135,9 +135,9 @@ public:
     /// receives.
     virtual int registerMessageHandlers();
 
-    /// Called once for each change of the connection's state, on the transport thread; `peer` identifies the
-    /// connection. The bases do nothing. ConnectionFailed is called once for a series of failed attempts, not for each
-    /// attempt.
+    /// Called once for each change of the connection's state, on a transport thread and not during a handler; `peer`
+    /// identifies the connection. The bases do nothing. ConnectionFailed is called once for a series of failed
+    /// attempts, not for each attempt.
     virtual void onIOConnectionConnected(const TransportInfo& peer);
     virtual void onIOConnectionConnectionFailed(const TransportInfo& peer);
     virtual void onIOConnectionDisconnected(const TransportInfo& peer);
