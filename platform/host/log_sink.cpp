@@ -30,8 +30,7 @@ int openLogFile() {
     const int descriptor = aboveStandard(open(file.c_str(), kFlags, 0600));
     if (descriptor < 0) {
         LogSink(STDERR_FILENO, true)
-            .write("DTV_LOG_FILE: cannot open " + file + ": " + std::strerror(errno) + "; standard error is used\n",
-                   getpid());
+            .write("DTV_LOG_FILE: cannot open " + file + ": " + std::strerror(errno) + "; standard error is used\n");
         return STDERR_FILENO;
     }
     return descriptor;

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cstdint>
@@ -30,9 +31,9 @@ public:
     LogSink(const LogSink&) = delete;
     LogSink& operator=(const LogSink&) = delete;
 
-    /// Writes the line, which ends with a newline. `writer` is this process, whose number the caller knows: to ask for it
-    /// is a system call.
-    void write(const std::string& line, pid_t writer);
+    /// Writes the line, which ends with a newline. `writer` is this process: a caller that knows its number saves the
+    /// system call.
+    void write(const std::string& line, pid_t writer = getpid());
 
 private:
     class Target;

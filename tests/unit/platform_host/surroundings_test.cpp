@@ -113,16 +113,16 @@ TEST(TheHostPlatform, WritesNoLineRatherThanWaitInAForkedChild) {
     std::thread writer([&] {
         while (!isOver) {
             dup2(first[1], descriptor);
-            sink.write("x\n", getpid());
+            sink.write("x\n");
             dup2(second[1], descriptor);
-            sink.write("x\n", getpid());
+            sink.write("x\n");
         }
     });
     constexpr int kChildren = 50;
     for (int count = 0; count < kChildren; ++count) {
         const pid_t child = fork();
         if (child == 0) {
-            sink.write("of a child\n", getpid());
+            sink.write("of a child\n");
             _exit(0);
         }
         const bool hasEnded = eventually([child] { return waitpid(child, nullptr, WNOHANG) == child; });
