@@ -5,6 +5,7 @@
 #include <endian.h>
 
 #include <algorithm>
+#include <boost/container/small_vector.hpp>
 #include <cstring>
 
 namespace platform_common {
@@ -66,51 +67,54 @@ std::size_t wireSizeOf(const ovxEndianTable& table) {
     return std::max<std::size_t>(size, 1);
 }
 
-ImageSizes imageSizesOf(const ovxEndianTable& table, const void* record) {
+std::size_t encodeRecord(const ovxEndianTable& table, const void* record, std::uint8_t* image, std::size_t room) {
+    struct Carried {
+        const std::uint8_t* bytes;
+        std::size_t length;
+    };
+    boost::container::small_vector<Carried, 4> carried;
     const auto* bytes = static_cast<const std::uint8_t*>(record);
-    std::size_t fields = 0;
-    std::size_t carried = 0;
+    std::size_t at = 0;
     std::uint32_t carriedLength = 0;
     walkFields(table, 0, [&](std::uint32_t kind, std::size_t offset) {
-        fields += wireWidth(kind);
-        if (kind == ovxEndianKind32) {
-            carriedLength = loadWord<std::uint32_t>(bytes + offset);
-        } else if (kind == ovxEndianKindCarriedBytes && loadWord<const void*>(bytes + offset) != nullptr) {
-            carried += carriedLength;
-        }
-    });
-    fields = std::max<std::size_t>(fields, 1);
-    return {fields, fields + carried};
-}
-
-void encodeRecord(const ovxEndianTable& table, const void* record, const ImageSizes& sizes, std::uint8_t* image) {
-    const auto* bytes = static_cast<const std::uint8_t*>(record);
-    std::uint8_t* at = image;
-    std::uint8_t* carried = image + sizes.fields;
-    std::uint32_t carriedLength = 0;
-    image[0] = 0;
-    walkFields(table, 0, [&](std::uint32_t kind, std::size_t offset) {
+        const std::size_t end = at + wireWidth(kind);
         if (kind == ovxEndianKindCarriedBytes) {
-            storeWord(at, std::uint32_t{0});
-            const auto* data = loadWord<const std::uint8_t*>(bytes + offset);
-            if (data != nullptr && carriedLength != 0) {
-                std::memcpy(carried, data, carriedLength);
-                carried += carriedLength;
+            const auto* const data = loadWord<const std::uint8_t*>(bytes + offset);
+            if (data != nullptr) {
+                carried.push_back({data, carriedLength});
+            }
+            if (end <= room) {
+                storeWord(image + at, std::uint32_t{0});
             }
         } else {
             if (kind == ovxEndianKind32) {
                 carriedLength = loadWord<std::uint32_t>(bytes + offset);
             }
-            convertScalar(kind, bytes + offset, at);
+            if (end <= room) {
+                convertScalar(kind, bytes + offset, image + at);
+            }
         }
-        at += wireWidth(kind);
+        at = end;
     });
+    if (at == 0) {
+        if (room != 0) {
+            image[0] = 0;
+        }
+        at = 1;
+    }
+    for (const Carried& each : carried) {
+        const std::size_t end = at + each.length;
+        if (end <= room && each.length != 0) {
+            std::memcpy(image + at, each.bytes, each.length);
+        }
+        at = end;
+    }
+    return at;
 }
 
 std::vector<std::uint8_t> encodeRecord(const ovxEndianTable& table, const void* record) {
-    const ImageSizes sizes = imageSizesOf(table, record);
-    std::vector<std::uint8_t> image(sizes.all);
-    encodeRecord(table, record, sizes, image.data());
+    std::vector<std::uint8_t> image(encodeRecord(table, record, nullptr, 0));
+    encodeRecord(table, record, image.data(), image.size());
     return image;
 }
 

@@ -125,14 +125,19 @@ int IOService::sendTo(const Connections& targets, const frame::MsgIds& ids, cons
     if (targets.empty()) {
         return isService() && ids.peer == frame::kAnyId && !stopping ? 0 : -ENOTCONN;
     }
-    const platform_common::ImageSizes sizes = platform_common::imageSizesOf(table, record);
     constexpr std::size_t kUsual = 5120;  // a message with the longest section
     std::uint8_t usual[kUsual];
-    const std::size_t length = kEnvelopeSize + sizes.all;
-    const std::unique_ptr<std::uint8_t[]> large(length > kUsual ? new std::uint8_t[length] : nullptr);
-    std::uint8_t* const packet = large ? large.get() : usual;
-    packEnvelope({header, ids.transaction, static_cast<std::uint32_t>(sizes.all)}, packet);
-    platform_common::encodeRecord(table, record, sizes, packet + kEnvelopeSize);
+    std::unique_ptr<std::uint8_t[]> large;
+    std::uint8_t* packet = usual;
+    const std::size_t imageSize =
+        platform_common::encodeRecord(table, record, usual + kEnvelopeSize, kUsual - kEnvelopeSize);
+    const std::size_t length = kEnvelopeSize + imageSize;
+    if (length > kUsual) {
+        large.reset(new std::uint8_t[length]);
+        packet = large.get();
+        platform_common::encodeRecord(table, record, packet + kEnvelopeSize, imageSize);
+    }
+    packEnvelope({header, ids.transaction, static_cast<std::uint32_t>(imageSize)}, packet);
     int result = ids.peer == frame::kAnyId ? 0 : -ENOTCONN;
     for (const std::shared_ptr<Connection>& target : targets) {
         if (ids.peer != frame::kAnyId && ids.peer != target->peer()) {
