@@ -39,6 +39,8 @@ bool crcIsRight(Bytes section);
 
 /// Computes CRC_32 over bytes.
 std::uint32_t crc32(Bytes bytes);
+/// The same, as processors without carry-less multiplication do it.
+std::uint32_t crc32ByTables(Bytes bytes);
 
 struct Descriptor {
     std::uint8_t tag = 0;
