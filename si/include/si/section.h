@@ -26,7 +26,9 @@ constexpr std::size_t kSectionHeaderSize = 3;
 constexpr std::size_t kLongestSection = 4096;
 
 /// section_length + 3: the size of the whole section. Needs the section's first three bytes.
-std::size_t announcedSize(const std::uint8_t* section);
+inline std::size_t announcedSize(const std::uint8_t* section) {
+    return kSectionHeaderSize + ((static_cast<std::size_t>(section[1] & 0x0FU) << 8U) | section[2]);
+}
 
 /// Fields of the long form; 0 if the section is too short.
 std::uint16_t tableIdExtension(Bytes section);
