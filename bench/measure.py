@@ -15,7 +15,10 @@ import subprocess
 import sys
 from dataclasses import dataclass
 
+import listing
+
 PROGRAMS = ["measure_messages", "measure_sections", "measure_parsing", "measure_log_lines"]
+PROCESSES = {"listing": listing.measure}
 
 
 @dataclass
@@ -24,6 +27,7 @@ class Effort:
 
     repetitions: int
     seconds: float
+    bytes: int  # of a broadcast at most
 
 
 @dataclass
@@ -57,11 +61,18 @@ def sections():
                           1.1 if filters == 1000 else 1.2)
 
 
+def lists():
+    for what, title in (("pictures", "--list of 300 MB"), ("tables", "--list of 300 MB with EIT schedule and carousel")):
+        for peer, goal in (("cat", 0.5), ("avformat", 1)):
+            yield Row(f"{title}, by {peer}", f"listing/ours/{what}", f"listing/{peer}/{what}", goal)
+
+
 ROWS = [
     *round_trips(),
     *sections(),
     Row("assembly of sections, by libbitstream", "assembly/ours", "assembly/libbitstream", 4),
     Row("assembly of sections, by libdvbpsi", "assembly/ours", "assembly/libdvbpsi", 1),
+    *lists(),
     Row("log line to a file, by snprintf and write", "log/wanted", "log/by_hand", 0.91),
 ]
 
@@ -86,7 +97,9 @@ def spread(values):
 
 
 def shown(value, figure):
-    return f"{value:.2f} us" if figure.endswith("_us") else f"{value:.1f} ns"
+    if figure.endswith("_us"):
+        return f"{value:.2f} us"
+    return f"{value:.1f} ns" if value < 1e5 else f"{value / 1e6:.2f} ms"
 
 
 def ratio_line(row, figures):
@@ -149,11 +162,11 @@ def run(program, name_filter, folder, effort):
 
 
 def main(arguments):
-    effort = Effort(2, 0.001) if "--quick" in arguments else Effort(21, 0.05)
+    effort = Effort(2, 0.001, 3_000_000) if "--quick" in arguments else Effort(21, 0.05, 300_000_000)
     folder, *rest = [word for word in arguments if word != "--quick"]
     name_filter = rest[0] if rest else "."
     try:
-        re.compile(name_filter)
+        wanted = re.compile(name_filter)
     except re.error as error:
         raise SystemExit(f"bench: not a regular expression: {name_filter}: {error}") from error
     if len(os.sched_getaffinity(0)) < 2:
@@ -162,6 +175,9 @@ def main(arguments):
     for number, program in enumerate(PROGRAMS, 1):
         print(f"bench: {program}, {number} of {len(PROGRAMS)}", file=sys.stderr, flush=True)
         results += run(program, name_filter, folder, effort)
+    for number, (subject, measure) in enumerate(PROCESSES.items(), 1):
+        print(f"bench: {subject}, {number} of {len(PROCESSES)}", file=sys.stderr, flush=True)
+        results += measure(folder, wanted, effort)
     if not results:
         raise SystemExit(f"bench: no measurement has a name like {name_filter}")
     kept = os.path.join(folder, "measurements.json")
