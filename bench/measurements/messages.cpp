@@ -12,17 +12,18 @@
 #include "browser.h"
 #include "cpus.h"
 #include "latencies.h"
-#include "peer.h"
+#include "measure_trips.h"
 #include "plain_packets.h"
 #include "questions.h"
+#include "raw_questions.h"
 
 namespace {
 
 using bench::kLargest;
 using bench::kShort;
 using bench::Latencies;
-using bench::Peer;
-using bench::SocketPair;
+using bench::OnSocket;
+using Raw = bench::RawQuestions;
 
 /// The library, and a service of its own.
 class Ours {
@@ -48,45 +49,6 @@ public:
 
 private:
     bench::Questions questions;
-};
-
-/// What all peers on a socket pair need.
-struct OnSocket {
-    OnSocket(const char* kind, int type, int cpu, std::size_t bytes)
-        : sockets(type), peer("echo", {kind, std::to_string(cpu), std::to_string(bytes)}, sockets.peers) {
-        bench::pinTo(bench::kOwnCpu);
-    }
-    SocketPair sockets;
-    const Peer peer;
-};
-
-class Raw : OnSocket {
-public:
-    Raw(int cpu, std::size_t bytes) : OnSocket("raw", SOCK_SEQPACKET, cpu, bytes) { ask(1); }
-    ~Raw() { close(sockets.own); }
-
-    void ask(std::int64_t questions) {
-        question.front() = 1;
-        times.begin();
-        for (; questions > 0; --questions) {
-            send(sockets.own, question.data(), question.size(), MSG_NOSIGNAL);
-            recv(sockets.own, answer.data(), answer.size(), 0);
-            times.next();
-        }
-    }
-    void tell(std::int64_t commands) {
-        question.front() = 0;
-        for (; commands > 1; --commands) {
-            send(sockets.own, question.data(), question.size(), MSG_NOSIGNAL);
-        }
-        ask(1);
-    }
-
-    Latencies times;
-
-private:
-    std::vector<char> question = std::vector<char>(kShort);
-    std::vector<char> answer = std::vector<char>(kLargest);
 };
 
 class Asio : OnSocket {
@@ -179,17 +141,7 @@ private:
     std::int64_t left = 0;
 };
 
-template <typename Transport>
-void measureTrips(benchmark::State& state, Transport& transport) {
-    constexpr std::int64_t kWarmUp = 1000;
-    constexpr std::int64_t kBatch = 1000;
-    transport.ask(kWarmUp);
-    transport.times = Latencies();
-    while (state.KeepRunningBatch(kBatch)) {
-        transport.ask(kBatch);
-    }
-    transport.times.tell(state);
-}
+using bench::measureTrips;
 
 template <typename Transport>
 void roundTrip(benchmark::State& state) {

@@ -1,6 +1,7 @@
 // A process that the measuring process talks to. It is ended at the end.
 #pragma once
 
+#include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/socket.h>
@@ -16,7 +17,8 @@ namespace bench {
 
 class Peer {
 public:
-    /// Starts the program beside this one. `inherited`, if not negative, is its standard input, and closed here.
+    /// Starts the program beside this one. Its standard output goes nowhere. `inherited`, if not negative, is its
+    /// standard input, and closed here.
     Peer(const std::string& program, const std::vector<std::string>& arguments, int inherited = -1) {
         const std::string path = ownFolder() + "/" + program;
         std::vector<char*> words{const_cast<char*>(path.c_str())};
@@ -26,6 +28,7 @@ public:
         words.push_back(nullptr);
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         if (inherited >= 0) {
             posix_spawn_file_actions_adddup2(&actions, inherited, STDIN_FILENO);
         }
@@ -41,8 +44,18 @@ public:
     Peer(const Peer&) = delete;
     Peer& operator=(const Peer&) = delete;
     ~Peer() {
-        kill(process, SIGTERM);
-        waitpid(process, nullptr, 0);
+        if (process > 0) {
+            kill(process, SIGTERM);
+            wait();
+        }
+    }
+
+    /// Its exit status, when it has ended of itself.
+    int wait() {
+        int status = 0;
+        waitpid(process, &status, 0);
+        process = 0;
+        return status;
     }
 
 private:
