@@ -17,7 +17,7 @@ from dataclasses import dataclass
 
 import listing
 
-PROGRAMS = ["measure_messages", "measure_zapping", "measure_sections", "measure_parsing", "measure_log_lines"]
+PROGRAMS = ["measure_messages", "measure_zapping", "measure_starting", "measure_sections", "measure_parsing", "measure_log_lines"]
 PROCESSES = {"listing": listing.measure}
 
 
@@ -95,7 +95,7 @@ def figures_of(results):
             continue
         if each.get("error_occurred"):
             raise SystemExit(f"bench: {each['name']}: {each['error_message']}")
-        for name in ("real_time", "p50_us"):
+        for name in ("real_time", "p50_us", "kib"):
             if name in each:
                 figures.setdefault((each["name"], name), []).append(each[name])
     return figures
@@ -138,6 +138,17 @@ def other_lines(figures):
     unwanted = figures.get(("log/unwanted", "real_time"))
     if unwanted:
         yield limit_line("log line that nobody wants", unwanted, 1, "ns")
+    start, raw = (figures.get((f"start/{who}/iterations:5/manual_time", "real_time")) for who in ("ours", "raw"))
+    if start and raw:
+        yield limit_line("start: dlopen to the first command sent, beyond a raw connection",
+                         [(mine - theirs) / 1e6 for mine, theirs in zip(start, raw)], 2, "ms")
+    memory = figures.get(("start/memory/iterations:1", "kib"))
+    if memory:
+        yield limit_line("memory of the library beyond what it needs", memory, 1024, "KiB")
+    alone, crowded = (figures.get((f"browsers/browsers:{count}/real_time", "p50_us")) for count in (1, 64))
+    if alone and crowded:
+        yield limit_line("round trip with 63 more browsers connected by one alone",
+                         [b / a for a, b in zip(alone, crowded)], 1.2, "times")
     for cpus in (1, 2):
         one, thousand = (figures.get((f"sections/ours/cpus:{cpus}/filters:{count}/bytes:1024/real_time", "real_time"))
                          for count in (1, 1000))

@@ -1,5 +1,6 @@
 // Messages: a question from the browser's call to the service's handler, and its answer back to the listener, which
 // asks again at once; and commands without answers. The same over a raw socket, Asio, and sd-bus peer to peer.
+// The same with more listeners, and with more browsers connected.
 //   NAME/cpus:N/bytes:N   one CPU for both processes or one for each; bytes of text in the answer
 #include <benchmark/benchmark.h>
 #include <sys/socket.h>
@@ -149,6 +150,22 @@ void roundTrip(benchmark::State& state) {
     measureTrips(state, transport);
 }
 
+/// Another browser process, connected.
+class IdleBrowser {
+public:
+    IdleBrowser() : sockets(SOCK_SEQPACKET), process("idle_browser", {}, sockets.peers) {
+        char connected = 0;
+        recv(sockets.own, &connected, sizeof connected, 0);
+    }
+    IdleBrowser(const IdleBrowser&) = delete;
+    IdleBrowser& operator=(const IdleBrowser&) = delete;
+    ~IdleBrowser() { close(sockets.own); }
+
+private:
+    const bench::SocketPair sockets;
+    const bench::Peer process;
+};
+
 /// The library with more listeners, which do nothing.
 void manyListeners(benchmark::State& state) {
     Ours transport(bench::cpuOfPeer(1), 0);
@@ -161,6 +178,16 @@ void manyListeners(benchmark::State& state) {
     for (const auto& other : others) {
         bench::dvbApi().removeListener(other);
     }
+}
+
+/// The library with more browsers on the same service, which ask nothing.
+void manyBrowsers(benchmark::State& state) {
+    Ours transport(bench::cpuOfPeer(1), 0);
+    std::vector<std::unique_ptr<IdleBrowser>> others;
+    while (static_cast<std::int64_t>(others.size()) + 1 < state.range(0)) {
+        others.push_back(std::make_unique<IdleBrowser>());
+    }
+    measureTrips(state, transport);
 }
 
 /// Commands one way. A batch is no longer than what may wait for a slow service.
@@ -186,6 +213,7 @@ BENCHMARK_TEMPLATE(roundTrip, Raw)->Name("round_trip/raw")->Apply(sizes);
 BENCHMARK_TEMPLATE(roundTrip, Asio)->Name("round_trip/asio")->Apply(sizes);
 BENCHMARK_TEMPLATE(roundTrip, SdBus)->Name("round_trip/sd_bus")->Apply(sizes);
 BENCHMARK(manyListeners)->Name("listeners")->ArgName("listeners")->Arg(1)->Arg(10)->Arg(100)->UseRealTime();
+BENCHMARK(manyBrowsers)->Name("browsers")->ArgName("browsers")->Arg(1)->Arg(8)->Arg(64)->UseRealTime();
 BENCHMARK_TEMPLATE(oneWay, Ours)->Name("one_way/ours")->Apply(cpus);
 BENCHMARK_TEMPLATE(oneWay, Raw)->Name("one_way/raw")->Apply(cpus);
 

@@ -15,6 +15,14 @@
 
 namespace bench {
 
+/// Where this program is.
+inline std::string ownFolder() {
+    char path[4096];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+    const std::string whole(path, length < 0 ? 0 : static_cast<std::size_t>(length));
+    return whole.substr(0, whole.rfind('/'));
+}
+
 class Peer {
 public:
     /// Starts the program beside this one. Its standard output goes nowhere. `inherited`, if not negative, is its
@@ -59,13 +67,6 @@ public:
     }
 
 private:
-    static std::string ownFolder() {
-        char path[4096];
-        const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-        const std::string whole(path, length < 0 ? 0 : static_cast<std::size_t>(length));
-        return whole.substr(0, whole.rfind('/'));
-    }
-
     pid_t process = -1;
 };
 
