@@ -16,9 +16,10 @@ import sys
 from dataclasses import dataclass
 
 import listing
+import service_memory
 
 PROGRAMS = ["measure_messages", "measure_zapping", "measure_starting", "measure_sections", "measure_parsing", "measure_log_lines"]
-PROCESSES = {"listing": listing.measure}
+PROCESSES = {"listing": listing.measure, "the service's memory": service_memory.measure}
 
 
 @dataclass
@@ -112,22 +113,26 @@ def shown(value, figure):
     return f"{value:.1f} ns" if value < 1e5 else f"{value / 1e6:.2f} ms"
 
 
+def judged(text, goal, reached):
+    """The last two cells: nothing without a goal."""
+    return ["", ""] if goal is None else [text, "yes" if reached else "no"]
+
+
 def ratio_line(row, figures):
     """Nothing if one of the two was not measured."""
     ours, peer = figures.get((row.ours, row.figure)), figures.get((row.peer, row.figure))
     if not ours or not peer:
         return None
     ratios = [theirs / mine for mine, theirs in zip(ours, peer)]
-    goal = ["", ""]
-    if row.goal is not None:
-        goal = [f">= {row.goal}", "yes" if statistics.median(ratios) >= row.goal else "no"]
+    reached = row.goal is not None and statistics.median(ratios) >= row.goal
     return [row.title, shown(statistics.median(ours), row.figure), shown(statistics.median(peer), row.figure),
-            spread(ratios), *goal]
+            spread(ratios), *judged(f">= {row.goal}", row.goal, reached)]
 
 
 def limit_line(title, values, limit, unit):
-    reached = "yes" if statistics.median(values) <= limit else "no"
-    return [title, f"{statistics.median(values):.2f} {unit}", "", spread(values), f"<= {limit} {unit}", reached]
+    reached = limit is not None and statistics.median(values) <= limit
+    return [title, f"{statistics.median(values):.2f} {unit}", "", spread(values),
+            *judged(f"<= {limit} {unit}", limit, reached)]
 
 
 def other_lines(figures):
@@ -149,6 +154,13 @@ def other_lines(figures):
     if alone and crowded:
         yield limit_line("round trip with 63 more browsers connected by one alone",
                          [b / a for a, b in zip(alone, crowded)], 1.2, "times")
+    one, ten, hundred = (figures.get((f"memory/services:{count}", "kib")) for count in (1, 10, 100))
+    if one and ten and hundred:
+        grown = list(zip(one, ten, hundred))
+        yield limit_line("memory of dtvserviced for each service more", [(c - a) / 99 for a, _, c in grown], None,
+                         "KiB")
+        yield limit_line("the same between 10 and 100 services by between 1 and 10",
+                         [(c - b) / 90 / ((b - a) / 9) for a, b, c in grown], 1.5, "times")
     for cpus in (1, 2):
         one, thousand = (figures.get((f"sections/ours/cpus:{cpus}/filters:{count}/bytes:1024/real_time", "real_time"))
                          for count in (1, 1000))

@@ -78,13 +78,13 @@ TEXT
         ;;
     bench) cat <<TEXT
 usage: ./run bench [FILTER]
-Builds the measurements into build/bench and runs them: messages beside a raw socket, Asio and sd-bus, sections beside a
-raw message queue, their assembly beside libbitstream and libdvbpsi, the reading of a broadcast beside cat and
-libavformat, log lines beside snprintf and write. It prints a
-table of ratios with the goals, and writes the figures of each repetition to build/bench/measurements.json. It takes five
-minutes. The machine must have two CPUs, and nothing else to do; docs/performance.md tells more.
-  FILTER   a regular expression for the names: round_trip, one_way, listeners, sections, assembly, log,
-           listing
+Builds the measurements into build/bench and runs them: messages beside a raw socket, Asio and sd-bus, a tune, sections
+beside a raw message queue, their assembly beside libbitstream and libdvbpsi, the reading of a broadcast beside cat and
+libavformat, log lines beside snprintf and write, the start, and what grows with browsers, listeners and services. It
+prints a table of ratios with the goals, and writes the figures of each repetition to build/bench/measurements.json. It
+takes eight minutes. The machine must have two CPUs, and nothing else to do; docs/performance.md tells more.
+  FILTER   a regular expression for the names: round_trip, one_way, listeners, browsers, zapping, start, sections,
+           assembly, log, listing, memory
 TEXT
         ;;
     package) cat <<TEXT
