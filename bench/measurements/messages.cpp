@@ -12,6 +12,7 @@
 
 #include "browser.h"
 #include "cpus.h"
+#include "idle_browser.h"
 #include "latencies.h"
 #include "measure_trips.h"
 #include "plain_packets.h"
@@ -150,22 +151,6 @@ void roundTrip(benchmark::State& state) {
     measureTrips(state, transport);
 }
 
-/// Another browser process, connected.
-class IdleBrowser {
-public:
-    IdleBrowser() : sockets(SOCK_SEQPACKET), process("idle_browser", {}, sockets.peers) {
-        char connected = 0;
-        recv(sockets.own, &connected, sizeof connected, 0);
-    }
-    IdleBrowser(const IdleBrowser&) = delete;
-    IdleBrowser& operator=(const IdleBrowser&) = delete;
-    ~IdleBrowser() { close(sockets.own); }
-
-private:
-    const bench::SocketPair sockets;
-    const bench::Peer process;
-};
-
 /// The library with more listeners, which do nothing.
 void manyListeners(benchmark::State& state) {
     Ours transport(bench::cpuOfPeer(1), 0);
@@ -183,10 +168,7 @@ void manyListeners(benchmark::State& state) {
 /// The library with more browsers on the same service, which ask nothing.
 void manyBrowsers(benchmark::State& state) {
     Ours transport(bench::cpuOfPeer(1), 0);
-    std::vector<std::unique_ptr<IdleBrowser>> others;
-    while (static_cast<std::int64_t>(others.size()) + 1 < state.range(0)) {
-        others.push_back(std::make_unique<IdleBrowser>());
-    }
+    const auto others = bench::idleBrowsers(state.range(0) - 1);
     measureTrips(state, transport);
 }
 

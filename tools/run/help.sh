@@ -78,6 +78,7 @@ TEXT
         ;;
     bench) cat <<TEXT
 usage: ./run bench [FILTER]
+       ./run bench --developers
 Builds the measurements into build/bench and runs them: messages beside a raw socket, Asio and sd-bus, a tune, sections
 beside a raw message queue, their assembly beside libbitstream and libdvbpsi, the reading of a broadcast beside cat and
 libavformat, log lines beside snprintf and write, the start, and what grows with browsers, listeners and services. It
@@ -85,6 +86,8 @@ prints a table of ratios with the goals, and writes the figures of each repetiti
 takes eight minutes. The machine must have two CPUs, and nothing else to do; docs/performance.md tells more.
   FILTER   a regular expression for the names: round_trip, one_way, listeners, browsers, zapping, start, sections,
            assembly, log, listing, memory
+  --developers   instead: the processor time from a touched source to its tests having run, and from a touched message
+                 catalogue to a finished build, in build/host; takes ten minutes
 TEXT
         ;;
     package) cat <<TEXT
