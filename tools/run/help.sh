@@ -11,7 +11,8 @@ usage: ./run demo [FILE.ts] [--service ONID:TSID:SID]...
        ./run coverage [ctest arguments]              which lines and branches the test suite executes, by file
        ./run soak [MINUTES]                          services and browsers in use for 30 minutes; fails if one grows
        ./run fuzz [NAME] [SECONDS]                   feed hostile bytes to the parsers, with clang's libFuzzer
-       ./run bench [FILTER]                          speed beside what one would use instead, as ratios of one run
+       ./run bench [FILTER]                          speed beside what one would use instead, as ratios of one run;
+                                                     --developers: what a change of a source costs
        ./run package                                 make the desktop kit's Debian package
        ./run format                                  check the layout of all sources (clang-format)
        ./run lint [--all]                            check what changed with clang-tidy, cppcheck and shellcheck
