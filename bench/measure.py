@@ -15,7 +15,11 @@ import subprocess
 import sys
 from dataclasses import dataclass
 
-PROGRAMS = ["measure_messages", "measure_sections", "measure_parsing", "measure_log_lines"]
+import listing
+import service_memory
+
+PROGRAMS = ["measure_messages", "measure_zapping", "measure_starting", "measure_sections", "measure_parsing", "measure_log_lines"]
+PROCESSES = {"listing": listing.measure, "the service's memory": service_memory.measure}
 
 
 @dataclass
@@ -24,16 +28,20 @@ class Effort:
 
     repetitions: int
     seconds: float
+    bytes: int  # of a broadcast at most
 
 
 @dataclass
 class Row:
-    """One line of the table: the median of `figure`, in nanoseconds or of a counter, of two measurements."""
+    """One line of the table: the median of `figure`, in nanoseconds or of a counter, of two measurements.
+
+    A row without a goal helps to understand another.
+    """
 
     title: str
     ours: str
     peer: str
-    goal: float
+    goal: float | None
     figure: str = "real_time"
 
 
@@ -57,11 +65,25 @@ def sections():
                           1.1 if filters == 1000 else 1.2)
 
 
+def lists():
+    for what, title in (("pictures", "--list of 300 MB"), ("tables", "--list of 300 MB with EIT schedule and carousel")):
+        for peer, goal in (("cat", 0.5), ("avformat", 1)):
+            yield Row(f"{title}, by {peer}", f"listing/ours/{what}", f"listing/{peer}/{what}", goal)
+
+
+def zapping():
+    for answers, what, goal in ((1, "one raw trip", 0.33), (10, "a raw question with 10 answers", None)):
+        yield Row(f"tune to channel, PMT, EIT and AIT, one CPU, by {what}", "zapping/ours/real_time",
+                  f"zapping/raw/answers:{answers}/real_time", goal, "p50_us")
+
+
 ROWS = [
     *round_trips(),
     *sections(),
     Row("assembly of sections, by libbitstream", "assembly/ours", "assembly/libbitstream", 4),
     Row("assembly of sections, by libdvbpsi", "assembly/ours", "assembly/libdvbpsi", 1),
+    *lists(),
+    *zapping(),
     Row("log line to a file, by snprintf and write", "log/wanted", "log/by_hand", 0.91),
 ]
 
@@ -74,7 +96,7 @@ def figures_of(results):
             continue
         if each.get("error_occurred"):
             raise SystemExit(f"bench: {each['name']}: {each['error_message']}")
-        for name in ("real_time", "p50_us"):
+        for name in ("real_time", "p50_us", "kib"):
             if name in each:
                 figures.setdefault((each["name"], name), []).append(each[name])
     return figures
@@ -86,7 +108,14 @@ def spread(values):
 
 
 def shown(value, figure):
-    return f"{value:.2f} us" if figure.endswith("_us") else f"{value:.1f} ns"
+    if figure.endswith("_us"):
+        return f"{value:.2f} us"
+    return f"{value:.1f} ns" if value < 1e5 else f"{value / 1e6:.2f} ms"
+
+
+def judged(text, goal, reached):
+    """The last two cells: nothing without a goal."""
+    return ["", ""] if goal is None else [text, "yes" if reached else "no"]
 
 
 def ratio_line(row, figures):
@@ -95,14 +124,15 @@ def ratio_line(row, figures):
     if not ours or not peer:
         return None
     ratios = [theirs / mine for mine, theirs in zip(ours, peer)]
-    reached = "yes" if statistics.median(ratios) >= row.goal else "no"
+    reached = row.goal is not None and statistics.median(ratios) >= row.goal
     return [row.title, shown(statistics.median(ours), row.figure), shown(statistics.median(peer), row.figure),
-            spread(ratios), f">= {row.goal}", reached]
+            spread(ratios), *judged(f">= {row.goal}", row.goal, reached)]
 
 
 def limit_line(title, values, limit, unit):
-    reached = "yes" if statistics.median(values) <= limit else "no"
-    return [title, f"{statistics.median(values):.2f} {unit}", "", spread(values), f"<= {limit} {unit}", reached]
+    reached = limit is not None and statistics.median(values) <= limit
+    return [title, f"{statistics.median(values):.2f} {unit}", "", spread(values),
+            *judged(f"<= {limit} {unit}", limit, reached)]
 
 
 def other_lines(figures):
@@ -113,6 +143,24 @@ def other_lines(figures):
     unwanted = figures.get(("log/unwanted", "real_time"))
     if unwanted:
         yield limit_line("log line that nobody wants", unwanted, 1, "ns")
+    start, raw = (figures.get((f"start/{who}/iterations:5/manual_time", "real_time")) for who in ("ours", "raw"))
+    if start and raw:
+        yield limit_line("start: dlopen to the first command sent, beyond a raw connection",
+                         [(mine - theirs) / 1e6 for mine, theirs in zip(start, raw)], 2, "ms")
+    memory = figures.get(("start/memory/iterations:1", "kib"))
+    if memory:
+        yield limit_line("memory of the library beyond what it needs", memory, 1024, "KiB")
+    alone, crowded = (figures.get((f"browsers/browsers:{count}/real_time", "p50_us")) for count in (1, 64))
+    if alone and crowded:
+        yield limit_line("round trip with 63 more browsers connected by one alone",
+                         [b / a for a, b in zip(alone, crowded)], 1.2, "times")
+    one, ten, hundred = (figures.get((f"memory/services:{count}", "kib")) for count in (1, 10, 100))
+    if one and ten and hundred:
+        grown = list(zip(one, ten, hundred))
+        yield limit_line("memory of dtvserviced for each service more", [(c - a) / 99 for a, _, c in grown], None,
+                         "KiB")
+        yield limit_line("the same between 10 and 100 services by between 1 and 10",
+                         [(c - b) / 90 / ((b - a) / 9) for a, b, c in grown], 1.5, "times")
     for cpus in (1, 2):
         one, thousand = (figures.get((f"sections/ours/cpus:{cpus}/filters:{count}/bytes:1024/real_time", "real_time"))
                          for count in (1, 1000))
@@ -149,11 +197,11 @@ def run(program, name_filter, folder, effort):
 
 
 def main(arguments):
-    effort = Effort(2, 0.001) if "--quick" in arguments else Effort(21, 0.05)
+    effort = Effort(2, 0.001, 3_000_000) if "--quick" in arguments else Effort(21, 0.05, 300_000_000)
     folder, *rest = [word for word in arguments if word != "--quick"]
     name_filter = rest[0] if rest else "."
     try:
-        re.compile(name_filter)
+        wanted = re.compile(name_filter)
     except re.error as error:
         raise SystemExit(f"bench: not a regular expression: {name_filter}: {error}") from error
     if len(os.sched_getaffinity(0)) < 2:
@@ -162,6 +210,9 @@ def main(arguments):
     for number, program in enumerate(PROGRAMS, 1):
         print(f"bench: {program}, {number} of {len(PROGRAMS)}", file=sys.stderr, flush=True)
         results += run(program, name_filter, folder, effort)
+    for number, (subject, measure) in enumerate(PROCESSES.items(), 1):
+        print(f"bench: {subject}, {number} of {len(PROCESSES)}", file=sys.stderr, flush=True)
+        results += measure(folder, wanted, effort)
     if not results:
         raise SystemExit(f"bench: no measurement has a name like {name_filter}")
     kept = os.path.join(folder, "measurements.json")

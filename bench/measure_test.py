@@ -36,6 +36,17 @@ class TheTable(unittest.TestCase):
         self.assertEqual(line, ["each listener more of an event", "10.00 ns", "", "10.00 [10.00, 10.00]", "<= 15 ns",
                                 "yes"])
 
+    def test_judges_no_row_without_a_goal(self):
+        _, _, *line = self.lines(repetitions("zapping/ours/real_time", p50_us=[30, 30]) +
+                                 repetitions("zapping/raw/answers:10/real_time", p50_us=[15, 15]))
+        self.assertEqual(line[0][1:], ["30.00 us", "15.00 us", "0.50 [0.50, 0.50]", "", ""])
+
+    def test_has_the_growth_of_the_services_memory(self):
+        _, _, *line = self.lines([entry for count, kib in ((1, 100), (10, 190), (100, 2890))
+                                  for entry in repetitions(f"memory/services:{count}", kib=[kib, kib])])
+        self.assertEqual([cells[1] for cells in line], ["28.18 KiB", "3.00 times"])
+        self.assertEqual(line[1][5], "no")
+
     def test_ends_with_the_error_of_a_measurement(self):
         broken = {"name": "assembly/ours", "run_type": "iteration", "error_occurred": True, "error_message": "none"}
         with self.assertRaisesRegex(SystemExit, "bench: assembly/ours: none"):

@@ -1,5 +1,6 @@
 // Messages: a question from the browser's call to the service's handler, and its answer back to the listener, which
 // asks again at once; and commands without answers. The same over a raw socket, Asio, and sd-bus peer to peer.
+// The same with more listeners, and with more browsers connected.
 //   NAME/cpus:N/bytes:N   one CPU for both processes or one for each; bytes of text in the answer
 #include <benchmark/benchmark.h>
 #include <sys/socket.h>
@@ -11,18 +12,20 @@
 
 #include "browser.h"
 #include "cpus.h"
+#include "idle_browser.h"
 #include "latencies.h"
-#include "peer.h"
+#include "measure_trips.h"
 #include "plain_packets.h"
 #include "questions.h"
+#include "raw_questions.h"
 
 namespace {
 
 using bench::kLargest;
 using bench::kShort;
 using bench::Latencies;
-using bench::Peer;
-using bench::SocketPair;
+using bench::OnSocket;
+using Raw = bench::RawQuestions;
 
 /// The library, and a service of its own.
 class Ours {
@@ -48,45 +51,6 @@ public:
 
 private:
     bench::Questions questions;
-};
-
-/// What all peers on a socket pair need.
-struct OnSocket {
-    OnSocket(const char* kind, int type, int cpu, std::size_t bytes)
-        : sockets(type), peer("echo", {kind, std::to_string(cpu), std::to_string(bytes)}, sockets.peers) {
-        bench::pinTo(bench::kOwnCpu);
-    }
-    SocketPair sockets;
-    const Peer peer;
-};
-
-class Raw : OnSocket {
-public:
-    Raw(int cpu, std::size_t bytes) : OnSocket("raw", SOCK_SEQPACKET, cpu, bytes) { ask(1); }
-    ~Raw() { close(sockets.own); }
-
-    void ask(std::int64_t questions) {
-        question.front() = 1;
-        times.begin();
-        for (; questions > 0; --questions) {
-            send(sockets.own, question.data(), question.size(), MSG_NOSIGNAL);
-            recv(sockets.own, answer.data(), answer.size(), 0);
-            times.next();
-        }
-    }
-    void tell(std::int64_t commands) {
-        question.front() = 0;
-        for (; commands > 1; --commands) {
-            send(sockets.own, question.data(), question.size(), MSG_NOSIGNAL);
-        }
-        ask(1);
-    }
-
-    Latencies times;
-
-private:
-    std::vector<char> question = std::vector<char>(kShort);
-    std::vector<char> answer = std::vector<char>(kLargest);
 };
 
 class Asio : OnSocket {
@@ -179,17 +143,7 @@ private:
     std::int64_t left = 0;
 };
 
-template <typename Transport>
-void measureTrips(benchmark::State& state, Transport& transport) {
-    constexpr std::int64_t kWarmUp = 1000;
-    constexpr std::int64_t kBatch = 1000;
-    transport.ask(kWarmUp);
-    transport.times = Latencies();
-    while (state.KeepRunningBatch(kBatch)) {
-        transport.ask(kBatch);
-    }
-    transport.times.tell(state);
-}
+using bench::measureTrips;
 
 template <typename Transport>
 void roundTrip(benchmark::State& state) {
@@ -209,6 +163,13 @@ void manyListeners(benchmark::State& state) {
     for (const auto& other : others) {
         bench::dvbApi().removeListener(other);
     }
+}
+
+/// The library with more browsers on the same service, which ask nothing.
+void manyBrowsers(benchmark::State& state) {
+    Ours transport(bench::cpuOfPeer(1), 0);
+    const auto others = bench::idleBrowsers(state.range(0) - 1);
+    measureTrips(state, transport);
 }
 
 /// Commands one way. A batch is no longer than what may wait for a slow service.
@@ -234,6 +195,7 @@ BENCHMARK_TEMPLATE(roundTrip, Raw)->Name("round_trip/raw")->Apply(sizes);
 BENCHMARK_TEMPLATE(roundTrip, Asio)->Name("round_trip/asio")->Apply(sizes);
 BENCHMARK_TEMPLATE(roundTrip, SdBus)->Name("round_trip/sd_bus")->Apply(sizes);
 BENCHMARK(manyListeners)->Name("listeners")->ArgName("listeners")->Arg(1)->Arg(10)->Arg(100)->UseRealTime();
+BENCHMARK(manyBrowsers)->Name("browsers")->ArgName("browsers")->Arg(1)->Arg(8)->Arg(64)->UseRealTime();
 BENCHMARK_TEMPLATE(oneWay, Ours)->Name("one_way/ours")->Apply(cpus);
 BENCHMARK_TEMPLATE(oneWay, Raw)->Name("one_way/raw")->Apply(cpus);
 

@@ -1,7 +1,7 @@
 // The other side of the measurements without the library: answers each question on the socket that is its standard
 // input.
 //   echo raw|asio|sd-bus CPU BYTES   runs on that CPU; an answer has a text of BYTES
-// A raw packet is a question if its first byte is not 0.
+// A raw packet asks for as many answers as its first byte says.
 #include <sys/socket.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
@@ -25,7 +25,7 @@ int answerRaw(std::size_t bytes) {
     std::vector<char> question(kLargest);
     const std::vector<char> answer(kShort + bytes);
     while (recv(STDIN_FILENO, question.data(), question.size(), 0) > 0) {
-        if (question.front() != 0) {
+        for (int left = question.front(); left > 0; --left) {
             send(STDIN_FILENO, answer.data(), answer.size(), MSG_NOSIGNAL);
         }
     }

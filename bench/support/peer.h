@@ -1,6 +1,7 @@
 // A process that the measuring process talks to. It is ended at the end.
 #pragma once
 
+#include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/socket.h>
@@ -14,9 +15,18 @@
 
 namespace bench {
 
+/// Where this program is.
+inline std::string ownFolder() {
+    char path[4096];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+    const std::string whole(path, length < 0 ? 0 : static_cast<std::size_t>(length));
+    return whole.substr(0, whole.rfind('/'));
+}
+
 class Peer {
 public:
-    /// Starts the program beside this one. `inherited`, if not negative, is its standard input, and closed here.
+    /// Starts the program beside this one. Its standard output goes nowhere. `inherited`, if not negative, is its
+    /// standard input, and closed here.
     Peer(const std::string& program, const std::vector<std::string>& arguments, int inherited = -1) {
         const std::string path = ownFolder() + "/" + program;
         std::vector<char*> words{const_cast<char*>(path.c_str())};
@@ -26,6 +36,7 @@ public:
         words.push_back(nullptr);
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         if (inherited >= 0) {
             posix_spawn_file_actions_adddup2(&actions, inherited, STDIN_FILENO);
         }
@@ -41,18 +52,21 @@ public:
     Peer(const Peer&) = delete;
     Peer& operator=(const Peer&) = delete;
     ~Peer() {
-        kill(process, SIGTERM);
-        waitpid(process, nullptr, 0);
+        if (process > 0) {
+            kill(process, SIGTERM);
+            wait();
+        }
+    }
+
+    /// Its exit status, when it has ended of itself.
+    int wait() {
+        int status = 0;
+        waitpid(process, &status, 0);
+        process = 0;
+        return status;
     }
 
 private:
-    static std::string ownFolder() {
-        char path[4096];
-        const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-        const std::string whole(path, length < 0 ? 0 : static_cast<std::size_t>(length));
-        return whole.substr(0, whole.rfind('/'));
-    }
-
     pid_t process = -1;
 };
 

@@ -98,17 +98,26 @@ void Demux::feed(TsPacket packet, Clock::time_point now) {
     const std::uint16_t pid = packet.pid();
     ++packets_;
     meters[pid].count(packet, now);
+    if (!watchers.empty()) {
+        show(packet, pid);
+    }
+    Pid* const entry = pids[pid].get();
+    if (entry == nullptr) {
+        return;
+    }
+    entry->feeding = true;
+    entry->assembler.feed(packet);
+    entry->feeding = false;
+    if (entry->ended != 0) {
+        sweep(pid);
+    }
+}
+
+void Demux::show(TsPacket packet, std::uint16_t pid) {
     const auto watcher = watchers.find(pid);
     if (watcher != watchers.end()) {
         watcher->second(packet);
     }
-    if (!pids[pid]) {
-        return;
-    }
-    pids[pid]->feeding = true;
-    pids[pid]->assembler.feed(packet);
-    pids[pid]->feeding = false;
-    sweep(pid);
 }
 
 /// Removes the PID's assembler after its last subscription.

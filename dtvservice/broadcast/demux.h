@@ -29,6 +29,8 @@ public:
     /// Sections of the PID go to the handler until unsubscribe().
     Subscription subscribe(std::uint16_t pid, Handler handler);
     void unsubscribe(Subscription subscription);
+    /// How many there have been.
+    std::uint64_t subscriptions() const { return lastSubscription; }
 
     /// Every packet of the PID goes to the watcher unchanged. A PID has one watcher; null removes it. Do not call this
     /// from a watcher.
@@ -52,6 +54,7 @@ private:
     struct Pid;
     struct Subscriber;
 
+    void show(TsPacket packet, std::uint16_t pid);
     void sweep(std::uint16_t pid);
 
     std::array<std::unique_ptr<Pid>, kPidCount> pids;

@@ -12,12 +12,10 @@ constexpr std::uint8_t kStuffing = 0xFF;
 
 }  // namespace
 
-SectionAssembler::SectionAssembler(Handler newHandler) : handler(std::move(newHandler)) {
-    section.reserve(si::kLongestSection);
-}
+SectionAssembler::SectionAssembler(Handler newHandler) : handler(std::move(newHandler)), section(si::kLongestSection) {}
 
 void SectionAssembler::discontinuity() {
-    section.clear();
+    filled = 0;
     haveLast = false;
 }
 
@@ -48,8 +46,8 @@ void SectionAssembler::feed(TsPacket packet) {
     const std::size_t size = kPacketSize - packet.payloadOffset();
     if (packet.unitStart()) {
         startUnit(payload, size);
-    } else if (!section.empty()) {
-        append(payload, size);
+    } else if (filled != 0) {
+        append({payload, size});
     }
 }
 
@@ -79,55 +77,69 @@ void SectionAssembler::startUnit(const std::uint8_t* payload, std::size_t size) 
         dropInProgress();
         return;
     }
-    if (!section.empty()) {
-        append(payload + 1, start - 1);
+    if (filled != 0) {
+        append({payload + 1, start - 1});
         dropInProgress();
     }
     std::size_t at = start;
     while (at < size && payload[at] != kStuffing) {
-        section.push_back(payload[at]);
-        const std::size_t used = 1 + append(payload + at + 1, size - at - 1);
-        at += used;
+        at += begin({payload + at, size - at});
     }
 }
 
+/// Takes the section that begins here: without a copy if it ends here, too. Returns the number of bytes used.
+std::size_t SectionAssembler::begin(si::Bytes bytes) {
+    if (bytes.size >= si::kSectionHeaderSize) {
+        const std::size_t wanted = si::announcedSize(bytes.data);
+        if (wanted <= bytes.size) {
+            finish({bytes.data, wanted});
+            return wanted;
+        }
+    }
+    return append(bytes);
+}
+
 /// Adds bytes to the section in progress until it is complete. Returns the number of bytes used.
-std::size_t SectionAssembler::append(const std::uint8_t* bytes, std::size_t size) {
+std::size_t SectionAssembler::append(si::Bytes bytes) {
     std::size_t used = 0;
-    while (used < size) {
-        const bool lengthKnown = section.size() >= si::kSectionHeaderSize;
-        const std::size_t wanted = lengthKnown ? si::announcedSize(section.data()) : si::kSectionHeaderSize;
-        const std::size_t count = std::min(wanted - section.size(), size - used);
-        section.insert(section.end(), bytes + used, bytes + used + count);
-        used += count;
-        if (section.size() < si::kSectionHeaderSize) {
-            break;
+    if (filled < si::kSectionHeaderSize) {
+        used = take(bytes, si::kSectionHeaderSize - filled);
+        if (filled < si::kSectionHeaderSize) {
+            return used;
         }
         if (si::announcedSize(section.data()) > si::kLongestSection) {
             dropInProgress();
-            return size;
+            return bytes.size;
         }
-        if (section.size() == si::announcedSize(section.data())) {
-            finish();
-            return used;
-        }
+    }
+    const std::size_t wanted = si::announcedSize(section.data());
+    used += take({bytes.data + used, bytes.size - used}, wanted - filled);
+    if (filled == wanted) {
+        filled = 0;
+        finish({section.data(), wanted});
     }
     return used;
 }
 
-void SectionAssembler::dropInProgress() {
-    counts_.cut += section.empty() ? 0 : 1;
-    section.clear();
+std::size_t SectionAssembler::take(si::Bytes bytes, std::size_t most) {
+    const std::size_t count = std::min(bytes.size, most);
+    std::memcpy(section.data() + filled, bytes.data, count);
+    filled += count;
+    return count;
 }
 
-void SectionAssembler::finish() {
-    if (si::crcIsRight(section)) {
+void SectionAssembler::dropInProgress() {
+    counts_.cut += filled == 0 ? 0 : 1;
+    filled = 0;
+}
+
+void SectionAssembler::finish(si::Bytes complete) {
+    if (si::crcIsRight(complete)) {
         ++counts_.sections;
-        handler(section);
+        handler(complete);
     } else {
         ++counts_.crcErrors;
     }
-    section.clear();
 }
 
 }  // namespace broadcast

@@ -51,12 +51,15 @@ private:
     Order orderOf(TsPacket packet);
     void remember(TsPacket packet);
     void startUnit(const std::uint8_t* payload, std::size_t size);
-    std::size_t append(const std::uint8_t* bytes, std::size_t size);
+    std::size_t begin(si::Bytes bytes);
+    std::size_t append(si::Bytes bytes);
+    std::size_t take(si::Bytes bytes, std::size_t most);
     void dropInProgress();
-    void finish();
+    void finish(si::Bytes complete);
 
     Handler handler;
-    std::vector<std::uint8_t> section;  // in progress, or empty
+    std::vector<std::uint8_t> section;  // in progress
+    std::size_t filled = 0;             // bytes of it; 0 if there is none
     std::array<std::uint8_t, kPacketSize> last{};
     bool haveLast = false;
     bool lastWasDuplicate = false;

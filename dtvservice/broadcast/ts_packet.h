@@ -47,8 +47,12 @@ struct TsPacket {
 
 /// Whether a packet is the previous one of its PID again, bit for bit except for the PCR, which may differ.
 inline bool isRepetition(TsPacket packet, TsPacket previous) {
+    constexpr std::size_t kHeader = 4;  // mostly differs, and is compared without a call
     constexpr std::size_t kPcrAt = 6;
     constexpr std::size_t kBehindPcr = 12;
+    if (std::memcmp(packet.bytes, previous.bytes, kHeader) != 0) {
+        return false;
+    }
     const std::size_t same = packet.hasPcr() ? kPcrAt : kPacketSize;
     return std::memcmp(packet.bytes, previous.bytes, same) == 0 &&
            (!packet.hasPcr() ||

@@ -70,7 +70,7 @@ std::size_t PacketReader::strideAt(std::size_t position) const {
     return found == std::end(kStrides) ? 0 : *found;
 }
 
-const std::uint8_t* PacketReader::next(std::uint64_t longestSearch) {
+const std::uint8_t* PacketReader::search(std::uint64_t longestSearch) {
     const std::uint8_t* const packet = find(longestSearch);
     count();
     return packet;

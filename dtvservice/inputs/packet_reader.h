@@ -22,7 +22,14 @@ public:
 
     /// The next packet, valid until the next call. Null at the end, or if `longestSearch` bytes in a row have no
     /// packet.
-    const std::uint8_t* next(std::uint64_t longestSearch = std::numeric_limits<std::uint64_t>::max());
+    const std::uint8_t* next(std::uint64_t longestSearch = std::numeric_limits<std::uint64_t>::max()) {
+        if (!hasBuffered() || buffer[at] != broadcast::kSyncByte) {
+            return search(longestSearch);
+        }
+        const std::uint8_t* const packet = buffer.data() + at;
+        at += stride;
+        return packet;
+    }
     /// Goes back to the first packet; false if the source cannot.
     bool rewind();
 
@@ -39,6 +46,7 @@ private:
     bool fill();
     bool inStep(std::size_t position, std::size_t distance) const;
     std::size_t strideAt(std::size_t position) const;
+    const std::uint8_t* search(std::uint64_t longestSearch);
     const std::uint8_t* find(std::uint64_t longestSearch);
     void count();
 

@@ -154,15 +154,4 @@ void play(std::vector<Playback>& playbacks, EventLoop& loop, Others others) {
     }
 }
 
-void scan(PacketFile& file, broadcast::Demux& demux) {
-    // Two rounds, because a section may come before the table that announces its PID. The second round finds it.
-    for (int round = 0; round < 2; ++round) {
-        file.rewind();
-        demux.discontinuity();
-        while (const std::uint8_t* const bytes = file.next()) {
-            demux.feed(broadcast::TsPacket{bytes});
-        }
-    }
-}
-
 }  // namespace dtvservice

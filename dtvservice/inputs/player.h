@@ -64,7 +64,4 @@ private:
 enum class Others { none, live };
 void play(std::vector<Playback>& playbacks, EventLoop& loop, Others others);
 
-/// Plays the file at full speed, without handling commands.
-void scan(PacketFile& file, broadcast::Demux& demux);
-
 }  // namespace dtvservice

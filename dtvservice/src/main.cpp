@@ -21,6 +21,7 @@
 #include "operator_server.h"
 #include "player.h"
 #include "rooms.h"
+#include "scan.h"
 #include "text/printable.h"
 
 namespace {
@@ -86,15 +87,8 @@ std::unique_ptr<dtvservice::PacketFile> openOrEnd(const std::string& path) {
 
 int list(const std::string& path) {
     const std::unique_ptr<dtvservice::PacketFile> file = openOrEnd(path);
-    broadcast::Demux demux;
-    class : public broadcast::SiListener {
-        void onChannelList(const broadcast::SiDatabase&) override {}
-        void onPmt(const broadcast::SiDatabase&, std::uint16_t, const broadcast::Section&, bool) override {}
-        void onEit(const broadcast::SiDatabase&, std::uint16_t, const broadcast::Section&, bool) override {}
-        void onAit(const broadcast::SiDatabase&, std::uint16_t, const broadcast::Section&, bool) override {}
-    } nobody;
-    const broadcast::SiDatabase database(demux, nobody);
-    dtvservice::scan(*file, demux);
+    const dtvservice::Scan scan(*file);
+    const broadcast::SiDatabase& database = scan.tables();
     if (database.channels().empty()) {
         std::fprintf(stderr, "dtvserviced: %s: no service: there is no PAT in the file, or it lists none\n",
                      path.c_str());

@@ -13,10 +13,6 @@ unsigned int byteAt(Bytes section, std::size_t index) {
 
 }  // namespace
 
-std::size_t announcedSize(const std::uint8_t* section) {
-    return kSectionHeaderSize + ((static_cast<std::size_t>(section[1] & 0x0FU) << 8U) | section[2]);
-}
-
 std::uint16_t tableIdExtension(Bytes section) {
     return static_cast<std::uint16_t>(byteAt(section, 3) << 8U | byteAt(section, 4));
 }

@@ -43,7 +43,25 @@ TEST(AnAnswerWithAText, AsksForMemoryOnceForTheText) {
     EXPECT_EQ(allocationsIn([&] { questions.ask(kEach); }), kEach);
 }
 
-TEST(ASection, AsksForNoMemory) {
-    bench::Sections sections(0, 10, 1024);
+TEST(AQuestionAndItsAnswer, AskForAsMuchMemoryWithAHundredListenersAsWithTen) {
+    const auto allocationsWith = [](std::size_t listeners) {
+        std::vector<std::shared_ptr<velmora::dtv::helpers::EmptyListener>> others(listeners);
+        for (auto& other : others) {
+            other = std::make_shared<velmora::dtv::helpers::EmptyListener>();
+            bench::dvbApi().addListener(other);
+        }
+        bench::Questions questions(0, 0);
+        return allocationsIn([&] { questions.ask(kEach); });
+    };
+    const std::int64_t few = allocationsWith(10);
+    EXPECT_EQ(allocationsWith(90), few);  // beside the ten
+}
+
+class ASection : public testing::TestWithParam<std::int64_t> {};
+
+TEST_P(ASection, AsksForNoMemoryWhateverTheNumberOfFilters) {
+    bench::Sections sections(0, GetParam(), 1024);
     EXPECT_EQ(allocationsIn([&] { sections.take(kEach); }), 0);
 }
+
+INSTANTIATE_TEST_SUITE_P(Filters, ASection, testing::Values(1, 10, 1000));

@@ -1,5 +1,5 @@
 // Which system calls a question and its answer take, in the browser and in the service together. Both run under
-// ptrace(); the difference between many and twice as many questions leaves out start and end.
+// ptrace(); the difference between many and twice as many questions leaves out start and end, and other browsers.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/ptrace.h>
@@ -12,6 +12,7 @@
 #include <optional>
 #include <thread>
 
+#include "idle_browser.h"
 #include "questions.h"
 #include "quiet_run_directory.h"
 
@@ -54,8 +55,9 @@ Counts countsOf(pid_t first) {
     return counts;
 }
 
-void ask(std::int64_t count) {
+void ask(std::int64_t count, std::int64_t otherBrowsers) {
     bench::Questions questions(0, 0);
+    const auto others = bench::idleBrowsers(otherBrowsers);
     for (; count > 0; --count) {
         questions.ask(1);
         std::this_thread::sleep_for(kPause);
@@ -63,14 +65,14 @@ void ask(std::int64_t count) {
 }
 
 /// Nothing if this process may not trace.
-std::optional<Counts> countsOfAsking(std::int64_t questions) {
+std::optional<Counts> countsOfAsking(std::int64_t questions, std::int64_t otherBrowsers) {
     const pid_t child = fork();
     if (child == 0) {
         if (ptrace(PTRACE_TRACEME, 0, 0, 0) != 0) {
             _exit(1);
         }
         raise(SIGSTOP);
-        ask(questions);
+        ask(questions, otherBrowsers);
         _exit(0);
     }
     int status = 0;
@@ -80,12 +82,14 @@ std::optional<Counts> countsOfAsking(std::int64_t questions) {
 
 }  // namespace
 
-TEST(AQuestionAndItsAnswer, TakeASendAndAReceiveEachAndNoOtherWait) {
-    const std::optional<Counts> some = countsOfAsking(kQuestions);
+class AQuestionAndItsAnswer : public testing::TestWithParam<std::int64_t> {};
+
+TEST_P(AQuestionAndItsAnswer, TakeASendAndAReceiveEachAndNoOtherWaitWhateverTheNumberOfBrowsers) {
+    const std::optional<Counts> some = countsOfAsking(kQuestions, GetParam());
     if (!some) {
         GTEST_SKIP() << "this process may not trace others";
     }
-    Counts more = *countsOfAsking(2 * kQuestions);
+    Counts more = *countsOfAsking(2 * kQuestions, GetParam());
     for (const auto& [call, count] : *some) {
         more[call] -= count;
     }
@@ -98,3 +102,5 @@ TEST(AQuestionAndItsAnswer, TakeASendAndAReceiveEachAndNoOtherWait) {
         EXPECT_LT(static_cast<double>(more[static_cast<std::uint64_t>(call)]), kFew) << "call " << call;
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(OtherBrowsers, AQuestionAndItsAnswer, testing::Values(0, 16));

@@ -40,26 +40,13 @@ public:
     /// The result of every event.
     int answer = 0;
 
-#define EVENT(identifier, operation, Message, decoder, fields)                                                    \
-    int operation(frame::MsgIds& ids, const frame::TransportInfo& transport FIELDS_PARAMETERS(fields)) override { \
-        return keep(ids, transport, #operation FIELDS_ARGUMENTS(fields));                                         \
-    }
+#define EVENT(identifier, operation, Message, decoder, fields) \
+    int operation(frame::MsgIds& ids, const frame::TransportInfo& transport FIELDS_PARAMETERS(fields)) override;
 #include "browserdvbservice_messages.inc"
 
 private:
     template <typename... Values>
-    int keep(frame::MsgIds& ids, const frame::TransportInfo& transport, const char* operation,
-             const Values&... values) {
-        const std::string text = shownCall(operation, values...);
-        {
-            const locks::Lock lock(mutex);
-            heard.push_back({text, &ids, transport});
-        }
-        if (reaction) {
-            reaction();
-        }
-        return answer;
-    }
+    int keep(frame::MsgIds& ids, const frame::TransportInfo& transport, const char* operation, const Values&... values);
 
     mutable std::mutex mutex;
     std::vector<Call> heard GUARDED_BY(mutex);

@@ -11,7 +11,8 @@ usage: ./run demo [FILE.ts] [--service ONID:TSID:SID]...
        ./run coverage [ctest arguments]              which lines and branches the test suite executes, by file
        ./run soak [MINUTES]                          services and browsers in use for 30 minutes; fails if one grows
        ./run fuzz [NAME] [SECONDS]                   feed hostile bytes to the parsers, with clang's libFuzzer
-       ./run bench [FILTER]                          speed beside what one would use instead, as ratios of one run
+       ./run bench [FILTER]                          speed beside what one would use instead, as ratios of one run;
+                                                     --developers: what a change of a source costs
        ./run package                                 make the desktop kit's Debian package
        ./run format                                  check the layout of all sources (clang-format)
        ./run lint [--all]                            check what changed with clang-tidy, cppcheck and shellcheck
@@ -78,11 +79,16 @@ TEXT
         ;;
     bench) cat <<TEXT
 usage: ./run bench [FILTER]
-Builds the measurements into build/bench and runs them: messages beside a raw socket, Asio and sd-bus, sections beside a
-raw message queue, their assembly beside libbitstream and libdvbpsi, log lines beside snprintf and write. It prints a
-table of ratios with the goals, and writes the figures of each repetition to build/bench/measurements.json. It takes five
-minutes. The machine must have two CPUs, and nothing else to do; docs/performance.md tells more.
-  FILTER   a regular expression for the names: round_trip, one_way, listeners, sections, assembly, log
+       ./run bench --developers
+Builds the measurements into build/bench and runs them: messages beside a raw socket, Asio and sd-bus, a tune, sections
+beside a raw message queue, their assembly beside libbitstream and libdvbpsi, the reading of a broadcast beside cat and
+libavformat, log lines beside snprintf and write, the start, and what grows with browsers, listeners and services. It
+prints a table of ratios with the goals, and writes the figures of each repetition to build/bench/measurements.json. It
+takes eight minutes. The machine must have two CPUs, and nothing else to do; docs/performance.md tells more.
+  FILTER   a regular expression for the names: round_trip, one_way, listeners, browsers, zapping, start, sections,
+           assembly, log, listing, memory
+  --developers   instead: the processor time from a touched source to its tests having run, and from a touched message
+                 catalogue to a finished build, in build/host; takes ten minutes
 TEXT
         ;;
     package) cat <<TEXT

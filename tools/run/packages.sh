@@ -33,7 +33,8 @@ bench_packages=(
     libbenchmark-dev # the framework of the measurements
     libsystemd-dev   # sd-bus, measured beside the messages
     libdvbpsi-dev    # measured beside the assembly of sections
-    pkgconf          # finds both
+    libavformat-dev  # measured beside the reading of broadcasts
+    pkgconf          # finds them
     python3          # the table
 )
 clang_packages=(clang "${bench_packages[@]}") # this preset builds the measurements too

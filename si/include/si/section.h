@@ -26,7 +26,9 @@ constexpr std::size_t kSectionHeaderSize = 3;
 constexpr std::size_t kLongestSection = 4096;
 
 /// section_length + 3: the size of the whole section. Needs the section's first three bytes.
-std::size_t announcedSize(const std::uint8_t* section);
+inline std::size_t announcedSize(const std::uint8_t* section) {
+    return kSectionHeaderSize + ((static_cast<std::size_t>(section[1] & 0x0FU) << 8U) | section[2]);
+}
 
 /// Fields of the long form; 0 if the section is too short.
 std::uint16_t tableIdExtension(Bytes section);
@@ -39,6 +41,8 @@ bool crcIsRight(Bytes section);
 
 /// Computes CRC_32 over bytes.
 std::uint32_t crc32(Bytes bytes);
+/// The same, as processors without carry-less multiplication do it.
+std::uint32_t crc32ByTables(Bytes bytes);
 
 struct Descriptor {
     std::uint8_t tag = 0;

@@ -1,7 +1,10 @@
 // CRC_32 of sections against its definition, a bit at a time.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <numeric>
+#include <random>
 
 #include "si/section.h"
 
@@ -26,12 +29,24 @@ TEST(TheCrc, HasTheStandardsCheckValue) {
 }
 
 TEST(TheCrc, IsRightForEachLengthAndAlignment) {
-    std::vector<std::uint8_t> bytes(200);
+    constexpr std::size_t kAlignments = 16;
+    constexpr std::size_t kLongest = 300;
+    alignas(kAlignments) std::array<std::uint8_t, kAlignments + kLongest> bytes;
     std::iota(bytes.begin(), bytes.end(), std::uint8_t{0x5A});
-    for (std::size_t from = 0; from < 9; ++from) {
-        for (std::size_t size = 0; from + size <= bytes.size(); ++size) {
+    for (std::size_t from = 0; from < kAlignments; ++from) {
+        for (std::size_t size = 0; size <= kLongest; ++size) {
             const si::Bytes part(bytes.data() + from, size);
-            ASSERT_EQ(si::crc32(part), byDefinition(part)) << size << " bytes from " << from;
+            const std::uint32_t expected = byDefinition(part);
+            ASSERT_EQ(si::crc32(part), expected) << size << " bytes from " << from;
+            ASSERT_EQ(si::crc32ByTables(part), expected) << size << " bytes from " << from;
         }
     }
+}
+
+TEST(TheCrc, IsRightForTheLongestSection) {
+    std::vector<std::uint8_t> bytes(si::kLongestSection);
+    std::mt19937 random(1);
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<std::uint8_t>(random()); });
+    EXPECT_EQ(si::crc32(bytes), byDefinition(bytes));
+    EXPECT_EQ(si::crc32ByTables(bytes), byDefinition(bytes));
 }
