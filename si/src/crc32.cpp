@@ -98,8 +98,10 @@ BY_MULTIPLICATION __m128i fold(__m128i number, __m128i powers, __m128i behind) {
 /// Needs 64 bytes. Folds four numbers side by side, because a multiplication takes longer than the next one waits.
 BY_MULTIPLICATION std::uint32_t byMultiplication(std::uint32_t crc, Bytes bytes) {
     constexpr std::size_t kLanes = 4;
-    const __m128i farPowers = _mm_set_epi64x(power(4 * 128 + 64), power(4 * 128));
-    const __m128i nearPowers = _mm_set_epi64x(power(128 + 64), power(128));
+    constexpr long long kFar[] = {power(4 * 128 + 64), power(4 * 128)};
+    constexpr long long kNear[] = {power(128 + 64), power(128)};
+    const __m128i farPowers = _mm_set_epi64x(kFar[0], kFar[1]);
+    const __m128i nearPowers = _mm_set_epi64x(kNear[0], kNear[1]);
     const std::uint8_t* at = bytes.data;
     std::size_t left = bytes.size;
     __m128i lanes[kLanes];
