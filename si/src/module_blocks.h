@@ -24,7 +24,7 @@ public:
 
     /// Why the block cannot be part of the module; empty if it can.
     std::string disagrees(const DownloadBlock& block) const;
-    bool has(std::uint16_t number) const { return !arrived.empty() && arrived[number]; }
+    bool has(std::uint16_t number) const { return number < arrived.size() && arrived[number]; }
     /// A block that agrees and is new.
     void add(const DownloadBlock& block);
     bool isComplete() const { return places.size() == blockCount(size, blockSize); }

@@ -154,6 +154,18 @@ TEST(AnObjectCarousel, DropsAModuleWhoseBlocksDisagreeWithItsList) {
     expectFiles(carousel, folder());
 }
 
+TEST(AnObjectCarousel, DropsAModuleWithMoreBlocksThanItsListSays) {
+    const CarouselState state = statesOf({folder()}).at(0);
+    CarouselState wrong = state;
+    wrong.modules[2].bytes += std::string(70000, 'x');
+    std::vector<Section> blocks = blocksOf(wrong, wrong.modules[2]);
+    blocks.erase(blocks.begin() + 1, blocks.end() - 1);
+    ObjectCarousel carousel;
+    feed(carousel, state.control);
+    EXPECT_THAT(feed(carousel, blocks, Kind::dropped),
+                testing::ElementsAre(testing::MatchesRegex("module 3, version 0: block 36. is none of its ..")));
+}
+
 TEST(AnObjectCarousel, DropsAModuleThatDoesNotUncompress) {
     const CarouselState state = statesOf({folder()}).at(0);
     CarouselState wrong = state;
