@@ -15,7 +15,7 @@ import subprocess
 import sys
 from dataclasses import dataclass
 
-PROGRAMS = ["measure_messages", "measure_sections", "measure_parsing", "measure_log_lines"]
+PROGRAMS = ["measure_messages", "measure_sections", "measure_parsing", "measure_carousels", "measure_log_lines"]
 
 
 @dataclass
@@ -62,6 +62,7 @@ ROWS = [
     *sections(),
     Row("assembly of sections, by libbitstream", "assembly/ours", "assembly/libbitstream", 4),
     Row("assembly of sections, by libdvbpsi", "assembly/ours", "assembly/libdvbpsi", 1),
+    Row("carousel with compressed modules, by zlib alone", "carousel/read/compressed", "carousel/zlib/compressed", 0.8),
     Row("log line to a file, by snprintf and write", "log/wanted", "log/by_hand", 0.91),
 ]
 
@@ -74,7 +75,7 @@ def figures_of(results):
             continue
         if each.get("error_occurred"):
             raise SystemExit(f"bench: {each['name']}: {each['error_message']}")
-        for name in ("real_time", "p50_us"):
+        for name in ("real_time", "p50_us", "bytes_per_second", "memory", "memory_of_update"):
             if name in each:
                 figures.setdefault((each["name"], name), []).append(each[name])
     return figures
@@ -105,11 +106,29 @@ def limit_line(title, values, limit, unit):
     return [title, f"{statistics.median(values):.2f} {unit}", "", spread(values), f"<= {limit} {unit}", reached]
 
 
+def least_line(title, values, least, unit):
+    reached = "yes" if statistics.median(values) >= least else "no"
+    return [title, f"{statistics.median(values):.0f} {unit}", "", spread(values), f">= {least} {unit}", reached]
+
+
+def carousel_lines(figures):
+    for modules in ("plain", "compressed"):
+        speed = figures.get((f"carousel/read/{modules}", "bytes_per_second"))
+        if speed:
+            yield least_line(f"reading a carousel, {modules} modules", [each / 1e6 for each in speed], 30, "MB/s")
+        for name, what, limit in (("memory", "memory of a carousel", 1.2),
+                                  ("memory_of_update", "memory while it changes", 2.4)):
+            memory = figures.get((f"carousel/keep/{modules}", name))
+            if memory:
+                yield limit_line(f"{what}, {modules} modules, by its files", memory, limit, "times")
+
+
 def other_lines(figures):
     """Rows that are no ratio to a peer."""
     few, many = (figures.get((f"listeners/listeners:{count}/real_time", "real_time")) for count in (1, 100))
     if few and many:
         yield limit_line("each listener more of an event", [(b - a) / 99 for a, b in zip(few, many)], 15, "ns")
+    yield from carousel_lines(figures)
     unwanted = figures.get(("log/unwanted", "real_time"))
     if unwanted:
         yield limit_line("log line that nobody wants", unwanted, 1, "ns")

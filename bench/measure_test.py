@@ -36,6 +36,15 @@ class TheTable(unittest.TestCase):
         self.assertEqual(line, ["each listener more of an event", "10.00 ns", "", "10.00 [10.00, 10.00]", "<= 15 ns",
                                 "yes"])
 
+    def test_has_the_speed_and_the_memory_of_a_carousel(self):
+        *_, speed, memory = self.lines(
+            repetitions("carousel/read/plain", real_time=[1, 1], bytes_per_second=[60e6, 80e6]) +
+            repetitions("carousel/keep/plain", real_time=[1, 1], memory=[1.5, 1.5]))
+        self.assertEqual(speed, ["reading a carousel, plain modules", "70 MB/s", "", "70.00 [55.00, 85.00]",
+                                 ">= 30 MB/s", "yes"])
+        self.assertEqual(memory, ["memory of a carousel, plain modules, by its files", "1.50 times", "",
+                                  "1.50 [1.50, 1.50]", "<= 1.2 times", "no"])
+
     def test_ends_with_the_error_of_a_measurement(self):
         broken = {"name": "assembly/ours", "run_type": "iteration", "error_occurred": True, "error_message": "none"}
         with self.assertRaisesRegex(SystemExit, "bench: assembly/ours: none"):
