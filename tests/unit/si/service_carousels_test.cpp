@@ -259,3 +259,43 @@ TEST(ACarouselOnItsWay, IsCompleteAfterThreeCyclesWithoutAHundredthOfItsPackets)
     ASSERT_GT(cycles, 3U) << "the broadcast has to be longer";
     EXPECT_LE(cyclesNeeded.value_or(99), 3U);
 }
+
+TEST(ACarouselOnItsWay, TakesOneCycleWhereverItIsJoinedAndLessForAFileThatComesSooner) {
+    tsmake::Carousel carousel;
+    carousel.id = 7;
+    carousel.tag = 32;
+    carousel.bitRate = 1000000;
+    carousel.versions = {{0, "", folderOf(0, 2 * kMegabyte)}};
+    const tsmake::Multiplex multiplex = multiplexOf(carousel);
+    std::vector<std::string> packets;
+    std::vector<std::size_t> cycles;  // the packets with which they begin
+    broadcast::Demux marks;
+    marks.subscribe(kPid, [&](si::Bytes section) {
+        const std::optional<si::DownloadBlock> block = si::downloadBlock(section);
+        if (block && block->moduleId == 1 && block->number == 0) {
+            cycles.push_back(packets.size());
+        }
+    });
+    tsmake::writeMultiplex(multiplex, 25, [&](const std::uint8_t* packet) {
+        packets.emplace_back(reinterpret_cast<const char*>(packet), broadcast::kPacketSize);
+        marks.feed(broadcast::TsPacket{packet});
+    });
+    ASSERT_GE(cycles.size(), 3U);
+    const std::size_t cycle = cycles[2] - cycles[1];
+    for (const std::size_t tenth : {0U, 3U, 5U, 8U}) {
+        Receiver receiver(multiplex.services[0]);
+        const std::size_t begin = cycles[0] + cycle * tenth / 10;
+        std::optional<std::size_t> first;
+        std::size_t at = begin;
+        for (; at < packets.size() && !receiver.isComplete(); ++at) {
+            receiver.feed(reinterpret_cast<const std::uint8_t*>(packets[at].data()));
+            const auto tree = receiver.tree();
+            if (!first && tree && tree->find("folder0/file0").state == CarouselTree::State::here) {
+                first = at - begin;
+            }
+        }
+        EXPECT_LE(at - begin, cycle + cycle / 20) << tenth;
+        // The directories and the file are in the first two modules.
+        EXPECT_LE(first.value_or(2 * cycle), cycle - cycle * tenth / 10 + cycle / 10) << tenth;
+    }
+}
