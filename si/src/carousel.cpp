@@ -305,7 +305,7 @@ void ObjectCarousel::addTag(std::uint16_t tag) {
 /// A carousel that changes all the time would make every section cost a look through all directories. So as many bytes
 /// come between two looks as the work of one takes time.
 void ObjectCarousel::lookSoon(News& news) {
-    constexpr std::size_t kBytesForAnEntry = 8;
+    constexpr std::size_t kBytesForAnEntry = 4;
     if (isStale && workOfLook * kBytesForAnEntry <= received) {
         look();
         publishIfConfirmed(news);
