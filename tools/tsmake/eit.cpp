@@ -1,7 +1,7 @@
 // Builds the EIT: present/following, and the schedule.
 #include <algorithm>
-#include <map>
 
+#include "si/section.h"
 #include "tables.h"
 #include "time_fields.h"
 
@@ -57,34 +57,66 @@ struct Scheduled {
     const Event* event;
     si::UtcSeconds start;
 };
-/// The events of each section of a segment.
+/// The events of each section of a segment. A segment without events has an empty section.
 using Segment = std::vector<std::vector<Scheduled>>;
 
-/// The segments of three hours from the midnight before the broadcast on, by number.
-std::map<std::size_t, Segment> segmentsOf(const Multiplex& multiplex, const Service& service) {
-    constexpr std::int64_t kSegmentSeconds = 3 * 3600;
-    constexpr std::size_t kRoom = 4096 - 18;
-    constexpr std::size_t kMostSections = 8;
-    constexpr std::size_t kMostSegments = std::size_t{32} * 16;
+constexpr std::size_t kTables = 16;
+constexpr std::size_t kSegmentsOfATable = 32;
+constexpr std::size_t kSectionsOfASegment = 8;
+
+/// The segments of three hours from the midnight before the broadcast on, up to the last one with an event.
+std::vector<Segment> segmentsOf(const Multiplex& multiplex, const Service& service) {
+    constexpr std::int64_t kSegmentSeconds = std::int64_t{3} * 3600;
+    constexpr std::size_t kRoom = si::kLongestSection - 18;
     const si::UtcSeconds midnight = multiplex.start - si::secondOfDay(multiplex.start);
-    std::map<std::size_t, Segment> segments;
+    std::vector<Segment> segments;
     std::size_t left = 0;
     si::UtcSeconds start = multiplex.start;
     for (const Event& event : service.events) {
         const auto number = static_cast<std::size_t>((start - midnight) / kSegmentSeconds);
+        if (number >= kTables * kSegmentsOfATable) {
+            break;
+        }
         const std::size_t size = sizeOf(event);
+        if (number >= segments.size()) {
+            segments.resize(number + 1, Segment(1));
+            left = kRoom;
+        }
         Segment& segment = segments[number];
-        if (segment.empty() || size > left) {
+        if (size > left && segment.size() < kSectionsOfASegment) {
             segment.emplace_back();
             left = kRoom;
         }
-        if (number < kMostSegments && segment.size() <= kMostSections) {
+        if (size <= left) {
             segment.back().push_back({&event, start});
             left -= size;
         }
         start += event.duration;
     }
     return segments;
+}
+
+/// Where a section of the schedule stands.
+struct Position {
+    std::size_t table;
+    std::size_t section;
+    std::size_t lastOfSegment;
+    std::size_t lastOfTable;
+    std::size_t lastTable;
+};
+
+Section scheduleSection(const Multiplex& multiplex, const Service& service, const Position& position,
+                        const std::vector<Scheduled>& events) {
+    constexpr std::size_t kFirstTableId = 0x50;
+    SectionWriter writer(static_cast<std::uint8_t>(kFirstTableId + position.table), service.serviceId, 0,
+                         static_cast<std::uint8_t>(position.section), static_cast<std::uint8_t>(position.lastOfTable));
+    writer.u16(multiplex.transportStreamId).u16(multiplex.originalNetworkId);
+    writer.u8(static_cast<unsigned int>(position.lastOfSegment));
+    writer.u8(static_cast<unsigned int>(kFirstTableId + position.lastTable));
+    for (const Scheduled& scheduled : events) {
+        writeEvent(writer, *scheduled.event, scheduled.start, 0);
+    }
+    return writer.finish();
 }
 
 }  // namespace
@@ -108,38 +140,18 @@ Section eitSection(const Multiplex& multiplex, const Service& service, bool foll
 }
 
 std::vector<Section> eitScheduleSections(const Multiplex& multiplex, const Service& service) {
-    constexpr unsigned int kFirstTableId = 0x50;
-    constexpr std::size_t kSegmentsOfATable = 32;
-    constexpr std::size_t kSectionsOfASegment = 8;
-    constexpr std::size_t kTables = 16;
-    const std::map<std::size_t, Segment> segments = segmentsOf(multiplex, service);
-    if (segments.empty()) {
-        return {};
-    }
-    const std::size_t lastSegment = std::min(segments.rbegin()->first, kTables * kSegmentsOfATable - 1);
-    const std::size_t lastTable = lastSegment / kSegmentsOfATable;
+    const std::vector<Segment> segments = segmentsOf(multiplex, service);
     std::vector<Section> sections;
-    for (std::size_t number = 0; number <= lastSegment; ++number) {
-        const auto found = segments.find(number);
-        const Segment segment = found == segments.end() ? Segment(1) : found->second;
-        const std::size_t count = std::min(segment.size(), kSectionsOfASegment);
+    for (std::size_t number = 0; number < segments.size(); ++number) {
         const std::size_t table = number / kSegmentsOfATable;
-        const std::size_t lastOfTable = table < lastTable ? kSegmentsOfATable - 1 : lastSegment % kSegmentsOfATable;
-        const auto lastFound = segments.find(table * kSegmentsOfATable + lastOfTable);
-        const std::size_t lastCount =
-            lastFound == segments.end() ? 1 : std::min(lastFound->second.size(), kSectionsOfASegment);
+        const std::size_t last = std::min((table + 1) * kSegmentsOfATable, segments.size()) - 1;
         const std::size_t first = number % kSegmentsOfATable * kSectionsOfASegment;
-        for (std::size_t index = 0; index < count; ++index) {
-            SectionWriter writer(static_cast<std::uint8_t>(kFirstTableId + table), service.serviceId, 0,
-                                 static_cast<std::uint8_t>(first + index),
-                                 static_cast<std::uint8_t>(lastOfTable * kSectionsOfASegment + lastCount - 1));
-            writer.u16(multiplex.transportStreamId).u16(multiplex.originalNetworkId);
-            writer.u8(static_cast<unsigned int>(first + count - 1));
-            writer.u8(static_cast<unsigned int>(kFirstTableId + lastTable));
-            for (const Scheduled& scheduled : segment[index]) {
-                writeEvent(writer, *scheduled.event, scheduled.start, 0);
-            }
-            sections.push_back(writer.finish());
+        Position position = {table, first, first + segments[number].size() - 1,
+                             last % kSegmentsOfATable * kSectionsOfASegment + segments[last].size() - 1,
+                             (segments.size() - 1) / kSegmentsOfATable};
+        for (const std::vector<Scheduled>& events : segments[number]) {
+            sections.push_back(scheduleSection(multiplex, service, position, events));
+            ++position.section;
         }
     }
     return sections;
