@@ -46,7 +46,8 @@ std::string directoryWith(const std::string& objectReference) {
 
 TEST(AFile, HasItsContentAndItsType) {
     const std::string type = be(0x72, 1) + withLength("text/html", 1);
-    const std::vector<CarouselObject> objects = objectsIn(message("fil", be(5, 8) + type, withLength("hello", 4)));
+    const std::string module = message("fil", be(5, 8) + type, withLength("hello", 4));
+    const std::vector<CarouselObject> objects = objectsIn(module);
     ASSERT_EQ(objects.size(), 1U);
     EXPECT_EQ(objects[0].kind, Kind::file);
     EXPECT_EQ(std::string(reinterpret_cast<const char*>(objects[0].content.data), objects[0].content.size), "hello");
