@@ -11,17 +11,26 @@
 
 using Files = std::map<std::string, std::string>;
 
-/// Bytes that are the same in every run. Every second kilobyte repeats one byte, so that they can be compressed a
-/// little.
+/// Bytes that are the same in every run, and others for each seed. Every second kilobyte repeats one byte, so that they
+/// can be compressed to a half.
 inline std::string someBytes(std::uint32_t seed, std::size_t size) {
     constexpr std::size_t kKilobyte = 1024;
-    std::string bytes(size, static_cast<char>(seed));
-    std::minstd_rand random(seed + 1);
-    for (std::size_t at = 0; at < size; ++at) {
-        if (at / kKilobyte % 2 == 0) {
-            bytes[at] = static_cast<char>(random() >> 8U);
+    static const std::string kNoise = [] {
+        std::string noise(64 * kKilobyte, '\0');
+        std::minstd_rand random(1);
+        for (char& byte : noise) {
+            byte = static_cast<char>(random() >> 8U);
         }
+        return noise;
+    }();
+    constexpr std::size_t kStep = 7919;
+    std::string bytes;
+    bytes.reserve(size + 2 * kKilobyte);
+    while (bytes.size() < size) {
+        bytes.append(kNoise, (seed * kStep + bytes.size()) % (kNoise.size() - kKilobyte), kKilobyte);
+        bytes.append(kKilobyte, static_cast<char>(seed));
     }
+    bytes.resize(size);
     return bytes;
 }
 
