@@ -102,7 +102,7 @@ void read(benchmark::State& state, bool isCompressed) {
             return;
         }
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(bytes * state.iterations()));
+    state.SetBytesProcessed(static_cast<std::int64_t>(bytes) * state.iterations());
 }
 
 /// Of the tree, and the most while a version with other files is read.

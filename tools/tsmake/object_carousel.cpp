@@ -118,8 +118,9 @@ CarouselState stateOf(const Carousel& carousel, std::size_t number, const Carous
     CarouselState state;
     state.second = version.second;
     state.list = {carousel.id, transactionId(0, number), carousel.blockSize, blockTag};
-    for (Module& module : Layout(carousel, version).modules) {
-        Module sent = carousel.isCompressed ? compressed(std::move(module)) : std::move(module);
+    const Layout layout(carousel, version);
+    for (const Module& module : layout.modules) {
+        Module sent = carousel.isCompressed ? compressed(module) : module;
         constexpr std::size_t kMostBlocks = 0x10000;
         if (blockCount(state.list, sent) > kMostBlocks) {
             throw std::length_error("a module of a carousel has too many blocks");
