@@ -18,7 +18,8 @@ from dataclasses import dataclass
 import listing
 import service_memory
 
-PROGRAMS = ["measure_messages", "measure_zapping", "measure_starting", "measure_sections", "measure_parsing", "measure_log_lines"]
+PROGRAMS = ["measure_messages", "measure_zapping", "measure_starting", "measure_sections", "measure_parsing",
+            "measure_carousels", "measure_log_lines"]
 PROCESSES = {"listing": listing.measure, "the service's memory": service_memory.measure}
 
 
@@ -84,6 +85,7 @@ ROWS = [
     Row("assembly of sections, by libdvbpsi", "assembly/ours", "assembly/libdvbpsi", 1),
     *lists(),
     *zapping(),
+    Row("carousel with compressed modules, by zlib alone", "carousel/read/compressed", "carousel/zlib/compressed", 0.8),
     Row("log line to a file, by snprintf and write", "log/wanted", "log/by_hand", 0.91),
 ]
 
@@ -96,7 +98,7 @@ def figures_of(results):
             continue
         if each.get("error_occurred"):
             raise SystemExit(f"bench: {each['name']}: {each['error_message']}")
-        for name in ("real_time", "p50_us", "kib"):
+        for name in ("real_time", "p50_us", "kib", "bytes_per_second", "memory", "memory_of_update"):
             if name in each:
                 figures.setdefault((each["name"], name), []).append(each[name])
     return figures
@@ -135,11 +137,29 @@ def limit_line(title, values, limit, unit):
             *judged(f"<= {limit} {unit}", limit, reached)]
 
 
+def least_line(title, values, least, unit):
+    reached = "yes" if statistics.median(values) >= least else "no"
+    return [title, f"{statistics.median(values):.0f} {unit}", "", spread(values), f">= {least} {unit}", reached]
+
+
+def carousel_lines(figures):
+    for modules in ("plain", "compressed"):
+        speed = figures.get((f"carousel/read/{modules}", "bytes_per_second"))
+        if speed:
+            yield least_line(f"reading a carousel, {modules} modules", [each / 1e6 for each in speed], 30, "MB/s")
+        for name, what, limit in (("memory", "memory of a carousel", 1.2),
+                                  ("memory_of_update", "memory while it changes", 2.4)):
+            memory = figures.get((f"carousel/keep/{modules}", name))
+            if memory:
+                yield limit_line(f"{what}, {modules} modules, by its files", memory, limit, "times")
+
+
 def other_lines(figures):
     """Rows that are no ratio to a peer."""
     few, many = (figures.get((f"listeners/listeners:{count}/real_time", "real_time")) for count in (1, 100))
     if few and many:
         yield limit_line("each listener more of an event", [(b - a) / 99 for a, b in zip(few, many)], 15, "ns")
+    yield from carousel_lines(figures)
     unwanted = figures.get(("log/unwanted", "real_time"))
     if unwanted:
         yield limit_line("log line that nobody wants", unwanted, 1, "ns")

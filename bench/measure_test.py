@@ -47,6 +47,15 @@ class TheTable(unittest.TestCase):
         self.assertEqual([cells[1] for cells in line], ["28.18 KiB", "3.00 times"])
         self.assertEqual(line[1][5], "no")
 
+    def test_has_the_speed_and_the_memory_of_a_carousel(self):
+        *_, speed, memory = self.lines(
+            repetitions("carousel/read/plain", real_time=[1, 1], bytes_per_second=[60e6, 80e6]) +
+            repetitions("carousel/keep/plain", real_time=[1, 1], memory=[1.5, 1.5]))
+        self.assertEqual(speed, ["reading a carousel, plain modules", "70 MB/s", "", "70.00 [55.00, 85.00]",
+                                 ">= 30 MB/s", "yes"])
+        self.assertEqual(memory, ["memory of a carousel, plain modules, by its files", "1.50 times", "",
+                                  "1.50 [1.50, 1.50]", "<= 1.2 times", "no"])
+
     def test_ends_with_the_error_of_a_measurement(self):
         broken = {"name": "assembly/ours", "run_type": "iteration", "error_occurred": True, "error_message": "none"}
         with self.assertRaisesRegex(SystemExit, "bench: assembly/ours: none"):

@@ -132,7 +132,7 @@ void EventObjects::finish(Module& module) {
     if (module.info.originalSize) {
         bytes = inflated(bytes, *module.info.originalSize);
     }
-    for (si::CarouselObject& object : si::carouselObjects(bytes)) {
+    for (si::CarouselObject& object : si::eventObjects(bytes)) {
         keep(module, std::move(object));
     }
     module.isComplete = true;
@@ -142,7 +142,10 @@ void EventObjects::finish(Module& module) {
 void EventObjects::keep(Module& module, si::CarouselObject object) {
     auto& entries = object.entries;
     entries.erase(std::remove_if(entries.begin(), entries.end(),
-                                 [](const auto& entry) { return entry.kind == si::CarouselObject::Kind::other; }),
+                                 [](const auto& entry) {
+                                     return entry.kind != si::CarouselObject::Kind::directory &&
+                                            entry.kind != si::CarouselObject::Kind::streamEvent;
+                                 }),
                   entries.end());
     entries.shrink_to_fit();
     const std::size_t size = sizeOf(object);

@@ -13,7 +13,7 @@
 #include <tuple>
 #include <vector>
 
-#include "si/carousel.h"
+#include "si/download.h"
 
 namespace broadcast {
 

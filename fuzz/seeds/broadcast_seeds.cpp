@@ -3,6 +3,7 @@
 
 #include "broadcast_input.h"
 #include "description.h"
+#include "folders.h"
 #include "oracles.h"
 #include "scheduler.h"
 #include "seeds.h"
@@ -97,6 +98,38 @@ void writeCarousels(SeedFiles& files, const Recording& recording) {
     files.add("carousels", control);
 }
 
+/// Control messages come again, as a reader of files needs them.
+void writeObjectCarousels(SeedFiles& files, const Recording& recording) {
+    std::map<std::uint16_t, std::vector<const PidSection*>> byPid;
+    for (const PidSection& section : recording.sections) {
+        constexpr std::uint8_t kControl = 0x3B;
+        constexpr std::uint8_t kData = 0x3C;
+        if (section.bytes[0] == kControl || section.bytes[0] == kData) {
+            byPid[section.pid].push_back(&section);
+        }
+    }
+    for (const auto& [pid, sections] : byPid) {
+        Seed seed;
+        for (int round = 0; round < 2; ++round) {
+            for (const PidSection* const section : sections) {
+                seed.u8(0).chunk(section->bytes);
+            }
+        }
+        files.add("object_carousels", seed);
+    }
+    Seed twoStreams;
+    for (int round = 0; round < 2; ++round) {
+        unsigned int stream = 0;
+        for (const auto& each : byPid) {
+            for (const PidSection* const section : each.second) {
+                twoStreams.u8(stream % 2).chunk(section->bytes);
+            }
+            ++stream;
+        }
+    }
+    files.add("object_carousels", twoStreams);
+}
+
 void writeAits(SeedFiles& files, const Recording& recording) {
     constexpr std::uint8_t kAit = 0x74;
     Seed all;
@@ -131,15 +164,17 @@ void writeDatagrams(SeedFiles& files, const Recording& recording) {
 
 }  // namespace
 
-void writeBroadcastSeeds(SeedFiles& files, const std::string& everything) {
+void writeBroadcastSeeds(SeedFiles& files, const std::string& everything, const std::string& base) {
     std::string error;
-    const std::optional<tsmake::Multiplex> described = tsmake::parseDescription(everything, error);
-    expect(described.has_value(), "the description of everything: " + error);
+    std::optional<tsmake::Multiplex> described = tsmake::parseDescription(everything, error);
+    expect(described.has_value() && tsmake::readFolders(*described, base, error),
+           "the description of everything: " + error);
     for (const tsmake::Multiplex& multiplex : {tsmake::sampleMultiplex(), *described}) {
         const Recording recording = record(multiplex);
         writeSections(files, recording);
         writeStreams(files, recording);
         writeCarousels(files, recording);
+        writeObjectCarousels(files, recording);
         writeAits(files, recording);
         writeDatagrams(files, recording);
     }

@@ -13,7 +13,7 @@ int main(int argc, char** argv) {
     const std::string everything((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     std::filesystem::remove_all(argv[1]);
     fuzz::SeedFiles files(argv[1]);
-    fuzz::writeBroadcastSeeds(files, everything);
+    fuzz::writeBroadcastSeeds(files, everything, std::filesystem::path(argv[2]).parent_path().string());
     fuzz::writeMessageSeeds(files);
     fuzz::writeTextSeeds(files, everything);
     return 0;

@@ -8,8 +8,9 @@
 
 namespace fuzz {
 
-/// Sections and packets of the sample and of a broadcast of everything, whose description is in a file.
-void writeBroadcastSeeds(SeedFiles& files, const std::string& everything);
+/// Sections and packets of the sample and of a broadcast of everything, whose description has folders relative to
+/// `base`.
+void writeBroadcastSeeds(SeedFiles& files, const std::string& everything, const std::string& base);
 /// Every message, and those of a running service and its browser.
 void writeMessageSeeds(SeedFiles& files);
 /// Lines of the operator, descriptions, and other texts.

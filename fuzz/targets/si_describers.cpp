@@ -4,9 +4,9 @@
 #include "printed.h"
 #include "right_section.h"
 #include "si/ait.h"
-#include "si/carousel.h"
 #include "si/components.h"
 #include "si/description.h"
+#include "si/download.h"
 #include "si/stream_event.h"
 #include "si/text.h"
 #include "text/printable.h"
@@ -30,7 +30,8 @@ void parse(const std::vector<std::uint8_t>& section) {
     si::serviceGateway(section);
     si::downloadInfo(section);
     si::downloadBlock(section);
-    si::carouselObjects(section);
+    std::size_t cost = 0;
+    si::carouselObjects(section, section.size() * 100, cost);
 }
 
 /// As events of each kind whose section dvbshell takes apart.

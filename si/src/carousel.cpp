@@ -1,293 +1,410 @@
-// Reads carousels.
+// Puts carousels together.
 #include "si/carousel.h"
 
-#include "cursor.h"
+#include <algorithm>
+#include <utility>
+
+#include "module_contents.h"
 
 namespace si {
 
+using Kind = CarouselNews::Kind;
+
+/// A module that is listed, and what has come of it.
+struct ObjectCarousel::Reading {
+    DownloadInfo::Module listed;
+    std::uint16_t blockSize;
+    ModuleBlocks blocks;
+    HeldBytes held;
+    bool isTold = false;  // that it does not fit
+
+    void empty() {
+        blocks = ModuleBlocks(listed.size, blockSize);
+        held.set(0);
+    }
+};
+
 namespace {
 
-constexpr std::size_t kHeader = 8;
-constexpr std::size_t kCrc = 4;
-constexpr std::uint16_t kDownloadInfoIndication = 0x1002;
-constexpr std::uint16_t kDownloadDataBlock = 0x1003;
-constexpr std::uint16_t kDownloadServerInitiate = 0x1006;
-
-/// The header of every download message (dsmccMessageHeader, dsmccDownloadDataHeader).
-struct Message {
-    std::uint32_t transactionOrDownloadId = 0;
-    Bytes payload;
-};
-
-std::optional<Message> messageOf(Bytes section, std::uint8_t tableId, std::uint16_t messageId) {
-    if (section.size < kHeader + kCrc || section.data[0] != tableId) {
-        return std::nullopt;
-    }
-    Cursor cursor({section.data + kHeader, section.size - kHeader - kCrc});
-    constexpr std::uint64_t kProtocolAndType = 0x1103;
-    const bool isIt = cursor.number(2) == kProtocolAndType && cursor.number(2) == messageId;
-    Message message;
-    message.transactionOrDownloadId = static_cast<std::uint32_t>(cursor.number(4));
-    cursor.take(1);
-    const std::size_t adaptation = cursor.size(1);
-    const std::size_t length = cursor.size(2);
-    cursor.take(adaptation);
-    message.payload = length < adaptation ? Bytes() : cursor.take(length - adaptation);
-    return isIt && cursor.good() ? std::optional(message) : std::nullopt;
+bool isSame(const DownloadInfo::Module& one, const DownloadInfo::Module& other) {
+    return one.id == other.id && one.size == other.size && one.version == other.version &&
+           one.originalSize == other.originalSize;
 }
 
-/// Removes the zero byte at the end of names and kinds.
-std::string textOf(Bytes bytes) {
-    std::string text = plainText(bytes);
-    while (!text.empty() && text.back() == '\0') {
-        text.pop_back();
-    }
-    return text;
+bool areSame(const std::vector<DownloadInfo::Module>& some, const std::vector<DownloadInfo::Module>& others) {
+    return std::equal(some.begin(), some.end(), others.begin(), others.end(), isSame);
 }
 
-CarouselObject::Kind kindOf(Bytes bytes) {
-    const std::string kind = textOf(bytes);
-    if (kind == "dir" || kind == "srg") {
-        return CarouselObject::Kind::directory;
-    }
-    return kind == "ste" ? CarouselObject::Kind::streamEvent : CarouselObject::Kind::other;
+std::string nameOf(const DownloadInfo::Module& module) {
+    return "module " + std::to_string(module.id) + ", version " + std::to_string(module.version);
 }
 
-/// The object location of a BIOP profile.
-std::optional<ObjectReference> locationIn(Bytes profile) {
-    constexpr std::uint64_t kObjectLocation = 0x49534F50;
-    Cursor cursor(profile);
-    cursor.take(1);  // byte order
-    const std::uint64_t components = cursor.number(1);
-    for (std::uint64_t index = 0; index < components && cursor.good(); ++index) {
-        const bool isLocation = cursor.number(4) == kObjectLocation;
-        const Bytes data = cursor.takeShort();
-        if (isLocation && cursor.good()) {
-            Cursor location(data);
-            ObjectReference reference;
-            reference.carouselId = static_cast<std::uint32_t>(location.number(4));
-            reference.moduleId = static_cast<std::uint16_t>(location.number(2));
-            location.take(2);  // version
-            reference.key = plainText(location.takeShort());
-            return location.good() ? std::optional(reference) : std::nullopt;
-        }
+/// Why a module is not read at all; empty if it is.
+std::string excessOf(const DownloadInfo::Module& module, std::uint16_t blockSize) {
+    const std::size_t original = module.originalSize.value_or(0);
+    const std::size_t blocks = blockCount(module.size, blockSize);
+    if (module.size > ObjectCarousel::kLargestModule || original > ObjectCarousel::kLargestModule) {
+        return "it has more than " + std::to_string(ObjectCarousel::kLargestModule >> 20U) + " MiB";
     }
-    return std::nullopt;
-}
-
-/// An interoperable object reference; none if it refers to an object outside the carousel.
-std::optional<ObjectReference> referenceIn(Cursor& cursor) {
-    constexpr std::uint64_t kBiopProfile = 0x49534F06;
-    constexpr std::size_t kAlignment = 4;
-    const std::size_t typeLength = cursor.size(4);
-    cursor.take(typeLength);
-    cursor.take((kAlignment - typeLength % kAlignment) % kAlignment);
-    const std::uint64_t profiles = cursor.number(4);
-    std::optional<ObjectReference> reference;
-    for (std::uint64_t index = 0; index < profiles && cursor.good(); ++index) {
-        const bool isBiop = cursor.number(4) == kBiopProfile;
-        const Bytes profile = cursor.take(cursor.size(4));
-        if (isBiop && cursor.good() && !reference) {
-            reference = locationIn(profile);
-        }
+    if (original / ObjectCarousel::kMostCompressed > module.size) {
+        return "it is compressed more than " + std::to_string(ObjectCarousel::kMostCompressed) + " times";
     }
-    return reference;
-}
-
-/// Reads a count, then calls `read` as many times.
-template <typename Read>
-void readCounted(Cursor& cursor, std::size_t countWidth, Read read) {
-    const std::uint64_t count = cursor.number(countWidth);
-    for (std::uint64_t index = 0; index < count && cursor.good(); ++index) {
-        read();
-    }
-}
-
-/// The size from the compressed module descriptor, after the time-outs and taps (BIOP::ModuleInfo).
-std::optional<std::uint32_t> originalSizeIn(Bytes info) {
-    constexpr std::uint8_t kCompressedModule = 0x09;
-    constexpr std::size_t kTimeOuts = 12;
-    constexpr std::size_t kTapHead = 6;
-    Cursor cursor(info);
-    cursor.take(kTimeOuts);
-    readCounted(cursor, 1, [&cursor] {
-        cursor.take(kTapHead);
-        cursor.takeShort();
-    });
-    Descriptors descriptors;
-    readDescriptors(cursor.takeShort(), descriptors);
-    for (const Descriptor& descriptor : descriptors) {
-        if (descriptor.tag == kCompressedModule) {
-            Cursor fields(descriptor.bytes);
-            fields.take(1);  // the compression method, which the module's bytes contain, too
-            const auto size = static_cast<std::uint32_t>(fields.number(4));
-            return fields.good() ? std::optional(size) : std::nullopt;
-        }
-    }
-    return std::nullopt;
-}
-
-void readDirectory(Bytes body, CarouselObject& object) {
-    Cursor cursor(body);
-    readCounted(cursor, 2, [&] {
-        CarouselObject::Entry entry;
-        readCounted(cursor, 1, [&] {
-            entry.name = textOf(cursor.takeShort());
-            entry.kind = kindOf(cursor.takeShort());
-        });
-        cursor.take(1);  // binding type
-        const std::optional<ObjectReference> reference = referenceIn(cursor);
-        cursor.take(cursor.size(2));
-        if (reference && cursor.good()) {
-            entry.object = *reference;
-            object.entries.push_back(std::move(entry));
-        }
-    });
-}
-
-struct EventNames {
-    std::vector<std::string> names;
-    std::size_t left = 0;  ///< bytes after the names
-};
-
-/// The names in a stream event object's information, after a description, a duration, and three bytes that say whether
-/// the stream has audio, video and data.
-std::optional<EventNames> namesBehind(Bytes info, std::size_t microsecondsWidth) {
-    constexpr std::size_t kSeconds = 4;
-    constexpr std::size_t kStreams = 3;
-    Cursor cursor(info);
-    cursor.takeShort();
-    cursor.take(kSeconds + microsecondsWidth + kStreams);
-    EventNames events;
-    readCounted(cursor, 2, [&] { events.names.push_back(textOf(cursor.takeShort())); });
-    events.left = cursor.left();
-    return cursor.good() ? std::optional(std::move(events)) : std::nullopt;
-}
-
-/// Broadcasters write the duration's microseconds in two or four bytes. The right width gives as many names as there
-/// are identifiers. If both do, the right one leaves fewer bytes unread: with the wrong width, the name of a single
-/// event may appear to be empty.
-std::vector<std::string> eventNames(Bytes info, std::size_t count) {
-    std::optional<EventNames> best;
-    for (const std::size_t width : {std::size_t{2}, std::size_t{4}}) {
-        std::optional<EventNames> read = namesBehind(info, width);
-        if (read && read->names.size() == count && (!best || read->left < best->left)) {
-            best = std::move(read);
-        }
-    }
-    return best ? best->names : std::vector<std::string>();
-}
-
-/// Reads the events' identifiers, which follow the taps of the body in the order of the names.
-void readStreamEvents(Bytes info, Bytes body, CarouselObject& object) {
-    constexpr std::uint64_t kStatusAndEventUse = 0x000C;
-    constexpr std::uint64_t kEventUse = 0x000D;
-    Cursor cursor(body);
-    readCounted(cursor, 1, [&] {
-        cursor.take(2);
-        const std::uint64_t use = cursor.number(2);
-        const auto tag = static_cast<std::uint16_t>(cursor.number(2));
-        cursor.takeShort();
-        if (use == kStatusAndEventUse || use == kEventUse) {
-            object.associationTags.push_back(tag);
-        }
-    });
-    std::vector<std::uint16_t> ids;
-    readCounted(cursor, 1, [&] { ids.push_back(static_cast<std::uint16_t>(cursor.number(2))); });
-    if (!cursor.good()) {
-        return;
-    }
-    const std::vector<std::string> names = eventNames(info, ids.size());
-    for (std::size_t index = 0; index < names.size(); ++index) {
-        object.events.push_back({names[index], ids[index]});
-    }
+    return (blocks == 0 && module.size != 0) || blocks > kMostBlocks ? "its blocks cannot be numbered" : "";
 }
 
 }  // namespace
 
-std::optional<ObjectReference> serviceGateway(Bytes section) {
-    const std::optional<Message> message = messageOf(section, kDownloadControlTableId, kDownloadServerInitiate);
-    if (!message) {
-        return std::nullopt;
-    }
-    constexpr std::size_t kServerId = 20;
-    Cursor cursor(message->payload);
-    cursor.take(kServerId);
-    cursor.take(cursor.size(2));  // compatibility descriptor
-    Cursor info(cursor.take(cursor.size(2)));
-    return referenceIn(info);
+ObjectCarousel::ObjectCarousel(std::size_t newMostBytes, ByteSum newSum)
+    : mostBytes(newMostBytes), sum(std::move(newSum)) {}
+ObjectCarousel::ObjectCarousel(ObjectCarousel&&) noexcept = default;
+ObjectCarousel::~ObjectCarousel() = default;
+
+std::optional<std::uint32_t> ObjectCarousel::carouselId() const {
+    return forming.gateway ? std::optional(forming.gateway->carouselId) : std::nullopt;
 }
 
-std::optional<DownloadInfo> downloadInfo(Bytes section) {
-    const std::optional<Message> message = messageOf(section, kDownloadControlTableId, kDownloadInfoIndication);
-    if (!message) {
-        return std::nullopt;
+std::size_t ObjectCarousel::heldBytes() const {
+    return *sum;
+}
+
+std::vector<CarouselNews> ObjectCarousel::onSection(From stream, Bytes section) {
+    News news;
+    received += section.size;
+    if (const std::optional<DownloadBlock> block = downloadBlock(section)) {
+        onBlock(*block, news);
+    } else if (const std::optional<DownloadInfo> info = downloadInfo(section)) {
+        onInfo(*info, news);
+    } else if (stream == From::root) {
+        if (const std::optional<ObjectReference> gateway = serviceGateway(section)) {
+            onGateway(*gateway, news);
+        }
     }
-    constexpr std::size_t kWindowsAndTimers = 10;
-    Cursor cursor(message->payload);
-    DownloadInfo info;
-    info.downloadId = static_cast<std::uint32_t>(cursor.number(4));
-    info.blockSize = static_cast<std::uint16_t>(cursor.number(2));
-    cursor.take(kWindowsAndTimers);
-    cursor.take(cursor.size(2));  // compatibility descriptor
-    readCounted(cursor, 2, [&] {
-        DownloadInfo::Module module;
-        module.id = static_cast<std::uint16_t>(cursor.number(2));
-        module.size = static_cast<std::uint32_t>(cursor.number(4));
-        module.version = static_cast<std::uint8_t>(cursor.number(1));
-        module.originalSize = originalSizeIn(cursor.takeShort());
-        info.modules.push_back(module);
+    lookSoon(news);
+    return news;
+}
+
+void ObjectCarousel::onGateway(const ObjectReference& newGateway, News& news) {
+    if (!forming.gateway || !(*forming.gateway == newGateway)) {
+        forming.gateway = newGateway;
+        ++changes;
+        isStale = true;
+        news.push_back({Kind::gateway, newGateway.moduleId,
+                        "carousel " + std::to_string(newGateway.carouselId) + ", service gateway in module " +
+                            std::to_string(newGateway.moduleId)});
+        if (!newGateway.delivery) {
+            news.push_back({Kind::warning, 0, "the service gateway does not say which list has its module"});
+        }
+    }
+    if (newGateway.delivery) {
+        addTag(newGateway.delivery->associationTag);
+    }
+    if (std::exchange(gatewayHeardAt, changes) != changes) {
+        partial.reset();
+    }
+    publishIfConfirmed(news);
+}
+
+/// A stream may have messages of other carousels too. The carousel's own have its number, or are those that the gateway
+/// names; else the first ones count.
+bool ObjectCarousel::isOurs(const DownloadInfo& info) {
+    if (downloadId == info.downloadId) {
+        return true;
+    }
+    const bool namesList = forming.gateway && forming.gateway->delivery;
+    const std::uint16_t list = namesList ? identificationOf(forming.gateway->delivery->transactionId) : 0;
+    const auto fit = [&](std::uint32_t download, bool hasList) {
+        return forming.gateway && download == forming.gateway->carouselId ? 2 : namesList && hasList ? 1 : 0;
+    };
+    const bool isNamed = list == identificationOf(info.transactionId);
+    if (downloadId && fit(info.downloadId, isNamed) <= fit(*downloadId, lists.count(list) != 0)) {
+        return false;
+    }
+    downloadId = info.downloadId;
+    lists.clear();
+    readings.clear();
+    forming.modules.clear();
+    forming.lists.clear();
+    return true;
+}
+
+void ObjectCarousel::onInfo(const DownloadInfo& info, News& news) {
+    if (!isOurs(info)) {
+        return;
+    }
+    const std::uint16_t identification = identificationOf(info.transactionId);
+    const auto known = lists.find(identification);
+    if (known == lists.end() || known->second.blockSize != info.blockSize ||
+        !areSame(known->second.modules, info.modules)) {
+        takeList(identification, info, news);
+    }
+    if (std::exchange(lists[identification].heardAt, changes) != changes) {
+        partial.reset();
+    }
+    if (forming.gateway && forming.gateway->carouselId != info.downloadId && !std::exchange(hasWarnedOfNumber, true)) {
+        news.push_back({Kind::warning, 0,
+                        "the messages of carousel " + std::to_string(forming.gateway->carouselId) +
+                            " have the number " + std::to_string(info.downloadId)});
+    }
+    publishIfConfirmed(news);
+}
+
+void ObjectCarousel::takeList(std::uint16_t identification, const DownloadInfo& info, News& news) {
+    if (lists.count(identification) == 0 && lists.size() == kMostLists) {
+        forgetOldestList();
+    }
+    List& list = lists[identification];
+    std::set<std::uint16_t> gone;
+    for (const DownloadInfo::Module& module : list.modules) {
+        gone.insert(module.id);
+    }
+    for (const DownloadInfo::Module& module : info.modules) {
+        gone.erase(module.id);
+    }
+    for (const std::uint16_t id : gone) {
+        forgetModule(id, identification);
+    }
+    list.modules = info.modules;
+    list.blockSize = info.blockSize;
+    forming.lists.insert(identification);
+    ++changes;
+    isStale = true;
+    news.push_back({Kind::list, 0,
+                    "list " + std::to_string(identification >> 1U) + " of carousel " + std::to_string(info.downloadId) +
+                        ": " + std::to_string(info.modules.size()) + " modules"});
+    for (const DownloadInfo::Module& listed : info.modules) {
+        takeModule(identification, info.blockSize, listed, news);
+    }
+}
+
+/// A module that is listed as before keeps what has come of it.
+void ObjectCarousel::takeModule(std::uint16_t identification, std::uint16_t blockSize,
+                                const DownloadInfo::Module& listed, News& news) {
+    const auto known = readings.find(listed.id);
+    if (known == readings.end() && readings.size() == kMostModules) {
+        news.push_back({Kind::leftOut, listed.id,
+                        nameOf(listed) + ": there are more than " + std::to_string(kMostModules) + " modules"});
+        return;
+    }
+    if (listed.associationTag) {
+        addTag(*listed.associationTag);
+    }
+    CarouselTree::Module& module = forming.modules[listed.id];
+    module.list = identification;
+    if (known != readings.end() && isSame(known->second->listed, listed) && known->second->blockSize == blockSize) {
+        return;
+    }
+    module = {listed.version, identification};
+    std::unique_ptr<Reading>& reading = readings[listed.id];
+    reading.reset(new Reading{listed, blockSize, ModuleBlocks(listed.size, blockSize), HeldBytes(sum)});
+    const std::string excess = excessOf(listed, blockSize);
+    if (!excess.empty()) {
+        leaveOut(*reading, excess, news);
+    } else if (listed.size == 0) {
+        finish(*reading, news);
+    }
+}
+
+/// Another list may have the module by now.
+void ObjectCarousel::forgetModule(std::uint16_t id, std::uint16_t identification) {
+    const auto module = forming.modules.find(id);
+    if (module != forming.modules.end() && module->second.list == identification) {
+        forming.modules.erase(module);
+        readings.erase(id);
+    }
+}
+
+void ObjectCarousel::forgetOldestList() {
+    const auto isOlder = [](const auto& one, const auto& other) { return one.second.heardAt < other.second.heardAt; };
+    const auto oldest = std::min_element(lists.begin(), lists.end(), isOlder);
+    for (const DownloadInfo::Module& module : oldest->second.modules) {
+        forgetModule(module.id, oldest->first);
+    }
+    forming.lists.erase(oldest->first);
+    lists.erase(oldest);
+}
+
+/// The carousel repeats all blocks, so one that comes before its list comes again.
+void ObjectCarousel::onBlock(const DownloadBlock& block, News& news) {
+    const auto found = downloadId == block.downloadId ? readings.find(block.moduleId) : readings.end();
+    if (found == readings.end() || found->second->listed.version != block.moduleVersion) {
+        return;
+    }
+    Reading& reading = *found->second;
+    const CarouselTree::Module& module = forming.modules[block.moduleId];
+    if (module.contents || module.isLeftOut || reading.blocks.has(block.number)) {
+        return;
+    }
+    const std::string why = reading.blocks.disagrees(block);
+    if (!why.empty()) {
+        drop(reading, why, news);
+        return;
+    }
+    reading.blocks.add(block);
+    reading.held.set(reading.blocks.cost());
+    if (*sum > mostBytes) {
+        leaveOut(reading, "no memory is left for it", news);
+    } else if (reading.blocks.isComplete()) {
+        finish(reading, news);
+    }
+}
+
+void ObjectCarousel::finish(Reading& reading, News& news) {
+    const std::uint32_t original = reading.listed.originalSize.value_or(0);
+    const std::size_t room = mostBytes - std::min<std::size_t>(mostBytes, *sum);
+    if (original > room) {
+        leaveOut(reading, "no memory is left for it", news);
+        return;
+    }
+    std::string error;
+    bool isTooMuch = false;
+    std::shared_ptr<const ModuleContents> contents =
+        contentsOf(reading.blocks, reading.listed, room - original, sum, error, isTooMuch);
+    if (isTooMuch) {
+        leaveOut(reading, error, news);
+    } else if (!contents) {
+        drop(reading, error, news);
+    } else {
+        reading.empty();
+        forming.modules[reading.listed.id].contents = std::move(contents);
+        news.push_back({Kind::module, reading.listed.id,
+                        nameOf(reading.listed) + ": " + std::to_string(reading.listed.size) + " bytes"});
+        settle(reading.listed.id);
+    }
+}
+
+/// What was sent in between may be wrong, so the module is read from its next block on. Told once for each version.
+void ObjectCarousel::drop(Reading& reading, const std::string& why, News& news) {
+    reading.empty();
+    if (!std::exchange(reading.isTold, true)) {
+        news.push_back({Kind::dropped, reading.listed.id, nameOf(reading.listed) + ": " + why});
+    }
+}
+
+void ObjectCarousel::leaveOut(Reading& reading, const std::string& why, News& news) {
+    reading.empty();
+    forming.modules[reading.listed.id].isLeftOut = true;
+    if (!std::exchange(reading.isTold, true)) {
+        news.push_back({Kind::leftOut, reading.listed.id, nameOf(reading.listed) + ": " + why});
+    }
+    settle(reading.listed.id);
+}
+
+void ObjectCarousel::settle(std::uint16_t module) {
+    partial.reset();
+    if (awaited.erase(module) != 0 && awaited.empty()) {
+        isStale = true;
+    }
+}
+
+void ObjectCarousel::addTag(std::uint16_t tag) {
+    if (tags.size() < kMostTags) {
+        tags.insert(tag);
+    }
+}
+
+/// A carousel that changes all the time would make every section cost a look through all directories. So as many bytes
+/// come between two looks as the work of one takes time.
+void ObjectCarousel::lookSoon(News& news) {
+    constexpr std::size_t kBytesForAnEntry = 4;
+    if (isStale && workOfLook * kBytesForAnEntry <= received) {
+        look();
+        publishIfConfirmed(news);
+    }
+}
+
+/// Notes what is missing. The next look follows when all of that has come, so there are no more of them than the
+/// directories are deep.
+void ObjectCarousel::look() {
+    isStale = false;
+    received = 0;
+    workOfLook = forming.modules.size();
+    awaited.clear();
+    neededLists.clear();
+    bool isMissing = !forming.gateway;
+    forming.visit([&](const CarouselTree::Visited& visited) {
+        ++workOfLook;
+        if (visited.reference.delivery) {
+            addTag(visited.reference.delivery->associationTag);
+        }
+        const auto module = forming.modules.find(visited.reference.moduleId);
+        const bool isAwaited = visited.found.state == CarouselTree::State::awaited;
+        isMissing = isMissing || isAwaited;
+        if (module != forming.modules.end() && !visited.reference.elsewhere) {
+            neededLists.insert(module->second.list);
+            if (isAwaited) {
+                awaited.insert(module->first);
+            }
+        }
     });
-    return cursor.good() ? std::optional(std::move(info)) : std::nullopt;
+    awaitsConfirmation = !isMissing;
 }
 
-std::optional<DownloadBlock> downloadBlock(Bytes section) {
-    const std::optional<Message> message = messageOf(section, kDownloadDataTableId, kDownloadDataBlock);
-    if (!message) {
-        return std::nullopt;
-    }
-    Cursor cursor(message->payload);
-    DownloadBlock block;
-    block.downloadId = message->transactionOrDownloadId;
-    block.moduleId = static_cast<std::uint16_t>(cursor.number(2));
-    block.moduleVersion = static_cast<std::uint8_t>(cursor.number(1));
-    cursor.take(1);
-    block.number = static_cast<std::uint16_t>(cursor.number(2));
-    block.data = cursor.rest();
-    return cursor.good() ? std::optional(block) : std::nullopt;
+bool ObjectCarousel::isConfirmed(std::uint16_t identification) const {
+    const auto list = lists.find(identification);
+    return list != lists.end() && list->second.heardAt == changes;
 }
 
-std::vector<CarouselObject> carouselObjects(Bytes module) {
-    constexpr std::uint64_t kMagic = 0x42494F50;
-    std::vector<CarouselObject> objects;
-    Cursor cursor(module);
-    while (cursor.left() != 0) {
-        const bool isMessage = cursor.number(4) == kMagic;
-        cursor.take(4);  // version, byte order, message type
-        Cursor message(cursor.take(cursor.size(4)));
-        if (!isMessage || !cursor.good()) {
-            break;
-        }
-        CarouselObject object;
-        object.key = plainText(message.takeShort());
-        object.kind = kindOf(message.take(message.size(4)));
-        const Bytes info = message.take(message.size(2));
-        readCounted(message, 1, [&message] {
-            message.take(4);
-            message.take(message.size(2));
-        });
-        const Bytes body = message.take(message.size(4));
-        if (object.kind == CarouselObject::Kind::other || !message.good()) {
-            continue;
-        }
-        if (object.kind == CarouselObject::Kind::directory) {
-            readDirectory(body, object);
-        } else {
-            readStreamEvents(info, body, object);
-        }
-        objects.push_back(std::move(object));
+void ObjectCarousel::publishIfConfirmed(News& news) {
+    if (!awaitsConfirmation || isStale || gatewayHeardAt != changes ||
+        !std::all_of(neededLists.begin(), neededLists.end(),
+                     [this](std::uint16_t list) { return isConfirmed(list); })) {
+        return;
     }
-    return objects;
+    awaitsConfirmation = false;
+    if (published && published->gateway == forming.gateway && published->modules == forming.modules) {
+        return;
+    }
+    CarouselTree tree = forming;
+    tree.isComplete_ = true;
+    published = std::make_shared<const CarouselTree>(std::move(tree));
+    partial.reset();
+    news.push_back({Kind::tree, 0, "carousel " + std::to_string(forming.gateway->carouselId) + " is complete"});
+    retryLeftOut();
+}
+
+/// The tree that has just ended may have made room.
+void ObjectCarousel::retryLeftOut() {
+    for (auto& [id, module] : forming.modules) {
+        const Reading& reading = *readings[id];
+        const std::size_t size = std::max(reading.listed.size, reading.listed.originalSize.value_or(0));
+        if (module.isLeftOut && excessOf(reading.listed, reading.blockSize).empty() && *sum + size <= mostBytes) {
+            module.isLeftOut = false;
+            isStale = true;
+        }
+    }
+}
+
+/// Before the first complete tree, shows only what is of one state of the carousel.
+std::shared_ptr<const CarouselTree> ObjectCarousel::tree() {
+    if (published) {
+        return published;
+    }
+    if (!partial) {
+        CarouselTree shown = forming;
+        if (gatewayHeardAt != changes) {
+            shown.gateway.reset();
+        }
+        for (auto& [id, module] : shown.modules) {
+            if (!isConfirmed(module.list)) {
+                module.contents.reset();
+                module.isLeftOut = false;
+                shown.lists.erase(module.list);
+            }
+        }
+        partial = std::make_shared<const CarouselTree>(std::move(shown));
+    }
+    return partial;
+}
+
+std::vector<ObjectCarousel::ModuleState> ObjectCarousel::modules() const {
+    std::vector<ModuleState> states;
+    for (const auto& [id, module] : forming.modules) {
+        const Reading& reading = *readings.at(id);
+        const std::size_t blocks = blockCount(reading.listed.size, reading.blockSize);
+        const std::size_t here = module.contents ? blocks : reading.blocks.count();
+        states.push_back({id, module.version, reading.listed.size, blocks, here, module.isLeftOut});
+    }
+    return states;
 }
 
 }  // namespace si

@@ -76,8 +76,8 @@ void CarouselReader::Module::read() {
     }
     blocks.clear();
     arrived = true;
-    objects = info.originalSize ? si::carouselObjects(uncompressed(bytes, *info.originalSize))
-                                : si::carouselObjects(std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
+    objects = info.originalSize ? si::eventObjects(uncompressed(bytes, *info.originalSize))
+                                : si::eventObjects(std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
 }
 
 std::vector<CarouselNews> CarouselReader::add(const std::string& section) {

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "events.h"
-#include "si/carousel.h"
+#include "si/download.h"
 
 namespace dvbshell {
 

@@ -1,5 +1,4 @@
-// The object carousel that names stream events: its directories and one stream event object (ISO/IEC 13818-6, clauses
-// 7 and 11; TS 102 809, Annex B.2.4).
+// The object carousel that names stream events: its directories and one stream event object (TS 102 809, Annex B.2.4).
 // Threads: any.
 // Blocks:  never.
 // Fails:   std::length_error when a section is too long.
@@ -10,7 +9,7 @@
 
 namespace tsmake {
 
-/// All carousels share one id, because a service has at most one carousel.
+/// Of the carousels that name stream events; a service has at most one of them.
 constexpr std::uint32_t kCarouselId = 1;
 
 /// The carousel's sections in sending order: DSI, DII, blocks of the modules. The module with the directories is not

@@ -14,7 +14,7 @@ Program described() {
     program.usage = {{"OUT.ts [OPTION]...", "write a multiplex"}, {"--print-sample", "print the sample's description"}};
     program.description =
         "Writes the multiplex that FILE describes as a transport stream, or the sample: three television services and "
-        "a radio. The same call writes the same bytes.";
+        "a radio. The same call writes the same bytes. Folders of carousels are relative to FILE.";
     program.arguments = {{"OUT.ts", anyFile()}};
     program.options = {
         {"description", "FILE", "JSON with // comments; docs/tsmake.md lists the keys, and the sample is an example",

@@ -66,19 +66,26 @@ std::string dvbText(JsonReader& in, const std::string& key) {
     return text;
 }
 
-std::string hexBytes(JsonReader& in, const std::string& key) {
-    const std::string text = in.text(key, "");
+/// Bytes in hexadecimal digits, or none if the text has others.
+std::optional<std::string> hexBytesOf(const std::string& text) {
     std::string bytes;
     for (std::size_t at = 0; at + 1 < text.size() && std::isxdigit(static_cast<unsigned char>(text[at])) != 0 &&
                              std::isxdigit(static_cast<unsigned char>(text[at + 1])) != 0;
          at += 2) {
         bytes.push_back(static_cast<char>(std::stoi(text.substr(at, 2), nullptr, 16)));
     }
+    return bytes.size() * 2 == text.size() ? std::optional(bytes) : std::nullopt;
+}
+
+/// A descriptor, or several.
+std::string hexDescriptors(JsonReader& in, const std::string& key) {
+    const std::string text = in.text(key, "");
+    const std::optional<std::string> bytes = hexBytesOf(text);
     si::Descriptors descriptors;
-    if (bytes.size() * 2 != text.size() || !si::readDescriptors(bytes, descriptors)) {
+    if (!bytes || !si::readDescriptors(*bytes, descriptors)) {
         in.fail(key, "\"" + text + "\" is not a descriptor in hexadecimal digits");
     }
-    return bytes;
+    return *bytes;
 }
 
 std::uint16_t pidOf(JsonReader& in, const std::string& key = "pid") {
@@ -168,12 +175,35 @@ Component readComponent(JsonReader& in) {
     return component;
 }
 
+EventComponent readEventComponent(JsonReader& in) {
+    EventComponent component;
+    component.streamContent = static_cast<std::uint8_t>(in.number("streamContent", 0, 15, component.streamContent));
+    component.type = in.numberOf<std::uint8_t>("type", component.type);
+    component.tag = in.numberOf<std::uint8_t>("tag");
+    component.language = languageOf(in);
+    component.text = dvbText(in, "text");
+    return component;
+}
+
+EventRating readRating(JsonReader& in) {
+    EventRating rating;
+    rating.country = in.text("country");
+    if (rating.country.size() != 3) {
+        in.fail("country", "has three letters");
+    }
+    rating.rating = in.numberOf<std::uint8_t>("rating");
+    return rating;
+}
+
 Event readEvent(JsonReader& in) {
     Event event;
     event.eventId = in.numberOf<std::uint16_t>("id");
     event.name = dvbText(in, "name");
     event.text = dvbText(in, "text");
     event.duration = static_cast<unsigned int>(in.number("seconds", 1, kMostSeconds, event.duration));
+    in.list("components", [&event](JsonReader& one) { event.components.push_back(readEventComponent(one)); });
+    in.list("parentalRatings", [&event](JsonReader& one) { event.ratings.push_back(readRating(one)); });
+    event.descriptors = hexDescriptors(in, "descriptors");
     return event;
 }
 
@@ -212,32 +242,96 @@ void readAit(JsonReader& in, Ait& ait) {
 }
 
 /// Without the slash that may begin it.
-std::string objectPathOf(JsonReader& in) {
-    const std::string text = in.text("object", "");
+std::string objectPathOf(JsonReader& in, const std::string& key) {
+    const std::string text = in.text(key, "");
     std::string path = text.substr(text.rfind('/', 0) == 0 ? 1 : 0);
     if (!text.empty() && ("/" + path + "/").find("//") != std::string::npos) {
-        in.fail("object", "has a part without a name");
+        in.fail(key, "has a part without a name");
     }
     return path;
+}
+
+/// A stream event's data: a text, or bytes in hexadecimal digits.
+std::string dataOf(JsonReader& in) {
+    if (!in.has("dataHex")) {
+        return in.text("data", "");
+    }
+    const std::optional<std::string> bytes = hexBytesOf(in.text("dataHex"));
+    if (!bytes) {
+        in.fail("dataHex", "is not bytes in hexadecimal digits");
+    }
+    if (in.has("data")) {
+        in.fail("dataHex", "stands beside data");
+    }
+    return *bytes;
 }
 
 void readStreamEvents(JsonReader& in, StreamEvents& all) {
     all.tag = tagOf(in, all.tag);
     all.pid = pidOf(in);
-    all.object = objectPathOf(in);
+    all.object = objectPathOf(in, "object");
     all.carouselTag = in.numberOf<std::uint8_t>("carouselTag", all.carouselTag);
     all.carouselPid = pidOf(in, "carouselPid");
     in.list("events", [&all](JsonReader& one) {
         StreamEvent& event = all.events.emplace_back();
         event.eventId = one.numberOf<std::uint16_t>("id");
         event.name = one.text("name", "");
-        event.data = one.text("data", "");
+        event.data = dataOf(one);
         event.second = secondOf(one);
         if (event.data.size() > kLongestText) {
             one.fail("data", "is longer than " + std::to_string(kLongestText) + " bytes");
         }
     });
     checkOrder(in, "events", all.events);
+}
+
+CarouselEvents readEventObject(JsonReader& in, std::uint8_t streamTag) {
+    CarouselEvents events;
+    events.path = objectPathOf(in, "path");
+    if (events.path.empty()) {
+        in.fail("path", "is missing");
+    }
+    events.streamTag = in.numberOf<std::uint8_t>("streamTag", streamTag);
+    in.list("events",
+            [&events](JsonReader& one) { events.idsByName[one.text("name")] = one.numberOf<std::uint16_t>("id"); });
+    return events;
+}
+
+void readVersions(JsonReader& in, std::vector<CarouselVersion>& versions) {
+    if (in.has("folder")) {
+        versions.push_back({0, in.text("folder")});
+    }
+    in.list("versions", [&versions](JsonReader& one) {
+        const Second second = secondOf(one);
+        versions.push_back({second, one.text("folder")});
+    });
+    checkOrder(in, "versions", versions);
+    if (versions.empty()) {
+        in.fail("folder", "is missing, and versions too");
+    }
+}
+
+Carousel readCarousel(JsonReader& in, std::size_t number, const Service& service) {
+    constexpr std::uint64_t kLargestBlock = 4066;  // what a section has room for
+    constexpr std::uint64_t kLargestModule = std::uint64_t{1} << 24U;
+    constexpr std::size_t kFirstTag = 32;
+    Carousel carousel;
+    carousel.id = in.numberOf<std::uint32_t>("id", number + 2);
+    carousel.bitRate = in.number("bitRate", 1000, 200000000, carousel.bitRate);
+    carousel.blockSize = static_cast<std::size_t>(in.number("blockSize", 1, kLargestBlock, carousel.blockSize));
+    carousel.moduleSize = static_cast<std::size_t>(in.number("moduleSize", 1, kLargestModule, carousel.moduleSize));
+    carousel.isCompressed = !in.has("compress") || in.flag("compress");
+    carousel.tag = in.numberOf<std::uint8_t>("tag", kFirstTag + number);
+    carousel.pid = pidOf(in);
+    if (in.has("blockTag")) {
+        carousel.blockTag = in.numberOf<std::uint8_t>("blockTag");
+        carousel.blockPid = pidOf(in, "blockPid");
+    }
+    readVersions(in, carousel.versions);
+    in.list("eventObjects", [&](JsonReader& one) {
+        carousel.eventObjects.push_back(readEventObject(one, service.streamEvents.tag.value_or(0)));
+    });
+    return carousel;
 }
 
 PrivateSections readPrivateSections(JsonReader& in) {
@@ -260,8 +354,12 @@ Service readService(JsonReader& in) {
     service.pmtPid = pidOf(in, "pmtPid");
     in.list("components", [&](JsonReader& one) { service.components.push_back(readComponent(one)); });
     in.list("events", [&](JsonReader& one) { service.events.push_back(readEvent(one)); });
+    service.hasSchedule = in.flag("schedule");
     in.object("ait", [&](JsonReader& one) { readAit(one, service.ait); });
     in.object("streamEvents", [&](JsonReader& one) { readStreamEvents(one, service.streamEvents); });
+    in.list("carousels", [&](JsonReader& one) {
+        service.carousels.push_back(readCarousel(one, service.carousels.size(), service));
+    });
     in.object("temi", [&](JsonReader& one) {
         service.timelineId = one.numberOf<std::uint8_t>("timelineId");
         service.timescale = static_cast<std::uint32_t>(one.number("timescale", 1, 0xFFFFFFFF));
@@ -274,7 +372,7 @@ OtherStream readOtherStream(JsonReader& in) {
     OtherStream stream;
     stream.originalNetworkId = in.numberOf<std::uint16_t>("originalNetworkId");
     stream.transportStreamId = in.numberOf<std::uint16_t>("transportStreamId");
-    stream.deliverySystem = hexBytes(in, "deliverySystem");
+    stream.deliverySystem = hexDescriptors(in, "deliverySystem");
     in.list("services", [&stream](JsonReader& one) {
         OtherService& service = stream.services.emplace_back();
         service.serviceId = static_cast<std::uint16_t>(one.number("id", 1, 0xFFFF));
@@ -292,7 +390,7 @@ Multiplex readMultiplex(JsonReader& in) {
     multiplex.networkName = dvbText(in, "networkName");
     multiplex.provider = dvbText(in, "provider");
     multiplex.start = timeOf(in, "start");
-    multiplex.deliverySystem = hexBytes(in, "deliverySystem");
+    multiplex.deliverySystem = hexDescriptors(in, "deliverySystem");
     in.list("services", [&](JsonReader& one) {
         Service service = readService(one);
         for (const Service& other : multiplex.services) {

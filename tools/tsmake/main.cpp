@@ -14,6 +14,7 @@
 #include "command_line/output.h"
 #include "command_line/standard_descriptors.h"
 #include "description.h"
+#include "folders.h"
 #include "scheduler.h"
 
 namespace {
@@ -55,8 +56,8 @@ tsmake::Multiplex multiplexOf(const std::string& path) {
         endWithError("cannot read " + path + ": " + std::strerror(errno));
     }
     std::string error;
-    const std::optional<tsmake::Multiplex> multiplex = tsmake::parseDescription(text, error);
-    if (!multiplex) {
+    std::optional<tsmake::Multiplex> multiplex = tsmake::parseDescription(text, error);
+    if (!multiplex || !tsmake::readFolders(*multiplex, std::filesystem::path(path).parent_path().string(), error)) {
         endWithError(path + ": " + error);
     }
     return *multiplex;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,12 +41,30 @@ struct Ait {
     std::uint16_t pid = 0;
 };
 
+/// What a component of a service is during an event (EN 300 468, clause 6.2.8).
+struct EventComponent {
+    std::uint8_t streamContent = 1;  ///< four bits
+    std::uint8_t type = 1;
+    std::uint8_t tag = 0;
+    std::string language;
+    std::string text;
+};
+
+/// The least age in a country (EN 300 468, clause 6.2.28).
+struct EventRating {
+    std::string country;
+    std::uint8_t rating = 0;  ///< years minus 3
+};
+
 /// An event of the EIT. The first event begins with the broadcast, each other event at the end of the one before.
 struct Event {
     std::uint16_t eventId = 0;
     std::string name;
     std::string text;
     unsigned int duration = 3600;  ///< seconds
+    std::vector<EventComponent> components = {};
+    std::vector<EventRating> ratings = {};
+    std::string descriptors = {};  ///< others, tag and length included
 };
 
 /// A page that a teletext stream has (EN 300 468, clause 6.2.43).
@@ -82,6 +101,34 @@ struct StreamEvents {
     std::uint16_t carouselPid = 0;
 };
 
+/// A stream event object in a carousel.
+struct CarouselEvents {
+    std::string path;
+    std::map<std::string, std::uint16_t> idsByName;
+    std::uint16_t streamTag = 7;  ///< association tag of the stream with the events
+};
+
+/// What a carousel has from `second` on.
+struct CarouselVersion {
+    Second second = 0;
+    std::string folder;
+    std::map<std::string, std::string> files = {};  ///< by path; readFolders() takes them from the folder
+};
+
+struct Carousel {
+    std::uint32_t id = 0;
+    std::vector<CarouselVersion> versions = {};  ///< in order of `second`
+    std::uint64_t bitRate = 500000;              ///< of its packets
+    std::size_t blockSize = 4066;
+    std::size_t moduleSize = 65536;  ///< of files that share a module, before compression
+    bool isCompressed = true;
+    std::uint8_t tag = 0;
+    std::uint16_t pid = 0;
+    std::optional<std::uint8_t> blockTag = std::nullopt;  ///< blocks have a stream of their own
+    std::uint16_t blockPid = 0;
+    std::vector<CarouselEvents> eventObjects = {};
+};
+
 /// Numbered sections without other content, for measurements.
 struct PrivateSections {
     std::optional<std::uint8_t> tag;
@@ -99,8 +146,10 @@ struct Service {
     bool isSilent = false;  ///< only PAT and SDT list it; nothing else is sent for it
     std::vector<Component> components;
     std::vector<Event> events;
+    bool hasSchedule = false;  ///< the EIT lists all events, beside the present and the following one
     Ait ait;
     StreamEvents streamEvents;
+    std::vector<Carousel> carousels;
     std::uint8_t timelineId = 0;  ///< TEMI timeline in the packets with the PCR
     std::uint32_t timescale = 0;  ///< its ticks per second; 0: no timeline
     std::vector<PrivateSections> privateSections;

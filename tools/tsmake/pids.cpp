@@ -37,6 +37,14 @@ void visit(Service& service, const Use& use) {
     if (!service.streamEvents.object.empty()) {
         use(service.streamEvents.carouselPid, kCarouselPlace, "carousel");
     }
+    constexpr std::size_t kCarouselsPlace = 0x40;
+    for (std::size_t index = 0; index < service.carousels.size(); ++index) {
+        Carousel& carousel = service.carousels[index];
+        use(carousel.pid, static_cast<std::uint16_t>(kCarouselsPlace + 2 * index), "carousel");
+        if (carousel.blockTag) {
+            use(carousel.blockPid, static_cast<std::uint16_t>(kCarouselsPlace + 2 * index + 1), "blocks of a carousel");
+        }
+    }
     constexpr std::size_t kPrivatePlace = 0x80;
     for (std::size_t index = 0; index < service.privateSections.size(); ++index) {
         use(service.privateSections[index].pid, static_cast<std::uint16_t>(kPrivatePlace + index), "private sections");

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "carousel.h"
+#include "object_carousel.h"
 #include "tables.h"
 
 namespace tsmake {
@@ -203,6 +204,7 @@ public:
             addEit(service);
             addAit(service);
             addStreamEvents(service);
+            addCarousels(service);
             addPrivateSections(service);
         });
         add(0x0014, 1000, [this](std::uint64_t ticks) {
@@ -222,9 +224,15 @@ public:
     }
 
 private:
+    /// A carousel, and when its next section is due. A section's packets take as long as its rate says.
+    struct CarouselSource {
+        CarouselSender sender;
+        std::uint64_t due;  // ticks
+    };
     /// A unit of which some packets may have been sent.
     struct Sending {
-        const Source* source;
+        std::uint16_t pid;
+        const Service* clockOf;
         Bytes unit;
         std::size_t at;
         std::uint64_t since;  // ticks
@@ -268,6 +276,11 @@ private:
                 return sectionUnit(eitSection(multiplex, service, following, presentAt(service, ticks)));
             });
         }
+        if (service.hasSchedule) {
+            for (const Section& section : eitScheduleSections(multiplex, service)) {
+                addTable(0x0012, 2000, section);
+            }
+        }
     }
 
     /// Sends only stuffing before the first version and after the AIT's end.
@@ -307,6 +320,29 @@ private:
         }
     }
 
+    void addCarousels(const Service& service) {
+        for (const Carousel& carousel : service.carousels) {
+            carousels.push_back({CarouselSender(carousel), 0});
+        }
+    }
+
+    void queueWhatIsDue(std::uint64_t ticks) {
+        for (Source& source : sources) {
+            if (source.due <= ticks) {
+                queue.push_back({source.pid, source.clockOf, source.unit(source.due), 0, ticks});
+                source.due += source.interval;
+            }
+        }
+        for (CarouselSource& carousel : carousels) {
+            if (carousel.due <= ticks) {
+                const CarouselSender::Unit next = carousel.sender.next(ticks);
+                queue.push_back({next.pid, nullptr, sectionUnit(next.section), 0, ticks});
+                const std::uint64_t packets = queue.back().unit.size() / (kPacketSize - 4);
+                carousel.due += packets * kPacketBits * kTicks / carousel.sender.bitRate();
+            }
+        }
+    }
+
     void addStreams(const Service& service) {
         const std::uint64_t begin = sources.size() * 2 * kMillisecond;
         for (const Component& component : service.components) {
@@ -330,12 +366,7 @@ private:
     }
 
     Packet packetAt(std::uint64_t ticks) {
-        for (Source& source : sources) {
-            if (source.due <= ticks) {
-                queue.push_back({&source, source.unit(source.due), 0, ticks});
-                source.due += source.interval;
-            }
-        }
+        queueWhatIsDue(ticks);
         if (!queue.empty() && ticks - queue.front().since > kTicks / 2) {
             throw std::length_error("more is to be sent than " + std::to_string(multiplex.bitRate) +
                                     " bit/s have room for");
@@ -345,10 +376,10 @@ private:
         }
         Sending& sending = queue.front();
         const bool begins = sending.at == 0;
-        const Service* const clockOf = begins ? sending.source->clockOf : nullptr;
+        const Service* const clockOf = begins ? sending.clockOf : nullptr;
         const Service* const temi = clockOf != nullptr && clockOf->timescale != 0 ? clockOf : nullptr;
         const Bytes fields = clockOf == nullptr ? Bytes() : clockFields(ticks, temi);
-        const std::uint16_t pid = sending.source->pid;
+        const std::uint16_t pid = sending.pid;
         const Packet packet =
             writers.try_emplace(pid, pid).first->second.next(sending.unit, sending.at, begins, fields);
         if (sending.at == sending.unit.size()) {
@@ -368,6 +399,7 @@ private:
 
     const Multiplex& multiplex;
     std::vector<Source> sources;
+    std::vector<CarouselSource> carousels;
     std::deque<Sending> queue;
     std::map<std::uint16_t, PidWriter> writers;
 };

@@ -5,6 +5,7 @@
 
 #include "carousel.h"
 #include "si/section.h"
+#include "time_fields.h"
 
 namespace tsmake {
 
@@ -14,28 +15,6 @@ constexpr unsigned int kReservedPidBits = 0xE000;
 constexpr std::uint16_t kNitPid = 0x0010;
 constexpr std::uint16_t kHbbTv = 0x0010;
 constexpr unsigned int kRunning = 4;
-constexpr unsigned int kNotRunning = 1;
-
-unsigned int bcd(unsigned int value) {
-    return value / 10 << 4U | value % 10;
-}
-
-/// Hours, minutes and seconds as six BCD digits.
-void writeClock(SectionWriter& writer, std::int64_t seconds) {
-    const auto time = static_cast<unsigned int>(si::secondOfDay(seconds));
-    writer.u8(bcd(time / 3600)).u8(bcd(time / 60 % 60)).u8(bcd(time % 60));
-}
-
-/// Modified Julian Date and UTC (EN 300 468, Annex C); the undefined value when the date does not fit 16 bits.
-void writeTime(SectionWriter& writer, si::UtcSeconds time) {
-    const std::int64_t mjd = si::mjdOf(time);
-    if (mjd < 0 || mjd > 0xFFFF) {
-        writer.u16(0xFFFF).u8(0xFF).u8(0xFF).u8(0xFF);
-        return;
-    }
-    writer.u16(static_cast<unsigned int>(mjd));
-    writeClock(writer, time);
-}
 
 /// Leaves the stream's descriptor loop open.
 void writeStream(SectionWriter& writer, unsigned int streamType, std::uint16_t pid, std::optional<std::uint8_t> tag) {
@@ -94,18 +73,37 @@ void writeComponent(SectionWriter& writer, const Component& component) {
     writer.close();
 }
 
-void writeStreamEvents(SectionWriter& writer, const StreamEvents& events) {
-    constexpr unsigned int kStreamDescriptors = 0x0C;
+/// Leaves the stream's descriptor loop open.
+void writeCarouselStream(SectionWriter& writer, std::uint16_t pid, std::uint8_t tag, std::uint32_t carouselId) {
     constexpr unsigned int kCarouselMessages = 0x0B;
     constexpr std::uint8_t kCarouselIdentifier = 0x13;
+    writeStream(writer, kCarouselMessages, pid, tag);
+    writer.openDescriptor(kCarouselIdentifier).u32(carouselId).u8(0).close();
+}
+
+/// Ends the descriptor loop of the stream with the DownloadServerInitiate.
+void closeCarouselStream(SectionWriter& writer) {
     constexpr std::uint8_t kDataBroadcastId = 0x66;
     constexpr unsigned int kHbbTvCarousel = 0x0123;
+    writer.openDescriptor(kDataBroadcastId).u16(kHbbTvCarousel).close().close();
+}
+
+void writeStreamEvents(SectionWriter& writer, const StreamEvents& events) {
+    constexpr unsigned int kStreamDescriptors = 0x0C;
     writeStream(writer, kStreamDescriptors, events.pid, events.tag);
     writer.close();
     if (!events.object.empty()) {
-        writeStream(writer, kCarouselMessages, events.carouselPid, events.carouselTag);
-        writer.openDescriptor(kCarouselIdentifier).u32(kCarouselId).u8(0).close();
-        writer.openDescriptor(kDataBroadcastId).u16(kHbbTvCarousel).close().close();
+        writeCarouselStream(writer, events.carouselPid, events.carouselTag, kCarouselId);
+        closeCarouselStream(writer);
+    }
+}
+
+void writeCarousel(SectionWriter& writer, const Carousel& carousel) {
+    writeCarouselStream(writer, carousel.pid, carousel.tag, carousel.id);
+    closeCarouselStream(writer);
+    if (carousel.blockTag) {
+        writeCarouselStream(writer, carousel.blockPid, *carousel.blockTag, carousel.id);
+        writer.close();
     }
 }
 
@@ -177,6 +175,9 @@ Section pmtSection(const Service& service, bool aitHasEnded) {
     if (!service.streamEvents.events.empty()) {
         writeStreamEvents(writer, service.streamEvents);
     }
+    for (const Carousel& carousel : service.carousels) {
+        writeCarousel(writer, carousel);
+    }
     for (const PrivateSections& sections : service.privateSections) {
         writeStream(writer, kPrivateSections, sections.pid, sections.tag);
         writer.close();
@@ -211,30 +212,6 @@ Section otherSdtSection(const OtherStream& stream, const std::string& provider) 
     for (const OtherService& service : stream.services) {
         writeService(writer, service.serviceId, service.serviceType, provider, service.name);
     }
-    return writer.finish();
-}
-
-Section eitSection(const Multiplex& multiplex, const Service& service, bool following, std::size_t present) {
-    constexpr std::uint8_t kShortEvent = 0x4D;
-    constexpr unsigned int kTableId = 0x4E;
-    constexpr unsigned int kVersions = 32;
-    const std::size_t number = present + (following ? 1 : 0);
-    SectionWriter writer(kTableId, service.serviceId, static_cast<std::uint8_t>(present % kVersions), following ? 1 : 0,
-                         1);
-    writer.u16(multiplex.transportStreamId).u16(multiplex.originalNetworkId).u8(1).u8(kTableId);
-    if (number >= service.events.size()) {
-        return writer.finish();
-    }
-    si::UtcSeconds start = multiplex.start;
-    for (std::size_t earlier = 0; earlier < number; ++earlier) {
-        start += service.events[earlier].duration;
-    }
-    const Event& event = service.events[number];
-    writer.u16(event.eventId);
-    writeTime(writer, start);
-    writeClock(writer, event.duration);
-    writer.open12((following ? kNotRunning : kRunning) << 1U);
-    writer.openDescriptor(kShortEvent).text("eng").lengthText(event.name).lengthText(event.text).close().close();
     return writer.finish();
 }
 

@@ -17,6 +17,9 @@ Section otherSdtSection(const OtherStream& stream, const std::string& provider);
 /// EIT present/following actual, while event `present` of the service is present. The version counts the events.
 /// Section 0 has the present event. Section 1 has the following event, and is empty when there is none.
 Section eitSection(const Multiplex& multiplex, const Service& service, bool following, std::size_t present = 0);
+/// EIT schedule actual: all events of the service, in segments of three hours from the midnight before the broadcast
+/// on. Leaves out what is later than the tables reach, and what a segment has no room for.
+std::vector<Section> eitScheduleSections(const Multiplex& multiplex, const Service& service);
 /// Section `number` of the AIT in state `state`.
 Section aitSection(const Service& service, unsigned int number = 0, std::size_t state = 0);
 /// The stream descriptor section of stream event `number` of the service.

@@ -119,7 +119,7 @@ Bytes objectWithLongDuration() {
 /// "name=id" of each event of the only object.
 std::vector<std::string> eventsOf(const Bytes& module) {
     std::vector<std::string> events;
-    for (const si::CarouselObject& object : si::carouselObjects(module)) {
+    for (const si::CarouselObject& object : si::eventObjects(module)) {
         for (const si::CarouselObject::EventName& event : object.events) {
             events.push_back(event.name + "=" + std::to_string(event.id));
         }
@@ -245,7 +245,7 @@ TEST(EventNames, AreNotReadFromAModuleThatGrowsTooMuch) {
 
 TEST(EventNames, MayFollowALongDuration) {
     EXPECT_THAT(eventsOf(objectWithLongDuration()), testing::ElementsAre("goal=1", "testevent=2"));
-    EXPECT_THAT(si::carouselObjects(objectWithLongDuration()).at(0).associationTags, testing::ElementsAre(0x13));
+    EXPECT_THAT(si::eventObjects(objectWithLongDuration()).at(0).associationTags, testing::ElementsAre(0x13));
 }
 
 TEST(EventNames, LeaveTheFewestBytesUnread) {
@@ -268,7 +268,7 @@ TEST(EventNames, MayPrecedePrivateData) {
 TEST(EventNames, AreNotReadFromCutObjects) {
     const Bytes object = objectWithLongDuration();
     for (std::size_t size = 0; size < object.size(); ++size) {
-        EXPECT_THAT(si::carouselObjects(Bytes(object.begin(), object.begin() + static_cast<std::ptrdiff_t>(size))),
+        EXPECT_THAT(si::eventObjects(Bytes(object.begin(), object.begin() + static_cast<std::ptrdiff_t>(size))),
                     testing::IsEmpty())
             << size;
     }

@@ -76,6 +76,18 @@ TEST(ADescription, MayHoldEverything) {
     EXPECT_TRUE(first.ait.emptySignalling);
     EXPECT_EQ(first.streamEvents.object, "events/goals");
     EXPECT_EQ(first.streamEvents.events[2].second, 3U);
+    EXPECT_EQ(first.streamEvents.events[3].data, std::string("\x00\xFF\x7F", 3));
+    ASSERT_EQ(first.carousels.size(), 2U);
+    EXPECT_EQ(first.carousels[0].id, 2U);
+    EXPECT_EQ(first.carousels[0].tag, 32);
+    EXPECT_EQ(first.carousels[0].versions[0].folder, "folder");
+    EXPECT_EQ(first.carousels[1].blockTag, 51);
+    EXPECT_FALSE(first.carousels[1].isCompressed);
+    EXPECT_EQ(first.carousels[1].versions[1].second, 4U);
+    EXPECT_EQ(first.carousels[1].eventObjects[0].path, "events/cards");
+    EXPECT_EQ(first.carousels[1].eventObjects[0].idsByName.at("yellow"), 9);
+    EXPECT_TRUE(first.hasSchedule);
+    EXPECT_EQ(first.events[0].ratings[0].country, "FRA");
     EXPECT_EQ(first.privateSections[1].size, 4096U);
     EXPECT_TRUE(multiplex->services[1].isSilent);
     EXPECT_EQ(multiplex->otherStreams[0].services[0].name, "Elsewhere");
@@ -90,6 +102,8 @@ TEST(ADescription, GivesPidsToWhatHasNone) {
     EXPECT_EQ(first.ait.pid, 0x105);
     EXPECT_EQ(first.streamEvents.pid, 0x106);
     EXPECT_EQ(first.streamEvents.carouselPid, 0x107);
+    EXPECT_EQ(first.carousels[0].pid, 0x140);
+    EXPECT_EQ(first.carousels[1].blockPid, 701);
     EXPECT_EQ(multiplex->services[1].pmtPid, 0x201) << "512 is taken";
     EXPECT_EQ(multiplex->services[2].components[0].pid, 0x301);
 }
@@ -145,6 +159,17 @@ TEST(ADescription, IsRefusedWithThePlaceInAService) {
               "services[0].ait.versions[1].second: is earlier than the one before");
     EXPECT_EQ(errorOfService(R"("privateSections": [{"size": 5000}])"),
               "services[0].privateSections[0].size: 5000 is not a whole number from 16 to 4096");
+    EXPECT_EQ(errorOfService(R"("carousels": [{}])"), "services[0].carousels[0].folder: is missing, and versions too");
+    EXPECT_EQ(errorOfService(R"("carousels": [{"folder": "a", "blockSize": 4067}])"),
+              "services[0].carousels[0].blockSize: 4067 is not a whole number from 1 to 4066");
+    EXPECT_EQ(errorOfService(R"("carousels": [{"folder": "a", "eventObjects": [{"events": []}]}])"),
+              "services[0].carousels[0].eventObjects[0].path: is missing");
+    EXPECT_EQ(errorOfService(R"("streamEvents": {"events": [{"id": 1, "dataHex": "0"}]})"),
+              "services[0].streamEvents.events[0].dataHex: is not bytes in hexadecimal digits");
+    EXPECT_EQ(errorOfService(R"("streamEvents": {"events": [{"id": 1, "data": "a", "dataHex": "00"}]})"),
+              "services[0].streamEvents.events[0].dataHex: stands beside data");
+    EXPECT_EQ(errorOfService(R"("events": [{"id": 1, "parentalRatings": [{"country": "FR", "rating": 9}]}])"),
+              "services[0].events[0].parentalRatings[0].country: has three letters");
     EXPECT_EQ(errorOfService(R"("pmtPid": 100, "components": [{"kind": "video", "pid": 100}])"),
               "PID 100 is given to PMT of service 1 and to component 1 of service 1");
 }
