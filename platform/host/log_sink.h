@@ -48,8 +48,8 @@ private:
     std::mutex mutex;
     std::shared_ptr<const Target> target GUARDED_BY(mutex);
     std::atomic<const Target*> fixed{nullptr};  // the target, once it is there and does not change
-    std::atomic<std::uint64_t> lost{0};  // lines, since the last one that went through
-    std::atomic<bool> isTornOff{false};  // the last line went through in part
+    std::atomic<std::uint64_t> lost{0};         // lines, since the last one that went through
+    std::atomic<bool> isTornOff{false};         // the last line went through in part
 };
 
 }  // namespace host
