@@ -1,4 +1,4 @@
-// A DTV service that does nothing but answer, on the thread that receives: what the measurements of the library talk to.
+// A DTV service that only answers, on the thread that receives: what the measurements of the library talk to.
 //   answering_service CPU BYTES   runs on that CPU until it is ended by a signal
 // It answers a question for a PTS, without a text if BYTES is 0, else by a DRM result with a text of that size. It
 // opens every section filter. A question for another number than 0 makes it write that many sections of BYTES, one for

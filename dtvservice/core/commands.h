@@ -1,5 +1,5 @@
-// Commands: passes the browsers' commands from the transport's threads to the loop, which calls the handler of the room in
-// charge.
+// Commands: passes the browsers' commands from the transport's threads to the loop, which calls the handler of the room
+// in charge.
 // Threads: commands arrive on the transport's threads, one at a time; handlers run on the loop's. Set them before the
 //          first command.
 // Blocks:  never.

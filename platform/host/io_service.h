@@ -5,8 +5,8 @@
 // Locks:   mutex guards connections; it is not held during a handler, a callback or a message's send. A new connection
 //          gets the process's queues under it.
 // A client's transport thread waits in the receive of its one connection, so that a message costs one system call. So
-// does a follower, the thread that a service has for each of its first clients. The service's transport thread waits for
-// the other sockets.
+// does a follower, the thread that a service has for each of its first clients. The service's transport thread waits
+// for the other sockets.
 // Fails:   sends with negative error numbers; start() likewise, when the transport itself cannot run.
 #pragma once
 
@@ -155,8 +155,8 @@ private:
     std::mutex mutex;
     Snapshot connections GUARDED_BY(mutex) = std::make_shared<const Connections>();
     std::vector<Snapshot> former GUARDED_BY(mutex);  // a send may still use them
-    Connections untold GUARDED_BY(mutex);   // connected, but the member does not know yet
-    Connections waiting GUARDED_BY(mutex);  // of a service: have packets for which there was no room
+    Connections untold GUARDED_BY(mutex);            // connected, but the member does not know yet
+    Connections waiting GUARDED_BY(mutex);           // of a service: have packets for which there was no room
     std::vector<const Connection*> unfollowed GUARDED_BY(mutex);  // their followers end
     std::atomic<bool> hasNews{false};                             // one of the three lists has an entry
 
@@ -172,7 +172,7 @@ private:
     std::vector<Follower> followers;  // transport thread
     bool isAcceptPaused = false;      // transport thread
     bool failureTold = false;         // transport thread
-    std::string problem;  // of connecting or accepting, told; start(), then the transport thread
+    std::string problem;              // of connecting or accepting, told; start(), then the transport thread
     std::atomic<bool> stopping{false};
     pid_t process = 0;   // that has started the thread
     std::thread thread;  // used by the thread that starts and stops

@@ -35,9 +35,8 @@ void IOService::joinEndedFollowers() {
         now.swap(unfollowed);
     }
     for (const Connection* ended : now) {
-        const auto follower = std::find_if(followers.begin(), followers.end(), [ended](const Follower& each) {
-            return each.connection.get() == ended;
-        });
+        const auto follower = std::find_if(followers.begin(), followers.end(),
+                                           [ended](const Follower& each) { return each.connection.get() == ended; });
         follower->thread.join();
         unwatch(*follower->connection);
         follower->connection->isFollowed = false;
@@ -73,8 +72,8 @@ void IOService::follow(Connection& connection, Inbox& inbox) {
     wake();
 }
 
-/// A packet has been read. Waits as long as the client has sent too much. What one that has gone has left behind is read
-/// at once.
+/// A packet has been read. Waits as long as the client has sent too much. What one that has gone has left behind is
+/// read at once.
 void IOService::keepPace(Connection& connection) const {
     Now now = ReadingPace::Clock::now();
     connection.pace.read(now);

@@ -95,8 +95,7 @@ void IOService::serveOnce() {
             drainWakeUps();
         } else if (event->data.ptr == &endpoint) {
             mayAccept = true;
-        } else if (auto& client = *static_cast<Connection*>(event->data.ptr);
-                   client.isFollowed) {
+        } else if (auto& client = *static_cast<Connection*>(event->data.ptr); client.isFollowed) {
             flushFollowed(client);
         } else if (!serveClient(client, event->events, mostPackets)) {
             disconnect(client);

@@ -11,8 +11,8 @@ namespace lo::browserdvbservice {
 
 namespace {
 
-/// Where this thread's stays begin, a linked list with the newest one first. Each thread has a pointer of its own, which
-/// ends with the thread. A pthread key instead of thread_local: a browser loads the library at run time, and
+/// Where this thread's stays begin, a linked list with the newest one first. Each thread has a pointer of its own,
+/// which ends with the thread. A pthread key instead of thread_local: a browser loads the library at run time, and
 /// LeakSanitizer crashes on such a library's thread_local while its thread runs on at exit. Without a key or memory a
 /// thread does not know its own stays: close() then waits for them until its time is over.
 class NewestStays {

@@ -18,9 +18,9 @@ namespace platform_common {
 /// Number of bytes that the fields of a record take on the wire; a carrier counts as 8. 1 for a record without fields.
 std::size_t wireSizeOf(const ovxEndianTable& table);
 
-/// Writes the wire image: the fields in network byte order at their wire offsets, followed by the carried bytes in field
-/// order. A record without fields becomes one zero byte. Returns the image's size; if that is more than `room`, only
-/// some of it was written.
+/// Writes the wire image: the fields in network byte order at their wire offsets, followed by the carried bytes in
+/// field order. A record without fields becomes one zero byte. Returns the image's size; if that is more than `room`,
+/// only some of it was written.
 std::size_t encodeRecord(const ovxEndianTable& table, const void* record, std::uint8_t* image, std::size_t room);
 std::vector<std::uint8_t> encodeRecord(const ovxEndianTable& table, const void* record);
 
