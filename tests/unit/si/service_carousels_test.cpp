@@ -205,7 +205,7 @@ TEST(ACarouselOnItsWay, ArrivesByteForByteInEachVersionAndNeverMixed) {
     tsmake::Carousel carousel;
     carousel.id = 7;
     carousel.tag = 32;
-    carousel.bitRate = 160000000;
+    carousel.bitRate = 80000000;
     carousel.moduleSize = 150000;  // 134 modules, so two lists
     for (std::uint32_t version = 0; version < 3; ++version) {
         versions.push_back(folderOf(version, 20 * kMegabyte));
