@@ -92,7 +92,7 @@ void read(benchmark::State& state, bool isCompressed) {
     for (const tsmake::Section& section : sections) {
         bytes += section.size();
     }
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         si::ObjectCarousel reader;
         for (const tsmake::Section& section : sections) {
             reader.onSection(si::ObjectCarousel::From::root, section);
@@ -110,7 +110,7 @@ void keep(benchmark::State& state, bool isCompressed) {
     constexpr double kContent = static_cast<double>(kFiles * kFileSize);
     const std::vector<tsmake::Section> first = sectionsOf(states(isCompressed)[0]);
     const std::vector<tsmake::Section> second = sectionsOf(states(isCompressed)[1]);
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         const double before = heap();
         si::ObjectCarousel reader;
         feed(reader, first);
@@ -120,7 +120,7 @@ void keep(benchmark::State& state, bool isCompressed) {
 }
 
 void uncompress(benchmark::State& state) {
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         for (const tsmake::biop::Module& module : states(true)[0].modules) {
             std::vector<std::uint8_t> bytes(module.originalSize);
             uLongf size = bytes.size();

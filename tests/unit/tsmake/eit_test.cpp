@@ -68,7 +68,7 @@ TEST(AnEvent, HasItsDescriptors) {
 
 TEST(ASchedule, HasItsEventsInSegmentsOfThreeHours) {
     Multiplex multiplex;
-    multiplex.start = 7 * kHour;  // 1970-01-01 07:00, in the third segment of the day
+    multiplex.start = si::UtcSeconds{7} * kHour;  // 1970-01-01 07:00, in the third segment of the day
     const Service service = serviceOf({eventOf(1, kHour), eventOf(2, kHour), eventOf(3, 4 * kHour), eventOf(4, kHour)});
     EXPECT_THAT(scheduleOf(multiplex, service),
                 testing::ElementsAre("80/0:", "80/8:", "80/16: 1 2", "80/24: 3", "80/32: 4"));
