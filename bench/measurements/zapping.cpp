@@ -26,7 +26,7 @@ constexpr std::array<std::uint16_t, 2> kServices = {28106, 28107};
 
 /// The sample, as a file.
 std::string broadcastPath() {
-    const std::string path = bench::runDirectory() + "/sample.ts";
+    std::string path = bench::runDirectory() + "/sample.ts";
     if (bench::Peer("tsmake", {path}).wait() != 0) {
         std::exit(1);
     }
@@ -135,7 +135,7 @@ void ours(benchmark::State& state) {
 constexpr std::int64_t kEvents = 10;
 
 void raw(benchmark::State& state) {
-    bench::RawQuestions transport(bench::cpuOfPeer(1), 0, static_cast<char>(state.range(0)));
+    bench::RawQuestions transport(bench::cpuOfPeer(1), 0, static_cast<unsigned char>(state.range(0)));
     bench::measureTrips(state, transport, kBatch);
 }
 

@@ -25,7 +25,7 @@ int answerRaw(std::size_t bytes) {
     std::vector<char> question(kLargest);
     const std::vector<char> answer(kShort + bytes);
     while (recv(STDIN_FILENO, question.data(), question.size(), 0) > 0) {
-        for (int left = question.front(); left > 0; --left) {
+        for (auto left = static_cast<unsigned char>(question.front()); left > 0; --left) {
             send(STDIN_FILENO, answer.data(), answer.size(), MSG_NOSIGNAL);
         }
     }

@@ -25,7 +25,7 @@ struct OnSocket {
 class RawQuestions : OnSocket {
 public:
     /// Each question has so many answers.
-    RawQuestions(int cpu, std::size_t bytes, char newAnswers = 1)
+    RawQuestions(int cpu, std::size_t bytes, unsigned char newAnswers = 1)
         : OnSocket("raw", SOCK_SEQPACKET, cpu, bytes), answers(newAnswers) {
         ask(1);
     }
@@ -34,11 +34,11 @@ public:
     ~RawQuestions() { close(sockets.own); }
 
     void ask(std::int64_t questions) {
-        question.front() = answers;
+        question.front() = static_cast<char>(answers);
         times.begin();
         for (; questions > 0; --questions) {
             send(sockets.own, question.data(), question.size(), MSG_NOSIGNAL);
-            for (int left = answers; left > 0; --left) {
+            for (unsigned int left = answers; left > 0; --left) {
                 recv(sockets.own, answer.data(), answer.size(), 0);
             }
             times.next();
@@ -56,7 +56,7 @@ public:
     Latencies times;
 
 private:
-    const char answers;
+    const unsigned char answers;
     std::vector<char> question = std::vector<char>(kShort);
     std::vector<char> answer = std::vector<char>(kLargest);
 };

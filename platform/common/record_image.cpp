@@ -113,8 +113,12 @@ std::size_t encodeRecord(const ovxEndianTable& table, const void* record, std::u
 }
 
 std::vector<std::uint8_t> encodeRecord(const ovxEndianTable& table, const void* record) {
-    std::vector<std::uint8_t> image(encodeRecord(table, record, nullptr, 0));
-    encodeRecord(table, record, image.data(), image.size());
+    constexpr std::size_t kUsual = 256;
+    std::vector<std::uint8_t> image(kUsual);
+    image.resize(encodeRecord(table, record, image.data(), image.size()));
+    if (image.size() > kUsual) {
+        encodeRecord(table, record, image.data(), image.size());
+    }
     return image;
 }
 
