@@ -5,9 +5,7 @@
 #include <dvb_helpers/empty_listener.h>
 
 #include <array>
-#include <chrono>
 #include <memory>
-#include <thread>
 
 #include "browser.h"
 #include "countdown.h"
@@ -104,9 +102,7 @@ class Ours {
 public:
     Ours() : zapper(std::make_shared<Zapper>()) {
         bench::dvbApi().addListener(zapper);
-        while (bench::dvbApi().startOSDDetection(0) != 0) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
+        bench::waitForService();
         bench::pinTo(bench::kOwnCpu);
         ask(kServices.size());  // ends when the tables of all services are known
     }

@@ -3,11 +3,9 @@
 #include <dvb_helpers/empty_listener.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <string>
-#include <thread>
 
 #include "browser.h"
 #include "countdown.h"
@@ -53,9 +51,7 @@ private:
 int main(int, char** arguments) {
     const auto asker = std::make_shared<Asker>();
     bench::dvbApi().addListener(asker);
-    while (bench::dvbApi().startOSDDetection(0) != 0) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    bench::waitForService();
     const std::int64_t count = std::atoll(arguments[2]);
     if (arguments[1] == std::string("questions")) {
         asker->ask(count);

@@ -4,9 +4,11 @@
 #include <dvb_api_interface.h>
 #include <dvb_section_interface.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <thread>
 
 namespace bench {
 
@@ -42,6 +44,13 @@ inline velmora::dtv::DvbAPIInterface& dvbApi() {
 inline velmora::dtv::DVBSectionInterface& sectionApi() {
     static auto& api = interfaceOf<velmora::dtv::DVBSectionInterface>("SectionFilterAPI");
     return api;
+}
+
+/// Until the service takes commands.
+inline void waitForService() {
+    while (dvbApi().startOSDDetection(0) != 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
 }
 
 }  // namespace bench

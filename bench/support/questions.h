@@ -5,12 +5,10 @@
 
 #include <dvb_helpers/empty_listener.h>
 
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "browser.h"
@@ -27,9 +25,7 @@ public:
         : service("answering_service", {std::to_string(cpuOfService), std::to_string(bytes)}),
           listener(std::make_shared<Listener>(std::move(whenAnswered))) {
         dvbApi().addListener(listener);
-        while (dvbApi().startOSDDetection(0) != 0) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
+        waitForService();
     }
     Questions(const Questions&) = delete;
     Questions& operator=(const Questions&) = delete;

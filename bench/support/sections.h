@@ -3,12 +3,10 @@
 // Blocks:  the constructor until the filters are open; take() until all sections are there.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "browser.h"
@@ -21,9 +19,7 @@ class Sections final : velmora::dtv::SectionFilterClient {
 public:
     Sections(int cpuOfService, std::int64_t filters, std::size_t bytes)
         : service("answering_service", {std::to_string(cpuOfService), std::to_string(bytes)}) {
-        while (dvbApi().startOSDDetection(0) != 0) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
+        waitForService();
         const unsigned char none = 0;
         for (std::int64_t count = 0; count < filters; ++count) {
             sessions.push_back(sectionApi().generateSessionName());

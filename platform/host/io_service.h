@@ -109,6 +109,7 @@ private:
     void adopt(int connectedSocket) EXCLUDES(mutex);
     void tellOfNewConnections() EXCLUDES(mutex);
     void tellOfConnection(const Connection& connection);
+    void disconnect(Connection& connection) EXCLUDES(mutex);
     void closeConnection(Connection& connection) EXCLUDES(mutex);
     static bool give(Connection& connection, const std::vector<NamedQueue>& queues);
     Received receive(Connection& connection, Inbox& inbox, int flags);
@@ -134,7 +135,6 @@ private:
     static bool isTooFast(const Connection& connection, Now now);
     void pause(Connection& connection);
     int resumePaused();
-    void disconnect(Connection& client);
     bool serveClient(Connection& connection, std::uint32_t ready, int mostPackets);
     bool receiveSome(Connection& connection, int mostPackets, bool hasGone);
     void flushFollowed(Connection& connection) const;

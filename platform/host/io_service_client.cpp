@@ -33,7 +33,7 @@ void IOService::followService() {
         while (!stopping && receive(connection, ownInbox, 0) != Received::end) {
         }
         if (!stopping) {
-            closeConnection(connection);
+            disconnect(connection);
         }
     }
 }

@@ -3,7 +3,6 @@
 #include <sys/socket.h>
 
 #include <algorithm>
-#include <chrono>
 #include <system_error>
 
 #include "io_service.h"
@@ -78,9 +77,8 @@ void IOService::keepPace(Connection& connection) const {
     Now now = ReadingPace::Clock::now();
     connection.pace.read(now);
     while (!stopping && isTooFast(connection, now)) {
-        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(connection.pace.readableAt() - now);
         pollfd gone{connection.socket(), 0, 0};
-        if (poll(&gone, 1, static_cast<int>(rest.count())) > 0) {
+        if (poll(&gone, 1, connection.pace.millisecondsFrom(now)) > 0) {
             return;
         }
         now = ReadingPace::Clock::now();

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <utility>
 
 #include "descriptors.h"
@@ -106,14 +105,6 @@ void IOService::serveOnce() {
     }
 }
 
-void IOService::disconnect(Connection& client) {
-    unwatch(client);
-    paused.erase(std::remove_if(paused.begin(), paused.end(),
-                                [&client](const std::shared_ptr<Connection>& each) { return each.get() == &client; }),
-                 paused.end());
-    closeConnection(client);
-}
-
 /// Watches the sockets of connections where packets wait for room.
 void IOService::awaitRoom() {
     Connections now;
@@ -155,8 +146,7 @@ int IOService::resumePaused() {
     int patience = kForever;
     for (const std::shared_ptr<Connection>& connection : std::exchange(paused, {})) {
         if (isTooFast(*connection, now)) {
-            const auto rest = std::chrono::ceil<std::chrono::milliseconds>(connection->pace.readableAt() - now);
-            const int until = static_cast<int>(rest.count());
+            const int until = connection->pace.millisecondsFrom(now);
             patience = patience == kForever ? until : std::min(patience, until);
             paused.push_back(connection);
         } else {

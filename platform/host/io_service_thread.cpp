@@ -90,7 +90,7 @@ void IOService::run() {
     tellOfNewConnections();
     const Snapshot now = connectionsNow();
     for (const std::shared_ptr<Connection>& connection : *now) {
-        closeConnection(*connection);
+        disconnect(*connection);
     }
     endpoint.close();
 }
@@ -151,6 +151,14 @@ void IOService::tellOfConnection(const Connection& connection) {
     transport.peer = connection.peer();
     const Turns::Turn turn(turnsOfHandlers());
     owner.onIOConnectionConnected(transport);
+}
+
+/// On the transport thread, for a connection without a follower.
+void IOService::disconnect(Connection& connection) {
+    const auto isIt = [&connection](const std::shared_ptr<Connection>& each) { return each.get() == &connection; };
+    unwatch(connection);
+    paused.erase(std::remove_if(paused.begin(), paused.end(), isIt), paused.end());
+    closeConnection(connection);
 }
 
 void IOService::closeConnection(Connection& connection) {

@@ -25,6 +25,10 @@ public:
     bool mayRead(Clock::time_point now) const { return now >= readableAt(); }
     /// When the next packet may be read.
     Clock::time_point readableAt() const { return usedUpTo - (kBurst - 1) * packet; }
+    /// The same from now on, in whole milliseconds, so that the packet may be read then.
+    int millisecondsFrom(Clock::time_point now) const {
+        return static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(readableAt() - now).count());
+    }
     /// A packet has been read.
     void read(Clock::time_point now) { usedUpTo = std::max(usedUpTo, now) + packet; }
 
