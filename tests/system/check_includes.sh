@@ -37,6 +37,7 @@ declare -A may=(
     [tools/tsmake]="command_line si"
     [tools/dtvctl]="command_line dtvservice/control si text $fields"
     [tools/dvbshell]="$headers command_line si text locks $fields"
+    [tools/tvbrowser/runtime]="$headers si"
 )
 
 # The program may include all of the reference service. A room may include the core, but no other room.
