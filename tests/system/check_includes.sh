@@ -38,6 +38,10 @@ declare -A may=(
     [tools/dtvctl]="command_line dtvservice/control si text $fields"
     [tools/dvbshell]="$headers command_line si text locks $fields"
     [tools/tvbrowser/broadcast]="$headers si locks"
+    [tools/tvbrowser/runtime]="$headers si"
+    [tools/tvbrowser/dom]=""
+    [tools/tvbrowser/extension]="tools/tvbrowser/broadcast"
+    [tools/tvbrowser/ui]="tools/tvbrowser/runtime tools/tvbrowser/broadcast tools/tvbrowser/extension tools/tvbrowser/dom command_line si text"
 )
 
 # The program may include all of the reference service. A room may include the core, but no other room.
