@@ -1,0 +1,162 @@
+// The application that the page belongs to, and its keyset.
+
+// What is known of it; the set changes it at any time.
+const state = {
+    broadcastRelated: Boolean(setup.application.broadcastRelated),
+    visible: Boolean(setup.application.visible),
+    active: true,
+};
+
+onSignal("application", ({ visible, broadcastRelated }) => {
+    state.visible = Boolean(visible);
+    state.broadcastRelated = Boolean(broadcastRelated);
+});
+
+// Broadcast is for broadcast-related applications only.
+function requireBroadcast() {
+    if (!state.broadcastRelated) {
+        throw new DomException("the application is not broadcast-related", "SecurityError");
+    }
+}
+
+// The groups of keys that the remote control has: all but SCROLL, ALPHA and OTHER.
+const allGroups = 0x1bf;
+
+class Keyset {
+    #value = 0;
+    #otherKeys = [];
+
+    get value() {
+        return this.#value;
+    }
+    get otherKeys() {
+        return mapped(this.#otherKeys, (key) => key);
+    }
+    get maximumValue() {
+        return allGroups;
+    }
+    get maximumOtherKeys() {
+        return [];
+    }
+    get supportsPointer() {
+        return false;
+    }
+
+    // Asks for the keys of the groups; gives the groups that the application has from now on.
+    setValue(value, otherKeys) {
+        this.#otherKeys = mapped(isArray(otherKeys) ? otherKeys : [], (key) => makeNumber(key) | 0);
+        this.#value = makeNumber(value) & 0x7ff;
+        this.#value = askForKeys(this.#value, this.#otherKeys);
+        return this.#value;
+    }
+}
+
+// An application whose input is not active gets no keys; its keyset stays what it is.
+function askForKeys(mask, otherKeys) {
+    if (!state.active) {
+        call("setKeyset", { mask: 0, otherKeys: [] });
+        return mask & allGroups;
+    }
+    return call("setKeyset", { mask, otherKeys });
+}
+
+const keysetGroups = {
+    RED: 0x1,
+    GREEN: 0x2,
+    YELLOW: 0x4,
+    BLUE: 0x8,
+    NAVIGATION: 0x10,
+    VCR: 0x20,
+    SCROLL: 0x40,
+    INFO: 0x80,
+    NUMERIC: 0x100,
+    ALPHA: 0x200,
+    OTHER: 0x400,
+};
+for (const name in keysetGroups) {
+    defineProperty(Keyset.prototype, name, { value: keysetGroups[name], enumerable: true });
+}
+
+const keyset = new Keyset();
+
+class ApplicationPrivateData {
+    get keyset() {
+        return keyset;
+    }
+    // The channel whose signalling decides on the application.
+    get currentChannel() {
+        return state.broadcastRelated ? presentedChannel() : null;
+    }
+    getFreeMem() {
+        return 64 * 1024 * 1024; // nobody limits a page below this
+    }
+}
+
+const privateData = new ApplicationPrivateData();
+
+class Application extends EventTarget {
+    get visible() {
+        return state.visible;
+    }
+    get active() {
+        return state.active;
+    }
+    get window() {
+        return window;
+    }
+    get privateData() {
+        return privateData;
+    }
+
+    show() {
+        state.visible = true;
+        call("showApplication");
+        return true;
+    }
+    hide() {
+        state.visible = false;
+        call("hideApplication");
+        return true;
+    }
+    activateInput() {
+        state.active = true;
+        askForKeys(keyset.value, keyset.otherKeys);
+        return true;
+    }
+    deactivateInput() {
+        state.active = false;
+        askForKeys(keyset.value, keyset.otherKeys);
+    }
+
+    // Starts another application in the place of this one. False if nothing of that name is signalled.
+    createApplication(uri, createChild) {
+        const url = absoluteUrl(safeText(uri));
+        return url !== null && call("createApplication", { url, child: Boolean(createChild) }) ? true : false;
+    }
+    destroyApplication() {
+        call("destroyApplication");
+    }
+}
+
+// The set never asks an application for these; pages may set them.
+defineHandlers(Application, {
+    ApplicationActivated: [],
+    ApplicationDeactivated: [],
+    ApplicationShown: [],
+    ApplicationHidden: [],
+    ApplicationDestroyRequest: [],
+});
+
+const ownApplication = new Application();
+
+// The URL in full, seen from the page; null if it is none.
+function absoluteUrl(text) {
+    try {
+        return new PageUrl(text, baseOf(document)).href;
+    } catch (error) {
+        return null;
+    }
+}
+
+const PageUrl = URL;
+const baseOf = uncurry(getOwnPropertyDescriptor(Node.prototype, "baseURI").get);

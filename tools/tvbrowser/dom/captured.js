@@ -1,0 +1,97 @@
+// What the script uses of the language and of the document, taken before a page can replace any of it.
+
+const { create, defineProperty, getOwnPropertyDescriptor, getOwnPropertyNames, getPrototypeOf, setPrototypeOf } = Object;
+const { apply } = Reflect;
+const { isArray } = Array;
+const makeText = String;
+const makeNumber = Number;
+
+// The method as a function of its object: uncurry(Map.prototype.get)(map, key).
+const uncurry = (method) => (self, ...values) => apply(method, self, values);
+
+const nameOfOwn = uncurry(Object.prototype.hasOwnProperty);
+const lowerCase = uncurry(String.prototype.toLowerCase);
+const trimmed = uncurry(String.prototype.trim);
+const splitText = uncurry(String.prototype.split);
+const part = uncurry(String.prototype.slice);
+const codeAt = uncurry(String.prototype.charCodeAt);
+const startsWith = uncurry(String.prototype.startsWith);
+const inBase = uncurry(Number.prototype.toString);
+const letterOf = String.fromCharCode;
+const matchOf = uncurry(RegExp.prototype.exec);
+const decodeUri = decodeURIComponent;
+
+const getAttribute = uncurry(Element.prototype.getAttribute);
+const setAttribute = uncurry(Element.prototype.setAttribute);
+const removeAttribute = uncurry(Element.prototype.removeAttribute);
+const createElement = (name) => apply(Document.prototype.createElement, document, [name]);
+const boxOf = uncurry(Element.prototype.getBoundingClientRect);
+const isAttached = uncurry(getOwnPropertyDescriptor(Node.prototype, "isConnected").get);
+const appendTo = uncurry(Node.prototype.appendChild);
+const removeFrom = uncurry(Node.prototype.removeChild);
+const parentOf = uncurry(getOwnPropertyDescriptor(Node.prototype, "parentNode").get);
+const listenTo = uncurry(EventTarget.prototype.addEventListener);
+const dispatch = uncurry(EventTarget.prototype.dispatchEvent);
+const DomEvent = Event;
+const DomException = DOMException;
+const report = typeof reportError === "function" ? reportError : (error) => native.log(safeText(error));
+
+// A copy of a class of the language that no page reaches, so that its methods stay what they are.
+function privateCopy(Original) {
+    class Copy extends Original {}
+    for (const name of getOwnPropertyNames(Original.prototype)) {
+        if (name !== "constructor") {
+            defineProperty(Copy.prototype, name, getOwnPropertyDescriptor(Original.prototype, name));
+        }
+    }
+    setPrototypeOf(Copy.prototype, null);
+    return Copy;
+}
+
+const PrivateMap = privateCopy(Map);
+const PrivateWeakMap = privateCopy(WeakMap);
+const PrivateWeakRef = privateCopy(WeakRef);
+
+// Appends to a list of ours; a page's setter on Object.prototype is not called.
+function append(list, value) {
+    defineProperty(list, list.length, { value, writable: true, enumerable: true, configurable: true });
+}
+
+// The elements of a list for which `keep` holds.
+function those(list, keep) {
+    const kept = [];
+    for (let index = 0; index < list.length; ++index) {
+        if (keep(list[index], index)) {
+            append(kept, list[index]);
+        }
+    }
+    return kept;
+}
+
+// A list of what `change` makes of each element.
+function mapped(list, change) {
+    const made = [];
+    for (let index = 0; index < list.length; ++index) {
+        append(made, change(list[index], index));
+    }
+    return made;
+}
+
+// The text of anything; a page's toString may throw.
+function safeText(value) {
+    try {
+        return makeText(value);
+    } catch (error) {
+        return "";
+    }
+}
+
+// The wrapped function never throws into the one who calls it; what goes wrong is reported as an error of the page is.
+function guarded(action, ...values) {
+    try {
+        return apply(action, undefined, values);
+    } catch (error) {
+        report(error);
+        return undefined;
+    }
+}

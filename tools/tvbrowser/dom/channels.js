@@ -1,0 +1,205 @@
+// Channels and the channel list.
+
+// The ccid of a channel is "ccid:" and its triplet in decimal: it stays the same as long as the broadcast does.
+const ccidOf = ({ onid, tsid, sid }) => "ccid:" + onid + "." + tsid + "." + sid;
+
+const sameTriplet = (one, other) =>
+    Boolean(one && other) && one.onid === other.onid && one.tsid === other.tsid && one.sid === other.sid;
+
+const channelTypes = { TYPE_TV: 0, TYPE_RADIO: 1, TYPE_OTHER: 2 };
+const idTypes = {
+    ID_ANALOG: 0,
+    ID_DVB_C: 10,
+    ID_DVB_S: 11,
+    ID_DVB_T: 12,
+    ID_DVB_SI_DIRECT: 13,
+    ID_DVB_C2: 14,
+    ID_DVB_S2: 15,
+    ID_DVB_T2: 16,
+    ID_ISDB_C: 20,
+    ID_ISDB_S: 21,
+    ID_ISDB_T: 22,
+    ID_ATSC_T: 30,
+    ID_IPTV_SDS: 40,
+    ID_IPTV_URI: 41,
+};
+
+const channelFacts = new PrivateWeakMap(); // Channel -> what it was made of, whatever a page writes into it
+
+class Channel {
+    constructor(facts, fields) {
+        channelFacts.set(this, facts);
+        for (const name in fields) {
+            defineProperty(this, name, { value: fields[name], writable: true, enumerable: true, configurable: true });
+        }
+    }
+}
+for (const constants of [channelTypes, idTypes]) {
+    for (const name in constants) {
+        defineProperty(Channel.prototype, name, { value: constants[name], enumerable: true });
+    }
+}
+
+// The bytes of a text of hexadecimal digits, one character each.
+function bytesOfHex(hex) {
+    let bytes = "";
+    for (let index = 0; index + 1 < hex.length; index += 2) {
+        bytes += letterOf(makeNumber("0x" + part(hex, index, index + 2)));
+    }
+    return bytes;
+}
+
+// The hexadecimal digits of a text with one character a byte; null if a character is no byte.
+function hexOfBytes(bytes) {
+    let hex = "";
+    for (let index = 0; index < bytes.length; ++index) {
+        const byte = codeAt(bytes, index);
+        if (byte > 255) {
+            return null;
+        }
+        hex += (byte < 16 ? "0" : "") + inBase(byte, 16);
+    }
+    return hex;
+}
+
+// A channel as the broadcast describes it.
+function channelOf(known) {
+    const { onid, tsid, sid, idType, name, type, dsd, majorChannel } = known;
+    return new Channel(
+        { onid, tsid, sid, idType, listed: true },
+        {
+            channelType: type,
+            idType,
+            ccid: ccidOf(known),
+            tunerID: undefined,
+            onid,
+            tsid,
+            sid,
+            name,
+            longName: name,
+            majorChannel,
+            minorChannel: undefined,
+            terminalChannel: majorChannel,
+            dsd: dsd ? bytesOfHex(dsd) : undefined,
+            sourceID: undefined,
+            ipBroadcastID: undefined,
+            manualBlock: false,
+            locked: false,
+        },
+    );
+}
+
+// A channel that no list has: all that is known is what one tunes by.
+function bareChannel(facts) {
+    const { idType, onid, tsid, sid, dsd } = facts;
+    return new Channel(facts, {
+        channelType: undefined,
+        idType,
+        ccid: undefined,
+        onid,
+        tsid,
+        sid,
+        name: undefined,
+        dsd: dsd === undefined ? undefined : bytesOfHex(dsd),
+        manualBlock: false,
+        locked: false,
+    });
+}
+
+// The channels are asked for once, and again after a change of the list.
+let knownChannels = null;
+let channelsByCcid = null;
+onSignal("channelsChanged", () => {
+    knownChannels = null;
+});
+
+function allChannels() {
+    if (!knownChannels) {
+        knownChannels = mapped(tryCall("channels", null, []), channelOf);
+        channelsByCcid = new PrivateMap();
+        for (let index = 0; index < knownChannels.length; ++index) {
+            channelsByCcid.set(ccidOf(channelFacts.get(knownChannels[index])), knownChannels[index]);
+        }
+    }
+    return knownChannels;
+}
+
+// The listed channel of a triplet, a bare one if no list has it, null for none.
+function channelByTriplet(triplet) {
+    if (!triplet) {
+        return null;
+    }
+    allChannels();
+    return channelsByCcid.get(ccidOf(triplet)) || bareChannel({ idType: presentedIdType(), ...triplet });
+}
+
+// How the set receives: that of the channels that are known.
+const presentedIdType = () => (allChannels().length > 0 ? channelFacts.get(allChannels()[0]).idType : undefined);
+
+const presentedChannel = () => channelByTriplet(tryCall("presented", null, null));
+
+class ChannelList extends Collection {
+    #channels;
+
+    constructor(channels) {
+        super(channels);
+        this.#channels = channels;
+    }
+    #first(matches) {
+        return those(this.#channels, (channel) => matches(channelFacts.get(channel)))[0] || null;
+    }
+
+    getChannel(channelId) {
+        return this.#first((facts) => ccidOf(facts) === channelId);
+    }
+    getChannelByTriplet(onid, tsid, sid) {
+        const wanted = { onid: makeNumber(onid), tsid: makeNumber(tsid), sid: makeNumber(sid) };
+        return this.#first((facts) => sameTriplet(facts, wanted));
+    }
+    // Source identifiers are those of ATSC, which no channel here has.
+    getChannelBySourceID() {
+        return null;
+    }
+}
+
+class ChannelConfig extends EventTarget {
+    get channelList() {
+        requireBroadcast();
+        return new ChannelList(allChannels());
+    }
+    get currentChannel() {
+        return state.broadcastRelated ? presentedChannel() : null;
+    }
+}
+defineHandlers(ChannelConfig, { ChannelListUpdate: [] });
+
+let channelConfig = null;
+function theChannelConfig() {
+    channelConfig = channelConfig || new ChannelConfig();
+    return channelConfig;
+}
+onSignal("channelsChanged", () => {
+    if (channelConfig && state.broadcastRelated) {
+        fireLater(channelConfig, "ChannelListUpdate");
+    }
+});
+
+// createChannelObject(): by triplet, or by delivery system descriptor. Null for what cannot be a channel.
+function createChannel(idType, values) {
+    if (idType === idTypes.ID_DVB_SI_DIRECT) {
+        const dsd = hexOfBytes(safeText(values[0]));
+        return dsd && isNumber16(values[1]) ? bareChannel({ idType, dsd, sid: values[1] }) : null;
+    }
+    const onid = values[0];
+    const tsid = values[1];
+    const sid = values[2];
+    if (!isBroadcastIdType(idType) || !isNumber16(onid) || !isNumber16(tsid) || !isNumber16(sid)) {
+        return null;
+    }
+    allChannels();
+    const listed = channelsByCcid.get(ccidOf({ onid, tsid, sid }));
+    return listed && channelFacts.get(listed).idType === idType ? listed : bareChannel({ idType, onid, tsid, sid });
+}
+
+const isNumber16 = (value) => typeof value === "number" && value >= 0 && value <= 0xffff && value % 1 === 0;
+const isBroadcastIdType = (idType) => typeof idType === "number" && idType >= 10 && idType <= 16;

@@ -1,0 +1,26 @@
+// Array-like collections of the interface: length, item(index) and collection[index].
+
+class Collection {
+    #items;
+
+    constructor(items) {
+        this.#items = items;
+        for (let index = 0; index < items.length; ++index) {
+            defineProperty(this, index, { value: items[index], enumerable: true });
+        }
+    }
+
+    get length() {
+        return this.#items.length;
+    }
+
+    item(index) {
+        return nameOfOwn(this.#items, index) ? this.#items[index] : undefined;
+    }
+
+    *[Symbol.iterator]() {
+        for (let index = 0; index < this.#items.length; ++index) {
+            yield this.#items[index];
+        }
+    }
+}
