@@ -72,12 +72,33 @@ gboolean onSignal(gpointer loop) {
     return G_SOURCE_CONTINUE;
 }
 
+/// A new folder that is removed at the end.
+class OwnFolder {
+public:
+    OwnFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "tvbrowser-XXXXXX").string();
+        if (mkdtemp(name.data()) == nullptr) {
+            throw std::runtime_error("cannot make a folder in " + std::filesystem::temp_directory_path().string());
+        }
+        path = name;
+    }
+    OwnFolder(const OwnFolder&) = delete;
+    OwnFolder& operator=(const OwnFolder&) = delete;
+    ~OwnFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+    std::string path;
+};
+
 int run(const Arguments& arguments) {
+    const OwnFolder data;
     GMainLoop* const loop = g_main_loop_new(nullptr, FALSE);
     const std::function<void()> quit = [loop] { g_main_loop_quit(loop); };
     PageViewSettings settings;
     settings.libraryPath = arguments.value("library").value_or(beside("lib/libbrowserdvbapi.so"));
     settings.extensionFolder = arguments.value("extension").value_or(beside("lib/tvbrowser"));
+    settings.dataFolder = data.path;
     settings.softwareVersion = DTV_VERSION;
     Television television(setOf(arguments), settings, say);
     if (const auto application = arguments.value("application")) {

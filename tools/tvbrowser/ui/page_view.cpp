@@ -30,7 +30,12 @@ WebKitSettings* engineSettings(const std::string& softwareVersion) {
 }
 
 WebKitWebContext* contextWith(const PageViewSettings& settings) {
-    WebKitWebContext* const context = webkit_web_context_new_ephemeral();
+    // Not an ephemeral context: the engine keeps the console of such pages to itself.
+    WebKitWebsiteDataManager* const data =
+        webkit_website_data_manager_new("base-data-directory", settings.dataFolder.c_str(), "base-cache-directory",
+                                        settings.dataFolder.c_str(), nullptr);
+    WebKitWebContext* const context = webkit_web_context_new_with_website_data_manager(data);
+    g_object_unref(data);
     webkit_web_context_set_web_extensions_directory(context, settings.extensionFolder.c_str());
     webkit_web_context_set_web_extensions_initialization_user_data(context,
                                                                    g_variant_new_string(settings.libraryPath.c_str()));

@@ -17,6 +17,7 @@ namespace tvbrowser {
 struct PageViewSettings {
     std::string extensionFolder;
     std::string libraryPath;  ///< for the extension
+    std::string dataFolder;   ///< for what pages store, and for the cache
     std::string softwareVersion;
 };
 
