@@ -180,7 +180,7 @@ void ApplicationManager::webProcessDied(Instance instance) {
         return;
     }
     host.log(nameOf(life->application) + " is loaded again: its web process died");
-    Life again;
+    ApplicationLife again;
     again.application = life->application;
     again.application.isVisible = false;
     again.keyset = Keyset::initial(again.application.isBroadcastRelated);

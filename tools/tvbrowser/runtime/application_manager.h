@@ -7,12 +7,12 @@
 #pragma once
 
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "application_choice.h"
 #include "application_host.h"
+#include "application_life.h"
 #include "keyset.h"
 #include "remote.h"
 #include "si/triplet.h"
@@ -72,21 +72,6 @@ public:
     const Applications& signalled() const { return ait; }
 
 private:
-    /// A tune that the page of a broadcast-independent application has asked for.
-    enum class Tune { none, asked, done };
-
-    /// What belongs to the running application and ends with it.
-    struct Life {
-        RunningApplication application;
-        Keyset keyset;
-        std::set<unsigned int> keysDown = {};  ///< keys that the page saw go down
-        bool reportsStart = false;             ///< it was started as a broadcast-related one
-        bool hasReported = false;              ///< the success of its start
-        bool isLoaded = false;
-        bool hasRestarted = false;
-        Tune tune = Tune::none;
-    };
-
     bool isRunning(Instance instance) const { return life && life->application.instance == instance; }
 
     void begin(RunningApplication application);
@@ -114,7 +99,7 @@ private:
     bool isAitKnown = false;  ///< of this channel: it has come, or there is none
     Applications ait;
     std::vector<ApplicationId> declined;  ///< not autostarted again while they stay AUTOSTART on this channel
-    std::optional<Life> life;
+    std::optional<ApplicationLife> life;
     Instance lastInstance = 0;
 };
 

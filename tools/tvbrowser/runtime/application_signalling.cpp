@@ -9,6 +9,8 @@ namespace tvbrowser {
 
 namespace {
 
+using Tune = ApplicationLife::Tune;
+
 /// While the broadcast has not announced its network, any original_network_id matches.
 bool isSameChannel(const si::Triplet& one, const si::Triplet& other) {
     const bool isNetwork =
