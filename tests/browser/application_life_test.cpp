@@ -29,7 +29,7 @@ TEST_F(AnApplication, StartsByItsAutostartAndTheSetIsTold) {
     page("life.html?first");
     EXPECT_EQ(reported("running"), "first");
     EXPECT_TRUE(says("application: started"));
-    EXPECT_TRUE(eventually([this] { return service->log().find("application start status 1") != std::string::npos; }));
+    EXPECT_TRUE(eventually([this] { return service->log().find("application start status 0") != std::string::npos; }));
 }
 
 TEST_F(AnApplication, GetsTheKeysOfItsKeysetAlone) {

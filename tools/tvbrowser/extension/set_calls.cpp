@@ -22,7 +22,8 @@ bool isSignalled(const std::string& url, Broadcast& broadcast) {
         return false;
     }
     const unsigned long application = std::strtoul(end + 1, nullptr, kHexadecimal);
-    for (const nlohmann::json& signalled : broadcast.call("applications", nullptr)["list"]) {
+    const nlohmann::json known = broadcast.call("applications", nullptr);
+    for (const nlohmann::json& signalled : known["list"]) {
         if (signalled["organisation"] == organisation && signalled["application"] == application) {
             return true;
         }
