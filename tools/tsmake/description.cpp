@@ -207,6 +207,28 @@ Event readEvent(JsonReader& in) {
     return event;
 }
 
+Profile readProfile(JsonReader& in) {
+    Profile profile;
+    profile.profile = in.numberOf<std::uint16_t>("profile", profile.profile);
+    profile.major = in.numberOf<std::uint8_t>("major", profile.major);
+    profile.minor = in.numberOf<std::uint8_t>("minor", profile.minor);
+    profile.micro = in.numberOf<std::uint8_t>("micro", profile.micro);
+    return profile;
+}
+
+/// What the application descriptor says beside the label of the transport.
+void readApplicationDescriptor(JsonReader& in, Application& application) {
+    constexpr std::uint64_t kMostVisible = 3;
+    application.isServiceBound = !in.has("serviceBound") || in.flag("serviceBound");
+    application.priority = in.numberOf<std::uint8_t>("priority", application.priority);
+    application.visibility =
+        static_cast<std::uint8_t>(in.number("visibility", 0, kMostVisible, application.visibility));
+    if (in.has("profiles")) {
+        application.profiles.clear();
+        in.list("profiles", [&](JsonReader& one) { application.profiles.push_back(readProfile(one)); });
+    }
+}
+
 /// Control codes in the order of TS 102 809, table 3; the first has code 1.
 Application readApplication(JsonReader& in) {
     constexpr std::array<const char*, 8> kControls = {"autostart", "present", "destroy",  "kill",
@@ -219,6 +241,7 @@ Application readApplication(JsonReader& in) {
     application.urlBase = in.text("urlBase");
     application.initialPath = in.text("path");
     in.texts("boundaries", application.boundaries);
+    readApplicationDescriptor(in, application);
     return application;
 }
 

@@ -14,6 +14,14 @@ namespace tsmake {
 /// Seconds from the start of the broadcast. Each state of a table has the second in which it begins.
 using Second = unsigned int;
 
+/// A platform profile that an application needs, with its version (TS 102 809, clause 5.3.5.3).
+struct Profile {
+    std::uint16_t profile = 0;  ///< 0 is the basic one
+    std::uint8_t major = 1;
+    std::uint8_t minor = 2;
+    std::uint8_t micro = 1;
+};
+
 struct Application {
     std::uint32_t organisationId = 0;
     std::uint16_t applicationId = 0;
@@ -22,6 +30,10 @@ struct Application {
     std::string urlBase;
     std::string initialPath;
     std::vector<std::string> boundaries = {};  ///< URL prefixes beyond the origin of urlBase
+    bool isServiceBound = true;
+    std::uint8_t priority = 1;
+    std::uint8_t visibility = 3;  ///< two bits: 0 to nobody, 1 to applications, 3 to users too
+    std::vector<Profile> profiles = {Profile{}};
 };
 
 /// One version of the AIT, valid from `second` on.

@@ -120,8 +120,21 @@ void writeTransportStream(SectionWriter& writer, std::uint16_t tsid, std::uint16
     writer.u16(tsid).u16(onid).open12().text(deliverySystem).close();
 }
 
-void writeApplication(SectionWriter& writer, const Application& application) {
+void writeApplicationDescriptor(SectionWriter& writer, const Application& application, unsigned int label) {
     constexpr std::uint8_t kApplicationDescriptor = 0x00;
+    constexpr unsigned int kProfileSize = 5;
+    constexpr unsigned int kReservedBits = 0x1F;
+    writer.openDescriptor(kApplicationDescriptor);
+    writer.u8(static_cast<unsigned int>(application.profiles.size()) * kProfileSize);
+    for (const Profile& profile : application.profiles) {
+        writer.u16(profile.profile).u8(profile.major).u8(profile.minor).u8(profile.micro);
+    }
+    const unsigned int serviceBound = application.isServiceBound ? 1 : 0;
+    writer.u8(serviceBound << 7U | static_cast<unsigned int>(application.visibility) << 5U | kReservedBits);
+    writer.u8(application.priority).u8(label).close();
+}
+
+void writeApplication(SectionWriter& writer, const Application& application) {
     constexpr std::uint8_t kNameDescriptor = 0x01;
     constexpr std::uint8_t kTransportDescriptor = 0x02;
     constexpr std::uint8_t kLocationDescriptor = 0x15;
@@ -129,8 +142,7 @@ void writeApplication(SectionWriter& writer, const Application& application) {
     constexpr unsigned int kHttp = 0x0003;
     constexpr unsigned int kLabel = 1;
     writer.u32(application.organisationId).u16(application.applicationId).u8(application.controlCode).open12();
-    // One profile, version 1.2.1; service-bound; visible to users and applications; priority 1.
-    writer.openDescriptor(kApplicationDescriptor).u8(5).u16(0).u8(1).u8(2).u8(1).u8(0xFF).u8(1).u8(kLabel).close();
+    writeApplicationDescriptor(writer, application, kLabel);
     writer.openDescriptor(kNameDescriptor).text("eng").lengthText(application.name).close();
     writer.openDescriptor(kTransportDescriptor).u16(kHttp).u8(kLabel);
     writer.lengthText(application.urlBase).u8(0).close();

@@ -30,6 +30,13 @@ std::string errorOfService(const std::string& members) {
     return errorOf(R"({"originalNetworkId": 1, "transportStreamId": 1, "services": [{"id": 1, )" + members + "}]}");
 }
 
+/// The error for a description whose only application has these members.
+std::string errorOfApplication(const std::string& members) {
+    return errorOfService(R"("ait": {"versions": [{"version": 0, "applications": [{"organisation": 1, "id": 1,
+        "control": "present", "urlBase": "http://a.example/", "path": "", )" +
+                          members + "}]}]}");
+}
+
 }  // namespace
 
 TEST(ADescription, NamesEachPartOfAnObjectsPath) {
@@ -72,6 +79,13 @@ TEST(ADescription, MayHoldEverything) {
     EXPECT_EQ(first.events[2].duration, 3600U);
     ASSERT_EQ(first.ait.versions.size(), 2U);
     EXPECT_EQ(first.ait.versions[1].applications[0].controlCode, 4);
+    const tsmake::Application& application = first.ait.versions[1].applications[1];
+    EXPECT_FALSE(application.isServiceBound);
+    EXPECT_EQ(application.priority, 7);
+    EXPECT_EQ(application.visibility, 1);
+    ASSERT_EQ(application.profiles.size(), 2U);
+    EXPECT_EQ(application.profiles[0].minor, 6);
+    EXPECT_EQ(application.profiles[1].profile, 2);
     EXPECT_EQ(first.ait.end, 6U);
     EXPECT_TRUE(first.ait.emptySignalling);
     EXPECT_EQ(first.streamEvents.object, "events/goals");
@@ -157,6 +171,14 @@ TEST(ADescription, IsRefusedWithThePlaceInAService) {
     EXPECT_EQ(errorOfService(R"("silent": 1)"), "services[0].silent: 1 is neither true nor false");
     EXPECT_EQ(errorOfService(R"("ait": {"versions": [{"second": 2, "version": 1}, {"second": 1, "version": 2}]})"),
               "services[0].ait.versions[1].second: is earlier than the one before");
+    EXPECT_EQ(errorOfApplication(R"("serviceBound": 0)"),
+              "services[0].ait.versions[0].applications[0].serviceBound: 0 is neither true nor false");
+    EXPECT_EQ(errorOfApplication(R"("priority": 256)"),
+              "services[0].ait.versions[0].applications[0].priority: 256 is not a whole number from 0 to 255");
+    EXPECT_EQ(errorOfApplication(R"("visibility": 4)"),
+              "services[0].ait.versions[0].applications[0].visibility: 4 is not a whole number from 0 to 3");
+    EXPECT_EQ(errorOfApplication(R"("profiles": [{"version": "1.2.1"}])"),
+              "services[0].ait.versions[0].applications[0].profiles[0].version: is no known key");
     EXPECT_EQ(errorOfService(R"("privateSections": [{"size": 5000}])"),
               "services[0].privateSections[0].size: 5000 is not a whole number from 16 to 4096");
     EXPECT_EQ(errorOfService(R"("carousels": [{}])"), "services[0].carousels[0].folder: is missing, and versions too");

@@ -16,6 +16,7 @@ TEST(AnOrigin, IsSchemeHostAndPort) {
 
 TEST(AnOrigin, HasNoUser) {
     EXPECT_EQ(originOf("http://a.example:80@b.example/"), "http://b.example:80");
+    EXPECT_EQ(originOf("http://u:p@a.example@b.example"), "http://b.example:80");
     EXPECT_EQ(originOf("http://b.example/@a.example"), "http://b.example:80");
 }
 

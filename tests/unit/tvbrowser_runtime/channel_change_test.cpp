@@ -124,6 +124,14 @@ TEST_F(AChannelChange, ToTheSameChannelChangesNothing) {
     EXPECT_THAT(host.news(), are());
 }
 
+TEST_F(AChannelChange, StartsOnTheNextChannelWhatTheUserHasLeftOnTheOneBefore) {
+    runA();
+    manager.exit();
+    host.news();
+    present(kTwo, {signalled(kA, ControlCode::autostart)});
+    EXPECT_THAT(host.news(), are("load 2 " + kUrlA));
+}
+
 TEST_F(AChannelChange, BackStartsTheAutostartAgain) {
     runA();
     manager.exit();

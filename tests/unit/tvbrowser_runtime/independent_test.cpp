@@ -70,6 +70,14 @@ TEST_F(AnIndependentApplication, StaysIndependentWhenItsTuneFails) {
     EXPECT_THAT(host.news(), are());
 }
 
+TEST_F(AnIndependentApplication, StaysIndependentWhenItsTuneLeadsNowhere) {
+    present(kOne, {signalled(kA, ControlCode::present)});
+    runIndependent(kUrlA);
+    manager.tuneRequested(1);
+    manager.channelChanged(true, std::nullopt);
+    EXPECT_THAT(host.news(), are());
+}
+
 TEST_F(AnIndependentApplication, IsNotJoinedToTheChannelThatItsTuneLeaves) {
     present(kOne, {});
     runIndependent(kUrlA);
@@ -121,6 +129,13 @@ TEST_F(ARelatedApplication, ThatLeftTheBroadcastComesBackByATune) {
     host.news();
     present(kTwo, {signalled(kA, ControlCode::present)});
     EXPECT_THAT(host.news(), are("changed visible related"));
+}
+
+TEST_F(ARelatedApplication, IsToldNothingWhenItTunesToWhereItGoesOn) {
+    runA();
+    manager.tuneRequested(1);
+    present(kTwo, {signalled(kA, ControlCode::present)});
+    EXPECT_THAT(host.news(), are());
 }
 
 TEST_F(ARelatedApplication, EndsWhenItsOwnTuneLeadsWhereItIsNotSignalled) {

@@ -1,6 +1,9 @@
 // Keysets, and the keys of the remote control.
 #include <gmock/gmock.h>
 
+#include <map>
+#include <set>
+
 #include "remote.h"
 
 namespace tvbrowser {

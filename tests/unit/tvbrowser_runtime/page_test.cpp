@@ -17,6 +17,7 @@ TEST_F(APage, ThatIsLoadedIsReportedOnce) {
     EXPECT_THAT(host.news(), are("started"));
     manager.pageLoaded(1);
     EXPECT_THAT(host.news(), are());
+    EXPECT_THAT(host.lines, are("application 190.1 starts: " + kUrlA, "application 190.1 is loaded"));
 }
 
 TEST_F(APage, ThatDoesNotLoadEndsItsApplication) {

@@ -64,6 +64,12 @@ TEST_F(ARequest, StartsASignalledApplicationByTheUrlOfItsEntryPoint) {
     EXPECT_EQ(manager.running()->id, kB);
 }
 
+TEST_F(ARequest, StartsABroadcastIndependentApplicationByTheUrlOfOneThatMayNotRun) {
+    manager.aitReceived({signalled(kA, ControlCode::autostart), signalled(kB, ControlCode::kill)});
+    EXPECT_TRUE(manager.createApplication(1, kUrlB));
+    EXPECT_FALSE(manager.running()->isBroadcastRelated);
+}
+
 TEST_F(ARequest, RefusesUrlsOfOtherKinds) {
     for (const char* url : {"", "page.html", "file:///etc/passwd", "javascript:1", "about:blank"}) {
         EXPECT_FALSE(manager.createApplication(1, url)) << url;

@@ -98,6 +98,14 @@ TEST_F(AChangedAit, StartsAnAutostartThatIsNewAfterTheUserHasLeftAnother) {
     EXPECT_THAT(host.news(), are("unload", "load 2 " + kUrlB));
 }
 
+TEST_F(AChangedAit, IsNoneWhenItComesAgain) {
+    SignalledApplication newer = signalled(kA, ControlCode::autostart);
+    newer.profiles = {{0, 9, 0, 0}};
+    present(kOne, {newer});
+    manager.aitReceived({newer});
+    EXPECT_THAT(host.lines, testing::SizeIs(1)) << "the reason is said once";
+}
+
 TEST_F(AChangedAit, DoesNotEndABroadcastIndependentApplication) {
     runIndependent();
     present(kOne, {signalled(kA, ControlCode::autostart)});

@@ -2,6 +2,7 @@
 #include "keyset.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "remote.h"
 
