@@ -19,12 +19,14 @@ const startsWith = uncurry(String.prototype.startsWith);
 const inBase = uncurry(Number.prototype.toString);
 const letterOf = String.fromCharCode;
 const matchOf = uncurry(RegExp.prototype.exec);
+const { floor, random, round } = Math;
 const decodeUri = decodeURIComponent;
 
 const getAttribute = uncurry(Element.prototype.getAttribute);
 const setAttribute = uncurry(Element.prototype.setAttribute);
 const removeAttribute = uncurry(Element.prototype.removeAttribute);
-const createElement = (name) => apply(Document.prototype.createElement, document, [name]);
+const createIn = uncurry(Document.prototype.createElementNS);
+const createElement = (name) => createIn(document, "http://www.w3.org/1999/xhtml", name);
 const boxOf = uncurry(Element.prototype.getBoundingClientRect);
 const isAttached = uncurry(getOwnPropertyDescriptor(Node.prototype, "isConnected").get);
 const appendTo = uncurry(Node.prototype.appendChild);
@@ -75,6 +77,28 @@ function mapped(list, change) {
         append(made, change(list[index], index));
     }
     return made;
+}
+
+const namesOf = Object.keys;
+
+// Calls with name and value of each property of an object of ours; what a page adds to Object.prototype is not among them.
+function each(object, action) {
+    const names = namesOf(object);
+    for (let index = 0; index < names.length; ++index) {
+        action(names[index], object[names[index]]);
+    }
+}
+
+// Gives an object properties that pages read.
+function defineFields(target, fields, { writable = false, configurable = false } = {}) {
+    each(fields, (name, value) => defineProperty(target, name, { value, enumerable: true, writable, configurable }));
+}
+
+// The elements of both lists.
+function both(first, second) {
+    const all = those(first, () => true);
+    mapped(second, (value) => append(all, value));
+    return all;
 }
 
 // The text of anything; a page's toString may throw.

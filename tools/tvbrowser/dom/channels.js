@@ -29,16 +29,11 @@ const channelFacts = new PrivateWeakMap(); // Channel -> what it was made of, wh
 class Channel {
     constructor(facts, fields) {
         channelFacts.set(this, facts);
-        for (const name in fields) {
-            defineProperty(this, name, { value: fields[name], writable: true, enumerable: true, configurable: true });
-        }
+        defineFields(this, fields, { writable: true, configurable: true });
     }
 }
-for (const constants of [channelTypes, idTypes]) {
-    for (const name in constants) {
-        defineProperty(Channel.prototype, name, { value: constants[name], enumerable: true });
-    }
-}
+defineFields(Channel.prototype, channelTypes);
+defineFields(Channel.prototype, idTypes);
 
 // The bytes of a text of hexadecimal digits, one character each.
 function bytesOfHex(hex) {
