@@ -40,7 +40,11 @@ const report = typeof reportError === "function" ? reportError : (error) => nati
 
 // A copy of a class of the language that no page reaches, so that its methods stay what they are.
 function privateCopy(Original) {
-    class Copy extends Original {}
+    class Copy extends Original {
+        constructor(value) {
+            super(value); // one made by the language would pass its arguments on by way of the page's iterators
+        }
+    }
     for (const name of getOwnPropertyNames(Original.prototype)) {
         if (name !== "constructor") {
             defineProperty(Copy.prototype, name, getOwnPropertyDescriptor(Original.prototype, name));
@@ -54,9 +58,18 @@ const PrivateMap = privateCopy(Map);
 const PrivateWeakMap = privateCopy(WeakMap);
 const PrivateWeakRef = privateCopy(WeakRef);
 
-// Appends to a list of ours; a page's setter on Object.prototype is not called.
+// Defines a property that pages see. What a page adds to Object.prototype takes no part in it.
+function defineField(target, name, value, isWritable = false) {
+    const field = create(null);
+    field.value = value;
+    field.enumerable = true;
+    field.writable = field.configurable = isWritable;
+    defineProperty(target, name, field);
+}
+
+// Appends to a list of ours.
 function append(list, value) {
-    defineProperty(list, list.length, { value, writable: true, enumerable: true, configurable: true });
+    defineField(list, list.length, value, true);
 }
 
 // The elements of a list for which `keep` holds.
@@ -89,9 +102,8 @@ function each(object, action) {
     }
 }
 
-// Gives an object properties that pages read.
-function defineFields(target, fields, { writable = false, configurable = false } = {}) {
-    each(fields, (name, value) => defineProperty(target, name, { value, enumerable: true, writable, configurable }));
+function defineFields(target, fields, isWritable) {
+    each(fields, (name, value) => defineField(target, name, value, isWritable));
 }
 
 // The elements of both lists.

@@ -29,7 +29,7 @@ const channelFacts = new PrivateWeakMap(); // Channel -> what it was made of, wh
 class Channel {
     constructor(facts, fields) {
         channelFacts.set(this, facts);
-        defineFields(this, fields, { writable: true, configurable: true });
+        defineFields(this, fields, true);
     }
 }
 defineFields(Channel.prototype, channelTypes);
@@ -158,6 +158,9 @@ class ChannelList extends Collection {
 }
 
 class ChannelConfig extends EventTarget {
+    constructor() {
+        super(); // see privateCopy()
+    }
     get channelList() {
         requireBroadcast();
         return new ChannelList(allChannels());
@@ -179,15 +182,12 @@ onSignal("channelsChanged", () => {
     }
 });
 
-// createChannelObject(): by triplet, or by delivery system descriptor. Null for what cannot be a channel.
-function createChannel(idType, values) {
-    if (idType === idTypes.ID_DVB_SI_DIRECT) {
-        const dsd = hexOfBytes(safeText(values[0]));
-        return dsd && isNumber16(values[1]) ? bareChannel({ idType, dsd, sid: values[1] }) : null;
-    }
-    const onid = values[0];
-    const tsid = values[1];
-    const sid = values[2];
+// Null for what cannot be a channel.
+function createChannelByDescriptor(dsd, sid) {
+    const bytes = hexOfBytes(safeText(dsd));
+    return bytes && isNumber16(sid) ? bareChannel({ idType: idTypes.ID_DVB_SI_DIRECT, dsd: bytes, sid }) : null;
+}
+function createChannel(idType, onid, tsid, sid) {
     if (!isBroadcastIdType(idType) || !isNumber16(onid) || !isNumber16(tsid) || !isNumber16(sid)) {
         return null;
     }

@@ -27,7 +27,7 @@ function handlerOf(target, event) {
 // An event with the fields as its properties.
 function makeEvent(name, fields) {
     const event = new DomEvent(name);
-    defineFields(event, fields, { configurable: true });
+    defineFields(event, fields);
     return event;
 }
 

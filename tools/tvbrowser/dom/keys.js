@@ -36,6 +36,6 @@ function defineGlobal(name, value) {
 }
 
 const keyEvent = {};
-defineFields(keyEvent, keyCodes, { writable: true, configurable: true });
+defineFields(keyEvent, keyCodes, true);
 each(keyCodes, defineGlobal);
 defineGlobal("KeyEvent", keyEvent);

@@ -13,7 +13,7 @@ function defineType(mimeTypes, Class) {
     const kind = { Class, members: create(null), handlers: create(null) };
     mapped(getOwnPropertyNames(Class.prototype), (name) => {
         if (name !== "constructor") {
-            kind.members[name] = getOwnPropertyDescriptor(Class.prototype, name);
+            kind.members[name] = memberOf(Class.prototype, name);
             exposeMember(name);
         }
     });
@@ -24,6 +24,12 @@ function defineType(mimeTypes, Class) {
     mapped(mimeTypes, (mimeType) => {
         types[lowerCase(mimeType)] = kind;
     });
+}
+
+// The descriptor of a prototype's own member, without what a page adds to Object.prototype; undefined if there is none.
+function memberOf(prototype, name) {
+    const member = getOwnPropertyDescriptor(prototype, name);
+    return member && setPrototypeOf(member, null);
 }
 
 function isDefinedType(mimeType) {
@@ -112,7 +118,7 @@ function writeMember(element, name, value) {
 
 function exposeMember(name) {
     const prototype = HTMLObjectElement.prototype;
-    const present = getOwnPropertyDescriptor(prototype, name);
+    const present = memberOf(prototype, name);
     if (exposed[name]) {
         return;
     }

@@ -43,7 +43,7 @@ class SearchResults {
         results.#offset = offset;
         results.#window = those(found, (programme, at) => at >= offset && at < offset + count);
         for (let index = 0; index < results.#window.length; ++index) {
-            defineProperty(results, index, { value: results.#window[index], enumerable: true, configurable: true });
+            defineField(results, index, results.#window[index], true);
         }
     }
 }

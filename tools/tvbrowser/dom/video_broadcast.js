@@ -62,8 +62,11 @@ class VideoBroadcast {
         requireBroadcast();
         return theChannelConfig();
     }
-    createChannelObject(idType, ...values) {
-        return createChannel(idType, values);
+    // Of (ID_DVB_SI_DIRECT, delivery system descriptor, service), or of (kind of reception, triplet).
+    createChannelObject(idType, first, second, third) {
+        return idType === idTypes.ID_DVB_SI_DIRECT
+            ? createChannelByDescriptor(first, second)
+            : createChannel(idType, first, second, third);
     }
 
     get programmes() {
