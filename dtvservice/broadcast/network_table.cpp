@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "si/delivery_system.h"
+
 namespace broadcast {
 
 std::optional<si::Nit> NetworkTable::onNitSection(si::Bytes section) {
@@ -42,19 +44,14 @@ NetworkTable::Stream* NetworkTable::streamOf(std::uint16_t networkId, std::uint1
 }
 
 void NetworkTable::add(const si::Nit::TransportStream& stream) {
-    constexpr std::uint8_t kServiceList = 0x41;
-    constexpr std::size_t kEntry = 3;
     Stream* const known = streamOf(stream.originalNetworkId, stream.transportStreamId);
     if (known == nullptr) {
         return;
     }
     known->descriptors = stream.descriptors;
-    for (const si::Descriptor& descriptor : stream.descriptors) {
-        for (std::size_t at = 0; descriptor.tag == kServiceList && at + kEntry <= descriptor.bytes.size();
-             at += kEntry) {
-            if (known->listed.size() < kMostServices) {
-                known->listed.insert(wordAt(descriptor.bytes, at));
-            }
+    for (const si::ListedService& service : si::serviceList(stream.descriptors)) {
+        if (known->listed.size() < kMostServices) {
+            known->listed.insert(service.serviceId);
         }
     }
 }

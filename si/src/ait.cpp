@@ -14,7 +14,9 @@ constexpr std::uint8_t kApplicationDescriptor = 0x00;
 constexpr std::uint8_t kNameDescriptor = 0x01;
 constexpr std::uint8_t kTransportDescriptor = 0x02;
 constexpr std::uint8_t kLocationDescriptor = 0x15;
+constexpr std::uint8_t kUsageDescriptor = 0x16;
 constexpr std::uint8_t kBoundaryDescriptor = 0x17;
+constexpr std::uint16_t kProtocolCarousel = 0x0001;
 constexpr std::uint16_t kProtocolHttp = 0x0003;
 constexpr std::size_t kHeader = 8;
 constexpr std::size_t kCrc = 4;
@@ -32,6 +34,16 @@ void readNames(Bytes bytes, Ait::Application& application) {
     }
 }
 
+/// The component_tag of a carousel that no other service has (TS 102 809, clause 5.3.6.1).
+std::optional<std::uint8_t> carouselTag(Cursor& selector) {
+    constexpr std::uint64_t kRemoteConnection = 0x80;
+    if ((selector.number(1) & kRemoteConnection) != 0) {
+        return std::nullopt;
+    }
+    const auto tag = static_cast<std::uint8_t>(selector.number(1));
+    return selector.good() ? std::optional(tag) : std::nullopt;
+}
+
 void readTransport(Bytes bytes, Ait::Application& application) {
     Cursor cursor(bytes);
     Ait::Transport transport;
@@ -39,6 +51,8 @@ void readTransport(Bytes bytes, Ait::Application& application) {
     transport.label = static_cast<std::uint8_t>(cursor.number(1));
     if (transport.protocolId == kProtocolHttp) {
         transport.urlBase = plainText(cursor.takeShort());
+    } else if (transport.protocolId == kProtocolCarousel) {
+        transport.componentTag = carouselTag(cursor);
     }
     if (cursor.good()) {
         application.transports.push_back(transport);
@@ -46,10 +60,12 @@ void readTransport(Bytes bytes, Ait::Application& application) {
 }
 
 /// The application descriptor: profiles, a byte of flags, the priority (TS 102 809, clause 5.3.5.3).
-void readProfiles(Bytes bytes, Ait::Application& application) {
+void readApplicationDescriptor(Bytes bytes, Ait::Application& application) {
     Cursor cursor(bytes);
     Cursor profiles(cursor.takeShort());
-    cursor.take(1);
+    const std::uint64_t flags = cursor.number(1);
+    application.isServiceBound = (flags & 0x80U) != 0;
+    application.visibility = static_cast<std::uint8_t>(flags >> 5U & 0x03U);
     application.priority = static_cast<std::uint8_t>(cursor.number(1));
     while (profiles.left() != 0 && profiles.good()) {
         Ait::Profile profile;
@@ -83,7 +99,9 @@ void readApplicationDescriptors(Ait::Application& application) {
         } else if (descriptor.tag == kLocationDescriptor) {
             application.initialPath = plainText(descriptor.bytes);
         } else if (descriptor.tag == kApplicationDescriptor) {
-            readProfiles(descriptor.bytes, application);
+            readApplicationDescriptor(descriptor.bytes, application);
+        } else if (descriptor.tag == kUsageDescriptor && !descriptor.bytes.empty()) {
+            application.usage = descriptor.bytes[0];
         } else if (descriptor.tag == kBoundaryDescriptor) {
             readBoundaries(descriptor.bytes, application);
         }

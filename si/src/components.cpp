@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::uint8_t kPesPrivate = 0x06;
 constexpr std::uint8_t kCaDescriptor = 0x09;
+constexpr std::uint8_t kLanguageDescriptor = 0x0A;
 constexpr std::uint8_t kComponentDescriptor = 0x50;
 constexpr std::uint8_t kTeletextDescriptor = 0x56;
 constexpr std::uint8_t kSubtitlingDescriptor = 0x59;
@@ -118,12 +119,48 @@ std::uint16_t audioChannels(const Pmt::Stream& stream, EventComponent told) {
     return kByType[told.type - 1];
 }
 
-/// Languages of the subtitle pages of a teletext stream, each page once. Only teletext_type 2 and 5 (hard of hearing)
-/// are subtitles (EN 300 468, clause 6.2.43).
-std::vector<std::string> subtitlePageLanguages(const Pmt::Stream& stream) {
+/// By the audio_type of the language descriptor (ISO/IEC 13818-1, clause 2.6.19) or the editorial classification of the
+/// supplementary audio descriptor (EN 300 468, clause 6.4.11).
+bool hasAudioDescription(const Pmt::Stream& stream) {
+    constexpr std::size_t kAudioTypeAt = 3;
+    constexpr std::uint8_t kVisualImpairedCommentary = 0x03;
+    constexpr std::uint8_t kSupplementaryAudio = 0x06;
+    constexpr std::uint8_t kEditorialClassification = 0x1F;
+    return std::any_of(stream.descriptors.begin(), stream.descriptors.end(), [](const Descriptor& descriptor) {
+        const std::vector<std::uint8_t>& bytes = descriptor.bytes;
+        if (descriptor.tag == kExtensionDescriptor) {
+            return bytes.size() > 1 && bytes[0] == kSupplementaryAudio &&
+                   (bytes[1] >> 2U & kEditorialClassification) == 1;
+        }
+        return descriptor.tag == kLanguageDescriptor && bytes.size() > kAudioTypeAt &&
+               bytes[kAudioTypeAt] == kVisualImpairedCommentary;
+    });
+}
+
+/// What the list says of one subtitle component.
+struct Subtitles {
+    std::string language;
+    bool hearingImpaired = false;
+};
+
+/// By the subtitling_type (EN 300 468, clause 6.2.41 and table 26).
+Subtitles dvbSubtitles(const Pmt::Stream& stream) {
+    constexpr std::size_t kTypeAt = 3;
+    constexpr std::uint8_t kFirstForHardOfHearing = 0x20;
+    constexpr std::uint8_t kLastForHardOfHearing = 0x26;
+    const Descriptor* const descriptor = find(stream.descriptors, kSubtitlingDescriptor);
+    const std::uint8_t type =
+        descriptor == nullptr || descriptor->bytes.size() <= kTypeAt ? std::uint8_t{0} : descriptor->bytes[kTypeAt];
+    return {language(stream), type >= kFirstForHardOfHearing && type <= kLastForHardOfHearing};
+}
+
+/// The subtitle pages of a teletext stream, each page once. Only teletext_type 2 and 5 (hard of hearing) are subtitles
+/// (EN 300 468, clause 6.2.43).
+std::vector<Subtitles> subtitlePages(const Pmt::Stream& stream) {
     constexpr std::size_t kPage = 5;
     constexpr std::size_t kLanguage = 3;
-    std::vector<std::string> languages;
+    constexpr std::uint64_t kForHardOfHearing = 5;
+    std::vector<Subtitles> all;
     std::set<std::uint64_t> pages;
     for (const Descriptor& descriptor : stream.descriptors) {
         Cursor cursor(descriptor.bytes);
@@ -131,12 +168,12 @@ std::vector<std::string> subtitlePageLanguages(const Pmt::Stream& stream) {
             const std::string language = plainText(cursor.take(kLanguage));
             const std::uint64_t typeAndPage = cursor.number(2);
             const std::uint64_t type = typeAndPage >> 11U;
-            if ((type == 2 || type == 5) && pages.insert(typeAndPage & 0x07FFU).second) {
-                languages.push_back(language);
+            if ((type == 2 || type == kForHardOfHearing) && pages.insert(typeAndPage & 0x07FFU).second) {
+                all.push_back({language, type == kForHardOfHearing});
             }
         }
     }
-    return languages;
+    return all;
 }
 
 }  // namespace
@@ -159,11 +196,13 @@ std::vector<Component> components(const Pmt& pmt, const Descriptors& presentEven
             component.aspectRatio = aspectRatio(told);
         } else if (*type == ComponentType::audio) {
             component.audioChannels = audioChannels(stream, told);
+            component.audioDescription = hasAudioDescription(stream);
         }
         const bool isTeletext = component.encoding == kTeletextEncoding;
-        for (std::string& each : isTeletext ? subtitlePageLanguages(stream) : std::vector{language(stream)}) {
+        for (const Subtitles& each : isTeletext ? subtitlePages(stream) : std::vector{dvbSubtitles(stream)}) {
             component.index = static_cast<std::uint16_t>(list.size());
-            component.language = std::move(each);
+            component.language = each.language;
+            component.hearingImpaired = each.hearingImpaired;
             list.push_back(component);
         }
     }

@@ -46,9 +46,9 @@ void readService(const Descriptors& descriptors, Sdt::Service& service) {
     }
 }
 
-void readShortEvent(const Descriptors& descriptors, Eit::Event& event) {
+void readShortEvent(Eit::Event& event) {
     constexpr std::size_t kLanguage = 3;
-    for (const Descriptor& descriptor : descriptors) {
+    for (const Descriptor& descriptor : event.descriptors) {
         if (descriptor.tag == kShortEventDescriptor && descriptor.bytes.size() > kLanguage) {
             event.language.assign(descriptor.bytes.begin(), descriptor.bytes.begin() + kLanguage);
             std::size_t at = kLanguage;
@@ -116,6 +116,9 @@ std::optional<Nit> parseNit(Bytes section, std::string& error) {
     }
     Nit nit;
     nit.networkId = nit_get_nid(bytes.data());
+    nit.version = psi_get_version(bytes.data());
+    nit.sectionNumber = psi_get_section(bytes.data());
+    nit.lastSectionNumber = psi_get_lastsection(bytes.data());
     nit.descriptors = descriptorsOf(nit_get_descs(bytes.data()) + DESCS_HEADER_SIZE, nit_get_desclength(bytes.data()));
     forEachEntryWithLoop(bytes, NIT_TS_SIZE, nit_get_ts, [&nit](std::uint8_t* stream) {
         nit.transportStreams.push_back(
@@ -166,6 +169,8 @@ std::optional<Eit> parseEit(Bytes section, std::string& error) {
     eit.originalNetworkId = eit_get_onid(bytes.data());
     eit.version = psi_get_version(bytes.data());
     eit.sectionNumber = psi_get_section(bytes.data());
+    eit.lastSectionNumber = psi_get_lastsection(bytes.data());
+    eit.segmentLastSectionNumber = eit_get_segment_last_sec_number(bytes.data());
     forEachEntryWithLoop(bytes, EIT_EVENT_SIZE, eit_get_event, [&](std::uint8_t* entry) {
         constexpr std::size_t kStartAt = 2;
         constexpr std::size_t kDurationAt = 7;
@@ -175,8 +180,9 @@ std::optional<Eit> parseEit(Bytes section, std::string& error) {
         event.durationSeconds = fromBcd(entry[kDurationAt]) * 3600U + fromBcd(entry[kDurationAt + 1]) * 60U +
                                 fromBcd(entry[kDurationAt + 2]);
         event.runningStatus = eitn_get_running(entry);
-        readShortEvent(descriptorsOf(eitn_get_descs(entry) + DESCS_HEADER_SIZE, eitn_get_desclength(entry)), event);
-        eit.events.push_back(event);
+        event.descriptors = descriptorsOf(eitn_get_descs(entry) + DESCS_HEADER_SIZE, eitn_get_desclength(entry));
+        readShortEvent(event);
+        eit.events.push_back(std::move(event));
     });
     return eit;
 }

@@ -5,7 +5,9 @@ usage() {
     cat <<TEXT
 usage: ./run demo [FILE.ts] [--service ONID:TSID:SID]...
                                                      watch a browser process follow a broadcast (the sample, or FILE)
-       ./run test [--preset NAME] [--all] [ctest arguments]
+       ./run tv [FILE.ts] [--application URL] [--screenshot OUT.png]
+                                                     a television in a web engine, with a page to watch and use it
+       ./run test [--preset NAME] [--all] [--browser] [ctest arguments]
                                                      build and run the test suite; --all: also what other presets test
        ./run build [--preset NAME]                   build everything
        ./run coverage [ctest arguments]              which lines and branches the test suite executes, by file
@@ -34,11 +36,22 @@ arrives and a summary. The exit code is 1 if something is missing.
   --service ONID:TSID:SID   a service to show, as often as needed; without it up to four are chosen
 TEXT
         ;;
+    tv) cat <<TEXT
+usage: ./run tv [FILE.ts] [--application URL] [--screenshot OUT.png]
+Plays a broadcast and starts the HbbTV applications that it signals in a web engine, WPE WebKit, on the library. It
+installs the engine first, and says how large it is. It prints the address of a page that shows the television's screen,
+with a remote control, the applications and a log; open it in any browser, also through an ssh tunnel. Ctrl-C ends it.
+  FILE.ts             the broadcast; without it the sample, whose first service has an application of this project
+  --application URL   in the sample: this application instead
+  --screenshot FILE   write what the screen shows when the application has drawn itself, and end
+TEXT
+        ;;
     test) cat <<TEXT
-usage: ./run test [--preset NAME] [--all] [ctest arguments]
+usage: ./run test [--preset NAME] [--all] [--browser] [ctest arguments]
 Builds everything with the preset and runs the tests. A test that fails runs once more, alone.
   --preset NAME      one of: $presets; host if not given
   --all              also the long tests of other presets
+  --browser          install the web engine first, so that the tests with it run; without it they are skipped
   ctest arguments    all others go to ctest: -R PATTERN selects tests by name, -N lists them, -V prints their output
 TEXT
         ;;

@@ -29,6 +29,16 @@ test_packages=(
     abigail-tools # description and comparison of binary interfaces
     "${pack_packages[@]}" # a test makes the Debian package
 )
+browser_packages=(
+    libwpewebkit-1.1-dev       # the engine
+    libwpebackend-fdo-1.0-dev  # drawing without a display
+    libgl1-mesa-dri            # drawing without a GPU
+    libpng-dev                 # screenshots
+    fonts-dejavu-core          # texts of pages
+    gstreamer1.0-plugins-base  # the engine's media
+    pkgconf                    # finds them
+    python3                    # serves the pages of the tests
+)
 bench_packages=(
     libbenchmark-dev # the framework of the measurements
     libsystemd-dev   # sd-bus, measured beside the messages
@@ -76,6 +86,13 @@ cannot_install() {
   ${sudo}apt-get update && ${sudo}apt-get install -y --no-install-recommends $(missing_of "$@" "${first_packages[@]}")"
 }
 
+# size_of COMMAND...: prints what apt-get's command would download and install, if it says so.
+size_of() {
+    "$@" 2>/dev/null </dev/null | awk '/^Need to get / { sub(/ of archives\.$/, ""); got = substr($0, 13) }
+        / newly installed/ { count = $3 }
+        /^After this operation/ { printf "run: %d packages, %s to download, %s %s on disk\n", count, got, $4, $5 }' || true
+}
+
 # need PACKAGE...: installs those that are missing.
 need() {
     local missing log=$root/build/apt.log as_root=()
@@ -92,6 +109,7 @@ need() {
     echo "run: missing packages: $*"
     watched "updating the package lists" far_unknown "$log" "${as_root[@]}" env LC_ALL=C apt-get -q update ||
         fail_with "$log" "apt-get update failed"
+    size_of "${as_root[@]}" env LC_ALL=C apt-get -q install --assume-no --no-install-recommends "$@"
     watched "installing packages" far_apt "$log" "${as_root[@]}" env LC_ALL=C DEBIAN_FRONTEND=noninteractive \
         apt-get -q install -y --no-install-recommends "$@" || fail_with "$log" "apt-get could not install $*"
 }

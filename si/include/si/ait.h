@@ -23,6 +23,8 @@ struct Ait {
         std::uint16_t protocolId = 0;  ///< 1 object carousel, 3 HTTP
         std::uint8_t label = 0;
         std::string urlBase;  ///< for HTTP
+        /// Of the object carousel, for one of the service itself.
+        std::optional<std::uint8_t> componentTag = std::nullopt;
     };
     /// A platform profile that the application needs, with its version.
     struct Profile {
@@ -40,8 +42,11 @@ struct Ait {
         std::string initialPath;
         std::vector<Profile> profiles;
         std::uint8_t priority = 0;
-        std::vector<std::string> boundaries;  ///< URL prefixes of the application's boundary extension
-        Descriptors descriptors;              ///< all descriptors, unchanged
+        bool isServiceBound = false;
+        std::uint8_t visibility = 0;  ///< 0 to nobody, 1 to applications, 3 to users and applications
+        std::optional<std::uint8_t> usage = std::nullopt;  ///< usage_type; 1 is digital text
+        std::vector<std::string> boundaries;               ///< URL prefixes of the application's boundary extension
+        Descriptors descriptors;                           ///< all descriptors, unchanged
 
         /// The URL base of the first HTTP transport; empty if there is none.
         std::string urlBase() const;

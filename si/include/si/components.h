@@ -24,12 +24,15 @@ struct Component {
     std::optional<std::uint8_t> tag;  ///< component_tag
     bool scrambled = false;           ///< the PMT has a CA descriptor for it
     std::string language;             ///< ISO 639-2, or empty
+    bool audioDescription = false;    ///< of audio, for people who do not see well
+    bool hearingImpaired = false;     ///< of subtitles, for people who do not hear well
 
     friend bool operator==(const Component& one, const Component& other) {
         return one.index == other.index && one.type == other.type && one.pid == other.pid &&
                one.encoding == other.encoding && one.aspectRatio == other.aspectRatio &&
                one.audioChannels == other.audioChannels && one.tag == other.tag && one.scrambled == other.scrambled &&
-               one.language == other.language;
+               one.language == other.language && one.audioDescription == other.audioDescription &&
+               one.hearingImpaired == other.hearingImpaired;
     }
 };
 

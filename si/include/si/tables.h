@@ -48,6 +48,9 @@ struct Nit {
         Descriptors descriptors;
     };
     std::uint16_t networkId = 0;
+    std::uint8_t version = 0;
+    std::uint8_t sectionNumber = 0;
+    std::uint8_t lastSectionNumber = 0;
     Descriptors descriptors;
     std::vector<TransportStream> transportStreams;
 };
@@ -77,6 +80,7 @@ struct Eit {
         std::string language;  ///< ISO 639-2, of the first short event descriptor
         std::string name;      ///< UTF-8
         std::string text;
+        Descriptors descriptors;  ///< all descriptors, unchanged
     };
     std::uint8_t tableId = 0;
     std::uint16_t serviceId = 0;
@@ -84,6 +88,8 @@ struct Eit {
     std::uint16_t originalNetworkId = 0;
     std::uint8_t version = 0;
     std::uint8_t sectionNumber = 0;
+    std::uint8_t lastSectionNumber = 0;
+    std::uint8_t segmentLastSectionNumber = 0;  ///< of the eight sections to which this one belongs
     std::vector<Event> events;
 };
 

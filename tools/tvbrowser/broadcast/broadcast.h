@@ -25,7 +25,7 @@
 //   terminalsStopped, engineStatus, pts, and warning {text} for what the broadcast has wrong.
 //
 // Threads: one, that of the loop: construction, calls, events, destruction.
-// Blocks:  only the destruction, until a filter that is being opened or closed is done, 20 seconds at most.
+// Blocks:  only the destruction, until the filters are closed: 10 seconds for each if the DTV service does not answer.
 // Fails:   a call with a wrong name or argument throws BadCall. Bad sections are left out.
 #pragma once
 
@@ -33,18 +33,13 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
+#include "bad_call.h"
 #include "library.h"
 #include "si/triplet.h"
 
 namespace tvbrowser {
-
-class BadCall : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 class Broadcast {
 public:
@@ -68,7 +63,11 @@ public:
 
 private:
     class Inside;
-    std::shared_ptr<Inside> inside;
+    struct Calls;
+    /// A call without an argument.
+    nlohmann::json question(const std::string& name);
+
+    const std::unique_ptr<Inside> inside;
 };
 
 }  // namespace tvbrowser

@@ -10,21 +10,14 @@
 #include <string>
 #include <vector>
 
-#include "application.h"
+#include "application_choice.h"
 #include "application_host.h"
+#include "application_life.h"
 #include "keyset.h"
 #include "remote.h"
 #include "si/triplet.h"
 
 namespace tvbrowser {
-
-/// What this terminal can do for applications.
-struct Terminal {
-    Profile best{0, 1, 6, 1};  ///< options (bits) and the newest version
-    /// TS 102 809 ends a service-bound application at each channel change, so that the next channel starts it anew.
-    /// Without this it goes on, as any other, where the next channel signals it too.
-    bool endsServiceBound = false;
-};
 
 class ApplicationManager {
 public:
@@ -35,7 +28,7 @@ public:
     /// The outcome of a tune, or the first channel known. After a failed tune, `presented` is what stays.
     void channelChanged(bool started, const std::optional<si::Triplet>& presented);
     /// The complete AIT of the presented channel. An AIT that comes again unchanged changes nothing.
-    void aitReceived(const std::vector<SignalledApplication>& applications);
+    void aitReceived(const Applications& applications);
     /// The PMT of the presented channel signals no AIT.
     void aitAbsent();
 
@@ -76,12 +69,38 @@ public:
 
     /// Null: none runs. Valid until the next call.
     const RunningApplication* running() const;
-    const std::vector<SignalledApplication>& signalled() const { return ait; }
+    const Applications& signalled() const { return ait; }
 
 private:
+    bool isRunning(Instance instance) const { return life && life->application.instance == instance; }
+
+    void begin(RunningApplication application);
+    bool startSignalled(const SignalledApplication& application, const std::string& url);
+    bool startCurrentAit(const std::string& url);
+    bool refuse(const std::string& why);
+    void end(const std::string& why);
+    /// Ends it for a reason that is not the broadcast's: nothing is autostarted in its place.
+    void endForGood(const std::string& why);
+    void fail(const std::string& why);
+
+    void takeAit(const Applications& applications);
+    void followSignalling();
+    void joinBroadcast();
+    void startBest(ControlCode control);
+    bool isDeclined(const ApplicationId& id) const;
+    bool isStartable(const SignalledApplication& application);
+
+    void setVisible(Instance caller, bool isVisible);
+    bool goesToPage(const RemoteKey& key, bool isDown);
+
     ApplicationHost& host;
     const Terminal terminal;
-    std::vector<SignalledApplication> ait;
+    std::optional<si::Triplet> channel;
+    bool isAitKnown = false;  ///< of this channel: it has come, or there is none
+    Applications ait;
+    std::vector<ApplicationId> declined;  ///< not autostarted again while they stay AUTOSTART on this channel
+    std::optional<ApplicationLife> life;
+    Instance lastInstance = 0;
 };
 
 }  // namespace tvbrowser

@@ -11,11 +11,15 @@
 
 namespace tvbrowser {
 
+/// What the television does with a key that no page gets.
+enum class TelevisionKey { none, startPresent, exit, nextChannel, previousChannel };
+
 struct RemoteKey {
     const char* name;
     unsigned int code;  ///< keyCode of the page's event
     KeyMask keyset;     ///< the bit of its keyset; 0: the key is the television's, and no page gets it
     bool isEngineKey;   ///< the engine makes this event itself; for others the page's script makes it
+    TelevisionKey television = TelevisionKey::none;
 };
 
 constexpr std::size_t kRemoteKeyCount = 30;

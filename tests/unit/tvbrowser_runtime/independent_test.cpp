@@ -1,0 +1,133 @@
+// Broadcast-independent applications, and those that join or leave the broadcast.
+#include "a_terminal.h"
+
+namespace tvbrowser {
+
+class AnIndependentApplication : public ATerminal {};
+
+TEST_F(AnIndependentApplication, StaysOverChannelChanges) {
+    runIndependent();
+    present(kOne, {signalled(kA, ControlCode::autostart)});
+    present(kTwo, {});
+    EXPECT_THAT(host.news(), are());
+    EXPECT_EQ(instance(), 1U);
+}
+
+TEST_F(AnIndependentApplication, BecomesRelatedByATuneToAChannelThatSignalsItsUrl) {
+    runIndependent(kUrlA + "?from=portal");
+    manager.tuneRequested(1);
+    manager.channelChanged(true, kOne);
+    EXPECT_THAT(host.news(), are());
+    SignalledApplication entry = signalled(kA, ControlCode::present);
+    entry.boundaries = {"http://b.example"};
+    manager.aitReceived({signalled(kB, ControlCode::autostart), entry});
+    EXPECT_THAT(host.news(), are("changed visible related"));
+    EXPECT_EQ(manager.running()->id, kA);
+    EXPECT_EQ(manager.running()->name, "190.1");
+    EXPECT_THAT(manager.running()->boundaries, testing::ElementsAre("http://b.example"));
+    manager.aitReceived({signalled(kA, ControlCode::kill)});
+    EXPECT_THAT(host.news(), are("unload"));
+}
+
+TEST_F(AnIndependentApplication, BecomesRelatedByItsIdWhereverItComesFrom) {
+    EXPECT_TRUE(manager.startIndependent("http://b.example/dev.html", kA));
+    manager.tuneRequested(1);
+    host.news();
+    present(kOne, {signalled(kA, ControlCode::autostart)});
+    EXPECT_THAT(host.news(), are("changed hidden related"));
+    EXPECT_EQ(manager.running()->url, "http://b.example/dev.html");
+}
+
+TEST_F(AnIndependentApplication, StaysIndependentWhenTheIdIsAnother) {
+    manager.startIndependent(kUrlA, kB);
+    manager.tuneRequested(1);
+    host.news();
+    present(kOne, {signalled(kA, ControlCode::autostart)});
+    EXPECT_THAT(host.news(), are());
+}
+
+TEST_F(AnIndependentApplication, StaysIndependentWhereItIsNotSignalledOrMayNotRun) {
+    runIndependent(kUrlA);
+    manager.tuneRequested(1);
+    present(kOne, {signalled(kA, ControlCode::kill), signalled(kB, ControlCode::autostart)});
+    manager.aitReceived({signalled(kA, ControlCode::present)});
+    EXPECT_THAT(host.news(), are());
+    EXPECT_FALSE(manager.running()->isBroadcastRelated);
+}
+
+TEST_F(AnIndependentApplication, StaysIndependentWhenTheUserTunes) {
+    runIndependent(kUrlA);
+    present(kOne, {signalled(kA, ControlCode::autostart)});
+    EXPECT_THAT(host.news(), are());
+}
+
+TEST_F(AnIndependentApplication, StaysIndependentWhenItsTuneFails) {
+    present(kTwo, {});
+    runIndependent(kUrlA);
+    manager.tuneRequested(1);
+    manager.channelChanged(false, kTwo);
+    present(kOne, {signalled(kA, ControlCode::autostart)});
+    EXPECT_THAT(host.news(), are());
+}
+
+TEST_F(AnIndependentApplication, IsNotJoinedToTheChannelThatItsTuneLeaves) {
+    present(kOne, {});
+    runIndependent(kUrlA);
+    manager.tuneRequested(1);
+    manager.aitReceived({signalled(kA, ControlCode::autostart)});
+    EXPECT_THAT(host.news(), are());
+}
+
+TEST_F(AnIndependentApplication, BecomesRelatedByATuneToTheChannelThatIsPresented) {
+    present(kOne, {signalled(kA, ControlCode::present)});
+    runIndependent(kUrlA);
+    manager.tuneRequested(1);
+    manager.channelChanged(true, kOne);
+    EXPECT_THAT(host.news(), are("changed visible related"));
+}
+
+TEST_F(AnIndependentApplication, EndsByItself) {
+    present(kOne, {signalled(kA, ControlCode::autostart)});
+    EXPECT_TRUE(manager.createApplication(1, "http://b.example/"));
+    manager.destroyApplication(2);
+    EXPECT_THAT(host.news(), are("load 1 " + kUrlA, "load 2 http://b.example/", "unload"));
+    manager.aitReceived({signalled(kA, ControlCode::autostart, 9)});
+    EXPECT_THAT(host.news(), are());
+}
+
+TEST_F(AnIndependentApplication, NeedsACompleteUrl) {
+    EXPECT_FALSE(manager.startIndependent("page.html"));
+    EXPECT_THAT(host.news(), are());
+    EXPECT_THAT(host.lines, are("not started: \"page.html\" is no complete URL"));
+}
+
+class ARelatedApplication : public ATerminal {};
+
+TEST_F(ARelatedApplication, BecomesIndependentWhenItLeavesTheBroadcast) {
+    runA();
+    manager.becomeIndependent(1);
+    EXPECT_THAT(host.news(), are("changed visible independent"));
+    manager.becomeIndependent(1);
+    present(kTwo, {signalled(kB, ControlCode::autostart)});
+    manager.aitAbsent();
+    EXPECT_THAT(host.news(), are());
+    EXPECT_EQ(instance(), 1U);
+}
+
+TEST_F(ARelatedApplication, ThatLeftTheBroadcastComesBackByATune) {
+    runA();
+    manager.becomeIndependent(1);
+    manager.tuneRequested(1);
+    host.news();
+    present(kTwo, {signalled(kA, ControlCode::present)});
+    EXPECT_THAT(host.news(), are("changed visible related"));
+}
+
+TEST_F(ARelatedApplication, EndsWhenItsOwnTuneLeadsWhereItIsNotSignalled) {
+    runA();
+    manager.tuneRequested(1);
+    present(kTwo, {signalled(kB, ControlCode::autostart)});
+    EXPECT_THAT(host.news(), are("unload", "load 2 " + kUrlB));
+}
+
+}  // namespace tvbrowser

@@ -1,0 +1,12 @@
+// The engine's headers for its web process. WPE WebKit and WebKitGTK 6.0 have the same interface under two names.
+// Threads: any.
+// Blocks:  never.
+// Fails:   never.
+#pragma once
+
+#ifdef TVBROWSER_WEBKITGTK
+#include <webkit/webkit-web-process-extension.h>
+using WebKitWebExtension = WebKitWebProcessExtension;
+#else
+#include <wpe/webkit-web-extension.h>
+#endif

@@ -1,0 +1,121 @@
+// The extension that the engine loads into each of its web processes. It connects the objects of pages to a library
+// instance of this process, and to the set, which is the UI process.
+// Threads: the main one. The broadcast's own threads only post to it.
+// Blocks:  never.
+// Fails:   without the library, pages get no natives, and a line says why.
+#include <map>
+#include <memory>
+
+#include "broadcast.h"
+#include "library.h"
+#include "main_loop.h"
+#include "messages.h"
+#include "natives.h"
+#include "set_calls.h"
+
+namespace tvbrowser {
+
+namespace {
+
+std::string callOf(std::uint64_t instance, const nlohmann::json& argument) {
+    return nlohmann::json{{"instance", instance}, {"argument", argument}}.dump(
+        -1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+class Extension {
+public:
+    Extension(WebKitWebExtension* extension, const std::string& libraryPath) {
+        std::string error;
+        const std::optional<Library> library = loadLibrary(libraryPath, error);
+        if (!library) {
+            g_printerr("tvbrowser: %s\n", error.c_str());
+            return;
+        }
+        broadcast = std::make_unique<Broadcast>(*library, postToMainLoop, [this](const std::string& name, const nlohmann::json& value) {
+            for (auto& [id, page] : pages) {
+                page->tell(name, value);
+            }
+        });
+        g_signal_connect(extension, "page-created", G_CALLBACK(onPage), this);
+        g_signal_connect(webkit_script_world_get_default(), "window-object-cleared", G_CALLBACK(onDocument), this);
+    }
+
+private:
+    static void onPage(WebKitWebExtension*, WebKitWebPage* page, gpointer data) {
+        static_cast<Extension*>(data)->addPage(page);
+    }
+    static void onDocument(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, gpointer data);
+    static gboolean onMessage(WebKitWebPage* page, WebKitUserMessage* message, gpointer data);
+#ifndef TVBROWSER_WEBKITGTK
+    static void onConsole(WebKitWebPage* page, WebKitConsoleMessage* message, gpointer) {
+        send(page, kLogMessage, "page", webkit_console_message_get_text(message));
+    }
+#endif
+    static void send(WebKitWebPage* page, const char* message, const std::string& name, const std::string& value) {
+        webkit_web_page_send_message_to_view(
+            page, webkit_user_message_new(message, g_variant_new(kParametersType, name.c_str(), value.c_str())), nullptr,
+            nullptr, nullptr);
+    }
+    void addPage(WebKitWebPage* page);
+
+    std::unique_ptr<Broadcast> broadcast;
+    std::map<guint64, Natives*> pages;
+};
+
+void Extension::addPage(WebKitWebPage* page) {
+    pages[webkit_web_page_get_id(page)] = new Natives(
+        [this, page](std::uint64_t instance, const std::string& name, const nlohmann::json& argument) {
+            if (!isCallOfTheSet(name)) {
+                if (isTune(name)) {
+                    send(page, kCallMessage, kTuneCall, callOf(instance, nullptr));
+                }
+                return broadcast->call(name, argument);
+            }
+            if (!mayCall(name, argument, *broadcast)) {
+                return nlohmann::json(false);
+            }
+            send(page, kCallMessage, name, callOf(instance, argument));
+            return answerOf(name, argument);
+        },
+        [page](const std::string& text) { send(page, kLogMessage, "script", text); });
+    g_signal_connect(page, "user-message-received", G_CALLBACK(onMessage), this);
+#ifndef TVBROWSER_WEBKITGTK
+    g_signal_connect(page, "console-message-sent", G_CALLBACK(onConsole), nullptr);
+#endif
+}
+
+void Extension::onDocument(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, gpointer data) {
+    auto& self = *static_cast<Extension*>(data);
+    const auto found = self.pages.find(webkit_web_page_get_id(page));
+    if (found == self.pages.end() || webkit_frame_is_main_frame(frame) == FALSE) {
+        return;
+    }
+    JSCContext* const context = webkit_frame_get_js_context_for_script_world(frame, world);
+    found->second->offer(context);
+    g_object_unref(context);
+}
+
+gboolean Extension::onMessage(WebKitWebPage* page, WebKitUserMessage* message, gpointer data) {
+    auto& self = *static_cast<Extension*>(data);
+    const char* name = nullptr;
+    const char* value = nullptr;
+    GVariant* const parameters = webkit_user_message_get_parameters(message);
+    if (g_strcmp0(webkit_user_message_get_name(message), kEventMessage) != 0 || parameters == nullptr) {
+        return FALSE;
+    }
+    g_variant_get(parameters, "(&s&s)", &name, &value);
+    self.pages.at(webkit_web_page_get_id(page))->tell(name, nlohmann::json::parse(value, nullptr, false));
+    return TRUE;
+}
+
+}  // namespace
+
+}  // namespace tvbrowser
+
+/// `userData`: the path of the library.
+extern "C" G_MODULE_EXPORT void webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extension,
+                                                                               GVariant* userData) {
+    const char* path = "";
+    g_variant_get(userData, "&s", &path);
+    new tvbrowser::Extension(extension, path);  // lives as long as the process
+}

@@ -1,0 +1,21 @@
+// What the UI process and the extension say to each other, and to the first script of a page.
+// Each message has two strings as parameters: a name and a value in JSON.
+// Threads: any.
+// Blocks:  never.
+// Fails:   never.
+#pragma once
+
+namespace tvbrowser {
+
+constexpr const char* kParametersType = "(ss)";
+/// Page to set: a call of the set, such as createApplication.
+constexpr const char* kCallMessage = "call";
+/// Set to page: an event, such as a key.
+constexpr const char* kEventMessage = "event";
+/// Page to set: a line for the log. The name is the line's subject: page, script or broadcast.
+constexpr const char* kLogMessage = "log";
+
+/// The natives stand in the page under this name until the first script of the page has taken them away.
+constexpr const char* kNativesName = "__tvbrowserNatives";
+
+}  // namespace tvbrowser

@@ -1,0 +1,36 @@
+// Which of the signalled applications may run, and which one the terminal starts.
+// Threads: any.
+// Blocks:  never.
+#pragma once
+
+#include <functional>
+
+#include "application.h"
+
+namespace tvbrowser {
+
+/// What this terminal can do for applications.
+struct Terminal {
+    Profile best{0, 1, 6, 1};  ///< options (bits) and the newest version
+    /// TS 102 809 ends a service-bound application at each channel change, so that the next channel starts it anew.
+    /// Without this it goes on, as any other, where the next channel signals it too.
+    bool endsServiceBound = false;
+};
+
+using Applications = std::vector<SignalledApplication>;
+
+/// AUTOSTART and PRESENT let an application run. All other codes end it, as if it were not signalled.
+bool mayRun(const SignalledApplication& application);
+
+/// The first one with the id that may run, or null. The same application can be there more than once.
+const SignalledApplication* findRunnable(const Applications& applications, const ApplicationId& id);
+
+/// Why the terminal cannot start the application; empty if it can.
+std::string obstacleTo(const SignalledApplication& application, const Terminal& terminal);
+
+/// The one with the highest priority, or the first of those with the highest, among all for which `isCandidate`; null
+/// if there is none.
+const SignalledApplication* bestOf(const Applications& applications,
+                                   const std::function<bool(const SignalledApplication&)>& isCandidate);
+
+}  // namespace tvbrowser

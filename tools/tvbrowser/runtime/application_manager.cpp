@@ -1,0 +1,194 @@
+// Starts and ends applications.
+#include "application_manager.h"
+
+#include "application_url.h"
+
+namespace tvbrowser {
+
+namespace {
+
+std::string nameOf(const RunningApplication& application) {
+    return "application " + (application.id ? applicationIdText(*application.id) : application.url);
+}
+
+bool isHttpUrl(const std::string& url) {
+    const std::string origin = originOf(url).value_or("");
+    return origin.rfind("http://", 0) == 0 || origin.rfind("https://", 0) == 0;
+}
+
+}  // namespace
+
+ApplicationManager::ApplicationManager(ApplicationHost& newHost, const Terminal& newTerminal)
+    : host(newHost), terminal(newTerminal) {}
+
+const RunningApplication* ApplicationManager::running() const {
+    return life ? &life->application : nullptr;
+}
+
+void ApplicationManager::begin(RunningApplication application) {
+    if (life) {
+        host.log(nameOf(life->application) + " ends: another takes its place");
+    }
+    application.instance = ++lastInstance;
+    life.emplace();
+    life->keyset = Keyset::initial(application.isBroadcastRelated);
+    life->reportsStart = application.isBroadcastRelated;
+    life->application = std::move(application);
+    host.log(nameOf(life->application) + " starts: " + life->application.url);
+    host.load(life->application);
+}
+
+bool ApplicationManager::refuse(const std::string& why) {
+    host.log("not started: " + why);
+    return false;
+}
+
+bool ApplicationManager::isStartable(const SignalledApplication& application) {
+    const std::string obstacle = obstacleTo(application, terminal);
+    return obstacle.empty() || refuse("application " + applicationIdText(application.id) + ": " + obstacle);
+}
+
+bool ApplicationManager::startSignalled(const SignalledApplication& application, const std::string& url) {
+    if (!isStartable(application)) {
+        return false;
+    }
+    RunningApplication started;
+    started.id = application.id;
+    started.name = application.name;
+    started.url = url;
+    started.boundaries = application.boundaries;
+    started.isServiceBound = application.isServiceBound;
+    started.isBroadcastRelated = true;
+    begin(std::move(started));
+    return true;
+}
+
+bool ApplicationManager::start(const ApplicationId& id) {
+    const SignalledApplication* const application = findRunnable(ait, id);
+    return application != nullptr
+               ? startSignalled(*application, application->url)
+               : refuse("application " + applicationIdText(id) + " is not signalled, or may not run");
+}
+
+bool ApplicationManager::startIndependent(const std::string& url, const std::optional<ApplicationId>& id) {
+    if (!originOf(url)) {
+        return refuse("\"" + url + "\" is no complete URL");
+    }
+    RunningApplication started;
+    started.id = id;
+    started.url = url;
+    begin(std::move(started));
+    return true;
+}
+
+bool ApplicationManager::startCurrentAit(const std::string& url) {
+    std::string error;
+    const std::optional<CurrentAitUrl> parsed = parseCurrentAitUrl(url, error);
+    if (!parsed) {
+        return refuse(error);
+    }
+    const SignalledApplication* const application = findRunnable(ait, parsed->id);
+    return application != nullptr
+               ? startSignalled(*application, urlWith(application->url, parsed->query, parsed->fragment))
+               : refuse(url + ": the application is not signalled, or may not run");
+}
+
+bool ApplicationManager::createApplication(Instance caller, const std::string& url) {
+    if (!isRunning(caller)) {
+        return refuse(url + ": the application that asks has ended");
+    }
+    if (isDvbUrl(url)) {
+        return startCurrentAit(url);
+    }
+    if (!isHttpUrl(url)) {
+        return refuse("\"" + url + "\" is neither an HTTP URL nor one of the current AIT");
+    }
+    // The URL of an entry point stands for its application. Other pages of the same server do not, because an
+    // application may leave for a broadcast-independent one that its own server has.
+    for (const SignalledApplication& one : ait) {
+        if (mayRun(one) && isSameDocument(one.url, url)) {
+            return startSignalled(one, url);
+        }
+    }
+    return startIndependent(url);
+}
+
+void ApplicationManager::end(const std::string& why) {
+    host.log(nameOf(life->application) + " ends: " + why);
+    life.reset();
+    host.unload();
+}
+
+void ApplicationManager::endForGood(const std::string& why) {
+    for (const SignalledApplication& one : ait) {
+        if (one.control == ControlCode::autostart && !isDeclined(one.id)) {
+            declined.push_back(one.id);
+        }
+    }
+    end(why);
+}
+
+void ApplicationManager::fail(const std::string& why) {
+    if (life->reportsStart) {
+        host.reportStarted(false);
+    }
+    endForGood(why);
+}
+
+void ApplicationManager::destroyApplication(Instance caller) {
+    if (isRunning(caller)) {
+        endForGood("it ended itself");
+    }
+}
+
+void ApplicationManager::exit() {
+    if (life) {
+        endForGood("the user left it");
+    }
+}
+
+void ApplicationManager::pageLoaded(Instance instance) {
+    if (!isRunning(instance) || life->isLoaded) {
+        return;
+    }
+    life->isLoaded = true;
+    host.log(nameOf(life->application) + " is loaded");
+    // One that is loaded again after its process died has not been started again.
+    if (life->reportsStart && !life->hasReported) {
+        life->hasReported = true;
+        host.reportStarted(true);
+    }
+}
+
+void ApplicationManager::loadFailed(Instance instance, const std::string& reason) {
+    if (!isRunning(instance)) {
+        return;
+    }
+    if (life->isLoaded) {
+        host.log(nameOf(life->application) + " stays, but a page of it does not load: " + reason);
+        return;
+    }
+    fail("its page does not load: " + reason);
+}
+
+void ApplicationManager::webProcessDied(Instance instance) {
+    if (!isRunning(instance)) {
+        return;
+    }
+    if (life->hasRestarted) {
+        fail("its web process died again");
+        return;
+    }
+    host.log(nameOf(life->application) + " is loaded again: its web process died");
+    ApplicationLife again;
+    again.application = life->application;
+    again.application.isVisible = false;
+    again.keyset = Keyset::initial(again.application.isBroadcastRelated);
+    again.reportsStart = life->reportsStart;
+    again.hasReported = life->hasReported;
+    again.hasRestarted = true;
+    life = std::move(again);
+    host.load(life->application);
+}
+
+}  // namespace tvbrowser

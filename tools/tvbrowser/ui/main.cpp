@@ -1,0 +1,146 @@
+// tvbrowser: a television's browser, without a display.
+#include <glib-unix.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <stdexcept>
+
+#include "command_line.h"
+#include "command_line/arguments.h"
+#include "command_line/output.h"
+#include "command_line/standard_descriptors.h"
+#include "control.h"
+#include "screenshot.h"
+#include "text/printable.h"
+#include "web_server.h"
+
+namespace {
+
+using namespace tvbrowser;
+using command_line::Arguments;
+
+constexpr unsigned int kMostPixels = 8192;
+
+constexpr unsigned int kMostPorts = 65535;
+
+/// Takes each line that is printed, too.
+std::function<void(const std::string&)> onLine;
+
+void say(const std::string& line) {
+    command_line::say(text::printable(line));
+    if (onLine) {
+        onLine(line);
+    }
+}
+
+/// A path beside the program's folder.
+std::string beside(const std::string& path) {
+    return (std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path() / path).string();
+}
+
+[[noreturn]] void endWithUsage(const std::string& error) {
+    command_line::endWithUsageError(commandLine(), error);
+}
+
+SetDescription setOf(const Arguments& arguments) {
+    SetDescription set;
+    const std::string size = arguments.value("size").value_or("1280x720");
+    char rest = 0;
+    if (std::sscanf(size.c_str(), "%ux%u%c", &set.width, &set.height, &rest) != 2 || set.width == 0 ||
+        set.height == 0 || set.width > kMostPixels || set.height > kMostPixels) {
+        endWithUsage("--size: \"" + size + "\" is not WIDTHxHEIGHT, each from 1 to 8192");
+    }
+    set.softwareVersion = DTV_VERSION;
+    return set;
+}
+
+struct Opened {
+    std::string url;
+    std::optional<ApplicationId> id;
+};
+
+/// URL[,ORG.APP]; a URL may have commas of its own.
+Opened openedBy(const std::string& value) {
+    const std::size_t comma = value.rfind(',');
+    const std::optional<ApplicationId> id =
+        comma == std::string::npos ? std::nullopt : parseApplicationId(value.substr(comma + 1));
+    return {id ? value.substr(0, comma) : value, id};
+}
+
+gboolean onSignal(gpointer loop) {
+    g_main_loop_quit(static_cast<GMainLoop*>(loop));
+    return G_SOURCE_CONTINUE;
+}
+
+/// A new folder that is removed at the end.
+class OwnFolder {
+public:
+    OwnFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "tvbrowser-XXXXXX").string();
+        if (mkdtemp(name.data()) == nullptr) {
+            throw std::runtime_error("cannot make a folder in " + std::filesystem::temp_directory_path().string());
+        }
+        path = name;
+    }
+    OwnFolder(const OwnFolder&) = delete;
+    OwnFolder& operator=(const OwnFolder&) = delete;
+    ~OwnFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+    std::string path;
+};
+
+int run(const Arguments& arguments) {
+    const OwnFolder data;
+    GMainLoop* const loop = g_main_loop_new(nullptr, FALSE);
+    const std::function<void()> quit = [loop] { g_main_loop_quit(loop); };
+    PageViewSettings settings;
+    settings.libraryPath = arguments.value("library").value_or(beside("lib/libbrowserdvbapi.so"));
+    settings.extensionFolder = arguments.value("extension").value_or(beside("lib/tvbrowser"));
+    settings.dataFolder = data.path;
+    settings.softwareVersion = DTV_VERSION;
+    Television television(setOf(arguments), settings, say);
+    if (const auto application = arguments.value("application")) {
+        const Opened opened = openedBy(*application);
+        television.open(opened.url, opened.id);
+    }
+    int code = 0;
+    std::unique_ptr<FirstPicture> picture;
+    if (const auto file = arguments.value("screenshot")) {
+        picture = std::make_unique<FirstPicture>(television, [&, quit](bool hasDrawn) {
+            code = hasDrawn && writeScreenshot(television, *file) ? 0 : 1;
+            say(code == 0 ? "screenshot: " + *file
+                          : hasDrawn ? "error: cannot write " + *file : "error: no application has drawn itself");
+            quit();
+        });
+    }
+    const Control control(television, say, quit);
+    std::unique_ptr<WebServer> server;
+    if (const auto port = arguments.value("http")) {
+        server = std::make_unique<WebServer>(
+            television, beside("share/dtv/tvbrowser"),
+            static_cast<std::uint16_t>(command_line::numberOrEnd(commandLine(), "--http", *port, 0, kMostPorts)));
+        onLine = [&server](const std::string& line) { server->log(line); };
+        say("page for people: " + server->url());
+    }
+    g_unix_signal_add(SIGINT, onSignal, loop);
+    g_unix_signal_add(SIGTERM, onSignal, loop);
+    say("tvbrowser: running");
+    g_main_loop_run(loop);
+    onLine = {};
+    return code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    command_line::keepStandardDescriptors();
+    const Arguments arguments = command_line::parseOrEnd(commandLine(), argc, argv);
+    try {
+        return run(arguments);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tvbrowser: %s\n", text::printable(error.what()).c_str());
+        return 1;
+    }
+}
