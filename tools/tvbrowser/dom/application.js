@@ -73,9 +73,7 @@ const keysetGroups = {
     ALPHA: 0x200,
     OTHER: 0x400,
 };
-for (const name in keysetGroups) {
-    defineProperty(Keyset.prototype, name, { value: keysetGroups[name], enumerable: true });
-}
+defineFields(Keyset.prototype, keysetGroups);
 
 const keyset = new Keyset();
 

@@ -19,12 +19,14 @@ const startsWith = uncurry(String.prototype.startsWith);
 const inBase = uncurry(Number.prototype.toString);
 const letterOf = String.fromCharCode;
 const matchOf = uncurry(RegExp.prototype.exec);
+const { floor, random, round } = Math;
 const decodeUri = decodeURIComponent;
 
 const getAttribute = uncurry(Element.prototype.getAttribute);
 const setAttribute = uncurry(Element.prototype.setAttribute);
 const removeAttribute = uncurry(Element.prototype.removeAttribute);
-const createElement = (name) => apply(Document.prototype.createElement, document, [name]);
+const createIn = uncurry(Document.prototype.createElementNS);
+const createElement = (name) => createIn(document, "http://www.w3.org/1999/xhtml", name);
 const boxOf = uncurry(Element.prototype.getBoundingClientRect);
 const isAttached = uncurry(getOwnPropertyDescriptor(Node.prototype, "isConnected").get);
 const appendTo = uncurry(Node.prototype.appendChild);
@@ -38,7 +40,11 @@ const report = typeof reportError === "function" ? reportError : (error) => nati
 
 // A copy of a class of the language that no page reaches, so that its methods stay what they are.
 function privateCopy(Original) {
-    class Copy extends Original {}
+    class Copy extends Original {
+        constructor(value) {
+            super(value); // one made by the language would pass its arguments on by way of the page's iterators
+        }
+    }
     for (const name of getOwnPropertyNames(Original.prototype)) {
         if (name !== "constructor") {
             defineProperty(Copy.prototype, name, getOwnPropertyDescriptor(Original.prototype, name));
@@ -52,9 +58,18 @@ const PrivateMap = privateCopy(Map);
 const PrivateWeakMap = privateCopy(WeakMap);
 const PrivateWeakRef = privateCopy(WeakRef);
 
-// Appends to a list of ours; a page's setter on Object.prototype is not called.
+// Defines a property that pages see. What a page adds to Object.prototype takes no part in it.
+function defineField(target, name, value, isWritable = false) {
+    const field = create(null);
+    field.value = value;
+    field.enumerable = true;
+    field.writable = field.configurable = isWritable;
+    defineProperty(target, name, field);
+}
+
+// Appends to a list of ours.
 function append(list, value) {
-    defineProperty(list, list.length, { value, writable: true, enumerable: true, configurable: true });
+    defineField(list, list.length, value, true);
 }
 
 // The elements of a list for which `keep` holds.
@@ -75,6 +90,27 @@ function mapped(list, change) {
         append(made, change(list[index], index));
     }
     return made;
+}
+
+const namesOf = Object.keys;
+
+// Calls with name and value of each property of an object of ours; what a page adds to Object.prototype is not among them.
+function each(object, action) {
+    const names = namesOf(object);
+    for (let index = 0; index < names.length; ++index) {
+        action(names[index], object[names[index]]);
+    }
+}
+
+function defineFields(target, fields, isWritable) {
+    each(fields, (name, value) => defineField(target, name, value, isWritable));
+}
+
+// The elements of both lists.
+function both(first, second) {
+    const all = those(first, () => true);
+    mapped(second, (value) => append(all, value));
+    return all;
 }
 
 // The text of anything; a page's toString may throw.

@@ -29,16 +29,11 @@ const channelFacts = new PrivateWeakMap(); // Channel -> what it was made of, wh
 class Channel {
     constructor(facts, fields) {
         channelFacts.set(this, facts);
-        for (const name in fields) {
-            defineProperty(this, name, { value: fields[name], writable: true, enumerable: true, configurable: true });
-        }
+        defineFields(this, fields, true);
     }
 }
-for (const constants of [channelTypes, idTypes]) {
-    for (const name in constants) {
-        defineProperty(Channel.prototype, name, { value: constants[name], enumerable: true });
-    }
-}
+defineFields(Channel.prototype, channelTypes);
+defineFields(Channel.prototype, idTypes);
 
 // The bytes of a text of hexadecimal digits, one character each.
 function bytesOfHex(hex) {
@@ -163,6 +158,9 @@ class ChannelList extends Collection {
 }
 
 class ChannelConfig extends EventTarget {
+    constructor() {
+        super(); // see privateCopy()
+    }
     get channelList() {
         requireBroadcast();
         return new ChannelList(allChannels());
@@ -184,15 +182,12 @@ onSignal("channelsChanged", () => {
     }
 });
 
-// createChannelObject(): by triplet, or by delivery system descriptor. Null for what cannot be a channel.
-function createChannel(idType, values) {
-    if (idType === idTypes.ID_DVB_SI_DIRECT) {
-        const dsd = hexOfBytes(safeText(values[0]));
-        return dsd && isNumber16(values[1]) ? bareChannel({ idType, dsd, sid: values[1] }) : null;
-    }
-    const onid = values[0];
-    const tsid = values[1];
-    const sid = values[2];
+// Null for what cannot be a channel.
+function createChannelByDescriptor(dsd, sid) {
+    const bytes = hexOfBytes(safeText(dsd));
+    return bytes && isNumber16(sid) ? bareChannel({ idType: idTypes.ID_DVB_SI_DIRECT, dsd: bytes, sid }) : null;
+}
+function createChannel(idType, onid, tsid, sid) {
     if (!isBroadcastIdType(idType) || !isNumber16(onid) || !isNumber16(tsid) || !isNumber16(sid)) {
         return null;
     }

@@ -6,7 +6,7 @@ class Collection {
     constructor(items) {
         this.#items = items;
         for (let index = 0; index < items.length; ++index) {
-            defineProperty(this, index, { value: items[index], enumerable: true });
+            defineField(this, index, items[index]);
         }
     }
 

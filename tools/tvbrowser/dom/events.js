@@ -27,29 +27,27 @@ function handlerOf(target, event) {
 // An event with the fields as its properties.
 function makeEvent(name, fields) {
     const event = new DomEvent(name);
-    for (const field in fields) {
-        defineProperty(event, field, { value: fields[field], enumerable: true, configurable: true });
-    }
+    defineFields(event, fields);
     return event;
 }
 
 // Tells the target's handler and listeners, after the page's script that runs now.
-function fireLater(target, name, fields = create(null)) {
+function fireLater(target, name, fields = {}) {
     later(() => dispatch(target, makeEvent(name, fields)));
 }
 
 // Gives a class of event targets its handler properties: {PlayStateChange: ["state", "error"]}.
 function defineHandlers(Target, events) {
-    for (const event in events) {
+    each(events, (event, fields) => {
         defineProperty(Target.prototype, "on" + event, {
             get() {
                 return handlerOf(this, event);
             },
             set(handler) {
-                setHandler(this, event, events[event], handler);
+                setHandler(this, event, fields, handler);
             },
             configurable: true,
             enumerable: true,
         });
-    }
+    });
 }

@@ -36,8 +36,6 @@ function defineGlobal(name, value) {
 }
 
 const keyEvent = {};
-for (const name in keyCodes) {
-    defineProperty(keyEvent, name, { value: keyCodes[name], writable: true, enumerable: true, configurable: true });
-    defineGlobal(name, keyCodes[name]);
-}
+defineFields(keyEvent, keyCodes, true);
+each(keyCodes, defineGlobal);
 defineGlobal("KeyEvent", keyEvent);

@@ -5,24 +5,31 @@
 const types = create(null); // MIME type -> kind
 const kindsInUse = new PrivateWeakMap(); // element -> {kind, object}: what stands behind it
 const ownValues = new PrivateWeakMap(); // element -> values that a page gave our names before the element had its type
+const exposed = create(null); // names that have their accessor
 const engineMembers = create(null); // name -> the engine's descriptor
 
 // What is behind an element of this type: its class has the public members, Class.events the events with their fields.
 function defineType(mimeTypes, Class) {
     const kind = { Class, members: create(null), handlers: create(null) };
-    for (const name of getOwnPropertyNames(Class.prototype)) {
+    mapped(getOwnPropertyNames(Class.prototype), (name) => {
         if (name !== "constructor") {
-            kind.members[name] = getOwnPropertyDescriptor(Class.prototype, name);
+            kind.members[name] = memberOf(Class.prototype, name);
             exposeMember(name);
         }
-    }
-    for (const event in Class.events) {
+    });
+    each(Class.events || {}, (event) => {
         kind.handlers["on" + event] = event;
         exposeMember("on" + event);
-    }
-    for (const mimeType of mimeTypes) {
+    });
+    mapped(mimeTypes, (mimeType) => {
         types[lowerCase(mimeType)] = kind;
-    }
+    });
+}
+
+// The descriptor of a prototype's own member, without what a page adds to Object.prototype; undefined if there is none.
+function memberOf(prototype, name) {
+    const member = getOwnPropertyDescriptor(prototype, name);
+    return member && setPrototypeOf(member, null);
 }
 
 function isDefinedType(mimeType) {
@@ -61,13 +68,13 @@ function behind(element) {
 
 // Handlers that were set before the type.
 function adoptOwnValues(element, { kind }) {
-    const values = ownValues.get(element);
-    for (const name in values) {
+    const values = ownValues.get(element) || {};
+    each(values, (name, value) => {
         if (name in kind.handlers) {
-            setHandler(element, kind.handlers[name], kind.Class.events[kind.handlers[name]], values[name]);
+            setHandler(element, kind.handlers[name], kind.Class.events[kind.handlers[name]], value);
             delete values[name];
         }
-    }
+    });
 }
 
 function readMember(element, name, method) {
@@ -111,7 +118,7 @@ function writeMember(element, name, value) {
 
 function exposeMember(name) {
     const prototype = HTMLObjectElement.prototype;
-    const present = getOwnPropertyDescriptor(prototype, name);
+    const present = memberOf(prototype, name);
     if (exposed[name]) {
         return;
     }
@@ -139,4 +146,3 @@ function exposeMember(name) {
     });
 }
 
-const exposed = create(null); // names that have their accessor

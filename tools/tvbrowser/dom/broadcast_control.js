@@ -1,0 +1,200 @@
+// The states of a video/broadcast object:
+//
+//   unrealized --bind, tune--> connecting --the channel is there--> presenting
+//   connecting, presenting --stop--> stopped --bind, tune--> connecting
+//   any --release, a failed tune--> unrealized
+//
+// One object of a page controls the broadcast at a time: the one that is not unrealized.
+
+const playStates = { unrealized: 0, connecting: 1, presenting: 2, stopped: 3 };
+
+let controlling = null;
+
+class BroadcastControl {
+    playState = playStates.unrealized;
+    channel = null;
+
+    constructor(element) {
+        this.element = element;
+        this.picture = new Picture(element);
+    }
+
+    bind() {
+        if (this.playState === playStates.connecting || this.playState === playStates.presenting) {
+            return;
+        }
+        if (!this.takeControl()) {
+            this.tell("PlayStateChange", { state: this.playState, error: channelErrors.lockedByOther });
+            return;
+        }
+        this.channel = presentedChannel();
+        this.enter(playStates.connecting);
+        later(() => this.presentIfKnown());
+    }
+
+    tune(channel, facts, quiet) {
+        if (!isBroadcastIdType(facts.idType)) {
+            this.refuse(channel, channelErrors.notSupported);
+            return;
+        }
+        if (!this.takeControl()) {
+            this.refuse(channel, channelErrors.lockedByOther);
+            return;
+        }
+        this.interruptTune();
+        this.leaveChannel();
+        this.channel = channel;
+        this.enter(playStates.connecting);
+        if (!askToTune(this, channel, facts, quiet)) {
+            this.fail(channel, channelErrors.unidentified);
+        }
+    }
+
+    stop() {
+        if (this.playState === playStates.connecting || this.playState === playStates.presenting) {
+            this.enter(playStates.stopped);
+        }
+    }
+
+    release(error) {
+        if (this.playState !== playStates.unrealized) {
+            this.leaveChannel();
+            this.channel = null;
+            controlling = null;
+            this.enter(playStates.unrealized, error);
+        }
+    }
+
+    refuse(channel, errorState) {
+        this.tell("ChannelChangeError", { channel, errorState });
+    }
+
+    tell(event, fields) {
+        fireLater(this.element, event, fields);
+    }
+
+    // A channel is there, so that its components and stream events can be had.
+    get isTuned() {
+        return this.playState === playStates.presenting || this.playState === playStates.stopped;
+    }
+
+    // False if another object of the page is in control. One that has left the page is not any more.
+    takeControl() {
+        if (controlling && controlling !== this) {
+            if (isAttached(controlling.element)) {
+                return false;
+            }
+            controlling.release();
+        }
+        controlling = this;
+        return true;
+    }
+
+    enter(playState, error) {
+        if (this.playState !== playState) {
+            this.playState = playState;
+            this.showPicture();
+            this.tell("PlayStateChange", { state: playState, error });
+        }
+    }
+
+    // Where the set gives its picture as a stream, the element shows it; else it is a hole above the picture.
+    showPicture() {
+        if (!setup.player) {
+            return;
+        }
+        if (this.playState === playStates.presenting) {
+            this.picture.show(setup.player);
+            this.picture.play();
+        } else if (this.picture.isShown) {
+            this.picture.hide();
+        }
+    }
+
+    leaveChannel() {
+        removeStreamListeners((entry) => entry.owner === this);
+    }
+
+    interruptTune() {
+        const tune = tuneOf(this);
+        if (tune) {
+            tune.isTold = true;
+            this.refuse(tune.channel, channelErrors.interrupted);
+        }
+    }
+
+    fail(channel, errorState) {
+        this.refuse(channel, errorState);
+        this.release(errorState);
+    }
+
+    // The answer to a tune, or the set has changed the channel.
+    channelChanged(started, triplet) {
+        const tune = answeredTune(started, triplet);
+        if (tune ? tune.owner !== this || tune.isTold : !started) {
+            return;
+        }
+        if (!started) {
+            this.fail(tune.channel, failureOf(tune.facts));
+            return;
+        }
+        this.interruptTune();
+        const isNew = tune !== null || !sameTriplet(channelFacts.get(this.channel), triplet);
+        this.channel = channelByTriplet(triplet);
+        if (isNew) {
+            this.follow();
+        }
+        this.presentIfKnown();
+    }
+
+    // Tells of the new channel.
+    follow() {
+        this.leaveChannel();
+        if (this.playState === playStates.presenting) {
+            this.enter(playStates.connecting);
+        }
+        this.tell("ChannelChangeSucceeded", { channel: this.channel });
+    }
+
+    presentIfKnown() {
+        if (this.playState === playStates.connecting && !tuneOf(this) && this.channel) {
+            this.enter(playStates.presenting);
+        }
+    }
+
+    // Without the set's broadcast service there is nothing to present. It comes back by itself, and then the channel.
+    serviceChanged(connected) {
+        const tune = tuneOf(this);
+        if (connected) {
+            this.channel = this.channel && (presentedChannel() || this.channel);
+            this.presentIfKnown();
+        } else if (tune) {
+            this.fail(tune.channel, channelErrors.unidentified);
+        } else if (this.playState === playStates.presenting) {
+            this.enter(playStates.connecting, channelErrors.unidentified);
+        }
+    }
+}
+
+onSignal("channelChanged", ({ started, channel }) => {
+    if (controlling) {
+        controlling.channelChanged(started, channel);
+    } else {
+        answeredTune(started, channel);
+    }
+});
+onSignal("service", ({ connected }) => {
+    if (controlling) {
+        controlling.serviceChanged(connected);
+    }
+    if (!connected) {
+        forgetTunes();
+    }
+});
+
+// What happens to the presented service is told to the object in control.
+function tellControlling(event, fields) {
+    if (controlling && state.broadcastRelated) {
+        controlling.tell(event, fields);
+    }
+}

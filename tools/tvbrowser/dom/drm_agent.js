@@ -1,0 +1,98 @@
+// application/oipfDrmAgent: messages to the set's CA system.
+
+const drmResults = { unknownError: 1, cannotProcess: 2, unknownSystem: 5 };
+const drmStatus = { ready: 0, unknown: 1 };
+const sessionRange = 2 ** 40; // no two pages choose the same numbers
+
+let nextSession = floor(random() * sessionRange);
+const unanswered = new PrivateMap(); // session -> {element, msgId}; keeps the element until the answer
+let agents = []; // weak references to elements
+let moduleSlots = null; // slots with a module, as far as the set has told; null: nothing yet
+
+class DrmAgent {
+    static events = {
+        DRMMessageResult: ["msgID", "resultMsg", "resultCode"],
+        DRMSystemStatusChange: ["DRMSystem"],
+        DRMSystemMessage: ["msg", "DRMSystemID"],
+    };
+
+    #element;
+
+    constructor(element) {
+        this.#element = element;
+        append(agents, new PrivateWeakRef(element));
+        if (moduleSlots === null) {
+            moduleSlots = [];
+            tryCall("connectCa", { session: nextSession++ }, false);
+        }
+    }
+
+    // Gives the message's identifier; the answer comes as DRMMessageResult.
+    sendDRMMessage(msgType, msg, drmSystemId) {
+        const session = nextSession++;
+        const msgId = makeText(session);
+        unanswered.set(session, { element: this.#element, msgId });
+        const system = casystemOf(drmSystemId);
+        const message = { session, system, messageType: safeText(msgType), message: safeText(msg) };
+        if (system === null) {
+            answerDrm(session, "", drmResults.unknownSystem);
+        } else if (!tryCall("sendDrmMessage", message, false)) {
+            answerDrm(session, "", drmResults.cannotProcess);
+        }
+        return msgId;
+    }
+    DRMSystemStatus() {
+        return moduleSlots.length > 0 ? drmStatus.ready : drmStatus.unknown;
+    }
+}
+
+defineType(["application/oipfDrmAgent"], DrmAgent);
+
+// The number in "urn:dvb:casystemid:1234"; null for another system. Without a name: the set's own.
+function casystemOf(drmSystemId) {
+    const known = setup.capabilities.drm || [];
+    if (drmSystemId === undefined || drmSystemId === null) {
+        return known.length > 0 ? known[0] : 0;
+    }
+    const found = matchOf(/^urn:dvb:casystemid:([0-9]{1,5})$/, safeText(drmSystemId));
+    return found && makeNumber(found[1]) <= 0xffff ? makeNumber(found[1]) : null;
+}
+
+function answerDrm(session, resultMsg, resultCode) {
+    const asked = unanswered.get(session);
+    if (asked) {
+        unanswered.delete(session);
+        fireLater(asked.element, "DRMMessageResult", { msgID: asked.msgId, resultMsg, resultCode });
+    }
+}
+
+onSignal("drmReply", ({ session, code, message }) => answerDrm(session, message, code));
+onSignal("service", ({ connected }) => {
+    if (!connected) {
+        unanswered.forEach((asked, session) => answerDrm(session, "", drmResults.unknownError));
+    }
+});
+
+function changeSlot(slot, isInserted) {
+    const before = (moduleSlots || []).length;
+    moduleSlots = those(moduleSlots || [], (other) => other !== slot);
+    if (isInserted) {
+        append(moduleSlots, slot);
+    }
+    if (moduleSlots.length !== before) {
+        agents = those(agents, (agent) => agent.deref());
+        mapped(agents, (agent) => fireLater(agent.deref(), "DRMSystemStatusChange", { DRMSystem: drmSystemName() }));
+    }
+}
+
+const drmSystemName = () => {
+    const known = setup.capabilities.drm || [];
+    return known.length > 0 ? "urn:dvb:casystemid:" + known[0] : undefined;
+};
+
+onSignal("caConnected", ({ slot, result }) => {
+    if (result === 0) {
+        changeSlot(slot, true);
+    }
+});
+onSignal("drmSystemStatus", ({ slot, status }) => changeSlot(slot, status === 1));
