@@ -107,8 +107,9 @@ int run(const Arguments& arguments) {
     }
     int code = 0;
     std::unique_ptr<FirstPicture> picture;
-    if (const auto file = arguments.value("screenshot")) {
-        picture = std::make_unique<FirstPicture>(television, [&, quit](bool hasDrawn) {
+    const std::optional<std::string> file = arguments.value("screenshot");
+    if (file) {
+        picture = std::make_unique<FirstPicture>(television, [&](bool hasDrawn) {
             code = hasDrawn && writeScreenshot(television, *file) ? 0 : 1;
             say(code == 0 ? "screenshot: " + *file
                           : hasDrawn ? "error: cannot write " + *file : "error: no application has drawn itself");

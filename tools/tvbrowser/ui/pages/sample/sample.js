@@ -110,6 +110,7 @@ for (const name of ["PlayStateChange", "ChannelChangeSucceeded", "ProgrammesChan
                     "SelectedComponentChanged"]) {
     broadcast.addEventListener(name, showAll);
 }
+broadcast.getChannelConfig().onChannelListUpdate = showAll;
 document.addEventListener("keydown", onKey);
 
 const keyset = application.privateData.keyset;
