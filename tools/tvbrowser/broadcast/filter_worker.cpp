@@ -13,7 +13,7 @@ using velmora::dtv::helpers::SectionFilter;
 
 std::shared_ptr<FilterWorker> FilterWorker::start(velmora::dtv::DVBSectionInterface& filters,
                                                   std::shared_ptr<SectionInbox> inbox) {
-    const std::shared_ptr<FilterWorker> worker(new FilterWorker(filters, std::move(inbox)));
+    std::shared_ptr<FilterWorker> worker(new FilterWorker(filters, std::move(inbox)));
     std::thread([worker] { worker->work(); }).detach();
     return worker;
 }
