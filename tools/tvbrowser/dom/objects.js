@@ -84,7 +84,11 @@ function readMember(element, name, method) {
     }
     const member = found && found.kind.members[name];
     if (member) {
-        return member.get ? apply(member.get, found.object, []) : typeof member.value === "function" ? method : member.value;
+        return member.get
+            ? apply(member.get, found.object, [])
+            : typeof member.value === "function"
+            ? method
+            : member.value;
     }
     const values = ownValues.get(element);
     if (values && name in values) {
@@ -145,4 +149,3 @@ function exposeMember(name) {
         enumerable: present ? present.enumerable : false,
     });
 }
-
