@@ -120,6 +120,21 @@ TEST_F(AVideoBroadcast, IsRefusedToAnApplicationThatHasLeftTheBroadcast) {
     EXPECT_EQ(events(2), (Events{"PlayStateChange 0", "ChannelChangeSucceeded null"}));
 }
 
+TEST_F(AVideoBroadcast, MakesAnIndependentApplicationRelatedByATune) {
+    const std::string page = "video_broadcast.html?independent";
+    tsmake::Multiplex broadcast = broadcastWithoutApplications();
+    broadcast.services[1].ait.versions = {{0, 1, {application(page)}}};
+    start(broadcast, {"--application", pages.url() + page + ",190.1"});
+    EXPECT_EQ(reported("channel"), "[null,null,0]");
+    EXPECT_EQ(reported("refused"), "SecurityError");
+    EXPECT_EQ(reported("related"), "[\"" + kSecond + "\",\"" + kSecond + "\",2]");
+}
+
+TEST_F(AVideoBroadcast, TunesAThousandTimes) {
+    run("thousand");
+    EXPECT_EQ(reported("tunes"), "1000");
+}
+
 TEST_F(AVideoBroadcast, HasSizeFullScreenAndVolume) {
     run("size");
     EXPECT_EQ(reported("size", 1), "[640,360,false]");
