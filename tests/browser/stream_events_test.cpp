@@ -1,4 +1,6 @@
 // Stream events in pages: by an XML description and by an object of the carousel.
+#include <gmock/gmock.h>
+
 #include "object_test.h"
 
 namespace browser_tests {
@@ -45,6 +47,16 @@ TEST_F(StreamEvents, ThatDoNotExistAreErrors) {
     EXPECT_EQ(reported("error", 4), R"(["events.xml","noTag","error",""])");
     EXPECT_EQ(reported("error", 5), R"(["dvb://1.401.6dcb/events/goals","goal","error",""])");
     EXPECT_EQ(reported("error", 6), R"(["http://[","goal","error",""])");
+}
+
+TEST_F(StreamEvents, ComeBackWithTheDtvService) {
+    run("description");
+    EXPECT_EQ(reported("stream", 1), kFirst);
+    service.reset();
+    ASSERT_TRUE(says("service: gone"));
+    const std::size_t before = browser->reports("stream").size();
+    service = std::make_unique<ServiceProcess>(kRunDirectory + "/broadcast.ts");
+    EXPECT_THAT(reported("stream", before + 1), testing::AnyOf(kFirst, kSecond));
 }
 
 TEST_F(StreamEvents, EndWithTheChannel) {
