@@ -1,7 +1,6 @@
 // What the script uses of the language and of the document, taken before a page can replace any of it.
 
-const { create, defineProperty, getOwnPropertyDescriptor, getOwnPropertyNames, getPrototypeOf, setPrototypeOf } =
-    Object;
+const { create, defineProperty, getOwnPropertyDescriptor, getOwnPropertyNames, setPrototypeOf } = Object;
 const { apply } = Reflect;
 const { isArray } = Array;
 const makeText = String;
@@ -98,7 +97,8 @@ function mapped(list, change) {
 
 const namesOf = Object.keys;
 
-// Calls with name and value of each property of an object of ours; what a page adds to Object.prototype is not among them.
+// Calls with name and value of each property of an object of ours; what a page adds to Object.prototype is not among
+// them.
 function each(object, action) {
     const names = namesOf(object);
     for (let index = 0; index < names.length; ++index) {

@@ -101,7 +101,8 @@ function bareChannel(facts, ccid) {
     });
 }
 
-// The channels are asked for once, and again after a change of the list. One that has not changed stays the same object.
+// The channels are asked for once, and again after a change of the list. One that has not changed stays the same
+// object.
 let knownChannels = null;
 let channelsByCcid = new PrivateMap();
 onSignal("channelsChanged", () => {

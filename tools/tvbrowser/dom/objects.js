@@ -1,6 +1,6 @@
-// Gives <object> elements the members of their type. The members are accessors on the prototype of all <object> elements,
-// which look at the element's type each time, so it does not matter how the type came to be: by markup, by the type
-// property or by setAttribute. An element of another type keeps the engine's own members.
+// Gives <object> elements the members of their type. The members are accessors on the prototype of all <object>
+// elements, which look at the element's type each time, so it does not matter how the type came to be: by markup, by
+// the type property or by setAttribute. An element of another type keeps the engine's own members.
 
 const types = create(null); // MIME type -> kind
 const kindsInUse = new PrivateWeakMap(); // element -> {kind, object}: what stands behind it

@@ -1,4 +1,5 @@
-// Stream events: messages of the broadcast to pages, by an XML description of the event or by an object of the carousel.
+// Stream events: messages of the broadcast to pages, by an XML description of the event or by an object of the
+// carousel.
 
 const streamListeners = []; // {owner, url, name, listener, id}
 let nextStreamListener = 1;
