@@ -4,6 +4,11 @@
 
 #include "messages.h"
 
+// The engine keeps a little until its process ends.
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
+    return "leak:libWPEWebKit";
+}
+
 namespace tvbrowser {
 
 namespace {
@@ -40,6 +45,12 @@ protected:
         return text;
     }
 
+    /// Natives live as long as the process, because functions of a page point to them.
+    static Natives& keep(Natives* made) {
+        static auto& all = *new std::vector<Natives*>;
+        all.push_back(made);
+        return *made;
+    }
     struct Call {
         std::uint64_t instance;
         std::string name;
@@ -51,8 +62,7 @@ protected:
     std::vector<Call> calls;
     std::vector<std::string> lines;
     json answer = true;
-    // Natives live as long as the process, because functions of a page point to them.
-    Natives& natives = *new Natives(
+    Natives& natives = keep(new Natives(
         [this](std::uint64_t instance, const std::string& name, const json& argument) {
             calls.push_back({instance, name, argument});
             if (name == "wrong") {
@@ -60,7 +70,7 @@ protected:
             }
             return answer;
         },
-        [this](const std::string& text) { lines.push_back(text); });
+        [this](const std::string& text) { lines.push_back(text); }));
     JSCContext* context = jsc_context_new();
 };
 
