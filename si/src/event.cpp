@@ -35,7 +35,10 @@ Part partOf(const Descriptor& descriptor) {
         if (!items.good()) {
             break;
         }
-        part.items += (description.empty() ? "" : "\n" + description + ": ") + item;
+        if (!description.empty()) {
+            part.items.append("\n").append(description).append(": ");
+        }
+        part.items += item;
     }
     part.text = toUtf8(cursor.takeShort());
     return part;

@@ -57,6 +57,12 @@ cat >"$folder/bin/apt-get" <<'END'
 #!/bin/sh
 echo "Get:1 a package list"
 case "$*" in
+*--assume-no*)
+    echo "0 upgraded, 61 newly installed, 0 to remove and 0 not upgraded."
+    echo "Need to get 71.3 MB of archives."
+    echo "After this operation, 224 MB of additional disk space will be used."
+    exit 1
+    ;;
 *install*) ;;
 *) exit 0 ;;
 esac
@@ -110,4 +116,5 @@ shows $'\rrun: building \\(host\\): 1 of 2, [0-9]+ s' script -qec "'$project/run
 export MISSING="g++ cmake"
 shows '^run: installing packages: 3 of 61 downloaded, [0-9]+ s$' "$project/run" package
 grep -qx 'run: missing packages: cmake g++' "$folder/out" || broken=1
+grep -qx 'run: 61 packages, 71.3 MB to download, 224 MB on disk' "$folder/out" || broken=1
 exit $broken

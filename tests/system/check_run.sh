@@ -13,9 +13,9 @@ mkdir -p "$copy/build" "$copy/tools" "$copy/tests" "$copy/fuzz/targets" "$folder
 : >"$copy/fuzz/targets/ait.cpp"
 : >"$copy/fuzz/targets/rtp.cpp"
 cp "$1/run" "$copy/run"
-cp -r "$1/tools/run" "$1/tools/demo.sh" "$copy/tools"
+cp -r "$1/tools/run" "$1/tools/demo.sh" "$1/tools/tv.sh" "$copy/tools"
 cp -r "$1/tests/bare" "$copy/tests/bare"
-verbs=(demo test build coverage soak fuzz package format lint accept-abi bare-check clean)
+verbs=(demo tv test build coverage soak fuzz package format lint accept-abi bare-check clean)
 broken=0
 
 # expect CODE FIRST_LINE ARGUMENT...
@@ -40,6 +40,12 @@ expect 2 "run: demo: one file at most: two.ts" demo "$copy/one.ts" two.ts
 expect 2 "run: demo: unknown option --sevice" demo --sevice 1:2:3
 expect 2 "run: demo: --service needs a value" demo --service
 expect 1 "run: demo: no such file: /nonexistent.ts" demo /nonexistent.ts
+expect 2 "run: tv: one file at most: two.ts" tv "$copy/one.ts" two.ts
+expect 2 "run: tv: unknown option --sevice" tv --sevice
+expect 2 "run: tv: --screenshot needs a value" tv --screenshot
+expect 2 "run: tv: --application needs an HTTP URL: file:///page.html" tv --application file:///page.html
+expect 2 "run: tv: --application goes with the sample, not with a file" tv "$copy/one.ts" --application http://a.example/b
+expect 1 "run: tv: no such file: /nonexistent.ts" tv /nonexistent.ts
 expect 2 "run: --preset needs a name" test --preset
 expect 2 "run: unknown preset frobnicate" test --preset frobnicate
 expect 2 "run: unknown preset frobnicate" test --preset=frobnicate
@@ -66,7 +72,7 @@ for verb in "${verbs[@]}"; do
     expect 0 "$(grep "./run $verb\b" "$folder/out" | sed -E 's/^(usage:)? +/usage: /; s/  .*//')" "$verb" --help
     (cd / && "$copy/run") >"$folder/out"
 done
-expect 0 "usage: ./run test [--preset NAME] [--all] [ctest arguments]" test --preset asan -h
+expect 0 "usage: ./run test [--preset NAME] [--all] [--browser] [ctest arguments]" test --preset asan -h
 
 # A machine without any of the packages, and a user who may not use sudo.
 cat >"$folder/bin/dpkg-query" <<'END'

@@ -37,7 +37,13 @@ browser_packages=(
     fonts-dejavu-core          # texts of pages
     gstreamer1.0-plugins-base  # the engine's media
     pkgconf                    # finds them
-    python3                    # serves the pages of the tests
+)
+# The tests with the web engine.
+browser_test_packages=(
+    "${browser_packages[@]}"
+    python3         # serves the pages of the tests
+    chromium        # looks at the page for people, as a desktop's browser
+    chromium-driver # and uses it
 )
 bench_packages=(
     libbenchmark-dev # the framework of the measurements

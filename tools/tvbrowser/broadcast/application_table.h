@@ -36,7 +36,7 @@ private:
     bool isSignalled = false;
     std::optional<std::uint8_t> version;
     TableSections<si::Ait> sections;
-    json told;
+    std::optional<json> told;
 };
 
 }  // namespace tvbrowser

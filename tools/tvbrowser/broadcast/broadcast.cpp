@@ -98,8 +98,8 @@ struct Broadcast::Calls {
         return inside.api.disconnectCa(arguments.word("slot")) == 0;
     }
     static json applicationStarted(Inside& inside, const Arguments& arguments) {
-        return (arguments.flag("ok") ? inside.api.sendApplicationStartedSucceeded()
-                                     : inside.api.sendApplicationStartedFailed()) == 0;
+        const bool isOk = arguments.flag("ok");
+        return (isOk ? inside.api.sendApplicationStartedSucceeded() : inside.api.sendApplicationStartedFailed()) == 0;
     }
 
     /// Null for a name that is not among them.

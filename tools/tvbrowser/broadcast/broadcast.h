@@ -18,14 +18,15 @@
 //   selectComponent {type} or {type,pid}, unselectComponent {type}         true
 //   addStreamEventListener {id,componentTag,eventId} or {id,componentTag,object,name}   true; streamEvent has the id
 //   removeStreamEventListener {id}        whether there was one
-//   sendDrmMessage {session,system,messageType,message}, connectCa {session}, disconnectCa {slot}, requestPts,
-//   applicationStarted {ok}               whether it reached the DTV service
+//   sendDrmMessage {session,system,messageType,message}, connectCa {session}, disconnectCa {slot}, requestPts
+//                               whether it reached the DTV service
+//   applicationStarted {ok}     true
 // Events: service, channelChanged, channelsChanged, componentsChanged, selectedComponentChanged, programmesChanged,
 //   scheduleChanged, applicationsChanged, streamEvent, drmReply, caConnected, caDisconnected, drmSystemStatus, osd,
 //   terminalsStopped, engineStatus, pts, and warning {text} for what the broadcast has wrong.
 //
 // Threads: one, that of the loop: construction, calls, events, destruction.
-// Blocks:  only the destruction, until the filters are closed: 10 seconds for each if the DTV service does not answer.
+// Blocks:  never. The destruction waits for a look for the DTV service. Filters may be closed later, by their worker.
 // Fails:   a call with a wrong name or argument throws BadCall. Bad sections are left out.
 #pragma once
 

@@ -102,7 +102,7 @@ json ComponentList::value() const {
 }
 
 std::vector<std::uint32_t> ComponentList::news() {
-    std::array<json, kTypes> now;
+    std::map<std::uint32_t, json> now;
     for (const auto& [index, report] : reports) {
         now[report.type].push_back(valueOf(report));
     }

@@ -62,7 +62,7 @@ private:
     std::map<std::uint16_t, ComponentReport> reports;  // by index
     std::vector<si::Component> inPmt;
     std::array<std::optional<Place>, kTypes> selected;
-    std::array<json, kTypes> told;
+    std::map<std::uint32_t, json> told;  // by type
 };
 
 }  // namespace tvbrowser

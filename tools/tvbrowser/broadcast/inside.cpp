@@ -93,11 +93,12 @@ void Broadcast::Inside::onConnected() {
     channels.startAgain();
     guide.clear();
     streamEvents.forgetVersions();
-    filters.renew();
+    filters.onConnected();
     api.notifyMwhbStart();
 }
 
 void Broadcast::Inside::onGone() {
+    filters.onGone();
     if (isTuning) {
         failTune();
     }

@@ -2,7 +2,7 @@
 // operation that changes nothing, the end of reports about an on-screen display layer that nobody follows, tells by its
 // result.
 // Threads: construction and destruction on one; it looks on a thread of its own.
-// Blocks:  the destruction, until a running look is over.
+// Blocks:  the destruction, until a running look is over; a look only sends.
 // Locks:   `mutex` guards whether it ends; not held during a look.
 // Fails:   a service that ends and starts again between two looks is not noticed.
 #pragma once

@@ -6,7 +6,7 @@
 
 namespace tvbrowser {
 
-using State = EventObjects::State;
+using State = EventNames::State;
 
 StreamEvents::StreamEvents(SectionFilters& newFilters, Post newPost, Emit newEmit)
     : filters(newFilters),
@@ -102,7 +102,7 @@ bool StreamEvents::find(Listener& listener) {
         return true;
     }
     if (!target.eventId && !listener.object) {
-        const EventObjects::Answer answer = objects.find(target.componentTag, target.object, target.name);
+        const EventNames::Answer answer = objects.find(target.componentTag, target.object, target.name);
         if (answer.state != State::found) {
             return answer.state == State::awaited;
         }

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "event_objects.h"
+#include "event_names.h"
 #include "si/stream_event.h"
 
 namespace tvbrowser {
@@ -47,7 +47,7 @@ private:
     struct Listener {
         Target target;
         std::optional<si::Triplet> service;                   // absent: the first that is presented
-        std::optional<EventObjects::Answer> object;           // by name, once it is found
+        std::optional<EventNames::Answer> object;             // by name, once it is found
         std::optional<std::uint16_t> pid;                     // of its stream, while that is filtered
         std::map<std::uint16_t, std::uint8_t> versions = {};  // of sections, by table_id_extension
     };
@@ -65,7 +65,7 @@ private:
     SectionFilters& filters;
     const Post post;
     const Emit emit;
-    EventObjects objects;
+    EventNames objects;
     std::optional<si::Triplet> service;
     std::optional<si::Pmt> pmt;
     std::map<Number, Listener> listeners;

@@ -183,6 +183,13 @@ onSignal("channelChanged", ({ started, channel }) => {
         answeredTune(started, channel);
     }
 });
+// What is known of the channel may come after the channel.
+onSignal("channelsChanged", () => {
+    const facts = controlling && channelFacts.get(controlling.channel);
+    if (facts && facts.dsd === undefined) {
+        controlling.channel = channelByTriplet(facts);
+    }
+});
 onSignal("service", ({ connected }) => {
     if (controlling) {
         controlling.serviceChanged(connected);

@@ -61,7 +61,7 @@ function hexOfBytes(bytes) {
 function channelOf(known) {
     const { onid, tsid, sid, idType, name, type, dsd, majorChannel } = known;
     return new Channel(
-        { onid, tsid, sid, idType, listed: true },
+        { onid, tsid, sid, idType, dsd: undefined, known },
         {
             channelType: type,
             idType,
@@ -85,12 +85,12 @@ function channelOf(known) {
 }
 
 // A channel that no list has: all that is known is what one tunes by.
-function bareChannel(facts) {
+function bareChannel(facts, ccid) {
     const { idType, onid, tsid, sid, dsd } = facts;
     return new Channel(facts, {
         channelType: undefined,
         idType,
-        ccid: undefined,
+        ccid,
         onid,
         tsid,
         sid,
@@ -101,35 +101,48 @@ function bareChannel(facts) {
     });
 }
 
-// The channels are asked for once, and again after a change of the list.
+// The channels are asked for once, and again after a change of the list. One that has not changed stays the same object.
 let knownChannels = null;
-let channelsByCcid = null;
+let channelsByCcid = new PrivateMap();
 onSignal("channelsChanged", () => {
     knownChannels = null;
 });
 
 function allChannels() {
     if (!knownChannels) {
-        knownChannels = mapped(tryCall("channels", null, []), channelOf);
+        const before = channelsByCcid;
         channelsByCcid = new PrivateMap();
-        for (let index = 0; index < knownChannels.length; ++index) {
-            channelsByCcid.set(ccidOf(channelFacts.get(knownChannels[index])), knownChannels[index]);
-        }
+        knownChannels = mapped(tryCall("channels", null, []), (known) => {
+            const channel = before.get(ccidOf(known));
+            const kept = channel && isSameChannel(channelFacts.get(channel).known, known) ? channel : channelOf(known);
+            channelsByCcid.set(ccidOf(known), kept);
+            return kept;
+        });
     }
     return knownChannels;
 }
 
-// The listed channel of a triplet, a bare one if no list has it, null for none.
+function isSameChannel(one, other) {
+    let isSame = true;
+    each(one, (name, value) => {
+        isSame = isSame && other[name] === value;
+    });
+    return isSame;
+}
+
+// The listed channel of a triplet; a bare one as long as no list has it; null for none.
 function channelByTriplet(triplet) {
     if (!triplet) {
         return null;
     }
     allChannels();
-    return channelsByCcid.get(ccidOf(triplet)) || bareChannel({ idType: presentedIdType(), ...triplet });
+    return channelsByCcid.get(ccidOf(triplet)) || bareChannel({ idType: presentedIdType(), ...triplet }, ccidOf(triplet));
 }
 
-// How the set receives: that of the channels that are known.
-const presentedIdType = () => (allChannels().length > 0 ? channelFacts.get(allChannels()[0]).idType : undefined);
+// How the set receives: as the channels that are known. Before there are any, all kinds are the same to a set, which
+// finds the channel by its triplet.
+const presentedIdType = () =>
+    allChannels().length > 0 ? channelFacts.get(allChannels()[0]).idType : idTypes.ID_DVB_T;
 
 const presentedChannel = () => channelByTriplet(tryCall("presented", null, null));
 

@@ -11,7 +11,7 @@ class Programme {
             name: known.name,
             longName: undefined,
             description: known.text,
-            longDescription: known.longName,
+            longDescription: known.longText,
             startTime: known.startTime === null ? undefined : known.startTime,
             duration: known.duration,
             channelID: ccidOf(known.channel),

@@ -3,8 +3,12 @@
 // Threads: the main one. The broadcast's own threads only post to it.
 // Blocks:  never.
 // Fails:   without the library, pages get no natives, and a line says why.
+#include <unistd.h>
+
+#include <fstream>
 #include <map>
 #include <memory>
+#include <string>
 
 #include "broadcast.h"
 #include "library.h"
@@ -17,6 +21,16 @@ namespace tvbrowser {
 
 namespace {
 
+constexpr unsigned long kBytesOfKibibyte = 1024;
+
+/// Resident memory of this process.
+unsigned long residentKibibytes() {
+    unsigned long all = 0;
+    unsigned long resident = 0;
+    std::ifstream("/proc/self/statm") >> all >> resident;
+    return resident * static_cast<unsigned long>(sysconf(_SC_PAGESIZE)) / kBytesOfKibibyte;
+}
+
 std::string callOf(std::uint64_t instance, const nlohmann::json& argument) {
     return nlohmann::json{{"instance", instance}, {"argument", argument}}.dump(
         -1, ' ', false, nlohmann::json::error_handler_t::replace);
@@ -26,6 +40,7 @@ class Extension {
 public:
     Extension(WebKitWebExtension* extension, const std::string& libraryPath) {
         std::string error;
+        const unsigned long before = residentKibibytes();
         const std::optional<Library> library = loadLibrary(libraryPath, error);
         if (!library) {
             g_printerr("tvbrowser: %s\n", error.c_str());
@@ -36,6 +51,8 @@ public:
                 page->tell(name, value);
             }
         });
+        const unsigned long after = residentKibibytes();
+        memory = std::to_string(before) + " KiB before the library, " + std::to_string(after) + " KiB with it";
         g_signal_connect(extension, "page-created", G_CALLBACK(onPage), this);
         g_signal_connect(webkit_script_world_get_default(), "window-object-cleared", G_CALLBACK(onDocument), this);
     }
@@ -58,6 +75,7 @@ private:
     }
     void addPage(WebKitWebPage* page);
 
+    std::string memory;  ///< a line for the log
     std::unique_ptr<Broadcast> broadcast;
     std::map<guint64, Natives*> pages;
 };
@@ -78,6 +96,7 @@ void Extension::addPage(WebKitWebPage* page) {
             return answerOf(name, argument);
         },
         [page](const std::string& text) { send(page, kLogMessage, "script", text); });
+    send(page, kLogMessage, "extension", memory);
     g_signal_connect(page, "user-message-received", G_CALLBACK(onMessage), this);
 #ifndef TVBROWSER_WEBKITGTK
     g_signal_connect(page, "console-message-sent", G_CALLBACK(onConsole), nullptr);

@@ -1,4 +1,4 @@
-// EventObjects: looks up the names of stream events in the object carousels of the presented service. It reads the
+// EventNames: looks up the names of stream events in the object carousels of the presented service. It reads the
 // carousels from read() to stop().
 // Threads: one.
 // Blocks:  never.
@@ -18,7 +18,7 @@
 
 namespace tvbrowser {
 
-class EventObjects {
+class EventNames {
 public:
     /// Enough for the carousels of applications; their files are read with them.
     static constexpr std::size_t kMostBytes = std::size_t{64} << 20U;
@@ -31,7 +31,7 @@ public:
     };
 
     /// `newChange`: answers may be other ones now.
-    EventObjects(SectionFilters& newFilters, std::function<void()> newChange)
+    EventNames(SectionFilters& newFilters, std::function<void()> newChange)
         : filters(newFilters), change(std::move(newChange)) {}
 
     /// Reads the carousels of the service with this PMT, or goes on with those that it keeps.

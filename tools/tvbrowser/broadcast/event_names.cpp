@@ -1,11 +1,11 @@
 // Reads carousels.
-#include "event_objects.h"
+#include "event_names.h"
 
 #include <algorithm>
 
 namespace tvbrowser {
 
-void EventObjects::read(const si::Pmt& newPmt) {
+void EventNames::read(const si::Pmt& newPmt) {
     pmt = newPmt;
     if (!carousels) {
         carousels.emplace(kMostBytes);
@@ -14,12 +14,12 @@ void EventObjects::read(const si::Pmt& newPmt) {
     follow();
 }
 
-void EventObjects::stop() {
+void EventNames::stop() {
     carousels.reset();
     follow();
 }
 
-void EventObjects::follow() {
+void EventNames::follow() {
     const std::set<std::uint16_t> pids = carousels ? carousels->pids() : std::set<std::uint16_t>();
     for (auto each = open.begin(); each != open.end();) {
         if (pids.count(each->first) != 0) {
@@ -43,7 +43,7 @@ void EventObjects::follow() {
     }
 }
 
-void EventObjects::onSection(std::uint16_t pid, si::Bytes section) {
+void EventNames::onSection(std::uint16_t pid, si::Bytes section) {
     using Kind = si::CarouselNews::Kind;
     if (!carousels || !si::crcIsRight(section)) {
         return;
@@ -57,7 +57,7 @@ void EventObjects::onSection(std::uint16_t pid, si::Bytes section) {
     }
 }
 
-EventObjects::Answer EventObjects::answerFrom(const Found& found, const std::string& name) {
+EventNames::Answer EventNames::answerFrom(const Found& found, const std::string& name) {
     if (found.state == si::CarouselTree::State::awaited) {
         return {State::awaited};
     }
@@ -72,8 +72,8 @@ EventObjects::Answer EventObjects::answerFrom(const Found& found, const std::str
     return {State::absent};
 }
 
-EventObjects::Answer EventObjects::find(std::optional<std::uint8_t> componentTag, const std::string& path,
-                                        const std::string& name) {
+EventNames::Answer EventNames::find(std::optional<std::uint8_t> componentTag, const std::string& path,
+                                    const std::string& name) {
     Answer best;
     const auto isOf = [componentTag](const si::Pmt::Stream& stream, std::uint16_t pid) {
         return stream.pid == pid && si::componentTag(stream) == componentTag;
@@ -88,7 +88,7 @@ EventObjects::Answer EventObjects::find(std::optional<std::uint8_t> componentTag
         if (!isMeant) {
             continue;
         }
-        const Answer answer = answerFrom(carousel.tree()->find(path), name);
+        Answer answer = answerFrom(carousel.tree()->find(path), name);
         if (answer.state == State::found) {
             return answer;
         }

@@ -1,0 +1,89 @@
+// How elements come to be objects of the browser, and the objects that say what the set is.
+#include "object_test.h"
+
+namespace browser_tests {
+
+namespace {
+
+class Objects : public AnObject {
+protected:
+    void run(const std::string& what) { pageEverywhere("objects.html?" + what); }
+};
+
+TEST_F(Objects, AreMadeByTheTypeOfAnElementAtAnyTime) {
+    run("types");
+    EXPECT_EQ(reported("none"), R"(["undefined","undefined"])");
+    EXPECT_EQ(reported("typed"), R"([0,"function",true])");
+    EXPECT_EQ(reported("inner"), "function");
+    EXPECT_EQ(reported("untyped"), R"(["undefined",true])");
+    EXPECT_EQ(reported("late", 1), "1");
+    EXPECT_EQ(reported("late", 2), "2");
+}
+
+TEST_F(Objects, LeaveElementsOfOtherTypesAsTheyAre) {
+    run("foreign");
+    EXPECT_EQ(reported("members"), R"(["undefined","undefined","foreign.txt",true,"",0])");
+    EXPECT_EQ(reported("own"), R"([3,"40"])");
+}
+
+TEST_F(Objects, GiveAPageItsApplication) {
+    run("application");
+    EXPECT_EQ(reported("same"), "true");
+    EXPECT_EQ(reported("foreign"), "[null,null]");
+    EXPECT_EQ(reported("window"), "true");
+    EXPECT_EQ(reported("keyset"), "[0,17,17]");
+    EXPECT_EQ(reported("groups"), "[1,2,4,8,16,32,64,128,256,512,1024]");
+    EXPECT_EQ(reported("memory"), "true");
+}
+
+TEST_F(Objects, HaveTheCodesOfKeys) {
+    run("keys");
+    EXPECT_EQ(reported("codes"), "[37,38,39,40,13,48,57,403,404,405,406,412,413,415,417,19,463,461]");
+    EXPECT_EQ(reported("globals"), "true");
+    EXPECT_EQ(reported("own"), "[1,2,3]");
+    EXPECT_EQ(reported("keyset"), "49");
+    press("RED");
+    EXPECT_EQ(reported("key", 1), "[403,403,true,true]");
+    press("LEFT");
+    EXPECT_EQ(reported("key", 2), "[37,37,true,true]");
+    press("PLAY");
+    EXPECT_EQ(reported("key", 3), "[415,415,true,true]");
+    press("BACK");
+    EXPECT_EQ(reported("key", 4), "[461,461,true,true]");
+}
+
+TEST_F(Objects, AreMadeByTheFactoryIfTheyAreThere) {
+    run("factory");
+    EXPECT_EQ(reported("there"), "true");
+    EXPECT_EQ(reported("notThere"), "false");
+    EXPECT_EQ(reported("made"), R"([0,"function","undefined"])");
+}
+
+TEST_F(Objects, SayWhatTheSetCanDo) {
+    run("capabilities");
+    EXPECT_EQ(reported("profile").rfind("OITF_HD_UIPROF+DVB_C+META_EIT+META_SI", 0), 0U);
+    EXPECT_EQ(reported("broadcast"), R"(["true","ID_DVB_C","false"])");
+    EXPECT_EQ(reported("has"), "[true,true,false,false,false]");
+}
+
+TEST_F(Objects, SayWhatTheViewerHasChosen) {
+    run("configuration");
+    EXPECT_EQ(reported("languages"), R"(["eng","eng"])");
+    EXPECT_EQ(reported("country").size(), 3U);
+    EXPECT_EQ(reported("software"), "true");
+}
+
+TEST_F(Objects, ShowNothingElseToPages) {
+    run("clean");
+    EXPECT_EQ(reported("more"), "[]");
+}
+
+TEST_F(Objects, WorkInAPageThatHasChangedTheLanguage) {
+    run("hostile");
+    EXPECT_EQ(reported("bound"), "ccid:1.1025.28106");
+    EXPECT_EQ(reported("state", 2), "2");
+}
+
+}  // namespace
+
+}  // namespace browser_tests
