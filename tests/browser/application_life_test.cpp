@@ -98,8 +98,8 @@ TEST_F(AnApplication, GoesOnWhereTheNextServiceSignalsItToo) {
 }
 
 TEST_F(AnApplication, EndsWhenItsAitSaysKill) {
-    start(broadcastWithVersions({{0, 1, {application("life.html?first")}},
-                                 {4, 2, {application("life.html?first", 1, kKill)}}}),
+    start(broadcastWithVersions(
+              {{0, 1, {application("life.html?first")}}, {4, 2, {application("life.html?first", 1, kKill)}}}),
           {}, 60);
     reported("running");
     EXPECT_TRUE(says("application: none"));
@@ -125,8 +125,11 @@ TEST_F(AnApplication, IsStartedByTheRedButtonWhereItIsPresent) {
 }
 
 TEST_F(AnApplication, CreatesAnotherOfTheCurrentAitWithItsQuery) {
-    Multiplex broadcast = broadcastWithVersions(
-        {{0, 1, {application("life.html?first#dvb%3A%2F%2Fcurrent.ait%2F190.2%3Fmore"), application("life.html?second", 2, kPresent)}}});
+    Multiplex broadcast =
+        broadcastWithVersions({{0,
+                                1,
+                                {application("life.html?first#dvb%3A%2F%2Fcurrent.ait%2F190.2%3Fmore"),
+                                 application("life.html?second", 2, kPresent)}}});
     start(broadcast);
     reported("running");
     press("GREEN");
@@ -143,8 +146,10 @@ TEST_F(AnApplication, CannotCreateOneThatIsNotSignalled) {
 }
 
 TEST_F(AnApplication, ThatEndsItselfAfterCreatingAnotherEndsItselfAlone) {
-    Multiplex broadcast = broadcastWithVersions(
-        {{0, 1, {application("life.html?first#dvb%3A%2F%2Fcurrent.ait%2F190.2"), application("life.html?second", 2, kPresent)}}});
+    Multiplex broadcast = broadcastWithVersions({{0,
+                                                  1,
+                                                  {application("life.html?first#dvb%3A%2F%2Fcurrent.ait%2F190.2"),
+                                                   application("life.html?second", 2, kPresent)}}});
     start(broadcast);
     reported("running");
     press("1");

@@ -98,8 +98,7 @@ TEST_F(TheBroadcastRoom, ListsOtherTransportStreamsWithTheirDeliverySystems) {
     ASSERT_TRUE(room.becomes([&] { return room.call("channels")[2]["idType"] == 15; }));
     const json elsewhere = room.call("channels")[2];
     EXPECT_EQ(elsewhere["tsid"], 1026);
-    EXPECT_EQ(elsewhere["dsd"],
-              "430b0119747501928602200003");
+    EXPECT_EQ(elsewhere["dsd"], "430b0119747501928602200003");
     EXPECT_EQ(elsewhere["majorChannel"], 3);
 }
 

@@ -31,7 +31,8 @@ protected:
         EXPECT_EQ(send(socket, request.data(), request.size(), 0), static_cast<ssize_t>(request.size()));
         std::string answer;
         char bytes[4096];
-        for (ssize_t count = recv(socket, bytes, sizeof bytes, 0); count > 0; count = recv(socket, bytes, sizeof bytes, 0)) {
+        for (ssize_t count = recv(socket, bytes, sizeof bytes, 0); count > 0;
+             count = recv(socket, bytes, sizeof bytes, 0)) {
             answer.append(bytes, static_cast<std::size_t>(count));
         }
         close(socket);
@@ -41,8 +42,8 @@ protected:
         return ask("GET " + path + " HTTP/1.1\r\n" + headers + "Connection: close\r\n\r\n");
     }
     std::string post(const std::string& path, const std::string& body, const std::string& headers = "") const {
-        return ask("POST " + path + " HTTP/1.1\r\nHost: localhost\r\n" + headers + "Connection: close\r\nContent-Length: " +
-                   std::to_string(body.size()) + "\r\n\r\n" + body);
+        return ask("POST " + path + " HTTP/1.1\r\nHost: localhost\r\n" + headers +
+                   "Connection: close\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
     }
     tsmake::Multiplex broadcastToStartByRed() const {
         tsmake::Multiplex broadcast = broadcastWithoutApplications();

@@ -67,7 +67,8 @@ public:
     /// Waits for the first, or the `number`th, report of a name.
     std::string reported(const std::string& name, std::size_t number = 1) const {
         EXPECT_TRUE(eventually([&] { return reports(name).size() >= number; }))
-            << "no report " << number << " of " << name << " in\n" << output();
+            << "no report " << number << " of " << name << " in\n"
+            << output();
         const std::vector<std::string> values = reports(name);
         return values.size() < number ? "" : values[number - 1];
     }
@@ -105,7 +106,8 @@ protected:
     static constexpr std::uint8_t kPresent = 2;
 
     /// An application whose entry point is a page, which may have a query.
-    tsmake::Application application(const std::string& page, std::uint16_t id = 1, std::uint8_t control = kAutostart) const {
+    tsmake::Application application(const std::string& page, std::uint16_t id = 1,
+                                    std::uint8_t control = kAutostart) const {
         tsmake::Application made;
         made.organisationId = kOrganisation;
         made.applicationId = id;

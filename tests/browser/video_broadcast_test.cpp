@@ -35,7 +35,8 @@ TEST_F(AVideoBroadcast, BindsToThePresentedChannel) {
 
 TEST_F(AVideoBroadcast, HasTheChannelList) {
     run("list");
-    EXPECT_EQ(reported("names"), "[\"Velmora One HD\",\"Velmora Zwei F\u00f6hn\",\"Velmora \u03a4\u03c1\u03af\u03b1\",\"Velmora Radio\"]");
+    EXPECT_EQ(reported("names"),
+              "[\"Velmora One HD\",\"Velmora Zwei F\u00f6hn\",\"Velmora \u03a4\u03c1\u03af\u03b1\",\"Velmora Radio\"]");
     EXPECT_EQ(reported("types"), "[0,0,0,1]");
     EXPECT_EQ(reported("found"), "[true,true,true]");
     EXPECT_EQ(reported("missing"), "[null,null,null,true]");
@@ -85,19 +86,18 @@ TEST_F(AVideoBroadcast, SaysThatTheTransportStreamDoesNotHaveAChannel) {
 
 TEST_F(AVideoBroadcast, GoesThroughTheListRoundItsEnd) {
     run("next");
-    EXPECT_EQ(events(9), (Events{kConnecting, changedTo(kSecond), kPresenting, kConnecting, changedTo(kFirst), kPresenting,
-                                 kConnecting, changedTo(kFourth), kPresenting}));
+    EXPECT_EQ(events(9), (Events{kConnecting, changedTo(kSecond), kPresenting, kConnecting, changedTo(kFirst),
+                                 kPresenting, kConnecting, changedTo(kFourth), kPresenting}));
 }
 
 TEST_F(AVideoBroadcast, HasNoNextChannelWhileItIsUnrealized) {
     run("nextUnrealized");
-    EXPECT_EQ(events(2), (Events{"ChannelChangeError object 10", "ChannelChangeError object 10"}));
+    EXPECT_EQ(events(2), (Events{"ChannelChangeError null 10", "ChannelChangeError null 10"}));
 }
 
 TEST_F(AVideoBroadcast, TellsThatALaterTuneInterruptedOne) {
     run("interrupt");
-    EXPECT_EQ(events(4),
-              (Events{kConnecting, "ChannelChangeError " + kSecond + " 6", changedTo(kThird), kPresenting}));
+    EXPECT_EQ(events(4), (Events{kConnecting, "ChannelChangeError " + kSecond + " 6", changedTo(kThird), kPresenting}));
 }
 
 TEST_F(AVideoBroadcast, StopsAndGoesOn) {
@@ -117,7 +117,22 @@ TEST_F(AVideoBroadcast, IsRefusedToAnApplicationThatHasLeftTheBroadcast) {
     run("leave");
     EXPECT_EQ(reported("left"), "[0,null,null,0]");
     EXPECT_EQ(reported("refused"), R"(["SecurityError","SecurityError","SecurityError","SecurityError"])");
-    EXPECT_EQ(events(2), (Events{"PlayStateChange 0", "ChannelChangeSucceeded object"}));
+    EXPECT_EQ(events(2), (Events{"PlayStateChange 0", "ChannelChangeSucceeded null"}));
+}
+
+TEST_F(AVideoBroadcast, MakesAnIndependentApplicationRelatedByATune) {
+    const std::string page = "video_broadcast.html?independent";
+    tsmake::Multiplex broadcast = broadcastWithoutApplications();
+    broadcast.services[1].ait.versions = {{0, 1, {application(page)}}};
+    start(broadcast, {"--application", pages.url() + page + ",190.1"});
+    EXPECT_EQ(reported("channel"), "[null,null,0]");
+    EXPECT_EQ(reported("refused"), "SecurityError");
+    EXPECT_EQ(reported("related"), "[\"" + kSecond + "\",\"" + kSecond + "\",2]");
+}
+
+TEST_F(AVideoBroadcast, TunesAThousandTimes) {
+    run("thousand");
+    EXPECT_EQ(reported("tunes"), "1000");
 }
 
 TEST_F(AVideoBroadcast, HasSizeFullScreenAndVolume) {
@@ -147,8 +162,8 @@ TEST_F(AVideoBroadcast, ComesBackWithTheDtvService) {
 
 TEST_F(AVideoBroadcast, IsLockedByAnotherOneUntilThatHasLeftThePage) {
     run("two");
-    EXPECT_EQ(events(4), (Events{"PlayStateChange 0 2", "ChannelChangeError " + kFirst + " 2", "PlayStateChange 0",
-                                 kConnecting}));
+    EXPECT_EQ(events(4),
+              (Events{"PlayStateChange 0 2", "ChannelChangeError " + kFirst + " 2", "PlayStateChange 0", kConnecting}));
 }
 
 }  // namespace

@@ -17,10 +17,13 @@ class AvControl {
     static end(object) {
         object.stop();
     }
+    static takeAttribute(object) {
+        object.#takeAttribute();
+    }
 
     #element;
     #picture;
-    #data;
+    #data = "";
     #playState = avStates.stopped;
     #error;
     #speed = 0;
@@ -29,8 +32,7 @@ class AvControl {
     constructor(element) {
         this.#element = element;
         this.#picture = new Picture(element);
-        this.#data = getAttribute(element, "data") || "";
-        removeAttribute(element, "data"); // or the engine shows it too
+        this.#takeAttribute();
         const heard = {
             loadedmetadata: () => this.#advance(avStates.connecting, avStates.buffering),
             waiting: () => this.#advance(avStates.playing, avStates.buffering),
@@ -42,6 +44,7 @@ class AvControl {
     }
 
     get data() {
+        this.#takeAttribute();
         return this.#data;
     }
     set data(url) {
@@ -67,6 +70,7 @@ class AvControl {
 
     // False for what cannot be played: nothing, or backwards.
     play(speed = 1) {
+        this.#takeAttribute();
         const wanted = makeNumber(speed);
         const url = absoluteUrl(this.#data);
         if (this.#data === "" || url === null || !(wanted >= 0)) {
@@ -151,6 +155,14 @@ class AvControl {
     #isPlayable() {
         return canPlay(getAttribute(this.#element, "type"));
     }
+    // The attribute is the object's as soon as it is set; the engine would show its data too.
+    #takeAttribute() {
+        const url = getAttribute(this.#element, "data");
+        if (url !== null) {
+            removeAttribute(this.#element, "data");
+            this.data = url;
+        }
+    }
     #isOpen() {
         return this.#playState >= avStates.playing && this.#playState <= avStates.buffering;
     }
@@ -194,7 +206,7 @@ class AvControl {
 
 defineType(mediaTypes, AvControl);
 
-// The engine would show the data of such an element by itself, unless the element's own object takes it first.
+// Data in markup and by setAttribute is taken before the engine looks at it.
 const watchMarkup = new MutationObserver((changes) => {
     for (let index = 0; index < changes.length; ++index) {
         const { target, addedNodes, type } = changes[index];
@@ -225,9 +237,7 @@ function adoptMediaWithin(node) {
 
 function adoptMedia(element) {
     const found = element instanceof PageObject ? behind(element) : null;
-    const url = found && found.kind.Class === AvControl ? getAttribute(element, "data") : null;
-    if (url !== null) {
-        removeAttribute(element, "data");
-        found.object.data = url;
+    if (found && found.kind.Class === AvControl) {
+        AvControl.takeAttribute(found.object);
     }
 }

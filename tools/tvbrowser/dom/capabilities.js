@@ -1,6 +1,13 @@
 // application/oipfCapabilities: what the set can do, as XML and by name.
 
-const tunerNames = { 10: "ID_DVB_C", 11: "ID_DVB_S", 12: "ID_DVB_T", 14: "ID_DVB_C2", 15: "ID_DVB_S2", 16: "ID_DVB_T2" };
+const tunerNames = {
+    10: "ID_DVB_C",
+    11: "ID_DVB_S",
+    12: "ID_DVB_T",
+    14: "ID_DVB_C2",
+    15: "ID_DVB_S2",
+    16: "ID_DVB_T2",
+};
 const baseProfile = "OITF_HD_UIPROF";
 
 const parseXml = uncurry(DOMParser.prototype.parseFromString);
@@ -38,11 +45,18 @@ const mediaProfile = (element, name, type) =>
     canPlay(type) ? "<" + element + ' name="' + name + '" type="' + type + '"/>' : "";
 
 function describeSet() {
-    const systems = mapped(setup.capabilities.drm || [], (id) => '<drm DRMSystemID="urn:dvb:casystemid:' + id + '">TS</drm>');
+    const systems = mapped(
+        setup.capabilities.drm || [],
+        (id) => '<drm DRMSystemID="urn:dvb:casystemid:' + id + '">TS</drm>'
+    );
     return (
-        '<profilelist><ui_profile name="' + joined(both([baseProfile], options()), "+") + '"><ext>' +
+        '<profilelist><ui_profile name="' +
+        joined(both([baseProfile], options()), "+") +
+        '"><ext>' +
         "<colorkeys>true</colorkeys>" +
-        '<video_broadcast type="' + joined(tuners(), " ") + '">true</video_broadcast>' +
+        '<video_broadcast type="' +
+        joined(tuners(), " ") +
+        '">true</video_broadcast>' +
         "<parentalcontrol>false</parentalcontrol>" +
         "<extendedAVControl>true</extendedAVControl>" +
         '<clientMetadata type="dvb-si">true</clientMetadata>' +

@@ -1,13 +1,16 @@
 // What the script uses of the language and of the document, taken before a page can replace any of it.
 
-const { create, defineProperty, getOwnPropertyDescriptor, getOwnPropertyNames, getPrototypeOf, setPrototypeOf } = Object;
+const { create, defineProperty, getOwnPropertyDescriptor, getOwnPropertyNames, setPrototypeOf } = Object;
 const { apply } = Reflect;
 const { isArray } = Array;
 const makeText = String;
 const makeNumber = Number;
 
 // The method as a function of its object: uncurry(Map.prototype.get)(map, key).
-const uncurry = (method) => (self, ...values) => apply(method, self, values);
+const uncurry =
+    (method) =>
+    (self, ...values) =>
+        apply(method, self, values);
 
 const nameOfOwn = uncurry(Object.prototype.hasOwnProperty);
 const lowerCase = uncurry(String.prototype.toLowerCase);
@@ -94,7 +97,8 @@ function mapped(list, change) {
 
 const namesOf = Object.keys;
 
-// Calls with name and value of each property of an object of ours; what a page adds to Object.prototype is not among them.
+// Calls with name and value of each property of an object of ours; what a page adds to Object.prototype is not among
+// them.
 function each(object, action) {
     const names = namesOf(object);
     for (let index = 0; index < names.length; ++index) {

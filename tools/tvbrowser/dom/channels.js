@@ -80,7 +80,7 @@ function channelOf(known) {
             ipBroadcastID: undefined,
             manualBlock: false,
             locked: false,
-        },
+        }
     );
 }
 
@@ -101,7 +101,8 @@ function bareChannel(facts, ccid) {
     });
 }
 
-// The channels are asked for once, and again after a change of the list. One that has not changed stays the same object.
+// The channels are asked for once, and again after a change of the list. One that has not changed stays the same
+// object.
 let knownChannels = null;
 let channelsByCcid = new PrivateMap();
 onSignal("channelsChanged", () => {
@@ -136,13 +137,14 @@ function channelByTriplet(triplet) {
         return null;
     }
     allChannels();
-    return channelsByCcid.get(ccidOf(triplet)) || bareChannel({ idType: presentedIdType(), ...triplet }, ccidOf(triplet));
+    return (
+        channelsByCcid.get(ccidOf(triplet)) || bareChannel({ idType: presentedIdType(), ...triplet }, ccidOf(triplet))
+    );
 }
 
 // How the set receives: as the channels that are known. Before there are any, all kinds are the same to a set, which
 // finds the channel by its triplet.
-const presentedIdType = () =>
-    allChannels().length > 0 ? channelFacts.get(allChannels()[0]).idType : idTypes.ID_DVB_T;
+const presentedIdType = () => (allChannels().length > 0 ? channelFacts.get(allChannels()[0]).idType : idTypes.ID_DVB_T);
 
 const presentedChannel = () => channelByTriplet(tryCall("presented", null, null));
 

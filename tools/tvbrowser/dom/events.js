@@ -13,7 +13,11 @@ function setHandler(target, event, fields, handler) {
     if (isNew) {
         listenTo(target, event, (happened) => {
             if (own[event]) {
-                apply(own[event], target, mapped(fields, (field) => happened[field]));
+                apply(
+                    own[event],
+                    target,
+                    mapped(fields, (field) => happened[field])
+                );
             }
         });
     }

@@ -1,6 +1,6 @@
-// Gives <object> elements the members of their type. The members are accessors on the prototype of all <object> elements,
-// which look at the element's type each time, so it does not matter how the type came to be: by markup, by the type
-// property or by setAttribute. An element of another type keeps the engine's own members.
+// Gives <object> elements the members of their type. The members are accessors on the prototype of all <object>
+// elements, which look at the element's type each time, so it does not matter how the type came to be: by markup, by
+// the type property or by setAttribute. An element of another type keeps the engine's own members.
 
 const types = create(null); // MIME type -> kind
 const kindsInUse = new PrivateWeakMap(); // element -> {kind, object}: what stands behind it
@@ -84,7 +84,11 @@ function readMember(element, name, method) {
     }
     const member = found && found.kind.members[name];
     if (member) {
-        return member.get ? apply(member.get, found.object, []) : typeof member.value === "function" ? method : member.value;
+        return member.get
+            ? apply(member.get, found.object, [])
+            : typeof member.value === "function"
+            ? method
+            : member.value;
     }
     const values = ownValues.get(element);
     if (values && name in values) {
@@ -145,4 +149,3 @@ function exposeMember(name) {
         enumerable: present ? present.enumerable : false,
     });
 }
-

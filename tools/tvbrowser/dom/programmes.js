@@ -33,10 +33,10 @@ class Programme {
             (descriptor) =>
                 descriptor.tag === descriptorTag &&
                 isAsked(descriptorTagExtension, descriptor.extension) &&
-                isAsked(privateDataSpecifier || null, descriptor.privateDataSpecifier),
+                isAsked(privateDataSpecifier || null, descriptor.privateDataSpecifier)
         );
         return new Collection(
-            mapped(wanted, ({ tag, bytes }) => letterOf(tag) + letterOf(bytes.length / 2) + bytesOfHex(bytes)),
+            mapped(wanted, ({ tag, bytes }) => letterOf(tag) + letterOf(bytes.length / 2) + bytesOfHex(bytes))
         );
     }
 }

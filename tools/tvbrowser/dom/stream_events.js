@@ -1,4 +1,5 @@
-// Stream events: messages of the broadcast to pages, by an XML description of the event or by an object of the carousel.
+// Stream events: messages of the broadcast to pages, by an XML description of the event or by an object of the
+// carousel.
 
 const streamListeners = []; // {owner, url, name, listener, id}
 let nextStreamListener = 1;
@@ -55,7 +56,13 @@ function failStreamListener(entry) {
 
 function deliverStreamEvent(entry, status, data) {
     const target = entry.owner.element;
-    const event = makeEvent("StreamEvent", { name: entry.name, data: upperCase(data), text: textOfHex(data), status, target });
+    const event = makeEvent("StreamEvent", {
+        name: entry.name,
+        data: upperCase(data),
+        text: textOfHex(data),
+        status,
+        target,
+    });
     const { listener } = entry;
     if (typeof listener === "function") {
         guarded(() => apply(listener, target, [event]));
@@ -109,7 +116,8 @@ const inCollection = uncurry(HTMLCollection.prototype.item);
 function describeStreamEvent(entry) {
     const request = new Request();
     listenTo(request, "loadend", () => {
-        const found = statusOf(request) === 200 || statusOf(request) === 0 ? eventIn(documentOf(request), entry.name) : null;
+        const found =
+            statusOf(request) === 200 || statusOf(request) === 0 ? eventIn(documentOf(request), entry.name) : null;
         if (!isListening(entry)) {
             return;
         }
@@ -168,7 +176,11 @@ function objectOf(url) {
     const path = decodedPath(parts[2]);
     const inCarousel = matchOf(/^([0-9a-f]+)\.([0-9a-f]+)\.([0-9a-f]+)(?:\.([0-9a-f]+))?$/i, parts[1]);
     if (inCarousel) {
-        const triplet = { onid: hexNumber(inCarousel[1]), tsid: hexNumber(inCarousel[2]), sid: hexNumber(inCarousel[3]) };
+        const triplet = {
+            onid: hexNumber(inCarousel[1]),
+            tsid: hexNumber(inCarousel[2]),
+            sid: hexNumber(inCarousel[3]),
+        };
         const componentTag = inCarousel[4] === undefined ? null : hexNumber(inCarousel[4]);
         return sameTriplet(triplet, tryCall("presented", null, null)) ? { componentTag, object: path } : null;
     }

@@ -67,7 +67,9 @@ function failureOf(facts) {
     for (let index = 0; index < channels.length; ++index) {
         const other = channelFacts.get(channels[index]);
         const isSameStream =
-            facts.dsd === undefined ? other.onid === facts.onid && other.tsid === facts.tsid : other.known.dsd === facts.dsd;
+            facts.dsd === undefined
+                ? other.onid === facts.onid && other.tsid === facts.tsid
+                : other.known.dsd === facts.dsd;
         if (isSameStream && other.sid === facts.sid) {
             return channelErrors.noSignal;
         }

@@ -7,6 +7,8 @@
 #ifdef TVBROWSER_WEBKITGTK
 #include <webkit/webkit-web-process-extension.h>
 using WebKitWebExtension = WebKitWebProcessExtension;
+#define TVBROWSER_EXTENSION_ENTRY webkit_web_process_extension_initialize_with_user_data
 #else
 #include <wpe/webkit-web-extension.h>
+#define TVBROWSER_EXTENSION_ENTRY webkit_web_extension_initialize_with_user_data
 #endif

@@ -46,11 +46,12 @@ public:
             g_printerr("tvbrowser: %s\n", error.c_str());
             return;
         }
-        broadcast = std::make_unique<Broadcast>(*library, postToMainLoop, [this](const std::string& name, const nlohmann::json& value) {
-            for (auto& [id, page] : pages) {
-                page->tell(name, value);
-            }
-        });
+        broadcast = std::make_unique<Broadcast>(*library, postToMainLoop,
+                                                [this](const std::string& name, const nlohmann::json& value) {
+                                                    for (auto& [id, page] : pages) {
+                                                        page->tell(name, value);
+                                                    }
+                                                });
         const unsigned long after = residentKibibytes();
         memory = std::to_string(before) + " KiB before the library, " + std::to_string(after) + " KiB with it";
         g_signal_connect(extension, "page-created", G_CALLBACK(onPage), this);
@@ -70,8 +71,8 @@ private:
 #endif
     static void send(WebKitWebPage* page, const char* message, const std::string& name, const std::string& value) {
         webkit_web_page_send_message_to_view(
-            page, webkit_user_message_new(message, g_variant_new(kParametersType, name.c_str(), value.c_str())), nullptr,
-            nullptr, nullptr);
+            page, webkit_user_message_new(message, g_variant_new(kParametersType, name.c_str(), value.c_str())),
+            nullptr, nullptr, nullptr);
     }
     void addPage(WebKitWebPage* page);
 
@@ -132,8 +133,7 @@ gboolean Extension::onMessage(WebKitWebPage* page, WebKitUserMessage* message, g
 }  // namespace tvbrowser
 
 /// `userData`: the path of the library.
-extern "C" G_MODULE_EXPORT void webkit_web_extension_initialize_with_user_data(WebKitWebExtension* extension,
-                                                                               GVariant* userData) {
+extern "C" G_MODULE_EXPORT void TVBROWSER_EXTENSION_ENTRY(WebKitWebExtension* extension, GVariant* userData) {
     const char* path = "";
     g_variant_get(userData, "&s", &path);
     new tvbrowser::Extension(extension, path);  // lives as long as the process

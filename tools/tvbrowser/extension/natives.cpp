@@ -41,8 +41,8 @@ void Natives::tell(const std::string& name, const nlohmann::json& value) {
     }
     // The listener may bring a new document, which forgets it.
     JSCValue* const told = JSC_VALUE(g_object_ref(listener));
-    JSCValue* const result = jsc_value_function_call(told, G_TYPE_STRING, name.c_str(), G_TYPE_STRING,
-                                                     textOf(value).c_str(), G_TYPE_NONE);
+    JSCValue* const result =
+        jsc_value_function_call(told, G_TYPE_STRING, name.c_str(), G_TYPE_STRING, textOf(value).c_str(), G_TYPE_NONE);
     JSCContext* const context = jsc_value_get_context(told);
     if (JSCException* const exception = jsc_context_get_exception(context)) {
         char* const report = jsc_exception_report(exception);

@@ -42,7 +42,8 @@ std::string firstScript(const RunningApplication& application, const SetDescript
     return "(function () { \"use strict\"; const natives = globalThis." + name + "; delete globalThis." + name +
            "; if (!natives) { return; } natives.begin(" + std::to_string(application.instance) +
            "); const parse = JSON.parse, stringify = JSON.stringify; const native = {"
-           "call(name, argument) { return parse(natives.call(name, stringify(argument === undefined ? null : argument))); },"
+           "call(name, argument) { return parse(natives.call(name, stringify(argument === undefined ? null : "
+           "argument))); },"
            "listen(listener) { natives.listen(function (name, value) { listener(name, parse(value)); }); },"
            "log(text) { natives.log(String(text)); } };\n(" +
            std::string(kDomScript) + ")(native, " + asScript(setupOf(application, set)) + "); })();";

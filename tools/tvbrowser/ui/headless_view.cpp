@@ -64,8 +64,8 @@ HeadlessView::HeadlessView(std::uint32_t newWidth, std::uint32_t newHeight) : wi
     }
     static const wpe_view_backend_exportable_fdo_client kClient{nullptr, nullptr, onFrame, nullptr, nullptr};
     exportable = wpe_view_backend_exportable_fdo_create(&kClient, this, width, height);
-    wpe_view_backend_add_activity_state(
-        backend(), wpe_view_activity_state_visible | wpe_view_activity_state_in_window | wpe_view_activity_state_focused);
+    wpe_view_backend_add_activity_state(backend(), wpe_view_activity_state_visible | wpe_view_activity_state_in_window |
+                                                       wpe_view_activity_state_focused);
 }
 
 wpe_view_backend* HeadlessView::backend() const {

@@ -111,8 +111,9 @@ int run(const Arguments& arguments) {
     if (file) {
         picture = std::make_unique<FirstPicture>(television, [&](bool hasDrawn) {
             code = hasDrawn && writeScreenshot(television, *file) ? 0 : 1;
-            say(code == 0 ? "screenshot: " + *file
-                          : hasDrawn ? "error: cannot write " + *file : "error: no application has drawn itself");
+            say(code == 0  ? "screenshot: " + *file
+                : hasDrawn ? "error: cannot write " + *file
+                           : "error: no application has drawn itself");
             quit();
         });
     }

@@ -23,9 +23,9 @@ struct PageViewSettings {
 
 /// What happens to a page.
 struct PageViewEvents {
-    std::function<void()> onLoaded;                        ///< once for each load()
-    std::function<void(const std::string&)> onFailed;      ///< once for each load(), with the reason
-    std::function<void()> onProcessDied;                   ///< the page is gone
+    std::function<void()> onLoaded;                    ///< once for each load()
+    std::function<void(const std::string&)> onFailed;  ///< once for each load(), with the reason
+    std::function<void()> onProcessDied;               ///< the page is gone
     std::function<void(const std::string& name, const nlohmann::json& call)> onCall;
     std::function<void(const std::string& subject, const std::string& text)> onLog;
 };
@@ -49,7 +49,8 @@ public:
 private:
     static void onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageView* self);
     static gboolean onLoadFailed(WebKitWebView*, WebKitLoadEvent, const char* url, GError* error, PageView* self);
-    static gboolean onPolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type, PageView* self);
+    static gboolean onPolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
+                             PageView* self);
     static gboolean onMessage(WebKitWebView*, WebKitUserMessage* message, PageView* self);
     static void onTerminated(WebKitWebView*, WebKitWebProcessTerminationReason reason, PageView* self);
     void onResponse(WebKitResponsePolicyDecision* decision);

@@ -8,13 +8,15 @@ namespace tvbrowser {
 namespace {
 
 constexpr guint kMillisecondsOfLook = 100;
-constexpr unsigned int kQuietLooks = 10;   ///< one second
+constexpr unsigned int kQuietLooks = 10;  ///< one second
 constexpr unsigned int kMostLooks = 200;  ///< 20 seconds, for pages that never rest
 
 }  // namespace
 
 FirstPicture::FirstPicture(const Television& newTelevision, std::function<void(bool)> newOnDrawn)
-    : television(newTelevision), onDrawn(std::move(newOnDrawn)), timer(g_timeout_add(kMillisecondsOfLook, look, this)) {}
+    : television(newTelevision),
+      onDrawn(std::move(newOnDrawn)),
+      timer(g_timeout_add(kMillisecondsOfLook, look, this)) {}
 
 FirstPicture::~FirstPicture() {
     if (timer != 0) {

@@ -33,7 +33,8 @@ Television::Television(const SetDescription& newSet, const PageViewSettings& set
     const Library library = libraryOrThrow(settings.libraryPath);
     page = std::make_unique<PageView>(headless, settings, pageEvents());
     broadcast = std::make_unique<Broadcast>(
-        library, postToMainLoop, [this](const std::string& name, const nlohmann::json& value) { onBroadcast(name, value); });
+        library, postToMainLoop,
+        [this](const std::string& name, const nlohmann::json& value) { onBroadcast(name, value); });
 }
 
 Television::~Television() = default;
@@ -118,7 +119,8 @@ void Television::onCall(const std::string& name, const nlohmann::json& call) {
          [](Television& self, Instance caller, const nlohmann::json& argument) {
              self.manager.createApplication(caller, argument.value("url", ""));
          }},
-        {"destroyApplication", [](Television& self, Instance caller, auto&) { self.manager.destroyApplication(caller); }},
+        {"destroyApplication",
+         [](Television& self, Instance caller, auto&) { self.manager.destroyApplication(caller); }},
         {"showApplication", [](Television& self, Instance caller, auto&) { self.manager.show(caller); }},
         {"hideApplication", [](Television& self, Instance caller, auto&) { self.manager.hide(caller); }},
         {"setKeyset",

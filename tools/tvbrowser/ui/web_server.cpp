@@ -104,7 +104,8 @@ void WebServer::answer(SoupServerMessage* message, const std::string& path, GHas
         respond(message, SOUP_STATUS_FORBIDDEN, "text/plain", "only pages of this machine may use the television\n");
     } else if (isPost) {
         const bool done = act(path, bodyOf(message));
-        respond(message, done ? SOUP_STATUS_OK : SOUP_STATUS_BAD_REQUEST, "text/plain", done ? "" : "no such command\n");
+        respond(message, done ? SOUP_STATUS_OK : SOUP_STATUS_BAD_REQUEST, "text/plain",
+                done ? "" : "no such command\n");
     } else if (path == "/screen.png") {
         respond(message, SOUP_STATUS_OK, "image/png", television.screen().png());
     } else if (path == "/state") {
@@ -125,7 +126,8 @@ bool WebServer::act(const std::string& path, const std::string& value) {
 }
 
 std::string WebServer::stateText(GHashTable* query) const {
-    const auto* const after = query == nullptr ? nullptr : static_cast<const char*>(g_hash_table_lookup(query, "after"));
+    const auto* const after =
+        query == nullptr ? nullptr : static_cast<const char*>(g_hash_table_lookup(query, "after"));
     const guint64 last = after == nullptr ? 0 : g_ascii_strtoull(after, nullptr, 10);
     nlohmann::json state = television.state();
     state["lines"] = nlohmann::json::array();

@@ -1,5 +1,5 @@
-// WebServer: the page for people, on loopback: the screen, a remote control, the applications, a log. It also serves the
-// sample application.
+// WebServer: the page for people, on loopback: the screen, a remote control, the applications, a log. It also serves
+// the sample application.
 // Threads: the main one.
 // Blocks:  never.
 // Fails:   the constructor throws std::runtime_error when the port is taken. Requests from pages of other hosts are
@@ -39,7 +39,8 @@ private:
         std::uint64_t number;
         std::string text;
     };
-    static void onRequest(SoupServer*, SoupServerMessage* message, const char* path, GHashTable* query, gpointer server);
+    static void onRequest(SoupServer*, SoupServerMessage* message, const char* path, GHashTable* query,
+                          gpointer server);
     void answer(SoupServerMessage* message, const std::string& path, GHashTable* query);
     bool act(const std::string& path, const std::string& value);
     std::string stateText(GHashTable* query) const;

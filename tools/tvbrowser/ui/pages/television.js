@@ -7,8 +7,8 @@ const rows = [
     ["BACK", "back"], ["UP", "▲"], ["EXIT", "exit"],
     ["LEFT", "◀"], ["ENTER", "OK"], ["RIGHT", "▶"],
     ["INFO", "info"], ["DOWN", "▼"], [null],
-    ["REWIND", "⏪"], ["PLAY_PAUSE", "⏯"], ["FAST_FWD", "⏩"],
-    ["CHANNEL_UP", "CH +"], ["STOP", "⏹"], ["CHANNEL_DOWN", "CH −"],
+    ["REWIND", "«"], ["PLAY_PAUSE", "play"], ["FAST_FWD", "»"],
+    ["CHANNEL_UP", "CH +"], ["STOP", "stop"], ["CHANNEL_DOWN", "CH −"],
 ];
 const keyboard = {
     ArrowUp: "UP", ArrowDown: "DOWN", ArrowLeft: "LEFT", ArrowRight: "RIGHT", Enter: "ENTER", Backspace: "BACK",

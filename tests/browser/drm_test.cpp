@@ -1,0 +1,40 @@
+// The DRM agent of pages, over the CA operations.
+#include "object_test.h"
+
+namespace browser_tests {
+
+namespace {
+
+class TheDrmAgent : public AnObject {
+protected:
+    void run(const std::string& what) { pageEverywhere("drm.html?" + what); }
+};
+
+TEST_F(TheDrmAgent, SendsAMessageAndTellsTheAnswer) {
+    run("message");
+    EXPECT_EQ(reported("before"), "1");
+    operate({"ca", "insert", "0"});
+    EXPECT_EQ(reported("status"), "0");
+    EXPECT_EQ(reported("sent"), "string");
+    const auto session = [] {
+        ChildProcess dtvctl(DTVCTL, {"--json", "status"}, "dtvctl");
+        dtvctl.wait();
+        const std::string status = dtvctl.output();
+        const std::size_t at = status.find("\"ca_session\":");
+        return at == std::string::npos ? std::string() : std::to_string(std::stoull(status.substr(at + 13)));
+    };
+    ASSERT_TRUE(eventually([&] { return !session().empty(); }));
+    operate({"ca", "reply", session(), "0", "done"});
+    EXPECT_EQ(reported("result"), R"(["open","done",0])");
+}
+
+TEST_F(TheDrmAgent, SaysThatThereIsNoSuchSystem) {
+    run("refused");
+    EXPECT_EQ(reported("sent"), R"(["string","string"])");
+    EXPECT_TRUE(browser->reports("result", R"(["other","",5])"));
+    EXPECT_TRUE(browser->reports("result", R"(["nobody","",5])"));
+}
+
+}  // namespace
+
+}  // namespace browser_tests

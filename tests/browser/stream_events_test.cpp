@@ -1,0 +1,72 @@
+// Stream events in pages: by an XML description and by an object of the carousel.
+#include <gmock/gmock.h>
+
+#include "object_test.h"
+
+namespace browser_tests {
+
+namespace {
+
+class StreamEvents : public AnObject {
+protected:
+    /// Event 6, "goal", with the data that changes in the third second.
+    void run(const std::string& what) {
+        tsmake::Multiplex broadcast = kSample;
+        tsmake::StreamEvents& events = broadcast.services[0].streamEvents;
+        events.events = {{6, "goal", "1 : \xC3\xA4\xFF", 0}, {6, "goal", "2 : 0", 3}};
+        events.object = "events/goals";
+        start(broadcastWithEverywhere("stream_events.html?" + what, broadcast));
+    }
+};
+
+const std::string kFirst = "[\"StreamEvent\",\"goal\",\"31203A20C3A4FF\",\"1 : \u00e4\",\"trigger\",true]";
+const std::string kSecond = R"(["StreamEvent","goal","32203A2030","2 : 0","trigger",true])";
+
+TEST_F(StreamEvents, ComeByADescription) {
+    run("description");
+    EXPECT_EQ(reported("stream", 1), kFirst);
+    EXPECT_EQ(reported("stream", 2), kSecond);
+}
+
+TEST_F(StreamEvents, ComeByAnObjectOfTheCarousel) {
+    run("object");
+    EXPECT_TRUE(browser->reports("stream", kSecond));
+}
+
+TEST_F(StreamEvents, AreNotToldToAListenerThatWasRemoved) {
+    run("remove");
+    EXPECT_EQ(reported("stream", 2), kSecond);
+    EXPECT_TRUE(browser->reports("removed").empty());
+}
+
+TEST_F(StreamEvents, ThatDoNotExistAreErrors) {
+    run("errors");
+    EXPECT_EQ(reported("error", 1), R"(["events.xml","none","error",""])");
+    EXPECT_EQ(reported("error", 2), R"(["missing.xml","goal","error",""])");
+    EXPECT_EQ(reported("error", 3), R"(["report.js","goal","error",""])");
+    EXPECT_EQ(reported("error", 4), R"(["events.xml","noTag","error",""])");
+    EXPECT_EQ(reported("error", 5), R"(["dvb://1.401.6dcb/events/goals","goal","error",""])");
+    EXPECT_EQ(reported("error", 6), R"(["http://[","goal","error",""])");
+}
+
+TEST_F(StreamEvents, ComeBackWithTheDtvService) {
+    run("description");
+    EXPECT_EQ(reported("stream", 1), kFirst);
+    service.reset();
+    ASSERT_TRUE(says("service: gone"));
+    const std::size_t before = browser->reports("stream").size();
+    service = std::make_unique<ServiceProcess>(kRunDirectory + "/broadcast.ts");
+    EXPECT_THAT(reported("stream", before + 1), testing::AnyOf(kFirst, kSecond));
+}
+
+TEST_F(StreamEvents, EndWithTheChannel) {
+    run("change");
+    EXPECT_FALSE(reported("second").empty());
+    for (const std::string& event : browser->reports("stream")) {
+        EXPECT_EQ(event, kFirst);
+    }
+}
+
+}  // namespace
+
+}  // namespace browser_tests
