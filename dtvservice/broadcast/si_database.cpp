@@ -22,11 +22,16 @@ SiDatabase::Service::Service(SiDatabase& database, const Channel& channel)
                            }}),
       pmt(channel.pmtPid, channel.serviceId,
           [this, &database, id = channel.serviceId](const si::Pmt& parsed, si::Bytes section, Update update) {
+              if (database.added != nullptr) {
+                  database.addApplication(*this, parsed, section, update);
+                  return;
+              }
               ait.follow(parsed);
               database.listener.onPmt(database, id, copyOf(section), update == Update::changed);
           }) {}
 
-SiDatabase::SiDatabase(Demux& newDemux, SiListener& newListener) : demux(newDemux), listener(newListener) {
+SiDatabase::SiDatabase(Demux& newDemux, SiListener& newListener, const AddedApplication* newAdded)
+    : demux(newDemux), listener(newListener), added(newAdded) {
     subscriptions.emplace_back(demux, PatTable::kPid, [this](si::Bytes section) { onPatSection(section); });
     subscriptions.emplace_back(demux, NetworkTable::kPid, [this](si::Bytes section) { onNitSection(section); });
     subscriptions.emplace_back(demux, SdtTable::kPid, [this](si::Bytes section) { onSdtSection(section); });
@@ -45,7 +50,10 @@ const SiDatabase::Service* SiDatabase::serviceOf(std::uint16_t serviceId) const 
 
 Section SiDatabase::pmt(std::uint16_t serviceId) const {
     const Service* const service = serviceOf(serviceId);
-    return service == nullptr ? Section() : service->pmt.section();
+    if (service == nullptr) {
+        return {};
+    }
+    return added == nullptr ? service->pmt.section() : service->toldPmt;
 }
 
 std::vector<Section> SiDatabase::eit(std::uint16_t serviceId) const {
@@ -58,12 +66,15 @@ std::vector<Section> SiDatabase::eit(std::uint16_t serviceId) const {
 
 std::vector<Section> SiDatabase::ait(std::uint16_t serviceId) const {
     const Service* const service = serviceOf(serviceId);
-    return service == nullptr ? std::vector<Section>() : service->ait.sections();
+    if (service == nullptr) {
+        return {};
+    }
+    return service->toldAdded ? std::vector<Section>{added->ait()} : service->ait.sections();
 }
 
 bool SiDatabase::signalsHbbTv(std::uint16_t serviceId) const {
     const Service* const service = serviceOf(serviceId);
-    return service != nullptr && service->ait.isSignalled();
+    return service != nullptr && (service->ait.isSignalled() || !service->toldPmt.empty());
 }
 
 bool SiDatabase::isIdentified() const {
@@ -124,6 +135,25 @@ void SiDatabase::onPmtSection(std::uint16_t pid, si::Bytes section) {
     const auto service = services.find(si::tableIdExtension(section));
     if (service != services.end() && service->second.pmt.pid() == pid) {
         service->second.pmt.onSection(section);
+    }
+}
+
+/// Tells the added application in the order of a broadcast: signalled, PMT, AIT. The AIT is told once for each service,
+/// because it never changes.
+void SiDatabase::addApplication(Service& service, const si::Pmt& pmt, si::Bytes section, Update update) {
+    const std::optional<Section> changed = added->signalledIn(pmt);
+    const bool isFirst = service.toldPmt.empty();
+    service.toldPmt = changed ? *changed : copyOf(section);
+    if (!changed) {
+        listener.onPmtWithoutRoom(*this, pmt.serviceId);
+    }
+    if (isFirst) {
+        listener.onAitSignalled(*this, pmt.serviceId, true);
+    }
+    listener.onPmt(*this, pmt.serviceId, service.toldPmt, update == Update::changed);
+    if (isFirst) {
+        service.toldAdded = true;
+        listener.onAit(*this, pmt.serviceId, added->ait(), false);
     }
 }
 

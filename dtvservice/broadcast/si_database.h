@@ -1,5 +1,6 @@
 // SiDatabase: the tables of a multiplex. It combines the table classes: the services from PAT and SDT, and for each
-// service the original sections of its PMT, EIT present/following and HbbTV AIT.
+// service the original sections of its PMT, EIT present/following and HbbTV AIT. An AddedApplication takes the place of
+// all that the broadcast has of HbbTV.
 // Threads: one.
 // Blocks:  never.
 // Fails:   never; malformed sections are ignored.
@@ -10,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "added_application.h"
 #include "ait_table.h"
 #include "channel.h"
 #include "eit_table.h"
@@ -33,12 +35,14 @@ public:
     virtual void onAit(const SiDatabase& of, std::uint16_t serviceId, const Section& section, bool changed) = 0;
     /// The result of signalsHbbTv() for the service has changed.
     virtual void onAitSignalled(const SiDatabase& /*of*/, std::uint16_t /*serviceId*/, bool /*signalled*/) {}
+    /// The service's PMT has no room for the signalling of the added application, so it stays as it is.
+    virtual void onPmtWithoutRoom(const SiDatabase& /*of*/, std::uint16_t /*serviceId*/) {}
 };
 
 class SiDatabase {
 public:
-    /// Both must outlive the database.
-    SiDatabase(Demux& newDemux, SiListener& newListener);
+    /// All must outlive the database. Null adds no application.
+    SiDatabase(Demux& newDemux, SiListener& newListener, const AddedApplication* newAdded = nullptr);
     SiDatabase(const SiDatabase&) = delete;
     SiDatabase& operator=(const SiDatabase&) = delete;
 
@@ -57,11 +61,11 @@ public:
     bool announces(std::uint32_t networkId, std::uint32_t transportStream, std::uint32_t serviceId) const {
         return transportStream != pat.transportStreamId() && network.lists(networkId, transportStream, serviceId);
     }
-    /// The latest section; empty if none has arrived.
+    /// The latest section, with the added application; empty if none has arrived.
     Section pmt(std::uint16_t serviceId) const;
     /// The sections that have arrived: present, then following.
     std::vector<Section> eit(std::uint16_t serviceId) const;
-    /// The sections that have arrived, in the order of PID and section_number.
+    /// The sections that have arrived, in the order of PID and section_number; or that of the added application.
     std::vector<Section> ait(std::uint16_t serviceId) const;
     /// Whether the service has an HbbTV AIT: its PMT lists HbbTV's application_type or, if it does not, an HbbTV AIT
     /// section has arrived.
@@ -79,6 +83,8 @@ private:
         AitTable ait;
         EitTable eit;
         PmtTable pmt;
+        Section toldPmt;         // with the added application
+        bool toldAdded = false;  // the added application's AIT has been told
     };
 
     const Service* serviceOf(std::uint16_t serviceId) const;
@@ -87,6 +93,7 @@ private:
     void onSdtSection(si::Bytes section);
     void onEitSection(si::Bytes section);
     void onPmtSection(std::uint16_t pid, si::Bytes section);
+    void addApplication(Service& service, const si::Pmt& pmt, si::Bytes section, Update update);
     void followServices();
     void followPmtPids();
     bool isListed(std::uint16_t serviceId, std::uint16_t pmtPid) const;
@@ -94,6 +101,7 @@ private:
 
     Demux& demux;
     SiListener& listener;
+    const AddedApplication* added;
     PatTable pat;
     SdtTable sdt;
     NetworkTable network;

@@ -25,7 +25,8 @@ Core::Core(EventLoop& newLoop)
 }
 
 Multiplex& Core::addMultiplex() {
-    Multiplex& added = multiplexes.add(static_cast<broadcast::SiListener&>(*this));
+    Multiplex& added =
+        multiplexes.add(static_cast<broadcast::SiListener&>(*this), application ? &*application : nullptr);
     if (received_ == nullptr) {
         received_ = &added;
         toRooms([&](Room& room) { room.multiplexReceived(added); });
@@ -112,6 +113,14 @@ void Core::onAit(const SiDatabase& of, std::uint16_t serviceId, const Section& s
 void Core::onAitSignalled(const SiDatabase& of, std::uint16_t serviceId, bool) {
     if (const Channel* const channel = presentedOf(of, serviceId)) {
         toRooms([&](Room& room) { room.aitSignalled(*channel); });
+    }
+}
+
+void Core::onPmtWithoutRoom(const SiDatabase& of, std::uint16_t serviceId) {
+    const std::string service =
+        std::to_string(serviceId) + " on input " + std::to_string(multiplexes.numberOf(multiplexes.of(of)));
+    if (const auto line = messages.tell("the PMT of service " + service + " has no room for the added application")) {
+        BLOG_TAGGED(blog::kUnsupported, "%s\n", line->c_str());
     }
 }
 

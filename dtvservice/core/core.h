@@ -11,6 +11,7 @@
 
 #include "commands.h"
 #include "operator_requests.h"
+#include "repeated_messages.h"
 #include "room.h"
 
 namespace dtvservice {
@@ -22,6 +23,8 @@ public:
 
     EventLoop& loop;
     Browsers browsers;
+    /// What every service gets in place of its own applications. Set it before the multiplexes are added.
+    std::optional<broadcast::AddedApplication> application;
     Multiplexes multiplexes;
     Commands commands;
     OperatorRequests requests;
@@ -54,6 +57,7 @@ private:
     void onAit(const broadcast::SiDatabase& of, std::uint16_t serviceId, const broadcast::Section& section,
                bool changed) override;
     void onAitSignalled(const broadcast::SiDatabase& of, std::uint16_t serviceId, bool signalled) override;
+    void onPmtWithoutRoom(const broadcast::SiDatabase& of, std::uint16_t serviceId) override;
 
     void tellNumberOfServices(const broadcast::SiDatabase& of);
     const broadcast::Channel* presentedOf(const broadcast::SiDatabase& of, std::uint16_t serviceId) const;
@@ -71,6 +75,7 @@ private:
     Multiplex* received_ = nullptr;
     std::optional<std::uint16_t> presentedId;  // service_id, in the received multiplex
     LineLimits inputLines;
+    RepeatedMessages messages;
     std::vector<std::unique_ptr<Room>> rooms;  // the last member: rooms use the multiplexes until they are destroyed
 };
 

@@ -16,8 +16,9 @@
 namespace dtvservice {
 
 struct Multiplex {
-    /// The listener must outlive the multiplex.
-    explicit Multiplex(broadcast::SiListener& listener) : si(demux, listener) {}
+    /// Both must outlive the multiplex. Null adds no application.
+    explicit Multiplex(broadcast::SiListener& listener, const broadcast::AddedApplication* added = nullptr)
+        : si(demux, listener, added) {}
 
     broadcast::Demux demux;
     broadcast::SiDatabase si;
@@ -38,7 +39,9 @@ bool matches(const broadcast::Channel& channel, const Triplet& wanted);
 class Multiplexes {
 public:
     /// The reference stays valid: multiplexes are never moved or removed.
-    Multiplex& add(broadcast::SiListener& listener) { return list.emplace_back(listener); }
+    Multiplex& add(broadcast::SiListener& listener, const broadcast::AddedApplication* added) {
+        return list.emplace_back(listener, added);
+    }
     auto begin() { return list.begin(); }
     auto end() { return list.end(); }
     auto begin() const { return list.begin(); }

@@ -40,6 +40,9 @@ Program described() {
          "Packets have 188, 192 or 204 bytes."},
         {"bitrate", "N", "bit/s of packets that follow no PCR; 500k and 4.5M are numbers, too; default: 5M"},
         {"once", "", "play each file once; end after the last one unless there are other inputs"},
+        {"application", "URL[,ORG.APP]",
+         "every service gets an AIT that starts this application, in place of its own AIT; hexadecimal ids; default: "
+         "ffffff.1"},
         {"serial-number", "TEXT", "the serial number for video on demand that browsers get; default: empty"},
         {"list", "FILE",
          "print one line per service, separated by tabs: onid:tsid:sid, pmt or nopmt, hbbtv or no-hbbtv, name; onid is "
@@ -63,6 +66,8 @@ Program described() {
         {"dtvserviced --input 'dvb://0?delivery_system=DVBC/ANNEX_A&frequency=346000000&symbol_rate=6900000"
          "&modulation=QAM/256'",
          "receive a cable channel"},
+        {"dtvserviced --input one.ts --application http://localhost:8000/index.html",
+         "start an application of your own on every service"},
         {"dtvserviced --list one.ts", "see what a file contains"}};
     program.seeAlso = {"dtvctl", "dvbshell", "tsmake"};
     return program;

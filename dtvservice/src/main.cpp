@@ -9,6 +9,7 @@
 #include <string_view>
 #include <thread>
 
+#include "application_option.h"
 #include "bit_rate.h"
 #include "command_line.h"
 #include "command_line/arguments.h"
@@ -31,6 +32,7 @@ struct Options {
     std::string list;
     dtvservice::Settings settings;
     dtvservice::Playing playing;
+    std::optional<si::Ait::Application> application;
 };
 
 [[noreturn]] void endWithUsage(const std::string& error) {
@@ -57,6 +59,15 @@ std::uint64_t bitRateOrEnd(const std::string& text) {
     return *bitRate;
 }
 
+si::Ait::Application applicationOrEnd(const std::string& text) {
+    std::string error;
+    std::optional<si::Ait::Application> application = dtvservice::parseApplication(text, error);
+    if (!application) {
+        endWithUsage("--application: " + error);
+    }
+    return *application;
+}
+
 Options parseOptions(int argc, char** argv) {
     const command_line::Arguments arguments = command_line::parseOrEnd(dtvservice::commandLine(), argc, argv);
     Options options;
@@ -68,6 +79,9 @@ Options parseOptions(int argc, char** argv) {
     options.playing.repeat = arguments.has("once") ? dtvservice::Repeat::once : dtvservice::Repeat::forever;
     if (const std::optional<std::string> bitRate = arguments.value("bitrate")) {
         options.playing.bitRate = bitRateOrEnd(*bitRate);
+    }
+    if (const std::optional<std::string> application = arguments.value("application")) {
+        options.application = applicationOrEnd(*application);
     }
     if (options.inputs.empty() == options.list.empty()) {
         endWithUsage("one of --input and --list is needed");
@@ -197,6 +211,9 @@ int serve(const Options& options) {
     dtvservice::EventLoop loop;
     const SignalWaiter signals(loop);
     dtvservice::Core core(loop);
+    if (options.application) {
+        core.application.emplace(*options.application);
+    }
     dtvservice::addRooms(core, options.settings);
     std::vector<dtvservice::Playback> playbacks;
     std::vector<std::pair<dtvservice::InputName, dtvservice::Multiplex*>> live;

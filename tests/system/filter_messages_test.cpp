@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include "raw_browser.h"
+#include "si/tables.h"
 #include "velmora/msgqueue/ipc_message_queue.h"
 
 namespace {
@@ -127,6 +128,23 @@ TEST_F(ABrowserWithAQueue, GetsARequestedPmtUntilItStops) {
     ASSERT_TRUE(sends(&Commands::cmdStopPMTRequest, kSession));
     ASSERT_TRUE(sends(&Commands::cmdFilterClose, kSession));
     EXPECT_TRUE(hears("onBrowserOCloseFilterConf(" + shown(kSession) + ", -1)")) << "it was the session's last";
+}
+
+TEST_F(ABrowserWithAQueue, GetsARequestedPmtWithTheAddedApplication) {
+    const ServiceProcess process({SAMPLE_FILE, "--application", "http://mine.example/"});
+    const std::string started = "onServiceChanged(" + shown("service_started") + ", " + shown("1:1025:28108") + ")";
+    ASSERT_TRUE(eventually([&] {
+        sends(&Commands::cmdTuneToService, channelOf(kSample.services[2]));
+        return heard(started);
+    }));
+    ASSERT_TRUE(sends(&Commands::cmdUpdateIPCChannelNames, name, std::string(), std::string()));
+    ASSERT_TRUE(sends(&Commands::cmdStartPMTRequest, kSession, 28108U));
+    const std::string section = received().second;
+    EXPECT_NE(section, asText(tsmake::pmtSection(kSample.services[2])));
+    std::string error;
+    const std::optional<si::Pmt> pmt = si::parsePmt(section, error);
+    ASSERT_TRUE(pmt) << error;
+    EXPECT_TRUE(si::listsHbbTvAit(*pmt));
 }
 
 TEST_F(ABrowserWithAQueue, IsToldWhenATuneEndsItsFilter) {

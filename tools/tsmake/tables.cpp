@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "carousel.h"
-#include "si/section.h"
+#include "si/ait_writer.h"
 #include "time_fields.h"
 
 namespace tsmake {
@@ -13,7 +13,6 @@ namespace {
 
 constexpr unsigned int kReservedPidBits = 0xE000;
 constexpr std::uint16_t kNitPid = 0x0010;
-constexpr std::uint16_t kHbbTv = 0x0010;
 constexpr unsigned int kRunning = 4;
 
 /// Leaves the stream's descriptor loop open.
@@ -120,41 +119,25 @@ void writeTransportStream(SectionWriter& writer, std::uint16_t tsid, std::uint16
     writer.u16(tsid).u16(onid).open12().text(deliverySystem).close();
 }
 
-void writeApplicationDescriptor(SectionWriter& writer, const Application& application, unsigned int label) {
-    constexpr std::uint8_t kApplicationDescriptor = 0x00;
-    constexpr unsigned int kProfileSize = 5;
-    constexpr unsigned int kReservedBits = 0x1F;
-    writer.openDescriptor(kApplicationDescriptor);
-    writer.u8(static_cast<unsigned int>(application.profiles.size()) * kProfileSize);
+/// As an AIT has it, with one HTTP transport.
+si::Ait::Application signalled(const Application& application) {
+    constexpr std::uint16_t kHttp = 0x0003;
+    constexpr std::uint8_t kLabel = 1;
+    si::Ait::Application plain;
+    plain.organisationId = application.organisationId;
+    plain.applicationId = application.applicationId;
+    plain.controlCode = application.controlCode;
+    plain.names = {{"eng", application.name}};
+    plain.transports = {{kHttp, kLabel, application.urlBase}};
+    plain.initialPath = application.initialPath;
     for (const Profile& profile : application.profiles) {
-        writer.u16(profile.profile).u8(profile.major).u8(profile.minor).u8(profile.micro);
+        plain.profiles.push_back({profile.profile, profile.major, profile.minor, profile.micro});
     }
-    const unsigned int serviceBound = application.isServiceBound ? 1 : 0;
-    writer.u8(serviceBound << 7U | static_cast<unsigned int>(application.visibility) << 5U | kReservedBits);
-    writer.u8(application.priority).u8(label).close();
-}
-
-void writeApplication(SectionWriter& writer, const Application& application) {
-    constexpr std::uint8_t kNameDescriptor = 0x01;
-    constexpr std::uint8_t kTransportDescriptor = 0x02;
-    constexpr std::uint8_t kLocationDescriptor = 0x15;
-    constexpr std::uint8_t kBoundaryDescriptor = 0x17;
-    constexpr unsigned int kHttp = 0x0003;
-    constexpr unsigned int kLabel = 1;
-    writer.u32(application.organisationId).u16(application.applicationId).u8(application.controlCode).open12();
-    writeApplicationDescriptor(writer, application, kLabel);
-    writer.openDescriptor(kNameDescriptor).text("eng").lengthText(application.name).close();
-    writer.openDescriptor(kTransportDescriptor).u16(kHttp).u8(kLabel);
-    writer.lengthText(application.urlBase).u8(0).close();
-    writer.openDescriptor(kLocationDescriptor).text(application.initialPath).close();
-    if (!application.boundaries.empty()) {
-        writer.openDescriptor(kBoundaryDescriptor).u8(static_cast<unsigned int>(application.boundaries.size()));
-        for (const std::string& boundary : application.boundaries) {
-            writer.lengthText(boundary);
-        }
-        writer.close();
-    }
-    writer.close();
+    plain.priority = application.priority;
+    plain.isServiceBound = application.isServiceBound;
+    plain.visibility = application.visibility;
+    plain.boundaries = application.boundaries;
+    return plain;
 }
 
 }  // namespace
@@ -180,7 +163,7 @@ Section pmtSection(const Service& service, bool aitHasEnded) {
         writeStream(writer, kPrivateSections, service.ait.pid, service.ait.tag);
         writer.openDescriptor(kApplicationSignalling);
         if (!service.ait.emptySignalling) {
-            writer.u16(0x8000U | kHbbTv).u8(0xE0);
+            writer.u16(0x8000U | si::kApplicationTypeHbbTv).u8(0xE0);
         }
         writer.close().close();
     }
@@ -229,14 +212,15 @@ Section otherSdtSection(const OtherStream& stream, const std::string& provider) 
 
 Section aitSection(const Service& service, unsigned int number, std::size_t state) {
     const AitVersion& current = service.ait.versions[state];
-    SectionWriter writer(0x74, kHbbTv, current.version, static_cast<std::uint8_t>(number),
-                         static_cast<std::uint8_t>(service.ait.sections - 1));
-    writer.open12().close().open12();
+    si::Ait ait;
+    ait.applicationType = si::kApplicationTypeHbbTv;
+    ait.version = current.version;
+    ait.sectionNumber = static_cast<std::uint8_t>(number);
+    ait.lastSectionNumber = static_cast<std::uint8_t>(service.ait.sections - 1);
     for (std::size_t index = number; index < current.applications.size(); index += service.ait.sections) {
-        writeApplication(writer, current.applications[index]);
+        ait.applications.push_back(signalled(current.applications[index]));
     }
-    writer.close();
-    return writer.finish();
+    return si::aitSection(ait);
 }
 
 Section streamEventSection(const Service& service, std::size_t number) {

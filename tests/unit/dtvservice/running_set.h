@@ -42,8 +42,11 @@ class ARunningSet : public testing::Test {
 protected:
     using Texts = HeardByBrowsers::Texts;
 
-    ARunningSet() {
+    explicit ARunningSet(const std::optional<si::Ait::Application>& application = std::nullopt) {
         recording::reset();
+        if (application) {
+            core.application.emplace(*application);
+        }
         dtvservice::addRooms(core, {});
         core.browsers.connect(heard);
         demux = &core.addMultiplex().demux;

@@ -1,11 +1,11 @@
 // Writes sections.
-#include "section_writer.h"
+#include "si/section_writer.h"
 
 #include <stdexcept>
 
 #include "si/section.h"
 
-namespace tsmake {
+namespace si {
 
 SectionWriter::SectionWriter(std::uint8_t tableId, std::uint16_t tableIdExtension, std::uint8_t version,
                              std::uint8_t sectionNumber, std::uint8_t lastSectionNumber) {
@@ -64,14 +64,14 @@ SectionWriter& SectionWriter::close() {
 
 Section SectionWriter::finish() {
     constexpr std::size_t kCrc = 4;
-    const std::size_t length = bytes.size() + kCrc - si::kSectionHeaderSize;
-    if (length + si::kSectionHeaderSize > si::kLongestSection) {
+    const std::size_t length = bytes.size() + kCrc - kSectionHeaderSize;
+    if (length + kSectionHeaderSize > kLongestSection) {
         throw std::length_error("a section is too long");
     }
     bytes[1] = static_cast<std::uint8_t>((bytes[1] & 0xF0U) | length >> 8U);
     bytes[2] = static_cast<std::uint8_t>(length & 0xFFU);
-    u32(si::crc32(bytes));
+    u32(crc32(bytes));
     return bytes;
 }
 
-}  // namespace tsmake
+}  // namespace si
