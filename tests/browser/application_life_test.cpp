@@ -177,8 +177,8 @@ TEST_F(AnApplication, FromOutsideOfTheBroadcastRunsWithoutSignalling) {
 }
 
 TEST_F(AnApplication, RunsWhereNoBroadcastIs) {
-    browser = std::make_unique<Browser>(
-        std::vector<std::string>{"--application", pages.url() + "without_broadcast.html"});
+    browser =
+        std::make_unique<Browser>(std::vector<std::string>{"--application", pages.url() + "without_broadcast.html"});
     EXPECT_EQ(reported("channel"), "null");
     EXPECT_EQ(reported("config"), "SecurityError");
     EXPECT_EQ(reported("bind"), "SecurityError");
