@@ -18,7 +18,7 @@ namespace browser_tests {
 /// Serves the pages.
 class PageServer : public ChildProcess {
 public:
-    PageServer() : ChildProcess(SERVE_PAGES, {PAGES}, "pages", Runner::machine) {
+    explicit PageServer(const std::string& name = "pages") : ChildProcess(SERVE_PAGES, {PAGES}, name, Runner::machine) {
         EXPECT_TRUE(eventually([this] { return output().find('\n') != std::string::npos; }));
     }
     /// "http://127.0.0.1:1234/"

@@ -22,7 +22,10 @@ using testing::IsEmpty;
 class ADocumentWithNatives : public testing::Test {
 protected:
     ADocumentWithNatives() { offer(); }
-    ~ADocumentWithNatives() override { g_object_unref(context); }
+    ~ADocumentWithNatives() override {
+        natives.end();
+        g_object_unref(context);
+    }
 
     void offer() {
         natives.offer(context);
@@ -45,12 +48,6 @@ protected:
         return text;
     }
 
-    /// Natives live as long as the process, because functions of a page point to them.
-    static Natives& keep(Natives* made) {
-        static auto& all = *new std::vector<Natives*>;
-        all.push_back(made);
-        return *made;
-    }
     struct Call {
         std::uint64_t instance;
         std::string name;
@@ -62,7 +59,7 @@ protected:
     std::vector<Call> calls;
     std::vector<std::string> lines;
     json answer = true;
-    Natives& natives = keep(new Natives(
+    const std::shared_ptr<Natives> owned = std::make_shared<Natives>(
         [this](std::uint64_t instance, const std::string& name, const json& argument) {
             calls.push_back({instance, name, argument});
             if (name == "wrong") {
@@ -70,7 +67,8 @@ protected:
             }
             return answer;
         },
-        [this](const std::string& text) { lines.push_back(text); }));
+        [this](const std::string& text) { lines.push_back(text); });
+    Natives& natives = *owned;
     JSCContext* context = jsc_context_new();
 };
 
@@ -141,6 +139,17 @@ TEST_F(ADocumentWithNatives, IsForgottenWhenTheNextOneComes) {
     EXPECT_EQ(run("told"), "0");
     run("natives.call('hide', 'null')");
     EXPECT_THAT(calls, ElementsAre(Call{0, "hide", nullptr}));
+}
+
+TEST_F(ADocumentWithNatives, GetsAnErrorAfterTheEndOfItsPage) {
+    run("var told = 0; natives.listen(function () { told++; });");
+    natives.end();
+    natives.tell("service", nullptr);
+    run("natives.log('a line'); natives.call('hide', 'null')");
+    EXPECT_EQ(exception(), "the page has gone");
+    EXPECT_THAT(calls, IsEmpty());
+    EXPECT_THAT(lines, IsEmpty());
+    EXPECT_EQ(run("told"), "0");
 }
 
 TEST_F(ADocumentWithNatives, WritesIntoTheLog) {

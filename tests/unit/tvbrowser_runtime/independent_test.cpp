@@ -145,4 +145,25 @@ TEST_F(ARelatedApplication, EndsWhenItsOwnTuneLeadsWhereItIsNotSignalled) {
     EXPECT_THAT(host.news(), are("unload", "load 2 " + kUrlB));
 }
 
+TEST_F(AnIndependentApplication, TakesThePlaceOfOneThatLeavesItsBoundary) {
+    runA();
+    EXPECT_TRUE(manager.mayGoOnTo(1, kUrlA + "?more"));
+    EXPECT_FALSE(manager.mayGoOnTo(1, "http://elsewhere.example/"));
+    EXPECT_FALSE(manager.mayGoOnTo(2, kUrlA)) << "another application";
+    manager.leftBoundary(1, "http://elsewhere.example/");
+    EXPECT_THAT(host.news(), are("load 2 http://elsewhere.example/"));
+    EXPECT_FALSE(manager.running()->isBroadcastRelated);
+    EXPECT_THAT(host.lines,
+                testing::Contains("application 190.1 goes on to http://elsewhere.example/, outside of its boundary"));
+    manager.leftBoundary(1, "http://third.example/");
+    EXPECT_EQ(instance(), 2U) << "the one that left has ended";
+}
+
+TEST_F(AnIndependentApplication, IsNotStartedByAUrlThatIsNone) {
+    runA();
+    manager.leftBoundary(1, "about:blank");
+    EXPECT_THAT(host.news(), are());
+    EXPECT_EQ(instance(), 1U);
+}
+
 }  // namespace tvbrowser

@@ -48,7 +48,8 @@ public:
         }
         broadcast = std::make_unique<Broadcast>(*library, postToMainLoop,
                                                 [this](const std::string& name, const nlohmann::json& value) {
-                                                    for (auto& [id, page] : pages) {
+                                                    const auto told = pages;  // a listener may end its page
+                                                    for (const auto& [id, page] : told) {
                                                         page->tell(name, value);
                                                     }
                                                 });
@@ -75,33 +76,62 @@ private:
             nullptr, nullptr, nullptr);
     }
     void addPage(WebKitWebPage* page);
+    void removePage(guint64 id);
+    nlohmann::json call(WebKitWebPage* page, std::uint64_t instance, const std::string& name,
+                        const nlohmann::json& argument);
 
     std::string memory;  ///< a line for the log
     std::unique_ptr<Broadcast> broadcast;
-    std::map<guint64, Natives*> pages;
+    std::map<guint64, std::shared_ptr<Natives>> pages;
 };
 
 void Extension::addPage(WebKitWebPage* page) {
-    pages[webkit_web_page_get_id(page)] = new Natives(
+    struct End {
+        Extension& extension;
+        guint64 id;
+    };
+    const guint64 id = webkit_web_page_get_id(page);
+    pages[id] = std::make_shared<Natives>(
         [this, page](std::uint64_t instance, const std::string& name, const nlohmann::json& argument) {
-            if (!isCallOfTheSet(name)) {
-                if (isTune(name)) {
-                    send(page, kCallMessage, kTuneCall, callOf(instance, nullptr));
-                }
-                return broadcast->call(name, argument);
-            }
-            if (!mayCall(name, argument, *broadcast)) {
-                return nlohmann::json(false);
-            }
-            send(page, kCallMessage, name, callOf(instance, argument));
-            return answerOf(name, argument);
+            return call(page, instance, name, argument);
         },
         [page](const std::string& text) { send(page, kLogMessage, "script", text); });
+    g_object_weak_ref(
+        G_OBJECT(page),
+        [](gpointer data, GObject*) {
+            const std::unique_ptr<End> end(static_cast<End*>(data));
+            end->extension.removePage(end->id);
+        },
+        new End{*this, id});
     send(page, kLogMessage, "extension", memory);
     g_signal_connect(page, "user-message-received", G_CALLBACK(onMessage), this);
 #ifndef TVBROWSER_WEBKITGTK
     g_signal_connect(page, "console-message-sent", G_CALLBACK(onConsole), nullptr);
 #endif
+}
+
+void Extension::removePage(guint64 id) {
+    const auto found = pages.find(id);
+    if (found != pages.end()) {
+        found->second->end();
+        pages.erase(found);
+    }
+}
+
+nlohmann::json Extension::call(WebKitWebPage* page, std::uint64_t instance, const std::string& name,
+                               const nlohmann::json& argument) {
+    if (!isCallOfTheSet(name)) {
+        nlohmann::json result = broadcast->call(name, argument);
+        if (isTune(name)) {
+            send(page, kCallMessage, kTuneCall, callOf(instance, argument));
+        }
+        return result;
+    }
+    if (!mayCall(name, argument, *broadcast)) {
+        return false;
+    }
+    send(page, kCallMessage, name, callOf(instance, argument));
+    return answerOf(name, argument);
 }
 
 void Extension::onDocument(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, gpointer data) {
@@ -124,7 +154,11 @@ gboolean Extension::onMessage(WebKitWebPage* page, WebKitUserMessage* message, g
         return FALSE;
     }
     g_variant_get(parameters, "(&s&s)", &name, &value);
-    self.pages.at(webkit_web_page_get_id(page))->tell(name, nlohmann::json::parse(value, nullptr, false));
+    const auto found = self.pages.find(webkit_web_page_get_id(page));
+    if (found != self.pages.end()) {
+        const std::shared_ptr<Natives> told = found->second;  // a listener may end its page
+        told->tell(name, nlohmann::json::parse(value, nullptr, false));
+    }
     return TRUE;
 }
 

@@ -12,7 +12,7 @@ constexpr const char* kParametersType = "(ss)";
 constexpr const char* kCallMessage = "call";
 /// Set to page: an event, such as a key.
 constexpr const char* kEventMessage = "event";
-/// Page to set: a line for the log. The name is the line's subject: page, script or broadcast.
+/// Page to set: a line for the log. The name is the line's subject: page, script or extension.
 constexpr const char* kLogMessage = "log";
 
 /// The natives stand in the page under this name until the first script of the page has taken them away.

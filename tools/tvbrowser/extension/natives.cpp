@@ -1,6 +1,8 @@
 // The functions of a page's natives. Values cross as JSON.
 #include "natives.h"
 
+#include <stdexcept>
+
 #include "messages.h"
 
 namespace tvbrowser {
@@ -9,6 +11,11 @@ namespace {
 
 std::string textOf(const nlohmann::json& value) {
     return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+/// What a function has been given as its user data.
+Natives& of(gpointer owner) {
+    return **static_cast<std::shared_ptr<Natives>*>(owner);
 }
 
 void set(JSCValue* object, const char* name, JSCValue* function) {
@@ -22,17 +29,31 @@ void Natives::offer(JSCContext* context) {
     forgetListener();
     instance = 0;
     JSCValue* const object = jsc_value_new_object(context, nullptr, nullptr);
-    set(object, "call",
-        jsc_value_new_function(context, "call", G_CALLBACK(onCall), this, nullptr, G_TYPE_STRING, 2, G_TYPE_STRING,
-                               G_TYPE_STRING));
-    set(object, "listen",
-        jsc_value_new_function(context, "listen", G_CALLBACK(onListen), this, nullptr, G_TYPE_NONE, 1, JSC_TYPE_VALUE));
-    set(object, "log",
-        jsc_value_new_function(context, "log", G_CALLBACK(onLog), this, nullptr, G_TYPE_NONE, 1, G_TYPE_STRING));
-    set(object, "begin",
-        jsc_value_new_function(context, "begin", G_CALLBACK(onBegin), this, nullptr, G_TYPE_NONE, 1, G_TYPE_DOUBLE));
+    set(object, "call", functionOf(context, "call", G_CALLBACK(onCall), G_TYPE_STRING, {G_TYPE_STRING, G_TYPE_STRING}));
+    set(object, "listen", functionOf(context, "listen", G_CALLBACK(onListen), G_TYPE_NONE, {JSC_TYPE_VALUE}));
+    set(object, "log", functionOf(context, "log", G_CALLBACK(onLog), G_TYPE_NONE, {G_TYPE_STRING}));
+    set(object, "begin", functionOf(context, "begin", G_CALLBACK(onBegin), G_TYPE_NONE, {G_TYPE_DOUBLE}));
     jsc_context_set_value(context, kNativesName, object);
     g_object_unref(object);
+}
+
+/// The engine passes a function its user data as the last argument.
+JSCValue* Natives::functionOf(JSCContext* context, const char* name, GCallback callback, GType result,
+                              const std::vector<GType>& arguments) {
+    using Owner = std::shared_ptr<Natives>;
+    std::vector<GType> types = arguments;
+    return jsc_value_new_functionv(
+        context, name, callback, new Owner(shared_from_this()),
+        [](gpointer owner) { delete static_cast<Owner*>(owner); }, result, static_cast<guint>(types.size()),
+        types.data());
+}
+
+void Natives::end() {
+    forgetListener();
+    call = [](std::uint64_t, const std::string&, const nlohmann::json&) -> nlohmann::json {
+        throw std::runtime_error("the page has gone");
+    };
+    log = [](const std::string&) {};
 }
 
 void Natives::tell(const std::string& name, const nlohmann::json& value) {
@@ -55,7 +76,7 @@ void Natives::tell(const std::string& name, const nlohmann::json& value) {
 }
 
 char* Natives::onCall(const char* name, const char* argument, gpointer natives) {
-    auto& self = *static_cast<Natives*>(natives);
+    Natives& self = of(natives);
     try {
         const nlohmann::json value = argument == nullptr ? nullptr : nlohmann::json::parse(argument);
         return g_strdup(textOf(self.call(self.instance, name == nullptr ? "" : name, value)).c_str());
@@ -66,7 +87,7 @@ char* Natives::onCall(const char* name, const char* argument, gpointer natives) 
 }
 
 void Natives::onListen(JSCValue* function, gpointer natives) {
-    auto& self = *static_cast<Natives*>(natives);
+    Natives& self = of(natives);
     self.forgetListener();
     if (jsc_value_is_function(function)) {
         self.listener = JSC_VALUE(g_object_ref(function));
@@ -74,11 +95,11 @@ void Natives::onListen(JSCValue* function, gpointer natives) {
 }
 
 void Natives::onLog(const char* text, gpointer natives) {
-    static_cast<Natives*>(natives)->log(text == nullptr ? "" : text);
+    of(natives).log(text == nullptr ? "" : text);
 }
 
 void Natives::onBegin(double instance, gpointer natives) {
-    static_cast<Natives*>(natives)->instance = static_cast<std::uint64_t>(instance);
+    of(natives).instance = static_cast<std::uint64_t>(instance);
 }
 
 void Natives::forgetListener() {

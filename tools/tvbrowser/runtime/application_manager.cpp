@@ -147,6 +147,17 @@ void ApplicationManager::exit() {
     }
 }
 
+bool ApplicationManager::mayGoOnTo(Instance caller, const std::string& url) const {
+    return isRunning(caller) && isWithinBoundary(url, life->application);
+}
+
+void ApplicationManager::leftBoundary(Instance caller, const std::string& url) {
+    if (isRunning(caller)) {
+        host.log(nameOf(life->application) + " goes on to " + url + ", outside of its boundary");
+        startIndependent(url);
+    }
+}
+
 void ApplicationManager::pageLoaded(Instance instance) {
     if (!isRunning(instance) || life->isLoaded) {
         return;

@@ -54,6 +54,10 @@ public:
     void tuneRequested(Instance caller);
     /// The page has left the broadcast, by setChannel(null).
     void becomeIndependent(Instance caller);
+    /// Whether the application may go on to a page: one inside of its boundary.
+    bool mayGoOnTo(Instance caller, const std::string& url) const;
+    /// The page has gone on to one outside of the boundary, which is a broadcast-independent application in its place.
+    void leftBoundary(Instance caller, const std::string& url);
 
     // The operator.
 

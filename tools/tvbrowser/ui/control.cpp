@@ -88,7 +88,7 @@ void Control::start(const std::string& id) {
 
 bool writeScreenshot(const Television& television, const std::string& file) {
     std::ofstream output(file, std::ios::binary);
-    output << television.screen().png() << std::flush;
+    output << pngOf(television.screen().frame()) << std::flush;
     return output.good();
 }
 

@@ -20,7 +20,6 @@ using namespace tvbrowser;
 using command_line::Arguments;
 
 constexpr unsigned int kMostPixels = 8192;
-
 constexpr unsigned int kMostPorts = 65535;
 
 /// Takes each line that is printed, too.
@@ -52,6 +51,13 @@ SetDescription setOf(const Arguments& arguments) {
     }
     set.softwareVersion = DTV_VERSION;
     return set;
+}
+
+std::optional<std::uint16_t> portOf(const Arguments& arguments) {
+    const std::optional<std::string> port = arguments.value("http");
+    return port ? std::optional(static_cast<std::uint16_t>(
+                      command_line::numberOrEnd(commandLine(), "--http", *port, 0, kMostPorts)))
+                : std::nullopt;
 }
 
 struct Opened {
@@ -92,15 +98,17 @@ public:
 };
 
 int run(const Arguments& arguments) {
+    const SetDescription set = setOf(arguments);
+    const std::optional<std::uint16_t> port = portOf(arguments);
     const OwnFolder data;
     GMainLoop* const loop = g_main_loop_new(nullptr, FALSE);
     const std::function<void()> quit = [loop] { g_main_loop_quit(loop); };
-    PageViewSettings settings;
+    PageSettings settings;
     settings.libraryPath = arguments.value("library").value_or(beside("lib/libbrowserdvbapi.so"));
     settings.extensionFolder = arguments.value("extension").value_or(beside("lib/tvbrowser"));
     settings.dataFolder = data.path;
     settings.softwareVersion = DTV_VERSION;
-    Television television(setOf(arguments), settings, say);
+    Television television(set, settings, say);
     if (const auto application = arguments.value("application")) {
         const Opened opened = openedBy(*application);
         television.open(opened.url, opened.id);
@@ -119,10 +127,8 @@ int run(const Arguments& arguments) {
     }
     const Control control(television, say, quit);
     std::unique_ptr<WebServer> server;
-    if (const auto port = arguments.value("http")) {
-        server = std::make_unique<WebServer>(
-            television, beside("share/dtv/tvbrowser"),
-            static_cast<std::uint16_t>(command_line::numberOrEnd(commandLine(), "--http", *port, 0, kMostPorts)));
+    if (port) {
+        server = std::make_unique<WebServer>(television, beside("share/dtv/tvbrowser"), *port);
         onLine = [&server](const std::string& line) { server->log(line); };
         say("page for people: " + server->url());
     }

@@ -1,9 +1,8 @@
-// The engine's view: settings, loads, messages.
+// The engine's view: loads, responses, messages.
 #include "page_view.h"
 
 #include <utility>
 
-#include "hbbtv_documents.h"
 #include "main_loop.h"
 #include "messages.h"
 
@@ -11,54 +10,28 @@ namespace tvbrowser {
 
 namespace {
 
-constexpr const char* kEmptyPage = "about:blank";
 constexpr guint kFirstError = 400;  ///< of HTTP's status codes
 
-/// The user agent of HbbTV (TS 102 796, clause 7.3.2.4). What names a product or a maker is empty.
-std::string userAgent(const std::string& softwareVersion) {
-    return "Mozilla/5.0 (Linux) AppleWebKit/605.1.15 (KHTML, like Gecko) HbbTV/1.6.1 (; ; tvbrowser; " +
-           softwareVersion + "; ; ) tvbrowser/" + softwareVersion;
+WebKitWebView* viewOf(const PageContext& context, HeadlessView* headless, WebKitWebView* sibling) {
+    WebKitWebViewBackend* const backend = webkit_web_view_backend_new(
+        headless->backend(), [](gpointer data) { delete static_cast<HeadlessView*>(data); }, headless);
+    const gpointer made = sibling == nullptr ? g_object_new(WEBKIT_TYPE_WEB_VIEW, "backend", backend, "web-context",
+                                                            context.web(), "settings", context.engine(), nullptr)
+                                             : g_object_new(WEBKIT_TYPE_WEB_VIEW, "backend", backend, "related-view",
+                                                            sibling, "settings", context.engine(), nullptr);
+    return WEBKIT_WEB_VIEW(made);
 }
 
-WebKitSettings* engineSettings(const std::string& softwareVersion) {
-    WebKitSettings* const settings = webkit_settings_new();
-    webkit_settings_set_user_agent(settings, userAgent(softwareVersion).c_str());
-    // A set's application plays without a hand on the remote control.
-    webkit_settings_set_media_playback_requires_user_gesture(settings, FALSE);
-    webkit_settings_set_allow_modal_dialogs(settings, FALSE);
-    webkit_settings_set_enable_developer_extras(settings, TRUE);
-    return settings;
-}
-
-WebKitWebContext* contextWith(const PageViewSettings& settings) {
-    // Not an ephemeral context: the engine keeps the console of such pages to itself.
-    WebKitWebsiteDataManager* const data =
-        webkit_website_data_manager_new("base-data-directory", settings.dataFolder.c_str(), "base-cache-directory",
-                                        settings.dataFolder.c_str(), nullptr);
-    WebKitWebContext* const context = webkit_web_context_new_with_website_data_manager(data);
-    g_object_unref(data);
-    webkit_web_context_set_web_extensions_directory(context, settings.extensionFolder.c_str());
-    webkit_web_context_set_web_extensions_initialization_user_data(context,
-                                                                   g_variant_new_string(settings.libraryPath.c_str()));
-    return context;
-}
-
-WebKitWebViewBackend* backendOf(HeadlessView& headless) {
-    return webkit_web_view_backend_new(
-        headless.backend(), [](gpointer data) { static_cast<HeadlessView*>(data)->end(); }, &headless);
+std::string withoutFragment(const std::string& url) {
+    return url.substr(0, url.find('#'));
 }
 
 }  // namespace
 
-PageView::PageView(HeadlessView& headless, const PageViewSettings& settings, PageViewEvents newEvents)
-    : events(std::move(newEvents)) {
-    WebKitWebContext* const context = contextWith(settings);
-    showDownloadsAsDocuments(context, [this](const std::string& reason) { fail(reason); });
-    WebKitSettings* const engine = engineSettings(settings.softwareVersion);
-    view = WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "backend", backendOf(headless), "web-context", context,
-                                        "settings", engine, nullptr));
-    g_object_unref(engine);
-    g_object_unref(context);
+PageView::PageView(const PageContext& context, Screen& screen, const PageView* sibling, PageViewEvents newEvents)
+    : events(std::move(newEvents)),
+      headless(new HeadlessView(screen)),
+      view(viewOf(context, headless, sibling == nullptr || sibling->hasEnded ? nullptr : sibling->view)) {
     WebKitColor transparent{0, 0, 0, 0};
     webkit_web_view_set_background_color(view, &transparent);
     g_signal_connect(view, "load-changed", G_CALLBACK(onLoadChanged), this);
@@ -66,18 +39,31 @@ PageView::PageView(HeadlessView& headless, const PageViewSettings& settings, Pag
     g_signal_connect(view, "decide-policy", G_CALLBACK(onPolicy), this);
     g_signal_connect(view, "user-message-received", G_CALLBACK(onMessage), this);
     g_signal_connect(view, "web-process-terminated", G_CALLBACK(onTerminated), this);
-    unload();  // the web process starts now, so it knows the broadcast before the first application comes
+    g_signal_connect(context.web(), "download-started", G_CALLBACK(onDownload), this);
 }
 
 PageView::~PageView() {
+    leave();
     g_signal_handlers_disconnect_by_data(view, this);
+    g_signal_handlers_disconnect_by_data(webkit_web_view_get_context(view), this);
     g_object_unref(view);
+}
+
+void PageView::leave() {
+    isLeaving = true;
+    headless->leaveScreen();
+    document.reset();
 }
 
 void PageView::load(const std::string& url, const std::string& firstScript) {
     setFirstScript(firstScript);
-    starting = true;
+    isStarting = true;
     webkit_web_view_load_uri(view, url.c_str());
+}
+
+void PageView::loadNothing() {
+    isStarting = true;
+    webkit_web_view_load_uri(view, "about:blank");
 }
 
 void PageView::setFirstScript(const std::string& firstScript) {
@@ -90,12 +76,6 @@ void PageView::setFirstScript(const std::string& firstScript) {
     webkit_user_script_unref(script);
 }
 
-void PageView::unload() {
-    starting = false;
-    webkit_user_content_manager_remove_all_scripts(webkit_web_view_get_user_content_manager(view));
-    webkit_web_view_load_uri(view, kEmptyPage);
-}
-
 void PageView::tell(const std::string& name, const nlohmann::json& value) {
     webkit_web_view_send_message_to_page(
         view,
@@ -104,42 +84,128 @@ void PageView::tell(const std::string& name, const nlohmann::json& value) {
 }
 
 void PageView::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageView* self) {
-    // The empty page may still arrive when the next one is asked for already.
-    if (event == WEBKIT_LOAD_COMMITTED && g_strcmp0(webkit_web_view_get_uri(self->view), kEmptyPage) != 0) {
-        self->succeed();
+    if (event != WEBKIT_LOAD_FINISHED && !self->isLeaving) {
+        self->onProgress(event);
     }
 }
 
+/// These events are the page's, never those of a frame.
+void PageView::onProgress(WebKitLoadEvent event) {
+    if (event != WEBKIT_LOAD_COMMITTED) {
+        coming = asked;
+        return;
+    }
+    coming.clear();
+    if (isStarting) {
+        isStarting = false;
+        events.onLoaded();
+    } else if (const std::string url = webkit_web_view_get_uri(view); !events.mayGoOnTo(url)) {
+        leaveFor(url);
+    }
+}
+
+void PageView::leaveFor(const std::string& url) {
+    postToMainLoop([onLeft = events.onLeft, url] { onLeft(url); });
+}
+
 gboolean PageView::onLoadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error, PageView* self) {
+    // A refused response has been told; a fetched document comes later. A page cancels what it begins anew.
     const bool interrupted =
         g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) != 0 ||
         g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) != 0;
-    if (!interrupted) {
-        self->fail(error->message);
+    if (!interrupted && !self->isLeaving) {
+        self->events.onFailed(error->message);
     }
     return TRUE;  // no error page of the engine
 }
 
 gboolean PageView::onPolicy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                             PageView* self) {
-    if (type != WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
+    if (self->isLeaving) {
+        webkit_policy_decision_ignore(decision);
+    } else if (type == WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION) {
+        WebKitNavigationAction* const action =
+            webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+        self->asked = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+        return FALSE;
+    } else if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
+        self->onResponse(WEBKIT_RESPONSE_POLICY_DECISION(decision));
+    } else {
         return FALSE;
     }
-    self->onResponse(WEBKIT_RESPONSE_POLICY_DECISION(decision));
     return TRUE;
 }
 
-void PageView::onResponse(WebKitResponsePolicyDecision* decision) {
-    WebKitURIResponse* const response = webkit_response_policy_decision_get_response(decision);
-    const guint status = webkit_uri_response_get_status_code(response);
-    // Until a start has succeeded, no frame of the new page exists, so the response is the page's own.
-    if (starting && status >= kFirstError) {
-        webkit_policy_decision_ignore(WEBKIT_POLICY_DECISION(decision));
-        fail("HTTP status " + std::to_string(status));
-    } else if (isHbbTvDocument(response)) {
-        webkit_policy_decision_download(WEBKIT_POLICY_DECISION(decision));
+/// The engine does not say whether a response is the page's or a frame's. The page's has the URL that was asked for
+/// last before its load began. Before the first page is there, it has no frames.
+bool PageView::isOfPage(const std::string& url) const {
+    return isStarting || (!coming.empty() && withoutFragment(coming) == withoutFragment(url));
+}
+
+void PageView::onResponse(WebKitResponsePolicyDecision* response) {
+    WebKitPolicyDecision* const decision = WEBKIT_POLICY_DECISION(response);
+    WebKitURIResponse* const got = webkit_response_policy_decision_get_response(response);
+    const std::string url = webkit_uri_response_get_uri(got);
+    if (!isOfPage(url)) {
+        if (isHbbTvDocument(got)) {
+            webkit_policy_decision_ignore(decision);
+            events.onLog("engine", url + " is no document for a frame: it has HbbTV's type");
+        } else {
+            webkit_policy_decision_use(decision);
+        }
+        return;
+    }
+    document.reset();
+    awaited.clear();
+    const std::string problem = problemOf(response);
+    if (!problem.empty()) {
+        webkit_policy_decision_ignore(decision);
+        events.onFailed(problem);
+    } else if (!isStarting && !events.mayGoOnTo(url)) {
+        webkit_policy_decision_ignore(decision);
+        leaveFor(url);
+    } else if (isHbbTvDocument(got)) {
+        awaited = url;
+        webkit_policy_decision_download(decision);
     } else {
-        webkit_policy_decision_use(WEBKIT_POLICY_DECISION(decision));
+        webkit_policy_decision_use(decision);
+    }
+}
+
+/// Why a response is no page; empty if it is one. Pages that an application goes on to may be those of an error.
+std::string PageView::problemOf(WebKitResponsePolicyDecision* response) const {
+    constexpr guint kNoContent = 204;
+    WebKitURIResponse* const got = webkit_response_policy_decision_get_response(response);
+    const guint status = webkit_uri_response_get_status_code(got);
+    if (status == kNoContent || (isStarting && status >= kFirstError)) {
+        return "HTTP status " + std::to_string(status);
+    }
+    const char* const type = webkit_uri_response_get_mime_type(got);
+    return isHbbTvDocument(got) || webkit_response_policy_decision_is_mime_type_supported(response) != FALSE
+               ? ""
+               : std::string("a document of type ") + (type == nullptr ? "unknown" : type) + " is no page";
+}
+
+void PageView::onDownload(WebKitWebContext*, WebKitDownload* download, PageView* self) {
+    if (webkit_download_get_web_view(download) != self->view) {
+        return;
+    }
+    if (self->awaited.empty() || self->document || self->isLeaving) {
+        webkit_download_cancel(download);
+        self->events.onLog("engine", "a television stores no files");
+        return;
+    }
+    self->document = std::make_unique<HbbTvDocument>(
+        download, [self](GBytes* bytes, const std::string& reason) { self->onFetched(bytes, reason); });
+}
+
+void PageView::onFetched(GBytes* bytes, const std::string& reason) {
+    const std::string url = std::exchange(awaited, "");
+    document.reset();
+    if (bytes == nullptr) {
+        events.onFailed(reason);
+    } else {
+        showHbbTvDocument(view, bytes, url);
     }
 }
 
@@ -151,31 +217,32 @@ gboolean PageView::onMessage(WebKitWebView*, WebKitUserMessage* message, PageVie
         return FALSE;
     }
     g_variant_get(parameters, "(&s&s)", &name, &value);
-    if (g_strcmp0(webkit_user_message_get_name(message), kLogMessage) == 0) {
-        self->events.onLog(name, value);
-    } else {
-        self->events.onCall(name, nlohmann::json::parse(value, nullptr, false));
-    }
+    self->onMessageOf(webkit_user_message_get_name(message), name, value);
     return TRUE;
 }
 
-void PageView::onTerminated(WebKitWebView*, WebKitWebProcessTerminationReason, PageView* self) {
-    self->starting = false;
-    // The engine is in the middle of it, and what is told may load a page.
-    postToMainLoop([self] { self->events.onProcessDied(); });
-}
-
-void PageView::succeed() {
-    if (starting) {
-        starting = false;
-        events.onLoaded();
+/// The web process may be in any state; a wrong message of it changes nothing here.
+void PageView::onMessageOf(const char* message, const char* name, const char* value) {
+    if (g_strcmp0(message, kLogMessage) == 0) {
+        events.onLog(name, value);
+        return;
+    }
+    if (isLeaving) {
+        return;
+    }
+    try {
+        events.onCall(name, nlohmann::json::parse(value));
+    } catch (const nlohmann::json::exception& error) {
+        events.onLog("engine", std::string("a wrong call of ") + name + ": " + error.what());
     }
 }
 
-void PageView::fail(const std::string& reason) {
-    if (starting) {
-        starting = false;
-        events.onFailed(reason);
+void PageView::onTerminated(WebKitWebView*, WebKitWebProcessTerminationReason, PageView* self) {
+    self->isStarting = false;
+    self->hasEnded = true;
+    if (!self->isLeaving) {
+        // The engine is in the middle of it, and what is told may load a page.
+        postToMainLoop(self->events.onProcessDied);
     }
 }
 

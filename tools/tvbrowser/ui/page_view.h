@@ -1,4 +1,5 @@
-// PageView: the engine's view of one page at a time, with the first script that gives a page its broadcast objects.
+// PageView: the engine's view of one application: its page, and the pages that it goes on to. Each application has a
+// view of its own, so that no event, frame, download or history of another can be taken for its own.
 // Threads: the main one.
 // Blocks:  never.
 // Fails:   a page that cannot be loaded is told by onFailed.
@@ -7,44 +8,49 @@
 #include <wpe/webkit.h>
 
 #include <functional>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "hbbtv_document.h"
 #include "headless_view.h"
+#include "page_context.h"
 
 namespace tvbrowser {
 
-struct PageViewSettings {
-    std::string extensionFolder;
-    std::string libraryPath;  ///< for the extension
-    std::string dataFolder;   ///< for what pages store, and for the cache
-    std::string softwareVersion;
-};
-
-/// What happens to a page.
+/// What happens to a page. No function may delete the view before it returns.
 struct PageViewEvents {
-    std::function<void()> onLoaded;                    ///< once for each load()
-    std::function<void(const std::string&)> onFailed;  ///< once for each load(), with the reason
-    std::function<void()> onProcessDied;               ///< the page is gone
+    std::function<void()> onLoaded;                    ///< the first page is there
+    std::function<void(const std::string&)> onFailed;  ///< a page cannot be loaded; the reason
+    std::function<void()> onProcessDied;               ///< the page is gone; told later, from the main loop
+    /// Whether the page may go on to the URL of a document.
+    std::function<bool(const std::string& url)> mayGoOnTo;
+    /// The page wanted to go on to a URL where it may not; told later, from the main loop.
+    std::function<void(const std::string& url)> onLeft;
     std::function<void(const std::string& name, const nlohmann::json& call)> onCall;
     std::function<void(const std::string& subject, const std::string& text)> onLog;
 };
 
 class PageView {
 public:
-    PageView(HeadlessView& headless, const PageViewSettings& settings, PageViewEvents newEvents);
+    /// An empty page. It shares the web process of another, if there is one.
+    PageView(const PageContext& context, Screen& screen, const PageView* sibling, PageViewEvents newEvents);
     PageView(const PageView&) = delete;
     PageView& operator=(const PageView&) = delete;
     ~PageView();
 
-    /// Loads a page. `firstScript` runs in it, and in each page that it goes on to, before the page's own scripts.
+    /// Loads the first page. `firstScript` runs in it, and in each page that it goes on to, before the page's own
+    /// scripts.
     void load(const std::string& url, const std::string& firstScript);
     /// Replaces the first script of the pages that come next.
     void setFirstScript(const std::string& firstScript);
-    /// Shows nothing.
-    void unload();
+    /// Starts the web process, which so knows the broadcast before the first application comes.
+    void loadNothing();
     /// Tells the page's objects of an event.
     void tell(const std::string& name, const nlohmann::json& value);
+    void key(std::uint32_t keysym, std::uint32_t keycode, bool isDown) { headless->key(keysym, keycode, isDown); }
+    /// The page ends. Until it is deleted, it is heard by onLog alone, and nothing of it is drawn.
+    void leave();
 
 private:
     static void onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageView* self);
@@ -53,13 +59,25 @@ private:
                              PageView* self);
     static gboolean onMessage(WebKitWebView*, WebKitUserMessage* message, PageView* self);
     static void onTerminated(WebKitWebView*, WebKitWebProcessTerminationReason reason, PageView* self);
+    static void onDownload(WebKitWebContext*, WebKitDownload* download, PageView* self);
+    void onProgress(WebKitLoadEvent event);
+    void leaveFor(const std::string& url);
+    bool isOfPage(const std::string& url) const;
     void onResponse(WebKitResponsePolicyDecision* decision);
-    void succeed();
-    void fail(const std::string& reason);
+    std::string problemOf(WebKitResponsePolicyDecision* decision) const;
+    void onFetched(GBytes* document, const std::string& reason);
+    void onMessageOf(const char* message, const char* name, const char* value);
 
     const PageViewEvents events;
+    HeadlessView* headless;  ///< the engine's view deletes it
     WebKitWebView* view = nullptr;
-    bool starting = false;  ///< a load() has neither succeeded nor failed
+    std::string asked;    ///< URL that the page or a frame asked for last
+    std::string coming;   ///< URL of the page that is on its way
+    std::string awaited;  ///< URL of an HbbTV document that is fetched
+    std::unique_ptr<HbbTvDocument> document;
+    bool isStarting = false;  ///< the first page neither is there nor has failed
+    bool isLeaving = false;
+    bool hasEnded = false;  ///< its web process has
 };
 
 }  // namespace tvbrowser

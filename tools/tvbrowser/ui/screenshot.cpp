@@ -26,15 +26,15 @@ FirstPicture::~FirstPicture() {
 
 gboolean FirstPicture::look(gpointer picture) {
     auto& self = *static_cast<FirstPicture*>(picture);
-    const std::uint64_t frames = self.television.screen().frames();
-    const bool quiet = self.television.hasLoaded() && frames == self.frames;
-    self.frames = frames;
+    const Screen& screen = self.television.screen();
+    const bool quiet = screen.showsPage() && screen.version() == self.version;
+    self.version = screen.version();
     self.quietLooks = quiet ? self.quietLooks + 1 : 0;
     if (self.quietLooks < kQuietLooks && ++self.looks < kMostLooks) {
         return G_SOURCE_CONTINUE;
     }
     self.timer = 0;
-    self.onDrawn(self.television.hasLoaded());
+    self.onDrawn(screen.showsPage());
     return G_SOURCE_REMOVE;
 }
 

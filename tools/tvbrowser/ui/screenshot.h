@@ -1,4 +1,4 @@
-// FirstPicture: waits until the first application has drawn itself.
+// FirstPicture: waits until an application is on the screen and has drawn itself.
 // Threads: the main one.
 // Blocks:  never.
 // Fails:   tells after some seconds that nothing was drawn.
@@ -23,7 +23,7 @@ private:
 
     const Television& television;
     const std::function<void(bool)> onDrawn;
-    std::uint64_t frames = 0;
+    std::uint64_t version = 0;
     unsigned int looks = 0;
     unsigned int quietLooks = 0;
     guint timer = 0;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <stdexcept>
+#include <utility>
 
 #include "engine_keys.h"
 #include "main_loop.h"
@@ -28,10 +29,10 @@ std::string described(const RunningApplication& application) {
 
 }  // namespace
 
-Television::Television(const SetDescription& newSet, const PageViewSettings& settings, Say newSay)
-    : set(newSet), say(std::move(newSay)), manager(*this), headless(newSet.width, newSet.height) {
+Television::Television(const SetDescription& newSet, const PageSettings& settings, Say newSay)
+    : set(newSet), say(std::move(newSay)), manager(*this), context(settings), shown(newSet.width, newSet.height) {
     const Library library = libraryOrThrow(settings.libraryPath);
-    page = std::make_unique<PageView>(headless, settings, pageEvents());
+    showNothing();
     broadcast = std::make_unique<Broadcast>(
         library, postToMainLoop,
         [this](const std::string& name, const nlohmann::json& value) { onBroadcast(name, value); });
@@ -39,39 +40,67 @@ Television::Television(const SetDescription& newSet, const PageViewSettings& set
 
 Television::~Television() = default;
 
-PageViewEvents Television::pageEvents() {
+PageViewEvents Television::eventsOf(Instance instance) {
     PageViewEvents events;
-    events.onLoaded = [this] {
-        loaded = true;
-        manager.pageLoaded(loading);
+    events.onLoaded = [this, instance] {
+        forgetLeaving();
+        manager.pageLoaded(instance);
     };
-    events.onFailed = [this](const std::string& reason) { manager.loadFailed(loading, reason); };
-    events.onProcessDied = [this] {
-        say("the web process has ended");
-        manager.webProcessDied(loading);
-    };
+    events.onFailed = [this, instance](const std::string& reason) { manager.loadFailed(instance, reason); };
+    events.onProcessDied = [this, instance] { onProcessDied(instance); };
+    events.mayGoOnTo = [this, instance](const std::string& url) { return manager.mayGoOnTo(instance, url); };
+    events.onLeft = [this, instance](const std::string& url) { manager.leftBoundary(instance, url); };
     events.onCall = [this](const std::string& name, const nlohmann::json& call) { onCall(name, call); };
     events.onLog = [this](const std::string& subject, const std::string& text) { say(subject + ": " + text); };
     return events;
 }
 
+void Television::replacePage(Instance instance) {
+    auto next = std::make_unique<PageView>(context, shown, page.get(), eventsOf(instance));
+    if (page) {
+        page->leave();
+    }
+    forgetLeaving();
+    leaving = std::exchange(page, std::move(next));
+    shown.clear();
+}
+
+/// Later, because a page may be in the middle of telling what leads here.
+void Television::forgetLeaving() {
+    if (leaving) {
+        postToMainLoop([last = std::shared_ptr<PageView>(std::move(leaving))] {});
+    }
+}
+
+void Television::showNothing() {
+    replacePage(0);
+    shown.show(false);
+    page->loadNothing();
+}
+
 void Television::load(const RunningApplication& application) {
     say("application: load " + described(application));
-    loading = application.instance;
-    loaded = false;
-    headless.show(application.isVisible);
+    replacePage(application.instance);
+    shown.show(application.isVisible);
     page->load(application.url, firstScript(application, set));
 }
 
 void Television::unload() {
     say("application: none");
-    loading = 0;
-    headless.show(false);
-    page->unload();
+    showNothing();
+}
+
+void Television::onProcessDied(Instance instance) {
+    say("the web process has ended");
+    if (instance == 0 && manager.running() == nullptr) {
+        showNothing();
+    } else {
+        manager.webProcessDied(instance);
+    }
 }
 
 void Television::setVisible(bool isVisible) {
-    headless.show(isVisible);
+    shown.show(isVisible);
     say(isVisible ? "application: shown" : "application: hidden");
 }
 
@@ -131,8 +160,8 @@ void Television::onCall(const std::string& name, const nlohmann::json& call) {
         {"tune", [](Television& self, Instance caller, auto&) { self.manager.tuneRequested(caller); }},
         {"leaveBroadcast", [](Television& self, Instance caller, auto&) { self.manager.becomeIndependent(caller); }}};
     const auto request = kRequests.find(name);
-    if (request != kRequests.end() && call.is_object()) {
-        request->second(*this, call.value("instance", Instance{0}), call["argument"]);
+    if (request != kRequests.end()) {
+        request->second(*this, call.at("instance").get<Instance>(), call.at("argument"));
     }
 }
 
@@ -152,7 +181,7 @@ void Television::key(const RemoteKey& key, bool isDown) {
         zap(action.kind == KeyAction::Kind::nextChannel);
     } else if (action.kind == KeyAction::Kind::page) {
         if (const std::optional<EngineKey> known = engineKey(key)) {
-            headless.key(known->keysym, known->keycode, isDown);
+            page->key(known->keysym, known->keycode, isDown);
         } else {
             page->tell("key", {{"keyCode", key.code}, {"down", isDown}});
         }

@@ -13,8 +13,8 @@
 #include "application_manager.h"
 #include "broadcast.h"
 #include "first_script.h"
-#include "headless_view.h"
 #include "page_view.h"
+#include "screen.h"
 
 namespace tvbrowser {
 
@@ -23,7 +23,7 @@ public:
     /// Takes lines about the life of applications and from their pages.
     using Say = std::function<void(const std::string& line)>;
 
-    Television(const SetDescription& newSet, const PageViewSettings& settings, Say newSay);
+    Television(const SetDescription& newSet, const PageSettings& settings, Say newSay);
     ~Television() override;
 
     /// A key is pressed: it goes down and up. False if the remote control has no such key.
@@ -38,9 +38,7 @@ public:
     std::vector<std::string> applications() const;
     /// For the page for people: the presented channel, the channel list, the applications and the one that runs.
     nlohmann::json state() const;
-    const HeadlessView& screen() const { return headless; }
-    /// Whether an application has been loaded.
-    bool hasLoaded() const { return loaded; }
+    const Screen& screen() const { return shown; }
 
 private:
     void load(const RunningApplication& application) override;
@@ -50,7 +48,12 @@ private:
     void applicationChanged(const RunningApplication& application) override;
     void log(const std::string& line) override { say(line); }
 
-    PageViewEvents pageEvents();
+    PageViewEvents eventsOf(Instance instance);
+    /// A new page in place of the present one.
+    void replacePage(Instance instance);
+    void showNothing();
+    void forgetLeaving();
+    void onProcessDied(Instance instance);
     void onBroadcast(const std::string& name, const nlohmann::json& value);
     void onCall(const std::string& name, const nlohmann::json& call);
     void takeApplications();
@@ -60,11 +63,11 @@ private:
     const SetDescription set;
     const Say say;
     ApplicationManager manager;
-    HeadlessView headless;
+    const PageContext context;
+    Screen shown;
     std::unique_ptr<PageView> page;
+    std::unique_ptr<PageView> leaving;  ///< the page of before, until this one is there
     std::unique_ptr<Broadcast> broadcast;
-    Instance loading = 0;
-    bool loaded = false;
 };
 
 }  // namespace tvbrowser

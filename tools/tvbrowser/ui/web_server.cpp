@@ -6,6 +6,9 @@
 #include <iterator>
 #include <set>
 #include <stdexcept>
+#include <thread>
+
+#include "main_loop.h"
 
 namespace tvbrowser {
 
@@ -107,7 +110,7 @@ void WebServer::answer(SoupServerMessage* message, const std::string& path, GHas
         respond(message, done ? SOUP_STATUS_OK : SOUP_STATUS_BAD_REQUEST, "text/plain",
                 done ? "" : "no such command\n");
     } else if (path == "/screen.png") {
-        respond(message, SOUP_STATUS_OK, "image/png", television.screen().png());
+        sendScreen(message);
     } else if (path == "/state") {
         respond(message, SOUP_STATUS_OK, "application/json", stateText(query));
     } else if (file != files.end()) {
@@ -115,6 +118,26 @@ void WebServer::answer(SoupServerMessage* message, const std::string& path, GHas
     } else {
         respond(message, SOUP_STATUS_NOT_FOUND, "text/plain", "no such page\n");
     }
+}
+
+/// Encoding takes too long for the main loop, which has the keys and the broadcast to see to.
+void WebServer::sendScreen(SoupServerMessage* message) {
+    const std::uint64_t version = television.screen().version();
+    if (version == pictureVersion) {
+        respond(message, SOUP_STATUS_OK, "image/png", picture);
+        return;
+    }
+    g_object_ref(message);
+    soup_server_message_pause(message);
+    std::thread([this, message, version, frame = television.screen().frame()] {
+        postToMainLoop([this, message, version, png = pngOf(frame)] {
+            picture = png;
+            pictureVersion = version;
+            respond(message, SOUP_STATUS_OK, "image/png", picture);
+            soup_server_message_unpause(message);
+            g_object_unref(message);
+        });
+    }).detach();
 }
 
 bool WebServer::act(const std::string& path, const std::string& value) {
@@ -132,6 +155,7 @@ std::string WebServer::stateText(GHashTable* query) const {
     nlohmann::json state = television.state();
     state["lines"] = nlohmann::json::array();
     state["lineCount"] = lineCount;
+    state["screen"] = television.screen().version();
     for (const Line& line : lines) {
         if (line.number > last) {
             state["lines"].push_back(line.text);

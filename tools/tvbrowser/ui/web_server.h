@@ -1,6 +1,6 @@
 // WebServer: the page for people, on loopback: the screen, a remote control, the applications, a log. It also serves
 // the sample application.
-// Threads: the main one.
+// Threads: the main one; pictures are encoded on threads of their own.
 // Blocks:  never.
 // Fails:   the constructor throws std::runtime_error when the port is taken. Requests from pages of other hosts are
 //          refused, so that no page that a desktop browser shows can use the television.
@@ -42,6 +42,7 @@ private:
     static void onRequest(SoupServer*, SoupServerMessage* message, const char* path, GHashTable* query,
                           gpointer server);
     void answer(SoupServerMessage* message, const std::string& path, GHashTable* query);
+    void sendScreen(SoupServerMessage* message);
     bool act(const std::string& path, const std::string& value);
     std::string stateText(GHashTable* query) const;
     void readFiles(const std::string& folder);
@@ -51,6 +52,8 @@ private:
     std::map<std::string, File> files;  ///< by path
     std::deque<Line> lines;
     std::uint64_t lineCount = 0;
+    std::string picture;                 ///< the newest PNG
+    std::uint64_t pictureVersion = ~0U;  ///< of the screen
 };
 
 }  // namespace tvbrowser

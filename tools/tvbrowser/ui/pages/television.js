@@ -82,13 +82,17 @@ function showLines(state) {
 
 /// The lists are made anew only when they differ, so that a click never meets a list that is being replaced.
 let shown = "";
+let shownScreen = -1;
 async function follow() {
     try {
         const state = await (await fetch("state?after=" + lineCount)).json();
         if (state.lineCount < lineCount) {
-            lineCount = 0; // another television
+            element("log").replaceChildren(); // another television: all of its lines come with the next answer
+            lineCount = 0;
+            shownScreen = -1;
+        } else {
+            showLines(state);
         }
-        showLines(state);
         const lists = JSON.stringify([state.applications, state.running, state.channels, state.channel, state.programmes,
                                       state.connected]);
         if (lists !== shown) {
@@ -96,10 +100,13 @@ async function follow() {
             showApplications(state);
             showChannel(state);
         }
-        const picture = new Image();
-        picture.src = "screen.png?" + Date.now();
-        await picture.decode();
-        element("screen").src = picture.src;
+        if (state.screen !== shownScreen) {
+            const picture = new Image();
+            picture.src = "screen.png?" + Date.now();
+            await picture.decode();
+            element("screen").src = picture.src;
+            shownScreen = state.screen;
+        }
     } catch (error) {
         element("channel").textContent = "The television has gone.";
     }

@@ -1,0 +1,49 @@
+// The engine's context and settings.
+#include "page_context.h"
+
+namespace tvbrowser {
+
+namespace {
+
+/// The user agent of HbbTV (TS 102 796, clause 7.3.2.4). What names a product or a maker is empty.
+std::string userAgent(const std::string& softwareVersion) {
+    return "Mozilla/5.0 (Linux) AppleWebKit/605.1.15 (KHTML, like Gecko) HbbTV/1.6.1 (; ; tvbrowser; " +
+           softwareVersion + "; ; ) tvbrowser/" + softwareVersion;
+}
+
+WebKitSettings* settingsWith(const std::string& softwareVersion) {
+    WebKitSettings* const settings = webkit_settings_new();
+    webkit_settings_set_user_agent(settings, userAgent(softwareVersion).c_str());
+    // A set's application plays without a hand on the remote control.
+    webkit_settings_set_media_playback_requires_user_gesture(settings, FALSE);
+    webkit_settings_set_allow_modal_dialogs(settings, FALSE);
+    webkit_settings_set_enable_developer_extras(settings, TRUE);
+    // A page that comes back from this cache runs no first script, and would know the broadcast of before.
+    webkit_settings_set_enable_page_cache(settings, FALSE);
+    return settings;
+}
+
+WebKitWebContext* contextWith(const PageSettings& settings) {
+    // Not an ephemeral context: the engine keeps the console of such pages to itself.
+    WebKitWebsiteDataManager* const data =
+        webkit_website_data_manager_new("base-data-directory", settings.dataFolder.c_str(), "base-cache-directory",
+                                        settings.dataFolder.c_str(), nullptr);
+    WebKitWebContext* const context = webkit_web_context_new_with_website_data_manager(data);
+    g_object_unref(data);
+    webkit_web_context_set_web_extensions_directory(context, settings.extensionFolder.c_str());
+    webkit_web_context_set_web_extensions_initialization_user_data(context,
+                                                                   g_variant_new_string(settings.libraryPath.c_str()));
+    return context;
+}
+
+}  // namespace
+
+PageContext::PageContext(const PageSettings& settings)
+    : context(contextWith(settings)), engineSettings(settingsWith(settings.softwareVersion)) {}
+
+PageContext::~PageContext() {
+    g_object_unref(engineSettings);
+    g_object_unref(context);
+}
+
+}  // namespace tvbrowser

@@ -1,0 +1,35 @@
+// PageContext: what all pages of the engine share: its extension, what pages store, the engine's settings.
+// Threads: the main one.
+// Blocks:  never.
+// Fails:   never.
+#pragma once
+
+#include <wpe/webkit.h>
+
+#include <string>
+
+namespace tvbrowser {
+
+struct PageSettings {
+    std::string extensionFolder;
+    std::string libraryPath;  ///< for the extension
+    std::string dataFolder;   ///< for what pages store, and for the cache
+    std::string softwareVersion;
+};
+
+class PageContext {
+public:
+    explicit PageContext(const PageSettings& settings);
+    PageContext(const PageContext&) = delete;
+    PageContext& operator=(const PageContext&) = delete;
+    ~PageContext();
+
+    WebKitWebContext* web() const { return context; }
+    WebKitSettings* engine() const { return engineSettings; }
+
+private:
+    WebKitWebContext* context;
+    WebKitSettings* engineSettings;
+};
+
+}  // namespace tvbrowser
