@@ -51,7 +51,8 @@ usage: ./run test [--preset NAME] [--all] [--browser] [ctest arguments]
 Builds everything with the preset and runs the tests. A test that fails runs once more, alone.
   --preset NAME      one of: $presets; host if not given
   --all              also the long tests of other presets
-  --browser          install the web engine first, so that the tests with it run; without it they are skipped
+  --browser          install the web engine first, so that the tests with it run in preset host; without it they are
+                     skipped. In preset clang it makes the build include what needs the engine
   ctest arguments    all others go to ctest: -R PATTERN selects tests by name, -N lists them, -V prints their output
 TEXT
         ;;

@@ -36,12 +36,14 @@ browser_packages=(
     libpng-dev                 # screenshots
     fonts-dejavu-core          # texts of pages
     gstreamer1.0-plugins-base  # the engine's media
+    ca-certificates            # pages by HTTPS
     pkgconf                    # finds them
 )
 # The tests with the web engine.
 browser_test_packages=(
     "${browser_packages[@]}"
     python3         # serves the pages of the tests
+    procps          # kills web processes
     chromium        # looks at the page for people, as a desktop's browser
     chromium-driver # and uses it
 )
