@@ -150,15 +150,26 @@ private:
 
     Page page(const std::string& path) {
         using Make = Page (Connections::*)();
-        static const std::map<std::string, Make> kPages = {{"/channels.json", &Connections::channels}};
+        static const std::map<std::string, Make> kPages = {{"/channels.json", &Connections::channels},
+                                                           {"/epg.json", &Connections::guideAsJson},
+                                                           {"/epg.xml", &Connections::guideAsXmltv}};
         const auto found = kPages.find(path);
-        return found == kPages.end() ? refusal(MHD_HTTP_NOT_FOUND, "there are /stream.ts and /channels.json")
-                                     : (this->*found->second)();
+        return found == kPages.end()
+                   ? refusal(MHD_HTTP_NOT_FOUND, "there are /stream.ts, /channels.json, /epg.json and /epg.xml")
+                   : (this->*found->second)();
     }
     /// Without the inputs, which name files of this machine.
     Page channels() {
         const json answered = ask({{"command", "channels"}});
         return {MHD_HTTP_OK, "application/json", json{{"channels", answered.value("channels", json::array())}}.dump()};
+    }
+    Page guideAsJson() {
+        const json answered = ask({{"command", "epg"}});
+        return {MHD_HTTP_OK, "application/json", json{{"services", answered.value("services", json::array())}}.dump()};
+    }
+    Page guideAsXmltv() {
+        const json answered = ask({{"command", "epg"}, {"format", "xmltv"}});
+        return {MHD_HTTP_OK, "application/xml", answered.value("xmltv", std::string())};
     }
     json ask(const json& request) {
         const std::optional<std::string> answered = askLoop(

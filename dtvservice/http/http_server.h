@@ -3,6 +3,7 @@
 //
 //  - /stream.ts      the packets of the presented service, from now on
 //  - /channels.json  the channel list
+//  - /epg.json, /epg.xml  the programme guide
 //
 // Threads: those of the HTTP library, one for each connection; the loop's only runs what they ask.
 // Blocks:  the destructor, until all connections have ended.

@@ -44,7 +44,7 @@ Program described() {
          "every service gets an AIT that starts this application, in place of its own AIT; hexadecimal ids; default: "
          "ffffff.1"},
         {"http", "[ADDRESS:]PORT",
-         "serve the presented service as a transport stream and the channel list by HTTP, at a numeric address, by "
+         "serve the presented service as a transport stream, channels and programmes by HTTP, at a numeric address, by "
          "default 127.0.0.1; port 0 is any port, which the line \"stream:\" shows"},
         {"serial-number", "TEXT", "the serial number for video on demand that browsers get; default: empty"},
         {"list", "FILE",

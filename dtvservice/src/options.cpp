@@ -74,6 +74,7 @@ Options parseOptions(int argc, char** argv) {
     }
     if (const std::optional<std::string> http = arguments.value("http")) {
         options.http = httpAddressOrEnd(*http);
+        options.settings.collecting = Collecting::fromTheStart;
     }
     if (options.inputs.empty() == options.list.empty()) {
         endWithUsage("one of --input and --list is needed");

@@ -33,6 +33,7 @@ declare -A may=(
     [dtvservice/core]="$contract $idiom $records $fields dtvservice/broadcast dtvservice/control text locks"
     [dtvservice/inputs]="$contract $idiom dtvservice/broadcast dtvservice/core"
     [dtvservice/http]="$contract $idiom $records $fields si dtvservice/broadcast dtvservice/core locks"
+    [dtvservice/programmes]="$contract $idiom $records $fields si text dtvservice/broadcast dtvservice/core"
     [examples]="$headers"
     [tools/message_documents]="$fields"
     [tools/tsmake]="command_line si"

@@ -6,6 +6,7 @@
 
 #include "broadcasts.h"
 #include "demux.h"
+#include "guides.h"
 #include "http_client.h"
 #include "service_process.h"
 #include "si/tables.h"
@@ -198,6 +199,22 @@ TEST(TheChannelListByHttp, IsThatOfTheOperatorWithoutTheInputs) {
     const json list = json::parse(client.content());
     EXPECT_EQ(list.size(), 1U);
     EXPECT_EQ(list.at("channels"), json::parse(operate({"--json", "channels"})).at("channels"));
+}
+
+TEST(TheProgrammeGuideByHttp, IsThatOfTheBroadcast) {
+    const tsmake::Multiplex multiplex = scheduledBroadcast();
+    const HttpService service(writeBroadcast(multiplex, 12, "scheduled.ts"));
+    const auto guideNow = [&] {
+        HttpClient client(service.port);
+        return guideOf(json::parse(client.ask("/epg.json").readAll().content()).at("services"));
+    };
+    EXPECT_TRUE(eventually([&] { return guideNow().size() >= guideOf(multiplex).size(); }));
+    EXPECT_EQ(guideNow(), guideOf(multiplex));
+    HttpClient client(service.port);
+    client.ask("/epg.xml").readAll();
+    EXPECT_THAT(client.header(), HasSubstr("Content-Type: application/xml\r\n"));
+    EXPECT_EQ(client.content(), operate({"epg", "--xmltv", "--seconds", "0"}));
+    EXPECT_THAT(client.content(), HasSubstr("<title lang=\"eng\">Later &lt;28120/30&gt;</title>"));
 }
 
 TEST(TheHttpServer, RefusesRequestsThatAreNotForIt) {
