@@ -90,6 +90,18 @@ private:
     std::size_t used = 0;
 };
 
+std::uint16_t freeDatagramPort() {
+    const int descriptor = socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    EXPECT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&address), size), 0);
+    EXPECT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    close(descriptor);
+    return ntohs(address.sin_port);
+}
+
 constexpr std::size_t kFirstVideo = 257;
 constexpr std::size_t kSecondVideo = 513;
 
@@ -177,6 +189,16 @@ TEST(TheStream, HasABoundedNumberOfReaders) {
         next.ask("/stream.ts").read();
         return next.status() == 200;
     })) << "one has gone";
+}
+
+TEST(TheStream, HasNullPacketsInSilence) {
+    const HttpService service("udp://127.0.0.1:" + std::to_string(freeDatagramPort()));
+    HttpClient client(service.port);
+    client.ask("/stream.ts");
+    ASSERT_TRUE(eventually([&] { return client.read() && client.content().size() >= kPacketSize; }));
+    const std::string content = client.content();
+    EXPECT_EQ(content.substr(0, 4), "\x47\x1F\xFF\x10");
+    EXPECT_EQ(content.substr(4, kPacketSize - 4), std::string(kPacketSize - 4, '\xFF'));
 }
 
 TEST(TheStream, EndsWithTheService) {
