@@ -29,7 +29,6 @@ while [ $# -gt 0 ]; do
     esac
     shift
 done
-[ -z "$file" ] || [ -z "$application" ] || misuse "--application goes with the sample, not with a file"
 [ -z "$application" ] || [[ $application =~ ^https?://[^/\"\\]+/ ]] || misuse "--application needs an HTTP URL: $application"
 [ -z "$file" ] || [ -e "$file" ] || {
     echo "run: tv: no such file: $file" >&2
@@ -76,14 +75,15 @@ address=$(sed -n 's/^page for people: //p' "$folder/browser.out" | head -n 1)
 
 if [ -z "$file" ]; then
     file=$folder/sample.ts
-    application=${application:-${address}sample/index.html}
     "$build/bin/tsmake" --print-sample |
-        sed -e "0,/\"urlBase\": \"[^\"]*\"/s|\"urlBase\": \"[^\"]*\"|\"urlBase\": \"${application%/*}/\"|" \
-            -e "0,/\"path\": \"[^\"]*\"/s|\"path\": \"[^\"]*\"|\"path\": \"${application##*/}\"|" >"$folder/sample.json"
+        sed -e "0,/\"urlBase\": \"[^\"]*\"/s|\"urlBase\": \"[^\"]*\"|\"urlBase\": \"${address}sample/\"|" \
+            -e "0,/\"path\": \"[^\"]*\"/s|\"path\": \"[^\"]*\"|\"path\": \"index.html\"|" >"$folder/sample.json"
     "$build/bin/tsmake" "$file" --description "$folder/sample.json"
 fi
 : >"$folder/service.out"
-DTV_LOG_FILE="$folder/service.log" "$build/bin/dtvserviced" --input "$file" >"$folder/service.out" 2>&1 </dev/null &
+options=(--input "$file")
+[ -z "$application" ] || options+=(--application "$application")
+DTV_LOG_FILE="$folder/service.log" "$build/bin/dtvserviced" "${options[@]}" >"$folder/service.out" 2>&1 </dev/null &
 service=$!
 await "$service" "$folder/service.out" "^ready"
 

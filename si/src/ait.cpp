@@ -1,6 +1,8 @@
 // Reads AIT sections.
 #include "si/ait.h"
 
+#include <algorithm>
+
 #include "checked_section.h"
 #include "cursor.h"
 #include "si/text.h"
@@ -44,7 +46,7 @@ std::optional<std::uint8_t> carouselTag(Cursor& selector) {
     return selector.good() ? std::optional(tag) : std::nullopt;
 }
 
-void readTransport(Bytes bytes, Ait::Application& application) {
+std::optional<Ait::Transport> transportOf(Bytes bytes) {
     Cursor cursor(bytes);
     Ait::Transport transport;
     transport.protocolId = static_cast<std::uint16_t>(cursor.number(2));
@@ -54,19 +56,37 @@ void readTransport(Bytes bytes, Ait::Application& application) {
     } else if (transport.protocolId == kProtocolCarousel) {
         transport.componentTag = carouselTag(cursor);
     }
-    if (cursor.good()) {
-        application.transports.push_back(transport);
+    return cursor.good() ? std::optional(transport) : std::nullopt;
+}
+
+void readTransport(Bytes bytes, Ait::Application& application) {
+    if (const std::optional<Ait::Transport> transport = transportOf(bytes)) {
+        application.transports.push_back(*transport);
     }
 }
 
-/// The application descriptor: profiles, a byte of flags, the priority (TS 102 809, clause 5.3.5.3).
-void readApplicationDescriptor(Bytes bytes, Ait::Application& application) {
+/// A transport in the common loop is one of all applications that list its label (TS 102 809, clause 5.3.6).
+void addCommonTransports(const Descriptors& common, Bytes labels, Ait::Application& application) {
+    for (const Descriptor& descriptor : common) {
+        const std::optional<Ait::Transport> transport =
+            descriptor.tag == kTransportDescriptor ? transportOf(descriptor.bytes) : std::nullopt;
+        if (transport &&
+            std::find(labels.data, labels.data + labels.size, transport->label) != labels.data + labels.size) {
+            application.transports.push_back(*transport);
+        }
+    }
+}
+
+/// The application descriptor: profiles, a byte of flags, the priority, labels of transports (TS 102 809, clause
+/// 5.3.5.3).
+void readApplicationDescriptor(Bytes bytes, const Descriptors& common, Ait::Application& application) {
     Cursor cursor(bytes);
     Cursor profiles(cursor.takeShort());
     const std::uint64_t flags = cursor.number(1);
     application.isServiceBound = (flags & 0x80U) != 0;
     application.visibility = static_cast<std::uint8_t>(flags >> 5U & 0x03U);
     application.priority = static_cast<std::uint8_t>(cursor.number(1));
+    addCommonTransports(common, cursor.rest(), application);
     while (profiles.left() != 0 && profiles.good()) {
         Ait::Profile profile;
         profile.profile = static_cast<std::uint16_t>(profiles.number(2));
@@ -90,7 +110,7 @@ void readBoundaries(Bytes bytes, Ait::Application& application) {
     }
 }
 
-void readApplicationDescriptors(Ait::Application& application) {
+void readApplicationDescriptors(const Descriptors& common, Ait::Application& application) {
     for (const Descriptor& descriptor : application.descriptors) {
         if (descriptor.tag == kNameDescriptor) {
             readNames(descriptor.bytes, application);
@@ -99,7 +119,7 @@ void readApplicationDescriptors(Ait::Application& application) {
         } else if (descriptor.tag == kLocationDescriptor) {
             application.initialPath = plainText(descriptor.bytes);
         } else if (descriptor.tag == kApplicationDescriptor) {
-            readApplicationDescriptor(descriptor.bytes, application);
+            readApplicationDescriptor(descriptor.bytes, common, application);
         } else if (descriptor.tag == kUsageDescriptor && !descriptor.bytes.empty()) {
             application.usage = descriptor.bytes[0];
         } else if (descriptor.tag == kBoundaryDescriptor) {
@@ -121,7 +141,7 @@ bool readApplications(Bytes loop, Ait& ait) {
         if (!readDescriptors(cursor.takeLong(), application.descriptors) || !cursor.good()) {
             return false;
         }
-        readApplicationDescriptors(application);
+        readApplicationDescriptors(ait.commonDescriptors, application);
         ait.applications.push_back(application);
     }
     return true;

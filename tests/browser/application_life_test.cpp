@@ -176,6 +176,19 @@ TEST_F(AnApplication, FromOutsideOfTheBroadcastRunsWithoutSignalling) {
     EXPECT_EQ(browser->count("application: none"), 0U);
 }
 
+TEST_F(AnApplication, RunsWhereNoBroadcastIs) {
+    browser =
+        std::make_unique<Browser>(std::vector<std::string>{"--application", pages.url() + "without_broadcast.html"});
+    EXPECT_EQ(reported("channel"), "null");
+    EXPECT_EQ(reported("config"), "SecurityError");
+    EXPECT_EQ(reported("bind"), "SecurityError");
+    EXPECT_EQ(reported("state"), "0");
+    EXPECT_EQ(reported("tune"), "ChannelChangeError 5");
+    EXPECT_EQ(reported("keyset"), "1");
+    press("RED");
+    EXPECT_EQ(reported("key"), "403");
+}
+
 TEST_F(AnApplication, OfTwoBrowsersRunsInBoth) {
     page("life.html?first");
     const Browser second({}, "second");
@@ -188,8 +201,10 @@ TEST_F(AnApplication, WhoseWebProcessIsKilledIsLoadedAgainOnce) {
     reported("running");
     const std::string webProcess = "pkill -KILL -P " + std::to_string(browser->pid()) + " WPEWebProcess";
     EXPECT_EQ(std::system(webProcess.c_str()), 0);
+    EXPECT_TRUE(browser->says("the web process has ended", 1));
     EXPECT_EQ(reported("running", 2), "first");
     EXPECT_EQ(std::system(webProcess.c_str()), 0);
+    EXPECT_TRUE(browser->says("the web process has ended", 2));
     EXPECT_TRUE(says("application: none"));
 }
 

@@ -65,8 +65,9 @@ public:
         return values;
     }
     /// Waits for the first, or the `number`th, report of a name.
-    std::string reported(const std::string& name, std::size_t number = 1) const {
-        EXPECT_TRUE(eventually([&] { return reports(name).size() >= number; }))
+    std::string reported(const std::string& name, std::size_t number = 1,
+                         std::chrono::milliseconds longest = std::chrono::seconds(20)) const {
+        EXPECT_TRUE(eventually([&] { return reports(name).size() >= number; }, longest))
             << "no report " << number << " of " << name << " in\n"
             << output();
         const std::vector<std::string> values = reports(name);

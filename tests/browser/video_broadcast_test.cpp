@@ -132,7 +132,7 @@ TEST_F(AVideoBroadcast, MakesAnIndependentApplicationRelatedByATune) {
 
 TEST_F(AVideoBroadcast, TunesAThousandTimes) {
     run("thousand");
-    EXPECT_EQ(reported("tunes"), "1000");
+    EXPECT_EQ(browser->reported("tunes", 1, std::chrono::minutes(2)), "1000");
 }
 
 TEST_F(AVideoBroadcast, HasSizeFullScreenAndVolume) {

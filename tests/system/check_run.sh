@@ -44,7 +44,6 @@ expect 2 "run: tv: one file at most: two.ts" tv "$copy/one.ts" two.ts
 expect 2 "run: tv: unknown option --sevice" tv --sevice
 expect 2 "run: tv: --screenshot needs a value" tv --screenshot
 expect 2 "run: tv: --application needs an HTTP URL: file:///page.html" tv --application file:///page.html
-expect 2 "run: tv: --application goes with the sample, not with a file" tv "$copy/one.ts" --application http://a.example/b
 expect 1 "run: tv: no such file: /nonexistent.ts" tv /nonexistent.ts
 expect 2 "run: --preset needs a name" test --preset
 expect 2 "run: unknown preset frobnicate" test --preset frobnicate

@@ -42,7 +42,7 @@ Plays a broadcast and starts the HbbTV applications that it signals in a web eng
 installs the engine first, and says how large it is. It prints the address of a page that shows the television's screen,
 with a remote control, the applications and a log; open it in any browser, also through an ssh tunnel. Ctrl-C ends it.
   FILE.ts             the broadcast; without it the sample, whose first service has an application of this project
-  --application URL   in the sample: this application instead
+  --application URL   this application on every service, instead of the broadcast's own
   --screenshot FILE   write what the screen shows when the application has drawn itself, and end
 TEXT
         ;;

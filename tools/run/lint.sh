@@ -73,6 +73,11 @@ built_sources() {
     grep -Fxf <(sed -n "s|^ *\"file\": \"$root/\(.*\)\",\{0,1\}$|\1|p" "$root/build/clang/compile_commands.json") || true
 }
 
+# Prints the files that the build makes of headers.
+precompiled_headers() {
+    ninja -C "$root/build/clang" -t targets all | sed -n 's/\.pch: .*/.pch/p'
+}
+
 scripts() {
     echo run
     echo .ci/run
@@ -106,14 +111,17 @@ complaints_of() {
 }
 
 lint() {
-    local all=false sources complaining=()
+    local all=false sources complaining=() headers
     case $* in
     "") ;;
     --all) all=true ;;
     *) misuse "lint takes --all" ;;
     esac
     need_for clang "${test_packages[@]}" "${lint_packages[@]}"
-    build clang ON dtv_test_headers # clang-tidy reads it with each test
+    build clang ON dtv_test_headers
+    # clang-tidy reads the precompiled headers with each source.
+    mapfile -t headers < <(precompiled_headers)
+    build clang ON "${headers[@]}"
     cd "$root" || exit
     complaints_of shellcheck "checking $(scripts | wc -l) scripts" far_unknown check_scripts
     complaints_of cppcheck "checking the whole program" far_unknown check_whole_program

@@ -12,7 +12,8 @@
 namespace si {
 
 /// The text of the extended event descriptors of the first language, in the order of descriptor_number: each item as
-/// "description: text" in a line of its own, then the text. An item without description continues the one before. UTF-8.
+/// "description: text" in a line of its own, then the text. An item without description continues the one before.
+/// UTF-8.
 std::string extendedText(const Descriptors& event);
 
 struct ParentalRating {

@@ -46,7 +46,7 @@ protected:
     } nobody;
     EventLoop loop;
     dtvservice::Multiplexes multiplexes;
-    dtvservice::Multiplex& multiplex = multiplexes.add(nobody);
+    dtvservice::Multiplex& multiplex = multiplexes.add(nobody, nullptr);
     EventLoop::Clock::time_point now = EventLoop::Clock::now();
     std::vector<std::string> said;
     dtvservice::InputWatch watch{loop, multiplexes, [this](const std::string& line) { said.push_back(line); }};

@@ -59,7 +59,7 @@ TEST_F(ASetWithAnAddedApplication, TellsItOnAServiceWithAndWithoutAnAit) {
     play(sample);
     join(kFirst);
     ASSERT_TRUE(sample.services[2].ait.versions.empty());
-    for (const std::size_t index : {1, 2}) {
+    for (const std::size_t index : {std::size_t{1}, std::size_t{2}}) {
         heard.take(kFirst);
         tune(kFirst, sample.services[index].serviceId);
         const Texts texts = heard.take(kFirst);

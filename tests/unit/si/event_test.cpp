@@ -140,6 +140,25 @@ TEST(AnApplication, HasFlagsUsageAndCarousel) {
     EXPECT_EQ(application.transports[1].componentTag, std::nullopt);
 }
 
+TEST(AnApplication, HasTheCommonTransportsThatItLists) {
+    tsmake::SectionWriter writer(0x74, 0x10, 1);
+    writer.open12()
+        .text(textOf("020700030102613A00"
+                     "020700030202623A00"))
+        .close()
+        .open12();
+    for (const char* const labels : {"02", "03"}) {
+        writer.u32(7).u16(9).u8(1).open12();
+        writer.openDescriptor(0x00).text(textOf("050000010201FF01")).text(textOf(labels)).close();
+        writer.openDescriptor(0x15).text("c").close().close();
+    }
+    std::string error;
+    const auto ait = si::parseAit(writer.close().finish(), error);
+    ASSERT_TRUE(ait) << error;
+    EXPECT_EQ(ait->applications.at(0).url(), "b:c");
+    EXPECT_EQ(ait->applications.at(1).urlBase(), "");
+}
+
 TEST(ATransportStream, HasADeliverySystem) {
     struct Row {
         const char* descriptors;

@@ -144,7 +144,7 @@ json Broadcast::call(const std::string& name, const json& argument) {
         return found(*inside, Arguments(name, argument));
     }
     if (name == "schedule") {
-        return inside->schedule(argument);
+        return inside->guide.value(argument, inside->programmes);
     }
     return question(name);
 }
@@ -169,10 +169,10 @@ json Broadcast::question(const std::string& name) {
         return inside->applications.value();
     }
     if (name == "openSchedule") {
-        return inside->openSchedule();
+        return inside->guide.open();
     }
     if (name == "closeSchedule") {
-        return inside->closeSchedule();
+        return inside->guide.close();
     }
     if (name == "requestPts") {
         return inside->api.sendPtsRequest(0) == 0;

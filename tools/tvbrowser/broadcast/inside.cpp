@@ -8,14 +8,10 @@ namespace {
 constexpr unsigned int kPatPid = 0x00;
 constexpr unsigned int kNitPid = 0x10;
 constexpr unsigned int kSdtPid = 0x11;
-constexpr unsigned int kEitPid = 0x12;
 constexpr std::uint8_t kPatTable = 0x00;
 constexpr std::uint8_t kNitActualTable = 0x40;
 constexpr std::uint8_t kSdtActualTable = 0x42;
 constexpr std::uint8_t kSdtOtherTable = 0x46;
-constexpr std::uint8_t kScheduleActualTables = 0x50;
-constexpr std::uint8_t kScheduleOtherTables = 0x60;
-constexpr std::uint8_t kUpperHalf = 0xF0;
 constexpr std::uint16_t kUnknown = 0xFFFF;
 
 /// The post of all parts. Tasks run on the loop's thread, as the destruction does, so none runs too late.
@@ -44,6 +40,7 @@ Broadcast::Inside::Inside(const Library& library, const Post& newPost, Sink newS
       api(*library.api),
       filters(*library.filters, post),
       streamEvents(filters, post, sink),
+      guide(filters),
       listener(registered(api, makeListener(library, post, *this))),
       watch(api, [this](bool isThere) { post([this, isThere] { onLook(isThere); }); }) {
     openTables();
@@ -91,7 +88,7 @@ void Broadcast::Inside::onLook(bool isThere) {
 void Broadcast::Inside::onConnected() {
     expectsFirstPmt = true;
     channels.startAgain();
-    guide.clear();
+    guide.forget();
     streamEvents.forgetVersions();
     filters.onConnected();
     api.notifyMwhbStart();
@@ -251,39 +248,6 @@ void Broadcast::Inside::tellChannelsSoon() {
             }
         });
     }
-}
-
-bool Broadcast::Inside::openSchedule() {
-    if (guideFilters.empty()) {
-        for (const std::uint8_t tables : {kScheduleActualTables, kScheduleOtherTables}) {
-            guideFilters.push_back(filters.open(kEitPid, SectionFilters::Pattern::table(tables, kUpperHalf),
-                                                SectionFilters::Repetitions::skipped,
-                                                [this](si::Bytes section) { guide.add(section); }));
-        }
-    }
-    return true;
-}
-
-bool Broadcast::Inside::closeSchedule() {
-    for (const SectionFilters::Id id : guideFilters) {
-        filters.close(id);
-    }
-    guideFilters.clear();
-    guide.clear();
-    return true;
-}
-
-json Broadcast::Inside::schedule(const json& argument) const {
-    std::vector<si::Eit> present;
-    for (const std::optional<si::Eit>& section : programmes.sections()) {
-        if (section) {
-            present.push_back(*section);
-        }
-    }
-    const bool isOfAll = argument.is_null();
-    const std::optional<si::Triplet> service =
-        isOfAll ? std::nullopt : std::optional(Arguments("schedule", argument).triplet());
-    return guide.value(service, present);
 }
 
 void Broadcast::Inside::warn(const std::string& text) {

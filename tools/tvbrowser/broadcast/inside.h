@@ -9,10 +9,10 @@
 #include "broadcast.h"
 #include "channel_list.h"
 #include "component_list.h"
+#include "guide.h"
 #include "listener.h"
 #include "presence_watch.h"
 #include "present_programmes.h"
-#include "schedule.h"
 #include "section_filters.h"
 #include "stream_events.h"
 
@@ -28,9 +28,6 @@ public:
     std::optional<si::Triplet> presented;
     bool isConnected = false;
 
-    json schedule(const json& argument) const;
-    bool openSchedule();
-    bool closeSchedule();
     /// The outcome is an event, also when no DTV service is there.
     template <typename Tune>
     bool tune(Tune command) {
@@ -79,10 +76,9 @@ public:
     PresentProgrammes programmes;
     ApplicationTable applications;
     StreamEvents streamEvents;
+    Guide guide;
 
 private:
-    Schedule guide;
-    std::vector<SectionFilters::Id> guideFilters;
     std::string lastPmt;
     std::optional<si::Triplet> lastLook;  // of the presented service, while no event names it
     bool isTuning = false;

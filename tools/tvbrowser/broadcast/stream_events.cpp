@@ -141,10 +141,11 @@ void StreamEvents::follow() {
         }
     }
     for (const std::uint16_t pid : pids) {
-        if (open.count(pid) == 0) {
-            open[pid] = filters.open(pid, SectionFilters::Pattern::table(si::kStreamDescriptorTableId),
-                                     SectionFilters::Repetitions::taken,
-                                     [this, pid](si::Bytes section) { onSection(pid, section); });
+        const auto [each, isNew] = open.try_emplace(pid);
+        if (isNew) {
+            each->second = filters.open(pid, SectionFilters::Pattern::table(si::kStreamDescriptorTableId),
+                                        SectionFilters::Repetitions::taken,
+                                        [this, pid](si::Bytes section) { onSection(pid, section); });
         }
     }
 }

@@ -5,6 +5,7 @@
 #include <wpe/fdo.h>
 #include <wpe/unstable/fdo-shm.h>
 
+#include <algorithm>
 #include <array>
 #include <ctime>
 #include <stdexcept>
@@ -39,21 +40,19 @@ void append(std::vector<std::uint8_t>& rgb, const std::uint8_t* pixel) {
     }
 }
 
-Image imageOf(wl_shm_buffer* buffer) {
-    Image image;
-    image.width = static_cast<std::uint32_t>(wl_shm_buffer_get_width(buffer));
-    image.height = static_cast<std::uint32_t>(wl_shm_buffer_get_height(buffer));
+/// Copies the pixels of a buffer.
+void copy(wl_shm_buffer* buffer, HeadlessView::Frame& frame) {
+    frame.width = static_cast<std::uint32_t>(wl_shm_buffer_get_width(buffer));
+    frame.height = static_cast<std::uint32_t>(wl_shm_buffer_get_height(buffer));
     const auto stride = static_cast<std::size_t>(wl_shm_buffer_get_stride(buffer));
-    image.rgb.reserve(std::size_t{image.width} * image.height * kNoPicture.size());
+    const std::size_t row = frame.width * kBytesOfPixel;
+    frame.pixels.resize(row * frame.height);
     wl_shm_buffer_begin_access(buffer);
     const auto* const pixels = static_cast<const std::uint8_t*>(wl_shm_buffer_get_data(buffer));
-    for (std::size_t y = 0; y < image.height; ++y) {
-        for (std::size_t x = 0; x < image.width; ++x) {
-            append(image.rgb, pixels + y * stride + x * kBytesOfPixel);
-        }
+    for (std::size_t y = 0; y < frame.height; ++y) {
+        std::copy_n(pixels + y * stride, row, frame.pixels.begin() + static_cast<std::ptrdiff_t>(y * row));
     }
     wl_shm_buffer_end_access(buffer);
-    return image;
 }
 
 }  // namespace
@@ -79,7 +78,6 @@ void HeadlessView::end() {
     }
     wpe_view_backend_exportable_fdo_destroy(exportable);
     exportable = nullptr;
-    newest = nullptr;
 }
 
 void HeadlessView::key(std::uint32_t keysym, std::uint32_t keycode, bool down) {
@@ -88,24 +86,27 @@ void HeadlessView::key(std::uint32_t keysym, std::uint32_t keycode, bool down) {
 }
 
 std::string HeadlessView::png() const {
-    if (shown && newest != nullptr) {
-        return pngOf(imageOf(wpe_fdo_shm_exported_buffer_get_shm_buffer(newest)));
+    const bool isEmpty = !shown || newest.pixels.empty();
+    Image image{isEmpty ? width : newest.width, isEmpty ? height : newest.height, {}};
+    const std::size_t size = std::size_t{image.width} * image.height * kBytesOfPixel;
+    const std::vector<std::uint8_t> transparent(isEmpty ? size : 0);
+    const std::vector<std::uint8_t>& pixels = isEmpty ? transparent : newest.pixels;
+    image.rgb.reserve(size);
+    for (std::size_t at = 0; at < size; at += kBytesOfPixel) {
+        append(image.rgb, pixels.data() + at);
     }
-    const std::array<std::uint8_t, kBytesOfPixel> transparent{};
-    Image empty{width, height, {}};
-    for (std::size_t pixel = 0; pixel < std::size_t{width} * height; ++pixel) {
-        append(empty.rgb, transparent.data());
-    }
-    return pngOf(empty);
+    return pngOf(image);
 }
 
 void HeadlessView::onFrame(void* view, wpe_fdo_shm_exported_buffer* buffer) {
     auto& self = *static_cast<HeadlessView*>(view);
-    if (self.newest != nullptr) {
-        wpe_view_backend_exportable_fdo_dispatch_release_shm_exported_buffer(self.exportable, self.newest);
-    }
-    self.newest = buffer;
+    // The buffer goes back at once: it ends with the web process, which may die at any time.
+    copy(wpe_fdo_shm_exported_buffer_get_shm_buffer(buffer), self.newest);
+    wpe_view_backend_exportable_fdo_dispatch_release_shm_exported_buffer(self.exportable, buffer);
     ++self.frameCount;
+    if (self.nextFrame != 0) {
+        g_source_remove(self.nextFrame);
+    }
     // A set draws with its screen. Without a pause an animation would take a whole processor.
     self.nextFrame = g_timeout_add(kMillisecondsOfFrame, askForFrame, &self);
 }

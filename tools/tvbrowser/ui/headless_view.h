@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 struct wpe_fdo_shm_exported_buffer;
 struct wpe_view_backend_exportable_fdo;
@@ -18,6 +19,12 @@ namespace tvbrowser {
 
 class HeadlessView {
 public:
+    struct Frame {
+        std::uint32_t width = 0;
+        std::uint32_t height = 0;
+        std::vector<std::uint8_t> pixels;  ///< blue, green, red, alpha; none if nothing has been drawn
+    };
+
     HeadlessView(std::uint32_t newWidth, std::uint32_t newHeight);
     HeadlessView(const HeadlessView&) = delete;
     HeadlessView& operator=(const HeadlessView&) = delete;
@@ -42,7 +49,7 @@ private:
     const std::uint32_t width;
     const std::uint32_t height;
     wpe_view_backend_exportable_fdo* exportable = nullptr;
-    wpe_fdo_shm_exported_buffer* newest = nullptr;
+    Frame newest;
     std::uint64_t frameCount = 0;
     bool shown = false;
     guint nextFrame = 0;  ///< timer; 0 if the engine draws

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "hbbtv_documents.h"
+#include "main_loop.h"
 #include "messages.h"
 
 namespace tvbrowser {
@@ -160,7 +161,8 @@ gboolean PageView::onMessage(WebKitWebView*, WebKitUserMessage* message, PageVie
 
 void PageView::onTerminated(WebKitWebView*, WebKitWebProcessTerminationReason, PageView* self) {
     self->starting = false;
-    self->events.onProcessDied();
+    // The engine is in the middle of it, and what is told may load a page.
+    postToMainLoop([self] { self->events.onProcessDied(); });
 }
 
 void PageView::succeed() {
