@@ -98,6 +98,9 @@ void Demux::feed(TsPacket packet, Clock::time_point now) {
     const std::uint16_t pid = packet.pid();
     ++packets_;
     meters[pid].count(packet, now);
+    if (tap_) {
+        tap_(packet);
+    }
     if (!watchers.empty()) {
         show(packet, pid);
     }

@@ -37,6 +37,9 @@ public:
     using Watcher = std::function<void(TsPacket packet)>;
     void watch(std::uint16_t pid, Watcher watcher);
 
+    /// Every packet of any PID goes to the tap unchanged. There is one; null removes it. Do not call this from the tap.
+    void tap(Watcher newTap) { tap_ = std::move(newTap); }
+
     void feed(TsPacket packet, Clock::time_point now = Clock::now());
     /// The next packets do not continue the previous ones, for example when a file starts again.
     void discontinuity();
@@ -61,6 +64,7 @@ private:
     std::vector<PidMeter> meters = std::vector<PidMeter>(kPidCount);  // by PID
     Clock::time_point measuredAt = Clock::now();
     std::map<std::uint16_t, Watcher> watchers;  // by PID
+    Watcher tap_;
     Subscription lastSubscription = 0;
     std::uint64_t packets_ = 0;
 };

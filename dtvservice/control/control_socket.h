@@ -14,8 +14,8 @@ namespace control {
 
 /// The longest request.
 constexpr std::size_t kLongestLine = 1U << 20U;
-/// The longest answer: the counts of some ten inputs that each have packets on every PID.
-constexpr std::size_t kLongestAnswer = 1U << 25U;
+/// The longest answer: a full programme guide, or the counts of some twenty inputs that each have packets on every PID.
+constexpr std::size_t kLongestAnswer = 1U << 26U;
 
 /// DTV_RUN_DIR, else XDG_RUNTIME_DIR/dtv, else /tmp/dtv-<uid>.
 std::string runDirectory();

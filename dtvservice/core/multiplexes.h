@@ -39,7 +39,7 @@ bool matches(const broadcast::Channel& channel, const Triplet& wanted);
 class Multiplexes {
 public:
     /// The reference stays valid: multiplexes are never moved or removed.
-    Multiplex& add(broadcast::SiListener& listener, const broadcast::AddedApplication* added) {
+    Multiplex& add(broadcast::SiListener& listener, const broadcast::AddedApplication* added = nullptr) {
         return list.emplace_back(listener, added);
     }
     auto begin() { return list.begin(); }

@@ -7,10 +7,10 @@
 
 #include <cerrno>
 #include <cstring>
-#include <memory>
 #include <system_error>
 #include <vector>
 
+#include "loop_question.h"
 #include "service_log.h"
 
 namespace dtvservice {
@@ -95,16 +95,13 @@ bool OperatorServer::serve(control::Connection& connection) {
 /// The loop stops before this object is destroyed. A request that it no longer runs would never be answered, so the
 /// wait for an answer also ends on the wake-up.
 std::string OperatorServer::answer(const std::string& request) {
-    auto answered = std::make_shared<std::promise<std::string>>();
-    std::future<std::string> result = answered->get_future();
-    loop.post([this, request, answered] { answered->set_value(handler(request)); });
-    while (result.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready) {
+    const auto isEnding = [this] {
         pollfd end = {wakeUp, POLLIN, 0};
-        if (poll(&end, 1, 0) > 0) {
-            return R"({"ok":false,"error":"the service is ending"})";
-        }
-    }
-    return result.get();
+        return poll(&end, 1, 0) > 0;
+    };
+    return askLoop(
+               loop, [this, request] { return handler(request); }, isEnding)
+        .value_or(R"({"ok":false,"error":"the service is ending"})");
 }
 
 }  // namespace dtvservice

@@ -5,7 +5,6 @@
 #pragma once
 
 #include <functional>
-#include <future>
 #include <list>
 #include <string>
 #include <thread>
@@ -17,8 +16,9 @@ namespace dtvservice {
 
 class OperatorServer {
 public:
-    /// Called on the loop's thread with the line of a request; returns the line of its answer.
-    using Handler = std::function<std::string(const std::string& request)>;
+    /// Called on the loop's thread with the line of a request; returns what gives the line of its answer, on the
+    /// socket's thread.
+    using Handler = std::function<std::function<std::string()>(const std::string& request)>;
 
     OperatorServer(const std::string& path, EventLoop& newLoop, Handler newHandler);
     OperatorServer(const OperatorServer&) = delete;

@@ -43,6 +43,9 @@ Program described() {
         {"application", "URL[,ORG.APP]",
          "every service gets an AIT that starts this application, in place of its own AIT; hexadecimal ids; default: "
          "ffffff.1"},
+        {"http", "[ADDRESS:]PORT",
+         "serve the presented service as a transport stream, channels and programmes by HTTP, at a numeric address, by "
+         "default 127.0.0.1; port 0 is any port, which the line \"stream:\" shows"},
         {"serial-number", "TEXT", "the serial number for video on demand that browsers get; default: empty"},
         {"list", "FILE",
          "print one line per service, separated by tabs: onid:tsid:sid, pmt or nopmt, hbbtv or no-hbbtv, name; onid is "

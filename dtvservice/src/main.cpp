@@ -9,85 +9,21 @@
 #include <string_view>
 #include <thread>
 
-#include "application_option.h"
-#include "bit_rate.h"
-#include "command_line.h"
-#include "command_line/arguments.h"
 #include "command_line/output.h"
 #include "command_line/standard_descriptors.h"
-#include "dvb_source.h"
 #include "frame/process.h"
+#include "http_server.h"
 #include "input_watch.h"
 #include "live_input.h"
 #include "operator_server.h"
-#include "player.h"
-#include "rooms.h"
+#include "options.h"
 #include "scan.h"
+#include "stream_room.h"
 #include "text/printable.h"
 
 namespace {
 
-struct Options {
-    std::vector<dtvservice::InputName> inputs;
-    std::string list;
-    dtvservice::Settings settings;
-    dtvservice::Playing playing;
-    std::optional<si::Ait::Application> application;
-};
-
-[[noreturn]] void endWithUsage(const std::string& error) {
-    command_line::endWithUsageError(dtvservice::commandLine(), error);
-}
-
-dtvservice::InputName inputOrEnd(const std::string& text) {
-    std::string error;
-    std::optional<dtvservice::InputName> input = dtvservice::parseInput(text, error);
-    if (input && input->kind == dtvservice::InputName::Kind::dvb) {
-        error = dtvservice::checkDvb(*input);
-    }
-    if (!error.empty()) {
-        endWithUsage(error);
-    }
-    return *input;
-}
-
-std::uint64_t bitRateOrEnd(const std::string& text) {
-    const std::optional<std::uint64_t> bitRate = dtvservice::parseBitRate(text);
-    if (!bitRate) {
-        endWithUsage("--bitrate: \"" + text + "\" is not a bit rate from 1k to 500M");
-    }
-    return *bitRate;
-}
-
-si::Ait::Application applicationOrEnd(const std::string& text) {
-    std::string error;
-    std::optional<si::Ait::Application> application = dtvservice::parseApplication(text, error);
-    if (!application) {
-        endWithUsage("--application: " + error);
-    }
-    return *application;
-}
-
-Options parseOptions(int argc, char** argv) {
-    const command_line::Arguments arguments = command_line::parseOrEnd(dtvservice::commandLine(), argc, argv);
-    Options options;
-    for (const std::string& input : arguments.values("input")) {
-        options.inputs.push_back(inputOrEnd(input));
-    }
-    options.list = arguments.value("list").value_or("");
-    options.settings.serialNumber = arguments.value("serial-number").value_or("");
-    options.playing.repeat = arguments.has("once") ? dtvservice::Repeat::once : dtvservice::Repeat::forever;
-    if (const std::optional<std::string> bitRate = arguments.value("bitrate")) {
-        options.playing.bitRate = bitRateOrEnd(*bitRate);
-    }
-    if (const std::optional<std::string> application = arguments.value("application")) {
-        options.application = applicationOrEnd(*application);
-    }
-    if (options.inputs.empty() == options.list.empty()) {
-        endWithUsage("one of --input and --list is needed");
-    }
-    return options;
-}
+using dtvservice::Options;
 
 std::unique_ptr<dtvservice::PacketFile> openOrEnd(const std::string& path) {
     std::string error;
@@ -206,6 +142,42 @@ void sayInputs(const std::vector<dtvservice::InputName>& inputs) {
     say(line);
 }
 
+using Ask = std::function<std::function<std::string()>(const std::string& request)>;
+
+/// The HTTP server, if it is wanted. Ends the process if it cannot listen.
+std::unique_ptr<dtvservice::HttpServer> serveHttp(const Options& options, dtvservice::EventLoop& loop, const Ask& ask,
+                                                  dtvservice::StreamRoom* stream) {
+    if (!options.http) {
+        return nullptr;
+    }
+    auto server = std::make_unique<dtvservice::HttpServer>(
+        *options.http, loop,
+        dtvservice::HttpServer::Service{
+            ask, [stream](std::shared_ptr<dtvservice::PacketQueue> reader) { stream->join(std::move(reader)); }});
+    if (!server->error().empty()) {
+        std::fprintf(stderr, "dtvserviced: --http: %s\n", server->error().c_str());
+        std::exit(1);
+    }
+    const std::string address = server->address().text();
+    if (!server->address().isLoopback()) {
+        std::fprintf(stderr, "dtvserviced: warning: everyone who reaches %s gets the stream, without a password\n",
+                     address.c_str());
+    }
+    say("stream: http://" + address + "/stream.ts");
+    return server;
+}
+
+/// The room of the stream, if there is an HTTP server to give it away.
+dtvservice::StreamRoom* addStreamRoom(const Options& options, dtvservice::Core& core) {
+    if (!options.http) {
+        return nullptr;
+    }
+    auto room = std::make_unique<dtvservice::StreamRoom>(core);
+    dtvservice::StreamRoom* const added = room.get();
+    core.add(std::move(room));
+    return added;
+}
+
 int serve(const Options& options) {
     std::vector<OpenedFile> files = openFiles(options.inputs);
     dtvservice::EventLoop loop;
@@ -215,6 +187,7 @@ int serve(const Options& options) {
         core.application.emplace(*options.application);
     }
     dtvservice::addRooms(core, options.settings);
+    dtvservice::StreamRoom* const stream = addStreamRoom(options, core);
     std::vector<dtvservice::Playback> playbacks;
     std::vector<std::pair<dtvservice::InputName, dtvservice::Multiplex*>> live;
     for (std::size_t index = 0; index < files.size(); ++index) {
@@ -238,9 +211,8 @@ int serve(const Options& options) {
         std::fprintf(stderr, "dtvserviced: cannot take browsers (%d); the log says why\n", started);
         return 1;
     }
-    const dtvservice::OperatorServer operators(control::defaultSocketPath(), loop, [&core](const std::string& request) {
-        return core.requests.answer(request);
-    });
+    const Ask ask = [&core](const std::string& request) { return core.requests.begin(request); };
+    const dtvservice::OperatorServer operators(control::defaultSocketPath(), loop, ask);
     if (!operators.error().empty()) {
         std::fprintf(stderr, "dtvserviced: cannot take operators: %s\n", operators.error().c_str());
     }
@@ -248,6 +220,7 @@ int serve(const Options& options) {
     for (const auto& [input, multiplex] : live) {
         inputs.emplace_back(input, loop, multiplex->demux, multiplex->report, options.playing.bitRate);
     }
+    const std::unique_ptr<dtvservice::HttpServer> http = serveHttp(options, loop, ask, stream);
     sayInputs(options.inputs);
     dtvservice::InputWatch watch(loop, core.multiplexes, say);
     watch.start();
@@ -273,7 +246,7 @@ int main(int argc, char** argv) {
     setenv("DTV_CLIENT_RATE", "2000", 0);
     std::set_new_handler(&endWithoutMemory);
     command_line::checkOutputAtExit("dtvserviced");
-    const Options options = parseOptions(argc, argv);
+    const Options options = dtvservice::parseOptions(argc, argv);
     try {
         return options.list.empty() ? serve(options) : list(options.list);
     } catch (const std::system_error& error) {

@@ -9,6 +9,7 @@
 #include "filters_room.h"
 #include "osd_room.h"
 #include "presentation_room.h"
+#include "programmes_room.h"
 #include "stream_events_room.h"
 #include "time_room.h"
 
@@ -24,6 +25,7 @@ void addRooms(Core& core, const Settings& settings) {
     core.add(std::make_unique<TimeRoom>(core));
     core.add(std::make_unique<ApplicationsRoom>(core));
     core.add(std::make_unique<CarouselsRoom>(core));
+    core.add(std::make_unique<ProgrammesRoom>(core, settings.collecting));
     core.add(std::make_unique<OsdRoom>(core));
     core.add(std::make_unique<CaRoom>(core));
     core.add(std::make_unique<DeviceRoom>(core, settings.serialNumber));

@@ -4,11 +4,13 @@
 #include <string>
 
 #include "core.h"
+#include "programmes_room.h"
 
 namespace dtvservice {
 
 struct Settings {
     std::string serialNumber;  ///< for video on demand
+    Collecting collecting = Collecting::onRequest;
 };
 
 void addRooms(Core& core, const Settings& settings);

@@ -32,6 +32,12 @@ std::vector<VerbGroup> verbs() {
            "prints a line for each change, until Ctrl-C: presented service, inputs, browsers, errors",
            "",
            "dtvctl watch"},
+          {"epg",
+           {},
+           "the programmes of all services: present, following and schedule",
+           "The service reads the schedule from the first request on, or from its start with --http. A broadcast "
+           "repeats it every 10 to 30 seconds, so the answer waits until the service has read it for some time.",
+           "dtvctl epg --xmltv --seconds 30"},
           {"tune", {{"ONID:TSID:SID", channels()}}, "presents a service", "", "dtvctl tune 1:1025:28106"},
           {"osd",
            {{"LAYER"}, {"on|off", oneOf({"on", "off"})}},
@@ -60,7 +66,9 @@ Program described() {
     program.verbs = verbs();
     program.options = {
         {"json", "",
-         "print the answer, or the refusal, as a JSON object on one line; watch: an object for each change"}};
+         "print the answer, or the refusal, as a JSON object on one line; watch: an object for each change"},
+        {"xmltv", "", "print the programmes as an XMLTV document", {}, {"epg"}},
+        {"seconds", "N", "let the service read the schedule for so long, 0 to 600; default: 10", {}, {"epg"}}};
     program.exitStatuses = {{"0", "the service has done it"},
                             {"1", "the service refused, or the output cannot be written; the error says why"},
                             {"2", "wrong command line"},

@@ -11,6 +11,7 @@
 #include "command_line/arguments.h"
 #include "command_line/output.h"
 #include "command_line/standard_descriptors.h"
+#include "epg.h"
 #include "print_answers.h"
 #include "safe_json.h"
 #include "service_client.h"
@@ -102,6 +103,22 @@ void print(const json& answer, const std::string& command) {
     std::fputs(text.c_str(), stdout);
 }
 
+/// What the options of the command epg say.
+struct Guide {
+    bool asXmltv = false;
+    std::chrono::seconds collected{0};
+};
+
+Guide guideOf(const command_line::Arguments& arguments) {
+    constexpr std::uint64_t kLongest = 600;
+    if (arguments.has("xmltv") && arguments.has("json")) {
+        endWithUsage("epg: one of --json and --xmltv, not both");
+    }
+    const std::uint64_t seconds = command_line::numberOrEnd(dtvctl::commandLine(), "--seconds",
+                                                            arguments.value("seconds").value_or("10"), 0, kLongest);
+    return {arguments.has("xmltv"), std::chrono::seconds(seconds)};
+}
+
 /// The answer. A refusal is printed too.
 json askForJson(dtvctl::ServiceClient& client, const json& request) {
     try {
@@ -109,6 +126,19 @@ json askForJson(dtvctl::ServiceClient& client, const json& request) {
     } catch (const dtvctl::Refused& error) {
         dtvctl::printJson({{"ok", false}, {"error", error.what()}});
         throw;
+    }
+}
+
+/// The programmes as XMLTV, JSON or text.
+void runEpg(dtvctl::ServiceClient& client, const command_line::Arguments& arguments, const Guide& guide) {
+    const json request = {{"command", "epg"}, {"format", guide.asXmltv ? "xmltv" : "json"}};
+    const json answer = dtvctl::askForGuide(client, request, guide.collected);
+    if (guide.asXmltv) {
+        std::fputs(answer.at("xmltv").get<std::string>().c_str(), stdout);
+    } else if (arguments.has("json")) {
+        dtvctl::printJson(answer);
+    } else {
+        std::fputs(dtvctl::guideText(answer).c_str(), stdout);
     }
 }
 
@@ -120,9 +150,14 @@ int run(int argc, char** argv) {
     const bool asJson = arguments.has("json");
     // A wrong argument is told also when no service runs.
     const json request = requestOf(*arguments.verb, arguments.operands);
+    const Guide guide = guideOf(arguments);
     dtvctl::ServiceClient client(control::defaultSocketPath());
     if (arguments.verb->name == "watch") {
         dtvctl::watch(client, asJson);
+        return 0;
+    }
+    if (arguments.verb->name == "epg") {
+        runEpg(client, arguments, guide);
         return 0;
     }
     if (asJson) {

@@ -104,6 +104,10 @@ std::string statusText(const json& answer) {
     text += row("browsers", listText(answer.at("browsers")));
     text += row("filters", shown(answer.at("filters")));
     text += row("queue drops", shown(answer.at("queue_drops")));
+    if (answer.contains("stream_readers") && answer.contains("stream_drops")) {
+        text += row("stream", shown(answer.at("stream_readers")) + " readers, " + shown(answer.at("stream_drops")) +
+                                  " packets dropped");
+    }
     text += row("OSD layers", listText(answer.at("osd_layers")));
     text += row("CA slots", listText(answer.at("ca_slots")));
     text += row("DRM waiting", shown(answer.at("drm_waiting")));

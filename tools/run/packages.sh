@@ -11,6 +11,7 @@ build_packages=(
     libedit-dev      # line editing at dvbshell's prompt
     zlib1g-dev       # compressed transport streams and modules
     libdvbv5-dev     # DVB adapters
+    libmicrohttpd-dev # the service's HTTP server
     nlohmann-json3-dev # JSON of the tools
 )
 pack_packages=(

@@ -23,6 +23,19 @@ TEST_F(AnOperatorsRequest, IsAnsweredByAllItsHandlers) {
     EXPECT_EQ(requests.answer(R"({"command":"status"})"), R"({"layers":3,"ok":true,"slots":2})");
 }
 
+TEST_F(AnOperatorsRequest, WithALongAnswerIsOnlyBegunAtOnce) {
+    int made = 0;
+    requests.addLong("guide", [&made](const json& request) -> dtvservice::OperatorRequests::Rest {
+        dtvservice::get<std::string>(request, "format");
+        return [&made] { return json{{"made", ++made}}; };
+    });
+    const dtvservice::OperatorRequests::Answer answer = requests.begin(R"({"command":"guide","format":"short"})");
+    EXPECT_EQ(made, 0);
+    EXPECT_EQ(answer(), R"({"made":1,"ok":true})");
+    EXPECT_EQ(requests.answer(R"({"command":"guide"})"), R"({"error":"format is missing","ok":false})");
+    EXPECT_EQ(made, 1);
+}
+
 TEST_F(AnOperatorsRequest, IsRefusedWithTheReason) {
     requests.add("osd", [](const json& request) {
         return json{{"was", dtvservice::getNumber<std::uint8_t>(request, "layer")}};
