@@ -18,7 +18,7 @@ struct ApplicationLife {
     Keyset keyset;
     std::set<unsigned int> keysDown = {};  ///< keys that the page saw go down
     bool reportsStart = false;             ///< it was started as a broadcast-related one
-    bool hasReported = false;              ///< the success of its start
+    bool hasReported = false;              ///< that it has started
     bool isLoaded = false;
     bool hasRestarted = false;
     Tune tune = Tune::none;

@@ -129,7 +129,7 @@ void ApplicationManager::endForGood(const std::string& why) {
 }
 
 void ApplicationManager::fail(const std::string& why) {
-    if (life->reportsStart) {
+    if (life->reportsStart && !life->hasReported) {
         host.reportStarted(false);
     }
     endForGood(why);
