@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <tuple>
 
+#include "application_url.h"
+
 namespace tvbrowser {
 
 namespace {
@@ -46,6 +48,9 @@ const SignalledApplication* findRunnable(const Applications& applications, const
 std::string obstacleTo(const SignalledApplication& application, const Terminal& terminal) {
     if (application.url.empty()) {
         return "it has no HTTP address";
+    }
+    if (!isHttpUrl(application.url)) {
+        return "its address \"" + application.url + "\" is neither http nor https";
     }
     const std::string missing = missingProfiles(application.profiles, terminal.best);
     return missing.empty() ? "" : "it needs version " + missing + "; here is " + profileText(terminal.best);

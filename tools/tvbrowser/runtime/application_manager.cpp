@@ -11,11 +11,6 @@ std::string nameOf(const RunningApplication& application) {
     return "application " + (application.id ? applicationIdText(*application.id) : application.url);
 }
 
-bool isHttpUrl(const std::string& url) {
-    const std::string origin = originOf(url).value_or("");
-    return origin.rfind("http://", 0) == 0 || origin.rfind("https://", 0) == 0;
-}
-
 }  // namespace
 
 ApplicationManager::ApplicationManager(ApplicationHost& newHost, const Terminal& newTerminal)
