@@ -75,8 +75,7 @@ private:
     bool isRunning(Instance instance) const { return life && life->application.instance == instance; }
 
     void begin(RunningApplication application);
-    bool startSignalled(const SignalledApplication& application, const std::string& url);
-    bool startCurrentAit(const std::string& url);
+    void startSignalled(const SignalledApplication& application, const std::string& url);
     bool refuse(const std::string& why);
     void end(const std::string& why);
     /// Ends it for a reason that is not the broadcast's: nothing is autostarted in its place.
