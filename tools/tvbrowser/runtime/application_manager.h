@@ -49,9 +49,9 @@ public:
     void hide(Instance caller);
     /// Returns the mask that is set: the bits of keys that the remote has.
     KeyMask setKeyset(Instance caller, KeyMask mask, const std::vector<unsigned int>& otherKeys = {});
-    /// The page tunes. When the tune leads to a channel that signals its broadcast-independent application, the
-    /// application becomes broadcast-related.
-    void tuneRequested(Instance caller);
+    /// The page tunes, by a triplet or by a delivery system. When the tune leads to a channel that signals its
+    /// broadcast-independent application, the application becomes broadcast-related. channelChanged() may come before.
+    void tuneRequested(Instance caller, const std::optional<si::Triplet>& target);
     /// The page has left the broadcast, by setChannel(null).
     void becomeIndependent(Instance caller);
 
@@ -91,6 +91,7 @@ private:
 
     void setVisible(Instance caller, bool isVisible);
     bool goesToPage(const RemoteKey& key, bool isDown);
+    KeyAction zap(const RemoteKey& key);
 
     ApplicationHost& host;
     const Terminal terminal;
