@@ -42,7 +42,7 @@ declare -A may=(
     [tools/tvbrowser/broadcast]="$headers si locks"
     [tools/tvbrowser/runtime]="$headers si"
     [tools/tvbrowser/dom]=""
-    [tools/tvbrowser/extension]="tools/tvbrowser/broadcast"
+    [tools/tvbrowser/extension]="tools/tvbrowser/broadcast tools/tvbrowser/runtime"
     [tools/tvbrowser/ui]="tools/tvbrowser/runtime tools/tvbrowser/broadcast tools/tvbrowser/extension tools/tvbrowser/dom command_line si text"
 )
 

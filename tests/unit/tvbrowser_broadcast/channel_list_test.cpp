@@ -27,6 +27,13 @@ Section sdtSection(std::uint8_t table, std::uint16_t tsid, std::uint16_t sid, un
     return writer.finish();
 }
 
+/// A NIT that says that the transport stream of network 1 is terrestrial, by T2.
+Section nitSection(std::uint16_t network, unsigned int version, std::uint16_t tsid) {
+    SectionWriter writer(0x40, network, static_cast<std::uint8_t>(version));
+    writer.open12().close().open12().u16(tsid).u16(1).open12().text(textOf("7F0404001234")).close().close();
+    return writer.finish();
+}
+
 std::vector<int> sidsOf(const ChannelList& list) {
     std::vector<int> sids;
     for (const json& channel : list.value()) {
@@ -130,6 +137,27 @@ TEST(AChannelList, ForgetsABroadcastThatAnotherOneReplaces) {
     list.add(patSection(5, 3, 0));
     list.renew();
     EXPECT_THAT(sidsOf(list), ElementsAre(3));
+}
+
+TEST(AChannelList, FollowsNewVersionsAtItsLimit) {
+    ChannelList list;
+    for (unsigned int stream = 0; stream <= ChannelList::kMostTables; ++stream) {
+        const auto tsid = static_cast<std::uint16_t>(stream);
+        list.add(patSection(tsid, 1, 0));
+        list.add(sdtSection(0x46, tsid, 1, 1, "Old"));
+        list.add(nitSection(tsid, 0, tsid));
+    }
+    list.renew();
+    EXPECT_EQ(list.value().size(), ChannelList::kMostTables);
+    EXPECT_EQ(list.value()[0]["name"], "Old");
+    EXPECT_EQ(list.value()[0]["idType"], 16);
+    list.add(patSection(0, 2, 1));
+    list.add(sdtSection(0x46, 0, 2, 1, "New"));
+    list.add(nitSection(0, 1, 9999));
+    EXPECT_TRUE(list.renew());
+    EXPECT_EQ(list.value()[0]["sid"], 2);
+    EXPECT_EQ(list.value()[0]["name"], "New");
+    EXPECT_EQ(list.value()[0]["idType"], 12);
 }
 
 TEST(AChannelList, LeavesBadSectionsOut) {

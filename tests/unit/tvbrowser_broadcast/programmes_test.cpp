@@ -50,6 +50,14 @@ std::vector<int> idsOf(const Schedule& schedule) {
     return idsOf(schedule.value(std::nullopt, {}));
 }
 
+/// With sections without events, which take memory too, up to the limit.
+void fill(Schedule& schedule) {
+    for (unsigned int service = 0; service <= Schedule::kMost; ++service) {
+        SectionWriter writer(0x50, static_cast<std::uint16_t>(service), 0);
+        schedule.add(writer.u16(1).u16(1).u8(0).u8(0x50).finish());
+    }
+}
+
 }  // namespace
 
 TEST(ThePresentProgrammes, AreThoseOfThePresentedService) {
@@ -126,12 +134,21 @@ TEST(ASchedule, TakesNoOtherTableAndNoMoreThanItsLimit) {
     Schedule schedule;
     schedule.add(Eit{0x4E}.with({{1, 1}}));
     EXPECT_THAT(idsOf(schedule), ElementsAre());
-    // Sections without events take memory too.
-    for (unsigned int service = 0; service <= Schedule::kMost; ++service) {
-        SectionWriter writer(static_cast<std::uint8_t>(0x50 + (service >> 16U)), static_cast<std::uint16_t>(service),
-                             0);
-        schedule.add(writer.u16(1).u16(1).u8(0).u8(0x50).finish());
-    }
+    fill(schedule);
     schedule.add(Eit{0x5F}.with({{9, 9}}));
     EXPECT_THAT(idsOf(schedule), ElementsAre());
+}
+
+TEST(ASchedule, FollowsNewVersionsAtItsLimit) {
+    Schedule schedule;
+    schedule.add(Eit{0x5F}.with({{1, 1}}));
+    fill(schedule);
+    schedule.add(Eit{0x5F, 1}.with({{2, 2}}));
+    EXPECT_THAT(idsOf(schedule), ElementsAre(2));
+    schedule.takeNews();
+    schedule.add(Eit{0x5F, 2}.with({{3, 3}, {4, 4}}));
+    EXPECT_THAT(idsOf(schedule), ElementsAre());
+    EXPECT_TRUE(schedule.takeNews());
+    schedule.add(Eit{0x5F, 3}.with({{5, 5}}));
+    EXPECT_THAT(idsOf(schedule), ElementsAre(5));
 }

@@ -39,6 +39,15 @@ TEST(ADvbUrl, IsOneWithItsScheme) {
     EXPECT_FALSE(isDvbUrl("dvb"));
 }
 
+TEST(AnHttpUrl, IsCompleteAndHasItsScheme) {
+    EXPECT_TRUE(isHttpUrl("http://a.example/b"));
+    EXPECT_TRUE(isHttpUrl("HTTPS://a.example"));
+    EXPECT_FALSE(isHttpUrl("file:///b"));
+    EXPECT_FALSE(isHttpUrl("http:b"));
+    EXPECT_FALSE(isHttpUrl("httpx://a.example"));
+    EXPECT_FALSE(isHttpUrl(""));
+}
+
 TEST(AnApplicationsUrl, GetsQueryAndFragment) {
     EXPECT_EQ(urlWith("http://a/b", "", ""), "http://a/b");
     EXPECT_EQ(urlWith("http://a/b", "?c=1", "#d"), "http://a/b?c=1#d");

@@ -15,7 +15,7 @@ TEST_F(AnIndependentApplication, StaysOverChannelChanges) {
 
 TEST_F(AnIndependentApplication, BecomesRelatedByATuneToAChannelThatSignalsItsUrl) {
     runIndependent(kUrlA + "?from=portal");
-    manager.tuneRequested(1);
+    manager.tuneRequested(1, kOne);
     manager.channelChanged(true, kOne);
     EXPECT_THAT(host.news(), are());
     SignalledApplication entry = signalled(kA, ControlCode::present);
@@ -31,7 +31,7 @@ TEST_F(AnIndependentApplication, BecomesRelatedByATuneToAChannelThatSignalsItsUr
 
 TEST_F(AnIndependentApplication, BecomesRelatedByItsIdWhereverItComesFrom) {
     EXPECT_TRUE(manager.startIndependent("http://b.example/dev.html", kA));
-    manager.tuneRequested(1);
+    manager.tuneRequested(1, kOne);
     host.news();
     present(kOne, {signalled(kA, ControlCode::autostart)});
     EXPECT_THAT(host.news(), are("changed hidden related"));
@@ -40,7 +40,7 @@ TEST_F(AnIndependentApplication, BecomesRelatedByItsIdWhereverItComesFrom) {
 
 TEST_F(AnIndependentApplication, StaysIndependentWhenTheIdIsAnother) {
     manager.startIndependent(kUrlA, kB);
-    manager.tuneRequested(1);
+    manager.tuneRequested(1, kOne);
     host.news();
     present(kOne, {signalled(kA, ControlCode::autostart)});
     EXPECT_THAT(host.news(), are());
@@ -48,7 +48,7 @@ TEST_F(AnIndependentApplication, StaysIndependentWhenTheIdIsAnother) {
 
 TEST_F(AnIndependentApplication, StaysIndependentWhereItIsNotSignalledOrMayNotRun) {
     runIndependent(kUrlA);
-    manager.tuneRequested(1);
+    manager.tuneRequested(1, kOne);
     present(kOne, {signalled(kA, ControlCode::kill), signalled(kB, ControlCode::autostart)});
     manager.aitReceived({signalled(kA, ControlCode::present)});
     EXPECT_THAT(host.news(), are());
@@ -64,7 +64,7 @@ TEST_F(AnIndependentApplication, StaysIndependentWhenTheUserTunes) {
 TEST_F(AnIndependentApplication, StaysIndependentWhenItsTuneFails) {
     present(kTwo, {});
     runIndependent(kUrlA);
-    manager.tuneRequested(1);
+    manager.tuneRequested(1, kOne);
     manager.channelChanged(false, kTwo);
     present(kOne, {signalled(kA, ControlCode::autostart)});
     EXPECT_THAT(host.news(), are());
@@ -73,7 +73,7 @@ TEST_F(AnIndependentApplication, StaysIndependentWhenItsTuneFails) {
 TEST_F(AnIndependentApplication, StaysIndependentWhenItsTuneLeadsNowhere) {
     present(kOne, {signalled(kA, ControlCode::present)});
     runIndependent(kUrlA);
-    manager.tuneRequested(1);
+    manager.tuneRequested(1, kTwo);
     manager.channelChanged(true, std::nullopt);
     EXPECT_THAT(host.news(), are());
 }
@@ -81,7 +81,7 @@ TEST_F(AnIndependentApplication, StaysIndependentWhenItsTuneLeadsNowhere) {
 TEST_F(AnIndependentApplication, IsNotJoinedToTheChannelThatItsTuneLeaves) {
     present(kOne, {});
     runIndependent(kUrlA);
-    manager.tuneRequested(1);
+    manager.tuneRequested(1, kTwo);
     manager.aitReceived({signalled(kA, ControlCode::autostart)});
     EXPECT_THAT(host.news(), are());
 }
@@ -89,7 +89,7 @@ TEST_F(AnIndependentApplication, IsNotJoinedToTheChannelThatItsTuneLeaves) {
 TEST_F(AnIndependentApplication, BecomesRelatedByATuneToTheChannelThatIsPresented) {
     present(kOne, {signalled(kA, ControlCode::present)});
     runIndependent(kUrlA);
-    manager.tuneRequested(1);
+    manager.tuneRequested(1, kOne);
     manager.channelChanged(true, kOne);
     EXPECT_THAT(host.news(), are("changed visible related"));
 }
@@ -125,7 +125,7 @@ TEST_F(ARelatedApplication, BecomesIndependentWhenItLeavesTheBroadcast) {
 TEST_F(ARelatedApplication, ThatLeftTheBroadcastComesBackByATune) {
     runA();
     manager.becomeIndependent(1);
-    manager.tuneRequested(1);
+    manager.tuneRequested(1, kTwo);
     host.news();
     present(kTwo, {signalled(kA, ControlCode::present)});
     EXPECT_THAT(host.news(), are("changed visible related"));
@@ -133,14 +133,14 @@ TEST_F(ARelatedApplication, ThatLeftTheBroadcastComesBackByATune) {
 
 TEST_F(ARelatedApplication, IsToldNothingWhenItTunesToWhereItGoesOn) {
     runA();
-    manager.tuneRequested(1);
+    manager.tuneRequested(1, kTwo);
     present(kTwo, {signalled(kA, ControlCode::present)});
     EXPECT_THAT(host.news(), are());
 }
 
 TEST_F(ARelatedApplication, EndsWhenItsOwnTuneLeadsWhereItIsNotSignalled) {
     runA();
-    manager.tuneRequested(1);
+    manager.tuneRequested(1, kTwo);
     present(kTwo, {signalled(kB, ControlCode::autostart)});
     EXPECT_THAT(host.news(), are("unload", "load 2 " + kUrlB));
 }

@@ -97,7 +97,7 @@ TEST_F(APage, WhoseProcessDiesAgainEndsItsApplication) {
     manager.pageLoaded(1);
     host.news();
     manager.webProcessDied(1);
-    EXPECT_THAT(host.news(), are("not started", "unload"));
+    EXPECT_THAT(host.news(), are("unload"));
     EXPECT_EQ(host.lines.back(), "application 190.1 ends: its web process died again");
     manager.aitReceived({signalled(kA, ControlCode::autostart, 2)});
     EXPECT_THAT(host.news(), are());
@@ -108,7 +108,14 @@ TEST_F(APage, ThatDoesNotLoadAgainEndsItsApplication) {
     manager.webProcessDied(1);
     host.news();
     manager.loadFailed(1, "refused");
-    EXPECT_THAT(host.news(), are("not started", "unload"));
+    EXPECT_THAT(host.news(), are("unload"));
+}
+
+TEST_F(APage, WhoseProcessDiesTwiceBeforeItWasLoadedHasNotStarted) {
+    startA();
+    manager.webProcessDied(1);
+    manager.webProcessDied(1);
+    EXPECT_THAT(host.news(), are("load 1 " + kUrlA, "not started", "unload"));
 }
 
 TEST_F(APage, OfTheNextLifeMayLoseItsProcessOnceToo) {

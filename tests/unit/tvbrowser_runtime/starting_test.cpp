@@ -107,6 +107,26 @@ TEST_F(TheTerminal, StartsNothingWithoutAnHttpAddress) {
     EXPECT_THAT(host.lines, are("not started: application 190.1: it has no HTTP address"));
 }
 
+TEST_F(TheTerminal, StartsNothingFromAnAddressThatIsNotHttp) {
+    SignalledApplication local = signalled(kA, ControlCode::autostart, 2);
+    local.url = "file:///etc/index.html";
+    present(kOne, {local, signalled(kB, ControlCode::autostart, 1)});
+    EXPECT_THAT(host.news(), are("load 1 " + kUrlB));
+    EXPECT_FALSE(manager.start(kA));
+    EXPECT_THAT(host.news(), are());
+    EXPECT_THAT(host.lines, testing::Contains("not started: application 190.1: its address "
+                                              "\"file:///etc/index.html\" is neither http nor https")
+                                .Times(2));
+    for (const char* url : {"data:text/html,x", "HTTPX://a.example/", "a.example/index.html", "ftp://a.example/"}) {
+        local.url = url;
+        present(kTwo, {local});
+        EXPECT_FALSE(manager.start(kA)) << url;
+    }
+    local.url = "HTTPS://a.example/";
+    present(kOne, {local});
+    EXPECT_TRUE(manager.start(kA));
+}
+
 TEST_F(APresentApplication, IsStartedByTheRedKey) {
     present(kOne, {signalled(kA, ControlCode::present, 1), signalled(kB, ControlCode::present, 2)});
     EXPECT_THAT(host.news(), are());

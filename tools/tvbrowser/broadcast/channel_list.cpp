@@ -36,6 +36,14 @@ si::IdType idTypeOf(const si::DeliverySystem& system) {
     return system.idType == si::IdType::none ? si::IdType::dvbT : system.idType;
 }
 
+/// At the limit, the tables that are there still follow the broadcast.
+template <typename Key, typename Table>
+void addTo(std::map<Key, TableSections<Table>>& tables, const Key& key, const Table& section) {
+    if (tables.size() < ChannelList::kMostTables || tables.count(key) != 0) {
+        tables[key].add(section);
+    }
+}
+
 /// The services in the order of the PAT, else of the SDT, else of the NIT; with the types and names that are known.
 std::vector<si::Sdt::Service> servicesOf(const TableSections<si::Pat>* pat, const TableSections<si::Sdt>* sdt,
                                          const std::vector<si::ListedService>& listed) {
@@ -103,24 +111,22 @@ void ChannelList::addPat(si::Bytes section) {
         sdts.clear();
         nits.clear();
     }
-    if (pats.size() < kMostTables) {
-        pats[pat->transportStreamId].add(*pat);
-    }
+    addTo(pats, pat->transportStreamId, *pat);
 }
 
 void ChannelList::addSdt(si::Bytes section) {
     std::string error;
     const std::optional<si::Sdt> sdt = si::parseSdt(section, error);
-    if (sdt && sdts.size() < kMostTables) {
-        sdts[{sdt->originalNetworkId, sdt->transportStreamId}].add(*sdt);
+    if (sdt) {
+        addTo(sdts, {sdt->originalNetworkId, sdt->transportStreamId}, *sdt);
     }
 }
 
 void ChannelList::addNit(si::Bytes section) {
     std::string error;
     const std::optional<si::Nit> nit = si::parseNit(section, error);
-    if (nit && nits.size() < kMostTables) {
-        nits[nit->networkId].add(*nit);
+    if (nit) {
+        addTo(nits, nit->networkId, *nit);
     }
 }
 

@@ -1,6 +1,8 @@
 // What happens to the broadcast.
 #include "inside.h"
 
+#include <algorithm>
+
 namespace tvbrowser {
 
 namespace {
@@ -86,7 +88,7 @@ void Broadcast::Inside::onLook(bool isThere) {
 
 /// A DTV service that has come knows nothing of this browser, and may play another broadcast.
 void Broadcast::Inside::onConnected() {
-    expectsFirstPmt = true;
+    ++expectedPmts;  // the answer to notifyMwhbStart()
     channels.startAgain();
     guide.forget();
     streamEvents.forgetVersions();
@@ -95,6 +97,7 @@ void Broadcast::Inside::onConnected() {
 }
 
 void Broadcast::Inside::onGone() {
+    expectedPmts = kOfNewcomer;
     filters.onGone();
     if (isTuning) {
         failTune();
@@ -136,7 +139,7 @@ void Broadcast::Inside::onChannel(bool started, const si::Triplet& triplet) {
     const bool isKnown = triplet.tsid != kUnknown && triplet.sid != kUnknown;
     isTuning = false;
     if (started && isKnown) {
-        expectsFirstPmt = true;
+        expectedPmts = std::max(expectedPmts, kOfTune);
         present(triplet);
         return;
     }
@@ -151,15 +154,23 @@ void Broadcast::Inside::failTune() {
     sink("channelChanged", {{"started", false}, {"channel", presented ? tripletValue(*presented) : json()}});
 }
 
-/// A first PMT that nothing has announced comes from a DTV service that was started between two looks. The service that
-/// is presented when the browser starts is named by its PMT.
+/// A first PMT that nothing explains is that of a DTV service that was started between two looks.
+void Broadcast::Inside::countFirstPmt() {
+    if (expectedPmts == 0 && isConnected) {
+        onLook(false);
+        onLook(true);
+    }
+    expectedPmts -= std::min(expectedPmts, 1U);
+}
+
+/// The service that is presented when the browser starts is named by its PMT.
 void Broadcast::Inside::onPmt(const si::Triplet& triplet, bool isFirst, const std::string& section) {
+    if (isFirst) {
+        countFirstPmt();
+    }
     if (!presented || !(*presented == triplet)) {
         present(triplet);
-    } else if (isFirst && !expectsFirstPmt) {
-        filters.renew();
     }
-    expectsFirstPmt = expectsFirstPmt && !isFirst;
     if (section == lastPmt) {
         return;
     }

@@ -54,6 +54,7 @@ private:
     void onLook(bool isThere);
     void onConnected();
     void onGone();
+    void countFirstPmt();
     void learnChannel();
     void present(const si::Triplet& triplet);
     void failTune();
@@ -79,11 +80,15 @@ public:
     Guide guide;
 
 private:
+    // A DTV service sends a first PMT to a newcomer, to one that has said that it started, and after a tune.
+    static constexpr unsigned int kOfNewcomer = 1;
+    static constexpr unsigned int kOfTune = 1;
+
     std::string lastPmt;
     std::optional<si::Triplet> lastLook;  // of the presented service, while no event names it
     bool isTuning = false;
-    bool expectsFirstPmt = false;
-    bool tellsChannels = false;  // a task is on its way
+    unsigned int expectedPmts = kOfNewcomer;  // first PMTs that are explained and still to come
+    bool tellsChannels = false;               // a task is on its way
     const std::shared_ptr<velmora::dtv::DVBServiceListener> listener;
     PresenceWatch watch;
 };

@@ -4,7 +4,7 @@
 // Threads: construction and destruction on one; it looks on a thread of its own.
 // Blocks:  the destruction, until a running look is over; a look only sends.
 // Locks:   `mutex` guards whether it ends; not held during a look.
-// Fails:   a service that ends and starts again between two looks is not noticed.
+// Fails:   a service that ends and starts again between two looks is not noticed; its first PMT tells of it.
 #pragma once
 
 #include <condition_variable>

@@ -31,14 +31,21 @@ bool isEarlier(const Listed& one, const Listed& other) {
 void Schedule::add(si::Bytes section) {
     std::string error;
     std::optional<si::Eit> eit = si::parseEit(section, error);
-    if (!eit || eit->tableId < kFirstTable || eit->tableId > kLastTable || held + eit->events.size() >= kMost) {
+    if (!eit || eit->tableId < kFirstTable || eit->tableId > kLastTable) {
         return;
     }
-    SubTable& table = services[keyOf(tripletOf(*eit))][eit->tableId];
+    const auto place = tables.try_emplace({keyOf(tripletOf(*eit)), eit->tableId}).first;
+    SubTable& table = place->second;
     forgetOld(table, *eit);
-    held += eit->events.size() + 1;
-    isChanged = isChanged || !eit->events.empty();
-    table[eit->sectionNumber] = std::move(*eit);
+    // Only now, because a section at the limit may take the place of what it replaces.
+    if (held + eit->events.size() < kMost) {
+        held += eit->events.size() + 1;
+        isChanged = isChanged || !eit->events.empty();
+        table[eit->sectionNumber] = std::move(*eit);
+    }
+    if (table.empty()) {
+        tables.erase(place);
+    }
 }
 
 /// The section of the same number, and the sections of other versions that the new version does not have: those above
@@ -73,11 +80,9 @@ json Schedule::value(const std::optional<si::Triplet>& service, const std::vecto
         }
     };
     std::for_each(present.begin(), present.end(), take);
-    for (const auto& [key, tables] : services) {
-        for (const auto& [tableId, table] : tables) {
-            for (const auto& [number, eit] : table) {
-                take(eit);
-            }
+    for (const auto& [key, table] : tables) {
+        for (const auto& [number, eit] : table) {
+            take(eit);
         }
     }
     std::stable_sort(list.begin(), list.end(), isEarlier);

@@ -33,8 +33,8 @@ private:
 
     void forgetOld(SubTable& table, const si::Eit& newest);
 
-    std::map<ServiceKey, std::map<std::uint8_t, SubTable>> services;  // by table_id
-    std::size_t held = 0;                                             // events and sections
+    std::map<std::pair<ServiceKey, std::uint8_t>, SubTable> tables;  // by service and table_id
+    std::size_t held = 0;                                            // events and sections
     bool isChanged = false;
 };
 

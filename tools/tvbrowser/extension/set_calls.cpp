@@ -1,8 +1,11 @@
 // The calls of the set.
 #include "set_calls.h"
 
-#include <cstdlib>
 #include <set>
+#include <vector>
+
+#include "application_choice.h"
+#include "keyset.h"
 
 namespace tvbrowser {
 
@@ -10,25 +13,30 @@ namespace {
 
 constexpr const char* kCreate = "createApplication";
 constexpr const char* kSetKeyset = "setKeyset";
-constexpr const char* kCurrentAit = "dvb://current.ait/";
-constexpr int kHexadecimal = 16;
 
-/// Whether a URL dvb://current.ait/ORG.APP names a signalled application. Both numbers are hexadecimal.
-bool isSignalled(const std::string& url, Broadcast& broadcast) {
-    const std::string numbers = url.substr(std::string(kCurrentAit).size());
-    char* end = nullptr;
-    const unsigned long organisation = std::strtoul(numbers.c_str(), &end, kHexadecimal);
-    if (*end != '.') {
-        return false;
+std::vector<Profile> profilesOf(const nlohmann::json& list) {
+    std::vector<Profile> profiles;
+    for (const nlohmann::json& each : list) {
+        profiles.push_back({each.at("profile"), each.at("major"), each.at("minor"), each.at("micro")});
     }
-    const unsigned long application = std::strtoul(end + 1, nullptr, kHexadecimal);
-    const nlohmann::json known = broadcast.call("applications", nullptr);
-    for (const nlohmann::json& signalled : known["list"]) {
-        if (signalled["organisation"] == organisation && signalled["application"] == application) {
-            return true;
-        }
+    return profiles;
+}
+
+/// Of each application that which decides on its start. The manager knows an AIT from the moment that it is complete.
+Applications signalledBy(const nlohmann::json& known) {
+    Applications applications;
+    if (!known.at("complete")) {
+        return applications;
     }
-    return false;
+    for (const nlohmann::json& each : known.at("list")) {
+        SignalledApplication application;
+        application.id = {each.at("organisation"), each.at("application")};
+        application.control = static_cast<ControlCode>(each.at("control").get<std::uint8_t>());
+        application.url = each.at("url");
+        application.profiles = profilesOf(each.at("profiles"));
+        applications.push_back(std::move(application));
+    }
+    return applications;
 }
 
 }  // namespace
@@ -44,15 +52,20 @@ bool isTune(const std::string& name) {
 }
 
 bool mayCall(const std::string& name, const nlohmann::json& argument, Broadcast& broadcast) {
-    if (name != kCreate) {
-        return true;
-    }
-    const std::string url = argument.value("url", "");
-    return url.rfind(kCurrentAit, 0) != 0 || isSignalled(url, broadcast);
+    return name != kCreate || canStart(argument.value("url", ""), broadcast.call("applications", nullptr));
+}
+
+bool canStart(const std::string& url, const nlohmann::json& applications) {
+    std::string error;
+    const Applications signalled = signalledBy(applications);
+    return requestedStart(url, signalled, Terminal(), error).has_value();
 }
 
 nlohmann::json answerOf(const std::string& name, const nlohmann::json& argument) {
-    return name == kSetKeyset ? argument.value("mask", nlohmann::json(0)) : nlohmann::json(true);
+    if (name != kSetKeyset) {
+        return true;
+    }
+    return Keyset().set(argument.value("mask", KeyMask{0}), argument.value("otherKeys", std::vector<unsigned int>()));
 }
 
 }  // namespace tvbrowser

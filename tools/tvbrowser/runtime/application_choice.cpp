@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <tuple>
 
+#include "application_url.h"
+
 namespace tvbrowser {
 
 namespace {
@@ -31,6 +33,45 @@ std::string missingProfiles(const std::vector<Profile>& profiles, const Profile&
     return missing;
 }
 
+std::string obstacle(const SignalledApplication& application, const Terminal& terminal) {
+    if (application.url.empty()) {
+        return "it has no HTTP address";
+    }
+    if (!isHttpUrl(application.url)) {
+        return "its address \"" + application.url + "\" is neither http nor https";
+    }
+    const std::string missing = missingProfiles(application.profiles, terminal.best);
+    return missing.empty() ? "" : "it needs version " + missing + "; here is " + profileText(terminal.best);
+}
+
+std::optional<RequestedStart> startByCurrentAit(const std::string& url, const Applications& applications,
+                                                std::string& error) {
+    const std::optional<CurrentAitUrl> parsed = parseCurrentAitUrl(url, error);
+    if (!parsed) {
+        return std::nullopt;
+    }
+    const SignalledApplication* const application = findRunnable(applications, parsed->id);
+    if (application == nullptr) {
+        error = url + ": the application is not signalled, or may not run";
+        return std::nullopt;
+    }
+    return RequestedStart{application, urlWith(application->url, parsed->query, parsed->fragment)};
+}
+
+/// The URL of an entry point stands for its application. Other pages of the same server do not, because an application
+/// may leave for a broadcast-independent one that its own server has.
+std::optional<RequestedStart> startByHttp(const std::string& url, const Applications& applications,
+                                          std::string& error) {
+    if (!isHttpUrl(url)) {
+        error = "\"" + url + "\" is neither an HTTP URL nor one of the current AIT";
+        return std::nullopt;
+    }
+    const auto entry = std::find_if(applications.begin(), applications.end(), [&url](const SignalledApplication& one) {
+        return mayRun(one) && isSameDocument(one.url, url);
+    });
+    return RequestedStart{entry == applications.end() ? nullptr : &*entry, url};
+}
+
 }  // namespace
 
 bool mayRun(const SignalledApplication& application) {
@@ -44,11 +85,19 @@ const SignalledApplication* findRunnable(const Applications& applications, const
 }
 
 std::string obstacleTo(const SignalledApplication& application, const Terminal& terminal) {
-    if (application.url.empty()) {
-        return "it has no HTTP address";
+    const std::string why = obstacle(application, terminal);
+    return why.empty() ? "" : "application " + applicationIdText(application.id) + ": " + why;
+}
+
+std::optional<RequestedStart> requestedStart(const std::string& url, const Applications& applications,
+                                             const Terminal& terminal, std::string& error) {
+    std::optional<RequestedStart> start =
+        isDvbUrl(url) ? startByCurrentAit(url, applications, error) : startByHttp(url, applications, error);
+    if (start && start->application != nullptr) {
+        error = obstacleTo(*start->application, terminal);
+        return error.empty() ? start : std::nullopt;
     }
-    const std::string missing = missingProfiles(application.profiles, terminal.best);
-    return missing.empty() ? "" : "it needs version " + missing + "; here is " + profileText(terminal.best);
+    return start;
 }
 
 const SignalledApplication* bestOf(const Applications& applications,

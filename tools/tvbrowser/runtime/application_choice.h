@@ -1,6 +1,7 @@
 // Which of the signalled applications may run, and which one the terminal starts.
 // Threads: any.
 // Blocks:  never.
+// Fails:   no value, and `error` says what is wrong.
 #pragma once
 
 #include <functional>
@@ -25,8 +26,18 @@ bool mayRun(const SignalledApplication& application);
 /// The first one with the id that may run, or null. The same application can be there more than once.
 const SignalledApplication* findRunnable(const Applications& applications, const ApplicationId& id);
 
-/// Why the terminal cannot start the application; empty if it can.
+/// Why the terminal cannot start the application, with its id; empty if it can.
 std::string obstacleTo(const SignalledApplication& application, const Terminal& terminal);
+
+/// What a page's createApplication() starts.
+struct RequestedStart {
+    const SignalledApplication* application = nullptr;  ///< null: a broadcast-independent one
+    std::string url;
+};
+
+/// No value, and `error` says why, if the terminal cannot start anything by the URL.
+std::optional<RequestedStart> requestedStart(const std::string& url, const Applications& applications,
+                                             const Terminal& terminal, std::string& error);
 
 /// The one with the highest priority, or the first of those with the highest, among all for which `isCandidate`; null
 /// if there is none.

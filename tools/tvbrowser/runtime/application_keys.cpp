@@ -39,15 +39,22 @@ bool ApplicationManager::goesToPage(const RemoteKey& key, bool isDown) {
     return true;
 }
 
+KeyAction ApplicationManager::zap(const RemoteKey& key) {
+    if (life) {
+        life->tune.giveWay();
+    }
+    const bool isForward = key.television == TelevisionKey::nextChannel;
+    return {isForward ? KeyAction::Kind::nextChannel : KeyAction::Kind::previousChannel, &key};
+}
+
 KeyAction ApplicationManager::key(const RemoteKey& key, bool isDown) {
     if (goesToPage(key, isDown)) {
         return {KeyAction::Kind::page, &key};
     }
     switch (isDown ? key.television : TelevisionKey::none) {
         case TelevisionKey::nextChannel:
-            return {KeyAction::Kind::nextChannel, &key};
         case TelevisionKey::previousChannel:
-            return {KeyAction::Kind::previousChannel, &key};
+            return zap(key);
         case TelevisionKey::exit:
             exit();
             break;

@@ -7,21 +7,19 @@
 
 #include "application.h"
 #include "keyset.h"
+#include "page_tune.h"
 
 namespace tvbrowser {
 
 struct ApplicationLife {
-    /// A tune that the page of a broadcast-independent application has asked for.
-    enum class Tune { none, asked, done };
-
     RunningApplication application;
     Keyset keyset;
     std::set<unsigned int> keysDown = {};  ///< keys that the page saw go down
     bool reportsStart = false;             ///< it was started as a broadcast-related one
-    bool hasReported = false;              ///< the success of its start
+    bool hasReported = false;              ///< that it has started
     bool isLoaded = false;
     bool hasRestarted = false;
-    Tune tune = Tune::none;
+    PageTune tune = {};  ///< while it is broadcast-independent
 };
 
 }  // namespace tvbrowser

@@ -11,11 +11,6 @@ std::string nameOf(const RunningApplication& application) {
     return "application " + (application.id ? applicationIdText(*application.id) : application.url);
 }
 
-bool isHttpUrl(const std::string& url) {
-    const std::string origin = originOf(url).value_or("");
-    return origin.rfind("http://", 0) == 0 || origin.rfind("https://", 0) == 0;
-}
-
 }  // namespace
 
 ApplicationManager::ApplicationManager(ApplicationHost& newHost, const Terminal& newTerminal)
@@ -45,13 +40,10 @@ bool ApplicationManager::refuse(const std::string& why) {
 
 bool ApplicationManager::isStartable(const SignalledApplication& application) {
     const std::string obstacle = obstacleTo(application, terminal);
-    return obstacle.empty() || refuse("application " + applicationIdText(application.id) + ": " + obstacle);
+    return obstacle.empty() || refuse(obstacle);
 }
 
-bool ApplicationManager::startSignalled(const SignalledApplication& application, const std::string& url) {
-    if (!isStartable(application)) {
-        return false;
-    }
+void ApplicationManager::startSignalled(const SignalledApplication& application, const std::string& url) {
     RunningApplication started;
     started.id = application.id;
     started.name = application.name;
@@ -60,14 +52,18 @@ bool ApplicationManager::startSignalled(const SignalledApplication& application,
     started.isServiceBound = application.isServiceBound;
     started.isBroadcastRelated = true;
     begin(std::move(started));
-    return true;
 }
 
 bool ApplicationManager::start(const ApplicationId& id) {
     const SignalledApplication* const application = findRunnable(ait, id);
-    return application != nullptr
-               ? startSignalled(*application, application->url)
-               : refuse("application " + applicationIdText(id) + " is not signalled, or may not run");
+    if (application == nullptr) {
+        return refuse("application " + applicationIdText(id) + " is not signalled, or may not run");
+    }
+    if (!isStartable(*application)) {
+        return false;
+    }
+    startSignalled(*application, application->url);
+    return true;
 }
 
 bool ApplicationManager::startIndependent(const std::string& url, const std::optional<ApplicationId>& id) {
@@ -81,36 +77,20 @@ bool ApplicationManager::startIndependent(const std::string& url, const std::opt
     return true;
 }
 
-bool ApplicationManager::startCurrentAit(const std::string& url) {
-    std::string error;
-    const std::optional<CurrentAitUrl> parsed = parseCurrentAitUrl(url, error);
-    if (!parsed) {
-        return refuse(error);
-    }
-    const SignalledApplication* const application = findRunnable(ait, parsed->id);
-    return application != nullptr
-               ? startSignalled(*application, urlWith(application->url, parsed->query, parsed->fragment))
-               : refuse(url + ": the application is not signalled, or may not run");
-}
-
 bool ApplicationManager::createApplication(Instance caller, const std::string& url) {
     if (!isRunning(caller)) {
         return refuse(url + ": the application that asks has ended");
     }
-    if (isDvbUrl(url)) {
-        return startCurrentAit(url);
+    std::string error;
+    const std::optional<RequestedStart> start = requestedStart(url, ait, terminal, error);
+    if (!start) {
+        return refuse(error);
     }
-    if (!isHttpUrl(url)) {
-        return refuse("\"" + url + "\" is neither an HTTP URL nor one of the current AIT");
+    if (start->application == nullptr) {
+        return startIndependent(start->url);
     }
-    // The URL of an entry point stands for its application. Other pages of the same server do not, because an
-    // application may leave for a broadcast-independent one that its own server has.
-    for (const SignalledApplication& one : ait) {
-        if (mayRun(one) && isSameDocument(one.url, url)) {
-            return startSignalled(one, url);
-        }
-    }
-    return startIndependent(url);
+    startSignalled(*start->application, start->url);
+    return true;
 }
 
 void ApplicationManager::end(const std::string& why) {
@@ -129,7 +109,7 @@ void ApplicationManager::endForGood(const std::string& why) {
 }
 
 void ApplicationManager::fail(const std::string& why) {
-    if (life->reportsStart) {
+    if (life->reportsStart && !life->hasReported) {
         host.reportStarted(false);
     }
     endForGood(why);

@@ -49,9 +49,9 @@ public:
     void hide(Instance caller);
     /// Returns the mask that is set: the bits of keys that the remote has.
     KeyMask setKeyset(Instance caller, KeyMask mask, const std::vector<unsigned int>& otherKeys = {});
-    /// The page tunes. When the tune leads to a channel that signals its broadcast-independent application, the
-    /// application becomes broadcast-related.
-    void tuneRequested(Instance caller);
+    /// The page tunes, by a triplet or by a delivery system. When the tune leads to a channel that signals its
+    /// broadcast-independent application, the application becomes broadcast-related. channelChanged() may come before.
+    void tuneRequested(Instance caller, const std::optional<si::Triplet>& target);
     /// The page has left the broadcast, by setChannel(null).
     void becomeIndependent(Instance caller);
     /// Whether the application may go on to a page: one inside of its boundary.
@@ -79,8 +79,7 @@ private:
     bool isRunning(Instance instance) const { return life && life->application.instance == instance; }
 
     void begin(RunningApplication application);
-    bool startSignalled(const SignalledApplication& application, const std::string& url);
-    bool startCurrentAit(const std::string& url);
+    void startSignalled(const SignalledApplication& application, const std::string& url);
     bool refuse(const std::string& why);
     void end(const std::string& why);
     /// Ends it for a reason that is not the broadcast's: nothing is autostarted in its place.
@@ -96,6 +95,7 @@ private:
 
     void setVisible(Instance caller, bool isVisible);
     bool goesToPage(const RemoteKey& key, bool isDown);
+    KeyAction zap(const RemoteKey& key);
 
     ApplicationHost& host;
     const Terminal terminal;

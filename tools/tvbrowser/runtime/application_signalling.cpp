@@ -3,29 +3,15 @@
 
 #include "application_manager.h"
 #include "application_url.h"
-#include "si/tables.h"
 
 namespace tvbrowser {
 
-namespace {
-
-using Tune = ApplicationLife::Tune;
-
-/// While the broadcast has not announced its network, any original_network_id matches.
-bool isSameChannel(const si::Triplet& one, const si::Triplet& other) {
-    const bool isNetwork =
-        one.onid == other.onid || one.onid == si::kUnknownNetworkId || other.onid == si::kUnknownNetworkId;
-    return isNetwork && one.tsid == other.tsid && one.sid == other.sid;
-}
-
-}  // namespace
-
 void ApplicationManager::channelChanged(bool started, const std::optional<si::Triplet>& presented) {
-    if (life && life->tune == Tune::asked) {
-        life->tune = started && presented ? Tune::done : Tune::none;
-    }
     // An AIT that came before the first channel was known is that channel's.
     const bool isOther = presented && channel && !isSameChannel(*presented, *channel);
+    if (life) {
+        life->tune.onOutcome(started ? presented : std::nullopt, isOther);
+    }
     if (presented) {
         channel = presented;
     }
@@ -82,10 +68,10 @@ void ApplicationManager::followSignalling() {
 }
 
 void ApplicationManager::joinBroadcast() {
-    if (!isAitKnown || !life || life->tune != Tune::done) {
+    if (!isAitKnown || !life || life->application.isBroadcastRelated || !life->tune.hasSucceeded()) {
         return;
     }
-    life->tune = Tune::none;
+    life->tune.end();
     RunningApplication& joining = life->application;
     const auto isIt = [&joining](const SignalledApplication& one) {
         return mayRun(one) && (joining.id ? one.id == *joining.id : isSameDocument(one.url, joining.url));
@@ -103,9 +89,10 @@ void ApplicationManager::joinBroadcast() {
     host.applicationChanged(joining);
 }
 
-void ApplicationManager::tuneRequested(Instance caller) {
+void ApplicationManager::tuneRequested(Instance caller, const std::optional<si::Triplet>& target) {
     if (isRunning(caller) && !life->application.isBroadcastRelated) {
-        life->tune = Tune::asked;
+        life->tune.ask(target, channel);
+        joinBroadcast();
     }
 }
 
@@ -114,6 +101,7 @@ void ApplicationManager::becomeIndependent(Instance caller) {
         return;
     }
     life->application.isBroadcastRelated = false;
+    life->tune = PageTune();
     host.log("application " + applicationIdText(*life->application.id) + " becomes broadcast-independent");
     host.applicationChanged(life->application);
 }

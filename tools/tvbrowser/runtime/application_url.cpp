@@ -102,6 +102,11 @@ bool isDvbUrl(const std::string& text) {
     return inSmallLetters(text.substr(0, kDvbScheme.size())) == kDvbScheme;
 }
 
+bool isHttpUrl(const std::string& text) {
+    const std::optional<Parts> parts = partsOf(text);
+    return parts && (parts->scheme == "http" || parts->scheme == "https");
+}
+
 std::optional<CurrentAitUrl> parseCurrentAitUrl(const std::string& text, std::string& error) {
     if (inSmallLetters(text.substr(0, kCurrentAit.size())) != kCurrentAit) {
         error = text + ": does not begin with " + std::string(kCurrentAit);

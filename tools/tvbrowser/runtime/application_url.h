@@ -17,6 +17,8 @@ struct CurrentAitUrl {
 
 /// Whether the text is a `dvb:` URL, valid or not.
 bool isDvbUrl(const std::string& text);
+/// Whether the text is a complete URL with the scheme http or https.
+bool isHttpUrl(const std::string& text);
 std::optional<CurrentAitUrl> parseCurrentAitUrl(const std::string& text, std::string& error);
 
 /// The application's URL with query and fragment. A query is added to the one that the URL has; a fragment replaces it.

@@ -157,7 +157,11 @@ void Television::onCall(const std::string& name, const nlohmann::json& call) {
              self.manager.setKeyset(caller, argument.value("mask", KeyMask{0}),
                                     argument.value("otherKeys", std::vector<unsigned int>()));
          }},
-        {"tune", [](Television& self, Instance caller, auto&) { self.manager.tuneRequested(caller); }},
+        {"tune",
+         [](Television& self, Instance caller, const nlohmann::json& argument) {
+             const bool hasTriplet = argument.is_object() && argument.contains("tsid");
+             self.manager.tuneRequested(caller, hasTriplet ? tripletOf(argument) : std::nullopt);
+         }},
         {"leaveBroadcast", [](Television& self, Instance caller, auto&) { self.manager.becomeIndependent(caller); }}};
     const auto request = kRequests.find(name);
     if (request != kRequests.end()) {
