@@ -1,10 +1,12 @@
 #!/usr/bin/env python3
 """Serves the pages of the tests on a port of its own, which it prints first. Then it prints a line for each request.
-  serve_pages.py FOLDER
+  serve_pages.py FOLDER [HELD]        held/NAME is answered, with nothing, as soon as the file of the name HELDNAME exists
 """
 import functools
 import http.server
+import os
 import sys
+import time
 
 
 class Pages(http.server.SimpleHTTPRequestHandler):
@@ -19,6 +21,20 @@ class Pages(http.server.SimpleHTTPRequestHandler):
         ".webm": "video/webm",
         "": "application/octet-stream",
     }
+
+    def do_GET(self):
+        start, _, name = self.path.rpartition("/")
+        if start == "/held":
+            self.hold(sys.argv[2] + name)
+        else:
+            super().do_GET()
+
+    def hold(self, file):
+        while not os.path.exists(file):
+            time.sleep(0.005)  # between two looks
+        self.send_response(200)
+        self.send_header("Content-Length", "0")
+        self.end_headers()
 
     def log_message(self, _format, *values):
         print(" ".join(str(value) for value in values), flush=True)

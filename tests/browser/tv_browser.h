@@ -18,9 +18,11 @@ namespace browser_tests {
 /// Serves the pages.
 class PageServer : public ChildProcess {
 public:
-    PageServer() : ChildProcess(SERVE_PAGES, {PAGES}, "pages", Runner::machine) {
+    PageServer() : ChildProcess(SERVE_PAGES, {PAGES, kRunDirectory + "/held-"}, "pages", Runner::machine) {
         EXPECT_TRUE(eventually([this] { return output().find('\n') != std::string::npos; }));
     }
+    /// Lets the request for held/NAME be answered, on which a page waits.
+    static void release(const std::string& name) { std::ofstream(kRunDirectory + "/held-" + name); }
     /// "http://127.0.0.1:1234/"
     std::string url() const { return "http://127.0.0.1:" + std::to_string(std::stoi(output().substr(5))) + "/"; }
 };

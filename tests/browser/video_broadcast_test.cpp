@@ -166,6 +166,21 @@ TEST_F(AVideoBroadcast, IsLockedByAnotherOneUntilThatHasLeftThePage) {
               (Events{"PlayStateChange 0 2", "ChannelChangeError " + kFirst + " 2", "PlayStateChange 0", kConnecting}));
 }
 
+TEST_F(AVideoBroadcast, FollowsTheTuneOfOneThatHasLeftThePage) {
+    run("handOver");
+    EXPECT_EQ(reported("other"), kSecond);
+    EXPECT_TRUE(browser->reports("event", changedTo(kSecond)));
+}
+
+TEST_F(AVideoBroadcast, FollowsItsTuneThatTheSetCarriesOutAfterTheViewersChange) {
+    run("late");
+    reported("ready");
+    operate({"tune", "1:1025:28108"});
+    pages.release("tuned");
+    EXPECT_EQ(events(7), (Events{kConnecting, "ChannelChangeError " + kSecond + " 6", changedTo(kThird), kPresenting,
+                                 kConnecting, changedTo(kSecond), kPresenting}));
+}
+
 }  // namespace
 
 }  // namespace browser_tests
