@@ -98,18 +98,19 @@ TEST_F(AnApplication, GoesOnWhereTheNextServiceSignalsItToo) {
 }
 
 TEST_F(AnApplication, EndsWhenItsAitSaysKill) {
-    start(broadcastWithVersions(
-              {{0, 1, {application("life.html?first")}}, {4, 2, {application("life.html?first", 1, kKill)}}}),
-          {}, 60);
+    startFed(broadcastWithVersions({{0, 1, {application("life.html?first")}},
+                                    {FedBroadcast::kSecondState, 2, {application("life.html?first", 1, kKill)}}}));
     reported("running");
+    change();
     EXPECT_TRUE(says("application: none"));
 }
 
 TEST_F(AnApplication, EndsWhenItsAitDisappears) {
     Multiplex broadcast = broadcastWith("life.html?first");
-    broadcast.services[0].ait.end = 4;
-    start(broadcast, {}, 60);
+    broadcast.services[0].ait.end = FedBroadcast::kSecondState;
+    startFed(broadcast);
     reported("running");
+    change();
     EXPECT_TRUE(says("application: none"));
 }
 

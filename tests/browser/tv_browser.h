@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "broadcasts.h"
+#include "fed_broadcast.h"
 #include "service_process.h"
 
 namespace browser_tests {
@@ -139,6 +140,13 @@ protected:
         service = std::make_unique<ServiceProcess>(writeBroadcast(broadcast, seconds, "broadcast.ts"));
         browser = std::make_unique<Browser>(std::move(arguments));
     }
+    /// Starts on the first state of a broadcast, which change() replaces by the state of FedBroadcast::kSecondState.
+    void startFed(const tsmake::Multiplex& broadcast) {
+        fed = std::make_unique<FedBroadcast>(broadcast);
+        service = std::make_unique<ServiceProcess>(fed->input());
+        browser = std::make_unique<Browser>();
+    }
+    void change() const { fed->change(); }
     /// Starts with the page as the AUTOSTART application.
     void page(const std::string& page) { start(broadcastWith(page)); }
     std::string reported(const std::string& name, std::size_t number = 1) const {
@@ -154,6 +162,7 @@ protected:
 
     static constexpr std::uint32_t kOrganisation = 400;
     PageServer pages;
+    std::unique_ptr<FedBroadcast> fed;
     std::unique_ptr<ServiceProcess> service;
     std::unique_ptr<Browser> browser;
 };
