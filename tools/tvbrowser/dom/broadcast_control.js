@@ -28,7 +28,7 @@ class BroadcastControl {
             return;
         }
         this.channel = presentedChannel();
-        this.enter(playStates.connecting);
+        this.enter(playStates.connecting, isServiceGone() ? channelErrors.unidentified : undefined);
         later(() => this.presentIfKnown());
     }
 
@@ -159,7 +159,8 @@ class BroadcastControl {
     }
 
     presentIfKnown() {
-        if (this.playState === playStates.connecting && !tuneOf(this) && this.channel) {
+        const isReady = this.channel && !tuneOf(this) && !isServiceGone();
+        if (this.playState === playStates.connecting && isReady) {
             this.enter(playStates.presenting);
         }
     }
