@@ -1,12 +1,19 @@
 #!/usr/bin/env python3
 """Serves the pages of the tests on a port of its own, which it prints first. Then it prints a line for each request.
-  serve_pages.py FOLDER [HELD]        held/NAME is answered, with nothing, as soon as the file of the name HELDNAME exists
+  serve_pages.py FOLDER [HELD]
+Two things are no files of the folder: held/NAME is answered, with nothing, as soon as the file of the name HELDNAME
+exists; silence.mp3 is twelve seconds of audio, also in parts.
 """
 import functools
 import http.server
 import os
+import re
 import sys
 import time
+
+# A frame of MPEG-1 layer III: 64 kbit/s, 48 kHz, one channel, 24 ms, nothing but its header.
+FRAME = b"\xff\xfb\x54\xc0".ljust(192, b"\0")
+SILENCE = FRAME * 500
 
 
 class Pages(http.server.SimpleHTTPRequestHandler):
@@ -26,6 +33,8 @@ class Pages(http.server.SimpleHTTPRequestHandler):
         start, _, name = self.path.rpartition("/")
         if start == "/held":
             self.hold(sys.argv[2] + name)
+        elif name == "silence.mp3":
+            self.send_medium(SILENCE, "audio/mpeg")
         else:
             super().do_GET()
 
@@ -35,6 +44,21 @@ class Pages(http.server.SimpleHTTPRequestHandler):
         self.send_response(200)
         self.send_header("Content-Length", "0")
         self.end_headers()
+
+    def send_medium(self, content, mime_type):
+        """The whole, or the part that is asked for."""
+        asked = re.fullmatch(r"bytes=([0-9]+)-([0-9]*)", self.headers.get("Range", ""))
+        first = int(asked.group(1)) if asked else 0
+        last = min(int(asked.group(2) or len(content)) if asked else len(content), len(content) - 1)
+        part = content[first:last + 1]
+        self.send_response(206 if asked else 200)
+        self.send_header("Content-Type", mime_type)
+        self.send_header("Accept-Ranges", "bytes")
+        self.send_header("Content-Length", str(len(part)))
+        if asked:
+            self.send_header("Content-Range", f"bytes {first}-{last}/{len(content)}")
+        self.end_headers()
+        self.wfile.write(part)
 
     def log_message(self, _format, *values):
         print(" ".join(str(value) for value in values), flush=True)

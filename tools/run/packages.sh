@@ -41,6 +41,7 @@ browser_packages=(
 # The tests with the web engine.
 browser_test_packages=(
     "${browser_packages[@]}"
+    gstreamer1.0-plugins-good # plays the audio of the tests
     python3         # serves the pages of the tests
     chromium        # looks at the page for people, as a desktop's browser
     chromium-driver # and uses it
