@@ -1,6 +1,7 @@
 // Stream events in pages: by an XML description and by an object of the carousel.
 #include <gmock/gmock.h>
 
+#include "changed_sections.h"
 #include "object_test.h"
 
 namespace browser_tests {
@@ -37,6 +38,27 @@ TEST_F(StreamEvents, ComeByAnObjectOfTheCarousel) {
     EXPECT_TRUE(browser->reports("stream", kFirst));
     change();
     EXPECT_TRUE(browser->reports("stream", kSecond));
+}
+
+TEST_F(StreamEvents, ComeByEachKindOfDvbUrl) {
+    tsmake::Multiplex broadcast = broadcastFor("urls");
+    tsmake::Ait& ait = broadcast.services[0].ait;
+    // An application of its own section, whose transport becomes a carousel on the component with tag 8.
+    tsmake::Application other = application("other.html", 2, kPresent);
+    other.urlBase = "\x08";
+    ait.versions[0].applications.push_back(other);
+    ait.sections = 2;
+    constexpr std::uint8_t kAit = 0x74;
+    startPackets(
+        withChangedSections(fileText(writeBroadcast(broadcast, 20, "plain.ts")), kAit, [](std::string& section) {
+            replaceIn(section, std::string("\0\3\1\1\x08", 5), std::string("\0\1\1\1\x08", 5));
+        }));
+    for (const char* const url :
+         {"dvb://1..6dca/events/goals", "dvb://1.401.6dca.8/events/goals", "dvb://current.ait/190.2/events/goals"}) {
+        EXPECT_TRUE(browser->reports("by", "[\"" + std::string(url) + "\",\"trigger\",\"32203A2030\"]")) << url;
+    }
+    EXPECT_TRUE(browser->reports("by", R"(["dvb://current.ait/190.1/events/goals","error",""])"))
+        << "its files are on a server";
 }
 
 TEST_F(StreamEvents, AreNotToldToAListenerThatWasRemoved) {

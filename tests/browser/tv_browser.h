@@ -137,8 +137,13 @@ protected:
     }
     /// Starts service and browser on a broadcast.
     void start(const tsmake::Multiplex& broadcast, std::vector<std::string> arguments = {}, unsigned int seconds = 20) {
-        service = std::make_unique<ServiceProcess>(writeBroadcast(broadcast, seconds, "broadcast.ts"));
-        browser = std::make_unique<Browser>(std::move(arguments));
+        writeBroadcast(broadcast, seconds, "broadcast.ts");
+        startFile(std::move(arguments));
+    }
+    /// Starts on a file of packets.
+    void startPackets(const std::string& packets) {
+        std::ofstream(kFile, std::ios::binary) << packets;
+        startFile({});
     }
     /// Starts on the first state of a broadcast, which change() replaces by the state of FedBroadcast::kSecondState.
     void startFed(const tsmake::Multiplex& broadcast) {
@@ -161,6 +166,12 @@ protected:
     }
 
     static constexpr std::uint32_t kOrganisation = 400;
+    const std::string kFile = kRunDirectory + "/broadcast.ts";
+    void startFile(std::vector<std::string> arguments) {
+        service = std::make_unique<ServiceProcess>(kFile);
+        browser = std::make_unique<Browser>(std::move(arguments));
+    }
+
     PageServer pages;
     std::unique_ptr<FedBroadcast> fed;
     std::unique_ptr<ServiceProcess> service;
