@@ -65,8 +65,13 @@ function(dtv_add_test name)
     list(GET preset_and_test 1 test)
     string(APPEND short "${test}:")
   endforeach()
+  # A test with the web engine runs several busy processes.
+  set(processors 1)
+  if("browser" IN_LIST TEST_LABELS)
+    set(processors 2)
+  endif()
   gtest_discover_tests(${name} TEST_FILTER "${short}" DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}")
+    PROPERTIES TIMEOUT ${TEST_TIMEOUT} LABELS "${TEST_LABELS}" PROCESSORS ${processors})
 endfunction()
 
 # dtv_wrap(NAME symbols...): calls of these functions reach the test's __wrap_SYMBOL, which may call __real_SYMBOL.

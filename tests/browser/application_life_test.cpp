@@ -35,6 +35,7 @@ TEST_F(AnApplication, StartsByItsAutostartAndTheSetIsTold) {
 TEST_F(AnApplication, GetsTheKeysOfItsKeysetAlone) {
     page("life.html?first");
     EXPECT_EQ(reported("keyset"), std::to_string(0x10F));
+    reported("running");  // by then it is visible; before, keys are not for it
     press("RED");
     EXPECT_EQ(reported("key", 1), "403");
     press("LEFT");
@@ -44,7 +45,7 @@ TEST_F(AnApplication, GetsTheKeysOfItsKeysetAlone) {
 }
 
 TEST_F(AnApplication, IsHiddenFirstAndGetsNoKeysWhileItIsHidden) {
-    page("life.html?first");
+    page("life.html?first#dvb%3A%2F%2Fcurrent.ait%2F190.7");
     EXPECT_EQ(reported("visible", 1), "true");
     press("BLUE");
     EXPECT_EQ(reported("visible", 2), "false");
@@ -52,7 +53,12 @@ TEST_F(AnApplication, IsHiddenFirstAndGetsNoKeysWhileItIsHidden) {
     press("RED");
     browser->command("applications");
     EXPECT_TRUE(says("applications: running"));
-    EXPECT_EQ(browser->reports("key").size(), 1U);
+    pages.release("show");
+    EXPECT_EQ(reported("visible", 3), "true");
+    EXPECT_TRUE(says("application: shown"));
+    press("GREEN");
+    EXPECT_EQ(reported("created"), "false");
+    EXPECT_EQ(browser->reports("key"), (std::vector<std::string>{"406", "404"}));
 }
 
 TEST_F(AnApplication, EndsByTheExitKey) {
@@ -98,18 +104,19 @@ TEST_F(AnApplication, GoesOnWhereTheNextServiceSignalsItToo) {
 }
 
 TEST_F(AnApplication, EndsWhenItsAitSaysKill) {
-    start(broadcastWithVersions(
-              {{0, 1, {application("life.html?first")}}, {4, 2, {application("life.html?first", 1, kKill)}}}),
-          {}, 60);
+    startFed(broadcastWithVersions({{0, 1, {application("life.html?first")}},
+                                    {FedBroadcast::kSecondState, 2, {application("life.html?first", 1, kKill)}}}));
     reported("running");
+    change();
     EXPECT_TRUE(says("application: none"));
 }
 
 TEST_F(AnApplication, EndsWhenItsAitDisappears) {
     Multiplex broadcast = broadcastWith("life.html?first");
-    broadcast.services[0].ait.end = 4;
-    start(broadcast, {}, 60);
+    broadcast.services[0].ait.end = FedBroadcast::kSecondState;
+    startFed(broadcast);
     reported("running");
+    change();
     EXPECT_TRUE(says("application: none"));
 }
 
@@ -173,6 +180,13 @@ TEST_F(AnApplication, FromOutsideOfTheBroadcastRunsWithoutSignalling) {
     start(broadcastWithoutApplications(), {"--application", pages.url() + "life.html?alone"});
     EXPECT_EQ(reported("running"), "alone");
     EXPECT_TRUE(says("channel: " + kFirstService));
+    // What a PMT says is known before the channel after it.
+    EXPECT_EQ(tune(kSecondService), "done");
+    EXPECT_TRUE(says("channel: " + kSecondService));
+    EXPECT_EQ(tune(kServiceWithoutApplications), "done");
+    EXPECT_TRUE(says("channel: " + kServiceWithoutApplications));
+    press("RED");
+    EXPECT_EQ(reported("key"), "403");
     EXPECT_EQ(browser->count("application: none"), 0U);
 }
 

@@ -15,7 +15,10 @@ TEST_F(TheDrmAgent, SendsAMessageAndTellsTheAnswer) {
     EXPECT_EQ(reported("before"), "1");
     operate({"ca", "insert", "0"});
     EXPECT_EQ(reported("status"), "0");
-    EXPECT_EQ(reported("sent"), "string");
+    EXPECT_EQ(reported("others"), "[1,1,1]");
+    EXPECT_EQ(reported("sent", 1), "string");
+    EXPECT_EQ(reported("result", 1), R"(["unnamed","",5])");
+    EXPECT_EQ(reported("sent", 2), "string");
     const auto session = [] {
         ChildProcess dtvctl(DTVCTL, {"--json", "status"}, "dtvctl");
         dtvctl.wait();
@@ -25,7 +28,20 @@ TEST_F(TheDrmAgent, SendsAMessageAndTellsTheAnswer) {
     };
     ASSERT_TRUE(eventually([&] { return !session().empty(); }));
     operate({"ca", "reply", session(), "0", "done"});
-    EXPECT_EQ(reported("result"), R"(["open","done",0])");
+    EXPECT_EQ(reported("result", 2), R"(["open","done",0])");
+}
+
+TEST_F(TheDrmAgent, HasNoSystemWithoutTheDtvService) {
+    run("message");
+    reported("before");
+    operate({"ca", "insert", "0"});
+    EXPECT_EQ(reported("status", 1), "0");
+    service.reset();
+    EXPECT_EQ(reported("status", 2), "1");
+    service = std::make_unique<ServiceProcess>(kRunDirectory + "/broadcast.ts");
+    ASSERT_TRUE(browser->says("service: connected", 2));
+    operate({"ca", "insert", "1"});
+    EXPECT_EQ(reported("status", 3), "0");
 }
 
 TEST_F(TheDrmAgent, SaysThatThereIsNoSuchSystem) {

@@ -5,7 +5,9 @@ button, and looks until the application's colour is on the screen and the applic
 It prints what it has seen; the exit code is 1 if something does not come.
 """
 import json
-import socket
+import os
+import re
+import signal
 import subprocess
 import sys
 import tempfile
@@ -13,6 +15,7 @@ import time
 import urllib.request
 
 LONGEST = 30  # seconds; only a broken page takes them
+LONGEST_START = 120  # seconds, of Chromium on a busy machine
 
 LOOK = """
 const screen = document.getElementById("screen");
@@ -31,37 +34,38 @@ return {
 """
 
 
-def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
-
-
 class Chromium:
     """A page in headless Chromium, by the WebDriver protocol."""
 
     def __init__(self, folder):
-        self.driver = f"http://127.0.0.1:{free_port()}"
-        port = self.driver.rsplit(":", 1)[1]
-        self.process = subprocess.Popen(
-            ["chromedriver", f"--port={port}"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        wait(self.is_ready, "chromedriver")
-        options = {"args": ["--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage",
-                            f"--user-data-dir={folder}", "--window-size=1400,1000"]}
-        answer = self.ask("/session", {"capabilities": {"alwaysMatch": {"goog:chromeOptions": options}}})
-        self.session = "/session/" + answer["sessionId"]
+        # A session of its own has all processes of Chromium too.
+        self.process = subprocess.Popen(["chromedriver", "--port=0"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                                        text=True, start_new_session=True)
+        self.session = None
+        try:
+            self.driver = f"http://127.0.0.1:{self.port()}"
+            options = {"args": ["--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage",
+                                f"--user-data-dir={folder}", "--window-size=1400,1000"]}
+            answer = self.ask("/session", {"capabilities": {"alwaysMatch": {"goog:chromeOptions": options}}},
+                              LONGEST_START)
+            self.session = "/session/" + answer["sessionId"]
+        except BaseException:
+            self.close()
+            raise
 
-    def ask(self, path, value=None):
+    def port(self):
+        """The driver chooses a free one and says which."""
+        for line in self.process.stdout:
+            found = re.search(r"started successfully on port ([0-9]+)", line)
+            if found:
+                return int(found.group(1))
+        sys.exit("chromedriver does not start")
+
+    def ask(self, path, value=None, longest=LONGEST):
         data = None if value is None else json.dumps(value).encode()
         request = urllib.request.Request(self.driver + path, data, {"Content-Type": "application/json"})
-        with urllib.request.urlopen(request, timeout=LONGEST) as response:
+        with urllib.request.urlopen(request, timeout=longest) as response:
             return json.load(response)["value"]
-
-    def is_ready(self):
-        try:
-            return self.ask("/status")["ready"]
-        except OSError:
-            return False
 
     def open(self, url):
         self.ask(self.session + "/url", {"url": url})
@@ -74,11 +78,13 @@ class Chromium:
         self.ask(f"{self.session}/element/{next(iter(element.values()))}/click", {})
 
     def close(self):
+        """Chromium removes its files if it can; then nothing of it stays."""
         try:
-            request = urllib.request.Request(self.driver + self.session, method="DELETE")
-            urllib.request.urlopen(request, timeout=LONGEST).close()
+            if self.session:
+                request = urllib.request.Request(self.driver + self.session, method="DELETE")
+                urllib.request.urlopen(request, timeout=LONGEST).close()
         finally:
-            self.process.terminate()
+            os.killpg(self.process.pid, signal.SIGKILL)
             self.process.wait()
 
 

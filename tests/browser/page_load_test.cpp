@@ -80,15 +80,12 @@ TEST_F(AnApplicationsPage, HasFramesOfItsOwn) {
 
 TEST_F(AnApplicationsPage, ThatComesAfterItsEndIsNotShown) {
     start(withApplications(broadcastWithoutApplications(),
-                           {application("held/life.xhtml?first"), application("life.html?second", 2, kPresent)}));
-    ASSERT_TRUE(eventually([this] { return pages.output().find("/held/life.xhtml") != std::string::npos; }));
+                           {application("late/life.xhtml?first"), application("life.html?second", 2, kPresent)}));
+    ASSERT_TRUE(eventually([this] { return pages.output().find("/late/life.xhtml") != std::string::npos; }));
     browser->command("start 190.2");
     EXPECT_EQ(reported("running"), "second");
-    ChildProcess release(
-        "/usr/bin/env",
-        {"python3", "-c", "import sys, urllib.request; urllib.request.urlopen(sys.argv[1])", pages.url() + "release"},
-        "release", Runner::machine);
-    EXPECT_EQ(release.wait(), 0);
+    PageServer::release("late");
+    EXPECT_TRUE(eventually([this] { return pages.output().find("late page") != std::string::npos; }));
     press("RED");
     EXPECT_TRUE(browser->reports("key", "403"));
     EXPECT_EQ(browser->reports("running").size(), 1U);

@@ -1,14 +1,25 @@
 #!/usr/bin/env python3
 """Serves the pages of the tests on a port of its own, which it prints first. Then it prints a line for each request.
-A page is also there as held/PAGE: it comes after a request for /release, and then a line "released" is printed.
-  serve_pages.py FOLDER
+  serve_pages.py FOLDER [HELD]
+Some things are no files of the folder: held/NAME is answered, with nothing, as soon as the file of the name HELDNAME
+exists; late/PAGE is a page whose bytes come after its header as soon as HELDlate exists, and then a line "late page" is
+printed; silence.mp3 is twelve seconds of audio, also in parts.
 """
 import functools
 import http.server
+import os
+import re
 import sys
-import threading
+import time
 
-released = threading.Event()
+# A frame of MPEG-1 layer III: 64 kbit/s, 48 kHz, one channel, 24 ms, nothing but its header.
+FRAME = b"\xff\xfb\x54\xc0".ljust(192, b"\0")
+SILENCE = FRAME * 500
+
+
+def wait_for(file):
+    while not os.path.exists(file):
+        time.sleep(0.005)  # between two looks
 
 
 class Pages(http.server.SimpleHTTPRequestHandler):
@@ -25,24 +36,45 @@ class Pages(http.server.SimpleHTTPRequestHandler):
     }
 
     def do_GET(self):
-        if self.path == "/release":
-            released.set()
-            self.send_response(http.HTTPStatus.NO_CONTENT)
-            self.end_headers()
-            return
-        is_held = self.path.startswith("/held/")
-        if is_held:
-            self.path = self.path[len("/held"):]
-        super().do_GET()
-        if is_held:
-            print("released", flush=True)
+        start, _, name = self.path.rpartition("/")
+        if start == "/held":
+            self.hold(sys.argv[2] + name)
+        elif start == "/late":
+            self.path = "/" + name
+            super().do_GET()
+            print("late page", flush=True)
+        elif name == "silence.mp3":
+            self.send_medium(SILENCE, "audio/mpeg")
+        else:
+            super().do_GET()
 
     def copyfile(self, source, outputfile):
         """Called between the header of a page and its bytes."""
-        if self.requestline.split()[1].startswith("/held/"):
+        if self.requestline.split()[1].startswith("/late/"):
             outputfile.flush()
-            released.wait()
+            wait_for(sys.argv[2] + "late")
         super().copyfile(source, outputfile)
+
+    def hold(self, file):
+        wait_for(file)
+        self.send_response(200)
+        self.send_header("Content-Length", "0")
+        self.end_headers()
+
+    def send_medium(self, content, mime_type):
+        """The whole, or the part that is asked for."""
+        asked = re.fullmatch(r"bytes=([0-9]+)-([0-9]*)", self.headers.get("Range", ""))
+        first = int(asked.group(1)) if asked else 0
+        last = min(int(asked.group(2) or len(content)) if asked else len(content), len(content) - 1)
+        part = content[first:last + 1]
+        self.send_response(206 if asked else 200)
+        self.send_header("Content-Type", mime_type)
+        self.send_header("Accept-Ranges", "bytes")
+        self.send_header("Content-Length", str(len(part)))
+        if asked:
+            self.send_header("Content-Range", f"bytes {first}-{last}/{len(content)}")
+        self.end_headers()
+        self.wfile.write(part)
 
     def log_message(self, _format, *values):
         print(" ".join(str(value) for value in values), flush=True)

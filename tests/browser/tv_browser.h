@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "broadcasts.h"
+#include "fed_broadcast.h"
 #include "service_process.h"
 
 namespace browser_tests {
@@ -18,9 +19,12 @@ namespace browser_tests {
 /// Serves the pages.
 class PageServer : public ChildProcess {
 public:
-    explicit PageServer(const std::string& name = "pages") : ChildProcess(SERVE_PAGES, {PAGES}, name, Runner::machine) {
+    explicit PageServer(const std::string& name = "pages")
+        : ChildProcess(SERVE_PAGES, {PAGES, kRunDirectory + "/held-"}, name, Runner::machine) {
         EXPECT_TRUE(eventually([this] { return output().find('\n') != std::string::npos; }));
     }
+    /// Lets the request for held/NAME be answered, on which a page waits.
+    static void release(const std::string& name) { std::ofstream(kRunDirectory + "/held-" + name); }
     /// "http://127.0.0.1:1234/"
     std::string url() const { return "http://127.0.0.1:" + std::to_string(std::stoi(output().substr(5))) + "/"; }
 };
@@ -134,9 +138,21 @@ protected:
     }
     /// Starts service and browser on a broadcast.
     void start(const tsmake::Multiplex& broadcast, std::vector<std::string> arguments = {}, unsigned int seconds = 20) {
-        service = std::make_unique<ServiceProcess>(writeBroadcast(broadcast, seconds, "broadcast.ts"));
-        browser = std::make_unique<Browser>(std::move(arguments));
+        writeBroadcast(broadcast, seconds, "broadcast.ts");
+        startFile(std::move(arguments));
     }
+    /// Starts on a file of packets.
+    void startPackets(const std::string& packets) {
+        std::ofstream(kFile, std::ios::binary) << packets;
+        startFile({});
+    }
+    /// Starts on the first state of a broadcast, which change() replaces by the state of FedBroadcast::kSecondState.
+    void startFed(const tsmake::Multiplex& broadcast) {
+        fed = std::make_unique<FedBroadcast>(broadcast);
+        service = std::make_unique<ServiceProcess>(fed->input());
+        browser = std::make_unique<Browser>();
+    }
+    void change() const { fed->change(); }
     /// Starts with the page as the AUTOSTART application.
     void page(const std::string& page) { start(broadcastWith(page)); }
     std::string reported(const std::string& name, std::size_t number = 1) const {
@@ -151,7 +167,14 @@ protected:
     }
 
     static constexpr std::uint32_t kOrganisation = 400;
+    const std::string kFile = kRunDirectory + "/broadcast.ts";
+    void startFile(std::vector<std::string> arguments) {
+        service = std::make_unique<ServiceProcess>(kFile);
+        browser = std::make_unique<Browser>(std::move(arguments));
+    }
+
     PageServer pages;
+    std::unique_ptr<FedBroadcast> fed;
     std::unique_ptr<ServiceProcess> service;
     std::unique_ptr<Browser> browser;
 };

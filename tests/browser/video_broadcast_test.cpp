@@ -160,10 +160,53 @@ TEST_F(AVideoBroadcast, ComesBackWithTheDtvService) {
     EXPECT_EQ(events(2)[1], kPresenting);
 }
 
+TEST_F(AVideoBroadcast, BindsToAChannelThatComesBackWithTheDtvService) {
+    run("bindWithoutService");
+    reported("ready");
+    service.reset();
+    EXPECT_EQ(reported("rebound"), "1");
+    EXPECT_EQ(events(3), (Events{"PlayStateChange 1 100", "PlayStateChange 3", "PlayStateChange 1 100"}));
+    service = std::make_unique<ServiceProcess>(kRunDirectory + "/broadcast.ts");
+    EXPECT_EQ(events(4)[3], kPresenting);
+}
+
+TEST_F(AVideoBroadcast, CannotTuneWithoutTheDtvService) {
+    run("tuneWithoutService");
+    reported("ready");
+    service.reset();
+    EXPECT_EQ(events(3),
+              (Events{"PlayStateChange 1 100", "ChannelChangeError " + kSecond + " 100", "PlayStateChange 0 100"}));
+}
+
+TEST_F(AVideoBroadcast, SaysThatTheDtvServiceWentAwayBeforeItAnswered) {
+    run("tuneUnanswered");
+    reported("ready");
+    kill(service->pid(), SIGSTOP);
+    pages.release("stopped");
+    reported("sent");
+    service.reset();
+    EXPECT_EQ(events(3), (Events{kConnecting, "ChannelChangeError " + kSecond + " 100", "PlayStateChange 0 100"}));
+}
+
 TEST_F(AVideoBroadcast, IsLockedByAnotherOneUntilThatHasLeftThePage) {
     run("two");
     EXPECT_EQ(events(4),
               (Events{"PlayStateChange 0 2", "ChannelChangeError " + kFirst + " 2", "PlayStateChange 0", kConnecting}));
+}
+
+TEST_F(AVideoBroadcast, FollowsTheTuneOfOneThatHasLeftThePage) {
+    run("handOver");
+    EXPECT_EQ(reported("other"), kSecond);
+    EXPECT_TRUE(browser->reports("event", changedTo(kSecond)));
+}
+
+TEST_F(AVideoBroadcast, FollowsItsTuneThatTheSetCarriesOutAfterTheViewersChange) {
+    run("late");
+    reported("ready");
+    operate({"tune", "1:1025:28108"});
+    pages.release("tuned");
+    EXPECT_EQ(events(7), (Events{kConnecting, "ChannelChangeError " + kSecond + " 6", changedTo(kThird), kPresenting,
+                                 kConnecting, changedTo(kSecond), kPresenting}));
 }
 
 }  // namespace

@@ -43,6 +43,7 @@ browser_packages=(
 # The tests with the web engine.
 browser_test_packages=(
     "${browser_packages[@]}"
+    gstreamer1.0-plugins-good # plays the audio of the tests
     python3         # serves the pages of the tests
     procps          # kills web processes
     chromium        # looks at the page for people, as a desktop's browser

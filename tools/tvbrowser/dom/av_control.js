@@ -2,6 +2,7 @@
 
 const avStates = { stopped: 0, playing: 1, paused: 2, connecting: 3, buffering: 4, finished: 5, error: 6 };
 const avErrors = { format: 0, connection: 1, unidentified: 2, corrupt: 4, notAvailable: 5 };
+const haveFutureData = 3; // HTMLMediaElement.readyState
 const mediaErrors = { 2: avErrors.connection, 3: avErrors.corrupt }; // MediaError.code
 
 const mediaTypes = ["video/mp4", "audio/mp4", "audio/mpeg", "application/dash+xml"];
@@ -36,6 +37,7 @@ class AvControl {
         const heard = {
             loadedmetadata: () => this.#advance(avStates.connecting, avStates.buffering),
             waiting: () => this.#advance(avStates.playing, avStates.buffering),
+            canplay: () => this.#pauseIfAsked(), // a pausing element is never playing
             playing: () => this.#advance(avStates.buffering, this.#speed === 0 ? avStates.paused : avStates.playing),
             ended: () => this.#finish(),
             error: () => this.#fail(),
@@ -83,6 +85,7 @@ class AvControl {
         if (wanted === 0) {
             pauseMedia(this.#picture.video);
             this.#advance(avStates.playing, avStates.paused);
+            this.#pauseIfAsked();
         } else {
             this.#picture.play();
             this.#advance(avStates.paused, avStates.playing);
@@ -144,16 +147,13 @@ class AvControl {
     #open(url) {
         this.#error = undefined;
         this.#enter(avStates.connecting);
-        if (!this.#isPlayable()) {
+        if (!canPlay(getAttribute(this.#element, "type"))) {
             this.#error = avErrors.format;
             this.#enter(avStates.error);
             return false;
         }
         this.#picture.show(url);
         return true;
-    }
-    #isPlayable() {
-        return canPlay(getAttribute(this.#element, "type"));
     }
     // The attribute is the object's as soon as it is set; the engine would show its data too.
     #takeAttribute() {
@@ -178,6 +178,12 @@ class AvControl {
     #advance(from, to) {
         if (this.#playState === from) {
             this.#enter(to);
+        }
+    }
+    // With data enough to go on, a pausing element does not wait for any.
+    #pauseIfAsked() {
+        if (this.#speed === 0 && media.readyState.get(this.#picture.video) >= haveFutureData) {
+            this.#advance(avStates.buffering, avStates.paused);
         }
     }
     #changeSpeed(speed) {

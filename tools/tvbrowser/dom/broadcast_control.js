@@ -28,7 +28,7 @@ class BroadcastControl {
             return;
         }
         this.channel = presentedChannel();
-        this.enter(playStates.connecting);
+        this.enter(playStates.connecting, isServiceGone() ? channelErrors.unidentified : undefined);
         later(() => this.presentIfKnown());
     }
 
@@ -128,10 +128,12 @@ class BroadcastControl {
         this.release(errorState);
     }
 
-    // The answer to a tune, or the set has changed the channel.
+    // The answer to a tune, or the set has changed the channel. An answer that is not this object's is a change of the
+    // channel too, but while the object waits for a tune of its own, only that one matters.
     channelChanged(started, triplet) {
         const tune = answeredTune(started, triplet);
-        if (tune ? tune.owner !== this || tune.isTold : !started) {
+        const isOwn = tune !== null && tune.owner === this && !tune.isTold;
+        if (!isOwn && (!started || (tune && tuneOf(this)))) {
             return;
         }
         if (!started) {
@@ -139,7 +141,7 @@ class BroadcastControl {
             return;
         }
         this.interruptTune();
-        const isNew = tune !== null || !sameTriplet(channelFacts.get(this.channel), triplet);
+        const isNew = isOwn || !sameTriplet(channelFacts.get(this.channel), triplet);
         this.channel = channelByTriplet(triplet);
         if (isNew) {
             this.follow();
@@ -157,7 +159,8 @@ class BroadcastControl {
     }
 
     presentIfKnown() {
-        if (this.playState === playStates.connecting && !tuneOf(this) && this.channel) {
+        const isReady = this.channel && !tuneOf(this) && !isServiceGone();
+        if (this.playState === playStates.connecting && isReady) {
             this.enter(playStates.presenting);
         }
     }

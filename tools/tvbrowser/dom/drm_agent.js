@@ -7,7 +7,8 @@ const sessionRange = 2 ** 40; // no two pages choose the same numbers
 let nextSession = floor(random() * sessionRange);
 const unanswered = new PrivateMap(); // session -> {element, msgId}; keeps the element until the answer
 let agents = []; // weak references to elements
-let moduleSlots = null; // slots with a module, as far as the set has told; null: nothing yet
+let moduleSlots = []; // slots with a module, as far as the set has told
+let asksForModule = false; // from the first agent on
 
 class DrmAgent {
     static events = {
@@ -21,9 +22,9 @@ class DrmAgent {
     constructor(element) {
         this.#element = element;
         append(agents, new PrivateWeakRef(element));
-        if (moduleSlots === null) {
-            moduleSlots = [];
-            tryCall("connectCa", { session: nextSession++ }, false);
+        if (!asksForModule) {
+            asksForModule = true;
+            askForModule();
         }
     }
 
@@ -41,21 +42,29 @@ class DrmAgent {
         }
         return msgId;
     }
-    DRMSystemStatus() {
-        return moduleSlots.length > 0 ? drmStatus.ready : drmStatus.unknown;
+    DRMSystemStatus(drmSystemId) {
+        return moduleSlots.length > 0 && casystemOf(drmSystemId) !== null ? drmStatus.ready : drmStatus.unknown;
     }
 }
 
 defineType(["application/oipfDrmAgent"], DrmAgent);
 
-// The number in "urn:dvb:casystemid:1234"; null for another system. Without a name: the set's own.
+// The set tells a slot with a module, if there is one.
+function askForModule() {
+    tryCall("connectCa", { session: nextSession++ }, false);
+}
+
+// The number in "urn:dvb:casystemid:1234"; null for a system that the set does not have. Without a name: the set's own,
+// if it is known. A set that does not say its systems leaves it to the module.
 function casystemOf(drmSystemId) {
     const known = setup.capabilities.drm || [];
     if (drmSystemId === undefined || drmSystemId === null) {
-        return known.length > 0 ? known[0] : 0;
+        return known.length > 0 ? known[0] : null;
     }
     const found = matchOf(/^urn:dvb:casystemid:([0-9]{1,5})$/, safeText(drmSystemId));
-    return found && makeNumber(found[1]) <= 0xffff ? makeNumber(found[1]) : null;
+    const system = found ? makeNumber(found[1]) : -1;
+    const isPossible = system >= 0 && system <= 0xffff;
+    return isPossible && (known.length === 0 || those(known, (other) => other === system).length > 0) ? system : null;
 }
 
 function answerDrm(session, resultMsg, resultCode) {
@@ -70,19 +79,24 @@ onSignal("drmReply", ({ session, code, message }) => answerDrm(session, message,
 onSignal("service", ({ connected }) => {
     if (!connected) {
         unanswered.forEach((asked, session) => answerDrm(session, "", drmResults.unknownError));
+        takeSlots([]);
+    } else if (asksForModule) {
+        askForModule();
     }
 });
 
-function changeSlot(slot, isInserted) {
-    const before = (moduleSlots || []).length;
-    moduleSlots = those(moduleSlots || [], (other) => other !== slot);
-    if (isInserted) {
-        append(moduleSlots, slot);
-    }
-    if (moduleSlots.length !== before) {
+function takeSlots(slots) {
+    const isChange = slots.length !== moduleSlots.length;
+    moduleSlots = slots;
+    if (isChange) {
         agents = those(agents, (agent) => agent.deref());
         mapped(agents, (agent) => fireLater(agent.deref(), "DRMSystemStatusChange", { DRMSystem: drmSystemName() }));
     }
+}
+
+function changeSlot(slot, isInserted) {
+    const others = those(moduleSlots, (other) => other !== slot);
+    takeSlots(isInserted ? both(others, [slot]) : others);
 }
 
 const drmSystemName = () => {

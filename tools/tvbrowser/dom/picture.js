@@ -4,7 +4,7 @@ const Video = HTMLVideoElement.prototype;
 const Media = HTMLMediaElement.prototype;
 const accessor = (prototype, name) => getOwnPropertyDescriptor(prototype, name);
 const media = create(null);
-for (const name of ["duration", "currentTime", "playbackRate", "volume", "error"]) {
+for (const name of ["duration", "currentTime", "playbackRate", "volume", "error", "readyState"]) {
     const { get, set } = accessor(Media, name);
     media[name] = set ? { get: uncurry(get), set: uncurry(set) } : { get: uncurry(get) };
 }

@@ -1,7 +1,7 @@
 // Stream events: messages of the broadcast to pages, by an XML description of the event or by an object of the
 // carousel.
 
-const streamListeners = []; // {owner, url, name, listener, id}
+const streamListeners = []; // {owner, url, name, listener, id, awaitsAit}
 let nextStreamListener = 1;
 
 const isSameListener = (one, owner, url, name, listener) =>
@@ -156,10 +156,21 @@ function numberIn(text, highest) {
     return number >= 0 && number <= highest ? number : null;
 }
 
-// By URL: dvb://ONID.TSID.SID[.COMPONENT_TAG]/PATH of the presented service, dvb://current.ait/ORG.APP/PATH of an
+// By URL: dvb://ONID.[TSID].SID[.COMPONENT_TAG]/PATH of the presented service, dvb://current.ait/ORG.APP/PATH of an
 // application's carousel. All numbers are hexadecimal.
 
+const isOfApplication = (url) => startsWith(lowerCase(url), "dvb://current.ait/");
+
+function isAitKnown() {
+    const { known, signalled, complete } = tryCall("applications", null, {});
+    return complete || (known && !signalled);
+}
+
 function listenToObject(entry) {
+    entry.awaitsAit = isOfApplication(entry.url) && !isAitKnown();
+    if (entry.awaitsAit) {
+        return;
+    }
     const found = objectOf(entry.url);
     if (found) {
         askForStreamEvents(entry, { ...found, name: entry.name });
@@ -168,24 +179,32 @@ function listenToObject(entry) {
     }
 }
 
+onSignal("applicationsChanged", () => {
+    mapped(
+        those(streamListeners, (entry) => entry.awaitsAit),
+        listenToObject
+    );
+});
+
 function objectOf(url) {
     const parts = matchOf(/^dvb:\/\/([^/?#]*)\/([^?#]*)/, url);
     if (!parts) {
         return null;
     }
     const path = decodedPath(parts[2]);
-    const inCarousel = matchOf(/^([0-9a-f]+)\.([0-9a-f]+)\.([0-9a-f]+)(?:\.([0-9a-f]+))?$/i, parts[1]);
+    const inCarousel = matchOf(/^([0-9a-f]+)\.([0-9a-f]*)\.([0-9a-f]+)(?:\.([0-9a-f]+))?$/i, parts[1]);
     if (inCarousel) {
+        const presented = tryCall("presented", null, null);
         const triplet = {
             onid: hexNumber(inCarousel[1]),
-            tsid: hexNumber(inCarousel[2]),
+            tsid: inCarousel[2] === "" && presented ? presented.tsid : hexNumber(inCarousel[2]),
             sid: hexNumber(inCarousel[3]),
         };
         const componentTag = inCarousel[4] === undefined ? null : hexNumber(inCarousel[4]);
-        return sameTriplet(triplet, tryCall("presented", null, null)) ? { componentTag, object: path } : null;
+        return sameTriplet(triplet, presented) ? { componentTag, object: path } : null;
     }
     const ofApplication = matchOf(/^([0-9a-f]+)\.([0-9a-f]+)\/(.*)$/i, path);
-    return lowerCase(parts[1]) === "current.ait" && ofApplication
+    return isOfApplication(url) && ofApplication
         ? objectOfApplication(hexNumber(ofApplication[1]), hexNumber(ofApplication[2]), ofApplication[3])
         : null;
 }

@@ -59,9 +59,16 @@ function forgetTunes() {
     tunes = [];
 }
 
-// Why a tune failed: the channel is known but cannot be received, or its transport stream does not have it, or nobody
-// knows it.
+// Whether the set's broadcast service has presented something and is not there at this moment.
+const isServiceGone = () =>
+    tryCall("presented", null, null) !== null && !tryCall("serviceState", null, { connected: false }).connected;
+
+// Why a tune failed: there was nobody to carry it out, or the channel is known but cannot be received, or its transport
+// stream does not have it, or nobody knows it.
 function failureOf(facts) {
+    if (isServiceGone()) {
+        return channelErrors.unidentified;
+    }
     let errorState = channelErrors.unknownChannel;
     const channels = allChannels();
     for (let index = 0; index < channels.length; ++index) {
