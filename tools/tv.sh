@@ -64,11 +64,13 @@ await() {
 }
 
 # The browser comes first, because the sample's application is on the port that it gets. It waits for the service.
+mkfifo "$folder/commands"
+exec {commands}<>"$folder/commands"
 options=(--http 0)
 [ -z "$screenshot" ] || options+=(--screenshot "$screenshot")
 : >"$folder/browser.out"
 DTV_LOG_FILE="$folder/browser.log" "$build/bin/tvbrowser" "${options[@]}" \
-    >"$folder/browser.out" 2>"$folder/browser.err" </dev/null &
+    >"$folder/browser.out" 2>"$folder/browser.err" <"$folder/commands" &
 browser=$!
 await "$browser" "$folder/browser.out" "^page for people: "
 address=$(sed -n 's/^page for people: //p' "$folder/browser.out" | head -n 1)
@@ -81,11 +83,12 @@ if [ -z "$file" ]; then
     "$build/bin/tsmake" "$file" --description "$folder/sample.json"
 fi
 : >"$folder/service.out"
-options=(--input "$file")
+options=(--input "$file" --http 0)
 [ -z "$application" ] || options+=(--application "$application")
 DTV_LOG_FILE="$folder/service.log" "$build/bin/dtvserviced" "${options[@]}" >"$folder/service.out" 2>&1 </dev/null &
 service=$!
 await "$service" "$folder/service.out" "^ready"
+echo "picture $(sed -n 's/^stream: //p' "$folder/service.out")" >&"$commands"
 
 if [ -z "$screenshot" ]; then
     echo

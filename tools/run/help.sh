@@ -40,7 +40,8 @@ TEXT
 usage: ./run tv [FILE.ts] [--application URL] [--screenshot OUT.png]
 Plays a broadcast and starts the HbbTV applications that it signals in a web engine, WPE WebKit, on the library. It
 installs the engine first, and says how large it is. It prints the address of a page that shows the television's screen,
-with a remote control, the applications and a log; open it in any browser, also through an ssh tunnel. Ctrl-C ends it.
+with a remote control, the applications and a log; open it in any browser, also through an ssh tunnel. Pages show the
+broadcast's picture in the box of their broadcast object. Ctrl-C ends it.
   FILE.ts             the broadcast; without it the sample, whose first service has an application of this project
   --application URL   this application on every service, instead of the broadcast's own
   --screenshot FILE   write what the screen shows when the application has drawn itself, and end

@@ -37,15 +37,19 @@ browser_packages=(
     libpng-dev                 # screenshots
     fonts-dejavu-core          # texts of pages
     gstreamer1.0-plugins-base  # the engine's media
+    gstreamer1.0-plugins-good  # and their containers
+    gstreamer1.0-plugins-bad   # the broadcast's transport stream
+    gstreamer1.0-libav         # its video and audio
+    gstreamer1.0-gl            # pictures of videos in pages
     ca-certificates            # pages by HTTPS
     pkgconf                    # finds them
 )
 # The tests with the web engine.
 browser_test_packages=(
     "${browser_packages[@]}"
-    gstreamer1.0-plugins-good # plays the audio of the tests
     python3         # serves the pages of the tests
     procps          # kills web processes
+    ffmpeg          # makes a broadcast with a picture
     chromium        # looks at the page for people, as a desktop's browser
     chromium-driver # and uses it
 )

@@ -100,10 +100,7 @@ class BroadcastControl {
 
     // Where the set gives its picture as a stream, the element shows it; else it is a hole above the picture.
     showPicture() {
-        if (!setup.player) {
-            return;
-        }
-        if (this.playState === playStates.presenting) {
+        if (setup.player && this.playState === playStates.presenting) {
             this.picture.show(setup.player);
             this.picture.play();
         } else if (this.picture.isShown) {
@@ -184,6 +181,13 @@ onSignal("channelChanged", ({ started, channel }) => {
         controlling.channelChanged(started, channel);
     } else {
         answeredTune(started, channel);
+    }
+});
+// The set may give its stream late, another one, or none any more.
+onSignal("picture", ({ url }) => {
+    setup.player = url;
+    if (controlling) {
+        controlling.showPicture();
     }
 });
 // What is known of the channel may come after the channel.

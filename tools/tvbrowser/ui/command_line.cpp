@@ -19,14 +19,18 @@ Program described() {
         "the standard input, one on each line:\n\n"
         "key NAME presses a key of the remote control: RED, GREEN, YELLOW, BLUE, UP, DOWN, LEFT, RIGHT, ENTER, BACK, "
         "EXIT, 0 to 9, CHANNEL_UP, CHANNEL_DOWN and others. screenshot FILE.png writes what the screen shows. start "
-        "ORG.APP starts a signalled application, open URL one from outside of the broadcast. applications lists what "
-        "is signalled and what runs. quit ends.";
+        "ORG.APP starts a signalled application, open URL one from outside of the broadcast. picture URL gives another "
+        "stream than --picture did. applications lists what is signalled and what runs. quit "
+        "ends.";
     program.options = {
         {"library", "FILE", "the library; by default that beside the program", anyFile()},
         {"extension", "FOLDER", "the folder of the engine's extension; by default that beside the program", anyFile()},
         {"application", "URL[,ORG.APP]",
          "start an application from outside of the broadcast. ORG.APP, two hexadecimal numbers, is what an AIT that "
          "signals it calls it"},
+        {"picture", "URL",
+         "the presented service as a stream, such as dtvserviced --http gives it; pages show it in the box of their "
+         "broadcast object. Without it they show no picture"},
         {"size", "WIDTHxHEIGHT", "of the screen, 1280x720 if not given"},
         {"http", "PORT",
          "serve a page for people on this port of 127.0.0.1, 0 for any: the screen, a remote control, the applications "

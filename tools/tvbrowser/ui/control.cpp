@@ -57,6 +57,7 @@ void Control::run(const std::string& line) {
         {"screenshot", [&] { screenshot(argument); }},
         {"start", [&] { start(argument); }},
         {"open", [&] { television.open(argument, std::nullopt); }},
+        {"picture", [&] { television.setPicture(argument); }},
         {"applications",
          [&] {
              for (const std::string& application : television.applications()) {
@@ -69,7 +70,8 @@ void Control::run(const std::string& line) {
     if (command != commands.end()) {
         command->second();
     } else if (!verb.empty()) {
-        say("error: unknown command \"" + verb + "\"; there are key, screenshot, start, open, applications, quit");
+        say("error: unknown command \"" + verb +
+            "\"; there are key, screenshot, start, open, picture, applications, quit");
     }
 }
 

@@ -17,6 +17,7 @@ nlohmann::json setupOf(const RunningApplication& application, const SetDescripti
     described["boundaries"] = application.boundaries;
     described["serviceBound"] = application.isServiceBound;
     return {{"application", described},
+            {"player", set.picture},
             {"capabilities", {{"width", set.width}, {"height", set.height}, {"version", "1.6.1"}}},
             {"configuration",
              {{"preferredAudioLanguage", set.language},

@@ -18,6 +18,7 @@ struct SetDescription {
     std::string softwareVersion;
     std::string language = "eng";  ///< preferred for audio and subtitles, ISO 639-2
     std::string country = "GBR";   ///< ISO 3166
+    std::string picture = {};      ///< URL of the presented service as a stream; empty: pages show no picture
 };
 
 std::string firstScript(const RunningApplication& application, const SetDescription& set);

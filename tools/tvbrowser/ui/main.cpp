@@ -50,6 +50,7 @@ SetDescription setOf(const Arguments& arguments) {
         endWithUsage("--size: \"" + size + "\" is not WIDTHxHEIGHT, each from 1 to 8192");
     }
     set.softwareVersion = DTV_VERSION;
+    set.picture = arguments.value("picture").value_or("");
     return set;
 }
 

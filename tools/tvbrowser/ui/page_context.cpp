@@ -1,6 +1,9 @@
 // The engine's context and settings.
 #include "page_context.h"
 
+#include <cstdlib>
+#include <fstream>
+
 namespace tvbrowser {
 
 namespace {
@@ -23,7 +26,18 @@ WebKitSettings* settingsWith(const std::string& softwareVersion) {
     return settings;
 }
 
+/// Without a sound card, a sink for one would hold a video up at its start. What PulseAudio does is left to it.
+void ruleSoundCardOut() {
+    std::ifstream cards("/proc/asound/cards");
+    unsigned int card = 0;
+    if (!(cards >> card)) {
+        setenv("GST_PLUGIN_FEATURE_RANK", "alsasink:NONE,jackaudiosink:NONE,openalsink:NONE,osssink:NONE,oss4sink:NONE",
+               0);
+    }
+}
+
 WebKitWebContext* contextWith(const PageSettings& settings) {
+    ruleSoundCardOut();  // the web processes are this one's children
     // Not an ephemeral context: the engine keeps the console of such pages to itself.
     WebKitWebsiteDataManager* const data =
         webkit_website_data_manager_new("base-data-directory", settings.dataFolder.c_str(), "base-cache-directory",

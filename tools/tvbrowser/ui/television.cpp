@@ -114,6 +114,14 @@ void Television::applicationChanged(const RunningApplication& application) {
     page->tell("application", stateOf(application));
 }
 
+void Television::setPicture(const std::string& url) {
+    set.picture = url;
+    if (const RunningApplication* const running = manager.running()) {
+        page->setFirstScript(firstScript(*running, set));
+        page->tell("picture", {{"url", url}});
+    }
+}
+
 void Television::onBroadcast(const std::string& name, const nlohmann::json& value) {
     if (name == "channelChanged") {
         const std::optional<si::Triplet> channel = tripletOf(value["channel"]);

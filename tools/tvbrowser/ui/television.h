@@ -34,6 +34,8 @@ public:
     bool open(const std::string& url, const std::optional<ApplicationId>& id) {
         return manager.startIndependent(url, id);
     }
+    /// Pages show this stream as the broadcast's picture; an empty URL: none.
+    void setPicture(const std::string& url);
     /// The presented service's applications, and which one runs: a line each.
     std::vector<std::string> applications() const;
     /// For the page for people: the presented channel, the channel list, the applications and the one that runs.
@@ -60,7 +62,7 @@ private:
     void key(const RemoteKey& key, bool isDown);
     void zap(bool forward);
 
-    const SetDescription set;
+    SetDescription set;
     const Say say;
     ApplicationManager manager;
     const PageContext context;
