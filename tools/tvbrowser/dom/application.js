@@ -127,10 +127,10 @@ class Application extends EventTarget {
         askForKeys(keyset.value, keyset.otherKeys);
     }
 
-    // Starts another application in the place of this one. False if nothing of that name is signalled.
+    // Starts another application in the place of this one. Null if nothing of that name is signalled.
     createApplication(uri, createChild) {
         const url = absoluteUrl(safeText(uri));
-        return url !== null && call("createApplication", { url, child: Boolean(createChild) }) ? true : false;
+        return url !== null && call("createApplication", { url, child: Boolean(createChild) }) ? true : null;
     }
     destroyApplication() {
         call("destroyApplication");
