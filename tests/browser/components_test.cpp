@@ -29,29 +29,24 @@ TEST_F(Components, AreThoseOfThePresentedService) {
     EXPECT_EQ(reported("refused"), R"(["TypeError","TypeError","TypeError"])");
 }
 
-/// Makes the PMT say what tsmake does not.
+/// An ISO_639_language_descriptor.
+std::string languageDescriptor(const std::string& language, char audioType) {
+    return "\x0A\x04" + language + audioType;
+}
+
+/// Makes the PMT say what tsmake does not: commentary for people who do not see well, AC-3 with more than two channels,
+/// subtitles for people who do not hear well.
 void describe(std::string& pmt) {
-    const std::string german(
-        "\x0A\x04"
-        "deu\0",
-        6);
-    const std::string french(
-        "\x0A\x04"
-        "fra\0",
-        6);
-    const std::string subtitles = "fra\x10";
-    // Commentary for people who do not see well; AC-3 with more than two channels; subtitles for hard of hearing.
-    replaceIn(pmt, german,
-              std::string("\x0A\x04"
-                          "deu\x03",
-                          6));
-    replaceIn(pmt, french, std::string("\x6A\x04\x80\x44\0\0", 6));
-    replaceIn(pmt, subtitles, "fra\x20");
-    const std::size_t ac3 = pmt.find("\x6A\x04");
-    constexpr std::size_t kStreamHeader = 5;
-    constexpr std::size_t kTagDescriptor = 3;
-    if (ac3 != std::string::npos) {
-        pmt[ac3 - kTagDescriptor - kStreamHeader] = '\x06';
+    constexpr char kCommentary = 3;
+    const std::string ac3("\x6A\x04\x80\x44\0\0", 6);
+    replaceIn(pmt, languageDescriptor("deu", 0), languageDescriptor("deu", kCommentary));
+    replaceIn(pmt, languageDescriptor("fra", 0), ac3);
+    replaceIn(pmt, "fra\x10", "fra\x20");
+    constexpr std::size_t kFromTypeToIt = 8;  // stream_type, PID, length, and the descriptor of the tag
+    constexpr char kPesPrivate = 6;
+    const std::size_t at = pmt.find(ac3);
+    if (at != std::string::npos) {
+        pmt[at - kFromTypeToIt] = kPesPrivate;
     }
 }
 

@@ -6,8 +6,8 @@ const componentTypes = {
     COMPONENT_TYPE_SUBTITLE: 2,
 };
 
-// What the broadcast's numbers are as media types: stream_type, with the tag of the descriptor that names the coding in the
-// high byte.
+// What the broadcast's numbers are as media types: stream_type, and in the high byte the tag of the descriptor that
+// names the coding.
 const encodings = {
     0x01: "video/mpeg",
     0x02: "video/mpeg",
