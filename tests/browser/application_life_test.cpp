@@ -57,7 +57,7 @@ TEST_F(AnApplication, IsHiddenFirstAndGetsNoKeysWhileItIsHidden) {
     EXPECT_EQ(reported("visible", 3), "true");
     EXPECT_TRUE(says("application: shown"));
     press("GREEN");
-    EXPECT_EQ(reported("created"), "false");
+    EXPECT_EQ(reported("created"), "null");
     EXPECT_EQ(browser->reports("key"), (std::vector<std::string>{"406", "404"}));
 }
 
@@ -148,7 +148,7 @@ TEST_F(AnApplication, CannotCreateOneThatIsNotSignalled) {
     start(broadcastWith("life.html?first#dvb%3A%2F%2Fcurrent.ait%2F190.7"));
     reported("running");
     press("GREEN");
-    EXPECT_EQ(reported("created"), "false");
+    EXPECT_EQ(reported("created"), "null");
     EXPECT_EQ(browser->count("application: load"), 1U);
 }
 

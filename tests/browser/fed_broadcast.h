@@ -17,8 +17,11 @@ public:
     static constexpr tsmake::Second kSecondState = 3;
     static constexpr tsmake::Second kEnd = 2 * kSecondState;
 
-    explicit FedBroadcast(const tsmake::Multiplex& multiplex)
-        : broadcast(fileText(writeBroadcast(multiplex, kEnd, "fed.ts"))), thread([this] { send(); }) {}
+    /// The first state does not have the packets of some PIDs.
+    explicit FedBroadcast(const tsmake::Multiplex& multiplex, std::set<unsigned int> newMissing = {})
+        : broadcast(fileText(writeBroadcast(multiplex, kEnd, "fed.ts"))),
+          missing(std::move(newMissing)),
+          thread([this] { send(); }) {}
     FedBroadcast(const FedBroadcast&) = delete;
     FedBroadcast& operator=(const FedBroadcast&) = delete;
     ~FedBroadcast() {
@@ -33,8 +36,11 @@ public:
 private:
     void send() const {
         constexpr std::chrono::milliseconds kPace{3};  // a little faster than the broadcast is
-        const std::vector<std::string> states[] = {partOf(broadcast, 0, kSecondState),
-                                                   partOf(broadcast, kSecondState, kSecondState)};
+        std::vector<std::string> states[] = {partOf(broadcast, 0, kSecondState),
+                                             partOf(broadcast, kSecondState, kSecondState)};
+        for (std::string& datagram : states[0]) {
+            datagram = withoutPids(datagram, missing);
+        }
         const Socket sender;
         for (std::size_t index = 0; !ends; ++index) {
             const std::vector<std::string>& state = states[isChanged ? 1 : 0];
@@ -45,6 +51,7 @@ private:
 
     const std::uint16_t port = freePort();
     const std::string broadcast;
+    const std::set<unsigned int> missing;
     std::atomic<bool> isChanged{false};
     std::atomic<bool> ends{false};
     std::thread thread;

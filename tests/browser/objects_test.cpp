@@ -52,6 +52,18 @@ TEST_F(Objects, HaveTheCodesOfKeys) {
     EXPECT_EQ(reported("key", 4), "[461,461,true,true]");
 }
 
+TEST_F(Objects, GiveAPageTheKeysThatTheRemoteControlHas) {
+    run("otherKeys");
+    EXPECT_EQ(reported("all"), "[447,447,447]");
+    EXPECT_EQ(reported("none"), "0");
+    EXPECT_EQ(reported("keyset"), "[1025,[457]]");
+    press("GREEN");
+    press("INFO");
+    press("RED");
+    EXPECT_EQ(reported("key", 1), "457");
+    EXPECT_EQ(reported("key", 2), "403");
+}
+
 TEST_F(Objects, AreMadeByTheFactoryIfTheyAreThere) {
     run("factory");
     EXPECT_EQ(reported("there"), "true");

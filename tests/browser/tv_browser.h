@@ -147,8 +147,9 @@ protected:
         startFile({});
     }
     /// Starts on the first state of a broadcast, which change() replaces by the state of FedBroadcast::kSecondState.
-    void startFed(const tsmake::Multiplex& broadcast) {
-        fed = std::make_unique<FedBroadcast>(broadcast);
+    /// The first state does not have the packets of some PIDs.
+    void startFed(const tsmake::Multiplex& broadcast, std::set<unsigned int> missing = {}) {
+        fed = std::make_unique<FedBroadcast>(broadcast, std::move(missing));
         service = std::make_unique<ServiceProcess>(fed->input());
         browser = std::make_unique<Browser>();
     }

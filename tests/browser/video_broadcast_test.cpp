@@ -84,6 +84,39 @@ TEST_F(AVideoBroadcast, SaysThatTheTransportStreamDoesNotHaveAChannel) {
     EXPECT_EQ(events(3), (Events{kConnecting, "ChannelChangeError object 12", "PlayStateChange 0 12"}));
 }
 
+TEST_F(AVideoBroadcast, SaysThatAChannelOfTheListCannotBeReceived) {
+    tsmake::Multiplex broadcast = kSample;
+    broadcast.otherStreams = {{1, 1026, broadcast.deliverySystem, {{28200, 1, "Velmora Elsewhere"}}}};
+    start(broadcastWithEverywhere("video_broadcast.html?elsewhere", broadcast));
+    EXPECT_EQ(reported("name"), "Velmora Elsewhere");
+    EXPECT_EQ(events(3), (Events{kConnecting, "ChannelChangeError ccid:1.1026.28200 1", "PlayStateChange 0 1"}));
+}
+
+TEST_F(AVideoBroadcast, TellsThatTheChannelListHasChanged) {
+    constexpr unsigned int kNit = 0x10;
+    constexpr unsigned int kSdt = 0x11;
+    startFed(broadcastWithEverywhere("video_broadcast.html?listUpdate"), {kNit, kSdt});
+    EXPECT_EQ(reported("list"), R"([["","","",""],true])");
+    change();
+    EXPECT_TRUE(browser->reports("update",
+                                 "[[\"Velmora One HD\",\"Velmora Zwei F\u00f6hn\","
+                                 "\"Velmora \u03a4\u03c1\u03af\u03b1\",\"Velmora Radio\"],"
+                                 "\"Velmora One HD\"]"));
+    EXPECT_EQ(reported("type"), "ChannelListUpdate");
+}
+
+TEST_F(AVideoBroadcast, FollowsTheKeysForChannels) {
+    run("follow");
+    reported("ready");
+    press("CHANNEL_UP");
+    EXPECT_EQ(events(3), (Events{kConnecting, changedTo(kSecond), kPresenting}));
+    press("CHANNEL_DOWN");
+    EXPECT_EQ(reported("event", 5), changedTo(kFirst));
+    EXPECT_EQ(reported("event", 6), kPresenting);
+    press("CHANNEL_DOWN");
+    EXPECT_EQ(reported("event", 8), changedTo(kFourth));
+}
+
 TEST_F(AVideoBroadcast, GoesThroughTheListRoundItsEnd) {
     run("next");
     EXPECT_EQ(events(9), (Events{kConnecting, changedTo(kSecond), kPresenting, kConnecting, changedTo(kFirst),

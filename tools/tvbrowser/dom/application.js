@@ -42,22 +42,23 @@ class Keyset {
         return false;
     }
 
-    // Asks for the keys of the groups; gives the groups that the application has from now on.
+    // Asks for the keys of the groups; gives the groups that the application has from now on. OTHER is the keys of the
+    // list, if the remote control has one of them.
     setValue(value, otherKeys) {
-        this.#otherKeys = mapped(isArray(otherKeys) ? otherKeys : [], (key) => makeNumber(key) | 0);
-        this.#value = makeNumber(value) & 0x7ff;
-        this.#value = askForKeys(this.#value, this.#otherKeys);
+        const wanted = makeNumber(value);
+        const others = mapped(isArray(otherKeys) ? otherKeys : [], (key) => makeNumber(key) | 0);
+        this.#otherKeys = wanted & keysetGroups.OTHER ? those(others, isRemoteKey) : [];
+        this.#value = wanted & (allGroups | (this.#otherKeys.length > 0 ? keysetGroups.OTHER : 0));
+        askForKeys(this.#value, this.#otherKeys);
         return this.#value;
     }
 }
 
+const isRemoteKey = (code) => those(namesOf(keyCodes), (name) => keyCodes[name] === code).length > 0;
+
 // An application whose input is not active gets no keys; its keyset stays what it is.
 function askForKeys(mask, otherKeys) {
-    if (!state.active) {
-        call("setKeyset", { mask: 0, otherKeys: [] });
-        return mask & allGroups;
-    }
-    return call("setKeyset", { mask, otherKeys });
+    call("setKeyset", state.active ? { mask, otherKeys } : { mask: 0, otherKeys: [] });
 }
 
 const keysetGroups = {
@@ -126,10 +127,10 @@ class Application extends EventTarget {
         askForKeys(keyset.value, keyset.otherKeys);
     }
 
-    // Starts another application in the place of this one. False if nothing of that name is signalled.
+    // Starts another application in the place of this one. Null if nothing of that name is signalled.
     createApplication(uri, createChild) {
         const url = absoluteUrl(safeText(uri));
-        return url !== null && call("createApplication", { url, child: Boolean(createChild) }) ? true : false;
+        return url !== null && call("createApplication", { url, child: Boolean(createChild) }) ? true : null;
     }
     destroyApplication() {
         call("destroyApplication");

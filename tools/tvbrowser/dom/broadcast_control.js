@@ -33,10 +33,6 @@ class BroadcastControl {
     }
 
     tune(channel, facts, quiet) {
-        if (!isBroadcastIdType(facts.idType)) {
-            this.refuse(channel, channelErrors.notSupported);
-            return;
-        }
         if (!this.takeControl()) {
             this.refuse(channel, channelErrors.lockedByOther);
             return;

@@ -6,7 +6,8 @@ const componentTypes = {
     COMPONENT_TYPE_SUBTITLE: 2,
 };
 
-// What the broadcast's numbers (stream_type, or a descriptor's tag in the high byte) are as media types.
+// What the broadcast's numbers are as media types: stream_type, and in the high byte the tag of the descriptor that
+// names the coding.
 const encodings = {
     0x01: "video/mpeg",
     0x02: "video/mpeg",
@@ -16,8 +17,8 @@ const encodings = {
     0x04: "audio/mpeg",
     0x0f: "audio/mp4",
     0x11: "audio/mp4",
-    0x6a00: "audio/ac3",
-    0x7a00: "audio/eac3",
+    0x6a06: "audio/ac3",
+    0x7a06: "audio/eac3",
 };
 const aspectRatios = { 2: 1.33, 3: 1.78, 4: 2.21 };
 

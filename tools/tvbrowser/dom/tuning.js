@@ -1,7 +1,6 @@
 // Tunes that pages of this process have asked for, and their answers.
 
 const channelErrors = {
-    notSupported: 0,
     noSignal: 1,
     lockedByOther: 2,
     unknownChannel: 5,
