@@ -54,7 +54,7 @@ TEST_F(KeptSections, AreTheLatestOfEachNumber) {
 }
 
 TEST_F(KeptSections, GoWhenTheirTableHasThemNoMore) {
-    for (const unsigned int number : {0, 1, 2, 8, 9}) {
+    for (const unsigned int number : {0U, 1U, 2U, 8U, 9U}) {
         add(at(number, 9, number < 8 ? 2 : 9), {{1, "One"}});
     }
     add(at(0, 9, 0, 1), {{1, "One"}});
@@ -64,7 +64,7 @@ TEST_F(KeptSections, GoWhenTheirTableHasThemNoMore) {
 }
 
 TEST_F(KeptSections, GoWithTablesBehindTheLastOne) {
-    for (const unsigned int table : {0x50, 0x51, 0x52, 0x60}) {
+    for (const unsigned int table : {0x50U, 0x51U, 0x52U, 0x60U}) {
         add(ofTable(table, table == 0x60 ? 0x60 : 0x52), {{1, "One"}});
     }
     add(ofTable(0x50, 0x50, 1), {{1, "One"}});
