@@ -25,6 +25,8 @@ TEST_F(AnAvControl, SaysThatThereIsNoMedia) {
     EXPECT_EQ(reported("play"), "true");
     EXPECT_EQ(reported("event"), "PlayStateChange 3");
     EXPECT_EQ(reported("asExpected"), "true");
+    EXPECT_EQ(reported("state", 1), "[3,3]");
+    EXPECT_EQ(reported("state", 2), "[6,6]");
     EXPECT_EQ(reported("stopped"), "0");
 }
 
@@ -43,6 +45,9 @@ TEST_F(AnAvControl, PlaysToTheEnd) {
     EXPECT_EQ(reported("playing"), "[1,12000]");
     EXPECT_EQ(reported("seek"), "[false,false,true,11000]");
     EXPECT_EQ(reported("finished"), "[0,true]");
+    EXPECT_EQ(reported("state", 1), "[3,3]");
+    EXPECT_EQ(reported("state", 2), "[4,4]");
+    EXPECT_EQ(reported("state", 3), "[1,1]");
 }
 
 TEST_F(AnAvControl, PausesAndGoesOn) {

@@ -40,6 +40,7 @@ TEST_F(Objects, HaveTheCodesOfKeys) {
     run("keys");
     EXPECT_EQ(reported("codes"), "[37,38,39,40,13,48,57,403,404,405,406,412,413,415,417,19,463,461]");
     EXPECT_EQ(reported("globals"), "true");
+    EXPECT_TRUE(says("script: for developers"));
     EXPECT_EQ(reported("own"), "[1,2,3]");
     EXPECT_EQ(reported("keyset"), "49");
     press("RED");

@@ -94,6 +94,9 @@ TEST_F(APicture, IsInTheBoxOfTheBroadcastObject) {
     EXPECT_EQ(reported("picture"), "[320,180]");
     EXPECT_EQ(reported("box"), "[100,50,640,360]");
     EXPECT_EQ(reported("fullScreen"), "[0,0,1280,720]");
+    EXPECT_EQ(reported("above"), "controls");
+    EXPECT_EQ(reported("below"), "true");
+    EXPECT_EQ(reported("unplaced"), "[320,150]");
     EXPECT_EQ(reported("boxAgain"), "[100,50,640,360]");
     EXPECT_EQ(reported("volume"), "[100,true,30]");
     EXPECT_TRUE(eventually([this] { return isRed("400:200"); }));

@@ -67,6 +67,7 @@ TEST_F(Programmes, AreFoundFromATimeOn) {
 
 TEST_F(Programmes, AreNotSearchedByWhatThereIsNot) {
     run("wrong");
+    EXPECT_EQ(reported("config"), "true");
     EXPECT_EQ(reported("target"), "null");
     EXPECT_EQ(reported("refused"), R"(["TypeError","TypeError","TypeError","TypeError",false])");
     EXPECT_EQ(reported("aborted"), "[true,3]");

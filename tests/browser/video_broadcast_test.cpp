@@ -55,6 +55,15 @@ TEST_F(AVideoBroadcast, TellsItsHandlersToo) {
     EXPECT_EQ(reported("handler", 3), "state 2");
 }
 
+TEST_F(AVideoBroadcast, IsInTheStateOfWhichAnEventTells) {
+    run("states");
+    EXPECT_EQ(reported("state", 1), "[1,1]");
+    EXPECT_EQ(reported("state", 2), "[2,2]");
+    press("CHANNEL_UP");
+    EXPECT_EQ(reported("state", 3), "[1,1]");
+    EXPECT_EQ(reported("state", 4), "[2,2]");
+}
+
 TEST_F(AVideoBroadcast, TunesByTriplet) {
     run("triplet");
     EXPECT_EQ(events(3), (Events{kConnecting, changedTo(kSecond), kPresenting}));

@@ -35,7 +35,7 @@ protected:
     std::string run(const std::string& script) {
         JSCValue* const value = jsc_context_evaluate(context, script.c_str(), -1);
         char* const text = jsc_value_to_string(value);
-        const std::string result = text;
+        std::string result = text;
         g_free(text);
         g_object_unref(value);
         return result;
@@ -43,7 +43,7 @@ protected:
     /// The exception of the last script.
     std::string exception() {
         JSCException* const thrown = jsc_context_get_exception(context);
-        const std::string text = thrown == nullptr ? "" : jsc_exception_get_message(thrown);
+        std::string text = thrown == nullptr ? "" : jsc_exception_get_message(thrown);
         jsc_context_clear_exception(context);
         return text;
     }

@@ -1,11 +1,11 @@
-// video/mp4, audio/mp4, audio/mpeg, application/dash+xml: media from the network, over the engine's <video>.
+// video/mp4, video/mpeg, audio/mp4, audio/mpeg, application/dash+xml: media from the network, over the engine's <video>.
 
 const avStates = { stopped: 0, playing: 1, paused: 2, connecting: 3, buffering: 4, finished: 5, error: 6 };
 const avErrors = { format: 0, connection: 1, unidentified: 2, corrupt: 4, notAvailable: 5 };
 const haveFutureData = 3; // HTMLMediaElement.readyState
 const mediaErrors = { 2: avErrors.connection, 3: avErrors.corrupt }; // MediaError.code
 
-const mediaTypes = ["video/mp4", "audio/mp4", "audio/mpeg", "application/dash+xml"];
+const mediaTypes = ["video/mp4", "video/mpeg", "audio/mp4", "audio/mpeg", "application/dash+xml"];
 const isMediaType = (name) => those(mediaTypes, (other) => other === name).length > 0;
 
 class AvControl {
@@ -29,6 +29,8 @@ class AvControl {
     #error;
     #speed = 0;
     #fullScreen = false;
+    #openings = 0; // what an earlier medium does is not of interest any more
+    #told = null; // events of what happens to the medium at this moment
 
     constructor(element) {
         this.#element = element;
@@ -42,7 +44,7 @@ class AvControl {
             ended: () => this.#finish(),
             error: () => this.#fail(),
         };
-        each(heard, (name, listener) => listenTo(this.#picture.video, name, listener));
+        each(heard, (name, react) => listenTo(this.#picture.video, name, () => this.#happened(react)));
     }
 
     get data() {
@@ -146,10 +148,13 @@ class AvControl {
     // False for media that the engine cannot play: it is not even given them.
     #open(url) {
         this.#error = undefined;
+        ++this.#openings;
         this.#enter(avStates.connecting);
         if (!canPlay(getAttribute(this.#element, "type"))) {
-            this.#error = avErrors.format;
-            this.#enter(avStates.error);
+            this.#happened(() => {
+                this.#error = avErrors.format;
+                this.#enter(avStates.error);
+            });
             return false;
         }
         this.#picture.show(url);
@@ -166,8 +171,26 @@ class AvControl {
     #isOpen() {
         return this.#playState >= avStates.playing && this.#playState <= avStates.buffering;
     }
+    // After what has been told of before. The object is in its new state when the events are told, not earlier, because
+    // handlers look at the state.
+    #happened(react) {
+        const opening = this.#openings;
+        later(() => {
+            if (opening === this.#openings) {
+                const told = (this.#told = []);
+                react();
+                this.#told = null;
+                mapped(told, ([event, fields]) => fireNow(this.#element, event, fields));
+            }
+        });
+    }
+    // What a call of the page causes is told after the call.
     #tell(event, fields) {
-        fireLater(this.#element, event, fields);
+        if (this.#told) {
+            append(this.#told, [event, fields]);
+        } else {
+            fireLater(this.#element, event, fields);
+        }
     }
     #enter(playState) {
         if (this.#playState !== playState) {

@@ -13,6 +13,7 @@ let controlling = null;
 class BroadcastControl {
     playState = playStates.unrealized;
     channel = null;
+    isReacting = false; // to something that the set does
 
     constructor(element) {
         this.element = element;
@@ -65,8 +66,21 @@ class BroadcastControl {
         this.tell("ChannelChangeError", { channel, errorState });
     }
 
+    // What a call of the page causes is told after the call. What the set does is told at once, so that handlers find the
+    // object in the state of which they are told; what they call is a call again.
     tell(event, fields) {
-        fireLater(this.element, event, fields);
+        if (this.isReacting) {
+            this.isReacting = false;
+            fireNow(this.element, event, fields);
+            this.isReacting = true;
+        } else {
+            fireLater(this.element, event, fields);
+        }
+    }
+    react(action) {
+        this.isReacting = true;
+        guarded(action);
+        this.isReacting = false;
     }
 
     // A channel is there, so that its components and stream events can be had.
@@ -172,30 +186,36 @@ class BroadcastControl {
     }
 }
 
-onSignal("channelChanged", ({ started, channel }) => {
-    if (controlling) {
-        controlling.channelChanged(started, channel);
+// After what calls of the page have caused before.
+function onBroadcastSignal(name, listener) {
+    onSignal(name, (value) => later(() => listener(value)));
+}
+onBroadcastSignal("channelChanged", ({ started, channel }) => {
+    const control = controlling;
+    if (control) {
+        control.react(() => control.channelChanged(started, channel));
     } else {
         answeredTune(started, channel);
     }
 });
-// The set may give its stream late, another one, or none any more.
-onSignal("picture", ({ url }) => {
-    setup.player = url;
-    if (controlling) {
-        controlling.showPicture();
-    }
-});
 // What is known of the channel may come after the channel.
-onSignal("channelsChanged", () => {
+onBroadcastSignal("channelsChanged", () => {
     const facts = controlling && channelFacts.get(controlling.channel);
     if (facts && facts.dsd === undefined) {
         controlling.channel = channelByTriplet(facts);
     }
 });
-onSignal("service", ({ connected }) => {
+// The set may give its stream late, another one, or none any more.
+onBroadcastSignal("picture", ({ url }) => {
+    setup.player = url;
     if (controlling) {
-        controlling.serviceChanged(connected);
+        controlling.showPicture();
+    }
+});
+onBroadcastSignal("service", ({ connected }) => {
+    const control = controlling;
+    if (control) {
+        control.react(() => control.serviceChanged(connected));
     }
     if (!connected) {
         forgetTunes();

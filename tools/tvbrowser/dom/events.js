@@ -35,9 +35,13 @@ function makeEvent(name, fields) {
     return event;
 }
 
+function fireNow(target, name, fields) {
+    dispatch(target, makeEvent(name, fields));
+}
+
 // Tells the target's handler and listeners, after the page's script that runs now.
 function fireLater(target, name, fields = {}) {
-    later(() => dispatch(target, makeEvent(name, fields)));
+    later(() => fireNow(target, name, fields));
 }
 
 // Gives a class of event targets its handler properties: {PlayStateChange: ["state", "error"]}.

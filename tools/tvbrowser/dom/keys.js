@@ -39,3 +39,7 @@ const keyEvent = {};
 defineFields(keyEvent, keyCodes, true);
 each(keyCodes, defineGlobal);
 defineGlobal("KeyEvent", keyEvent);
+// OIPF DAE, clause 7.15.5: for developers.
+defineGlobal("debug", function debug(text) {
+    native.log(safeText(text));
+});

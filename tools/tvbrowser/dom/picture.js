@@ -13,7 +13,6 @@ const pauseMedia = uncurry(Media.pause);
 const loadMedia = uncurry(Media.load);
 const canPlayType = uncurry(Media.canPlayType);
 const catchRejection = uncurry(Promise.prototype.catch);
-const computedStyle = getComputedStyle;
 
 const canPlay = (mimeType) => canPlayType(createElement("video"), mimeType) !== "";
 
@@ -67,30 +66,18 @@ class Picture {
         this.place();
     }
 
-    // Without a picture the element is replaced and has its size; with one it is what its display says, and an inline
-    // element has no size of its own.
+    // Full screen changes place and size, not what is above: an application shows its controls over the picture.
     place() {
-        const style = computedStyle(this.#element);
-        const isInline = valueOf(style, "display") === "inline";
         const box = this.#isFullScreen
-            ? { position: "fixed", left: "0", top: "0", width: "100vw", height: "100vh", "z-index": "2147483647" }
-            : {
-                  position: "static",
-                  left: "",
-                  top: "",
-                  width: isInline ? sizeOf(valueOf(style, "width"), "300px") : "100%",
-                  height: isInline ? sizeOf(valueOf(style, "height"), "150px") : "100%",
-                  "z-index": "",
-              };
+            ? { position: "fixed", left: "0", top: "0", width: "100vw", height: "100vh" }
+            : { position: "static", left: "", top: "", width: "100%", height: "100%" };
         each(box, (name, value) => setStyle(styleOf(this.video), name, value));
-        setStyle(styleOf(this.video), "display", isInline ? "inline-block" : "block");
+        setStyle(styleOf(this.video), "display", "block");
     }
 }
 
-const valueOf = uncurry(CSSStyleDeclaration.prototype.getPropertyValue);
 const setStyle = uncurry(CSSStyleDeclaration.prototype.setProperty);
 const styleOf = uncurry(getOwnPropertyDescriptor(HTMLElement.prototype, "style").get);
-const sizeOf = (computed, otherwise) => (computed === "auto" || computed === "" ? otherwise : computed);
 
 const viewWidth = uncurry(getOwnPropertyDescriptor(window, "innerWidth").get);
 const viewHeight = uncurry(getOwnPropertyDescriptor(window, "innerHeight").get);

@@ -1,7 +1,8 @@
 // The schedule of all channels, for those who search it.
 //
-// The schedule is collected from the first search on. It is there once the broadcast has brought nothing new for a
-// while; a broadcast that never stops to bring something does not keep a search waiting for ever.
+// The schedule is collected from the first search on. It is there once the broadcast has brought something, and then
+// nothing new for a while; one that never stops to bring something, or never begins, does not keep a search waiting for
+// ever.
 const quietTime = 1500;
 const longestWait = 10000;
 const startTimer = setTimeout;
@@ -13,7 +14,6 @@ function whenCollected(action) {
     if (!schedule.isOpen) {
         schedule.isOpen = Boolean(tryCall("openSchedule", null, false));
         startTimer(scheduleCollected, longestWait);
-        restartQuietTime();
     }
     if (schedule.isCollected) {
         later(action);

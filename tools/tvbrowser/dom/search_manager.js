@@ -186,6 +186,10 @@ class SearchManager {
     constructor(element) {
         this.#element = element;
     }
+    getChannelConfig() {
+        requireBroadcast();
+        return theChannelConfig();
+    }
     // Null for anything but programmes of the broadcast.
     createSearch(searchTarget) {
         requireBroadcast();
