@@ -6,6 +6,7 @@
 
 #include "application_choice.h"
 #include "keyset.h"
+#include "signalled_applications.h"
 
 namespace tvbrowser {
 
@@ -13,31 +14,6 @@ namespace {
 
 constexpr const char* kCreate = "createApplication";
 constexpr const char* kSetKeyset = "setKeyset";
-
-std::vector<Profile> profilesOf(const nlohmann::json& list) {
-    std::vector<Profile> profiles;
-    for (const nlohmann::json& each : list) {
-        profiles.push_back({each.at("profile"), each.at("major"), each.at("minor"), each.at("micro")});
-    }
-    return profiles;
-}
-
-/// Of each application that which decides on its start. The manager knows an AIT from the moment that it is complete.
-Applications signalledBy(const nlohmann::json& known) {
-    Applications applications;
-    if (!known.at("complete")) {
-        return applications;
-    }
-    for (const nlohmann::json& each : known.at("list")) {
-        SignalledApplication application;
-        application.id = {each.at("organisation"), each.at("application")};
-        application.control = static_cast<ControlCode>(each.at("control").get<std::uint8_t>());
-        application.url = each.at("url");
-        application.profiles = profilesOf(each.at("profiles"));
-        applications.push_back(std::move(application));
-    }
-    return applications;
-}
 
 }  // namespace
 
@@ -57,7 +33,9 @@ bool mayCall(const std::string& name, const nlohmann::json& argument, Broadcast&
 
 bool canStart(const std::string& url, const nlohmann::json& applications) {
     std::string error;
-    const Applications signalled = signalledBy(applications);
+    // The manager knows an AIT from the moment that it is complete.
+    const Applications signalled =
+        applications.at("complete") ? signalledApplications(applications.at("list")) : Applications();
     return requestedStart(url, signalled, Terminal(), error).has_value();
 }
 

@@ -23,6 +23,17 @@ Library libraryOrThrow(const std::string& path) {
     return *library;
 }
 
+std::optional<si::Triplet> tripletOf(const nlohmann::json& channel) {
+    if (!channel.is_object()) {
+        return std::nullopt;
+    }
+    si::Triplet triplet;
+    triplet.onid = channel.value("onid", si::Triplet{}.onid);
+    triplet.tsid = channel.value("tsid", si::Triplet{}.tsid);
+    triplet.sid = channel.value("sid", si::Triplet{}.sid);
+    return triplet;
+}
+
 std::string described(const RunningApplication& application) {
     return (application.id ? applicationIdText(*application.id) + " " : "") + application.url;
 }

@@ -5,16 +5,13 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
-#include <optional>
 #include <vector>
 
 #include "application.h"
-#include "si/triplet.h"
 
 namespace tvbrowser {
 
 /// `list`: that of the broadcast's call `applications`.
 std::vector<SignalledApplication> signalledApplications(const nlohmann::json& list);
-std::optional<si::Triplet> tripletOf(const nlohmann::json& channel);
 
 }  // namespace tvbrowser

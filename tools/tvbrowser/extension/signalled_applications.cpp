@@ -38,15 +38,4 @@ std::vector<SignalledApplication> signalledApplications(const nlohmann::json& li
     return applications;
 }
 
-std::optional<si::Triplet> tripletOf(const nlohmann::json& channel) {
-    if (!channel.is_object()) {
-        return std::nullopt;
-    }
-    si::Triplet triplet;
-    triplet.onid = channel.value("onid", si::Triplet{}.onid);
-    triplet.tsid = channel.value("tsid", si::Triplet{}.tsid);
-    triplet.sid = channel.value("sid", si::Triplet{}.sid);
-    return triplet;
-}
-
 }  // namespace tvbrowser
