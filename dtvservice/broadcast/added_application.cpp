@@ -16,17 +16,13 @@ constexpr std::size_t kLongestPmt = 1024;
 constexpr std::uint16_t kHighestPid = 0x1FFE;
 constexpr unsigned int kReservedPidBits = 0xE000;
 
-std::uint16_t wordOf(const std::vector<std::uint8_t>& bytes, std::size_t at) {
-    return static_cast<std::uint16_t>(bytes[at] << 8U | bytes[at + 1]);
-}
-
 void noteCaPids(const si::Descriptors& descriptors, std::set<std::uint16_t>& pids) {
     constexpr std::uint8_t kCaDescriptor = 0x09;
     constexpr std::size_t kPidAt = 2;
     constexpr std::uint16_t kPidBits = 0x1FFF;
     for (const si::Descriptor& descriptor : descriptors) {
         if (descriptor.tag == kCaDescriptor && descriptor.bytes.size() >= kPidAt + 2) {
-            pids.insert(wordOf(descriptor.bytes, kPidAt) & kPidBits);
+            pids.insert(wordAt(descriptor.bytes, kPidAt) & kPidBits);
         }
     }
 }
@@ -51,7 +47,7 @@ si::Descriptor withoutHbbTv(const si::Descriptor& signalling) {
     constexpr std::uint16_t kTypeBits = 0x7FFF;
     si::Descriptor others = {signalling.tag, {}};
     for (std::size_t at = 0; at + kEntry <= signalling.bytes.size(); at += kEntry) {
-        if ((wordOf(signalling.bytes, at) & kTypeBits) != si::kApplicationTypeHbbTv) {
+        if ((wordAt(signalling.bytes, at) & kTypeBits) != si::kApplicationTypeHbbTv) {
             const auto entry = signalling.bytes.begin() + static_cast<std::ptrdiff_t>(at);
             others.bytes.insert(others.bytes.end(), entry, entry + kEntry);
         }

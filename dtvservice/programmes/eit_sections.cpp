@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "si/tables.h"
+#include "sub_table.h"
 
 namespace dtvservice {
 
@@ -18,10 +19,6 @@ constexpr std::size_t kLastOfSegmentAt = 12;
 constexpr std::size_t kLastTableAt = 13;
 constexpr std::size_t kShortest = 18;  // without events
 constexpr unsigned int kSegment = 8;   // sections
-
-std::uint16_t wordAt(si::Bytes section, std::size_t at) {
-    return static_cast<std::uint16_t>(section.data[at] << 8U | section.data[at + 1]);
-}
 
 bool isCurrentEit(si::Bytes section) {
     return section.size >= kShortest && section.data[0] >= kPresentActual && section.data[0] <= kLastSchedule &&
@@ -38,8 +35,8 @@ bool EitSections::add(std::size_t input, si::Bytes section) {
     if (!isCurrentEit(section)) {
         return true;
     }
-    const Key key = {section.data[0], input, wordAt(section, kNetworkAt), wordAt(section, kTransportStreamAt),
-                     si::tableIdExtension(section)};
+    const Key key = {section.data[0], input, broadcast::wordAt(section, kNetworkAt),
+                     broadcast::wordAt(section, kTransportStreamAt), si::tableIdExtension(section)};
     const auto table = tables.find(key);
     if (table != tables.end()) {
         const auto known = table->second.find(si::sectionNumber(section));
