@@ -213,11 +213,10 @@ TEST_F(AnApplication, OfTwoBrowsersRunsInBoth) {
 TEST_F(AnApplication, WhoseWebProcessIsKilledIsLoadedAgainOnce) {
     page("life.html?first");
     reported("running");
-    const std::string webProcess = "pkill -KILL -P " + std::to_string(browser->pid()) + " WPEWebProcess";
-    EXPECT_EQ(std::system(webProcess.c_str()), 0);
+    browser->killWebProcess();
     EXPECT_TRUE(browser->says("the web process has ended", 1));
     EXPECT_EQ(reported("running", 2), "first");
-    EXPECT_EQ(std::system(webProcess.c_str()), 0);
+    browser->killWebProcess();
     EXPECT_TRUE(browser->says("the web process has ended", 2));
     EXPECT_TRUE(says("application: none"));
 }

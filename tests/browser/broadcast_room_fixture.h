@@ -5,50 +5,24 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <deque>
 #include <list>
 #include <memory>
-#include <mutex>
 
 #include "broadcast.h"
 #include "broadcasts.h"
 #include "description.h"
-#include "locks/lock.h"
+#include "posted_tasks.h"
 #include "service_process.h"
 
 using nlohmann::json;
 
 /// The loop of a test. Events may still be posted after the test, so it is kept for the life of the process.
-class TestLoop {
+class TestLoop : public PostedTasks {
 public:
     static TestLoop& make() {
         static auto& all = *new std::list<TestLoop>;
         return all.emplace_back();
     }
-    void post(std::function<void()> task) {
-        const locks::Lock lock(mutex);
-        tasks.push_back(std::move(task));
-    }
-    /// Runs what has been posted.
-    void run() {
-        for (std::function<void()> task = next(); task; task = next()) {
-            task();
-        }
-    }
-
-private:
-    std::function<void()> next() {
-        const locks::Lock lock(mutex);
-        if (tasks.empty()) {
-            return nullptr;
-        }
-        std::function<void()> first = std::move(tasks.front());
-        tasks.pop_front();
-        return first;
-    }
-
-    std::mutex mutex;
-    std::deque<std::function<void()>> tasks GUARDED_BY(mutex);
 };
 
 /// Makes a broadcast of a description, and writes its first seconds.

@@ -100,8 +100,7 @@ TEST_F(AnApplicationsPage, ThatIsNoPageIsReportedToTheSet) {
 TEST_F(AnApplicationsPage, IsLoadedAfterTheWebProcessDiedWithoutAny) {
     start(withApplications(broadcastWithoutApplications(), {application("life.html?first", 1, kPresent)}));
     EXPECT_TRUE(says("extension: "));
-    const std::string webProcess = "pkill -KILL -P " + std::to_string(browser->pid()) + " WPEWebProcess";
-    EXPECT_EQ(std::system(webProcess.c_str()), 0);
+    browser->killWebProcess();
     EXPECT_TRUE(says("the web process has ended"));
     EXPECT_TRUE(browser->says("extension: ", 2));
     EXPECT_TRUE(eventually([this] {

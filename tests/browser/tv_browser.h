@@ -41,6 +41,9 @@ public:
         EXPECT_EQ(write(commands, text.data(), text.size()), static_cast<ssize_t>(text.size()));
     }
     void press(const std::string& key) const { command("key " + key); }
+    void killWebProcess() const {
+        EXPECT_EQ(std::system(("pkill -KILL -P " + std::to_string(pid()) + " WPEWebProcess").c_str()), 0);
+    }
     bool says(const std::string& text) const {
         return eventually([&] { return output().find(text) != std::string::npos; });
     }

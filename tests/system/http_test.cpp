@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "broadcasts.h"
+#include "datagrams.h"
 #include "demux.h"
 #include "guides.h"
 #include "http_client.h"
@@ -89,18 +90,6 @@ private:
     HttpClient& client;
     std::size_t used = 0;
 };
-
-std::uint16_t freeDatagramPort() {
-    const int descriptor = socket(AF_INET, SOCK_DGRAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    EXPECT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&address), size), 0);
-    EXPECT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size), 0);
-    close(descriptor);
-    return ntohs(address.sin_port);
-}
 
 constexpr std::size_t kFirstVideo = 257;
 constexpr std::size_t kSecondVideo = 513;
@@ -192,7 +181,7 @@ TEST(TheStream, HasABoundedNumberOfReaders) {
 }
 
 TEST(TheStream, HasNullPacketsInSilence) {
-    const HttpService service("udp://127.0.0.1:" + std::to_string(freeDatagramPort()));
+    const HttpService service("udp://127.0.0.1:" + std::to_string(freePort()));
     HttpClient client(service.port);
     client.ask("/stream.ts");
     ASSERT_TRUE(eventually([&] { return client.read() && client.content().size() >= kPacketSize; }));

@@ -11,6 +11,7 @@
 
 #include "dvb_section_interface.h"
 #include "eventually.h"
+#include "posted_tasks.h"
 #include "section_filters.h"
 #include "values.h"
 
@@ -81,32 +82,10 @@ inline FakeFilters& newFakeFilters() {
     return all.emplace_back();
 }
 
-/// Tasks that a test runs itself; posted on the test's thread and on those of workers.
-class Tasks {
+/// Posted on the test's thread and on those of workers.
+class Tasks : public PostedTasks {
 public:
     tvbrowser::Post post() {
-        return [this](std::function<void()> task) {
-            const locks::Lock lock(mutex);
-            tasks.push_back(std::move(task));
-        };
+        return [this](std::function<void()> task) { PostedTasks::post(std::move(task)); };
     }
-    void run() {
-        for (std::function<void()> task = next(); task; task = next()) {
-            task();
-        }
-    }
-
-private:
-    std::function<void()> next() {
-        const locks::Lock lock(mutex);
-        if (tasks.empty()) {
-            return nullptr;
-        }
-        std::function<void()> first = std::move(tasks.front());
-        tasks.pop_front();
-        return first;
-    }
-
-    std::mutex mutex;
-    std::deque<std::function<void()>> tasks GUARDED_BY(mutex);
 };
