@@ -85,7 +85,7 @@ TEST_F(TheBroadcastRoom, TunesAndKeepsWhatItHasWhenATuneFails) {
 TEST_F(TheBroadcastRoom, TunesByADeliverySystemDescriptor) {
     const ServiceProcess service;
     ASSERT_EQ(room.channelNames(4).size(), 4U);
-    ASSERT_TRUE(room.becomes([&] { return room.call("channels")[0]["dsd"] != ""; }));
+    ASSERT_TRUE(room.becomes([&] { return !room.call("channels")[0]["dsd"].get<std::string>().empty(); }));
     const json dsd = room.call("channels")[0]["dsd"];
     EXPECT_EQ(room.call("tuneByDescriptor", {{"dsd", dsd}, {"sid", 28108}}), true);
     EXPECT_TRUE(room.presents(28108));
