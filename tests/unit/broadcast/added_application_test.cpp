@@ -119,7 +119,7 @@ TEST(AnAddedApplication, IsNotSignalledInAPmtWithoutRoom) {
     constexpr std::size_t kOwn = 10;  // bytes of its stream
     const auto ofSize = [](std::size_t size) {
         std::vector<si::Pmt::Stream> streams(3, stream(256, 0x1B, {{0x80, std::vector<std::uint8_t>(255)}}));
-        const std::size_t left = size - kFrame - 3 * (5 + 2 + 255) - 5 - 2;
+        const std::size_t left = size - kFrame - std::size_t{3} * (5 + 2 + 255) - 5 - 2;
         streams.push_back(stream(257, 0x1B, {{0x80, std::vector<std::uint8_t>(left)}}));
         return pmt(std::move(streams));
     };
