@@ -166,4 +166,68 @@ TEST_F(AnIndependentApplication, IsNotStartedByAUrlThatIsNone) {
     EXPECT_EQ(instance(), 1U);
 }
 
+class AnXmlAit : public ATerminal {
+protected:
+    AnXmlAit() { manager.startIndependent("http://b.example/start.aitx"); }
+};
+
+TEST_F(AnXmlAit, StartsItsAutostartApplicationOfTheHighestPriority) {
+    host.news();
+    SignalledApplication best = signalled(kB, ControlCode::autostart, 2);
+    best.boundaries = {"http://c.example"};
+    manager.xmlAitReceived(1, {signalled(kA, ControlCode::autostart, 1), best, signalled(kA, ControlCode::present, 9)});
+    EXPECT_THAT(host.news(), are("load 1 " + kUrlB));
+    manager.pageLoaded(1);
+    EXPECT_THAT(host.news(), are());
+    EXPECT_EQ(manager.running()->id, kB);
+    EXPECT_FALSE(manager.running()->isBroadcastRelated);
+    EXPECT_TRUE(manager.mayGoOnTo(1, "http://c.example/next.html"));
+    EXPECT_FALSE(manager.mayGoOnTo(1, "http://b.example/next.html"));
+}
+
+TEST_F(AnXmlAit, LeavesOutWhatTheTerminalCannotStart) {
+    host.news();
+    SignalledApplication newer = signalled(kA, ControlCode::autostart, 2);
+    newer.profiles = {{0, 9, 1, 1}};
+    manager.xmlAitReceived(1, {newer, signalled(kB, ControlCode::autostart, 1)});
+    EXPECT_THAT(host.news(), are("load 1 " + kUrlB));
+}
+
+TEST_F(AnXmlAit, WithoutAnApplicationToStartEndsTheOneThatItWasToStart) {
+    host.news();
+    manager.xmlAitReceived(1, {signalled(kA, ControlCode::present)});
+    EXPECT_THAT(host.news(), are("unload"));
+    EXPECT_THAT(host.lines, testing::Contains(testing::HasSubstr("has no AUTOSTART application")));
+}
+
+TEST_F(AnXmlAit, LeadsToAPageAndNotToAnotherXmlAit) {
+    manager.xmlAitReceived(1, {signalled(kA, ControlCode::autostart)});
+    host.news();
+    manager.xmlAitReceived(1, {signalled(kB, ControlCode::autostart)});
+    EXPECT_THAT(host.news(), are("unload"));
+}
+
+TEST_F(AnXmlAit, LeadsToItsPageAgainWhenTheWebProcessDies) {
+    manager.xmlAitReceived(1, {signalled(kA, ControlCode::autostart)});
+    host.news();
+    manager.webProcessDied(1);
+    EXPECT_THAT(host.news(), are("load 1 " + kUrlA));
+}
+
+TEST_F(AnXmlAit, IsNoPageOfABroadcastRelatedApplication) {
+    present(kOne, {signalled(kA, ControlCode::autostart)});
+    manager.start(kA);
+    host.news();
+    manager.xmlAitReceived(instance(), {signalled(kB, ControlCode::autostart)});
+    EXPECT_THAT(host.news(), are("not started", "unload"));
+}
+
+TEST_F(AnXmlAit, ThatComesTooLateChangesNothing) {
+    manager.pageLoaded(1);
+    host.news();
+    manager.xmlAitReceived(1, {signalled(kA, ControlCode::autostart)});
+    manager.xmlAitReceived(0, {signalled(kA, ControlCode::autostart)});
+    EXPECT_THAT(host.news(), are());
+}
+
 }  // namespace tvbrowser

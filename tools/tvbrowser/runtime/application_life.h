@@ -17,6 +17,7 @@ struct ApplicationLife {
     std::set<unsigned int> keysDown = {};  ///< keys that the page saw go down
     bool reportsStart = false;             ///< it was started as a broadcast-related one
     bool hasReported = false;              ///< that it has started
+    bool isByXmlAit = false;  ///< its entry point is known from an XML AIT
     bool isLoaded = false;
     bool hasRestarted = false;
     PageTune tune = {};  ///< while it is broadcast-independent

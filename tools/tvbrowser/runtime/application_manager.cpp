@@ -1,6 +1,8 @@
 // Starts and ends applications.
 #include "application_manager.h"
 
+#include <utility>
+
 #include "application_url.h"
 
 namespace tvbrowser {
@@ -162,6 +164,30 @@ void ApplicationManager::loadFailed(Instance instance, const std::string& reason
     fail("its page does not load: " + reason);
 }
 
+void ApplicationManager::xmlAitReceived(Instance instance, const Applications& applications) {
+    if (!isRunning(instance) || life->isLoaded) {
+        return;
+    }
+    RunningApplication& application = life->application;
+    if (application.isBroadcastRelated || std::exchange(life->isByXmlAit, true)) {
+        fail("an XML AIT is not the page that an AIT leads to");
+        return;
+    }
+    const SignalledApplication* const best = bestOf(applications, [this](const SignalledApplication& one) {
+        return one.control == ControlCode::autostart && isStartable(one);
+    });
+    if (best == nullptr) {
+        fail("its XML AIT has no AUTOSTART application that can be started here");
+        return;
+    }
+    host.log(nameOf(application) + " is " + applicationIdText(best->id) + ", by its XML AIT: " + best->url);
+    application.id = best->id;
+    application.name = best->name;
+    application.url = best->url;
+    application.boundaries = best->boundaries;
+    host.load(application);
+}
+
 void ApplicationManager::webProcessDied(Instance instance) {
     if (!isRunning(instance)) {
         return;
@@ -177,6 +203,7 @@ void ApplicationManager::webProcessDied(Instance instance) {
     again.keyset = Keyset::initial(again.application.isBroadcastRelated);
     again.reportsStart = life->reportsStart;
     again.hasReported = life->hasReported;
+    again.isByXmlAit = life->isByXmlAit;
     again.hasRestarted = true;
     life = std::move(again);
     host.load(life->application);

@@ -37,6 +37,9 @@ public:
     void pageLoaded(Instance instance);
     void loadFailed(Instance instance, const std::string& reason);
     void webProcessDied(Instance instance);
+    /// What an application has been started by is an XML AIT with these applications: the best one that is AUTOSTART
+    /// takes its place. A broadcast-related application has been signalled already, and cannot begin so.
+    void xmlAitReceived(Instance instance, const Applications& applications);
 
     // Requests of the page of an application. Those of one that does not run any more change nothing.
 
