@@ -20,6 +20,12 @@ Program described() {
         {"description", "FILE", "JSON with // comments; docs/tsmake.md lists the keys, and the sample is an example",
          anyFile()},
         {"seconds", "N", "length of the broadcast, 1 to 3600; default: 4"},
+        {"insert", "FILE.ts:PID",
+         "send an elementary stream of another transport stream, such as its pictures or its sound, in place of the "
+         "first component of its kind that has no stream yet. It keeps its pace, with the broadcast's clock, and "
+         "begins "
+         "again at its end. The option may come more than once",
+         anyFile()},
         {"print-sample", "", "print the description of the sample, and write no broadcast"},
     };
     program.exitStatuses = {
@@ -30,6 +36,8 @@ Program described() {
         {"tsmake sample.ts", "write the sample"},
         {"tsmake --print-sample > mine.json", "start a description of your own"},
         {"tsmake mine.ts --description mine.json --seconds 20", "write 20 seconds of it"},
+        {"tsmake mine.ts --description mine.json --insert real.ts:120 --insert real.ts:130",
+         "write it with the pictures and the sound of PIDs 120 and 130 of real.ts"},
     };
     program.seeAlso = {"dtvserviced", "dvbshell"};
     return program;

@@ -10,6 +10,7 @@
 
 #include "json_reader.h"
 #include "si/section.h"
+#include "stream_reader.h"
 
 namespace tsmake {
 
@@ -161,6 +162,18 @@ TeletextPage readPage(JsonReader& in) {
     return page;
 }
 
+std::optional<StreamPlace> streamPlaceOf(JsonReader& in) {
+    if (!in.has("stream")) {
+        return std::nullopt;
+    }
+    std::string error;
+    const std::optional<StreamPlace> place = parseStreamPlace(in.text("stream"), error);
+    if (!place) {
+        in.fail("stream", error);
+    }
+    return place;
+}
+
 Component readComponent(JsonReader& in) {
     constexpr std::array<const char*, 4> kKinds = {"video", "audio", "subtitle", "teletext"};
     Component component;
@@ -168,6 +181,7 @@ Component readComponent(JsonReader& in) {
     component.tag = tagOf(in, std::nullopt);
     component.language = languageOf(in);
     component.pid = pidOf(in);
+    component.place = streamPlaceOf(in);
     in.list("pages", [&component](JsonReader& one) { component.pages.push_back(readPage(one)); });
     if (component.kind != Component::Kind::teletext && !component.pages.empty()) {
         in.fail("pages", "is for teletext");

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "command_line.h"
 #include "command_line/arguments.h"
@@ -16,12 +17,14 @@
 #include "description.h"
 #include "folders.h"
 #include "scheduler.h"
+#include "stream_reader.h"
 
 namespace {
 
 struct Options {
     std::string output;
     std::string description;
+    std::vector<tsmake::StreamPlace> streams;
     unsigned int seconds = 4;
 };
 
@@ -34,6 +37,14 @@ Options optionsOf(const command_line::Arguments& arguments) {
     }
     options.output = arguments.words[0];
     options.description = arguments.value("description").value_or("");
+    for (const std::string& stream : arguments.values("insert")) {
+        std::string error;
+        const std::optional<tsmake::StreamPlace> place = tsmake::parseStreamPlace(stream, error);
+        if (!place) {
+            command_line::endWithUsageError(program, "--insert: " + error);
+        }
+        options.streams.push_back(*place);
+    }
     if (const std::optional<std::string> seconds = arguments.value("seconds")) {
         options.seconds =
             static_cast<unsigned int>(command_line::numberOrEnd(program, "--seconds", *seconds, 1, kMostSeconds));
@@ -46,7 +57,7 @@ Options optionsOf(const command_line::Arguments& arguments) {
     std::exit(1);
 }
 
-tsmake::Multiplex multiplexOf(const std::string& path) {
+tsmake::Multiplex described(const std::string& path) {
     if (path.empty()) {
         return tsmake::sampleMultiplex();
     }
@@ -57,10 +68,23 @@ tsmake::Multiplex multiplexOf(const std::string& path) {
     }
     std::string error;
     std::optional<tsmake::Multiplex> multiplex = tsmake::parseDescription(text, error);
-    if (!multiplex || !tsmake::readFolders(*multiplex, std::filesystem::path(path).parent_path().string(), error)) {
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    if (!multiplex || !tsmake::readFolders(*multiplex, folder, error) ||
+        !tsmake::readStreams(*multiplex, folder, error)) {
         endWithError(path + ": " + error);
     }
     return *multiplex;
+}
+
+tsmake::Multiplex multiplexOf(const Options& options) {
+    tsmake::Multiplex multiplex = described(options.description);
+    for (const tsmake::StreamPlace& place : options.streams) {
+        std::string error;
+        if (!tsmake::insertStream(multiplex, place, error)) {
+            endWithError(error);
+        }
+    }
+    return multiplex;
 }
 
 void write(const tsmake::Multiplex& multiplex, const Options& options) {
@@ -100,6 +124,6 @@ int main(int argc, char** argv) {
         return 0;
     }
     const Options options = optionsOf(arguments);
-    write(multiplexOf(options.description), options);
+    write(multiplexOf(options), options);
     return 0;
 }

@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "inserted_stream.h"
 #include "si/calendar.h"
 
 namespace tsmake {
@@ -86,13 +88,21 @@ struct TeletextPage {
     unsigned int number = 100;
 };
 
+/// An elementary stream in another transport stream.
+struct StreamPlace {
+    std::string file;
+    std::uint16_t pid = 0;
+};
+
 struct Component {
-    enum class Kind { video, audio, subtitle, teletext };
+    using Kind = ComponentKind;
     Kind kind = Kind::video;
     std::optional<std::uint8_t> tag;
     std::string language;  ///< three letters, or empty
     std::uint16_t pid = 0;
     std::vector<TeletextPage> pages = {};  ///< teletext only
+    std::optional<StreamPlace> place = std::nullopt;
+    std::shared_ptr<const InsertedStream> stream = nullptr;  ///< in place of an empty one; readStreams() reads it
 };
 
 /// A stream event. tsmake repeats it with the same version until the next one begins.

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "carousel.h"
+#include "inserted_stream.h"
 #include "object_carousel.h"
 #include "tables.h"
 
@@ -17,14 +18,14 @@ namespace tsmake {
 
 namespace {
 
-constexpr std::size_t kPacketSize = 188;
+constexpr std::size_t kPacketSize = kTsPacketSize;
 constexpr std::uint64_t kPacketBits = kPacketSize * 8;
 constexpr std::uint64_t kTicks = 27000000;
 constexpr std::uint64_t kMillisecond = kTicks / 1000;
 /// The distance from the PCR to the PTS, which gives a decoder time to buffer.
 constexpr std::uint64_t kPresentationDelay = 500 * kMillisecond;
 
-using Packet = std::array<std::uint8_t, kPacketSize>;
+using Packet = TsPacketBytes;
 using Bytes = std::vector<std::uint8_t>;
 
 /// Builds the packets of one PID and sets their continuity_counter.
@@ -32,7 +33,8 @@ class PidWriter {
 public:
     explicit PidWriter(std::uint16_t newPid) : pid(newPid) {}
 
-    /// A packet with as much of the payload as fits. Stuffing follows the given fields in the adaptation field.
+    /// A packet with as much of the payload as fits. Stuffing follows the given fields in the adaptation field. A
+    /// packet without payload does not count.
     Packet next(const Bytes& payload, std::size_t& at, bool unitStart, const Bytes& fields) {
         Packet packet;
         packet.fill(0xFF);
@@ -43,13 +45,17 @@ public:
         packet[0] = 0x47;
         packet[1] = static_cast<std::uint8_t>((unitStart ? 0x40U : 0U) | pid >> 8U);
         packet[2] = static_cast<std::uint8_t>(pid & 0xFFU);
-        packet[3] = static_cast<std::uint8_t>((adaptation != 0 ? 0x30U : 0x10U) | (counter++ & 0x0FU));
+        const unsigned int control = (adaptation != 0 ? 0x20U : 0U) | (count != 0 ? 0x10U : 0U);
+        packet[3] = static_cast<std::uint8_t>(control | ((count != 0 ? counter++ : counter - 1) & 0x0FU));
         writeAdaptation(packet, adaptation, fields);
         std::copy_n(payload.begin() + static_cast<std::ptrdiff_t>(at), count,
                     packet.begin() + static_cast<std::ptrdiff_t>(kPacketSize - count));
         at += count;
         return packet;
     }
+
+    /// Counts a packet that has its payload already.
+    void count(Packet& packet) { packet[3] = static_cast<std::uint8_t>((packet[3] & 0xF0U) | (counter++ & 0x0FU)); }
 
 private:
     static void writeAdaptation(Packet& packet, std::size_t length, const Bytes& fields) {
@@ -343,11 +349,23 @@ private:
         }
     }
 
+    /// A stream from elsewhere comes with its packets. Its service's clock has packets of its own, on the same PID.
+    void addInserted(const Component& component, const Service* clockOf) {
+        inserted.emplace_back(*component.stream, component.pid);
+        if (clockOf != nullptr) {
+            sources.push_back({component.pid, 20 * kMillisecond, 0, clockOf, [](std::uint64_t) { return Bytes(); }});
+        }
+    }
+
     void addStreams(const Service& service) {
         const std::uint64_t begin = sources.size() * 2 * kMillisecond;
         for (const Component& component : service.components) {
             const bool hasClock = component.pid == service.pcrPid();
             const Service* const clockOf = hasClock ? &service : nullptr;
+            if (component.stream) {
+                addInserted(component, clockOf);
+                continue;
+            }
             switch (component.kind) {
                 case Component::Kind::video:
                     sources.push_back({component.pid, 20 * kMillisecond, begin, clockOf, videoUnit});
@@ -365,23 +383,49 @@ private:
         }
     }
 
-    Packet packetAt(std::uint64_t ticks) {
-        queueWhatIsDue(ticks);
-        if (!queue.empty() && ticks - queue.front().since > kTicks / 2) {
+    void checkDelay(std::uint64_t due, std::uint64_t ticks) const {
+        if (due + kTicks / 2 < ticks) {
             throw std::length_error("more is to be sent than " + std::to_string(multiplex.bitRate) +
                                     " bit/s have room for");
         }
-        if (queue.empty()) {
-            return nullPacket();
+    }
+
+    /// The one whose packet is due first, if it is.
+    InsertedSender* insertedAt(std::uint64_t ticks) {
+        InsertedSender* first = nullptr;
+        for (InsertedSender& sender : inserted) {
+            if (sender.due() <= ticks && (first == nullptr || sender.due() < first->due())) {
+                first = &sender;
+            }
         }
+        return first;
+    }
+
+    Packet packetAt(std::uint64_t ticks) {
+        queueWhatIsDue(ticks);
+        if (!queue.empty()) {
+            checkDelay(queue.front().since, ticks);
+        }
+        // Decoders have buffers for what is early, and none for what is late.
+        if (InsertedSender* const sender = insertedAt(ticks)) {
+            checkDelay(sender->due(), ticks);
+            Packet packet = sender->next();
+            writerOf(sender->pid()).count(packet);
+            return packet;
+        }
+        return queue.empty() ? nullPacket() : queuedPacket(ticks);
+    }
+
+    PidWriter& writerOf(std::uint16_t pid) { return writers.try_emplace(pid, pid).first->second; }
+
+    Packet queuedPacket(std::uint64_t ticks) {
         Sending& sending = queue.front();
         const bool begins = sending.at == 0;
         const Service* const clockOf = begins ? sending.clockOf : nullptr;
         const Service* const temi = clockOf != nullptr && clockOf->timescale != 0 ? clockOf : nullptr;
         const Bytes fields = clockOf == nullptr ? Bytes() : clockFields(ticks, temi);
-        const std::uint16_t pid = sending.pid;
-        const Packet packet =
-            writers.try_emplace(pid, pid).first->second.next(sending.unit, sending.at, begins, fields);
+        const bool startsUnit = begins && !sending.unit.empty();
+        const Packet packet = writerOf(sending.pid).next(sending.unit, sending.at, startsUnit, fields);
         if (sending.at == sending.unit.size()) {
             queue.pop_front();
         }
@@ -400,6 +444,7 @@ private:
     const Multiplex& multiplex;
     std::vector<Source> sources;
     std::vector<CarouselSource> carousels;
+    std::vector<InsertedSender> inserted;
     std::deque<Sending> queue;
     std::map<std::uint16_t, PidWriter> writers;
 };

@@ -14,6 +14,7 @@ namespace {
 constexpr unsigned int kReservedPidBits = 0xE000;
 constexpr std::uint16_t kNitPid = 0x0010;
 constexpr unsigned int kRunning = 4;
+constexpr std::uint8_t kLanguage = 0x0A;
 
 /// Leaves the stream's descriptor loop open.
 void writeStream(SectionWriter& writer, unsigned int streamType, std::uint16_t pid, std::optional<std::uint8_t> tag) {
@@ -37,11 +38,32 @@ void writeTeletextPage(SectionWriter& writer, const TeletextPage& page) {
         .u8(bcd(page.number % 100));
 }
 
+/// As the PMT of the other transport stream describes it; a language of the component's own takes the place of its.
+void writeInserted(SectionWriter& writer, const Component& component) {
+    const std::string& descriptors = component.stream->descriptors;
+    const bool hasLanguage = !component.language.empty();
+    writeStream(writer, component.stream->streamType, component.pid, component.tag);
+    for (std::size_t at = 0; at < descriptors.size();) {
+        const std::size_t size = 2 + static_cast<std::uint8_t>(descriptors[at + 1]);
+        if (!hasLanguage || descriptors[at] != kLanguage) {
+            writer.text(descriptors.substr(at, size));
+        }
+        at += size;
+    }
+    if (hasLanguage) {
+        writer.openDescriptor(kLanguage).text(component.language).u8(0).close();
+    }
+    writer.close();
+}
+
 void writeComponent(SectionWriter& writer, const Component& component) {
+    if (component.stream) {
+        writeInserted(writer, component);
+        return;
+    }
     constexpr unsigned int kH264 = 0x1B;
     constexpr unsigned int kMpegAudio = 0x03;
     constexpr unsigned int kPesPrivate = 0x06;
-    constexpr std::uint8_t kLanguage = 0x0A;
     constexpr std::uint8_t kTeletext = 0x56;
     constexpr std::uint8_t kSubtitling = 0x59;
     switch (component.kind) {
