@@ -53,6 +53,7 @@ TEST_F(TheBroadcastRoom, ListsTheChannelsOfTheSample) {
     EXPECT_EQ(channels[3], (json{{"onid", 1},
                                  {"tsid", 1025},
                                  {"sid", 28120},
+                                 {"nid", 1},
                                  {"name", "Velmora Radio"},
                                  {"type", 1},
                                  {"idType", 10},

@@ -81,9 +81,50 @@ TEST_F(Objects, SayWhatTheSetCanDo) {
 
 TEST_F(Objects, SayWhatTheViewerHasChosen) {
     run("configuration");
-    EXPECT_EQ(reported("languages"), R"(["eng","eng"])");
-    EXPECT_EQ(reported("country").size(), 3U);
-    EXPECT_EQ(reported("software"), "true");
+    EXPECT_EQ(reported("languages"), R"(["eng","eng","eng"])");
+    EXPECT_EQ(reported("country"), "GBR");
+    EXPECT_EQ(reported("switches"), "[true,true,false]");
+    EXPECT_EQ(reported("readonly"), "TypeError");
+}
+
+TEST_F(Objects, SayWhatTheUserAgentSaysOfTheSet) {
+    run("localSystem");
+    EXPECT_EQ(reported("told"), "true");
+    EXPECT_EQ(reported("agent"), "true");
+    EXPECT_EQ(reported("power"), "[true,true,false]");
+    EXPECT_EQ(reported("device"), "true");
+}
+
+TEST_F(Objects, NameTheNetworksOfTerrestrialChannels) {
+    tsmake::Multiplex broadcast = broadcastWithEverywhere("objects.html?networks");
+    broadcast.deliverySystem = std::string("\x5A\x0B\x02\xFA\xF0\x80\x1F\x81\x2A\xFF\xFF\xFF\xFF", 13);
+    start(broadcast);
+    EXPECT_EQ(reported("networks"), "[1]");
+    EXPECT_EQ(reported("nid"), "1");
+}
+
+TEST_F(Objects, NameNoNetworksWithoutTerrestrialChannels) {
+    run("networks");
+    EXPECT_EQ(reported("networks"), "none");
+    EXPECT_EQ(reported("nid"), "1");
+}
+
+TEST_F(Objects, GiveEachOriginAnIdentifierOfTheSet) {
+    tsmake::Multiplex broadcast = broadcastWithEverywhere("objects.html?deviceId");
+    tsmake::Application& other = broadcast.services[1].ait.versions[0].applications[0];
+    other.applicationId = 2;
+    other.urlBase.replace(other.urlBase.find("127.0.0.1"), std::string("127.0.0.1").size(), "localhost");
+    tsmake::Application& again = broadcast.services[2].ait.versions[0].applications[0];
+    again.applicationId = 3;
+    start(broadcast);
+    constexpr std::size_t kHost = std::string_view(R"(["127.0.0.1",)").size();
+    const std::string first = reported("device", 1);
+    const std::string second = reported("device", 2);
+    EXPECT_EQ(second.rfind(R"(["localhost",)", 0), 0U) << second;
+    EXPECT_NE(first.substr(kHost), second.substr(kHost));
+    EXPECT_EQ(reported("device", 3), first);
+    EXPECT_EQ(reported("refused"), "TypeError");
+    EXPECT_EQ(reported("granted"), "[true,64]");
 }
 
 TEST_F(Objects, ShowNothingElseToPages) {

@@ -53,6 +53,7 @@ TEST(AChannelList, HasWhatTheTablesOfAMultiplexSay) {
     EXPECT_EQ(list.value()[0]["onid"], 65535);
     EXPECT_EQ(list.value()[0]["type"], 2);
     EXPECT_EQ(list.value()[0]["idType"], 12);
+    EXPECT_EQ(list.value()[0]["nid"], nullptr);
     list.add(tsmake::sdtSection(kSample));
     list.add(tsmake::nitSection(kSample));
     EXPECT_TRUE(list.renew());
@@ -60,6 +61,7 @@ TEST(AChannelList, HasWhatTheTablesOfAMultiplexSay) {
     EXPECT_EQ(list.value()[1], (json{{"onid", 1},
                                      {"tsid", 1025},
                                      {"sid", 28107},
+                                     {"nid", 1},
                                      {"name", "Velmora Zwei Föhn"},
                                      {"type", 0},
                                      {"idType", 10},

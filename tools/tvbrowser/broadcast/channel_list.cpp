@@ -172,7 +172,9 @@ std::map<ChannelList::Key, ChannelList::Stream> ChannelList::streams() {
     for (const auto& [network, nit] : nits) {
         for (const auto& [number, section] : nit.sections()) {
             for (const si::Nit::TransportStream& each : section.transportStreams) {
-                stream({each.originalNetworkId, each.transportStreamId}).inNit = &each;
+                Stream& listed = stream({each.originalNetworkId, each.transportStreamId});
+                listed.inNit = &each;
+                listed.networkId = network;
             }
         }
     }
@@ -200,6 +202,7 @@ void ChannelList::appendChannels(const Key& key, const Stream& stream, json& cha
         channels.push_back({{"onid", key.first},
                             {"tsid", key.second},
                             {"sid", service.serviceId},
+                            {"nid", stream.inNit == nullptr ? json() : json(stream.networkId)},
                             {"name", safeText(service.name)},
                             {"type", static_cast<unsigned int>(channelType(service.serviceType))},
                             {"idType", static_cast<unsigned int>(idTypeOf(system))},

@@ -40,6 +40,7 @@ private:
         const TableSections<si::Pat>* pat = nullptr;
         const TableSections<si::Sdt>* sdt = nullptr;
         const si::Nit::TransportStream* inNit = nullptr;
+        std::uint16_t networkId = 0;  ///< of the NIT
     };
 
     void addPat(si::Bytes section);

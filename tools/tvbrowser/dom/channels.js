@@ -59,7 +59,7 @@ function hexOfBytes(bytes) {
 
 // A channel as the broadcast describes it.
 function channelOf(known) {
-    const { onid, tsid, sid, idType, name, type, dsd, majorChannel } = known;
+    const { onid, tsid, sid, nid, idType, name, type, dsd, majorChannel } = known;
     return new Channel(
         { onid, tsid, sid, idType, dsd: undefined, known },
         {
@@ -70,6 +70,7 @@ function channelOf(known) {
             onid,
             tsid,
             sid,
+            nid: nid === null ? undefined : nid,
             name,
             longName: name,
             majorChannel,

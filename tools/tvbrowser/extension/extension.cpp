@@ -9,8 +9,10 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "broadcast.h"
+#include "device_id.h"
 #include "library.h"
 #include "main_loop.h"
 #include "messages.h"
@@ -38,7 +40,8 @@ std::string callOf(std::uint64_t instance, const nlohmann::json& argument) {
 
 class Extension {
 public:
-    Extension(WebKitWebExtension* extension, const std::string& libraryPath) {
+    Extension(WebKitWebExtension* extension, const std::string& libraryPath, std::string newDeviceSecret)
+        : deviceSecret(std::move(newDeviceSecret)) {
         std::string error;
         const unsigned long before = residentKibibytes();
         const std::optional<Library> library = loadLibrary(libraryPath, error);
@@ -80,6 +83,7 @@ private:
     nlohmann::json call(WebKitWebPage* page, std::uint64_t instance, const std::string& name,
                         const nlohmann::json& argument);
 
+    const std::string deviceSecret;
     std::string memory;  ///< a line for the log
     std::unique_ptr<Broadcast> broadcast;
     std::map<guint64, std::shared_ptr<Natives>> pages;
@@ -120,6 +124,9 @@ void Extension::removePage(guint64 id) {
 
 nlohmann::json Extension::call(WebKitWebPage* page, std::uint64_t instance, const std::string& name,
                                const nlohmann::json& argument) {
+    if (name == kDeviceIdCall) {
+        return deviceId(deviceSecret, argument);
+    }
     if (!isCallOfTheSet(name)) {
         nlohmann::json result = broadcast->call(name, argument);
         if (isTune(name)) {
@@ -166,9 +173,10 @@ gboolean Extension::onMessage(WebKitWebPage* page, WebKitUserMessage* message, g
 
 }  // namespace tvbrowser
 
-/// `userData`: the path of the library.
+/// `userData`: as kExtensionDataType says.
 extern "C" G_MODULE_EXPORT void TVBROWSER_EXTENSION_ENTRY(WebKitWebExtension* extension, GVariant* userData) {
     const char* path = "";
-    g_variant_get(userData, "&s", &path);
-    new tvbrowser::Extension(extension, path);  // lives as long as the process
+    const char* secret = "";
+    g_variant_get(userData, "(&s&s)", &path, &secret);
+    new tvbrowser::Extension(extension, path, secret);  // lives as long as the process
 }

@@ -7,6 +7,8 @@
 
 namespace tvbrowser {
 
+/// What the extension is given at its start: the path of the library, and the secret of PageSettings.
+constexpr const char* kExtensionDataType = "(ss)";
 constexpr const char* kParametersType = "(ss)";
 /// Page to set: a call of the set, such as createApplication.
 constexpr const char* kCallMessage = "call";

@@ -24,7 +24,11 @@ nlohmann::json setupOf(const RunningApplication& application, const SetDescripti
               {"preferredSubtitleLanguage", set.language},
               {"preferredUILanguage", set.language},
               {"countryId", set.country},
-              {"softwareVersion", set.softwareVersion}}}};
+              {"vendorName", set.vendorName},
+              {"modelName", set.modelName},
+              {"familyName", set.familyName},
+              {"softwareVersion", set.softwareVersion},
+              {"hardwareVersion", set.hardwareVersion}}}};
 }
 
 /// JSON is no script in two characters, which end a line there.

@@ -8,18 +8,9 @@
 #include <string>
 
 #include "application.h"
+#include "set_description.h"
 
 namespace tvbrowser {
-
-/// What the television says of itself to applications.
-struct SetDescription {
-    unsigned int width = 0;
-    unsigned int height = 0;
-    std::string softwareVersion;
-    std::string language = "eng";  ///< preferred for audio and subtitles, ISO 639-2
-    std::string country = "GBR";   ///< ISO 3166
-    std::string picture = {};      ///< URL of the presented service as a stream; empty: pages show no picture
-};
 
 std::string firstScript(const RunningApplication& application, const SetDescription& set);
 

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <random>
 #include <stdexcept>
 
 #include "command_line.h"
@@ -98,6 +99,16 @@ public:
     std::string path;
 };
 
+std::string newSecret() {
+    constexpr unsigned int kParts = 8;
+    std::random_device random;
+    std::string secret;
+    for (unsigned int part = 0; part < kParts; ++part) {
+        secret += std::to_string(random()) + ".";
+    }
+    return secret;
+}
+
 int run(const Arguments& arguments) {
     const SetDescription set = setOf(arguments);
     const std::optional<std::uint16_t> port = portOf(arguments);
@@ -108,7 +119,8 @@ int run(const Arguments& arguments) {
     settings.libraryPath = arguments.value("library").value_or(beside("lib/libbrowserdvbapi.so"));
     settings.extensionFolder = arguments.value("extension").value_or(beside("lib/tvbrowser"));
     settings.dataFolder = data.path;
-    settings.softwareVersion = DTV_VERSION;
+    settings.userAgent = userAgent(set);
+    settings.deviceSecret = newSecret();
     Television television(set, settings, say);
     if (const auto application = arguments.value("application")) {
         const Opened opened = openedBy(*application);

@@ -4,19 +4,15 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "messages.h"
+
 namespace tvbrowser {
 
 namespace {
 
-/// The user agent of HbbTV (TS 102 796, clause 7.3.2.4). What names a product or a maker is empty.
-std::string userAgent(const std::string& softwareVersion) {
-    return "Mozilla/5.0 (Linux) AppleWebKit/605.1.15 (KHTML, like Gecko) HbbTV/1.6.1 (; ; tvbrowser; " +
-           softwareVersion + "; ; ) tvbrowser/" + softwareVersion;
-}
-
-WebKitSettings* settingsWith(const std::string& softwareVersion) {
+WebKitSettings* settingsWith(const std::string& userAgent) {
     WebKitSettings* const settings = webkit_settings_new();
-    webkit_settings_set_user_agent(settings, userAgent(softwareVersion).c_str());
+    webkit_settings_set_user_agent(settings, userAgent.c_str());
     // A set's application plays without a hand on the remote control.
     webkit_settings_set_media_playback_requires_user_gesture(settings, FALSE);
     webkit_settings_set_allow_modal_dialogs(settings, FALSE);
@@ -45,15 +41,15 @@ WebKitWebContext* contextWith(const PageSettings& settings) {
     WebKitWebContext* const context = webkit_web_context_new_with_website_data_manager(data);
     g_object_unref(data);
     webkit_web_context_set_web_extensions_directory(context, settings.extensionFolder.c_str());
-    webkit_web_context_set_web_extensions_initialization_user_data(context,
-                                                                   g_variant_new_string(settings.libraryPath.c_str()));
+    webkit_web_context_set_web_extensions_initialization_user_data(
+        context, g_variant_new(kExtensionDataType, settings.libraryPath.c_str(), settings.deviceSecret.c_str()));
     return context;
 }
 
 }  // namespace
 
 PageContext::PageContext(const PageSettings& settings)
-    : context(contextWith(settings)), engineSettings(settingsWith(settings.softwareVersion)) {}
+    : context(contextWith(settings)), engineSettings(settingsWith(settings.userAgent)) {}
 
 PageContext::~PageContext() {
     g_object_unref(engineSettings);

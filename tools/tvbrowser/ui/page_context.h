@@ -14,7 +14,8 @@ struct PageSettings {
     std::string extensionFolder;
     std::string libraryPath;  ///< for the extension
     std::string dataFolder;   ///< for what pages store, and for the cache
-    std::string softwareVersion;
+    std::string userAgent;
+    std::string deviceSecret;  ///< nobody else has it; what identifies the set to pages is made of it
 };
 
 class PageContext {
