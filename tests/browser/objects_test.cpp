@@ -75,7 +75,7 @@ TEST_F(Objects, AreMadeByTheFactoryIfTheyAreThere) {
 TEST_F(Objects, SayWhatTheSetCanDo) {
     run("capabilities");
     EXPECT_EQ(reported("profile").rfind("OITF_HD_UIPROF+DVB_C+META_EIT+META_SI", 0), 0U);
-    EXPECT_EQ(reported("broadcast"), R"(["true","ID_DVB_C","false"])");
+    EXPECT_EQ(reported("broadcast"), R"(["true","ID_DVB_C","true","dvb-si"])");
     EXPECT_EQ(reported("has"), "[true,true,false,false,false]");
 }
 
@@ -125,6 +125,14 @@ TEST_F(Objects, GiveEachOriginAnIdentifierOfTheSet) {
     EXPECT_EQ(reported("device", 3), first);
     EXPECT_EQ(reported("refused"), "TypeError");
     EXPECT_EQ(reported("granted"), "[true,64]");
+}
+
+TEST_F(Objects, KnowTheAgesOfParentalControlAndBlockNothing) {
+    run("parental");
+    EXPECT_EQ(reported("schemes"), "[1,true,true,null]");
+    EXPECT_EQ(reported("scheme"), R"(["dvb-si",0,-1,true])");
+    EXPECT_EQ(reported("threshold"), R"(["dvb-si",true,true])");
+    EXPECT_EQ(reported("noMore"), R"(["undefined","undefined","undefined"])");
 }
 
 TEST_F(Objects, ShowNothingElseToPages) {

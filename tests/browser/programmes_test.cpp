@@ -44,6 +44,21 @@ TEST_F(Programmes, HaveRatingsAndDescriptors) {
     EXPECT_EQ(reported("none"), "[0,0]");
 }
 
+TEST_F(Programmes, AreToldWhenTheirRatingsChange) {
+    tsmake::Multiplex broadcast = broadcastWithEverywhere("programmes.html?ratingChanges");
+    std::vector<tsmake::Event>& events = broadcast.services[0].events;
+    events[0].duration = FedBroadcast::kSecondState;
+    events[0].ratings = {{"DEU", 9}, {"AUT", 9}};
+    events[1].ratings = {{"DEU", 13}};
+    startFed(broadcast);
+    EXPECT_EQ(reported("error"), "null");
+    EXPECT_EQ(reported("ready"), "true");
+    EXPECT_EQ(reported("rating", 1), R"([2,true,["12","12"],null,false])");
+    EXPECT_EQ(reported("rating", 2), R"([2,true,["12","12"],null,false])");
+    change();
+    EXPECT_EQ(reported("rating", 3), R"([2,true,["16"],null,false])");
+}
+
 TEST_F(Programmes, ChangeWithTheChannel) {
     run("changes");
     EXPECT_EQ(events(1), (Events{"ProgrammesChanged"}));

@@ -14,6 +14,8 @@ class AvControl {
         PlayPositionChanged: ["position"],
         PlaySpeedChanged: ["speed"],
         FullScreenChange: [],
+        ParentalRatingChange: ["contentID", "ratings", "DRMSystemID", "blocked"],
+        ParentalRatingError: ["contentID", "ratings", "DRMSystemID"],
     };
     static end(object) {
         object.stop();

@@ -105,6 +105,7 @@ class BroadcastControl {
             this.playState = playState;
             this.showPicture();
             this.tell("PlayStateChange", { state: playState, error });
+            tellRatings(this);
         }
     }
 

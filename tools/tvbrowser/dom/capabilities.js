@@ -25,12 +25,6 @@ function tuners() {
     return found;
 }
 
-const joined = (texts, between) => {
-    let all = "";
-    mapped(texts, (text, index) => (all += (index > 0 ? between : "") + text));
-    return all;
-};
-
 // The options of the profile's name: reception, and programmes from present/following and schedule.
 const options = () => {
     const names = mapped(tuners(), (name) => part(name, "ID_".length));
@@ -57,7 +51,9 @@ function describeSet() {
         '<video_broadcast type="' +
         joined(tuners(), " ") +
         '">true</video_broadcast>' +
-        "<parentalcontrol>false</parentalcontrol>" +
+        '<parentalcontrol schemes="' +
+        ageScheme +
+        '">true</parentalcontrol>' +
         "<extendedAVControl>true</extendedAVControl>" +
         '<clientMetadata type="dvb-si">true</clientMetadata>' +
         joined(systems, "") +

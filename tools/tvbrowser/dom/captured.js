@@ -117,6 +117,13 @@ function both(first, second) {
     return all;
 }
 
+// The texts as one, with something between each two.
+function joined(texts, between) {
+    let all = "";
+    mapped(texts, (text, index) => (all += (index > 0 ? between : "") + text));
+    return all;
+}
+
 // The text of anything; a page's toString may throw.
 function safeText(value) {
     try {

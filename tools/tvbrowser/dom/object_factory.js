@@ -7,6 +7,7 @@ const creators = {
     createCapabilitiesObject: "application/oipfCapabilities",
     createConfigurationObject: "application/oipfConfiguration",
     createDrmAgentObject: "application/oipfDrmAgent",
+    createParentalControlManagerObject: "application/oipfParentalControlManager",
     createSearchManagerObject: "application/oipfSearchManager",
 };
 

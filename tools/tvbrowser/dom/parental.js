@@ -44,15 +44,20 @@ const regions = {
 const lowestRating = 0x01;
 const highestRating = 0x0f;
 const ageOfRatingZero = 3;
+const ageScheme = "dvb-si";
 
 class ParentalRating {
-    constructor(country, age) {
-        defineFields(this, { name: makeText(age), scheme: "dvb-si", value: age, labels: 0, region: regions[country] });
+    // Without an age it is none.
+    constructor(age, region) {
+        const name = age === undefined ? undefined : makeText(age);
+        defineFields(this, { name, scheme: ageScheme, value: age, labels: 0, region });
     }
 }
 
 // Ratings that have no age (0, and what broadcasters define themselves) are left out.
 function parentalRatingsOf(ratings) {
     const aged = those(ratings, ({ rating }) => rating >= lowestRating && rating <= highestRating);
-    return new Collection(mapped(aged, ({ country, rating }) => new ParentalRating(country, rating + ageOfRatingZero)));
+    return new Collection(
+        mapped(aged, ({ country, rating }) => new ParentalRating(rating + ageOfRatingZero, regions[country]))
+    );
 }

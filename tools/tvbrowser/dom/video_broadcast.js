@@ -9,6 +9,8 @@ class VideoBroadcast {
         ProgrammesChanged: [],
         ComponentChanged: ["componentType"],
         SelectedComponentChanged: ["componentType"],
+        ParentalRatingChange: ["contentID", "ratings", "DRMSystemID", "blocked"],
+        ParentalRatingError: ["contentID", "ratings", "DRMSystemID"],
         DRMRightsError: ["errorState", "contentID", "DRMSystemID", "rightsIssuerURL"],
     };
     static end(object) {
