@@ -3,7 +3,8 @@
   serve_pages.py FOLDER [HELD]
 Some things are no files of the folder: held/NAME is answered, with nothing, as soon as the file of the name HELDNAME
 exists; late/PAGE is a page whose bytes come after its header as soon as HELDlate exists, and then a line "late page" is
-printed; silence.mp3 is twelve seconds of audio, also in parts.
+printed; missing/PAGE is a page with the status 404; silence.mp3 is twelve seconds of audio, also in parts. A page can be
+posted to, and the line says what.
 """
 import functools
 import http.server
@@ -24,6 +25,7 @@ def wait_for(file):
 
 class Pages(http.server.SimpleHTTPRequestHandler):
     protocol_version = "HTTP/1.1"
+    status = 200  # of files that are there
     extensions_map = {
         ".html": "text/html; charset=utf-8",
         ".xhtml": "application/vnd.hbbtv.xhtml+xml; charset=utf-8",
@@ -43,10 +45,22 @@ class Pages(http.server.SimpleHTTPRequestHandler):
             self.path = "/" + name
             super().do_GET()
             print("late page", flush=True)
+        elif start == "/missing":
+            self.path = "/" + name
+            self.status = 404
+            super().do_GET()
         elif name == "silence.mp3":
             self.send_medium(SILENCE, "audio/mpeg")
         else:
             super().do_GET()
+
+    def do_POST(self):
+        body = self.rfile.read(int(self.headers["Content-Length"]))
+        print("posted", body.decode(), flush=True)
+        super().do_GET()
+
+    def send_response(self, code, message=None):
+        super().send_response(self.status if code == 200 else code, message)
 
     def copyfile(self, source, outputfile):
         """Called between the header of a page and its bytes."""

@@ -1,11 +1,13 @@
-// The script that gives pages their broadcast objects.
+// The scripts that run in a page before any script of its own.
 #ifndef TVBROWSER_DOM_SCRIPT_H
 #define TVBROWSER_DOM_SCRIPT_H
 
 namespace tvbrowser {
 
-/// A JavaScript expression: one function of (native, setup), to be called in a page before any script of the page.
+/// A JavaScript expression: one function of (native, setup) that gives a page its broadcast objects.
 extern const char* const kDomScript;
+/// A JavaScript expression: one function without parameters that makes documents of HbbTV's own type XHTML.
+extern const char* const kDocumentScript;
 
 }  // namespace tvbrowser
 

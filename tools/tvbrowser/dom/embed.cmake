@@ -1,7 +1,8 @@
-# Writes OUT.js, the FILES of the folder FROM as one function of (native, setup), and OUT.cpp, the same as a C++ text.
-#   cmake -DFILES=a.js;b.js -DFROM=FOLDER -DOUT=FILE -P embed.cmake
+# Writes OUT.js, the FILES of the folder FROM as one function of PARAMETERS, and OUT.cpp, the same as the C++ text
+# VARIABLE.
+#   cmake -DFILES=a.js;b.js -DFROM=FOLDER -DOUT=FILE -DVARIABLE=kName -DPARAMETERS=a,b -P embed.cmake
 # The text is an array of characters, because compilers limit the length of a string literal.
-set(script "(function (native, setup) {\n\"use strict\";\n")
+set(script "(function (${PARAMETERS}) {\n\"use strict\";\n")
 foreach(file ${FILES})
   file(READ ${FROM}/${file} text)
   string(APPEND script "\n${text}")
@@ -17,5 +18,5 @@ endif()
 file(WRITE ${OUT}.cpp "#include \"dom_script.h\"\n
 namespace tvbrowser {\n
 static const char kText[] = {\n${bytes}0};
-const char* const kDomScript = kText;\n
+const char* const ${VARIABLE} = kText;\n
 }  // namespace tvbrowser\n")

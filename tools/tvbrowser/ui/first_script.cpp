@@ -44,8 +44,9 @@ nlohmann::json stateOf(const RunningApplication& application) {
 
 std::string firstScript(const RunningApplication& application, const SetDescription& set) {
     const std::string name = kNativesName;
-    return "(function () { \"use strict\"; const natives = globalThis." + name + "; delete globalThis." + name +
-           "; if (!natives) { return; } natives.begin(" + std::to_string(application.instance) +
+    return std::string(kDocumentScript) + "();\n(function () { \"use strict\"; const natives = globalThis." + name +
+           "; delete globalThis." + name + "; if (!natives) { return; } natives.begin(" +
+           std::to_string(application.instance) +
            "); const parse = JSON.parse, stringify = JSON.stringify; const native = {"
            "call(name, argument) { return parse(natives.call(name, stringify(argument === undefined ? null : "
            "argument))); },"

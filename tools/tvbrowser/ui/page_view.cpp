@@ -34,6 +34,12 @@ void addObjectStyle(WebKitWebView* view) {
     webkit_user_style_sheet_unref(sheet);
 }
 
+/// Documents of HbbTV's own type (TS 102 796, clause 7.3.1.1). The engine shows them as it shows all XML, but says that
+/// it does not support them.
+bool isHbbTvType(const char* type) {
+    return type != nullptr && g_ascii_strcasecmp(type, "application/vnd.hbbtv.xhtml+xml") == 0;
+}
+
 std::string withoutFragment(const std::string& url) {
     return url.substr(0, url.find('#'));
 }
@@ -65,7 +71,6 @@ PageView::~PageView() {
 void PageView::leave() {
     isLeaving = true;
     headless->leaveScreen();
-    document.reset();
 }
 
 void PageView::load(const std::string& url, const std::string& firstScript) {
@@ -122,7 +127,7 @@ void PageView::leaveFor(const std::string& url) {
 }
 
 gboolean PageView::onLoadFailed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error, PageView* self) {
-    // A refused response has been told; a fetched document comes later. A page cancels what it begins anew.
+    // A refused response has been told. A page cancels what it begins anew.
     const bool interrupted =
         g_error_matches(error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) != 0 ||
         g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) != 0;
@@ -159,27 +164,15 @@ void PageView::onResponse(WebKitResponsePolicyDecision* response) {
     WebKitPolicyDecision* const decision = WEBKIT_POLICY_DECISION(response);
     WebKitURIResponse* const got = webkit_response_policy_decision_get_response(response);
     const std::string url = webkit_uri_response_get_uri(got);
+    const std::string problem = isOfPage(url) ? problemOf(response) : "";
     if (!isOfPage(url)) {
-        if (isHbbTvDocument(got)) {
-            webkit_policy_decision_ignore(decision);
-            events.onLog("engine", url + " is no document for a frame: it has HbbTV's type");
-        } else {
-            webkit_policy_decision_use(decision);
-        }
-        return;
-    }
-    document.reset();
-    awaited.clear();
-    const std::string problem = problemOf(response);
-    if (!problem.empty()) {
+        webkit_policy_decision_use(decision);
+    } else if (!problem.empty()) {
         webkit_policy_decision_ignore(decision);
         events.onFailed(problem);
     } else if (!isStarting && !events.mayGoOnTo(url)) {
         webkit_policy_decision_ignore(decision);
         leaveFor(url);
-    } else if (isHbbTvDocument(got)) {
-        awaited = url;
-        webkit_policy_decision_download(decision);
     } else {
         webkit_policy_decision_use(decision);
     }
@@ -194,31 +187,15 @@ std::string PageView::problemOf(WebKitResponsePolicyDecision* response) const {
         return "HTTP status " + std::to_string(status);
     }
     const char* const type = webkit_uri_response_get_mime_type(got);
-    return isHbbTvDocument(got) || webkit_response_policy_decision_is_mime_type_supported(response) != FALSE
+    return isHbbTvType(type) || webkit_response_policy_decision_is_mime_type_supported(response) != FALSE
                ? ""
                : std::string("a document of type ") + (type == nullptr ? "unknown" : type) + " is no page";
 }
 
 void PageView::onDownload(WebKitWebContext*, WebKitDownload* download, PageView* self) {
-    if (webkit_download_get_web_view(download) != self->view) {
-        return;
-    }
-    if (self->awaited.empty() || self->document || self->isLeaving) {
+    if (webkit_download_get_web_view(download) == self->view) {
         webkit_download_cancel(download);
         self->events.onLog("engine", "a television stores no files");
-        return;
-    }
-    self->document = std::make_unique<HbbTvDocument>(
-        download, [self](GBytes* bytes, const std::string& reason) { self->onFetched(bytes, reason); });
-}
-
-void PageView::onFetched(GBytes* bytes, const std::string& reason) {
-    const std::string url = std::exchange(awaited, "");
-    document.reset();
-    if (bytes == nullptr) {
-        events.onFailed(reason);
-    } else {
-        showHbbTvDocument(view, bytes, url);
     }
 }
 

@@ -1,5 +1,5 @@
 // PageView: the engine's view of one application: its page, and the pages that it goes on to. Each application has a
-// view of its own, so that no event, frame, download or history of another can be taken for its own.
+// view of its own, so that no event, frame or history of another can be taken for its own.
 // Threads: the main one.
 // Blocks:  never.
 // Fails:   a page that cannot be loaded is told by onFailed.
@@ -12,7 +12,6 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "hbbtv_document.h"
 #include "headless_view.h"
 #include "page_context.h"
 
@@ -65,16 +64,13 @@ private:
     bool isOfPage(const std::string& url) const;
     void onResponse(WebKitResponsePolicyDecision* decision);
     std::string problemOf(WebKitResponsePolicyDecision* decision) const;
-    void onFetched(GBytes* document, const std::string& reason);
     void onMessageOf(const char* message, const char* name, const char* value);
 
     const PageViewEvents events;
     HeadlessView* headless;  ///< the engine's view deletes it
     WebKitWebView* view = nullptr;
-    std::string asked;    ///< URL that the page or a frame asked for last
-    std::string coming;   ///< URL of the page that is on its way
-    std::string awaited;  ///< URL of an HbbTV document that is fetched
-    std::unique_ptr<HbbTvDocument> document;
+    std::string asked;        ///< URL that the page or a frame asked for last
+    std::string coming;       ///< URL of the page that is on its way
     bool isStarting = false;  ///< the first page neither is there nor has failed
     bool isLeaving = false;
     bool hasEnded = false;  ///< its web process has
