@@ -110,6 +110,32 @@ TEST_F(AnApplicationsPage, IsLoadedAfterTheWebProcessDiedWithoutAny) {
     EXPECT_EQ(reported("running"), "first");
 }
 
+TEST_F(AnApplicationsPage, MayBeNamedByAnXmlAit) {
+    page("life.html?first#start.aitx");
+    EXPECT_EQ(reported("running"), "first");
+    press("GREEN");
+    EXPECT_EQ(reported("running", 2), "second");
+    EXPECT_EQ(reported("related", 2), "false");
+    press("RED");
+    EXPECT_TRUE(browser->reports("key", "403"));
+    browser->command("applications");
+    EXPECT_TRUE(says("running: 190.1f " + pages.url() + "life.html?second"));
+}
+
+TEST_F(AnApplicationsPage, ThatAWrongXmlAitNamesIsRefusedByWhatIsWrong) {
+    page("life.html?first#wrong.aitx");
+    EXPECT_EQ(reported("running"), "first");
+    press("GREEN");
+    EXPECT_TRUE(
+        says("its XML AIT is wrong: Application 1: applicationIdentifier/orgId: \"a broadcaster\" is no number"));
+}
+
+TEST_F(AnApplicationsPage, ThatTheBroadcastSignalsIsNoXmlAit) {
+    page("start.aitx");
+    EXPECT_TRUE(says("application: not started"));
+    EXPECT_TRUE(says("an XML AIT is not the page that an AIT leads to"));
+}
+
 }  // namespace
 
 }  // namespace browser_tests

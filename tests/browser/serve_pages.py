@@ -49,10 +49,17 @@ class Pages(http.server.SimpleHTTPRequestHandler):
             self.path = "/" + name
             self.status = 404
             super().do_GET()
+        elif name.endswith(".aitx"):
+            self.send_medium(self.signalling(name), "application/vnd.dvb.ait+xml")
         elif name == "silence.mp3":
             self.send_medium(SILENCE, "audio/mpeg")
         else:
             super().do_GET()
+
+    def signalling(self, name):
+        """An XML AIT of the folder, with this server's address in place of HERE."""
+        with open(os.path.join(self.directory, name), "rb") as file:
+            return file.read().replace(b"HERE", f"http://{self.headers['Host']}".encode())
 
     def do_POST(self):
         body = self.rfile.read(int(self.headers["Content-Length"]))

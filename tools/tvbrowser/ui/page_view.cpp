@@ -40,6 +40,11 @@ bool isHbbTvType(const char* type) {
     return type != nullptr && g_ascii_strcasecmp(type, "application/vnd.hbbtv.xhtml+xml") == 0;
 }
 
+/// An AIT in place of a page (TS 102 809, clause 5.4).
+bool isXmlAitType(const char* type) {
+    return type != nullptr && g_ascii_strcasecmp(type, "application/vnd.dvb.ait+xml") == 0;
+}
+
 std::string withoutFragment(const std::string& url) {
     return url.substr(0, url.find('#'));
 }
@@ -66,10 +71,12 @@ PageView::~PageView() {
     g_signal_handlers_disconnect_by_data(view, this);
     g_signal_handlers_disconnect_by_data(webkit_web_view_get_context(view), this);
     g_object_unref(view);
+    g_object_unref(reading);
 }
 
 void PageView::leave() {
     isLeaving = true;
+    g_cancellable_cancel(reading);
     headless->leaveScreen();
 }
 
@@ -102,8 +109,13 @@ void PageView::tell(const std::string& name, const nlohmann::json& value) {
 }
 
 void PageView::onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageView* self) {
-    if (event != WEBKIT_LOAD_FINISHED && !self->isLeaving) {
+    if (self->isLeaving) {
+        return;
+    }
+    if (event != WEBKIT_LOAD_FINISHED) {
         self->onProgress(event);
+    } else if (std::exchange(self->isXmlAit, false)) {
+        self->readXmlAit();
     }
 }
 
@@ -116,9 +128,36 @@ void PageView::onProgress(WebKitLoadEvent event) {
     coming.clear();
     if (isStarting) {
         isStarting = false;
-        events.onLoaded();
+        if (!isXmlAit) {
+            events.onLoaded();
+        }
     } else if (const std::string url = webkit_web_view_get_uri(view); !events.mayGoOnTo(url)) {
         leaveFor(url);
+    }
+}
+
+/// The engine shows it as it shows all XML, and nobody sees that: no application is visible before its page asks.
+void PageView::readXmlAit() {
+    webkit_web_resource_get_data(webkit_web_view_get_main_resource(view), reading, onXmlAitRead, this);
+}
+
+void PageView::onXmlAitRead(GObject* resource, GAsyncResult* result, gpointer data) {
+    gsize size = 0;
+    GError* error = nullptr;
+    guchar* const bytes = webkit_web_resource_get_data_finish(WEBKIT_WEB_RESOURCE(resource), result, &size, &error);
+    const std::string document(reinterpret_cast<const char*>(bytes), bytes == nullptr ? 0 : size);
+    const std::string problem = error == nullptr ? "" : error->message;
+    const bool isCancelled = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE;
+    g_clear_error(&error);
+    g_free(bytes);
+    if (isCancelled) {
+        return;
+    }
+    const PageViewEvents& events = static_cast<PageView*>(data)->events;
+    if (problem.empty()) {
+        events.onXmlAit(document);
+    } else {
+        events.onFailed(problem);
     }
 }
 
@@ -174,6 +213,7 @@ void PageView::onResponse(WebKitResponsePolicyDecision* response) {
         webkit_policy_decision_ignore(decision);
         leaveFor(url);
     } else {
+        isXmlAit = isStarting && isXmlAitType(webkit_uri_response_get_mime_type(got));
         webkit_policy_decision_use(decision);
     }
 }
@@ -187,7 +227,8 @@ std::string PageView::problemOf(WebKitResponsePolicyDecision* response) const {
         return "HTTP status " + std::to_string(status);
     }
     const char* const type = webkit_uri_response_get_mime_type(got);
-    return isHbbTvType(type) || webkit_response_policy_decision_is_mime_type_supported(response) != FALSE
+    return isHbbTvType(type) || (isStarting && isXmlAitType(type)) ||
+                   webkit_response_policy_decision_is_mime_type_supported(response) != FALSE
                ? ""
                : std::string("a document of type ") + (type == nullptr ? "unknown" : type) + " is no page";
 }

@@ -21,6 +21,7 @@ namespace tvbrowser {
 struct PageViewEvents {
     std::function<void()> onLoaded;                    ///< the first page is there
     std::function<void(const std::string&)> onFailed;  ///< a page cannot be loaded; the reason
+    std::function<void(const std::string&)> onXmlAit;  ///< the first document is an XML AIT; its bytes
     std::function<void()> onProcessDied;               ///< the page is gone; told later, from the main loop
     /// Whether the page may go on to the URL of a document.
     std::function<bool(const std::string& url)> mayGoOnTo;
@@ -59,7 +60,9 @@ private:
     static gboolean onMessage(WebKitWebView*, WebKitUserMessage* message, PageView* self);
     static void onTerminated(WebKitWebView*, WebKitWebProcessTerminationReason reason, PageView* self);
     static void onDownload(WebKitWebContext*, WebKitDownload* download, PageView* self);
+    static void onXmlAitRead(GObject* resource, GAsyncResult* result, gpointer self);
     void onProgress(WebKitLoadEvent event);
+    void readXmlAit();
     void leaveFor(const std::string& url);
     bool isOfPage(const std::string& url) const;
     void onResponse(WebKitResponsePolicyDecision* decision);
@@ -69,9 +72,11 @@ private:
     const PageViewEvents events;
     HeadlessView* headless;  ///< the engine's view deletes it
     WebKitWebView* view = nullptr;
-    std::string asked;        ///< URL that the page or a frame asked for last
-    std::string coming;       ///< URL of the page that is on its way
-    bool isStarting = false;  ///< the first page neither is there nor has failed
+    GCancellable* const reading = g_cancellable_new();  ///< of an XML AIT; the view may be gone before it has come
+    std::string asked;                                  ///< URL that the page or a frame asked for last
+    std::string coming;                                 ///< URL of the page that is on its way
+    bool isXmlAit = false;                              ///< the document that is coming, or is there
+    bool isStarting = false;                            ///< the first page neither is there nor has failed
     bool isLeaving = false;
     bool hasEnded = false;  ///< its web process has
 };

@@ -9,6 +9,7 @@
 #include "engine_keys.h"
 #include "main_loop.h"
 #include "signalled_applications.h"
+#include "xml_ait.h"
 
 namespace tvbrowser {
 
@@ -58,6 +59,7 @@ PageViewEvents Television::eventsOf(Instance instance) {
         manager.pageLoaded(instance);
     };
     events.onFailed = [this, instance](const std::string& reason) { manager.loadFailed(instance, reason); };
+    events.onXmlAit = [this, instance](const std::string& document) { onXmlAit(instance, document); };
     events.onProcessDied = [this, instance] { onProcessDied(instance); };
     events.mayGoOnTo = [this, instance](const std::string& url) { return manager.mayGoOnTo(instance, url); };
     events.onLeft = [this, instance](const std::string& url) { manager.leftBoundary(instance, url); };
@@ -99,6 +101,15 @@ void Television::load(const RunningApplication& application) {
 void Television::unload() {
     say("application: none");
     showNothing();
+}
+
+void Television::onXmlAit(Instance instance, const std::string& document) {
+    std::string error;
+    if (const std::optional<Applications> applications = parseXmlAit(document, error)) {
+        manager.xmlAitReceived(instance, *applications);
+    } else {
+        manager.loadFailed(instance, "its XML AIT is wrong: " + error);
+    }
 }
 
 void Television::onProcessDied(Instance instance) {

@@ -55,6 +55,7 @@ private:
     void replacePage(Instance instance);
     void showNothing();
     void forgetLeaving();
+    void onXmlAit(Instance instance, const std::string& document);
     void onProcessDied(Instance instance);
     void onBroadcast(const std::string& name, const nlohmann::json& value);
     void onCall(const std::string& name, const nlohmann::json& call);
