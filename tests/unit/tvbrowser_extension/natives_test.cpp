@@ -21,16 +21,16 @@ using testing::IsEmpty;
 /// A document: a script context with the natives in it, and a script that gives the natives the names of the test.
 class ADocumentWithNatives : public testing::Test {
 protected:
-    ADocumentWithNatives() { offer(); }
+    ADocumentWithNatives() {
+        natives.offer(context);
+        run(std::string("var natives = ") + kNativesName + "; delete globalThis." + kNativesName + ";");
+        run("natives.begin('key', 17)");
+    }
     ~ADocumentWithNatives() override {
         natives.end();
         g_object_unref(context);
     }
 
-    void offer() {
-        natives.offer(context);
-        run(std::string("var natives = ") + kNativesName + "; delete globalThis." + kNativesName + ";");
-    }
     /// The value of a script as text.
     std::string run(const std::string& script) {
         JSCValue* const value = jsc_context_evaluate(context, script.c_str(), -1);
@@ -67,7 +67,7 @@ protected:
             }
             return answer;
         },
-        [this](const std::string& text) { lines.push_back(text); });
+        [this](const std::string& text) { lines.push_back(text); }, "key");
     Natives& natives = *owned;
     JSCContext* context = jsc_context_new();
 };
@@ -75,11 +75,11 @@ protected:
 TEST_F(ADocumentWithNatives, CallsWithAValueAndGetsOne) {
     answer = {{"name", "Föhn"}, {"list", {1, 2}}};
     EXPECT_EQ(run("natives.call('channels', JSON.stringify({a: [1, 'x']}))"), R"({"list":[1,2],"name":"Föhn"})");
-    EXPECT_THAT(calls, ElementsAre(Call{0, "channels", {{"a", {1, "x"}}}}));
+    EXPECT_THAT(calls, ElementsAre(Call{17, "channels", {{"a", {1, "x"}}}}));
 }
 
 TEST_F(ADocumentWithNatives, SaysWhichApplicationItBelongsTo) {
-    run("natives.begin(17); natives.call('hide', 'null')");
+    run("natives.call('hide', 'null')");
     EXPECT_THAT(calls, ElementsAre(Call{17, "hide", nullptr}));
 }
 
@@ -132,21 +132,42 @@ TEST_F(ADocumentWithNatives, MayReplaceItsListenerInsideOfIt) {
     EXPECT_EQ(run("told"), "ab");
 }
 
-TEST_F(ADocumentWithNatives, IsForgottenWhenTheNextOneComes) {
-    run("natives.begin(3); var told = 0; natives.listen(function () { told++; });");
-    offer();
-    natives.tell("service", nullptr);
-    EXPECT_EQ(run("told"), "0");
+TEST_F(ADocumentWithNatives, BeginsOnce) {
+    run("natives.begin('key', 18)");
+    EXPECT_EQ(exception(), "these natives are not yours");
     run("natives.call('hide', 'null')");
-    EXPECT_THAT(calls, ElementsAre(Call{0, "hide", nullptr}));
+    EXPECT_THAT(calls, ElementsAre(Call{17, "hide", nullptr}));
+}
+
+TEST_F(ADocumentWithNatives, GetsNothingWithoutTheKey) {
+    const auto others = std::make_shared<Natives>(
+        [this](std::uint64_t, const std::string&, const json&) {
+            calls.push_back({});
+            return answer;
+        },
+        [this](const std::string& text) { lines.push_back(text); }, "key");
+    others->offer(context);
+    run(std::string("var others = ") + kNativesName + ";");
+    for (const char* script : {"others.begin('guess', 17)", "others.begin(null, 17)", "others.begin()"}) {
+        run(script);
+        EXPECT_EQ(exception(), "these natives are not yours") << script;
+    }
+    for (const char* script : {"others.call('hide', 'null')", "others.log('a line')", "others.listen(told)"}) {
+        run(std::string("var told = 0; ") + script);
+        EXPECT_EQ(exception(), "the document belongs to no application") << script;
+    }
+    EXPECT_THAT(calls, IsEmpty());
+    EXPECT_THAT(lines, IsEmpty());
 }
 
 TEST_F(ADocumentWithNatives, GetsAnErrorAfterTheEndOfItsPage) {
     run("var told = 0; natives.listen(function () { told++; });");
     natives.end();
     natives.tell("service", nullptr);
-    run("natives.log('a line'); natives.call('hide', 'null')");
-    EXPECT_EQ(exception(), "the page has gone");
+    for (const char* script : {"natives.log('a line')", "natives.call('hide', 'null')", "natives.listen(null)"}) {
+        run(script);
+        EXPECT_EQ(exception(), "the page has gone") << script;
+    }
     EXPECT_THAT(calls, IsEmpty());
     EXPECT_THAT(lines, IsEmpty());
     EXPECT_EQ(run("told"), "0");

@@ -98,4 +98,17 @@ TEST(CallsOfTheSet, AreAnsweredWithTrue) {
     EXPECT_FALSE(isCallOfTheSet("tune"));
 }
 
+TEST(ADocument, IsOfTheApplicationWithinItsBoundary) {
+    const auto isWithin = [](const std::string& place) {
+        return isOfApplication(
+            {{"place", place}, {"url", "http://a.example/app?x"}, {"boundaries", {"http://b.example/shared/"}}});
+    };
+    for (const char* place : {"http://a.example", "http://a.example:80/other", "http://b.example/shared/frame.html"}) {
+        EXPECT_TRUE(isWithin(place)) << place;
+    }
+    for (const char* place : {"https://a.example/app", "http://b.example/other", "null", ""}) {
+        EXPECT_FALSE(isWithin(place)) << place;
+    }
+}
+
 }  // namespace tvbrowser

@@ -1,4 +1,4 @@
-// The application that the page belongs to, and its keyset.
+// The application that the document belongs to, and its keyset.
 
 // What is known of it; the set changes it at any time.
 const state = {
@@ -22,15 +22,24 @@ function requireBroadcast() {
 // The groups of keys that the remote control has: all but SCROLL, ALPHA and OTHER.
 const allGroups = 0x1bf;
 
-class Keyset {
-    #value = 0;
-    #otherKeys = [];
+// The keyset is the application's. What one of its documents asks for, the others are told.
+const wantedKeys = { value: 0, otherKeys: [] };
 
+function takeKeyset(asked) {
+    if (asked) {
+        ({ value: wantedKeys.value, otherKeys: wantedKeys.otherKeys, active: state.active } = asked.keyset);
+    }
+}
+
+onSignal("keyset", takeKeyset);
+takeKeyset(tryCall("keyset", null, null));
+
+class Keyset {
     get value() {
-        return this.#value;
+        return wantedKeys.value;
     }
     get otherKeys() {
-        return mapped(this.#otherKeys, (key) => key);
+        return mapped(wantedKeys.otherKeys, (key) => key);
     }
     get maximumValue() {
         return allGroups;
@@ -47,18 +56,22 @@ class Keyset {
     setValue(value, otherKeys) {
         const wanted = makeNumber(value);
         const others = mapped(isArray(otherKeys) ? otherKeys : [], (key) => makeNumber(key) | 0);
-        this.#otherKeys = wanted & keysetGroups.OTHER ? those(others, isRemoteKey) : [];
-        this.#value = wanted & (allGroups | (this.#otherKeys.length > 0 ? keysetGroups.OTHER : 0));
-        askForKeys(this.#value, this.#otherKeys);
-        return this.#value;
+        const otherKeysOfSet = wanted & keysetGroups.OTHER ? those(others, isRemoteKey) : [];
+        wantedKeys.otherKeys = otherKeysOfSet;
+        wantedKeys.value = wanted & (allGroups | (otherKeysOfSet.length > 0 ? keysetGroups.OTHER : 0));
+        askForKeys();
+        return wantedKeys.value;
     }
 }
 
 const isRemoteKey = (code) => those(namesOf(keyCodes), (name) => keyCodes[name] === code).length > 0;
 
 // An application whose input is not active gets no keys; its keyset stays what it is.
-function askForKeys(mask, otherKeys) {
-    call("setKeyset", state.active ? { mask, otherKeys } : { mask: 0, otherKeys: [] });
+function askForKeys() {
+    const { value, otherKeys } = wantedKeys;
+    const { active } = state;
+    const granted = active ? { mask: value, otherKeys } : { mask: 0, otherKeys: [] };
+    call("setKeyset", { ...granted, keyset: { value, otherKeys, active } });
 }
 
 const keysetGroups = {
@@ -101,7 +114,7 @@ class Application extends EventTarget {
         return state.active;
     }
     get window() {
-        return window;
+        return top;
     }
     get privateData() {
         return privateData;
@@ -119,12 +132,12 @@ class Application extends EventTarget {
     }
     activateInput() {
         state.active = true;
-        askForKeys(keyset.value, keyset.otherKeys);
+        askForKeys();
         return true;
     }
     deactivateInput() {
         state.active = false;
-        askForKeys(keyset.value, keyset.otherKeys);
+        askForKeys();
     }
 
     // Starts another application in the place of this one. Null if nothing of that name is signalled.
@@ -147,6 +160,15 @@ defineHandlers(Application, {
 });
 
 const ownApplication = new Application();
+
+// Whether it is a document that a frame of the page shows.
+function isShown(ofDocument) {
+    try {
+        return viewOf(ofDocument).top === top;
+    } catch (error) {
+        return false;
+    }
+}
 
 // The URL in full, seen from the page; null if it is none.
 function absoluteUrl(text) {

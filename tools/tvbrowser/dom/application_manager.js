@@ -10,9 +10,9 @@ class ApplicationManager {
         WidgetUninstallation: [],
     };
 
-    // Null for a document of somebody else.
+    // Null for a document that no frame of the page shows.
     getOwnerApplication(ofDocument) {
-        return ofDocument === document ? ownApplication : null;
+        return isShown(ofDocument) ? ownApplication : null;
     }
 }
 

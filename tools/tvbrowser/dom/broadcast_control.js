@@ -4,7 +4,7 @@
 //   connecting, presenting --stop--> stopped --bind, tune--> connecting
 //   any --release, a failed tune--> unrealized
 //
-// One object of a page controls the broadcast at a time: the one that is not unrealized.
+// One object of a page and its frames controls the broadcast at a time: the one that is not unrealized.
 
 const playStates = { unrealized: 0, connecting: 1, presenting: 2, stopped: 3 };
 
@@ -58,6 +58,7 @@ class BroadcastControl {
             this.leaveChannel();
             this.channel = null;
             controlling = null;
+            tryCall("leaveControl", null, true);
             this.enter(playStates.unrealized, error);
         }
     }
@@ -95,6 +96,9 @@ class BroadcastControl {
                 return false;
             }
             controlling.release();
+        }
+        if (!tryCall("takeControl", null, true)) {
+            return false;
         }
         controlling = this;
         return true;
@@ -186,6 +190,13 @@ class BroadcastControl {
         }
     }
 }
+
+// An object of another document of the page wants the control.
+onSignal("controlIsWanted", () => {
+    if (controlling && !(isAttached(controlling.element) && isShown(document))) {
+        controlling.release();
+    }
+});
 
 // After what calls of the page have caused before.
 function onBroadcastSignal(name, listener) {

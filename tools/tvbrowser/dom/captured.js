@@ -32,6 +32,7 @@ const createIn = uncurry(Document.prototype.createElementNS);
 const createElement = (name) => createIn(document, "http://www.w3.org/1999/xhtml", name);
 const boxOf = uncurry(Element.prototype.getBoundingClientRect);
 const isAttached = uncurry(getOwnPropertyDescriptor(Node.prototype, "isConnected").get);
+const viewOf = uncurry(getOwnPropertyDescriptor(Document.prototype, "defaultView").get);
 const appendTo = uncurry(Node.prototype.appendChild);
 const removeFrom = uncurry(Node.prototype.removeChild);
 const parentOf = uncurry(getOwnPropertyDescriptor(Node.prototype, "parentNode").get);

@@ -6,8 +6,9 @@ namespace tvbrowser {
 
 /// A JavaScript expression: one function of (native, setup) that gives a page its broadcast objects.
 extern const char* const kDomScript;
-/// A JavaScript expression: one function without parameters that makes documents of HbbTV's own type XHTML.
-extern const char* const kDocumentScript;
+/// A JavaScript expression: one function of (name of the natives, their key, instance of the application, setup,
+/// kDomScript) that begins a document.
+extern const char* const kFirstScript;
 
 }  // namespace tvbrowser
 

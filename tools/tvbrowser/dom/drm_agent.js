@@ -2,9 +2,8 @@
 
 const drmResults = { unknownError: 1, cannotProcess: 2, unknownSystem: 5 };
 const drmStatus = { ready: 0, unknown: 1 };
-const sessionRange = 2 ** 40; // no two pages choose the same numbers
 
-let nextSession = floor(random() * sessionRange);
+let nextSession = firstNumber();
 const unanswered = new PrivateMap(); // session -> {element, msgId}; keeps the element until the answer
 let agents = []; // weak references to elements
 let moduleSlots = []; // slots with a module, as far as the set has told

@@ -19,7 +19,15 @@ const activeElementOf = uncurry(getOwnPropertyDescriptor(Document.prototype, "ac
 const bodyOf = uncurry(getOwnPropertyDescriptor(Document.prototype, "body").get);
 const KeyboardEventOfPage = KeyboardEvent;
 
+const hasFocus = uncurry(Document.prototype.hasFocus);
+const Frames = [HTMLIFrameElement, HTMLFrameElement];
+const isFrame = (element) => those(Frames, (Frame) => element instanceof Frame).length > 0;
+
+// A key is for the document that has the focus, as the engine's own keys are.
 onSignal("key", ({ keyCode, down }) => {
+    if (!hasFocus(document) || isFrame(activeElementOf(document))) {
+        return;
+    }
     const event = new KeyboardEventOfPage(down ? "keydown" : "keyup", {
         bubbles: true,
         cancelable: true,

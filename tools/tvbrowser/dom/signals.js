@@ -27,6 +27,9 @@ function tryCall(name, argument, otherwise) {
     }
 }
 
+// Numbers of what a document asks for begin with this. No two documents choose the same.
+const firstNumber = () => floor(random() * 2 ** 40);
+
 // Runs tasks one after another once the page's own script has returned: what a method causes is told after the method.
 // A message port, because a page's timers are slowed down when they nest or while the page is hidden.
 const later = (() => {

@@ -2,7 +2,7 @@
 // carousel.
 
 const streamListeners = []; // {owner, url, name, listener, id, awaitsAit}
-let nextStreamListener = 1;
+let nextStreamListener = firstNumber();
 
 const isSameListener = (one, owner, url, name, listener) =>
     one.owner === owner && one.url === url && one.name === name && one.listener === listener;

@@ -6,8 +6,10 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -16,7 +18,7 @@
 #include "library.h"
 #include "main_loop.h"
 #include "messages.h"
-#include "natives.h"
+#include "page_documents.h"
 #include "set_calls.h"
 
 namespace tvbrowser {
@@ -40,8 +42,9 @@ std::string callOf(std::uint64_t instance, const nlohmann::json& argument) {
 
 class Extension {
 public:
-    Extension(WebKitWebExtension* extension, const std::string& libraryPath, std::string newDeviceSecret)
-        : deviceSecret(std::move(newDeviceSecret)) {
+    Extension(WebKitWebExtension* extension, const std::string& libraryPath, std::string newDeviceSecret,
+              std::string newKey)
+        : deviceSecret(std::move(newDeviceSecret)), key(std::move(newKey)) {
         std::string error;
         const unsigned long before = residentKibibytes();
         const std::optional<Library> library = loadLibrary(libraryPath, error);
@@ -52,8 +55,8 @@ public:
         broadcast = std::make_unique<Broadcast>(*library, postToMainLoop,
                                                 [this](const std::string& name, const nlohmann::json& value) {
                                                     const auto told = pages;  // a listener may end its page
-                                                    for (const auto& [id, page] : told) {
-                                                        page->tell(name, value);
+                                                    for (const auto& [id, documents] : told) {
+                                                        documents->tell(name, value);
                                                     }
                                                 });
         const unsigned long after = residentKibibytes();
@@ -79,34 +82,38 @@ private:
             nullptr, nullptr, nullptr);
     }
     void addPage(WebKitWebPage* page);
-    void removePage(guint64 id);
+    void addDocument(WebKitWebPage* page, WebKitFrame* frame, JSCContext* context);
     nlohmann::json call(WebKitWebPage* page, std::uint64_t instance, const std::string& name,
                         const nlohmann::json& argument);
 
     const std::string deviceSecret;
+    const std::string key;
     std::string memory;  ///< a line for the log
     std::unique_ptr<Broadcast> broadcast;
-    std::map<guint64, std::shared_ptr<Natives>> pages;
+    std::map<guint64, std::shared_ptr<PageDocuments>> pages;
+    std::set<guint64> frames;  ///< those whose end will be noticed
 };
 
+/// Calls the function when the object ends.
+void whenEnded(gpointer object, std::function<void()> action) {
+    using Action = std::function<void()>;
+    g_object_weak_ref(
+        G_OBJECT(object),
+        [](gpointer data, GObject*) {
+            const std::unique_ptr<Action> ended(static_cast<Action*>(data));
+            (*ended)();
+        },
+        new Action(std::move(action)));
+}
+
 void Extension::addPage(WebKitWebPage* page) {
-    struct End {
-        Extension& extension;
-        guint64 id;
-    };
     const guint64 id = webkit_web_page_get_id(page);
-    pages[id] = std::make_shared<Natives>(
+    pages[id] = std::make_shared<PageDocuments>(
         [this, page](std::uint64_t instance, const std::string& name, const nlohmann::json& argument) {
             return call(page, instance, name, argument);
         },
-        [page](const std::string& text) { send(page, kLogMessage, "script", text); });
-    g_object_weak_ref(
-        G_OBJECT(page),
-        [](gpointer data, GObject*) {
-            const std::unique_ptr<End> end(static_cast<End*>(data));
-            end->extension.removePage(end->id);
-        },
-        new End{*this, id});
+        [page](const std::string& text) { send(page, kLogMessage, "script", text); }, key);
+    whenEnded(page, [this, id] { pages.erase(id); });
     send(page, kLogMessage, "extension", memory);
     g_signal_connect(page, "user-message-received", G_CALLBACK(onMessage), this);
 #ifndef TVBROWSER_WEBKITGTK
@@ -114,11 +121,21 @@ void Extension::addPage(WebKitWebPage* page) {
 #endif
 }
 
-void Extension::removePage(guint64 id) {
-    const auto found = pages.find(id);
-    if (found != pages.end()) {
-        found->second->end();
-        pages.erase(found);
+void Extension::addDocument(WebKitWebPage* page, WebKitFrame* frame, JSCContext* context) {
+    const guint64 pageId = webkit_web_page_get_id(page);
+    const guint64 id = webkit_frame_get_id(frame);
+    const auto found = pages.find(pageId);
+    if (found == pages.end()) {
+        return;
+    }
+    found->second->begin(id, context);
+    if (frames.insert(id).second) {
+        whenEnded(frame, [this, pageId, id] {
+            frames.erase(id);
+            if (const auto of = pages.find(pageId); of != pages.end()) {
+                of->second->end(id);
+            }
+        });
     }
 }
 
@@ -126,6 +143,9 @@ nlohmann::json Extension::call(WebKitWebPage* page, std::uint64_t instance, cons
                                const nlohmann::json& argument) {
     if (name == kDeviceIdCall) {
         return deviceId(deviceSecret, argument);
+    }
+    if (name == "isWithinBoundary") {
+        return isOfApplication(argument);
     }
     if (!isCallOfTheSet(name)) {
         nlohmann::json result = broadcast->call(name, argument);
@@ -142,13 +162,8 @@ nlohmann::json Extension::call(WebKitWebPage* page, std::uint64_t instance, cons
 }
 
 void Extension::onDocument(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, gpointer data) {
-    auto& self = *static_cast<Extension*>(data);
-    const auto found = self.pages.find(webkit_web_page_get_id(page));
-    if (found == self.pages.end() || webkit_frame_is_main_frame(frame) == FALSE) {
-        return;
-    }
     JSCContext* const context = webkit_frame_get_js_context_for_script_world(frame, world);
-    found->second->offer(context);
+    static_cast<Extension*>(data)->addDocument(page, frame, context);
     g_object_unref(context);
 }
 
@@ -163,7 +178,7 @@ gboolean Extension::onMessage(WebKitWebPage* page, WebKitUserMessage* message, g
     g_variant_get(parameters, "(&s&s)", &name, &value);
     const auto found = self.pages.find(webkit_web_page_get_id(page));
     if (found != self.pages.end()) {
-        const std::shared_ptr<Natives> told = found->second;  // a listener may end its page
+        const std::shared_ptr<PageDocuments> told = found->second;  // a listener may end its page
         told->tell(name, nlohmann::json::parse(value, nullptr, false));
     }
     return TRUE;
@@ -177,6 +192,7 @@ gboolean Extension::onMessage(WebKitWebPage* page, WebKitUserMessage* message, g
 extern "C" G_MODULE_EXPORT void TVBROWSER_EXTENSION_ENTRY(WebKitWebExtension* extension, GVariant* userData) {
     const char* path = "";
     const char* secret = "";
-    g_variant_get(userData, "(&s&s)", &path, &secret);
-    new tvbrowser::Extension(extension, path, secret);  // lives as long as the process
+    const char* key = "";
+    g_variant_get(userData, "(&s&s&s)", &path, &secret, &key);
+    new tvbrowser::Extension(extension, path, secret, key);  // lives as long as the process
 }

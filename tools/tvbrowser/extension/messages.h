@@ -7,8 +7,10 @@
 
 namespace tvbrowser {
 
-/// What the extension is given at its start: the path of the library, and the secret of PageSettings.
-constexpr const char* kExtensionDataType = "(ss)";
+/// What the extension is given at its start: the path of the library, the secret of PageSettings, the key of the
+/// natives.
+constexpr const char* kExtensionDataType = "(sss)";
+
 constexpr const char* kParametersType = "(ss)";
 /// Page to set: a call of the set, such as createApplication.
 constexpr const char* kCallMessage = "call";
@@ -17,7 +19,7 @@ constexpr const char* kEventMessage = "event";
 /// Page to set: a line for the log. The name is the line's subject: page, script or extension.
 constexpr const char* kLogMessage = "log";
 
-/// The natives stand in the page under this name until the first script of the page has taken them away.
+/// The natives stand in a document under this name until the first script has taken them away.
 constexpr const char* kNativesName = "__tvbrowserNatives";
 
 }  // namespace tvbrowser

@@ -1,4 +1,4 @@
-// The functions of a page's natives. Values cross as JSON.
+// The functions of a document's natives. Values cross as JSON.
 #include "natives.h"
 
 #include <stdexcept>
@@ -26,13 +26,12 @@ void set(JSCValue* object, const char* name, JSCValue* function) {
 }  // namespace
 
 void Natives::offer(JSCContext* context) {
-    forgetListener();
-    instance = 0;
     JSCValue* const object = jsc_value_new_object(context, nullptr, nullptr);
     set(object, "call", functionOf(context, "call", G_CALLBACK(onCall), G_TYPE_STRING, {G_TYPE_STRING, G_TYPE_STRING}));
     set(object, "listen", functionOf(context, "listen", G_CALLBACK(onListen), G_TYPE_NONE, {JSC_TYPE_VALUE}));
     set(object, "log", functionOf(context, "log", G_CALLBACK(onLog), G_TYPE_NONE, {G_TYPE_STRING}));
-    set(object, "begin", functionOf(context, "begin", G_CALLBACK(onBegin), G_TYPE_NONE, {G_TYPE_DOUBLE}));
+    set(object, "begin",
+        functionOf(context, "begin", G_CALLBACK(onBegin), G_TYPE_NONE, {G_TYPE_STRING, G_TYPE_DOUBLE}));
     jsc_context_set_value(context, kNativesName, object);
     g_object_unref(object);
 }
@@ -50,24 +49,23 @@ JSCValue* Natives::functionOf(JSCContext* context, const char* name, GCallback c
 
 void Natives::end() {
     forgetListener();
-    call = [](std::uint64_t, const std::string&, const nlohmann::json&) -> nlohmann::json {
-        throw std::runtime_error("the page has gone");
-    };
-    log = [](const std::string&) {};
+    state = State::ended;
 }
 
 void Natives::tell(const std::string& name, const nlohmann::json& value) {
     if (listener == nullptr) {
         return;
     }
-    // The listener may bring a new document, which forgets it.
+    // The listener may end its document, which forgets it.
     JSCValue* const told = JSC_VALUE(g_object_ref(listener));
     JSCValue* const result =
         jsc_value_function_call(told, G_TYPE_STRING, name.c_str(), G_TYPE_STRING, textOf(value).c_str(), G_TYPE_NONE);
     JSCContext* const context = jsc_value_get_context(told);
     if (JSCException* const exception = jsc_context_get_exception(context)) {
         char* const report = jsc_exception_report(exception);
-        log(std::string("error in the listener for ") + name + ": " + report);
+        if (state == State::begun) {
+            log(std::string("error in the listener for ") + name + ": " + report);
+        }
         g_free(report);
         jsc_context_clear_exception(context);
     }
@@ -77,6 +75,9 @@ void Natives::tell(const std::string& name, const nlohmann::json& value) {
 
 char* Natives::onCall(const char* name, const char* argument, gpointer natives) {
     Natives& self = of(natives);
+    if (!self.isInUse()) {
+        return nullptr;
+    }
     try {
         const nlohmann::json value = argument == nullptr ? nullptr : nlohmann::json::parse(argument);
         return g_strdup(textOf(self.call(self.instance, name == nullptr ? "" : name, value)).c_str());
@@ -88,6 +89,9 @@ char* Natives::onCall(const char* name, const char* argument, gpointer natives) 
 
 void Natives::onListen(JSCValue* function, gpointer natives) {
     Natives& self = of(natives);
+    if (!self.isInUse()) {
+        return;
+    }
     self.forgetListener();
     if (jsc_value_is_function(function)) {
         self.listener = JSC_VALUE(g_object_ref(function));
@@ -95,11 +99,27 @@ void Natives::onListen(JSCValue* function, gpointer natives) {
 }
 
 void Natives::onLog(const char* text, gpointer natives) {
-    of(natives).log(text == nullptr ? "" : text);
+    if (of(natives).isInUse()) {
+        of(natives).log(text == nullptr ? "" : text);
+    }
 }
 
-void Natives::onBegin(double instance, gpointer natives) {
-    of(natives).instance = static_cast<std::uint64_t>(instance);
+void Natives::onBegin(const char* key, double instance, gpointer natives) {
+    Natives& self = of(natives);
+    if (self.state == State::offered && key != nullptr && self.key == key) {
+        self.state = State::begun;
+        self.instance = static_cast<std::uint64_t>(instance);
+    } else {
+        jsc_context_throw(jsc_context_get_current(), "these natives are not yours");
+    }
+}
+
+bool Natives::isInUse() const {
+    if (state != State::begun) {
+        jsc_context_throw(jsc_context_get_current(),
+                          state == State::ended ? "the page has gone" : "the document belongs to no application");
+    }
+    return state == State::begun;
 }
 
 void Natives::forgetListener() {

@@ -15,23 +15,25 @@
 
 namespace tvbrowser {
 
-/// The natives of one page. The functions that the page holds keep them.
+/// The natives of one document. The functions that the document holds keep them. They do nothing until the first script
+/// has shown that it knows the key, because a page may come before it: to the empty document that a frame begins with.
 class Natives : public std::enable_shared_from_this<Natives> {
 public:
     /// `instance`: the application that the document belongs to. May throw std::runtime_error, which the page sees.
     using Call = std::function<nlohmann::json(std::uint64_t instance, const std::string& name, const nlohmann::json&)>;
     using Log = std::function<void(const std::string& text)>;
 
-    Natives(Call newCall, Log newLog) : call(std::move(newCall)), log(std::move(newLog)) {}
+    Natives(Call newCall, Log newLog, std::string newKey)
+        : call(std::move(newCall)), log(std::move(newLog)), key(std::move(newKey)) {}
     Natives(const Natives&) = delete;
     Natives& operator=(const Natives&) = delete;
     ~Natives() { forgetListener(); }
 
-    /// Puts the natives into a new document. The listener of the document before is forgotten.
+    /// Puts the natives into their document.
     void offer(JSCContext* context);
     /// Tells the document's listener.
     void tell(const std::string& name, const nlohmann::json& value);
-    /// The page has gone: no call goes through any more.
+    /// The document has gone: no call goes through any more.
     void end();
 
 private:
@@ -41,11 +43,15 @@ private:
     static char* onCall(const char* name, const char* argument, gpointer natives);
     static void onListen(JSCValue* function, gpointer natives);
     static void onLog(const char* text, gpointer natives);
-    static void onBegin(double instance, gpointer natives);
+    static void onBegin(const char* key, double instance, gpointer natives);
+    /// Throws in the page before the beginning and after the end.
+    bool isInUse() const;
     void forgetListener();
 
-    Call call;
-    Log log;
+    const Call call;
+    const Log log;
+    const std::string key;
+    enum class State { offered, begun, ended } state = State::offered;
     std::uint64_t instance = 0;
     JSCValue* listener = nullptr;
 };

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "application_choice.h"
+#include "application_url.h"
 #include "keyset.h"
 #include "signalled_applications.h"
 
@@ -37,6 +38,13 @@ bool canStart(const std::string& url, const nlohmann::json& applications) {
     const Applications signalled =
         applications.at("complete") ? signalledApplications(applications.at("list")) : Applications();
     return requestedStart(url, signalled, Terminal(), error).has_value();
+}
+
+bool isOfApplication(const nlohmann::json& argument) {
+    RunningApplication application;
+    application.url = argument.at("url").get<std::string>();
+    application.boundaries = argument.at("boundaries").get<std::vector<std::string>>();
+    return isWithinBoundary(argument.at("place").get<std::string>(), application);
 }
 
 nlohmann::json answerOf(const std::string& name, const nlohmann::json& argument) {

@@ -21,6 +21,8 @@ bool isCallOfTheSet(const std::string& name);
 bool mayCall(const std::string& name, const nlohmann::json& argument, Broadcast& broadcast);
 /// The same for createApplication alone. `applications`: the value of the broadcast's call of this name.
 bool canStart(const std::string& url, const nlohmann::json& applications);
+/// Whether a place is inside of an application's boundary: `{place, url, boundaries}`.
+bool isOfApplication(const nlohmann::json& argument);
 /// The result in the page.
 nlohmann::json answerOf(const std::string& name, const nlohmann::json& argument);
 

@@ -42,17 +42,9 @@ nlohmann::json stateOf(const RunningApplication& application) {
     return {{"broadcastRelated", application.isBroadcastRelated}, {"visible", application.isVisible}};
 }
 
-std::string firstScript(const RunningApplication& application, const SetDescription& set) {
-    const std::string name = kNativesName;
-    return std::string(kDocumentScript) + "();\n(function () { \"use strict\"; const natives = globalThis." + name +
-           "; delete globalThis." + name + "; if (!natives) { return; } natives.begin(" +
-           std::to_string(application.instance) +
-           "); const parse = JSON.parse, stringify = JSON.stringify; const native = {"
-           "call(name, argument) { return parse(natives.call(name, stringify(argument === undefined ? null : "
-           "argument))); },"
-           "listen(listener) { natives.listen(function (name, value) { listener(name, parse(value)); }); },"
-           "log(text) { natives.log(String(text)); } };\n(" +
-           std::string(kDomScript) + ")(native, " + asScript(setupOf(application, set)) + "); })();";
+std::string firstScript(const RunningApplication& application, const SetDescription& set, const std::string& key) {
+    return std::string(kFirstScript) + "(" + asScript(kNativesName) + ", " + asScript(key) + ", " +
+           std::to_string(application.instance) + ", " + asScript(setupOf(application, set)) + ", " + kDomScript + ");";
 }
 
 }  // namespace tvbrowser

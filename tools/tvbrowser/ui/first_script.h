@@ -12,7 +12,8 @@
 
 namespace tvbrowser {
 
-std::string firstScript(const RunningApplication& application, const SetDescription& set);
+/// `key`: of the natives.
+std::string firstScript(const RunningApplication& application, const SetDescription& set, const std::string& key);
 
 /// What an event `application` tells the page.
 nlohmann::json stateOf(const RunningApplication& application);

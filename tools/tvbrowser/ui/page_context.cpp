@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <random>
 
 #include "messages.h"
 
@@ -32,7 +33,18 @@ void ruleSoundCardOut() {
     }
 }
 
-WebKitWebContext* contextWith(const PageSettings& settings) {
+/// What no page can guess.
+std::string newKey() {
+    constexpr int kNumbers = 4;
+    std::random_device device;
+    std::string key;
+    for (int count = 0; count < kNumbers; ++count) {
+        key += std::to_string(device()) + ".";
+    }
+    return key;
+}
+
+WebKitWebContext* contextWith(const PageSettings& settings, const std::string& key) {
     ruleSoundCardOut();  // the web processes are this one's children
     // Not an ephemeral context: the engine keeps the console of such pages to itself.
     WebKitWebsiteDataManager* const data =
@@ -42,14 +54,17 @@ WebKitWebContext* contextWith(const PageSettings& settings) {
     g_object_unref(data);
     webkit_web_context_set_web_extensions_directory(context, settings.extensionFolder.c_str());
     webkit_web_context_set_web_extensions_initialization_user_data(
-        context, g_variant_new(kExtensionDataType, settings.libraryPath.c_str(), settings.deviceSecret.c_str()));
+        context,
+        g_variant_new(kExtensionDataType, settings.libraryPath.c_str(), settings.deviceSecret.c_str(), key.c_str()));
     return context;
 }
 
 }  // namespace
 
 PageContext::PageContext(const PageSettings& settings)
-    : context(contextWith(settings)), engineSettings(settingsWith(settings.userAgent)) {}
+    : nativesKey(newKey()),
+      context(contextWith(settings, nativesKey)),
+      engineSettings(settingsWith(settings.userAgent)) {}
 
 PageContext::~PageContext() {
     g_object_unref(engineSettings);

@@ -27,8 +27,11 @@ public:
 
     WebKitWebContext* web() const { return context; }
     WebKitSettings* engine() const { return engineSettings; }
+    /// By which the natives know the first script from a page's own.
+    const std::string& key() const { return nativesKey; }
 
 private:
+    const std::string nativesKey;
     WebKitWebContext* context;
     WebKitSettings* engineSettings;
 };

@@ -28,7 +28,7 @@ constexpr const char* kObjectStyle =
     " { display: inline-block; width: 300px; height: 150px; }";
 
 void addObjectStyle(WebKitWebView* view) {
-    WebKitUserStyleSheet* const sheet = webkit_user_style_sheet_new(kObjectStyle, WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
+    WebKitUserStyleSheet* const sheet = webkit_user_style_sheet_new(kObjectStyle, WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
                                                                     WEBKIT_USER_STYLE_LEVEL_USER, nullptr, nullptr);
     webkit_user_content_manager_add_style_sheet(webkit_web_view_get_user_content_manager(view), sheet);
     webkit_user_style_sheet_unref(sheet);
@@ -95,7 +95,7 @@ void PageView::setFirstScript(const std::string& firstScript) {
     WebKitUserContentManager* const content = webkit_web_view_get_user_content_manager(view);
     webkit_user_content_manager_remove_all_scripts(content);
     WebKitUserScript* const script =
-        webkit_user_script_new(firstScript.c_str(), WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
+        webkit_user_script_new(firstScript.c_str(), WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
                                WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START, nullptr, nullptr);
     webkit_user_content_manager_add_script(content, script);
     webkit_user_script_unref(script);

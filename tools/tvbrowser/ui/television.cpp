@@ -95,7 +95,7 @@ void Television::load(const RunningApplication& application) {
     say("application: load " + described(application));
     replacePage(application.instance);
     shown.show(application.isVisible);
-    page->load(application.url, firstScript(application, set));
+    page->load(application.url, firstScript(application, set, context.key()));
 }
 
 void Television::unload() {
@@ -132,14 +132,14 @@ void Television::reportStarted(bool hasStarted) {
 }
 
 void Television::applicationChanged(const RunningApplication& application) {
-    page->setFirstScript(firstScript(application, set));
+    page->setFirstScript(firstScript(application, set, context.key()));
     page->tell("application", stateOf(application));
 }
 
 void Television::setPicture(const std::string& url) {
     set.picture = url;
     if (const RunningApplication* const running = manager.running()) {
-        page->setFirstScript(firstScript(*running, set));
+        page->setFirstScript(firstScript(*running, set, context.key()));
         page->tell("picture", {{"url", url}});
     }
 }
