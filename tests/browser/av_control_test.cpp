@@ -23,11 +23,43 @@ TEST_F(AnAvControl, SaysThatThereIsNoMedia) {
     EXPECT_EQ(reported("refused"), "[false,false,false,true]");
     EXPECT_EQ(reported("unknown"), "[true,true,0]");
     EXPECT_EQ(reported("play"), "true");
-    EXPECT_EQ(reported("event"), "PlayStateChange 3");
+    EXPECT_EQ(events(2), (Events{"PlaySpeedChanged 0", "PlayStateChange 3"}));
     EXPECT_EQ(reported("asExpected"), "true");
     EXPECT_EQ(reported("state", 1), "[3,3]");
     EXPECT_EQ(reported("state", 2), "[6,6]");
     EXPECT_EQ(reported("stopped"), "0");
+}
+
+TEST_F(AnAvControl, SaysWhyThereIsNoMedium) {
+    if (!playsAudio("errors")) {
+        GTEST_SKIP() << kNoAudio;
+    }
+    EXPECT_EQ(reported("refused"), "[1,1,true]");
+    EXPECT_EQ(reported("missing"), "[5,5,true]");
+    EXPECT_EQ(reported("noise"), "[4,4,true]");
+    EXPECT_EQ(reported("unknown"), "[0,0,true]");
+}
+
+TEST_F(AnAvControl, PlaysAudioFromMemoryAsOftenAsItIsTold) {
+    if (!playsAudio("loop")) {
+        GTEST_SKIP() << kNoAudio;
+    }
+    EXPECT_EQ(reported("ends"), "3");
+    EXPECT_EQ(reported("withoutCache"), "1");
+    EXPECT_EQ(reported("infinite"), "true");
+    EXPECT_EQ(reported("stopped"), "0");
+}
+
+TEST_F(AnAvControl, PlaysWhatIsQueuedNext) {
+    if (!playsAudio("queue")) {
+        GTEST_SKIP() << kNoAudio;
+    }
+    EXPECT_EQ(reported("null"), "true");
+    EXPECT_EQ(reported("atOnce"), R"([true,"beep.mp3"])");
+    EXPECT_EQ(reported("queued"), R"([true,false,"beep.mp3"])");
+    EXPECT_EQ(reported("next"), R"(["silence.mp3",true,true])");
+    EXPECT_EQ(reported("emptied"), "[true,true,true]");
+    EXPECT_EQ(reported("afterStop"), "[0,true]");
 }
 
 TEST_F(AnAvControl, TakesItsDataAtAnyTime) {

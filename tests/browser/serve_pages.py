@@ -3,19 +3,24 @@
   serve_pages.py FOLDER [HELD]
 Some things are no files of the folder: held/NAME is answered, with nothing, as soon as the file of the name HELDNAME
 exists; late/PAGE is a page whose bytes come after its header as soon as HELDlate exists, and then a line "late page" is
-printed; missing/PAGE is a page with the status 404; silence.mp3 is twelve seconds of audio, also in parts. A page can be
-posted to, and the line says what.
+printed; missing/PAGE is a page with the status 404; silence.mp3 is twelve seconds of audio, also in parts; beep.mp3 is a
+fifth of a second; noise.TYPE are bytes that are no medium; closed is the number of a port on which nobody answers. A page
+can be posted to, and the line says what.
 """
 import functools
 import http.server
 import os
 import re
+import socket
 import sys
 import time
 
 # A frame of MPEG-1 layer III: 64 kbit/s, 48 kHz, one channel, 24 ms, nothing but its header.
 FRAME = b"\xff\xfb\x54\xc0".ljust(192, b"\0")
 SILENCE = FRAME * 500
+BEEP = FRAME * 8
+NOISE = bytes(range(1, 200)) * 100
+TYPES_OF_NOISE = {".mp4": "video/mp4", ".mp3": "audio/mpeg", ".unknown": "video/unknown"}
 
 
 def wait_for(file):
@@ -53,6 +58,14 @@ class Pages(http.server.SimpleHTTPRequestHandler):
             self.send_medium(self.signalling(name), "application/vnd.dvb.ait+xml")
         elif name == "silence.mp3":
             self.send_medium(SILENCE, "audio/mpeg")
+        elif name == "closed":
+            with socket.socket() as unused:
+                unused.bind(("127.0.0.1", 0))
+                self.send_medium(str(unused.getsockname()[1]).encode(), "text/plain")
+        elif name == "beep.mp3":
+            self.send_medium(BEEP, "audio/mpeg")
+        elif name.startswith("noise."):
+            self.send_medium(NOISE, TYPES_OF_NOISE[name[len("noise"):]])
         else:
             super().do_GET()
 

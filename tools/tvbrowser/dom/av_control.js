@@ -1,9 +1,8 @@
 // video/mp4, video/mpeg, audio/mp4, audio/mpeg, application/dash+xml: media from the network, over the engine's <video>.
 
 const avStates = { stopped: 0, playing: 1, paused: 2, connecting: 3, buffering: 4, finished: 5, error: 6 };
-const avErrors = { format: 0, connection: 1, unidentified: 2, corrupt: 4, notAvailable: 5 };
-const haveFutureData = 3; // HTMLMediaElement.readyState
-const mediaErrors = { 2: avErrors.connection, 3: avErrors.corrupt }; // MediaError.code
+const haveMetadata = 1; // HTMLMediaElement.readyState
+const haveFutureData = 3;
 
 const mediaTypes = ["video/mp4", "video/mpeg", "audio/mp4", "audio/mpeg", "application/dash+xml"];
 const isMediaType = (name) => those(mediaTypes, (other) => other === name).length > 0;
@@ -31,6 +30,9 @@ class AvControl {
     #error;
     #speed = 0;
     #fullScreen = false;
+    #load = null; // of the medium that is open
+    #queued = null; // URL
+    #playsLeft = 1; // of memory audio
     #openings = 0; // what an earlier medium does is not of interest any more
     #told = null; // events of what happens to the medium at this moment
 
@@ -55,7 +57,7 @@ class AvControl {
     }
     set data(url) {
         this.stop();
-        this.#data = safeText(url);
+        this.#data = url === null ? "" : safeText(url);
     }
     get playState() {
         return this.#playState;
@@ -74,10 +76,14 @@ class AvControl {
         return this.#isOpen() ? round(media.currentTime.get(this.#picture.video) * 1000) : undefined;
     }
 
-    // False for what cannot be played: nothing, or backwards.
+    // False for what cannot be played: nothing, or backwards. The speed is told in any case.
     play(speed = 1) {
+        const isPossible = this.#play(makeNumber(speed));
+        this.#tell("PlaySpeedChanged", { speed: this.#speed });
+        return isPossible;
+    }
+    #play(wanted) {
         this.#takeAttribute();
-        const wanted = makeNumber(speed);
         const url = absoluteUrl(this.#data);
         if (this.#data === "" || url === null || !(wanted >= 0)) {
             return false;
@@ -85,23 +91,42 @@ class AvControl {
         if (!this.#isOpen() && !this.#open(url)) {
             return true;
         }
-        this.#changeSpeed(wanted);
+        this.#speed = wanted;
         if (wanted === 0) {
             pauseMedia(this.#picture.video);
             this.#advance(avStates.playing, avStates.paused);
             this.#pauseIfAsked();
         } else {
+            media.playbackRate.set(this.#picture.video, wanted);
             this.#picture.play();
             this.#advance(avStates.paused, avStates.playing);
         }
         return true;
     }
+    // What comes after the medium that is played. False if something is queued already; null takes it out again.
+    queue(url) {
+        if (url === null) {
+            this.#queued = null;
+            return true;
+        }
+        if (this.#queued !== null || absoluteUrl(safeText(url)) === null) {
+            return false;
+        }
+        if (this.#isOpen()) {
+            this.#queued = safeText(url);
+            return true;
+        }
+        this.data = url;
+        return this.play();
+    }
     stop() {
+        this.#queued = null;
+        forgetLoad(this.#load);
         if (this.#playState !== avStates.stopped) {
             if (this.#picture.isShown) {
                 this.#picture.hide();
             }
-            this.#changeSpeed(0);
+            this.#halt();
             this.#enter(avStates.stopped);
         }
         return true;
@@ -151,6 +176,8 @@ class AvControl {
     #open(url) {
         this.#error = undefined;
         ++this.#openings;
+        this.#playsLeft = playsOf(this.#element);
+        this.#watchLoad(url);
         this.#enter(avStates.connecting);
         if (!canPlay(getAttribute(this.#element, "type"))) {
             this.#happened(() => {
@@ -161,6 +188,15 @@ class AvControl {
         }
         this.#picture.show(url);
         return true;
+    }
+    #watchLoad(url) {
+        const opening = this.#openings;
+        this.#load = watchLoad(url, (error) => {
+            const isMedium = media.readyState.get(this.#picture.video) >= haveMetadata;
+            if (opening === this.#openings && !isMedium && mimeTypeOf(this.#element) !== "application/dash+xml") {
+                this.#happened(() => this.#endWith(error));
+            }
+        });
     }
     // The attribute is the object's as soon as it is set; the engine would show its data too.
     #takeAttribute() {
@@ -211,64 +247,48 @@ class AvControl {
             this.#advance(avStates.buffering, avStates.paused);
         }
     }
-    #changeSpeed(speed) {
-        if (speed > 0) {
-            media.playbackRate.set(this.#picture.video, speed);
-        }
-        if (speed !== this.#speed) {
-            this.#speed = speed;
-            this.#tell("PlaySpeedChanged", { speed });
+    #halt() {
+        if (this.#speed !== 0) {
+            this.#speed = 0;
+            this.#tell("PlaySpeedChanged", { speed: 0 });
         }
     }
     #finish() {
-        this.#changeSpeed(0);
-        this.#enter(avStates.finished);
-    }
-    #fail() {
-        if (!this.#isOpen()) {
+        if (--this.#playsLeft > 0) {
+            media.currentTime.set(this.#picture.video, 0);
+            this.#picture.play();
             return;
         }
-        const { code } = media.error.get(this.#picture.video) || {};
-        this.#error = mediaErrors[code] === undefined ? avErrors.notAvailable : mediaErrors[code];
-        this.#changeSpeed(0);
-        this.#enter(avStates.error);
+        this.#halt();
+        this.#enter(avStates.finished);
+        this.#happened(() => this.#playQueued());
+    }
+    #playQueued() {
+        if (this.#playState === avStates.finished && this.#queued !== null) {
+            this.#data = this.#queued;
+            this.#queued = null;
+            this.play();
+        }
+    }
+    #fail() {
+        if (this.#isOpen()) {
+            const { code } = media.error.get(this.#picture.video) || {};
+            const opening = this.#openings;
+            whenErrorIsKnown(code, this.#load, (error) => {
+                if (opening === this.#openings) {
+                    this.#happened(() => this.#endWith(error));
+                }
+            });
+        }
+    }
+    #endWith(error) {
+        if (this.#isOpen()) {
+            this.#error = error;
+            this.#queued = null;
+            this.#halt();
+            this.#enter(avStates.error);
+        }
     }
 }
 
 defineType(mediaTypes, AvControl);
-
-// Data in markup and by setAttribute is taken before the engine looks at it.
-const watchMarkup = new MutationObserver((changes) => {
-    for (let index = 0; index < changes.length; ++index) {
-        const { target, addedNodes, type } = changes[index];
-        if (type === "attributes") {
-            adoptMedia(target);
-        }
-        for (let node = 0; node < addedNodes.length; ++node) {
-            adoptMediaWithin(addedNodes[node]);
-        }
-    }
-});
-watchMarkup.observe(document, { childList: true, subtree: true, attributes: true, attributeFilter: ["data", "type"] });
-
-const elementsNamed = uncurry(Element.prototype.getElementsByTagName);
-const PageObject = HTMLObjectElement;
-const PageElement = Element;
-
-function adoptMediaWithin(node) {
-    if (!(node instanceof PageElement)) {
-        return;
-    }
-    adoptMedia(node);
-    const found = elementsNamed(node, "object");
-    for (let index = 0; index < found.length; ++index) {
-        adoptMedia(found[index]);
-    }
-}
-
-function adoptMedia(element) {
-    const found = element instanceof PageObject ? behind(element) : null;
-    if (found && found.kind.Class === AvControl) {
-        AvControl.takeAttribute(found.object);
-    }
-}

@@ -36,14 +36,15 @@ function isDefinedType(mimeType) {
     return lowerCase(trimmed(safeText(mimeType))) in types;
 }
 
+// The type without parameters; empty if there is none.
+const mimeTypeOf = (element) => trimmed(splitText(lowerCase(getAttribute(element, "type") || ""), ";")[0]);
+
 function kindOf(element) {
-    let type = null;
     try {
-        type = getAttribute(element, "type");
+        return types[mimeTypeOf(element)] || null;
     } catch (error) {
         return null; // no element: the prototype itself, for instance
     }
-    return type === null ? null : types[trimmed(splitText(lowerCase(type), ";")[0])] || null;
 }
 
 // {kind, object} of an element, or null for an element of another type. A type that has changed ends what was behind.

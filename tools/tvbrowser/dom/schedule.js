@@ -5,8 +5,6 @@
 // ever.
 const quietTime = 1500;
 const longestWait = 10000;
-const startTimer = setTimeout;
-const stopTimer = clearTimeout;
 
 const schedule = { isOpen: false, isCollected: false, quiet: 0, waiting: [] };
 

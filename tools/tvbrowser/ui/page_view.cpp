@@ -58,6 +58,7 @@ PageView::PageView(const PageContext& context, Screen& screen, const PageView* s
     WebKitColor transparent{0, 0, 0, 0};
     webkit_web_view_set_background_color(view, &transparent);
     addObjectStyle(view);
+    loads = std::make_unique<LoadWatch>(view, [this](const nlohmann::json& load) { tell("load", load); });
     g_signal_connect(view, "load-changed", G_CALLBACK(onLoadChanged), this);
     g_signal_connect(view, "load-failed", G_CALLBACK(onLoadFailed), this);
     g_signal_connect(view, "decide-policy", G_CALLBACK(onPolicy), this);
@@ -78,6 +79,7 @@ void PageView::leave() {
     isLeaving = true;
     g_cancellable_cancel(reading);
     headless->leaveScreen();
+    loads.reset();
 }
 
 void PageView::load(const std::string& url, const std::string& firstScript) {

@@ -13,6 +13,7 @@
 #include <string>
 
 #include "headless_view.h"
+#include "load_watch.h"
 #include "page_context.h"
 
 namespace tvbrowser {
@@ -75,8 +76,9 @@ private:
     GCancellable* const reading = g_cancellable_new();  ///< of an XML AIT; the view may be gone before it has come
     std::string asked;                                  ///< URL that the page or a frame asked for last
     std::string coming;                                 ///< URL of the page that is on its way
-    bool isXmlAit = false;                              ///< the document that is coming, or is there
-    bool isStarting = false;                            ///< the first page neither is there nor has failed
+    std::unique_ptr<LoadWatch> loads;
+    bool isXmlAit = false;    ///< the document that is coming, or is there
+    bool isStarting = false;  ///< the first page neither is there nor has failed
     bool isLeaving = false;
     bool hasEnded = false;  ///< its web process has
 };
