@@ -53,6 +53,45 @@ TEST_F(Objects, HaveTheCodesOfKeys) {
     EXPECT_EQ(reported("key", 4), "[461,461,true,true]");
 }
 
+TEST_F(Objects, HearEachKeyDownPressedAndUp) {
+    run("keyEvents");
+    reported("ready");
+    std::size_t next = 0;
+    const auto hear = [&](const std::string& type, const std::string& code) {
+        EXPECT_EQ(reported("key", ++next), "[\"" + type + "\"," + code + "]");
+    };
+    const std::pair<const char*, const char*> keys[] = {
+        {"LEFT", "37"}, {"5", "53"}, {"ENTER", "13"}, {"RED", "403"}, {"BACK", "461"}};
+    for (const auto& [name, code] : keys) {
+        press(name);
+        hear("keydown", code);
+        hear("keypress", code);
+        hear("keyup", code);
+    }
+    const std::pair<const char*, const char*> taken[] = {{"UP", "38"}, {"BLUE", "406"}};
+    for (const auto& [name, code] : taken) {
+        press(name);
+        hear("keydown", code);
+        hear("keyup", code);
+    }
+}
+
+TEST_F(Objects, MoveTheFocusByArrowsThatThePageDoesNotTake) {
+    run("focus");
+    reported("ready");
+    EXPECT_EQ(reported("focus", 1), "a");
+    press("RIGHT");
+    EXPECT_EQ(reported("focus", 2), "b");
+    press("ENTER");
+    EXPECT_EQ(reported("click"), "b");
+    press("LEFT");
+    EXPECT_EQ(reported("focus", 3), "a");
+    press("DOWN");
+    EXPECT_EQ(reported("focus", 4), "c");
+    press("UP");
+    EXPECT_EQ(reported("kept"), "38");
+}
+
 TEST_F(Objects, GiveAPageTheKeysThatTheRemoteControlHas) {
     run("otherKeys");
     EXPECT_EQ(reported("all"), "[447,447,447]");

@@ -18,6 +18,8 @@ WebKitSettings* settingsWith(const std::string& userAgent) {
     webkit_settings_set_media_playback_requires_user_gesture(settings, FALSE);
     webkit_settings_set_allow_modal_dialogs(settings, FALSE);
     webkit_settings_set_enable_developer_extras(settings, TRUE);
+    // Arrow keys that a page does not take move the focus.
+    webkit_settings_set_enable_spatial_navigation(settings, TRUE);
     // A page that comes back from this cache runs no first script, and would know the broadcast of before.
     webkit_settings_set_enable_page_cache(settings, FALSE);
     return settings;
