@@ -56,7 +56,7 @@ void CarouselTree::visit(const std::function<void(const Visited&)>& visitor) con
     if (gateway) {
         Walk walk{visitor};
         const Found found = objectAt(*gateway);
-        visitor({walk.path, Kind::directory, *gateway, found});
+        visitor({walk.path, Kind::directory, *gateway, found, 0, 0, found.object != nullptr});
         if (found.object) {
             walk.seen.insert(found.object.get());
             visitEntries(*found.object, walk);
@@ -70,9 +70,11 @@ void CarouselTree::visitEntries(const CarouselObject& directory, Walk& walk) con
     for (const CarouselObject::Entry& entry : directory.entries) {
         walk.path += (length == 0 ? "" : "/") + entry.name;
         const Found found = objectAt(entry.object);
-        walk.visitor({walk.path, entry.kind, entry.object, found});
-        if (found.object && found.object->kind == Kind::directory && walk.depth < kDeepest &&
-            walk.seen.insert(found.object.get()).second) {
+        const bool isDescended = found.object && found.object->kind == Kind::directory && walk.depth < kDeepest &&
+                                 walk.seen.insert(found.object.get()).second;
+        walk.visitor({walk.path, entry.kind, entry.object, found, walk.path.size() - entry.name.size(), walk.depth,
+                      isDescended});
+        if (isDescended) {
             visitEntries(*found.object, walk);
         }
         walk.path.resize(length);

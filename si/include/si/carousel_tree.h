@@ -41,9 +41,12 @@ public:
         CarouselObject::Kind kind;
         const ObjectReference& reference;
         Found found;
+        std::size_t nameAt = 0;    ///< where the entry's own name, which may have slashes, begins in the path
+        std::size_t depth = 0;     ///< 0 for the service gateway
+        bool isDescended = false;  ///< a directory whose entries follow
     };
-    /// Calls for the service gateway, then for each entry of each directory. A directory under several names is visited
-    /// under the first.
+    /// Calls for the service gateway, then for each entry of each directory. A directory under several names is
+    /// descended under the first.
     void visit(const std::function<void(const Visited&)>& visitor) const;
 
     /// Whether all that the directories name was here when the tree was made, all of one state of the carousel.
