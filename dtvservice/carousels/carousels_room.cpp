@@ -1,17 +1,58 @@
-// Answers the commands for object carousels.
+// Handles the command for object carousels.
 #include "carousels_room.h"
+
+#include "service_log.h"
 
 namespace dtvservice {
 
-CarouselsRoom::CarouselsRoom(Core& newCore) : core(newCore) {
+using broadcast::Channel;
+using broadcast::Section;
+
+CarouselsRoom::CarouselsRoom(Core& newCore, const std::string& folder)
+    : core(newCore),
+      folders(newCore.loop, folder),
+      mounts(newCore.loop, folders, [this](auto line, const std::string& text) { tell(line, text); }) {
     core.commands.on.cmdMountDsmcc = calls(*this, &CarouselsRoom::cmdMountDsmcc);
+    core.loop.post([this] { folders.removeLeftOvers(); });
 }
 
 void CarouselsRoom::cmdMountDsmcc(Browser asker, unsigned int request, unsigned short onid, unsigned short tsid,
                                   unsigned short sid, short componentTag) {
-    constexpr unsigned short kFailed = 1;
-    core.browsers.tell({asker}, &Events::onDsmccMounted, request, onid, tsid, sid, componentTag, kFailed,
-                       std::string());
+    mounts.add(asker, {onid, tsid, sid, componentTag}, [=](CarouselMounts::Result result, const std::string& path) {
+        core.browsers.tell({asker}, &Events::onDsmccMounted, request, onid, tsid, sid, componentTag,
+                           static_cast<std::uint16_t>(result), path);
+    });
+}
+
+void CarouselsRoom::pmtArrived(Multiplex& multiplex, std::uint16_t, const Section& section) {
+    std::string error;
+    if (const std::optional<si::Pmt> pmt = si::parsePmt(section, error); pmt && &multiplex == &core.received()) {
+        mounts.setOtherPmt(*pmt);
+    }
+}
+
+void CarouselsRoom::pmtChanged(const Channel& channel, const Section&, bool) {
+    follow(channel);
+}
+
+void CarouselsRoom::follow(const Channel& channel) {
+    std::string error;
+    if (const std::optional<si::Pmt> pmt = si::parsePmt(core.received().si.pmt(channel.serviceId), error)) {
+        mounts.follow(core.received().demux, channel, *pmt,
+                      [&si = core.received().si](std::uint16_t serviceId) { return si.pmt(serviceId); });
+    } else {
+        mounts.rest();
+    }
+}
+
+void CarouselsRoom::tell(CarouselMounts::Line line, const std::string& text) {
+    if (core.mayTell(core.received())) {
+        if (line == CarouselMounts::Line::warning) {
+            BLOG_TAGGED(blog::kUnsupported, "%s\n", text.c_str());
+        } else {
+            BLOG_TAGGED(blog::kOrdinary, "%s\n", text.c_str());
+        }
+    }
 }
 
 }  // namespace dtvservice

@@ -5,6 +5,7 @@
 #include "bit_rate.h"
 #include "command_line.h"
 #include "command_line/arguments.h"
+#include "control_socket.h"
 #include "dvb_source.h"
 #include "http_server.h"
 
@@ -65,6 +66,7 @@ Options parseOptions(int argc, char** argv) {
     }
     options.list = arguments.value("list").value_or("");
     options.settings.serialNumber = arguments.value("serial-number").value_or("");
+    options.settings.carouselFolder = control::runDirectory() + "/carousels";
     options.playing.repeat = arguments.has("once") ? Repeat::once : Repeat::forever;
     if (const std::optional<std::string> bitRate = arguments.value("bitrate")) {
         options.playing.bitRate = bitRateOrEnd(*bitRate);

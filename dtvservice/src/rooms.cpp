@@ -24,7 +24,7 @@ void addRooms(Core& core, const Settings& settings) {
     core.add(std::make_unique<ComponentsRoom>(core));
     core.add(std::make_unique<TimeRoom>(core));
     core.add(std::make_unique<ApplicationsRoom>(core));
-    core.add(std::make_unique<CarouselsRoom>(core));
+    core.add(std::make_unique<CarouselsRoom>(core, settings.carouselFolder));
     core.add(std::make_unique<ProgrammesRoom>(core, settings.collecting));
     core.add(std::make_unique<OsdRoom>(core));
     core.add(std::make_unique<CaRoom>(core));

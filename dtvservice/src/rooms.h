@@ -9,7 +9,8 @@
 namespace dtvservice {
 
 struct Settings {
-    std::string serialNumber;  ///< for video on demand
+    std::string serialNumber;    ///< for video on demand
+    std::string carouselFolder;  ///< for mounted carousels; the service's own
     Collecting collecting = Collecting::onRequest;
 };
 

@@ -297,13 +297,6 @@ TEST_F(ARawBrowser, GetsTheAudioSourceResultWithItsSession) {
     EXPECT_THAT(process.log(), testing::HasSubstr("audio source \"broadband\", session 41"));
 }
 
-TEST_F(ARawBrowser, IsToldThatNoCarouselIsMounted) {
-    const ServiceProcess process;
-    ASSERT_TRUE(sends(&Commands::cmdMountDsmcc, 5U, static_cast<unsigned short>(1), static_cast<unsigned short>(1025),
-                      static_cast<unsigned short>(28106), static_cast<short>(7)));
-    EXPECT_TRUE(hears("onDsmccMounted(5, 1, 1025, 28106, 7, 1, 0:)"));
-}
-
 TEST_F(ARawBrowser, GetsTheConfiguredSerialNumber) {
     const ServiceProcess process({SAMPLE_FILE, "--serial-number", "AB-12"});
     ASSERT_TRUE(sends(&Commands::cmdVodGetMaxdomeSecureSerialNumber, std::string("anything")));
