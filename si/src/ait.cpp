@@ -128,6 +128,26 @@ void readApplicationDescriptors(const Descriptors& common, Ait::Application& app
     }
 }
 
+/// The application descriptor lists the labels in the order in which a terminal is to prefer the transports (TS 102
+/// 809, clause 5.3.5.3). Those that it does not list come last.
+void orderTransports(Ait::Application& application) {
+    constexpr std::size_t kFlagsAndPriority = 2;
+    Bytes labels;
+    for (const Descriptor& descriptor : application.descriptors) {
+        if (descriptor.tag == kApplicationDescriptor) {
+            Cursor cursor(descriptor.bytes);
+            cursor.takeShort();
+            cursor.take(kFlagsAndPriority);
+            labels = cursor.rest();
+        }
+    }
+    const auto placeOf = [&labels](const Ait::Transport& transport) {
+        return std::find(labels.data, labels.data + labels.size, transport.label) - labels.data;
+    };
+    std::stable_sort(application.transports.begin(), application.transports.end(),
+                     [&placeOf](const auto& one, const auto& other) { return placeOf(one) < placeOf(other); });
+}
+
 bool readApplications(Bytes loop, Ait& ait) {
     Cursor cursor(loop);
     while (cursor.left() != 0) {
@@ -142,6 +162,7 @@ bool readApplications(Bytes loop, Ait& ait) {
             return false;
         }
         readApplicationDescriptors(ait.commonDescriptors, application);
+        orderTransports(application);
         ait.applications.push_back(application);
     }
     return true;

@@ -45,16 +45,27 @@ void writeBoundaries(SectionWriter& writer, const Ait::Application& application)
     }
 }
 
-void writeApplication(SectionWriter& writer, const Ait::Application& application) {
+/// A transport with a component_tag is by a carousel of the service, any other by HTTP.
+void writeTransport(SectionWriter& writer, const Ait::Transport& transport) {
     constexpr std::uint8_t kTransportDescriptor = 0x02;
+    constexpr unsigned int kNoRemoteConnection = 0x7F;
+    constexpr unsigned int kNoExtensions = 0;
+    writer.openDescriptor(kTransportDescriptor).u16(transport.protocolId).u8(transport.label);
+    if (transport.componentTag) {
+        writer.u8(kNoRemoteConnection).u8(*transport.componentTag);
+    } else {
+        writer.lengthText(transport.urlBase).u8(kNoExtensions);
+    }
+    writer.close();
+}
+
+void writeApplication(SectionWriter& writer, const Ait::Application& application) {
     constexpr std::uint8_t kLocationDescriptor = 0x15;
     writer.u32(application.organisationId).u16(application.applicationId).u8(application.controlCode).open12();
     writeApplicationDescriptor(writer, application);
     writeNames(writer, application);
     for (const Ait::Transport& transport : application.transports) {
-        constexpr unsigned int kNoExtensions = 0;
-        writer.openDescriptor(kTransportDescriptor).u16(transport.protocolId).u8(transport.label);
-        writer.lengthText(transport.urlBase).u8(kNoExtensions).close();
+        writeTransport(writer, transport);
     }
     writer.openDescriptor(kLocationDescriptor).text(application.initialPath).close();
     writeBoundaries(writer, application);

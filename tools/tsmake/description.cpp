@@ -252,7 +252,11 @@ Application readApplication(JsonReader& in) {
     application.applicationId = in.numberOf<std::uint16_t>("id");
     application.controlCode = static_cast<std::uint8_t>(wordOf(in, "control", kControls) + 1);
     application.name = dvbText(in, "name");
-    application.urlBase = in.text("urlBase");
+    if (in.has("carousel")) {
+        application.carouselTag = in.numberOf<std::uint8_t>("carousel");
+    }
+    application.urlBase = application.carouselTag ? in.text("urlBase", "") : in.text("urlBase");
+    application.isCarouselFirst = in.flag("carouselFirst");
     application.initialPath = in.text("path");
     in.texts("boundaries", application.boundaries);
     readApplicationDescriptor(in, application);

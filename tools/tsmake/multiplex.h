@@ -36,6 +36,8 @@ struct Application {
     std::uint8_t priority = 1;
     std::uint8_t visibility = 3;  ///< two bits: 0 to nobody, 1 to applications, 3 to users too
     std::vector<Profile> profiles = {Profile{}};
+    std::optional<std::uint8_t> carouselTag = std::nullopt;  ///< it is in a carousel; without urlBase only there
+    bool isCarouselFirst = false;                            ///< the carousel is preferred to urlBase
 };
 
 /// One version of the AIT, valid from `second` on.

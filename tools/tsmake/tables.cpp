@@ -141,16 +141,31 @@ void writeTransportStream(SectionWriter& writer, std::uint16_t tsid, std::uint16
     writer.u16(tsid).u16(onid).open12().text(deliverySystem).close();
 }
 
-/// As an AIT has it, with one HTTP transport.
-si::Ait::Application signalled(const Application& application) {
+/// The best first.
+std::vector<si::Ait::Transport> transportsOf(const Application& application) {
+    constexpr std::uint16_t kCarousel = 0x0001;
     constexpr std::uint16_t kHttp = 0x0003;
-    constexpr std::uint8_t kLabel = 1;
+    constexpr std::uint8_t kHttpLabel = 1;
+    constexpr std::uint8_t kCarouselLabel = 2;
+    std::vector<si::Ait::Transport> transports;
+    if (!application.urlBase.empty() || !application.carouselTag) {
+        transports.push_back({kHttp, kHttpLabel, application.urlBase});
+    }
+    if (application.carouselTag) {
+        transports.insert(application.isCarouselFirst ? transports.begin() : transports.end(),
+                          {kCarousel, kCarouselLabel, "", application.carouselTag});
+    }
+    return transports;
+}
+
+/// As an AIT has it.
+si::Ait::Application signalled(const Application& application) {
     si::Ait::Application plain;
     plain.organisationId = application.organisationId;
     plain.applicationId = application.applicationId;
     plain.controlCode = application.controlCode;
     plain.names = {{"eng", application.name}};
-    plain.transports = {{kHttp, kLabel, application.urlBase}};
+    plain.transports = transportsOf(application);
     plain.initialPath = application.initialPath;
     for (const Profile& profile : application.profiles) {
         plain.profiles.push_back({profile.profile, profile.major, profile.minor, profile.micro});

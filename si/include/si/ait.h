@@ -38,7 +38,8 @@ struct Ait {
         std::uint16_t applicationId = 0;
         std::uint8_t controlCode = 0;
         std::vector<Name> names;
-        std::vector<Transport> transports;  ///< of its own, and those of the common loop that it lists
+        /// Of its own, and those of the common loop that it lists; in the order of its labels, the best first.
+        std::vector<Transport> transports;
         std::string initialPath;
         std::vector<Profile> profiles;
         std::uint8_t priority = 0;

@@ -13,9 +13,9 @@ namespace si {
 constexpr std::size_t kLongestUrlBase = 250;
 constexpr std::size_t kLongestInitialPath = 255;
 
-/// The section that parseAit() reads as these values: its applications with profiles, names, HTTP transports, initial
-/// path and boundaries. Texts are written as they are, so one that is not ASCII begins with the bytes that select its
-/// character table.
+/// The section that parseAit() reads as these values: its applications with profiles, names, transports by HTTP and by
+/// carousels of the service, initial path and boundaries. Texts are written as they are, so one that is not ASCII
+/// begins with the bytes that select its character table.
 Section aitSection(const Ait& ait);
 
 }  // namespace si

@@ -159,6 +159,22 @@ TEST(AnApplication, HasTheCommonTransportsThatItLists) {
     EXPECT_EQ(ait->applications.at(1).urlBase(), "");
 }
 
+TEST(AnApplication, HasItsTransportsInTheOrderOfItsLabels) {
+    tsmake::SectionWriter writer(0x74, 0x10, 1);
+    writer.open12().text(textOf("020700030402643A00")).close().open12();
+    writer.u32(7).u16(9).u8(1).open12();
+    writer.text(textOf("020700030102613A00020700030202623A00020700030302633A00"));
+    writer.openDescriptor(0x00).text(textOf("050000010201FF01030204")).close().close();
+    std::string error;
+    const auto ait = si::parseAit(writer.close().finish(), error);
+    ASSERT_TRUE(ait) << error;
+    std::string bases;
+    for (const si::Ait::Transport& transport : ait->applications.at(0).transports) {
+        bases += transport.urlBase;
+    }
+    EXPECT_EQ(bases, "c:b:d:a:") << "what is not listed comes last";
+}
+
 TEST(ATransportStream, HasADeliverySystem) {
     struct Row {
         const char* descriptors;
