@@ -110,6 +110,7 @@ TEST_F(AnApplicationTable, TakesNoOtherApplicationType) {
 }
 
 TEST_F(AnApplicationTable, GivesTheCarouselOfAnApplicationWithoutAddress) {
+    table.clear({1, 0x401, 0x6DCA});
     setPmt();
     SectionWriter writer(0x74, 0x10, 1);
     writer.open12().close().open12().u32(7).u16(9).u8(1).open12();
@@ -122,7 +123,24 @@ TEST_F(AnApplicationTable, GivesTheCarouselOfAnApplicationWithoutAddress) {
     EXPECT_EQ(value["list"][0]["url"], "");
     EXPECT_EQ(value["list"][0]["protocols"], json{1});
     EXPECT_EQ(value["list"][0]["carousel"], json::parse(R"({"componentTag": 32, "path": "start.html"})"));
+    EXPECT_EQ(value["list"][0]["entries"], json{"dvb://1.401.6dca.20/start.html"});
     EXPECT_EQ(value["list"][0]["usage"], 1);
     EXPECT_EQ(value["list"][0]["serviceBound"], false);
     EXPECT_EQ(value["list"][0]["visibility"], 2);
+}
+
+TEST_F(AnApplicationTable, GivesTheEntryPointsInTheOrderThatTheAitPrefers) {
+    table.clear({1, 0x401, 0x6DCA});
+    tsmake::Application both = application(1, 1);
+    both.carouselTag = 0x20;
+    tsmake::Application carouselFirst = both;
+    carouselFirst.isCarouselFirst = true;
+    service.ait.sections = 1;
+    service.ait.versions = {{0, 1, {both, carouselFirst}}};
+    setPmt();
+    add(0, 0);
+    const json list = table.value()["list"];
+    EXPECT_EQ(list[0]["entries"], json::parse(R"(["http://a/p", "dvb://1.401.6dca.20/p"])"));
+    EXPECT_EQ(list[1]["entries"], json::parse(R"(["dvb://1.401.6dca.20/p", "http://a/p"])"));
+    EXPECT_EQ(list[1]["url"], "http://a/p");
 }

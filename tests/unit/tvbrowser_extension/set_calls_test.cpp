@@ -15,9 +15,8 @@ constexpr int kKill = 4;
 
 /// Application 190.APP as the broadcast tells of it.
 json application(int number, int control, const std::string& url, const std::vector<json>& profiles = {}) {
-    return {{"organisation", 0x190}, {"application", number},
-            {"control", control},    {"url", url},
-            {"profiles", profiles},  {"name", "A"}};
+    return {{"organisation", 0x190},         {"application", number}, {"control", control},
+            {"entries", json::array({url})}, {"profiles", profiles},  {"name", "A"}};
 }
 
 json known(const std::vector<json>& list, bool isComplete = true) {

@@ -99,15 +99,16 @@ TEST_F(TheTerminal, ComparesVersionsNumberByNumber) {
     }
 }
 
-TEST_F(TheTerminal, StartsNothingWithoutAnHttpAddress) {
+TEST_F(TheTerminal, StartsNothingWithoutAnAddress) {
     SignalledApplication carousel = signalled(kA, ControlCode::autostart);
     carousel.url.clear();
     present(kOne, {carousel});
     EXPECT_THAT(host.news(), are());
-    EXPECT_THAT(host.lines, are("not started: application 190.1: it has no HTTP address"));
+    EXPECT_THAT(host.lines,
+                are("not started: application 190.1: it has no address by HTTP or in a carousel of the service"));
 }
 
-TEST_F(TheTerminal, StartsNothingFromAnAddressThatIsNotHttp) {
+TEST_F(TheTerminal, StartsNothingFromAnAddressOfAnotherScheme) {
     SignalledApplication local = signalled(kA, ControlCode::autostart, 2);
     local.url = "file:///etc/index.html";
     present(kOne, {local, signalled(kB, ControlCode::autostart, 1)});
@@ -115,7 +116,7 @@ TEST_F(TheTerminal, StartsNothingFromAnAddressThatIsNotHttp) {
     EXPECT_FALSE(manager.start(kA));
     EXPECT_THAT(host.news(), are());
     EXPECT_THAT(host.lines, testing::Contains("not started: application 190.1: its address "
-                                              "\"file:///etc/index.html\" is neither http nor https")
+                                              "\"file:///etc/index.html\" is none of http, https or dvb")
                                 .Times(2));
     for (const char* url : {"data:text/html,x", "HTTPX://a.example/", "a.example/index.html", "ftp://a.example/"}) {
         local.url = url;

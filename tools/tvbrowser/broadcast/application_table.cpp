@@ -1,6 +1,8 @@
 // Writes applications.
 #include "application_table.h"
 
+#include "carousel_url.h"
+
 namespace tvbrowser {
 
 namespace {
@@ -34,7 +36,22 @@ json carouselOf(const si::Ait::Application& application) {
     return nullptr;
 }
 
-json applicationValue(const si::Ait::Application& application) {
+/// Its entry points, the best transport first.
+json entriesOf(const si::Ait::Application& application, const si::Triplet& service) {
+    json entries = json::array();
+    for (const si::Ait::Transport& transport : application.transports) {
+        if (transport.protocolId == kProtocolCarousel && transport.componentTag) {
+            entries.push_back(safeText(carouselUrl(service, *transport.componentTag, application.initialPath)));
+        } else if (!transport.urlBase.empty()) {
+            entries.push_back(safeText(transport.urlBase + application.initialPath));
+        }
+    }
+    return entries;
+}
+
+}  // namespace
+
+json ApplicationTable::applicationValue(const si::Ait::Application& application) const {
     json protocols = json::array();
     for (const si::Ait::Transport& transport : application.transports) {
         protocols.push_back(transport.protocolId);
@@ -53,6 +70,7 @@ json applicationValue(const si::Ait::Application& application) {
             {"url", safeText(url)},
             {"protocols", protocols},
             {"carousel", carouselOf(application)},
+            {"entries", entriesOf(application, service)},
             {"priority", application.priority},
             {"visibility", application.visibility},
             {"serviceBound", application.isServiceBound},
@@ -60,8 +78,6 @@ json applicationValue(const si::Ait::Application& application) {
             {"boundaries", boundaries},
             {"usage", orNull(application.usage)}};
 }
-
-}  // namespace
 
 void ApplicationTable::setPmt(const si::Pmt& pmt) {
     isKnown = true;

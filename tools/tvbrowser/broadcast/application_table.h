@@ -11,6 +11,7 @@
 
 #include "si/ait.h"
 #include "si/tables.h"
+#include "si/triplet.h"
 #include "table_sections.h"
 #include "values.h"
 
@@ -19,7 +20,10 @@ namespace tvbrowser {
 class ApplicationTable {
 public:
     /// Another service is presented.
-    void clear() { *this = ApplicationTable(); }
+    void clear(const si::Triplet& newService) {
+        *this = ApplicationTable();
+        service = newService;
+    }
     /// Without a stream for an AIT in the PMT, the AIT is gone.
     void setPmt(const si::Pmt& pmt);
     /// The broadcast sends a section of this version.
@@ -32,6 +36,9 @@ public:
     bool takeNews();
 
 private:
+    json applicationValue(const si::Ait::Application& application) const;
+
+    si::Triplet service;
     bool isKnown = false;
     bool isSignalled = false;
     std::optional<std::uint8_t> version;

@@ -135,6 +135,14 @@ std::optional<si::Triplet> Broadcast::presented() const {
     return inside->presented;
 }
 
+QuestionNumber Broadcast::askForFile(const CarouselPlace& place, TakeAnswer take) {
+    return inside->carouselFiles.ask(place, std::move(take));
+}
+
+void Broadcast::cancelFile(QuestionNumber number) {
+    inside->carouselFiles.cancel(number);
+}
+
 bool Broadcast::isConnected() const {
     return inside->isConnected;
 }

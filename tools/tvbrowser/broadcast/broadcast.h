@@ -37,6 +37,7 @@
 #include <string>
 
 #include "bad_call.h"
+#include "carousel_question.h"
 #include "library.h"
 #include "si/triplet.h"
 
@@ -56,6 +57,10 @@ public:
     ~Broadcast();
 
     nlohmann::json call(const std::string& name, const nlohmann::json& argument);
+
+    /// Asks for a file of the presented service's carousels; the answer comes later, or not at all after the end.
+    QuestionNumber askForFile(const CarouselPlace& place, TakeAnswer take);
+    void cancelFile(QuestionNumber number);
 
     /// The presented service; none until it is known.
     std::optional<si::Triplet> presented() const;

@@ -2,19 +2,10 @@
 // carousels from read() to stop().
 // Threads: one.
 // Blocks:  never.
-// Fails:   a carousel that does not come keeps its names awaited. Streams of other services, to which a carousel may lead
-//          by deferred association tags, are not read.
+// Fails:   a carousel that does not come keeps its names awaited.
 #pragma once
 
-#include <functional>
-#include <map>
-#include <optional>
-#include <set>
-#include <string>
-#include <vector>
-
-#include "section_filters.h"
-#include "si/service_carousels.h"
+#include "broadcast_carousels.h"
 
 namespace tvbrowser {
 
@@ -31,28 +22,20 @@ public:
     };
 
     /// `newChange`: answers may be other ones now.
-    EventNames(SectionFilters& newFilters, std::function<void()> newChange)
-        : filters(newFilters), change(std::move(newChange)) {}
+    EventNames(SectionFilters& filters, std::function<void()> newChange)
+        : carousels(filters, kMostBytes, std::move(newChange)) {}
 
     /// Reads the carousels of the service with this PMT, or goes on with those that it keeps.
-    void read(const si::Pmt& newPmt);
-    void stop();
-    bool isReading() const { return carousels.has_value(); }
+    void read(const si::Pmt& pmt) { carousels.read(pmt); }
+    void stop() { carousels.stop(); }
+    bool isReading() const { return carousels.isReading(); }
     /// `componentTag`: of the carousel's stream; absent: any carousel.
     Answer find(std::optional<std::uint8_t> componentTag, const std::string& path, const std::string& name);
 
 private:
-    using Found = si::CarouselTree::Found;
-    /// Opens the filters of pids() and closes the others.
-    void follow();
-    void onSection(std::uint16_t pid, si::Bytes section);
-    static Answer answerFrom(const Found& found, const std::string& name);
+    static Answer answerFrom(const BroadcastCarousels::Found& found, const std::string& name);
 
-    SectionFilters& filters;
-    const std::function<void()> change;
-    std::optional<si::Pmt> pmt;
-    std::optional<si::ServiceCarousels> carousels;
-    std::map<std::uint16_t, std::vector<SectionFilters::Id>> open;  // by PID
+    BroadcastCarousels carousels;
 };
 
 }  // namespace tvbrowser

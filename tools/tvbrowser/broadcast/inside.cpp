@@ -42,6 +42,7 @@ Broadcast::Inside::Inside(const Library& library, const Post& newPost, Sink newS
       api(*library.api),
       filters(*library.filters, post),
       streamEvents(filters, post, sink),
+      carouselFiles(filters, post, [this](const std::string& text) { warn(text); }),
       guide(filters),
       listener(registered(api, makeListener(library, post, *this))),
       watch(api, [this](bool isThere) { post([this, isThere] { onLook(isThere); }); }) {
@@ -128,8 +129,9 @@ void Broadcast::Inside::present(const si::Triplet& triplet) {
     tellChannelsSoon();
     components.clear();
     programmes.clear(triplet);
-    applications.clear();
+    applications.clear(triplet);
     streamEvents.setService(triplet);
+    carouselFiles.setService(triplet);
     // The filters end when another multiplex is presented, or another DTV service.
     filters.renew();
     sink("channelChanged", {{"started", true}, {"channel", tripletValue(triplet)}});
@@ -184,6 +186,7 @@ void Broadcast::Inside::onPmt(const si::Triplet& triplet, bool isFirst, const st
     components.setPmt(*pmt);
     applications.setPmt(*pmt);
     streamEvents.setPmt(*pmt);
+    carouselFiles.setPmt(*pmt);
     if (components.isWhole()) {
         tellComponents();
     }

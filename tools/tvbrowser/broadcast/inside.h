@@ -7,6 +7,7 @@
 
 #include "application_table.h"
 #include "broadcast.h"
+#include "carousel_files.h"
 #include "channel_list.h"
 #include "component_list.h"
 #include "guide.h"
@@ -77,6 +78,7 @@ public:
     PresentProgrammes programmes;
     ApplicationTable applications;
     StreamEvents streamEvents;
+    CarouselFiles carouselFiles;
     Guide guide;
 
 private:

@@ -27,7 +27,11 @@ std::vector<SignalledApplication> signalledApplications(const nlohmann::json& li
         application.id = {entry.value("organisation", std::uint32_t{0}), entry.value("application", std::uint16_t{0})};
         application.control = static_cast<ControlCode>(entry.value("control", std::uint8_t{0}));
         application.name = entry.value("name", "");
-        application.url = entry.value("url", "");
+        std::vector<std::string> urls = entry.value("entries", std::vector<std::string>());
+        if (!urls.empty()) {
+            application.url = urls.front();
+            application.otherUrls.assign(urls.begin() + 1, urls.end());
+        }
         application.priority = entry.value("priority", std::uint8_t{0});
         application.visibility = entry.value("visibility", kVisibleToAll);
         application.isServiceBound = entry.value("serviceBound", false);

@@ -48,7 +48,7 @@ std::string applicationIdText(const ApplicationId& id) {
 bool operator==(const SignalledApplication& one, const SignalledApplication& other) {
     const auto fields = [](const SignalledApplication& of) {
         return std::tie(of.id, of.control, of.name, of.url, of.priority, of.visibility, of.isServiceBound, of.profiles,
-                        of.boundaries);
+                        of.boundaries, of.otherUrls);
     };
     return fields(one) == fields(other);
 }

@@ -59,12 +59,13 @@ struct SignalledApplication {
     ApplicationId id;
     ControlCode control = ControlCode::present;  ///< any value of the byte
     std::string name;
-    std::string url;  ///< entry point by HTTP; empty: none
+    std::string url;  ///< entry point by HTTP, or in a carousel of the service; empty: none
     std::uint8_t priority = 0;
     std::uint8_t visibility = kVisibleToAll;  ///< 0 to nobody, 1 to applications, 3 to users too
     bool isServiceBound = false;
     std::vector<Profile> profiles = {};        ///< one of them is enough; none listed: any terminal
     std::vector<std::string> boundaries = {};  ///< URL prefixes beyond the origin of the entry point
+    std::vector<std::string> otherUrls = {};   ///< the same entry point by other transports, the best first
 };
 
 bool operator==(const SignalledApplication& one, const SignalledApplication& other);

@@ -35,10 +35,10 @@ std::string missingProfiles(const std::vector<Profile>& profiles, const Profile&
 
 std::string obstacle(const SignalledApplication& application, const Terminal& terminal) {
     if (application.url.empty()) {
-        return "it has no HTTP address";
+        return "it has no address by HTTP or in a carousel of the service";
     }
-    if (!isHttpUrl(application.url)) {
-        return "its address \"" + application.url + "\" is neither http nor https";
+    if (!isHttpUrl(application.url) && !isDvbUrl(application.url)) {
+        return "its address \"" + application.url + "\" is none of http, https or dvb";
     }
     const std::string missing = missingProfiles(application.profiles, terminal.best);
     return missing.empty() ? "" : "it needs version " + missing + "; here is " + profileText(terminal.best);
@@ -55,7 +55,7 @@ std::optional<RequestedStart> startByCurrentAit(const std::string& url, const Ap
         error = url + ": the application is not signalled, or may not run";
         return std::nullopt;
     }
-    return RequestedStart{application, urlWith(application->url, parsed->query, parsed->fragment)};
+    return RequestedStart{application, entryPoints(*application, parsed->query, parsed->fragment)};
 }
 
 /// The URL of an entry point stands for its application. Other pages of the same server do not, because an application
@@ -67,12 +67,26 @@ std::optional<RequestedStart> startByHttp(const std::string& url, const Applicat
         return std::nullopt;
     }
     const auto entry = std::find_if(applications.begin(), applications.end(), [&url](const SignalledApplication& one) {
-        return mayRun(one) && isSameDocument(one.url, url);
+        return mayRun(one) && isEntryPoint(one, url);
     });
-    return RequestedStart{entry == applications.end() ? nullptr : &*entry, url};
+    return RequestedStart{entry == applications.end() ? nullptr : &*entry, {url}};
 }
 
 }  // namespace
+
+std::vector<std::string> entryPoints(const SignalledApplication& application, const std::string& query,
+                                     const std::string& fragment) {
+    std::vector<std::string> urls{urlWith(application.url, query, fragment)};
+    for (const std::string& url : application.otherUrls) {
+        urls.push_back(urlWith(url, query, fragment));
+    }
+    return urls;
+}
+
+bool isEntryPoint(const SignalledApplication& application, const std::string& url) {
+    const auto isIt = [&url](const std::string& one) { return isSameDocument(one, url); };
+    return isIt(application.url) || std::any_of(application.otherUrls.begin(), application.otherUrls.end(), isIt);
+}
 
 bool mayRun(const SignalledApplication& application) {
     return application.control == ControlCode::autostart || application.control == ControlCode::present;

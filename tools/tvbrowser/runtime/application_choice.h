@@ -32,8 +32,14 @@ std::string obstacleTo(const SignalledApplication& application, const Terminal& 
 /// What a page's createApplication() starts.
 struct RequestedStart {
     const SignalledApplication* application = nullptr;  ///< null: a broadcast-independent one
-    std::string url;
+    std::vector<std::string> urls;                      ///< by each transport, the best first
 };
+
+/// The entry point by each transport, the best first, with query and fragment.
+std::vector<std::string> entryPoints(const SignalledApplication& application, const std::string& query = "",
+                                     const std::string& fragment = "");
+/// Whether the URL is the entry point, whatever its query and fragment.
+bool isEntryPoint(const SignalledApplication& application, const std::string& url);
 
 /// No value, and `error` says why, if the terminal cannot start anything by the URL.
 std::optional<RequestedStart> requestedStart(const std::string& url, const Applications& applications,

@@ -20,7 +20,8 @@ struct ApplicationLife {
     bool isByXmlAit = false;  ///< its entry point is known from an XML AIT
     bool isLoaded = false;
     bool hasRestarted = false;
-    PageTune tune = {};  ///< while it is broadcast-independent
+    std::vector<std::string> otherUrls = {};  ///< to be tried when the page does not load
+    PageTune tune = {};                       ///< while it is broadcast-independent
 };
 
 }  // namespace tvbrowser

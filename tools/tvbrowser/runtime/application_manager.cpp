@@ -22,7 +22,7 @@ const RunningApplication* ApplicationManager::running() const {
     return life ? &life->application : nullptr;
 }
 
-void ApplicationManager::begin(RunningApplication application) {
+void ApplicationManager::begin(RunningApplication application, std::vector<std::string> otherUrls) {
     if (life) {
         host.log(nameOf(life->application) + " ends: another takes its place");
     }
@@ -31,6 +31,7 @@ void ApplicationManager::begin(RunningApplication application) {
     life->keyset = Keyset::initial(application.isBroadcastRelated);
     life->reportsStart = application.isBroadcastRelated;
     life->application = std::move(application);
+    life->otherUrls = std::move(otherUrls);
     host.log(nameOf(life->application) + " starts: " + life->application.url);
     host.load(life->application);
 }
@@ -45,15 +46,15 @@ bool ApplicationManager::isStartable(const SignalledApplication& application) {
     return obstacle.empty() || refuse(obstacle);
 }
 
-void ApplicationManager::startSignalled(const SignalledApplication& application, const std::string& url) {
+void ApplicationManager::startSignalled(const SignalledApplication& application, const std::vector<std::string>& urls) {
     RunningApplication started;
     started.id = application.id;
     started.name = application.name;
-    started.url = url;
+    started.url = urls.front();
     started.boundaries = application.boundaries;
     started.isServiceBound = application.isServiceBound;
     started.isBroadcastRelated = true;
-    begin(std::move(started));
+    begin(std::move(started), {urls.begin() + 1, urls.end()});
 }
 
 bool ApplicationManager::start(const ApplicationId& id) {
@@ -64,13 +65,16 @@ bool ApplicationManager::start(const ApplicationId& id) {
     if (!isStartable(*application)) {
         return false;
     }
-    startSignalled(*application, application->url);
+    startSignalled(*application, entryPoints(*application));
     return true;
 }
 
 bool ApplicationManager::startIndependent(const std::string& url, const std::optional<ApplicationId>& id) {
     if (!originOf(url)) {
         return refuse("\"" + url + "\" is no complete URL");
+    }
+    if (isDvbUrl(url)) {
+        return refuse(url + ": only a signalled application can be in a carousel");
     }
     RunningApplication started;
     started.id = id;
@@ -89,9 +93,9 @@ bool ApplicationManager::createApplication(Instance caller, const std::string& u
         return refuse(error);
     }
     if (start->application == nullptr) {
-        return startIndependent(start->url);
+        return startIndependent(start->urls.front());
     }
-    startSignalled(*start->application, start->url);
+    startSignalled(*start->application, start->urls);
     return true;
 }
 
@@ -161,7 +165,19 @@ void ApplicationManager::loadFailed(Instance instance, const std::string& reason
         host.log(nameOf(life->application) + " stays, but a page of it does not load: " + reason);
         return;
     }
-    fail("its page does not load: " + reason);
+    if (life->otherUrls.empty()) {
+        fail("its page does not load: " + reason);
+    } else {
+        loadByNextTransport(reason);
+    }
+}
+
+void ApplicationManager::loadByNextTransport(const std::string& reason) {
+    RunningApplication& application = life->application;
+    application.url = life->otherUrls.front();
+    life->otherUrls.erase(life->otherUrls.begin());
+    host.log(nameOf(application) + " is loaded from " + application.url + ": its page does not load: " + reason);
+    host.load(application);
 }
 
 void ApplicationManager::xmlAitReceived(Instance instance, const Applications& applications) {
@@ -201,6 +217,7 @@ void ApplicationManager::webProcessDied(Instance instance) {
     again.application = life->application;
     again.application.isVisible = false;
     again.keyset = Keyset::initial(again.application.isBroadcastRelated);
+    again.otherUrls = life->otherUrls;
     again.reportsStart = life->reportsStart;
     again.hasReported = life->hasReported;
     again.isByXmlAit = life->isByXmlAit;

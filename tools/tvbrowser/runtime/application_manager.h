@@ -35,6 +35,7 @@ public:
     // The engine.
 
     void pageLoaded(Instance instance);
+    /// A first page that does not load is tried by the application's other transports.
     void loadFailed(Instance instance, const std::string& reason);
     void webProcessDied(Instance instance);
     /// What an application has been started by is an XML AIT with these applications: the best one that is AUTOSTART
@@ -81,8 +82,10 @@ public:
 private:
     bool isRunning(Instance instance) const { return life && life->application.instance == instance; }
 
-    void begin(RunningApplication application);
-    void startSignalled(const SignalledApplication& application, const std::string& url);
+    void begin(RunningApplication application, std::vector<std::string> otherUrls = {});
+    /// `urls`: the entry point by each transport, at least one.
+    void startSignalled(const SignalledApplication& application, const std::vector<std::string>& urls);
+    void loadByNextTransport(const std::string& reason);
     bool refuse(const std::string& why);
     void end(const std::string& why);
     /// Ends it for a reason that is not the broadcast's: nothing is autostarted in its place.

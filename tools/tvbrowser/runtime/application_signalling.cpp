@@ -74,7 +74,7 @@ void ApplicationManager::joinBroadcast() {
     life->tune.end();
     RunningApplication& joining = life->application;
     const auto isIt = [&joining](const SignalledApplication& one) {
-        return mayRun(one) && (joining.id ? one.id == *joining.id : isSameDocument(one.url, joining.url));
+        return mayRun(one) && (joining.id ? one.id == *joining.id : isEntryPoint(one, joining.url));
     };
     const auto found = std::find_if(ait.begin(), ait.end(), isIt);
     if (found == ait.end()) {
@@ -117,7 +117,7 @@ void ApplicationManager::startBest(ControlCode control) {
         return one.control == control && isOffered && isStartable(one);
     });
     if (best != nullptr) {
-        startSignalled(*best, best->url);
+        startSignalled(*best, entryPoints(*best));
     }
 }
 

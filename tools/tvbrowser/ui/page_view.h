@@ -52,6 +52,7 @@ public:
     void key(std::uint32_t keysym, std::uint32_t keycode, bool isDown) { headless->key(keysym, keycode, isDown); }
     /// The page ends. Until it is deleted, it is heard by onLog alone, and nothing of it is drawn.
     void leave();
+    WebKitWebView* engineView() const { return view; }
 
 private:
     static void onLoadChanged(WebKitWebView*, WebKitLoadEvent event, PageView* self);

@@ -42,7 +42,12 @@ std::string described(const RunningApplication& application) {
 }  // namespace
 
 Television::Television(const SetDescription& newSet, const PageSettings& settings, Say newSay)
-    : set(newSet), say(std::move(newSay)), manager(*this), context(settings), shown(newSet.width, newSet.height) {
+    : set(newSet),
+      say(std::move(newSay)),
+      manager(*this),
+      context(settings),
+      shown(newSet.width, newSet.height),
+      scheme(context.web(), carousels(), say) {
     const Library library = libraryOrThrow(settings.libraryPath);
     showNothing();
     broadcast = std::make_unique<Broadcast>(
@@ -51,6 +56,14 @@ Television::Television(const SetDescription& newSet, const PageSettings& setting
 }
 
 Television::~Television() = default;
+
+/// The engine asks from its main loop, so the broadcast is there.
+DvbScheme::Carousels Television::carousels() {
+    return {
+        [this](WebKitWebView* view) { return page && page->engineView() == view; },
+        [this](const CarouselPlace& place, TakeAnswer take) { return broadcast->askForFile(place, std::move(take)); },
+        [this](QuestionNumber number) { broadcast->cancelFile(number); }};
+}
 
 PageViewEvents Television::eventsOf(Instance instance) {
     PageViewEvents events;
@@ -72,6 +85,7 @@ void Television::replacePage(Instance instance) {
     auto next = std::make_unique<PageView>(context, shown, page.get(), eventsOf(instance));
     if (page) {
         page->leave();
+        scheme.leave(page->engineView());
     }
     forgetLeaving();
     leaving = std::exchange(page, std::move(next));

@@ -12,6 +12,7 @@
 
 #include "application_manager.h"
 #include "broadcast.h"
+#include "dvb_scheme.h"
 #include "first_script.h"
 #include "page_view.h"
 #include "screen.h"
@@ -50,6 +51,7 @@ private:
     void applicationChanged(const RunningApplication& application) override;
     void log(const std::string& line) override { say(line); }
 
+    DvbScheme::Carousels carousels();
     PageViewEvents eventsOf(Instance instance);
     /// A new page in place of the present one.
     void replacePage(Instance instance);
@@ -71,6 +73,7 @@ private:
     std::unique_ptr<PageView> page;
     std::unique_ptr<PageView> leaving;  ///< the page of before, until this one is there
     std::unique_ptr<Broadcast> broadcast;
+    DvbScheme scheme;
 };
 
 }  // namespace tvbrowser
