@@ -25,6 +25,7 @@ declare -A may=(
     [$adapter]="$contract $idiom $records"
     [$headers]="$contract"
     [$library]="$contract $idiom $records $adapter $headers locks"
+    [bus]=""
     [si]=""
     [text]=""
     [command_line]=""
