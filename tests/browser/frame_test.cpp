@@ -67,6 +67,11 @@ TEST_F(AFrame, OutsideOfTheBoundaryHasNoObjects) {
     EXPECT_EQ(browser->count("application: load"), 1U);
 }
 
+TEST_F(AFrame, InASandboxHasNoObjects) {
+    page("framing.html?sandboxed");
+    EXPECT_EQ(reported("outside"), "undefinedundefined");
+}
+
 }  // namespace
 
 }  // namespace browser_tests

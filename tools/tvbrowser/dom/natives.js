@@ -16,12 +16,14 @@ const native = {
     },
 };
 
-// A frame may show what is none of the application. A document without a place of its own has the origin of its maker.
+// A frame may show what is none of the application, or what the application does not trust. A document without a place
+// of its own has the origin of its maker.
 function isOfApplication() {
     const { url, boundaries } = setup.application;
-    const hasPlace = location.protocol !== "about:" && location.protocol !== "blob:";
-    const place = hasPlace ? location.href : origin;
-    return window === top || native.call("isWithinBoundary", { place, url, boundaries });
+    const { protocol, href } = location;
+    const isSandboxed = origin === "null" && (protocol === "http:" || protocol === "https:");
+    const place = protocol === "about:" || protocol === "blob:" ? origin : href;
+    return window === top || (!isSandboxed && native.call("isWithinBoundary", { place, url, boundaries }));
 }
 
 if (natives) {
