@@ -140,7 +140,7 @@ TEST_F(AnApplication, CreatesAnotherOfTheCurrentAitWithItsQuery) {
     start(broadcast);
     reported("running");
     press("GREEN");
-    EXPECT_EQ(reported("created"), "true");
+    EXPECT_EQ(reported("created"), "{}");
     EXPECT_EQ(reported("running", 2), "second&more");
 }
 

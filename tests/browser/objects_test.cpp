@@ -34,6 +34,8 @@ TEST_F(Objects, GiveAPageItsApplication) {
     EXPECT_EQ(reported("keyset"), "[0,17,17]");
     EXPECT_EQ(reported("groups"), "[1,2,4,8,16,32,64,128,256,512,1024]");
     EXPECT_EQ(reported("memory"), "true");
+    EXPECT_EQ(reported("impossible"), "null");
+    EXPECT_EQ(reported("other"), R"([true,false,false,"SecurityError"])");
 }
 
 TEST_F(Objects, HaveTheCodesOfKeys) {
@@ -115,7 +117,11 @@ TEST_F(Objects, SayWhatTheSetCanDo) {
     run("capabilities");
     EXPECT_EQ(reported("profile").rfind("OITF_HD_UIPROF+DVB_C+META_EIT+META_SI", 0), 0U);
     EXPECT_EQ(reported("broadcast"), R"(["true","ID_DVB_C","true","dvb-si"])");
-    EXPECT_EQ(reported("has"), "[true,true,false,false,false]");
+    EXPECT_EQ(reported("html5"), "true");
+    EXPECT_EQ(reported("screen"), R"(["1280 720 8"])");
+    EXPECT_EQ(reported("video"), "true");
+    EXPECT_EQ(reported("dash"), "true");
+    EXPECT_EQ(reported("has"), "[true,true,false,false,false,false,false,false]");
 }
 
 TEST_F(Objects, SayWhatTheViewerHasChosen) {

@@ -140,13 +140,28 @@ class Application extends EventTarget {
         askForKeys();
     }
 
-    // Starts another application in the place of this one. Null if nothing of that name is signalled.
+    // Starts another application in the place of this one, and gives it. Null if it cannot be started.
     createApplication(uri, createChild) {
         const url = absoluteUrl(safeText(uri));
-        return url !== null && call("createApplication", { url, child: Boolean(createChild) }) ? true : null;
+        return url !== null && call("createApplication", { url, child: Boolean(createChild) })
+            ? new OtherApplication()
+            : null;
     }
     destroyApplication() {
         call("destroyApplication");
+    }
+}
+
+// An application that takes the place of this one. Nothing of it is to be seen while this one runs.
+class OtherApplication {
+    get visible() {
+        return false;
+    }
+    get active() {
+        return false;
+    }
+    get privateData() {
+        throw new DomException("the data of another application", "SecurityError");
     }
 }
 

@@ -32,15 +32,55 @@ const options = () => {
     if (canPlay("video/mp4")) {
         append(names, "TRICKMODE");
     }
+    if (drmSystems().length > 0) {
+        append(names, "DRM");
+    }
     return names;
 };
 
-const mediaProfile = (element, name, type) =>
-    canPlay(type) ? "<" + element + ' name="' + name + '" type="' + type + '"/>' : "";
+// The profiles of media that the engine plays: OIPF's name, the container's type, the transport if it is not plain HTTP.
+const avcAndHeAac = '; codecs="avc1.640028,mp4a.40.5"';
+const mediaProfiles = [
+    { element: "audio_profile", name: "MPEG1_L3", type: "audio/mpeg" },
+    { element: "audio_profile", name: "MP4_HEAAC", type: "audio/mp4", needs: ['audio/mp4; codecs="mp4a.40.5"'] },
+    { element: "video_profile", name: "TS_AVC_SD_25_HEAAC", type: "video/mpeg", needs: ["video/mp4" + avcAndHeAac] },
+    { element: "video_profile", name: "TS_AVC_HD_25_HEAAC", type: "video/mpeg", needs: ["video/mp4" + avcAndHeAac] },
+    { element: "video_profile", name: "MP4_AVC_SD_25_HEAAC", type: "video/mp4", needs: ["video/mp4" + avcAndHeAac] },
+    { element: "video_profile", name: "MP4_AVC_HD_25_HEAAC", type: "video/mp4", needs: ["video/mp4" + avcAndHeAac] },
+    {
+        element: "video_profile",
+        name: "MP4_AVC_HD_25_HEAAC",
+        type: "video/mp4",
+        transport: "dash",
+        needs: ["video/mp4" + avcAndHeAac, "application/dash+xml"],
+    },
+];
+
+function describeMedia() {
+    const played = those(mediaProfiles, ({ type, needs = [] }) => {
+        const missing = those(both([type], needs), (needed) => !canPlay(needed));
+        return missing.length === 0;
+    });
+    const texts = mapped(played, ({ element, name, type, transport }) => {
+        const by = transport ? '" transport="' + transport : "";
+        return "<" + element + ' name="' + name + '" type="' + type + by + '"/>';
+    });
+    return joined(texts, "");
+}
+
+// What the screen shows: the engine draws 60 frames a second.
+const describeScreen = () =>
+    '<video_display_format width="' +
+    setup.capabilities.width +
+    '" height="' +
+    setup.capabilities.height +
+    '" frame_rate="60" bit_depth="8" colorimetry="bt709"/>';
+
+const drmSystems = () => setup.capabilities.drm || [];
 
 function describeSet() {
     const systems = mapped(
-        setup.capabilities.drm || [],
+        drmSystems(),
         (id) => '<drm DRMSystemID="urn:dvb:casystemid:' + id + '">TS</drm>'
     );
     return (
@@ -50,17 +90,17 @@ function describeSet() {
         "<colorkeys>true</colorkeys>" +
         '<video_broadcast type="' +
         joined(tuners(), " ") +
-        '">true</video_broadcast>' +
+        '" scaling="arbitrary" minSize="0">true</video_broadcast>' +
         '<parentalcontrol schemes="' +
         ageScheme +
         '">true</parentalcontrol>' +
         "<extendedAVControl>true</extendedAVControl>" +
         '<clientMetadata type="dvb-si">true</clientMetadata>' +
+        "<html5_media>true</html5_media>" +
         joined(systems, "") +
         "</ext></ui_profile>" +
-        mediaProfile("video_profile", "MP4_AVC_HD_25_HEAAC", "video/mp4") +
-        mediaProfile("audio_profile", "MPEG1_L3", "audio/mpeg") +
-        mediaProfile("audio_profile", "MP4_HEAAC", "audio/mp4") +
+        describeMedia() +
+        describeScreen() +
         "</profilelist>"
     );
 }
