@@ -50,6 +50,16 @@ TEST_F(AnAvControl, PlaysAudioFromMemoryAsOftenAsItIsTold) {
     EXPECT_EQ(reported("stopped"), "0");
 }
 
+TEST_F(AnAvControl, IsCopiedWithoutItsPicture) {
+    if (!playsAudio("copies")) {
+        GTEST_SKIP() << kNoAudio;
+    }
+    EXPECT_EQ(reported("markup"), "[1,1]");
+    EXPECT_EQ(reported("clone"), R"([true,1,"beep.mp3"])");
+    EXPECT_EQ(reported("own"), "[1,1,1]");
+    EXPECT_EQ(reported("ofThePage"), "1");
+}
+
 TEST_F(AnAvControl, PlaysWhatIsQueuedNext) {
     if (!playsAudio("queue")) {
         GTEST_SKIP() << kNoAudio;

@@ -1,4 +1,4 @@
-// Data in markup and by setAttribute is taken before the engine looks at it.
+// Data in markup and by setAttribute is taken before the engine looks at it, and copies of pictures are taken out.
 const watchMarkup = new MutationObserver((changes) => {
     for (let index = 0; index < changes.length; ++index) {
         const { target, addedNodes, type } = changes[index];
@@ -19,6 +19,7 @@ function adoptMediaWithin(node) {
     if (!(node instanceof PageElement)) {
         return;
     }
+    removeCopies(node);
     adoptMedia(node);
     const found = elementsNamed(node, "object");
     for (let index = 0; index < found.length; ++index) {

@@ -1,4 +1,5 @@
-// A moving picture in the box of an <object>: a <video> as its only content.
+// A moving picture in the box of an <object>: a <video> as its only content. A page that copies its markup copies the
+// <video> too; a mark tells which are of this script, so that copies are taken out again.
 
 const Video = HTMLVideoElement.prototype;
 const Media = HTMLMediaElement.prototype;
@@ -18,6 +19,24 @@ const canPlay = (mimeType) => canPlayType(createElement("video"), mimeType) !== 
 
 const fullVolume = 100;
 
+const pictureMark = "data-broadcast-picture";
+const pictures = new PrivateWeakMap(); // <video> -> the <object> that it is in
+
+// Ends a <video> of this script.
+function endVideo(video) {
+    pauseMedia(video);
+    removeAttribute(video, "src");
+    loadMedia(video);
+    removeFrom(parentOf(video), video);
+}
+
+// Takes out of a part of a document what has been copied of pictures.
+function removeCopies(root) {
+    const found = elementsNamed(root, "video");
+    const copies = those(found, (video) => getAttribute(video, pictureMark) !== null && !pictures.get(video));
+    mapped(copies, endVideo);
+}
+
 class Picture {
     #element;
     #isFullScreen = false;
@@ -25,6 +44,9 @@ class Picture {
 
     constructor(element) {
         this.#element = element;
+        removeCopies(element);
+        pictures.set(this.video, element);
+        setAttribute(this.video, pictureMark, "");
     }
 
     // Shows the picture of the URL.
@@ -39,10 +61,7 @@ class Picture {
         return parentOf(this.video) === this.#element;
     }
     hide() {
-        pauseMedia(this.video);
-        removeAttribute(this.video, "src");
-        loadMedia(this.video);
-        removeFrom(this.#element, this.video);
+        endVideo(this.video);
     }
     get volume() {
         return round(media.volume.get(this.video) * fullVolume);
