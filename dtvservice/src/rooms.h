@@ -9,9 +9,9 @@
 namespace dtvservice {
 
 struct Settings {
-    std::string serialNumber;    ///< for video on demand
-    std::string carouselFolder;  ///< for mounted carousels; the service's own
+    std::string serialNumber;  ///< for video on demand
     Collecting collecting = Collecting::onRequest;
+    std::string carouselFolder = {};  ///< for mounted carousels, the service's own; without one none is mounted
 };
 
 void addRooms(Core& core, const Settings& settings);

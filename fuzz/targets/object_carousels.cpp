@@ -1,6 +1,7 @@
 // Files out of object carousels: the carousels of a service. Each record: its kind, then bytes behind their length: a
 // section of the first stream or of the second one, a PMT, or the PMT of another service.
 #include "oracles.h"
+#include "si/file_names.h"
 #include "si/service_carousels.h"
 
 namespace {
@@ -29,16 +30,27 @@ bool check(const std::vector<si::ServiceCarousels::News>& all) {
     return hasTree;
 }
 
+/// The name of an entry as that of a file, beside all others of its tree.
+void checkName(si::FileNames& names, const std::string& name) {
+    constexpr std::size_t kLongest = 255;
+    const std::string own = names.take(name);
+    fuzz::expect(!own.empty() && own != "." && own != ".." && own.size() <= kLongest &&
+                     own.find('/') == std::string::npos && own.find('\0') == std::string::npos,
+                 "a name is not safe");
+}
+
 /// What a tree has: bytes, which must be those of the module, and a sum of them.
 std::size_t sumOf(const si::CarouselTree& tree) {
     std::size_t sum = 0;
-    tree.visit([&sum](const si::CarouselTree::Visited& visited) {
+    si::FileNames names;
+    tree.visit([&](const si::CarouselTree::Visited& visited) {
         if (visited.found.object) {
             const si::Bytes content = visited.found.object->content;
             for (std::size_t index = 0; index < content.size; index += 64) {
                 sum = sum * 31 + content.data[index];
             }
             sum += visited.path.size();
+            checkName(names, visited.path.substr(visited.nameAt));
         }
     });
     return sum;

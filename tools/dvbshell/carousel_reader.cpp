@@ -1,222 +1,182 @@
-// Assembles modules and walks through directories.
+// Opens the filters of carousels, and passes their sections on.
 #include "carousel_reader.h"
 
-#include <zlib.h>
-
 #include <algorithm>
-#include <utility>
+
+#include "si/download.h"
 
 namespace dvbshell {
 
+using Kind = si::CarouselNews::Kind;
+
 namespace {
 
-constexpr std::size_t kMostBytes = 16U << 20U;  // of a module
-constexpr std::size_t kMostCompressed = 100;    // times; real modules stay far below
-constexpr std::size_t kMostBytesInAll = 128U << 20U;
-constexpr std::size_t kMostModules = 4096;
-constexpr std::size_t kMostGateways = 64;
-constexpr std::size_t kMostBlocks = 1U << 16U;  // block numbers have 16 bits
-constexpr std::size_t kMostDepth = 32;
-constexpr std::size_t kMostLines = 10000;
+constexpr std::uint8_t kPmtTableId = 0x02;
 
-std::vector<std::uint8_t> uncompressed(const std::string& bytes, std::size_t size) {
-    std::vector<std::uint8_t> result(size);
-    uLongf length = result.size();
-    const int code = uncompress(result.data(), &length, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size());
-    result.resize(code == Z_OK ? length : 0);
-    return result;
-}
-
-CarouselNews newsOf(const si::ObjectReference& gateway) {
-    return {"carousel " + std::to_string(gateway.carouselId) + "  service gateway in module " +
-                std::to_string(gateway.moduleId),
-            {namedValue("carousel_id", gateway.carouselId), namedValue("module_id", gateway.moduleId)}};
-}
-
-CarouselNews newsOf(const si::DownloadInfo& info, const si::DownloadInfo::Module& module) {
-    const std::string text = "carousel " + std::to_string(info.downloadId) + "  module " + std::to_string(module.id) +
-                             ", version " + std::to_string(module.version) + ", " + std::to_string(module.size) +
-                             " bytes" +
-                             (module.originalSize ? ", compressed from " + std::to_string(*module.originalSize) : "");
-    return {text,
-            {namedValue("carousel_id", info.downloadId), namedValue("module_id", module.id),
-             namedValue("module_version", module.version), namedValue("module_size", module.size)}};
-}
-
-std::string describeEvents(const si::CarouselObject& object) {
-    std::string text;
-    for (const si::CarouselObject::EventName& event : object.events) {
-        text += (text.empty() ? ": " : ", ") + event.name + " (" + std::to_string(event.id) + ")";
+/// The service's PMT as if only these streams had the beginning of a carousel.
+si::Pmt withRoots(si::Pmt pmt, const std::vector<unsigned int>& roots) {
+    constexpr std::uint8_t kReserved = 0;
+    constexpr std::uint8_t kDsmccMessages = 0x0B;
+    for (si::Pmt::Stream& stream : pmt.streams) {
+        const bool isRoot = std::find(roots.begin(), roots.end(), stream.pid) != roots.end();
+        stream.streamType = isRoot ? kDsmccMessages : kReserved;
     }
-    return text;
+    return pmt;
+}
+
+std::uint16_t numberOf(const Event& event) {
+    return static_cast<std::uint16_t>(std::get<std::uint64_t>(event.values.at(0).value));
 }
 
 }  // namespace
 
-std::size_t CarouselReader::Module::blockCount() const {
-    return blockSize == 0 ? 0 : (info.size + blockSize - 1U) / blockSize;
+CarouselReader::CarouselReader(Session& newSession, const si::Pmt& pmt, const std::vector<unsigned int>& roots)
+    : session(newSession), queue(newSectionQueue()) {
+    carousels.setPmt(withRoots(pmt, roots));
+    followPids();
 }
 
-bool CarouselReader::Module::isReadable() const {
-    const std::size_t original = info.originalSize.value_or(0);
-    return info.size <= kMostBytes && original <= kMostBytes && original / kMostCompressed <= info.size &&
-           blockCount() != 0 && blockCount() <= kMostBlocks;
-}
-
-std::size_t CarouselReader::Module::cost() const {
-    constexpr std::size_t kPlaceOfABlock = 96;  // beside its bytes
-    const std::size_t bytes = std::max(info.size, info.originalSize.value_or(0));
-    return isReadable() ? bytes + blockCount() * kPlaceOfABlock : 0;
-}
-
-void CarouselReader::Module::read() {
-    std::string bytes;
-    for (const auto& [number, block] : blocks) {
-        bytes += block;
-    }
-    blocks.clear();
-    arrived = true;
-    objects = info.originalSize ? si::eventObjects(uncompressed(bytes, *info.originalSize))
-                                : si::eventObjects(std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
-}
-
-std::vector<CarouselNews> CarouselReader::add(const std::string& section) {
-    if (const std::optional<si::DownloadBlock> block = si::downloadBlock(section)) {
-        addBlock(*block);
-        return {};
-    }
-    if (const std::optional<si::DownloadInfo> info = si::downloadInfo(section)) {
-        return addInfo(*info);
-    }
-    const std::optional<si::ObjectReference> gateway = si::serviceGateway(section);
-    return gateway ? addGateway(*gateway) : std::vector<CarouselNews>();
-}
-
-std::vector<CarouselNews> CarouselReader::addGateway(const si::ObjectReference& gateway) {
-    const auto known = gateways.find(gateway.carouselId);
-    const bool isOld = known != gateways.end() && known->second == gateway;
-    if (isOld || (known == gateways.end() && gateways.size() == kMostGateways)) {
-        return {};
-    }
-    gateways[gateway.carouselId] = gateway;
-    return {newsOf(gateway)};
-}
-
-std::vector<CarouselNews> CarouselReader::addInfo(const si::DownloadInfo& info) {
-    std::vector<CarouselNews> news;
-    for (const si::DownloadInfo::Module& each : info.modules) {
-        const Key key{info.downloadId, each.id};
-        const auto known = modules.find(key);
-        if (known != modules.end() && known->second.info.version == each.version &&
-            known->second.info.size == each.size) {
-            continue;
-        }
-        Module module;
-        module.info = each;
-        module.blockSize = info.blockSize;
-        module.arrived = !module.isReadable();  // nothing is left to wait for
-        if (hasRoomFor(key, module)) {
-            modules[key] = std::move(module);
-            news.push_back(newsOf(info, each));
-        } else if (!std::exchange(leavesOut, true)) {
-            news.push_back({"modules are left out: at most " + std::to_string(kMostModules) + " are read, of " +
-                            std::to_string(kMostBytesInAll >> 20U) + " MiB in all"});
-        }
-    }
-    return news;
-}
-
-bool CarouselReader::hasRoomFor(const Key& key, const Module& module) const {
-    std::size_t count = 1;
-    std::size_t bytes = module.cost();
-    for (const auto& [other, each] : modules) {
-        if (other != key) {
-            ++count;
-            bytes += each.cost();
-        }
-    }
-    return count <= kMostModules && bytes <= kMostBytesInAll;
-}
-
-void CarouselReader::addBlock(const si::DownloadBlock& block) {
-    const auto found = modules.find({block.downloadId, block.moduleId});
-    if (found == modules.end()) {
-        return;
-    }
-    Module& module = found->second;
-    const bool isWanted = !module.arrived && module.info.version == block.moduleVersion &&
-                          block.number < module.blockCount() && block.data.size <= module.blockSize;
-    if (isWanted) {
-        module.blocks[block.number].assign(reinterpret_cast<const char*>(block.data.data), block.data.size);
-        if (module.blocks.size() == module.blockCount()) {
-            module.read();
-        }
-    }
-}
-
-bool CarouselReader::isComplete() const {
-    return !gateways.empty() && std::all_of(gateways.begin(), gateways.end(), [this](const auto& each) {
-        return hasModuleOf(each.first);
-    }) && std::all_of(modules.begin(), modules.end(), [this](const auto& each) {
-        return each.second.arrived && gateways.count(each.first.first) != 0;
-    });
-}
-
-bool CarouselReader::hasModuleOf(std::uint32_t carousel) const {
-    const auto first = modules.lower_bound({carousel, 0});
-    return first != modules.end() && first->first.first == carousel;
-}
-
-std::string CarouselReader::progress() const {
-    const auto arrived =
-        std::count_if(modules.begin(), modules.end(), [](const auto& each) { return each.second.arrived; });
-    return std::to_string(arrived) + " of " + std::to_string(modules.size()) + " modules have arrived";
-}
-
-const si::CarouselObject* CarouselReader::find(const si::ObjectReference& reference) const {
-    const auto module = modules.find({reference.carouselId, reference.moduleId});
-    if (module == modules.end()) {
-        return nullptr;
-    }
-    const std::vector<si::CarouselObject>& objects = module->second.objects;
-    const auto found = std::find_if(objects.begin(), objects.end(),
-                                    [&reference](const auto& object) { return object.key == reference.key; });
-    return found == objects.end() ? nullptr : &*found;
-}
-
-std::vector<std::string> CarouselReader::paths() const {
-    std::vector<std::string> lines;
-    for (const auto& [carousel, gateway] : gateways) {
-        walk(gateway, gateways.size() == 1 ? "/" : "carousel " + std::to_string(carousel) + "  /", 0, lines);
-    }
-    return lines;
-}
-
-void CarouselReader::walk(const si::ObjectReference& directory, const std::string& path, std::size_t depth,
-                          std::vector<std::string>& lines) const {
-    const si::CarouselObject* const object = find(directory);
-    if (object == nullptr || depth == kMostDepth) {
-        lines.push_back(path + "  " + (object == nullptr ? "has not arrived" : "has more than is shown"));
-        return;
-    }
-    for (const si::CarouselObject::Entry& entry : object->entries) {
-        if (lines.size() >= kMostLines) {
-            if (lines.size() == kMostLines) {
-                lines.push_back(path + "  has more than is shown");
-            }
+void CarouselReader::read(Clock::time_point end, Reports reports, const std::function<bool()>& isEnough) {
+    while (!failed) {
+        const std::optional<Event> event = session.next(queue, end);
+        if (!event || (take(*event, reports) && isEnough())) {
             return;
         }
-        const std::string name = path + entry.name;
-        if (entry.kind == si::CarouselObject::Kind::directory) {
-            lines.push_back(name + "/");
-            walk(entry.object, name + "/", depth + 1, lines);
+    }
+}
+
+/// Whether something has changed.
+bool CarouselReader::take(const Event& event, Reports reports) {
+    if (event.section.empty() || !si::crcIsRight(event.section)) {
+        return false;
+    }
+    if (static_cast<std::uint8_t>(event.section[0]) == kPmtTableId) {
+        std::string error;
+        if (const std::optional<si::Pmt> pmt = si::parsePmt(event.section, error)) {
+            carousels.setOtherPmt(*pmt);
+            followPids();
+        }
+        return false;
+    }
+    const std::vector<si::ServiceCarousels::News> all = carousels.onSection(numberOf(event), event.section);
+    followPids();
+    for (const si::ServiceCarousels::News& news : all) {
+        if (reports == Reports::everything) {
+            report(news);
+        }
+    }
+    return measure(numberOf(event), event) || !all.empty();
+}
+
+void CarouselReader::followPids() {
+    for (const std::uint16_t service : carousels.otherServices()) {
+        std::unique_ptr<Filter>& request = pmtRequests[service];
+        request = request ? std::move(request) : std::make_unique<Filter>(session, queue, service);
+    }
+    for (const std::uint16_t pid : carousels.pids()) {
+        if (filters.count(pid) != 0) {
             continue;
         }
-        const si::CarouselObject* const events =
-            entry.kind == si::CarouselObject::Kind::streamEvent ? find(entry.object) : nullptr;
-        lines.push_back(name + (entry.kind == si::CarouselObject::Kind::streamEvent ? "  stream events" : "") +
-                        (events == nullptr ? "" : describeEvents(*events)));
+        for (const std::uint8_t table : {si::kDownloadControlTableId, si::kDownloadDataTableId}) {
+            filters[pid].push_back(std::make_unique<Filter>(session, queue, pid, tablePattern(table)));
+            if (!filters[pid].back()->isOpen()) {
+                fail(session, "the DTV service did not open a filter on PID " + std::to_string(pid));
+                failed = true;
+                return;
+            }
+        }
     }
+}
+
+/// Of a few blocks, because some come more often than others.
+bool CarouselReader::measure(std::uint16_t pid, const Event& event) {
+    constexpr std::size_t kMeasuredBlocks = 64;
+    const std::optional<si::DownloadBlock> block = si::downloadBlock(event.section);
+    if (!block) {
+        return false;
+    }
+    const std::string name = std::to_string(pid) + "." + std::to_string(block->downloadId) + "." +
+                             std::to_string(block->moduleId) + "." + std::to_string(block->number);
+    const auto known = blocks.find(name);
+    if (known == blocks.end()) {
+        if (blocks.size() < kMeasuredBlocks) {
+            blocks[name] = event.time;
+        }
+        return false;
+    }
+    cycle_ = std::max(cycle_, event.time - std::exchange(known->second, event.time));
+    return true;
+}
+
+CarouselReader::Counts CarouselReader::counts() {
+    Counts counts;
+    for (const auto& [pid, carousel] : carousels.carousels()) {
+        for (const si::ObjectCarousel::ModuleState& module : carousel.modules()) {
+            ++counts.modules;
+            counts.leftOut += module.isLeftOut ? 1 : 0;
+            counts.arrived += !module.isLeftOut && module.blocksHere == module.blocks ? 1 : 0;
+        }
+    }
+    return counts;
+}
+
+void CarouselReader::report(const si::ServiceCarousels::News& news) {
+    std::string text = "PID " + std::to_string(news.pid) + "  " + news.news.text;
+    std::vector<message_fields::FieldValue> values = {namedValue("pid", std::uint64_t{news.pid})};
+    const si::ObjectCarousel& carousel = carousels.carousels().at(news.pid);
+    if (const std::optional<std::uint32_t> number = carousel.carouselId()) {
+        values.push_back(namedValue("carousel_id", std::uint64_t{*number}));
+    }
+    if (news.news.kind == Kind::module || news.news.kind == Kind::dropped || news.news.kind == Kind::leftOut) {
+        values.push_back(namedValue("module_id", std::uint64_t{news.news.moduleId}));
+        for (const si::ObjectCarousel::ModuleState& module : carousel.modules()) {
+            if (module.id == news.news.moduleId) {
+                values.push_back(namedValue("module_version", std::uint64_t{module.version}));
+                values.push_back(namedValue("module_size", std::uint64_t{module.size}));
+            }
+        }
+        const Counts now = counts();
+        values.push_back(namedValue("modules_arrived", std::uint64_t{now.arrived}));
+        values.push_back(namedValue("modules", std::uint64_t{now.modules}));
+        text += "  (" + std::to_string(now.arrived) + " of " + std::to_string(now.modules) + ")";
+    }
+    values.push_back(namedValue("text", text));
+    session.report({text}, "carousel", std::move(values));
+}
+
+bool CarouselReader::hasBegun() {
+    constexpr std::chrono::seconds kLongestToBegin{3};
+    const auto& all = carousels.carousels();
+    const auto hasBegun = [](const auto& each) { return each.second.carouselId().has_value(); };
+    return Clock::now() - begin > kLongestToBegin ? std::any_of(all.begin(), all.end(), hasBegun)
+                                                  : std::all_of(all.begin(), all.end(), hasBegun);
+}
+
+bool CarouselReader::isComplete() {
+    auto& all = carousels.carousels();
+    return hasBegun() && std::all_of(all.begin(), all.end(), [](auto& each) {
+               return !each.second.carouselId() || each.second.tree()->isComplete();
+           });
+}
+
+bool CarouselReader::hasModules() {
+    return counts().modules != 0;
+}
+
+std::string CarouselReader::progress() {
+    const Counts now = counts();
+    return std::to_string(now.arrived) + " of " + std::to_string(now.modules) + " modules have arrived" +
+           (now.leftOut == 0 ? "" : ", " + std::to_string(now.leftOut) + " are left out");
+}
+
+std::map<std::uint32_t, std::shared_ptr<const si::CarouselTree>> CarouselReader::trees() {
+    std::map<std::uint32_t, std::shared_ptr<const si::CarouselTree>> all;
+    for (auto& [pid, carousel] : carousels.carousels()) {
+        if (const std::optional<std::uint32_t> number = carousel.carouselId()) {
+            all[*number] = carousel.tree();
+        }
+    }
+    return all;
 }
 
 }  // namespace dvbshell

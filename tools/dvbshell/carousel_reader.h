@@ -1,69 +1,63 @@
-// CarouselReader: puts an object carousel together from its sections, as far as its names are concerned (ISO/IEC
-// 13818-6, clauses 7.3 and 11.3).
+// CarouselReader: reads object carousels of a service through section filters, and reports what comes.
 // Threads: one.
-// Blocks:  never.
-// Fails:   never; modules of more than 16 MiB or compressed more than a hundred times, empty and malformed ones have no
-//          objects. Modules beyond the limits of number and size are left out.
+// Blocks:  read() until enough has come; opening and closing filters as Filter does.
+// Fails:   hasFailed() after a filter was refused, with a line.
 #pragma once
 
+#include <functional>
 #include <map>
-#include <optional>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "events.h"
-#include "si/download.h"
+#include "filter.h"
+#include "si/service_carousels.h"
 
 namespace dvbshell {
 
-/// A line, and the same for programs.
-struct CarouselNews {
-    std::string text;
-    std::vector<message_fields::FieldValue> values = {};
-};
-
 class CarouselReader {
 public:
-    /// Takes a section of a carousel. Returns what is new: gateways, modules, that modules are left out.
-    std::vector<CarouselNews> add(const std::string& section);
-    /// Whether the gateway of every carousel is known, and all modules have arrived.
-    bool isComplete() const;
-    bool hasModules() const { return !modules.empty(); }
+    /// Reads the carousels that begin on these PIDs. Other streams of the service are read if a carousel needs them.
+    CarouselReader(Session& newSession, const si::Pmt& pmt, const std::vector<unsigned int>& roots);
+
+    enum class Reports { nothing, everything };
+    /// Reads until `isEnough`, which is asked when something has changed, and at the latest until `end`.
+    void read(Clock::time_point end, Reports reports, const std::function<bool()>& isEnough);
+    bool hasFailed() const { return failed; }
+
+    /// Whether every stream has begun a carousel, or one has and enough time has passed: some have only blocks.
+    bool hasBegun();
+    /// Whether it has begun, and all that has is complete.
+    bool isComplete();
+    bool hasModules();
+    /// The time in which the carousel repeats itself: the longest between two equal blocks; zero until it is known.
+    Clock::duration cycle() const { return cycle_; }
     /// How many of the modules have arrived.
-    std::string progress() const;
-    /// A line for each object that the directories name, beginning with the gateways.
-    std::vector<std::string> paths() const;
+    std::string progress();
+    /// By number, of those that have come.
+    std::map<std::uint32_t, std::shared_ptr<const si::CarouselTree>> trees();
 
 private:
-    struct Module {
-        si::DownloadInfo::Module info;
-        std::uint16_t blockSize = 0;
-        std::map<std::uint16_t, std::string> blocks;
-        bool arrived = false;
-        std::vector<si::CarouselObject> objects;
-
-        std::size_t blockCount() const;
-        /// Whether it has bytes, and block numbers and memory suffice for them.
-        bool isReadable() const;
-        /// How many bytes it may take until it is read, and its objects after that.
-        std::size_t cost() const;
-        void read();
+    struct Counts {
+        std::size_t modules = 0;
+        std::size_t arrived = 0;
+        std::size_t leftOut = 0;
     };
-    using Key = std::pair<std::uint32_t, std::uint16_t>;  // carousel and module
+    bool take(const Event& event, Reports reports);
+    void followPids();
+    bool measure(std::uint16_t pid, const Event& event);
+    void report(const si::ServiceCarousels::News& news);
+    Counts counts();
 
-    void addBlock(const si::DownloadBlock& block);
-    std::vector<CarouselNews> addInfo(const si::DownloadInfo& info);
-    std::vector<CarouselNews> addGateway(const si::ObjectReference& gateway);
-    /// Whether a module may replace the one with the same key, if there is one.
-    bool hasRoomFor(const Key& key, const Module& module) const;
-    bool hasModuleOf(std::uint32_t carousel) const;
-    const si::CarouselObject* find(const si::ObjectReference& reference) const;
-    void walk(const si::ObjectReference& directory, const std::string& path, std::size_t depth,
-              std::vector<std::string>& lines) const;
-
-    std::map<std::uint32_t, si::ObjectReference> gateways;  // by carousel
-    std::map<Key, Module> modules;
-    bool leavesOut = false;  // modules, because of the limits
+    Session& session;
+    EventQueue& queue;
+    si::ServiceCarousels carousels;
+    std::map<std::uint16_t, std::vector<std::unique_ptr<Filter>>> filters;  // by PID
+    std::map<std::uint16_t, std::unique_ptr<Filter>> pmtRequests;           // by service
+    std::map<std::string, Clock::time_point> blocks;                        // the first ones, and when they came
+    Clock::duration cycle_{0};
+    Clock::time_point begin = Clock::now();
+    bool failed = false;
 };
 
 }  // namespace dvbshell

@@ -35,9 +35,11 @@ std::vector<Option> verbOptions() {
         {"hex", "", "print each section on one line in hexadecimal", {}, {"sections"}, {}, {}},
         {"out",
          "FILE",
-         "write the bytes of all sections to FILE, without separators",
+         "write to FILE: the bytes of all sections, without separators; the file of a carousel; a folder with all "
+         "files "
+         "of a carousel",
          command_line::anyFile(),
-         {"sections"},
+         {"sections", "carousel", "carousel get"},
          {},
          {}},
         {"stored", "", "only print what the library has stored, without tuning", {}, {"ait"}, {}, {}},
@@ -126,7 +128,7 @@ command_line::Program describePrompt() {
 }
 
 std::vector<VerbGroup> allGroups(Place place) {
-    std::vector<VerbGroup> groups = {channelVerbs(), tableVerbs(), objectVerbs()};
+    std::vector<VerbGroup> groups = {channelVerbs(), tableVerbs(), streamEventVerbs(), carouselVerbs()};
     groups.push_back(place == Place::prompt ? promptVerbs() : commandLineVerbs());
     groups.push_back(operationVerbs());
     return groups;

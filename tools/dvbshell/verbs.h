@@ -35,7 +35,8 @@ struct VerbGroup {
 // Each in a file of its own.
 VerbGroup channelVerbs();
 VerbGroup tableVerbs();
-VerbGroup objectVerbs();
+VerbGroup streamEventVerbs();
+VerbGroup carouselVerbs();
 VerbGroup operationVerbs();
 /// `demo` for the command line.
 VerbGroup commandLineVerbs();

@@ -47,6 +47,7 @@ constexpr Form bothNotations = {"number in both notations", Notation::both, Json
 constexpr Form ticks90kHz = {"time stamp", Notation::decimal, JsonType::number, 0, "90 kHz"};
 constexpr Form mediaTicks = {"time stamp", Notation::decimal, JsonType::number, 0, "ticks of timescale"};
 constexpr Form ticksPerSecond = {"rate", Notation::decimal, JsonType::number, 0, "ticks a second"};
+constexpr Form milliseconds = {"duration", Notation::decimal, JsonType::number, 0, "ms"};
 constexpr Form byteCount = {"length", Notation::decimal, JsonType::number, 0, "bytes"};
 constexpr Form componentTag = {"component_tag", Notation::hexadecimal, JsonType::number, 2, "", listOf(kComponentTags)};
 constexpr Form componentIndex = {"index", Notation::decimal, JsonType::number, 0, "", listOf(kComponentIndexes)};

@@ -9,7 +9,6 @@
 #include <fstream>
 #include <thread>
 
-#include "carousel.h"
 #include "command_line/help.h"
 #include "eventually.h"
 #include "json_printer.h"
@@ -119,6 +118,7 @@ TEST(TheVerbs, NameAWrongArgumentAndItsRange) {
     EXPECT_EQ(errorOf("watch --table 0"), "--table is an option of sections");
     EXPECT_EQ(errorOf("pts -1"), "pts: PTS_REQUEST: \"-1\" is not a number from 0 to 4294967295");
     EXPECT_EQ(errorOf("stream-events 1:256"), "stream-events: TAG: \"256\" is not a number from 0 to 255");
+    EXPECT_EQ(errorOf("carousel get 1"), "carousel get: PATH is missing");
     EXPECT_EQ(errorOf("carousel 1:2:3"), "carousel: \"1:2:3\" is not SID or SID:TAG");
     EXPECT_EQ(errorOf("frobnicate"), "unknown command frobnicate");
 }
@@ -267,33 +267,16 @@ TEST_F(AVerb, PrintsStreamEvents) {
     EXPECT_THAT(output.text(), HasSubstr("service 28106 has no component with the tag 9\n"));
 }
 
-TEST_F(AVerb, ListsACarousel) {
-    const tsmake::Service service = withEvents();
-    filters.pmts[28106] = asText(tsmake::pmtSection(service));
-    for (const tsmake::Section& section : tsmake::carouselSections(service.streamEvents)) {
-        filters.broadcast[301].push_back(asText(section));
-    }
-    EXPECT_EQ(run("carousel 28106"), kDone);
-    EXPECT_THAT(output.text(), HasSubstr("carousel 1  service gateway in module 1\n"));
-    EXPECT_THAT(output.text(), HasSubstr("carousel 1  module 1, version "));
-    EXPECT_THAT(output.text(), HasSubstr("compressed from "));
-    EXPECT_THAT(output.text(), HasSubstr("2 of 2 modules have arrived\n"));
-    EXPECT_THAT(output.text(), HasSubstr("\n/app/\n/app/events  stream events: start (1), stop (2)\n"));
-}
-
 TEST_F(AVerb, ReportsInJsonWhatTheSchemaSays) {
     const tsmake::Service service = withEvents();
     filters.pmts[28106] = asText(tsmake::pmtSection(service));
     filters.broadcast[300] = {asText(tsmake::streamEventSection(service, 0))};
-    for (const tsmake::Section& section : tsmake::carouselSections(service.streamEvents)) {
-        filters.broadcast[301].push_back(asText(section));
-    }
     JsonPrinter jsonPrinter(output.file());
     Session jsonSession(host, filters, queue, jsonPrinter);
     jsonSession.atPrompt = true;
     jsonSession.json = true;
     int result = 0;
-    for (const char* const line : {"channels", "info", "carousel 28106", "stream-events 28106 --seconds 1"}) {
+    for (const char* const line : {"channels", "info", "stream-events 28106 --seconds 1"}) {
         EXPECT_TRUE(runLine(jsonSession, line, result));
         EXPECT_EQ(result, kDone) << line;
     }
@@ -305,14 +288,6 @@ TEST_F(AVerb, ReportsInJsonWhatTheSchemaSays) {
                 HasSubstr(R"("event":"channel","onid":1,"tsid":1025,"sid":28106,"name":"Velmora One HD")"));
     EXPECT_THAT(output.text(), HasSubstr(R"("onid":65535,"tsid":65535,"sid":65535,"name":"")"));
     EXPECT_THAT(output.text(), HasSubstr(R"("data":"68656C6C6F")"));
-    EXPECT_THAT(output.text(), HasSubstr(R"("event":"carousel","carousel_id":1,"module_id":1,"text":)"));
-    EXPECT_THAT(output.text(), HasSubstr(R"("carousel_id":1,"module_id":2,"module_version":3,"module_size":)"));
-}
-
-TEST_F(AVerb, SaysWhichPmtDoesNotComeOrHasNoCarousel) {
-    filters.pmts[28106] = asText(tsmake::pmtSection(kSample.services[0]));
-    EXPECT_EQ(run("carousel 28106"), kFailed);
-    EXPECT_EQ(output.text(), "service 28106 has no component that may carry an object carousel\n");
 }
 
 TEST_F(AVerb, ShowsOnceWhatTheServiceSaysTwiceToABrowserThatStarts) {
