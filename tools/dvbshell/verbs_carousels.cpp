@@ -183,7 +183,8 @@ Found findIn(CarouselReader& reader, const std::string& path) {
 }
 
 int writeBytes(Session& session, si::Bytes content, const std::optional<std::string>& path) {
-    std::FILE* const file = path ? std::fopen(path->c_str(), "wbe") : session.output;
+    // The session's own output is for lines: it changes what a terminal should not get.
+    std::FILE* const file = path ? std::fopen(path->c_str(), "wbe") : stdout;
     const std::string name = path.value_or("the output");
     if (file == nullptr) {
         return fail(session, "cannot write " + name + ": " + std::strerror(errno));
@@ -206,7 +207,7 @@ int giveFile(Session& session, const CarouselRequest& request, const si::Carouse
         session.report({}, "object", std::move(values));
         return request.out ? writeBytes(session, file.content, request.out) : kDone;
     }
-    if (!request.out && isatty(fileno(session.output)) != 0) {
+    if (!request.out && isatty(STDOUT_FILENO) != 0) {
         return fail(session, "a file is not shown on a terminal: give --out FILE");
     }
     return writeBytes(session, file.content, request.out);
