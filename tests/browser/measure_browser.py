@@ -5,56 +5,25 @@ that it causes, in the page; memory of the web process with the library and whil
 All services of the broadcast signal the same application, so it goes on from channel to channel. Nothing is pinned to a
 processor.
 """
-import json
 import os
 import re
 import statistics
-import subprocess
 import sys
 import tempfile
 import time
 
+import measured_programs
+from measured_programs import Lines, row
+
 HERE = os.path.dirname(os.path.abspath(__file__))
-LONGEST = 30  # seconds; only a broken build takes them
-
-
-class Lines:
-    """What a program prints, read as it comes."""
-
-    def __init__(self, command, **options):
-        self.process = subprocess.Popen(
-            command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, stdin=subprocess.PIPE, text=True, **options)
-        self.seen = []
-
-    def until(self, start):
-        for line in self.process.stdout:
-            self.seen.append(line.rstrip("\n"))
-            if line.startswith(start):
-                return line[len(start):].strip()
-        sys.exit(f"no line \"{start}\" in\n" + "\n".join(self.seen))
-
-    def say(self, text):
-        self.process.stdin.write(text + "\n")
-        self.process.stdin.flush()
-
-    def end(self):
-        self.process.terminate()
-        self.process.wait(LONGEST)
-
-
 def broadcast(build, folder, url):
     """The sample; every service has the page as its application."""
-    text = subprocess.run([f"{build}/bin/tsmake", "--print-sample"], check=True, capture_output=True, text=True).stdout
-    description = json.loads(re.sub(r"^\s*//.*$", "", text, flags=re.M))
+    description = measured_programs.sample(build)
     application = {"organisation": 400, "id": 1, "control": "autostart", "name": "Measure", "urlBase": url,
                    "path": "measure.html"}
     for service in description["services"]:
         service["ait"] = {"versions": [{"version": 1, "applications": [application]}]}
-    with open(f"{folder}/broadcast.json", "w", encoding="utf-8") as file:
-        json.dump(description, file)
-    subprocess.run([f"{build}/bin/tsmake", f"{folder}/broadcast.ts", "--description", f"{folder}/broadcast.json"],
-                   check=True)
-    return f"{folder}/broadcast.ts"
+    return measured_programs.write(build, folder, description)
 
 
 def web_process(browser):
@@ -82,10 +51,6 @@ def tune(browser):
     start = time.time() * 1000
     browser.say("key GREEN")
     return float(browser.until("page: tuned ")) - start
-
-
-def row(what, value):
-    print(f"{what:<62} {value}", flush=True)
 
 
 def measure(build, folder, tunes):

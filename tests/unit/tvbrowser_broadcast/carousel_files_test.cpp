@@ -101,6 +101,18 @@ TEST_F(TheFiles, AreReadFromTheFirstQuestionOnUntilTheServiceIsLeft) {
     EXPECT_TRUE(areOpen(0));
 }
 
+TEST_F(TheFiles, MayBeReadBeforeTheyAreAskedFor) {
+    files.readAhead();
+    present();
+    EXPECT_TRUE(areOpen(0)) << "no service was presented then";
+    files.readAhead();
+    ASSERT_TRUE(areOpen(2));
+    send(cycle());
+    files.readAhead();
+    ask(place("a"));
+    EXPECT_THAT(told(), ElementsAre("a: one a"));
+}
+
 TEST_F(TheFiles, ThatAreNotThereYetAreWaitedFor) {
     present();
     ask(place("dir/b"));

@@ -143,6 +143,10 @@ void Broadcast::cancelFile(QuestionNumber number) {
     inside->carouselFiles.cancel(number);
 }
 
+void Broadcast::readCarousels() {
+    inside->carouselFiles.readAhead();
+}
+
 bool Broadcast::isConnected() const {
     return inside->isConnected;
 }

@@ -61,6 +61,8 @@ public:
     /// Asks for a file of the presented service's carousels; the answer comes later, or not at all after the end.
     QuestionNumber askForFile(const CarouselPlace& place, TakeAnswer take);
     void cancelFile(QuestionNumber number);
+    /// Reads the presented service's carousels before anything is asked of them.
+    void readCarousels();
 
     /// The presented service; none until it is known.
     std::optional<si::Triplet> presented() const;

@@ -50,6 +50,12 @@ void CarouselFiles::setPmt(const si::Pmt& newPmt) {
     answerSoon();
 }
 
+void CarouselFiles::readAhead() {
+    if (pmt && !carousels.isReading()) {
+        carousels.read(*pmt);
+    }
+}
+
 void CarouselFiles::answerSoon() {
     if (!waiting.empty() && !std::exchange(isAnswering, true)) {
         post([this] {
@@ -88,9 +94,7 @@ std::optional<CarouselAnswer> CarouselFiles::answerTo(const Question& question) 
     if (!service || !pmt) {
         return std::nullopt;
     }
-    if (!carousels.isReading()) {
-        carousels.read(*pmt);
-    }
+    readAhead();
     const std::vector<BroadcastCarousels::Found> all = carousels.find(place.componentTag, place.path);
     bool isAwaited = false;
     for (const BroadcastCarousels::Found& found : all) {

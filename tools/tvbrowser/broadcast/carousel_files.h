@@ -1,5 +1,5 @@
 // CarouselFiles: files out of the object carousels of the presented service. It reads the carousels from the first
-// question on, until another service is presented. A file is of the newest version of its carousel that is there as a
+// question on, or when it is told to, until another service is presented. A file is of the newest version of its carousel that is there as a
 // whole; while there is none yet, of what has come so far.
 //
 // A question is answered when the file is there, or as soon as it is sure that it will not come: until then it waits,
@@ -39,6 +39,8 @@ public:
     /// A service is presented, also the same one again; its PMT follows.
     void setService(const si::Triplet& newService);
     void setPmt(const si::Pmt& newPmt);
+    /// Reads the presented service's carousels from now on, so that files are there when they are asked for.
+    void readAhead();
 
 private:
     struct Question {

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "application_url.h"
 #include "engine_keys.h"
 #include "main_loop.h"
 #include "signalled_applications.h"
@@ -178,10 +179,22 @@ void Television::takeApplications() {
     const nlohmann::json known = broadcast->call("applications", nullptr);
     if (known.value("signalled", false)) {
         if (known.value("complete", false)) {
-            manager.aitReceived(signalledApplications(known["list"]));
+            const Applications applications = signalledApplications(known["list"]);
+            readAhead(applications);
+            manager.aitReceived(applications);
         }
     } else if (known.value("known", false)) {
         manager.aitAbsent();
+    }
+}
+
+/// So that one that the user starts later is there at once.
+void Television::readAhead(const Applications& applications) {
+    const auto hasCarousel = [](const SignalledApplication& one) {
+        return isDvbUrl(one.url) || std::any_of(one.otherUrls.begin(), one.otherUrls.end(), isDvbUrl);
+    };
+    if (std::any_of(applications.begin(), applications.end(), hasCarousel)) {
+        broadcast->readCarousels();
     }
 }
 

@@ -62,6 +62,7 @@ private:
     void onBroadcast(const std::string& name, const nlohmann::json& value);
     void onCall(const std::string& name, const nlohmann::json& call);
     void takeApplications();
+    void readAhead(const Applications& applications);
     void key(const RemoteKey& key, bool isDown);
     void zap(bool forward);
 
