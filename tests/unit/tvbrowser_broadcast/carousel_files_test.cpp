@@ -242,6 +242,23 @@ TEST_F(TheFiles, GoOnWhenTheSameServiceIsPresentedAgain) {
     EXPECT_THAT(told(), ElementsAre("a: one a"));
 }
 
+TEST_F(TheFiles, AreReadAnewWhenTheBroadcastBeginsAnew) {
+    present();
+    ask(place("a"));
+    ASSERT_TRUE(areOpen(2));
+    send(cycle());
+    EXPECT_THAT(told(), ElementsAre("a: one a"));
+    files.startAgain();
+    ask(place("a"));
+    EXPECT_THAT(told(), IsEmpty());
+    service = serviceWith({carouselOf({{{"a", "other"}, {"dir/b", someBytes(1, 3000)}}})});
+    EXPECT_TRUE(eventually([this] {
+        send(cycle());
+        return !all.empty();
+    }));
+    EXPECT_THAT(told(), ElementsAre("a: other"));
+}
+
 TEST_F(TheFiles, AreNotToldWhenTheQuestionIsCancelled) {
     present();
     const auto first = ask(place("a"));

@@ -50,6 +50,13 @@ void CarouselFiles::setPmt(const si::Pmt& newPmt) {
     answerSoon();
 }
 
+void CarouselFiles::startAgain() {
+    if (carousels.isReading()) {
+        carousels.stop();
+        carousels.read(*pmt);
+    }
+}
+
 void CarouselFiles::readAhead() {
     if (pmt && !carousels.isReading()) {
         carousels.read(*pmt);

@@ -39,6 +39,8 @@ public:
     /// A service is presented, also the same one again; its PMT follows.
     void setService(const si::Triplet& newService);
     void setPmt(const si::Pmt& newPmt);
+    /// The broadcast begins anew: its versions say nothing about those of before.
+    void startAgain();
     /// Reads the presented service's carousels from now on, so that files are there when they are asked for.
     void readAhead();
 

@@ -93,6 +93,7 @@ void Broadcast::Inside::onConnected() {
     channels.startAgain();
     guide.forget();
     streamEvents.forgetVersions();
+    carouselFiles.startAgain();
     filters.onConnected();
     api.notifyMwhbStart();
 }
