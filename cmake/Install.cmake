@@ -35,7 +35,7 @@ endif()
 install(TARGETS dtvplatform LIBRARY DESTINATION lib)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/include/ ${PROJECT_SOURCE_DIR}/platform/idiom/
   DESTINATION include/dtvplatform)
-set(programs dtvserviced dvbshell dtvctl tsmake)
+set(programs dtvserviced dvbshell dtvctl dtvmon tsmake)
 set_target_properties(${programs} PROPERTIES INSTALL_RPATH "$ORIGIN/../lib")
 install(TARGETS ${programs} RUNTIME DESTINATION bin)
 get_property(pages GLOBAL PROPERTY DTV_MANUAL_PAGES)

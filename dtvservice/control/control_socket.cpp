@@ -118,6 +118,15 @@ bool Connection::sendLine(const std::string& line, std::chrono::milliseconds lon
     return true;
 }
 
+std::optional<std::size_t> Connection::sendSome(std::string_view bytes) {
+    const ssize_t count = send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (count >= 0) {
+        return static_cast<std::size_t>(count);
+    }
+    const bool isFull = errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
+    return isFull ? std::optional<std::size_t>(0) : std::nullopt;
+}
+
 void Connection::waitAtMost(std::chrono::seconds longest) const {
     timeval time{};
     time.tv_sec = static_cast<decltype(time.tv_sec)>(longest.count());
@@ -146,6 +155,11 @@ std::optional<std::string> Connection::takeLine() {
     std::string line = received.substr(0, end);
     received.erase(0, end + 1);
     return line;
+}
+
+std::string Connection::takeBytes() {
+    searched = 0;
+    return std::exchange(received, std::string());
 }
 
 std::optional<std::string> Connection::receiveAnswer() {

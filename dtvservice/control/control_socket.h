@@ -9,6 +9,7 @@
 #include <chrono>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace control {
 
@@ -41,6 +42,8 @@ public:
     /// Sends the line and a line break. Waits for buffer space, `longest` in all. False if the line could not be sent
     /// completely.
     bool sendLine(const std::string& line, std::chrono::milliseconds longest);
+    /// Sends what the socket takes now, and returns how much that is; nothing if the connection has ended.
+    std::optional<std::size_t> sendSome(std::string_view bytes);
     /// From now on a wait for bytes ends after this time, as if the connection had ended, with errno EAGAIN.
     void waitAtMost(std::chrono::seconds longest) const;
     /// Waits for the next answer and returns it without its line break; nothing at the end or for one that is too long.
@@ -49,6 +52,8 @@ public:
     bool fill();
     /// The next complete line among the bytes read so far.
     std::optional<std::string> takeLine();
+    /// All bytes read so far, of an answer that is not made of lines.
+    std::string takeBytes();
     bool isTooLong() const { return received.size() > kLongestLine; }
 
 private:

@@ -5,10 +5,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <set>
 
 #include "browserdvbservice_interfaces.h"
 #include "line_limits.h"
+#include "watched_events.h"
 
 namespace dtvservice {
 
@@ -26,8 +28,14 @@ class Browsers {
     };
 
 public:
+    /// The tap must outlive this object.
+    explicit Browsers(BusTap& newTap) : tap(newTap) {}
+
     /// Sets the interface that sends the events.
-    void connect(Events& newEvents) { events = &newEvents; }
+    void connect(Events& newEvents) {
+        events = &newEvents;
+        watched.emplace(newEvents, tap);
+    }
 
     void add(Browser browser) { connected.insert(browser); }
     void remove(Browser browser) {
@@ -48,17 +56,20 @@ public:
     void tell(const Audience& to,
               int (Events::*event)(frame::MsgIds& ids, const frame::TransportInfo& transport, Values... values),
               typename Given<Values>::Type... values) {
+        Events* const sender = watched && tap.isWatched() ? &*watched : events;
         for (const Browser browser : to) {
             frame::MsgIds ids;
             ids.peer = browser;
-            (events->*event)(ids, frame::TransportInfo(), values...);
+            (sender->*event)(ids, frame::TransportInfo(), values...);
         }
     }
 
 private:
     static std::string nameOf(Browser browser) { return "browser " + std::to_string(browser); }
 
+    BusTap& tap;
     Events* events = nullptr;
+    std::optional<WatchedEvents> watched;  // sends the events while somebody watches
     Audience connected;
     LineLimits lines;
 };

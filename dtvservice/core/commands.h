@@ -29,26 +29,29 @@ class Commands : public lo::browserdvbservice::CommandHandler {
 public:
     using Change = std::function<void(Browser browser)>;
 
-    /// The loop must outlive this object, and run no task after this object ends. `newConnected` and `newGone` are
-    /// called on the loop's thread.
-    Commands(EventLoop& newLoop, Change newConnected, Change newGone)
-        : waiting(newLoop), connected(std::move(newConnected)), gone(std::move(newGone)) {}
+    /// Loop and tap must outlive this object, and the loop run no task after this object ends. `newConnected` and
+    /// `newGone` are called on the loop's thread.
+    Commands(EventLoop& newLoop, BusTap& newTap, Change newConnected, Change newGone)
+        : tap(newTap), waiting(newLoop), connected(std::move(newConnected)), gone(std::move(newGone)) {}
 
     CommandHandlers on;
 
 #define COMMAND(identifier, operation, Message, fields)                                                 \
     int operation(frame::MsgIds& ids, const frame::TransportInfo& FIELDS_PARAMETERS(fields)) override { \
-        post(#operation, on.operation, ids.peer FIELDS_ARGUMENTS(fields));                              \
+        tap.command(ids.peer, identifier FIELDS_ARGUMENTS(fields));                                     \
+        post(#operation, identifier, on.operation, ids.peer FIELDS_ARGUMENTS(fields));                  \
         return 0;                                                                                       \
     }
 #include "browserdvbservice_messages.inc"
 
     void browserConnected(const frame::TransportInfo& peer) override {
         BLOG_TAGGED(blog::kOrdinary, "browser %u connected\n", peer.peer);
+        tap.connected(peer.peer);
         waiting.addNotice(peer.peer, [this, browser = peer.peer] { connected(browser); });
     }
     void browserDisconnected(const frame::TransportInfo& peer) override {
         BLOG_TAGGED(blog::kOrdinary, "browser %u disconnected\n", peer.peer);
+        tap.disconnected(peer.peer);
         dropped.erase(peer.peer);
         waiting.addNotice(peer.peer, [this, browser = peer.peer] { gone(browser); });
     }
@@ -70,7 +73,8 @@ private:
     }
 
     template <typename Handler, typename... Values>
-    void post(const char* operation, const Handler& handler, Browser asker, const Values&... values) {
+    void post(const char* operation, std::uint32_t identifier, const Handler& handler, Browser asker,
+              const Values&... values) {
         const std::size_t bytes = (std::size_t{0} + ... + sizeOf(values));
         const bool isKept = waiting.add(
             asker,
@@ -79,10 +83,13 @@ private:
                     handler(asker, values...);
                 } else {
                     BLOG_TAGGED_AS(blog::kUnsupported, operation, "refused: nothing here handles %s\n", operation);
+                    tap.refused(bus::Direction::toService, asker, identifier, "nothing here handles it");
                 }
             },
             bytes);
         if (!isKept) {
+            tap.refused(bus::Direction::toService, asker, identifier,
+                        "dropped: commands come faster than they are done");
             noteDropped(asker);
         }
     }
@@ -101,6 +108,7 @@ private:
         RepeatedMessages messages;
     };
 
+    BusTap& tap;
     WaitingCommands waiting;
     Change connected;
     Change gone;

@@ -15,7 +15,7 @@ using nlohmann::json;
 Core::Core(EventLoop& newLoop)
     : loop(newLoop),
       commands(
-          newLoop, [this](Browser browser) { onBrowserConnected(browser); },
+          newLoop, tap, [this](Browser browser) { onBrowserConnected(browser); },
           [this](Browser browser) { onBrowserGone(browser); }) {
     requests.add("status", calls(*this, &Core::describeBrowsers));
     requests.add("statistics", calls(*this, &Core::describeBrowsers));

@@ -22,7 +22,8 @@ public:
     explicit Core(EventLoop& newLoop);
 
     EventLoop& loop;
-    Browsers browsers;
+    BusTap tap;
+    Browsers browsers{tap};
     /// What every service gets in place of its own applications. Set it before the multiplexes are added.
     std::optional<broadcast::AddedApplication> application;
     Multiplexes multiplexes;
@@ -31,6 +32,11 @@ public:
 
     /// Add all rooms first, then the multiplexes. Commands and packets need at least one multiplex.
     void add(std::unique_ptr<Room> room) { rooms.push_back(std::move(room)); }
+    /// Shows the monitors of the bus that a command of this type is not done.
+    template <typename Command>
+    void refuse(Browser asker, const std::string& why) {
+        tap.refused(bus::Direction::toService, asker, Command::header().messageId, why);
+    }
     /// Adds a multiplex. The first one is received until a service of another one is presented.
     Multiplex& addMultiplex();
 

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <nlohmann/json.hpp>
 #include <system_error>
 #include <vector>
 
@@ -15,8 +16,18 @@
 
 namespace dtvservice {
 
-OperatorServer::OperatorServer(const std::string& path, EventLoop& newLoop, Handler newHandler)
-    : listener(path, error_), loop(newLoop), handler(std::move(newHandler)) {
+namespace {
+
+bool asksToMonitor(const std::string& request) {
+    const nlohmann::json read = nlohmann::json::parse(request, nullptr, false);
+    const auto command = read.is_object() ? read.find("command") : read.end();
+    return command != read.end() && *command == "monitor";
+}
+
+}  // namespace
+
+OperatorServer::OperatorServer(const std::string& path, EventLoop& newLoop, BusTap& newTap, Handler newHandler)
+    : listener(path, error_), loop(newLoop), tap(newTap), handler(std::move(newHandler)) {
     if (!listener) {
         return;
     }
@@ -51,7 +62,9 @@ void OperatorServer::run() {
         for (const control::Connection& connection : connections) {
             waits.push_back({connection.fd(), POLLIN, 0});
         }
-        poll(waits.data(), waits.size(), acceptLater ? kPause : -1);
+        constexpr int kMonitorPace = static_cast<int>(MonitorConnections::kPace.count());
+        poll(waits.data(), waits.size(), !monitors.empty() ? kMonitorPace : acceptLater ? kPause : -1);
+        monitors.serve();
         if (waits[0].revents != 0) {
             return;
         }
@@ -85,11 +98,27 @@ bool OperatorServer::serve(control::Connection& connection) {
     // A client that reads its answers slowly must not delay the others for long.
     constexpr std::chrono::seconds kLongestSend{1};
     while (const std::optional<std::string> request = connection.takeLine()) {
+        if (asksToMonitor(*request)) {
+            return startMonitor(connection);
+        }
         if (!connection.sendLine(answer(*request), kLongestSend)) {
             return false;
         }
     }
     return !connection.isTooLong();
+}
+
+/// False: the connection has left, or must be closed.
+bool OperatorServer::startMonitor(control::Connection& connection) {
+    constexpr std::chrono::seconds kLongestSend{1};
+    const std::optional<BusTap::Monitor> monitor = tap.join();
+    const char* const answer = monitor ? R"({"ok":true})" : R"({"ok":false,"error":"as many monitors watch as may"})";
+    if (connection.sendLine(answer, kLongestSend) && monitor) {
+        monitors.add(std::move(connection), *monitor);
+    } else if (monitor) {
+        tap.leave(*monitor);
+    }
+    return false;
 }
 
 /// The loop stops before this object is destroyed. A request that it no longer runs would never be answered, so the

@@ -3,9 +3,12 @@
 
 #include <nlohmann/json.hpp>
 
+#include "message_transfer.h"
+
 namespace dtvservice {
 
 using broadcast::Section;
+namespace messages = lo::browserdvbservice::messages;
 
 namespace {
 
@@ -14,7 +17,7 @@ constexpr short kRefused = -1;
 
 }  // namespace
 
-FiltersRoom::FiltersRoom(Core& newCore) : core(newCore) {
+FiltersRoom::FiltersRoom(Core& newCore) : core(newCore), filters(newCore.tap) {
     core.commands.on.cmdUpdateIPCChannelNames = calls(*this, &FiltersRoom::cmdUpdateIPCChannelNames);
     core.commands.on.cmdFilterOpen = calls(*this, &FiltersRoom::cmdFilterOpen);
     core.commands.on.cmdFilterClose = calls(*this, &FiltersRoom::cmdFilterClose);
@@ -40,7 +43,11 @@ void FiltersRoom::pmtArrived(Multiplex& multiplex, std::uint16_t serviceId, cons
 
 void FiltersRoom::cmdUpdateIPCChannelNames(Browser asker, const std::string& sectionDataChannel, const std::string&,
                                            const std::string&) {
-    if (!filters.setQueue(asker, sectionDataChannel) && core.browsers.mayTell(asker)) {
+    if (filters.setQueue(asker, sectionDataChannel)) {
+        return;
+    }
+    core.refuse<messages::CmdUpdateIPCChannelNames>(asker, "there is no queue of this name");
+    if (core.browsers.mayTell(asker)) {
         BLOG_TAGGED(blog::kFailure, "browser %u: there is no queue %s\n", asker, shownName(sectionDataChannel).c_str());
     }
 }
@@ -49,6 +56,9 @@ void FiltersRoom::cmdFilterOpen(Browser asker, const std::string& session, unsig
                                 const lo::browserdvbservice::OpenFilterMatchMask_t& matchMask) {
     std::string error;
     const bool opened = filters.open(asker, session, pid, matchMask.mask, matchMask.maskBits, error);
+    if (!opened) {
+        core.refuse<messages::CmdFilterOpen>(asker, error);
+    }
     if (!opened && core.browsers.mayTell(asker)) {
         BLOG_TAGGED(blog::kUnsupported, "filter %s refused: %s\n", shownName(session).c_str(), error.c_str());
     }
@@ -67,6 +77,7 @@ void FiltersRoom::cmdFilterClose(Browser asker, const std::string& session) {
 void FiltersRoom::cmdStartPMTRequest(Browser asker, const std::string& session, unsigned int serviceId) {
     std::string error;
     if (!filters.openPmt(asker, session, serviceId, error)) {
+        core.refuse<messages::CmdStartPMTRequest>(asker, error);
         if (core.browsers.mayTell(asker)) {
             BLOG_TAGGED(blog::kUnsupported, "PMT request %s refused: %s\n", shownName(session).c_str(), error.c_str());
         }

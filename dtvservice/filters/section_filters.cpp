@@ -172,7 +172,9 @@ void SectionFilters::sendTo(Peer peer, const std::string& session, si::Bytes sec
         return;
     }
     const BorrowedSection borrowed(session, section);
-    if (!browser->second.queue->TrySend(borrowed.message)) {
+    const bool isQueued = browser->second.queue->TrySend(borrowed.message);
+    tap.section(peer, session, {reinterpret_cast<const char*>(section.data), section.size}, isQueued);
+    if (!isQueued) {
         noteDropped(peer, browser->second);
     }
 }

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "bus_tap.h"
 #include "demux.h"
 #include "repeated_messages.h"
 #include "velmora/msgqueue/ipc_message_queue.h"
@@ -32,7 +33,8 @@ public:
     /// Identifies a filter or PMT request: browser and session.
     using Name = std::pair<Peer, std::string>;
 
-    SectionFilters() = default;
+    /// The tap must outlive this object.
+    explicit SectionFilters(BusTap& newTap) : tap(newTap) {}
     SectionFilters(const SectionFilters&) = delete;
     SectionFilters& operator=(const SectionFilters&) = delete;
     ~SectionFilters();
@@ -80,6 +82,7 @@ private:
     static bool mayOpen(Peer peer, Browser& browser, const std::string& session, std::string& error);
     void noteDropped(Peer peer, Browser& browser);
 
+    BusTap& tap;
     broadcast::Demux* demux = nullptr;
     std::map<Peer, Browser> browsers;
 };

@@ -1,5 +1,7 @@
 // Shows layers for the operator and notifies the browsers that follow them.
 #include "osd_room.h"
+
+#include "message_transfer.h"
 #include "request_values.h"
 
 namespace dtvservice {
@@ -15,6 +17,8 @@ OsdRoom::OsdRoom(Core& newCore) : core(newCore) {
 
 void OsdRoom::cmdStartOSDDetection(Browser asker, unsigned int layer) {
     if (!followers.add(asker, layer)) {
+        core.refuse<lo::browserdvbservice::messages::CmdStartOSDDetection>(
+            asker, "it follows " + std::to_string(OsdFollowers::kMostLayers) + " other layers");
         if (core.browsers.mayTell(asker)) {
             BLOG_TAGGED(blog::kUnsupported, "browser %u: layer %u refused: it follows %zu others\n", asker, layer,
                         OsdFollowers::kMostLayers);

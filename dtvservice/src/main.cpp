@@ -212,7 +212,7 @@ int serve(const Options& options) {
         return 1;
     }
     const Ask ask = [&core](const std::string& request) { return core.requests.begin(request); };
-    const dtvservice::OperatorServer operators(control::defaultSocketPath(), loop, ask);
+    const dtvservice::OperatorServer operators(control::defaultSocketPath(), loop, core.tap, ask);
     if (!operators.error().empty()) {
         std::fprintf(stderr, "dtvserviced: cannot take operators: %s\n", operators.error().c_str());
     }

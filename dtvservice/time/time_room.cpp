@@ -1,6 +1,8 @@
 // Handles the commands for PTS and TEMI timelines.
 #include "time_room.h"
 
+#include "message_transfer.h"
+
 namespace dtvservice {
 
 using broadcast::Channel;
@@ -35,6 +37,8 @@ void TimeRoom::cmdStartTemiTimelineRequest(Browser asker, unsigned int component
                                            unsigned int) {
     constexpr unsigned int kLargest = 0xFF;
     if (componentTag > kLargest || timelineId > kLargest) {
+        core.refuse<lo::browserdvbservice::messages::CmdStartTemiTimelineRequest>(
+            asker, "component_tag and timeline_id are 0 to 255");
         if (core.browsers.mayTell(asker)) {
             BLOG_TAGGED(blog::kUnsupported, "refused: component_tag %u, timeline_id %u: each is 0 to 255\n",
                         componentTag, timelineId);

@@ -14,6 +14,7 @@
 #include "envelope.h"
 #include "host_log.h"
 #include "io_service.h"
+#include "peer_processes.h"
 #include "plain_calls.h"
 
 namespace host {
@@ -106,6 +107,7 @@ void IOService::adopt(int connectedSocket) {
     }
     const auto connection = std::make_shared<Connection>(connectedSocket, nextPeerNumber());
     bool waits = false;
+    PeerProcesses::instance().add(connection->peer(), connectedSocket);
     {
         const locks::Lock lock(mutex);
         if (!isService()) {
@@ -184,6 +186,7 @@ void IOService::closeConnection(Connection& connection) {
     transport.peer = connection.peer();
     const Turns::Turn turn(turnsOfHandlers());
     owner.onIOConnectionDisconnected(transport);
+    PeerProcesses::instance().forget(connection.peer());
 }
 
 /// Receives one packet and handles it. With MSG_DONTWAIT there may be nothing; else only after a signal.

@@ -10,7 +10,7 @@ cd "$1"
 others='^(locks/|src/.*/include/|examples/|tests/integration/minimal_platform/|tests/support/waits_for_lock.h)'
 guards='(std::(lock_guard|unique_lock|scoped_lock|shared_lock)|boost::[a-z_:]*lock)\b|\bltGuard [a-z]\w*\('
 
-sources=$(find platform frame-genrpc browser src text command_line si dtvservice tools tests locks examples \
+sources=$(find bus platform frame-genrpc browser src text command_line si dtvservice tools tests locks examples \
     \( -name '*.h' -o -name '*.cpp' \) -print | grep -vE "$others")
 count=$(wc -l <<<"$sources")
 echo "$count files looked at"

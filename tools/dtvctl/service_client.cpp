@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
 namespace dtvctl {
 
@@ -42,6 +43,11 @@ json ServiceClient::ask(const json& request) {
         throw NoService(errno == EAGAIN ? "the service does not answer" : "the service has gone");
     }
     return readAnswer(*line);
+}
+
+control::Connection ServiceClient::release() {
+    connection.waitAtMost(std::chrono::seconds(0));
+    return std::move(connection);
 }
 
 /// Whatever shows, copies or compares an answer goes down all of its levels, so a deep one would exhaust the stack.

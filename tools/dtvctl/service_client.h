@@ -30,6 +30,8 @@ public:
 
     /// The answer to a request that the service has accepted.
     nlohmann::json ask(const nlohmann::json& request);
+    /// The connection, for what follows an answer. Its waits have no end.
+    control::Connection release();
 
 private:
     control::Connection connection;

@@ -6,7 +6,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "message_fields.h"
+#include "json_value.h"
 #include "si/description.h"
 #include "text/printable.h"
 
@@ -15,7 +15,6 @@ namespace dvbshell {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using message_fields::JsonType;
 using WallClock = std::chrono::system_clock;
 
 /// Fields of sections that may be there several times. They are arrays even if there is one.
@@ -25,28 +24,6 @@ constexpr const char* kRepeated[] = {"is", "boundary_extension", "URL_extension"
 double epochSeconds(WallClock::time_point time) {
     constexpr double kMilliseconds = 1000;
     return std::round(std::chrono::duration<double>(time.time_since_epoch()).count() * kMilliseconds) / kMilliseconds;
-}
-
-Json numberOf(const message_fields::Value& value) {
-    const auto* const number = std::get_if<std::int64_t>(&value);
-    return number != nullptr ? Json(*number) : Json(std::get<std::uint64_t>(value));
-}
-
-void add(Json& object, const message_fields::FieldValue& value) {
-    const message_fields::Form& form = *value.field->form;
-    switch (form.json) {
-        case JsonType::number:
-            object[value.field->name] = numberOf(value.value);
-            break;
-        case JsonType::boolean:
-            object[value.field->name] = numberOf(value.value) != 0;
-            break;
-        case JsonType::listOfTexts:
-            object[value.field->name] = message_fields::flagNames(form, value.value);
-            break;
-        default:
-            object[value.field->name] = message_fields::valueText(form, value.value);
-    }
 }
 
 /// Each field becomes a member. A repeated field becomes an array, and so do the child nodes of each name.
@@ -85,7 +62,7 @@ void write(std::FILE* output, const Json& object) {
 void JsonPrinter::print(const Event& event, const std::string& ccid) {
     Json object = {{"time", epochSeconds(event.wallClock)}, {"event", event.name}};
     for (const message_fields::FieldValue& value : valuesOf(event)) {
-        add(object, value);
+        message_fields::addTo(object, value);
     }
     if (event.kind == EventKind::channel) {
         object["ccid"] = ccid;
@@ -112,7 +89,7 @@ void JsonPrinter::result(const Operation& operation, const Outcome& outcome) {
         object["text"] = *outcome.text;
     }
     for (const message_fields::FieldValue& value : outcome.values) {
-        add(object, value);
+        message_fields::addTo(object, value);
     }
     write(output(), object);
 }

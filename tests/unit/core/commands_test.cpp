@@ -24,7 +24,9 @@ protected:
 
     dtvservice::EventLoop loop;
     std::vector<std::string> heard;
-    dtvservice::Commands commands{loop, [this](Browser browser) { heard.push_back(std::to_string(browser) + " came"); },
+    dtvservice::BusTap tap;
+    dtvservice::Commands commands{loop, tap,
+                                  [this](Browser browser) { heard.push_back(std::to_string(browser) + " came"); },
                                   [this](Browser browser) { heard.push_back(std::to_string(browser) + " went"); }};
 };
 

@@ -43,7 +43,8 @@ protected:
 
     broadcast::Demux demux;
     broadcast::Demux other;
-    dtvservice::SectionFilters filters;
+    dtvservice::BusTap tap;
+    dtvservice::SectionFilters filters{tap};
     std::unique_ptr<IPCMessageQueue> queue;
     std::string error;
 };
