@@ -44,8 +44,8 @@ install(FILES ${pages} DESTINATION share/man/man1)
 install(FILES ${completions} DESTINATION share/bash-completion/completions)
 # All that is installed, without the tests.
 add_custom_target(product DEPENDS ${pages} ${completions})
-add_dependencies(product browserdvbapi dtvplatform ${programs} sample_broadcast)
-install(FILES ${CMAKE_BINARY_DIR}/share/dtv/sample.ts DESTINATION share/dtv)
+add_dependencies(product browserdvbapi dtvplatform ${programs} bus_dissector sample_broadcast)
+install(FILES ${CMAKE_BINARY_DIR}/share/dtv/dtvbus.lua ${CMAKE_BINARY_DIR}/share/dtv/sample.ts DESTINATION share/dtv)
 # The documents keep their places, so that their links work.
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION share/doc/browserdvbapi)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION share/doc/browserdvbapi)

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Uses the programs of the installed package, as an ordinary user in a bare system.
 set -euo pipefail
-for program in dvbshell dtvserviced dtvctl tsmake; do
+for program in dvbshell dtvserviced dtvctl dtvmon tsmake; do
     help=$("$program" --help)
     echo "$program: $(head -n 1 <<<"$help")"
     if grep -qw -- --version <<<"$help"; then "$program" --version; fi

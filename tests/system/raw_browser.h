@@ -24,7 +24,14 @@ protected:
         service->addClient(client);
     }
     ~ARawBrowser() override {
+        if (service != nullptr) {
+            leaves();
+        }
+    }
+
+    void leaves() {
         service->removeClient(client);
+        service = nullptr;
         frame::Process::getInstance().stopAppMembers();
     }
 

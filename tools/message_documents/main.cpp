@@ -1,4 +1,5 @@
-// message_documents: writes the documents that describe every message and every JSON object.
+// message_documents: writes the documents that describe every message and every JSON object, and the dissector of
+// messages for protocol analysers.
 #include <cstring>
 #include <fstream>
 #include <iostream>
@@ -10,11 +11,17 @@ namespace {
 
 constexpr int kUsageError = 2;
 
-int writeSchemaOf(const char* path) {
+bool writeDissector(const std::string& frame, std::ostream& output, std::string&) {
+    message_documents::writeDissector(frame, output);
+    return true;
+}
+
+/// Writes a document that has a frame.
+int writeWith(const char* path, bool (*write)(const std::string& frame, std::ostream& output, std::string& error)) {
     std::ifstream file(path);
     const std::string frame((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     std::string error;
-    if (!file || !message_documents::writeSchema(frame, std::cout, error)) {
+    if (!file || !write(frame, std::cout, error)) {
         std::cerr << "message_documents: " << path << ": " << (file ? error : "cannot be read") << "\n";
         return 1;
     }
@@ -29,8 +36,11 @@ int main(int argc, char** argv) {
         return std::cout.flush() ? 0 : 1;
     }
     if (argc == 3 && std::strcmp(argv[1], "schema") == 0) {
-        return writeSchemaOf(argv[2]);
+        return writeWith(argv[2], message_documents::writeSchema);
     }
-    std::cerr << "usage: message_documents messages | schema FRAME\n";
+    if (argc == 3 && std::strcmp(argv[1], "dissector") == 0) {
+        return writeWith(argv[2], writeDissector);
+    }
+    std::cerr << "usage: message_documents messages | schema FRAME | dissector FRAME\n";
     return kUsageError;
 }

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "bus/pcapng.h"
 #include "logged.h"
 
 namespace {
@@ -116,4 +117,26 @@ TEST_F(ACommand, ArrivesWhileItsBrowserIsConnected) {
     commands.browserDisconnected(peer);
     runLoop();
     EXPECT_THAT(heard, testing::ElementsAre("4 came", "4 asks", "4 went"));
+}
+
+TEST_F(ACommand, IsShownToMonitorsAsItComesAndAsItIsRefused) {
+    const auto monitor = tap.join();
+    frame::MsgIds ids = from(3);
+    commands.cmdSendPtsRequest(ids, {}, 7);
+    runLoop();
+    bus::PcapngReader reader;
+    reader.add(tap.take(*monitor));
+    bus::Record record;
+    std::string problem;
+    ASSERT_TRUE(reader.take(record, problem));
+    EXPECT_EQ(record.kind, bus::Kind::message);
+    EXPECT_EQ(record.direction, bus::Direction::toService);
+    EXPECT_EQ(record.browser, 3U);
+    EXPECT_EQ(record.message, 0x28671249U);
+    EXPECT_EQ(record.bytes, std::string("\0\0\0\x07", 4));
+    ASSERT_TRUE(reader.take(record, problem));
+    EXPECT_EQ(record.kind, bus::Kind::refused);
+    EXPECT_EQ(record.message, 0x28671249U);
+    EXPECT_EQ(record.text, "nothing here handles it");
+    EXPECT_FALSE(reader.take(record, problem));
 }

@@ -1,0 +1,189 @@
+// Every message of the catalogue, seen by the program dtvmon. The service's core runs in the test, so that it sends and
+// takes also what no broadcast causes.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "bus/pcapng.h"
+#include "core.h"
+#include "distinct_values.h"
+#include "json_value.h"
+#include "message_layout.h"
+#include "operator_server.h"
+#include "recording_client.h"
+#include "service_process.h"
+
+using nlohmann::json;
+
+namespace {
+
+class AWatchedBus : public testing::Test {
+protected:
+    AWatchedBus() {
+        EXPECT_EQ(operators.error(), "");
+        core.browsers.connect(client);
+    }
+    ~AWatchedBus() override { loop.stop(); }
+
+    /// Starts dtvmon and waits until it watches.
+    std::unique_ptr<ChildProcess> monitor(std::vector<std::string> arguments) {
+        auto child = std::make_unique<ChildProcess>(DTVMON, std::move(arguments), "dtvmon");
+        EXPECT_TRUE(eventually([this] { return core.tap.isWatched(); })) << child->output();
+        return child;
+    }
+    /// The objects that it prints, when it has printed as many.
+    static std::vector<json> objectsOf(const ChildProcess& child, std::size_t count) {
+        std::vector<json> objects;
+        EXPECT_TRUE(eventually([&] {
+            objects.clear();
+            std::istringstream lines(child.output());
+            for (std::string line; std::getline(lines, line) && !lines.eof();) {
+                objects.push_back(json::parse(line, nullptr, false));
+            }
+            return objects.size() >= count;
+        })) << child.output();
+        return objects;
+    }
+    /// The values that a message must be shown with.
+    static json expected(std::uint32_t identifier, const DistinctValues& distinct) {
+        json values = json::object();
+        std::size_t index = 0;
+        for (const message_fields::Place& place : message_fields::layoutOf(*message_fields::findMessage(identifier))) {
+            message_fields::addTo(values, {place.field, distinct.noted.at(index++)});
+        }
+        return values;
+    }
+
+    const std::string socket = OwnRunDirectory::instance().path() + "/dtvctl.sock";
+    RecordingClient client;
+    dtvservice::EventLoop loop;
+    dtvservice::Core core{loop};
+    dtvservice::OperatorServer operators{socket, loop, core.tap,
+                                         [this](const std::string& line) { return core.requests.begin(line); }};
+};
+
+}  // namespace
+
+TEST_F(AWatchedBus, IsShownWithTheValuesOfEveryMessage) {
+    const auto child = monitor({"--json"});
+    std::vector<json> all;
+    frame::MsgIds ids;
+    ids.peer = 3;
+    const auto note = [&all](std::uint32_t identifier, const char* operation, const DistinctValues& distinct) {
+        all.push_back({{"operation", operation}, {"values", expected(identifier, distinct)}});
+    };
+#define COMMAND(identifier, operation, Message, fields)                                                               \
+    {                                                                                                                 \
+        DistinctValues distinct;                                                                                      \
+        distinct.call<lo::browserdvbservice::CommandHandler>(core.commands,                                           \
+                                                             &lo::browserdvbservice::CommandHandler::operation, ids); \
+        note(identifier, #operation, distinct);                                                                       \
+    }
+#define EVENT(identifier, operation, Message, decoder, fields)                                                     \
+    {                                                                                                              \
+        DistinctValues distinct;                                                                                   \
+        std::apply(                                                                                                \
+            [this](const auto&... values) { core.browsers.tell({3}, &dtvservice::Events::operation, values...); }, \
+            distinct.valuesFor(&dtvservice::Events::operation));                                                   \
+        note(identifier, #operation, distinct);                                                                    \
+    }
+#include "browserdvbservice_messages.inc"
+    const std::vector<json> seen = objectsOf(*child, all.size());
+    ASSERT_EQ(seen.size(), all.size());
+    for (std::size_t index = 0; index < all.size(); ++index) {
+        EXPECT_EQ(seen[index]["operation"], all[index]["operation"]);
+        EXPECT_EQ(seen[index]["values"], all[index]["values"]) << all[index]["operation"];
+        EXPECT_EQ(seen[index]["record"], "message");
+        EXPECT_EQ(seen[index]["browser"], 3);
+        const bool isCommand = all[index]["operation"].get<std::string>().rfind("cmd", 0) == 0;
+        EXPECT_EQ(seen[index]["direction"], isCommand ? "to_service" : "to_browser");
+        EXPECT_FALSE(seen[index].contains("problem"));
+    }
+    EXPECT_EQ(client.texts().size(), 32U) << "the browser gets every event";
+    EXPECT_EQ(child->end(SIGTERM), 0);
+}
+
+TEST_F(AWatchedBus, ShowsAnEventThatDidNotLeave) {
+    const auto child = monitor({"--json"});
+    client.answer = -107;
+    core.browsers.tell({3}, &dtvservice::Events::onAllTerminalStoped);
+    const std::vector<json> seen = objectsOf(*child, 2);
+    ASSERT_EQ(seen.size(), 2U);
+    EXPECT_EQ(seen[1]["record"], "refused");
+    EXPECT_EQ(seen[1]["operation"], "onAllTerminalStoped");
+    EXPECT_EQ(seen[1]["result"], -107);
+}
+
+TEST_F(AWatchedBus, IsWrittenToAFileThatShowsTheSame) {
+    const std::string file = OwnRunDirectory::instance().path() + "/bus.pcapng";
+    const auto writer = monitor({"--write", file, "--only", "on*"});
+    core.browsers.tell({3}, &dtvservice::Events::onHbbtvEngineStatusChanged, 4U);
+    core.tap.section(3, "filter", "no section", false);
+    core.browsers.tell({4}, &dtvservice::Events::onAllTerminalStoped);
+    const auto read = [&file](std::vector<std::string> arguments) {
+        arguments.insert(arguments.end(), {"--read", file});
+        ChildProcess reader(DTVMON, arguments, "reader");
+        reader.wait();
+        return reader.output();
+    };
+    const auto linesIn = [](const std::string& text) { return std::count(text.begin(), text.end(), '\n'); };
+    ASSERT_TRUE(eventually([&] { return linesIn(read({})) == 2; })) << read({});
+    EXPECT_THAT(read({"--browser", "3"}), testing::HasSubstr("onHbbtvEngineStatusChanged  engine_status 4"));
+    EXPECT_EQ(linesIn(read({"--browser", "3"})), 1);
+    EXPECT_THAT(read({"--statistics"}), testing::HasSubstr("onAllTerminalStoped"));
+    EXPECT_EQ(writer->end(SIGINT), 0);
+}
+
+TEST_F(AWatchedBus, LosesNothingButTheCopyOfASlowMonitor) {
+    std::string error;
+    control::Connection slow = control::Connection::connectTo(socket, error);
+    ASSERT_TRUE(slow.sendLine(R"({"command":"monitor"})", std::chrono::seconds(10)));
+    ASSERT_TRUE(eventually([this] { return core.tap.isWatched(); }));
+    const std::string section(4096, 'x');
+    constexpr std::size_t kSections = 4000;
+    for (std::size_t count = 0; count < kSections; ++count) {
+        core.tap.section(1, "filter", section, true);
+    }
+    core.browsers.tell({3}, &dtvservice::Events::onAllTerminalStoped);
+    EXPECT_EQ(client.texts().size(), 1U) << "the bus goes on";
+    ASSERT_TRUE(slow.fill());
+    while (!slow.takeLine()) {
+        ASSERT_TRUE(slow.fill());
+    }
+    bus::PcapngReader reader;
+    bus::Record record;
+    std::string problem;
+    std::size_t seen = 0;
+    while (record.kind != bus::Kind::lost) {
+        reader.add(slow.takeBytes());
+        while (record.kind != bus::Kind::lost && reader.take(record, problem)) {
+            ASSERT_EQ(problem, "");
+            seen += record.kind == bus::Kind::lost ? record.count : 1;
+        }
+        ASSERT_TRUE(record.kind == bus::Kind::lost || slow.fill());
+    }
+    EXPECT_EQ(seen, kSections + 1);
+    core.browsers.tell({3}, &dtvservice::Events::onAllTerminalStoped);
+    while (!reader.take(record, problem)) {
+        ASSERT_TRUE(slow.fill());
+        reader.add(slow.takeBytes());
+    }
+    EXPECT_EQ(record.kind, bus::Kind::message) << "it goes on behind what it has lost";
+}
+
+TEST_F(AWatchedBus, IsNotWatchedWhenItsMonitorsHaveGone) {
+    auto child = monitor({});
+    EXPECT_EQ(child->end(SIGKILL), -1);
+    EXPECT_TRUE(eventually([this] { return !core.tap.isWatched(); }));
+}
+
+TEST_F(AWatchedBus, TakesNoMoreMonitorsThanItMay) {
+    for (std::size_t count = 0; count < dtvservice::BusTap::kMostMonitors; ++count) {
+        ASSERT_TRUE(core.tap.join());
+    }
+    ChildProcess refused(DTVMON, {}, "refused");
+    EXPECT_EQ(refused.wait(), 1);
+    EXPECT_EQ(refused.output(), "dtvmon: as many monitors watch as may\n");
+}
