@@ -1,6 +1,6 @@
 // CarouselFiles: files out of the object carousels of the presented service. It reads the carousels from the first
-// question on, or when it is told to, until another service is presented. A file is of the newest version of its carousel that is there as a
-// whole; while there is none yet, of what has come so far.
+// question on, or when it is told to, until another service is presented. A file is of the newest version of its
+// carousel that is there as a whole; while there is none yet, of what has come so far.
 //
 // A question is answered when the file is there, or as soon as it is sure that it will not come: until then it waits,
 // at the longest as long as its service is presented.

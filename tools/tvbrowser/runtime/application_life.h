@@ -17,7 +17,7 @@ struct ApplicationLife {
     std::set<unsigned int> keysDown = {};  ///< keys that the page saw go down
     bool reportsStart = false;             ///< it was started as a broadcast-related one
     bool hasReported = false;              ///< that it has started
-    bool isByXmlAit = false;  ///< its entry point is known from an XML AIT
+    bool isByXmlAit = false;               ///< its entry point is known from an XML AIT
     bool isLoaded = false;
     bool hasRestarted = false;
     std::vector<std::string> otherUrls = {};  ///< to be tried when the page does not load
