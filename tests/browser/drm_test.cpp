@@ -44,6 +44,13 @@ TEST_F(TheDrmAgent, HasNoSystemWithoutTheDtvService) {
     EXPECT_EQ(reported("status", 3), "0");
 }
 
+TEST_F(TheDrmAgent, HasTheSystemsThatTheSetNames) {
+    start(broadcastWithEverywhere("drm.html?named"), {"--ca-systems", "4711,0x0B00"});
+    EXPECT_EQ(reported("drm"), R"(["urn:dvb:casystemid:4711","urn:dvb:casystemid:2816"])");
+    EXPECT_EQ(reported("option"), "[true,true,true]");
+    EXPECT_TRUE(browser->reports("result", R"(["other","",5])"));
+}
+
 TEST_F(TheDrmAgent, SaysThatThereIsNoSuchSystem) {
     run("refused");
     EXPECT_EQ(reported("sent"), R"(["string","string"])");

@@ -180,6 +180,12 @@ TEST_F(Objects, KnowTheAgesOfParentalControlAndBlockNothing) {
     EXPECT_EQ(reported("noMore"), R"(["undefined","undefined","undefined"])");
 }
 
+TEST_F(Objects, StandBesideFontsOfTheNamesThatHbbTvHas) {
+    run("fonts");
+    EXPECT_EQ(reported("tiresias"), "[true,true]");
+    EXPECT_EQ(reported("gothic"), "[true,true]");
+}
+
 TEST_F(Objects, ShowNothingElseToPages) {
     run("clean");
     EXPECT_EQ(reported("more"), "[]");

@@ -32,6 +32,10 @@ Program described() {
          "the presented service as a stream, such as dtvserviced --http gives it; pages show it in the box of their "
          "broadcast object. Without it they show no picture"},
         {"size", "WIDTHxHEIGHT", "of the screen, 1280x720 if not given"},
+        {"ca-systems", "NUMBER[,NUMBER]...",
+         "CA system identifiers of the set's module, which pages see as DRM systems. Without it no system is named, "
+         "and "
+         "messages to any are sent"},
         {"http", "PORT",
          "serve a page for people on this port of 127.0.0.1, 0 for any: the screen, a remote control, the applications "
          "and the log. It works through a tunnel too. Pages of other hosts cannot use it"},

@@ -16,19 +16,20 @@ nlohmann::json setupOf(const RunningApplication& application, const SetDescripti
     described["url"] = application.url;
     described["boundaries"] = application.boundaries;
     described["serviceBound"] = application.isServiceBound;
-    return {{"application", described},
-            {"player", set.picture},
-            {"capabilities", {{"width", set.width}, {"height", set.height}, {"version", "1.6.1"}}},
-            {"configuration",
-             {{"preferredAudioLanguage", set.language},
-              {"preferredSubtitleLanguage", set.language},
-              {"preferredUILanguage", set.language},
-              {"countryId", set.country},
-              {"vendorName", set.vendorName},
-              {"modelName", set.modelName},
-              {"familyName", set.familyName},
-              {"softwareVersion", set.softwareVersion},
-              {"hardwareVersion", set.hardwareVersion}}}};
+    return {
+        {"application", described},
+        {"player", set.picture},
+        {"capabilities", {{"width", set.width}, {"height", set.height}, {"version", "1.6.1"}, {"drm", set.caSystems}}},
+        {"configuration",
+         {{"preferredAudioLanguage", set.language},
+          {"preferredSubtitleLanguage", set.language},
+          {"preferredUILanguage", set.language},
+          {"countryId", set.country},
+          {"vendorName", set.vendorName},
+          {"modelName", set.modelName},
+          {"familyName", set.familyName},
+          {"softwareVersion", set.softwareVersion},
+          {"hardwareVersion", set.hardwareVersion}}}};
 }
 
 /// JSON is no script in two characters, which end a line there.

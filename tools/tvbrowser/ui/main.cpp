@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <random>
+#include <sstream>
 #include <stdexcept>
 
 #include "command_line.h"
@@ -42,6 +43,16 @@ std::string beside(const std::string& path) {
     command_line::endWithUsageError(commandLine(), error);
 }
 
+std::vector<std::uint16_t> caSystemsOf(const Arguments& arguments) {
+    std::vector<std::uint16_t> systems;
+    std::istringstream list(arguments.value("ca-systems").value_or(""));
+    for (std::string number; std::getline(list, number, ',');) {
+        systems.push_back(static_cast<std::uint16_t>(
+            command_line::numberOrEnd(commandLine(), "--ca-systems", number, 0, UINT16_MAX)));
+    }
+    return systems;
+}
+
 SetDescription setOf(const Arguments& arguments) {
     SetDescription set;
     const std::string size = arguments.value("size").value_or("1280x720");
@@ -51,6 +62,7 @@ SetDescription setOf(const Arguments& arguments) {
         endWithUsage("--size: \"" + size + "\" is not WIDTHxHEIGHT, each from 1 to 8192");
     }
     set.softwareVersion = DTV_VERSION;
+    set.caSystems = caSystemsOf(arguments);
     set.picture = arguments.value("picture").value_or("");
     return set;
 }

@@ -5,6 +5,7 @@
 
 #include "main_loop.h"
 #include "messages.h"
+#include "user_style.h"
 
 namespace tvbrowser {
 
@@ -22,13 +23,8 @@ WebKitWebView* viewOf(const PageContext& context, HeadlessView* headless, WebKit
     return WEBKIT_WEB_VIEW(made);
 }
 
-/// The box of the objects, with or without a picture, is that of a replaced element. Any rule of a page goes before.
-constexpr const char* kObjectStyle =
-    "object[type^='video/' i], object[type^='audio/' i], object[type='application/dash+xml' i]"
-    " { display: inline-block; width: 300px; height: 150px; }";
-
-void addObjectStyle(WebKitWebView* view) {
-    WebKitUserStyleSheet* const sheet = webkit_user_style_sheet_new(kObjectStyle, WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
+void addUserStyle(WebKitWebView* view) {
+    WebKitUserStyleSheet* const sheet = webkit_user_style_sheet_new(kUserStyle, WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
                                                                     WEBKIT_USER_STYLE_LEVEL_USER, nullptr, nullptr);
     webkit_user_content_manager_add_style_sheet(webkit_web_view_get_user_content_manager(view), sheet);
     webkit_user_style_sheet_unref(sheet);
@@ -57,7 +53,7 @@ PageView::PageView(const PageContext& context, Screen& screen, const PageView* s
       view(viewOf(context, headless, sibling == nullptr || sibling->hasEnded ? nullptr : sibling->view)) {
     WebKitColor transparent{0, 0, 0, 0};
     webkit_web_view_set_background_color(view, &transparent);
-    addObjectStyle(view);
+    addUserStyle(view);
     loads = std::make_unique<LoadWatch>(view, [this](const nlohmann::json& load) { tell("load", load); });
     g_signal_connect(view, "load-changed", G_CALLBACK(onLoadChanged), this);
     g_signal_connect(view, "load-failed", G_CALLBACK(onLoadFailed), this);

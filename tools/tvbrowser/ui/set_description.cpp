@@ -11,8 +11,8 @@ std::string machineName() {
 }
 
 std::string userAgent(const SetDescription& set) {
-    const std::string noCapabilities;
-    return "Mozilla/5.0 (Linux) AppleWebKit/605.1.15 (KHTML, like Gecko) HbbTV/1.6.1 (" + noCapabilities + "; " +
+    const std::string options = set.caSystems.empty() ? "" : "+DRM";
+    return "Mozilla/5.0 (Linux) AppleWebKit/605.1.15 (KHTML, like Gecko) HbbTV/1.6.1 (" + options + "; " +
            set.vendorName + "; " + set.modelName + "; " + set.softwareVersion + "; " + set.hardwareVersion + "; " +
            set.familyName + ") " + set.modelName + "/" + set.softwareVersion;
 }

@@ -4,7 +4,9 @@
 // Fails:   never.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace tvbrowser {
 
@@ -19,9 +21,10 @@ struct SetDescription {
     std::string familyName = "tvbrowser";
     std::string softwareVersion = {};
     std::string hardwareVersion = machineName();
-    std::string language = "eng";  ///< preferred for audio and subtitles, ISO 639-2
-    std::string country = "GBR";   ///< ISO 3166
-    std::string picture = {};      ///< URL of the presented service as a stream; empty: pages show no picture
+    std::string language = "eng";               ///< preferred for audio and subtitles, ISO 639-2
+    std::string country = "GBR";                ///< ISO 3166
+    std::vector<std::uint16_t> caSystems = {};  ///< CA system ids of its module; empty: whatever a module has
+    std::string picture = {};  ///< URL of the presented service as a stream; empty: pages show no picture
 };
 
 /// HbbTV's user agent (TS 102 796, clause 7.3.2.4).
