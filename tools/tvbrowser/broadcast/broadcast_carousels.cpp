@@ -60,8 +60,9 @@ void BroadcastCarousels::follow() {
         }
     }
     for (const auto& [table, receive] : tables) {
-        if (open.count(table) == 0) {
-            open[table] = filters.open(
+        const auto [each, isNew] = open.try_emplace(table);
+        if (isNew) {
+            each->second = filters.open(
                 table.pid, SectionFilters::Pattern::table(table.id), SectionFilters::Repetitions::taken,
                 [this, pid = table.pid, take = receive](si::Bytes section) { (this->*take)(pid, section); });
         }
