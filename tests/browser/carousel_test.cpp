@@ -27,6 +27,24 @@ protected:
                 {"images/dot.png", kImage},
                 {"data.txt", data}};
     }
+    /// The sound takes 2.4 seconds.
+    static Files mediaFiles() {
+        constexpr std::size_t kFrames = 100;
+        constexpr std::size_t kFrameSize = 192;
+        std::string sound;
+        for (std::size_t frame = 0; frame < kFrames; ++frame) {
+            sound += "\xFF\xFB\x54\xC0";  // MPEG-1 layer III: 64 kbit/s, 48 kHz, one channel, 24 ms
+            sound.append(kFrameSize - 4, '\0');
+        }
+        return {{"media.html", fileText(std::string(PAGES) + "/carousel/media.html")},
+                {"report.js", fileText(std::string(PAGES) + "/report.js")},
+                {"sound.mp3", sound}};
+    }
+    static tsmake::Carousel mediaCarousel() {
+        tsmake::Carousel made = carousel({{0, "", mediaFiles()}});
+        made.isCompressed = false;  // the sound is silence, which readers take for a trap
+        return made;
+    }
     static tsmake::Carousel carousel(const std::vector<tsmake::CarouselVersion>& versions, std::uint8_t tag = kTag) {
         tsmake::Carousel made;
         made.id = tag;
@@ -191,6 +209,20 @@ TEST_F(ACarousel, HasAnApplicationThatIsCreatedByTheCurrentAit) {
     EXPECT_EQ(reported("created"), "{}");
     EXPECT_EQ(reported("running", 2), "second&more");
     EXPECT_EQ(reported("place", 2), kOrigin + "/index.html?second&more");
+}
+
+TEST_F(ACarousel, HasAMediumThatAnObjectPlays) {
+    start(broadcast({inCarousel("media.html?sound.mp3")}, {mediaCarousel()}));
+    EXPECT_EQ(reported("play"), "true");
+    EXPECT_EQ(reported("state", 1), "3");
+    EXPECT_TRUE(browser->reports("state", "1"));
+    EXPECT_TRUE(browser->reports("state", "5"));
+}
+
+TEST_F(ACarousel, WithoutTheMediumIsAnErrorOfTheObject) {
+    start(broadcast({inCarousel("media.html?none.mp3")}, {mediaCarousel()}));
+    EXPECT_EQ(reported("state", 1), "3");
+    EXPECT_EQ(reported("state", 2), "6 1");
 }
 
 TEST_F(ACarousel, IsReadAgainWhenTheDtvServiceIsBack) {

@@ -41,6 +41,7 @@ class Picture {
     #element;
     #isFullScreen = false;
     video = createElement("video");
+    #source = new MediumSource(this.video);
 
     constructor(element) {
         this.#element = element;
@@ -51,7 +52,7 @@ class Picture {
 
     // Shows the picture of the URL.
     show(url) {
-        setAttribute(this.video, "src", url);
+        this.#source.set(url);
         if (!this.isShown) {
             this.place();
             appendTo(this.#element, this.video);
@@ -61,6 +62,7 @@ class Picture {
         return parentOf(this.video) === this.#element;
     }
     hide() {
+        this.#source.forget();
         endVideo(this.video);
     }
     get volume() {
