@@ -1,103 +1,23 @@
-// Every message of the catalogue, seen by the program dtvmon. The service's core runs in the test, so that it sends and
-// takes also what no broadcast causes.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
-#include <sstream>
+// Every message of the catalogue, seen by the program dtvmon.
+#include "watched_bus.h"
 
 #include "bus/pcapng.h"
-#include "core.h"
-#include "distinct_values.h"
-#include "json_value.h"
-#include "message_layout.h"
-#include "operator_server.h"
-#include "recording_client.h"
-#include "service_process.h"
-
-using nlohmann::json;
-
-namespace {
-
-class AWatchedBus : public testing::Test {
-protected:
-    AWatchedBus() {
-        EXPECT_EQ(operators.error(), "");
-        core.browsers.connect(client);
-    }
-    ~AWatchedBus() override { loop.stop(); }
-
-    /// Starts dtvmon and waits until it watches.
-    std::unique_ptr<ChildProcess> monitor(std::vector<std::string> arguments) {
-        auto child = std::make_unique<ChildProcess>(DTVMON, std::move(arguments), "dtvmon");
-        EXPECT_TRUE(eventually([this] { return core.tap.isWatched(); })) << child->output();
-        return child;
-    }
-    /// The objects that it prints, when it has printed as many.
-    static std::vector<json> objectsOf(const ChildProcess& child, std::size_t count) {
-        std::vector<json> objects;
-        EXPECT_TRUE(eventually([&] {
-            objects.clear();
-            std::istringstream lines(child.output());
-            for (std::string line; std::getline(lines, line) && !lines.eof();) {
-                objects.push_back(json::parse(line, nullptr, false));
-            }
-            return objects.size() >= count;
-        })) << child.output();
-        return objects;
-    }
-    /// The values that a message must be shown with.
-    static json expected(std::uint32_t identifier, const DistinctValues& distinct) {
-        json values = json::object();
-        std::size_t index = 0;
-        for (const message_fields::Place& place : message_fields::layoutOf(*message_fields::findMessage(identifier))) {
-            message_fields::addTo(values, {place.field, distinct.noted.at(index++)});
-        }
-        return values;
-    }
-
-    const std::string socket = OwnRunDirectory::instance().path() + "/dtvctl.sock";
-    RecordingClient client;
-    dtvservice::EventLoop loop;
-    dtvservice::Core core{loop};
-    dtvservice::OperatorServer operators{socket, loop, core.tap,
-                                         [this](const std::string& line) { return core.requests.begin(line); }};
-};
-
-}  // namespace
 
 TEST_F(AWatchedBus, IsShownWithTheValuesOfEveryMessage) {
     const auto child = monitor({"--json"});
-    std::vector<json> all;
-    frame::MsgIds ids;
-    ids.peer = 3;
-    const auto note = [&all](std::uint32_t identifier, const char* operation, const DistinctValues& distinct) {
-        all.push_back({{"operation", operation}, {"values", expected(identifier, distinct)}});
-    };
-#define COMMAND(identifier, operation, Message, fields)                                                               \
-    {                                                                                                                 \
-        DistinctValues distinct;                                                                                      \
-        distinct.call<lo::browserdvbservice::CommandHandler>(core.commands,                                           \
-                                                             &lo::browserdvbservice::CommandHandler::operation, ids); \
-        note(identifier, #operation, distinct);                                                                       \
-    }
-#define EVENT(identifier, operation, Message, decoder, fields)                                                     \
-    {                                                                                                              \
-        DistinctValues distinct;                                                                                   \
-        std::apply(                                                                                                \
-            [this](const auto&... values) { core.browsers.tell({3}, &dtvservice::Events::operation, values...); }, \
-            distinct.valuesFor(&dtvservice::Events::operation));                                                   \
-        note(identifier, #operation, distinct);                                                                    \
-    }
-#include "browserdvbservice_messages.inc"
+    const std::vector<Sent> all = sendsEveryMessage();
     const std::vector<json> seen = objectsOf(*child, all.size());
     ASSERT_EQ(seen.size(), all.size());
     for (std::size_t index = 0; index < all.size(); ++index) {
-        EXPECT_EQ(seen[index]["operation"], all[index]["operation"]);
-        EXPECT_EQ(seen[index]["values"], all[index]["values"]) << all[index]["operation"];
+        json values = json::object();
+        for (const message_fields::FieldValue& value : all[index].values) {
+            message_fields::addTo(values, value);
+        }
+        EXPECT_EQ(seen[index]["operation"], all[index].operation);
+        EXPECT_EQ(seen[index]["values"], values) << all[index].operation;
         EXPECT_EQ(seen[index]["record"], "message");
         EXPECT_EQ(seen[index]["browser"], 3);
-        const bool isCommand = all[index]["operation"].get<std::string>().rfind("cmd", 0) == 0;
+        const bool isCommand = all[index].operation.rfind("cmd", 0) == 0;
         EXPECT_EQ(seen[index]["direction"], isCommand ? "to_service" : "to_browser");
         EXPECT_FALSE(seen[index].contains("problem"));
     }

@@ -14,14 +14,14 @@ FileWriter::FileWriter(const std::string& newPath) : path(newPath), file(std::fo
         fail();
     }
     write(bus::pcapngStart());
-    pause();
+    flush();
 }
 
 void FileWriter::add(const Seen& seen) {
     write(bus::pcapngBlock(seen.record));
 }
 
-void FileWriter::pause() {
+void FileWriter::flush() {
     if (std::fflush(file.get()) != 0) {
         fail();
     }

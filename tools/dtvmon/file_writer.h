@@ -15,15 +15,16 @@ class FileWriter : public Sink {
 public:
     explicit FileWriter(const std::string& newPath);
     void add(const Seen& seen) override;
-    void pause() override;
-    void end() override { pause(); }
+    void pause() override { flush(); }
+    void end() override { flush(); }
 
 private:
     struct Closer {
-        void operator()(std::FILE* file) const { std::fclose(file); }
+        void operator()(std::FILE* opened) const { std::fclose(opened); }
     };
 
     void write(const std::string& bytes);
+    void flush();
     [[noreturn]] void fail() const;
 
     std::string path;

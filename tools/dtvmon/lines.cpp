@@ -39,6 +39,13 @@ std::string timeText(std::uint64_t time) {
     return text.data();
 }
 
+/// To the microsecond, which is as fine as the number can be.
+double epochSeconds(std::uint64_t time) {
+    constexpr double kMicrosecondsOfASecond = 1e6;
+    const std::uint64_t microseconds = time / kNanosecondsOfAMicrosecond;
+    return static_cast<double>(microseconds) / kMicrosecondsOfASecond;
+}
+
 std::string browserText(const bus::Record& record) {
     return std::to_string(record.browser) + " " + (record.program.empty() ? "?" : record.program) + "[" +
            (record.process == 0 ? "?" : std::to_string(record.process)) + "]";
@@ -143,7 +150,7 @@ std::string lineOf(const Seen& seen, bool withBytes) {
 
 Json jsonOf(const Seen& seen, bool withBytes) {
     const bus::Record& record = seen.record;
-    Json object = {{"time", static_cast<double>(record.time / kNanosecondsOfAMicrosecond) / 1e6},
+    Json object = {{"time", epochSeconds(record.time)},
                    {"record", bus::nameOf(record.kind)},
                    {"side", record.side == bus::Side::service ? "service" : "browser"}};
     addOrigin(record, object);

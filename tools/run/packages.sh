@@ -22,6 +22,7 @@ test_packages=(
     libgtest-dev # test framework
     libgmock-dev # matchers
     groff-base   # checks of the manual pages
+    tshark       # reads recordings of the bus with the generated dissector
     tstools      # independent analysis of the generated broadcast
     pkgconf      # the installed library as builds without CMake find it
     libvalijson-dev # validates JSON against its schema

@@ -67,7 +67,7 @@ TEST_F(ALine, DescribesTheSectionOfAFilter) {
     EXPECT_EQ(of(dtvmon::see(section)),
               "00:00:00.123456 2 dvbshell[4711] <- section_queued  filter_session my filter, PAT table_id 0x00, "
               "transport_stream_id 1025, version_number 0, current_next_indicator 1, section_number 0, "
-              "last_section_number 0; 5 programs");
+              "last_section_number 0; 1 network, 4 programs");
     const nlohmann::json object = nlohmann::json::parse(json(dtvmon::see(section)));
     EXPECT_EQ(object["filter_session"], "my filter");
     EXPECT_EQ(object["record"], "section_queued");
