@@ -115,7 +115,7 @@ void describe(const si::Pmt& pmt, std::uint16_t pid, InsertedStream& stream) {
     }
 }
 
-std::shared_ptr<const InsertedStream> read(const std::string& file, std::uint16_t pid) {
+std::shared_ptr<const InsertedStream> streamOf(const std::string& file, std::uint16_t pid) {
     const si::Pmt pmt = pmtOf(file, pid);
     auto stream = std::make_shared<InsertedStream>();
     describe(pmt, pid, *stream);
@@ -134,7 +134,7 @@ std::shared_ptr<const InsertedStream> read(const std::string& file, std::uint16_
 std::shared_ptr<const InsertedStream> readOrNull(const StreamPlace& place, const std::string& base,
                                                  std::string& error) {
     try {
-        return read((std::filesystem::path(base) / place.file).string(), place.pid);
+        return streamOf((std::filesystem::path(base) / place.file).string(), place.pid);
     } catch (const ReadError& problem) {
         error = place.file + ":" + std::to_string(place.pid) + ": " + problem.what();
         return nullptr;
