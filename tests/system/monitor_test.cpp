@@ -12,6 +12,11 @@ namespace {
 
 class AMonitoredBrowser : public ARawBrowser {
 protected:
+    /// What the system calls this program: on another machine's processor it is the emulator.
+    static std::string ownName() {
+        const std::string line = fileText("/proc/self/comm");
+        return line.substr(0, line.find('\n'));
+    }
     /// Waits for an object with these members.
     static bool shows(const ChildProcess& monitor, const json& members) {
         return eventually([&] {
@@ -35,11 +40,9 @@ TEST_F(AMonitoredBrowser, IsShownWithItsProcessAndItsProgram) {
     const ServiceProcess process;
     ASSERT_TRUE(answersWhatWasAsked());
     const ChildProcess monitor(DTVMON, {"--json"}, "dtvmon");
-    EXPECT_TRUE(shows(monitor, {{"record", "connected"},
-                                {"browser", 1},
-                                {"process", getpid()},
-                                {"program", "monitor_test"},
-                                {"text", "before"}}))
+    EXPECT_TRUE(shows(
+        monitor,
+        {{"record", "connected"}, {"browser", 1}, {"process", getpid()}, {"program", ownName()}, {"text", "before"}}))
         << monitor.output();
     ASSERT_TRUE(sends(&Commands::cmdStartOSDDetection, 3U));
     EXPECT_TRUE(shows(monitor, {{"operation", "cmdStartOSDDetection"},
