@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "bus/pcapng.h"
-#include "dtv_host/peer_process.h"
+#include "dtv_optional/peer_process.h"
 
 namespace dtvservice {
 
@@ -73,7 +73,7 @@ std::string BusTap::take(Monitor monitor) {
 }
 
 void BusTap::connected(Browser browser) {
-    const std::uint32_t process = dtv_host::processOfPeer == nullptr ? 0 : dtv_host::processOfPeer(browser);
+    const std::uint32_t process = dtv_optional::processOfPeer == nullptr ? 0 : dtv_optional::processOfPeer(browser);
     const Program program{process, process == 0 ? std::string() : programOf(process)};
     {
         const locks::Lock lock(mutex);

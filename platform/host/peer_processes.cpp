@@ -3,7 +3,7 @@
 
 #include <sys/socket.h>
 
-#include "dtv_host/peer_process.h"
+#include "dtv_optional/peer_process.h"
 
 namespace host {
 
@@ -34,6 +34,6 @@ std::uint32_t PeerProcesses::find(std::uint32_t peer) {
 
 }  // namespace host
 
-std::uint32_t dtv_host::processOfPeer(std::uint32_t peer) {
+std::uint32_t dtv_optional::processOfPeer(std::uint32_t peer) {
     return host::PeerProcesses::instance().find(peer);
 }

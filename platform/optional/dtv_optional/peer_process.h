@@ -1,5 +1,5 @@
-// What the host platform knows of its peers beyond the contract. A set maker's platform need not have it, so the
-// function's address is null there.
+// What a platform may know of its peers beyond the contract. The host platform has it; where a platform has not, the
+// function's address is null.
 // Threads: any.
 // Blocks:  never.
 #pragma once
@@ -8,9 +8,9 @@
 
 #include "frame/api.h"
 
-namespace dtv_host {
+namespace dtv_optional {
 
 /// The process at the other end of a connection; 0 if there is no such connection.
 DTV_PLATFORM_API __attribute__((weak)) std::uint32_t processOfPeer(std::uint32_t peer);
 
-}  // namespace dtv_host
+}  // namespace dtv_optional
