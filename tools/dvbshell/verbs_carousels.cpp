@@ -190,8 +190,10 @@ int writeBytes(Session& session, si::Bytes content, const std::optional<std::str
         return fail(session, "cannot write " + name + ": " + std::strerror(errno));
     }
     const bool isWritten = std::fwrite(content.data, 1, content.size, file) == content.size;
-    const bool isClosed = (path ? std::fclose(file) : std::fflush(file)) == 0;
-    return isWritten && isClosed ? kDone : fail(session, "cannot write " + name + ": " + std::strerror(errno));
+    const bool isFlushed = std::fflush(file) == 0;
+    const bool isClosed = !path || std::fclose(file) == 0;
+    return isWritten && isFlushed && isClosed ? kDone
+                                              : fail(session, "cannot write " + name + ": " + std::strerror(errno));
 }
 
 int giveFile(Session& session, const CarouselRequest& request, const si::CarouselObject& file) {
