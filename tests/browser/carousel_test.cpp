@@ -206,7 +206,7 @@ TEST_F(ACarousel, HasAnApplicationThatIsCreatedByTheCurrentAit) {
                     {carousel({{0, "", applicationFiles("one")}})}));
     reported("running");
     press("GREEN");
-    EXPECT_EQ(reported("created"), "{}");
+    EXPECT_EQ(reported("created"), "true");
     EXPECT_EQ(reported("running", 2), "second&more");
     EXPECT_EQ(reported("place", 2), kOrigin + "/index.html?second&more");
 }
