@@ -1,10 +1,9 @@
 // FileNames: the names that the entries of one folder of the file system get, from names that a broadcaster has chosen.
-// Each is safe as a name of a file, and no two of them are the same, also where case does not count.
+// Each is safe as a name of a file, and no two of them are the same.
 //
 //  1. Slashes, control characters, and what makes a name "." or ".." become %XX; an empty name becomes "%".
-//  2. So does the first letter of a name that some systems keep for a device, such as "con" and "aux.txt".
-//  3. A name of more than kLongest bytes is cut.
-//  4. A name that there is already gets "~2", "~3", ….
+//  2. A name of more than kLongest bytes is cut.
+//  3. A name that there is already gets "~2", "~3", ….
 //
 // Other names stay as they are.
 // Threads: one.
@@ -26,7 +25,7 @@ public:
     std::string take(const std::string& name);
 
 private:
-    std::map<std::string, std::size_t> taken;  // in lower case; the number that the next one of that name tries
+    std::map<std::string, std::size_t> taken;  // the number that the next one of that name tries
 };
 
 }  // namespace si

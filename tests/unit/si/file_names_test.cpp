@@ -23,21 +23,16 @@ TEST(TheNameOfAFile, StaysIfItIsSafe) {
     EXPECT_THAT(namesOf({"index.html", ".htaccess", "a b%20c",
                          "\xC3\x9C"
                          "ber",
-                         "...", "console.log"}),
+                         "...", "con.log"}),
                 ElementsAre("index.html", ".htaccess", "a b%20c",
                             "\xC3\x9C"
                             "ber",
-                            "...", "console.log"));
+                            "...", "con.log"));
 }
 
 TEST(TheNameOfAFile, LeadsOutOfNoFolder) {
     EXPECT_THAT(namesOf({".", "..", "", "/etc/passwd", "../x", std::string("a\0b", 3), "a\nb\x7F"}),
                 ElementsAre("%2E", "%2E%2E", "%", "%2Fetc%2Fpasswd", "..%2Fx", "a%00b", "a%0Ab%7F"));
-}
-
-TEST(TheNameOfAFile, IsThatOfNoDevice) {
-    EXPECT_THAT(namesOf({"con", "AUX.txt", "com1", "lpt9.x.y", "com", "com10", "nul.html"}),
-                ElementsAre("%63on", "%41UX.txt", "%63om1", "%6Cpt9.x.y", "com", "com10", "%6Eul.html"));
 }
 
 TEST(TheNameOfAFile, IsCutBetweenCharacters) {
@@ -49,9 +44,9 @@ TEST(TheNameOfAFile, IsCutBetweenCharacters) {
     EXPECT_EQ(names[2], std::string(199, 'x'));
 }
 
-TEST(TheNameOfAFile, IsToldFromOthersWhereCaseDoesNotCountToo) {
-    EXPECT_THAT(namesOf({"Logo.png", "logo.png", "LOGO.PNG", "a~2", "a", "a", "a/", "a%2F"}),
-                ElementsAre("Logo.png", "logo.png~2", "LOGO.PNG~3", "a~2", "a", "a~3", "a%2F", "a%2F~2"));
+TEST(TheNameOfAFile, IsToldFromOthers) {
+    EXPECT_THAT(namesOf({"Logo.png", "logo.png", "logo.png", "a~2", "a", "a", "a/", "a%2F"}),
+                ElementsAre("Logo.png", "logo.png", "logo.png~2", "a~2", "a", "a~3", "a%2F", "a%2F~2"));
 }
 
 TEST(TheNameOfAFile, TakesNoLongerTheMoreAreTheSame) {

@@ -83,12 +83,10 @@ TEST_F(ATreeInAFolder, IsItsOwners) {
 }
 
 TEST_F(ATreeInAFolder, StaysInIt) {
-    const si::TreeWritten written = write({{"../../evil", "1"}, {"con", "2"}, {"a", "3"}, {"A", "4"}});
+    const si::TreeWritten written = write({{"../../evil", "1"}, {"a", "2"}, {"A", "3"}});
     EXPECT_EQ(written.how, How::whole);
-    EXPECT_EQ(onDisk(),
-              (Files{{"tree/%2E%2E/%2E%2E/evil", "1"}, {"tree/%63on", "2"}, {"tree/A", "4"}, {"tree/a~2", "3"}}));
-    EXPECT_THAT(told, testing::UnorderedElementsAre("/..: gets the name %2E%2E", "/../..: gets the name %2E%2E",
-                                                    "/con: gets the name %63on", "/a: gets the name a~2"));
+    EXPECT_EQ(onDisk(), (Files{{"tree/%2E%2E/%2E%2E/evil", "1"}, {"tree/a", "2"}, {"tree/A", "3"}}));
+    EXPECT_THAT(told, testing::UnorderedElementsAre("/..: gets the name %2E%2E", "/../..: gets the name %2E%2E"));
 }
 
 TEST_F(ATreeInAFolder, FollowsNoLinkAndOverwritesNothing) {
