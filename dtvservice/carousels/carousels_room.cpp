@@ -11,7 +11,7 @@ using broadcast::Section;
 CarouselsRoom::CarouselsRoom(Core& newCore, const std::string& folder)
     : core(newCore),
       folders(newCore.loop, folder),
-      mounts(newCore.loop, folders, [this](auto line, const std::string& text) { tell(line, text); }) {
+      mounts(newCore.loop, folders, [this](auto line, const std::string& text) { say(line, text); }) {
     core.commands.on.cmdMountDsmcc = calls(*this, &CarouselsRoom::cmdMountDsmcc);
     core.loop.post([this] { folders.removeLeftOvers(); });
 }
@@ -45,7 +45,7 @@ void CarouselsRoom::follow(const Channel& channel) {
     }
 }
 
-void CarouselsRoom::tell(CarouselMounts::Line line, const std::string& text) {
+void CarouselsRoom::say(CarouselMounts::Line line, const std::string& text) {
     if (core.mayTell(core.received())) {
         if (line == CarouselMounts::Line::warning) {
             BLOG_TAGGED(blog::kUnsupported, "%s\n", text.c_str());

@@ -25,7 +25,7 @@ private:
     void cmdMountDsmcc(Browser asker, unsigned int request, unsigned short onid, unsigned short tsid,
                        unsigned short sid, short componentTag);
     void follow(const broadcast::Channel& channel);
-    void tell(CarouselMounts::Line line, const std::string& text);
+    void say(CarouselMounts::Line line, const std::string& text);
 
     Core& core;
     TreeFolders folders;

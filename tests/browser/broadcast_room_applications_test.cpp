@@ -49,6 +49,7 @@ TEST_F(TheApplications, AreThoseOfTheAit) {
                     {"name", "Red Button"},
                     {"names", json::parse(R"([{"language": "eng", "text": "Red Button"}])")},
                     {"url", "http://hbbtv.one.example/redbutton/index.html?lang=en"},
+                    {"entries", json::array({"http://hbbtv.one.example/redbutton/index.html?lang=en"})},
                     {"protocols", {3}},
                     {"carousel", nullptr},
                     {"priority", 1},

@@ -80,7 +80,7 @@ void reportObject(Session& session, std::uint32_t carousel, bool isOnlyOne, cons
     const std::string text =
         (isOnlyOne ? "" : "carousel " + std::to_string(carousel) + "  ") + path + describe(visited);
     std::vector<message_fields::FieldValue> values = {namedValue("carousel_id", std::uint64_t{carousel}),
-                                                      namedValue("path", path),
+                                                      namedValue("object_path", path),
                                                       namedValue("object_kind", std::string(nameOf(visited.kind)))};
     if (visited.found.object && visited.found.object->kind == Kind::file) {
         values.push_back(namedValue("object_size", std::uint64_t{visited.found.object->content.size}));
@@ -198,7 +198,7 @@ int writeBytes(Session& session, si::Bytes content, const std::optional<std::str
 
 int giveFile(Session& session, const CarouselRequest& request, const si::CarouselObject& file) {
     if (session.json) {
-        std::vector<message_fields::FieldValue> values = {namedValue("path", request.path),
+        std::vector<message_fields::FieldValue> values = {namedValue("object_path", request.path),
                                                           namedValue("object_kind", std::string(nameOf(file.kind))),
                                                           namedValue("object_size", std::uint64_t{file.content.size})};
         if (!request.out) {
