@@ -162,7 +162,8 @@ TEST_F(ACarouselVerb, ReportsInJsonWhatTheSchemaSays) {
     EXPECT_TRUE(isValidJson(output.text()));
     EXPECT_THAT(output.text(),
                 HasSubstr(R"("event":"carousel","pid":301,"carousel_id":7,"module_id":1,"module_version":0,)"));
-    EXPECT_THAT(output.text(), HasSubstr(R"("object_path":"/index.html","object_kind":"file","object_size":6,"text":)"));
+    EXPECT_THAT(output.text(),
+                HasSubstr(R"("object_path":"/index.html","object_kind":"file","object_size":6,"text":)"));
     EXPECT_THAT(output.text(), HasSubstr(R"("data":"3C68746D6C3E")"));
     EXPECT_THAT(output.text(), HasSubstr(R"("cycle":)"));
 }
