@@ -210,12 +210,13 @@ onBroadcastSignal("channelChanged", ({ started, channel }) => {
         answeredTune(started, channel);
     }
 });
-// What is known of the channel may come after the channel.
+// What is known of the channel may come after the channel. A page that hears of the new list finds it there.
 onBroadcastSignal("channelsChanged", () => {
     const facts = controlling && channelFacts.get(controlling.channel);
     if (facts && facts.dsd === undefined) {
         controlling.channel = channelByTriplet(facts);
     }
+    tellListUpdate();
 });
 // The set may give its stream late, another one, or none any more.
 onBroadcastSignal("picture", ({ url }) => {

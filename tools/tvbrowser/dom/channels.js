@@ -192,11 +192,11 @@ function theChannelConfig() {
     channelConfig = channelConfig || new ChannelConfig();
     return channelConfig;
 }
-onSignal("channelsChanged", () => {
+function tellListUpdate() {
     if (channelConfig && state.broadcastRelated) {
         fireLater(channelConfig, "ChannelListUpdate");
     }
-});
+}
 
 // Null for what cannot be a channel.
 function createChannelByDescriptor(dsd, sid) {
