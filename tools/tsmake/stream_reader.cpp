@@ -141,7 +141,7 @@ std::shared_ptr<const InsertedStream> readOrNull(const StreamPlace& place, const
     }
 }
 
-const char* nameOf(ComponentKind kind) {
+std::string nameOf(ComponentKind kind) {
     constexpr std::array<const char*, 4> kNames{"video", "audio", "subtitle", "teletext"};
     return kNames[static_cast<std::size_t>(kind)];
 }

@@ -20,14 +20,8 @@ std::vector<std::string> namesOf(const std::vector<std::string>& wanted) {
 using testing::ElementsAre;
 
 TEST(TheNameOfAFile, StaysIfItIsSafe) {
-    EXPECT_THAT(namesOf({"index.html", ".htaccess", "a b%20c",
-                         "\xC3\x9C"
-                         "ber",
-                         "...", "con.log"}),
-                ElementsAre("index.html", ".htaccess", "a b%20c",
-                            "\xC3\x9C"
-                            "ber",
-                            "...", "con.log"));
+    const std::vector<std::string> safe{"index.html", ".htaccess", "a b%20c", "f\xC3\xBC", "...", "con.log"};
+    EXPECT_EQ(namesOf(safe), safe);
 }
 
 TEST(TheNameOfAFile, LeadsOutOfNoFolder) {
