@@ -85,7 +85,8 @@ TEST_F(AMonitoredBrowser, IsShownWithTheSectionsThatItGetsAndThoseThatItLoses) {
         velmora::msgqueue::IPCMessageQueue::create(name, 4500, 2)};
     const ServiceProcess process;
     ASSERT_TRUE(answersWhatWasAsked());
-    const ChildProcess monitor(DTVMON, {"--json", "--only", "section_*"}, "dtvmon");
+    const ChildProcess monitor(DTVMON, {"--json", "--only", "section_*", "--only", "connected"}, "dtvmon");
+    ASSERT_TRUE(shows(monitor, {{"record", "connected"}}));
     ASSERT_TRUE(sends(&Commands::cmdUpdateIPCChannelNames, name, std::string(), std::string()));
     ASSERT_TRUE(
         sends(&Commands::cmdFilterOpen, std::string("pat"), 0U, lo::browserdvbservice::OpenFilterMatchMask_t()));
