@@ -160,9 +160,9 @@ def other_lines(figures):
     if few and many:
         yield limit_line("each listener more of an event", [(b - a) / 99 for a, b in zip(few, many)], 15, "ns")
     yield from carousel_lines(figures)
-    unwanted = figures.get(("log/unwanted", "real_time"))
-    if unwanted:
-        yield limit_line("log line that nobody wants", unwanted, 1, "ns")
+    unwanted, none = (figures.get((f"log/{line}", "real_time")) for line in ("unwanted", "no_line"))
+    if unwanted and none:
+        yield limit_line("log line that nobody wants, beyond none", [a - b for a, b in zip(unwanted, none)], 1, "ns")
     start, raw = (figures.get((f"start/{who}/iterations:5/manual_time", "real_time")) for who in ("ours", "raw"))
     if start and raw:
         yield limit_line("start: dlopen to the first command sent, beyond a raw connection",

@@ -1,4 +1,4 @@
-// Log lines: one that nobody wants, and one to a file, beside snprintf() and write() of the same text.
+// Log lines: one that nobody wants, beside none; and one to a file, beside snprintf() and write() of the same text.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -17,6 +17,14 @@ void unwanted(benchmark::State& state) {
     int value = 0;
     while (state.KeepRunning()) {
         BLOG_TAGGED(blog::kTrace, "value %d\n", value);
+        benchmark::DoNotOptimize(++value);
+    }
+}
+
+/// The loop around it alone.
+void noLine(benchmark::State& state) {
+    int value = 0;
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(++value);
     }
 }
@@ -49,6 +57,7 @@ void byHand(benchmark::State& state) {
 }
 
 BENCHMARK(unwanted)->Name("log/unwanted");
+BENCHMARK(noLine)->Name("log/no_line");
 BENCHMARK(wanted)->Name("log/wanted");
 BENCHMARK(byHand)->Name("log/by_hand");
 

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <ctime>
@@ -11,22 +12,31 @@
 
 #include "log_sink.h"
 #include "ovx/debug.h"
+#include "own_process.h"
 #include "settings.h"
 #include "text/printable.h"
 
 namespace {
 
-constexpr std::uint32_t kUnread = 0xFFFFFFFF;
+constexpr std::uint32_t kUnread = 0xFFFFFFFF;  // above the importance of any line
 constexpr std::uint32_t kImportanceMask = 0xFFFF;
 constexpr std::size_t kDumpBytesPerLine = 16;
+constexpr std::size_t kMostDigits = 11;  // of a process number, with its sign
+constexpr std::size_t kMostPrefix = sizeof "hh:mm:ss.mmm " + kMostDigits + sizeof " F ";
+constexpr std::size_t kMostShortText = 512;
 
 /// The first check reads it from the settings. After that an unwanted line costs only one load.
 std::atomic<std::uint32_t> threshold{kUnread};
 
-std::uint32_t readThreshold() {
-    const std::uint32_t read = host::settings().logThreshold;
-    threshold.store(read, std::memory_order_relaxed);
-    return read;
+/// Of a line that the threshold lets through, or of the first one. Not inlined: the check of an unwanted line then
+/// needs no stack.
+[[gnu::noinline]] int isWanted(std::uint32_t level) {
+    std::uint32_t limit = threshold.load(std::memory_order_relaxed);
+    if (limit == kUnread) {
+        limit = host::settings().logThreshold;
+        threshold.store(limit, std::memory_order_relaxed);
+    }
+    return (level & kImportanceMask) <= limit ? 1 : 0;
 }
 
 char levelLetter(std::uint32_t level) {
@@ -61,43 +71,45 @@ private:
     unsigned int seconds;
 };
 
-void appendDigits(std::string& line, unsigned int number, unsigned int digits) {
-    char text[10];
-    for (unsigned int at = digits; at > 0; --at, number /= 10) {
-        text[at - 1] = static_cast<char>('0' + number % 10);
+char* putDigits(char* at, unsigned int number, unsigned int digits) {
+    for (unsigned int digit = digits; digit > 0; --digit, number /= 10) {
+        at[digit - 1] = static_cast<char>('0' + number % 10);
     }
-    line.append(text, digits);
+    return at + digits;
 }
 
-/// "hh:mm:ss.mmm process level "
-void appendPrefix(std::string& line, std::uint32_t level, pid_t process) {
+/// "hh:mm:ss.mmm process level ". Returns its end.
+char* putPrefix(char* at, std::uint32_t level, pid_t process) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
     const TimeOfDay time(now.tv_sec);
-    appendDigits(line, time.hour(), 2);
-    line += ':';
-    appendDigits(line, time.minute(), 2);
-    line += ':';
-    appendDigits(line, time.second(), 2);
-    line += '.';
-    appendDigits(line, static_cast<unsigned int>(now.tv_nsec / 1000000), 3);
-    line += ' ';
-    line += std::to_string(process);
-    line += ' ';
-    line += levelLetter(level);
-    line += ' ';
+    at = putDigits(at, time.hour(), 2);
+    *at++ = ':';
+    at = putDigits(at, time.minute(), 2);
+    *at++ = ':';
+    at = putDigits(at, time.second(), 2);
+    *at++ = '.';
+    at = putDigits(at, static_cast<unsigned int>(now.tv_nsec / 1000000), 3);
+    *at++ = ' ';
+    at = std::to_chars(at, at + kMostDigits, process).ptr;
+    *at++ = ' ';
+    *at++ = levelLetter(level);
+    *at++ = ' ';
+    return at;
 }
 
-/// Appends a text as one line: removes newlines at its end, and escapes what could control a terminal.
-void appendEscaped(std::string& line, std::string_view text) {
+std::string_view withoutNewlinesAtEnd(std::string_view text) {
     while (!text.empty() && text.back() == '\n') {
         text.remove_suffix(1);
     }
-    if (text::isPlainAscii(text)) {
-        line += text;
-    } else {
-        line += text::printable(text);
-    }
+    return text;
+}
+
+/// The text of a line, as format and arguments make it, however long it is.
+std::string longText(std::size_t length, const char* format, va_list arguments) {
+    std::string text(length, '\0');
+    std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+    return text;
 }
 
 std::string dumpRow(const std::uint8_t* bytes, std::size_t at, std::size_t count) {
@@ -121,13 +133,12 @@ std::string dumpRow(const std::uint8_t* bytes, std::size_t at, std::size_t count
 }  // namespace
 
 int ovxDebugCheckLevelGetFrameAndChunk(std::uint32_t level, ovxDebugFrame** frame, ovxDebugChunk** chunk) {
-    std::uint32_t limit = threshold.load(std::memory_order_relaxed);
-    if (limit == kUnread) {
-        limit = readThreshold();
+    if ((level & kImportanceMask) > threshold.load(std::memory_order_relaxed)) {
+        return 0;
     }
     *frame = nullptr;
     *chunk = nullptr;
-    return (level & kImportanceMask) <= limit ? 1 : 0;
+    return isWanted(level);
 }
 
 void ovxDebugOutput0(ovxDebugFrame*, ovxDebugChunk*, std::uint32_t level, const char* format, ...) {
@@ -135,23 +146,23 @@ void ovxDebugOutput0(ovxDebugFrame*, ovxDebugChunk*, std::uint32_t level, const 
     va_start(arguments, format);
     va_list again;
     va_copy(again, arguments);
-    char shortText[512];
-    const int length = std::vsnprintf(shortText, sizeof shortText, format, arguments);
+    const pid_t process = host::ownProcess();
+    // Most lines fit, and are written from here: memory that is asked for costs more than all else but the write.
+    char line[kMostPrefix + kMostShortText + sizeof '\n'];
+    char* const text = putPrefix(line, level, process);
+    const int length = std::vsnprintf(text, kMostShortText, format, arguments);
     va_end(arguments);
-    std::string line;
-    line.reserve(sizeof shortText);
-    const pid_t process = getpid();
-    appendPrefix(line, level, process);
-    if (length >= 0 && static_cast<std::size_t>(length) < sizeof shortText) {
-        appendEscaped(line, {shortText, static_cast<std::size_t>(length)});
-    } else if (length >= 0) {
-        std::string longText(static_cast<std::size_t>(length), '\0');
-        std::vsnprintf(longText.data(), longText.size() + 1, format, again);
-        appendEscaped(line, longText);
-    }
+    const std::size_t size = length < 0 ? 0 : static_cast<std::size_t>(length);
+    const std::string whole = size < kMostShortText ? std::string() : longText(size, format, again);
     va_end(again);
-    line += '\n';
-    host::LogSink::instance().write(line, process);
+    const std::string_view shown = withoutNewlinesAtEnd(whole.empty() ? std::string_view(text, size) : whole);
+    host::LogSink& sink = host::LogSink::instance();
+    if (whole.empty() && text::isPlainAscii(shown)) {
+        text[shown.size()] = '\n';
+        sink.write({line, static_cast<std::size_t>(text - line) + shown.size() + 1}, process);
+    } else {
+        sink.write(std::string(line, text) + text::printable(shown) + "\n", process);
+    }
 }
 
 void dump_memory(const char* title, const void* bytes, std::uint32_t count, int value) {

@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <string>
 
 #include "descriptors.h"
 #include "settings.h"
@@ -126,7 +127,7 @@ LogSink& LogSink::instance() {
 }
 
 LogSink::LogSink(int newDescriptor, bool newMayChange)
-    : descriptor(newDescriptor), mayChange(newMayChange), process(getpid()) {}
+    : descriptor(newDescriptor), mayChange(newMayChange), process(ownProcess()) {}
 
 /// In a forked process, a thread that exists only in its parent may hold the lock for ever.
 bool LogSink::isLockFree() {
@@ -160,7 +161,7 @@ std::shared_ptr<const LogSink::Target> LogSink::currentTarget(pid_t writer) {
 }
 
 /// False if not even a part of the line went through.
-bool LogSink::tryToWrite(const Target& to, const std::string& line, bool& isTorn) {
+bool LogSink::tryToWrite(const Target& to, std::string_view line, bool& isTorn) {
     std::size_t written = 0;
     while (written < line.size()) {
         const ssize_t count = to.write(line.data() + written, line.size() - written);
@@ -174,20 +175,24 @@ bool LogSink::tryToWrite(const Target& to, const std::string& line, bool& isTorn
     return true;
 }
 
-void LogSink::write(const std::string& line, pid_t writer) {
+void LogSink::write(std::string_view line, pid_t writer) {
     const std::shared_ptr<const Target> to = currentTarget(writer);
     if (!to) {
         ++lost;
         return;
     }
-    const std::uint64_t missing = lost.exchange(0);
-    const bool wasTorn = isTornOff.exchange(false);
+    // The common case changes nothing, so it is only looked at.
+    const std::uint64_t missing = lost.load() == 0 ? 0 : lost.exchange(0);
+    const bool wasTorn = isTornOff.load() && isTornOff.exchange(false);
     bool isTorn = false;
-    std::string text = wasTorn ? "\n" : "";
+    std::string told = wasTorn ? "\n" : "";
     if (missing != 0) {
-        text += std::to_string(missing) + " log lines were lost before the next one\n";
+        told += std::to_string(missing) + " log lines were lost before the next one\n";
     }
-    if (!tryToWrite(*to, text.empty() ? line : text + line, isTorn)) {
+    if (!told.empty()) {
+        line = told.append(line);
+    }
+    if (!tryToWrite(*to, line, isTorn)) {
         lost += missing + 1;
         isTorn = wasTorn;
     }

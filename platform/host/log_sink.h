@@ -8,15 +8,15 @@
 #pragma once
 
 #include <sys/types.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <string>
+#include <string_view>
 
 #include "locks/lock.h"
+#include "own_process.h"
 
 namespace host {
 
@@ -31,16 +31,15 @@ public:
     LogSink(const LogSink&) = delete;
     LogSink& operator=(const LogSink&) = delete;
 
-    /// Writes the line, which ends with a newline. `writer` is this process: a caller that knows its number saves the
-    /// system call.
-    void write(const std::string& line, pid_t writer = getpid());
+    /// Writes the line, which ends with a newline. `writer` is this process.
+    void write(std::string_view line, pid_t writer = ownProcess());
 
 private:
     class Target;
 
     bool isLockFree();
     std::shared_ptr<const Target> currentTarget(pid_t writer);
-    static bool tryToWrite(const Target& to, const std::string& line, bool& isTorn);
+    static bool tryToWrite(const Target& to, std::string_view line, bool& isTorn);
 
     const int descriptor;
     const bool mayChange;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <sstream>
@@ -157,6 +158,27 @@ TEST(TheHostsLog, WritesNoLineAboveItsLevel) {
     EXPECT_THAT(lines[0], testing::EndsWith(" * always"));
     EXPECT_THAT(lines[1], testing::EndsWith(" F failure"));
     EXPECT_THAT(lines[2], testing::EndsWith(" W unsupported"));
+}
+
+TEST(TheHostsLog, NamesTheProcessThatWrites) {
+    BLOG_WRITE(blog::kOrdinary, "%s", "of the parent");
+    const pid_t child = fork();
+    if (child == 0) {
+        BLOG_WRITE(blog::kOrdinary, "%s", "of the child");
+        _exit(0);
+    }
+    ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    const std::vector<std::string> lines = logLines();
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_THAT(lines[0], testing::EndsWith(" " + std::to_string(getpid()) + " O of the parent"));
+    EXPECT_THAT(lines[1], testing::EndsWith(" " + std::to_string(child) + " O of the child"));
+}
+
+TEST(TheHostsLog, KeepsALineThatFillsTheCommonSize) {
+    for (const std::size_t size : {510U, 511U, 512U, 513U}) {
+        BLOG_WRITE(blog::kOrdinary, "%s\n", std::string(size, 'x').c_str());
+        EXPECT_THAT(logLines().back(), testing::EndsWith(" O " + std::string(size, 'x')));
+    }
 }
 
 TEST(TheHostsLog, KeepsLinesOfManyThreadsWhole) {
