@@ -64,11 +64,15 @@ bool takeOptions(const std::vector<Option>& options, std::vector<char*>& argv, A
 }
 
 std::string countProblem(const std::vector<Argument>& known, const std::vector<std::string>& given) {
-    const auto needed = static_cast<std::size_t>(std::count_if(
-        known.begin(), known.end(), [](const Argument& argument) { return argument.name.front() != '['; }));
+    std::vector<std::string> needed;
+    for (const Argument& argument : known) {
+        if (argument.name.front() != '[') {
+            needed.push_back(argument.name);
+        }
+    }
     const bool repeats = !known.empty() && known.back().name.find("...") != std::string::npos;
-    if (given.size() < needed) {
-        return known[given.size()].name + " is missing";
+    if (given.size() < needed.size()) {
+        return needed[given.size()] + " is missing";
     }
     return given.size() > known.size() && !repeats ? "unexpected argument " + given[known.size()] : "";
 }

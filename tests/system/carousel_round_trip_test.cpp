@@ -99,6 +99,19 @@ TEST(ACarouselOfAFolder, ReachesABrowserByteForByte) {
     EXPECT_EQ(shell.output(), files.at("folder7/file777"));
 }
 
+TEST(ACarouselOfAFolder, IsReadFromThePresentedService) {
+    const Files files = filesOf(0, 20);
+    write(files, kRunDirectory + "/folder");
+    const ServiceProcess service(broadcastOf(R"({"folder": "folder", "bitRate": 8000000})", "2"));
+    ChildProcess file(DVBSHELL, {"carousel", "get", "folder7/file17"}, "file");
+    EXPECT_EQ(file.wait(), 0);
+    EXPECT_EQ(file.output(), files.at("folder7/file17"));
+    const std::string folder = kRunDirectory + "/received";
+    ChildProcess all(DVBSHELL, {"carousel", "--out", folder}, "shell");
+    EXPECT_EQ(all.wait(), 0) << all.output();
+    EXPECT_TRUE(filesBelow(folder) == files);
+}
+
 TEST(ACarouselOfAFolder, ReachesABrowserWithoutAHundredthOfItsPackets) {
     const Files files = filesOf(0, 100);
     write(files, kRunDirectory + "/folder");

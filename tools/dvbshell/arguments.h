@@ -24,6 +24,10 @@ public:
     const command_line::Arguments& arguments() const { return all; }
     bool hasArgument(std::size_t index = 0) const { return index < all.operands.size(); }
     std::string argument(std::size_t index = 0) const { return hasArgument(index) ? all.operands[index] : ""; }
+    /// The first one.
+    std::optional<std::string> optionalArgument() const {
+        return hasArgument() ? std::make_optional(argument()) : std::nullopt;
+    }
 
     unsigned int number(const std::string& name, const std::string& text, unsigned int most);
     Triplet triplet(const std::string& text);

@@ -20,22 +20,32 @@ bool isWanted(const si::Pmt::Stream& stream, const StreamChoice& choice) {
 
 }  // namespace
 
-StreamChoice readChoice(ArgumentReader& reader, std::size_t index, std::vector<std::uint8_t> types, const char* what) {
-    StreamChoice choice{0, std::nullopt, std::move(types), what};
-    const std::vector<std::string> parts = split(reader.argument(index), ':');
+StreamChoice readChoice(ArgumentReader& reader, const std::optional<std::string>& argument,
+                        std::vector<std::uint8_t> types, const char* what) {
+    StreamChoice choice{std::nullopt, std::nullopt, std::move(types), what};
+    if (!argument) {
+        return choice;
+    }
+    const std::vector<std::string> parts = split(*argument, ':');
     choice.serviceId = reader.number("SID", parts[0], kMostNumber16);
     if (parts.size() > 1) {
         choice.tag = reader.number("TAG", parts[1], kMostByte);
     }
     if (parts.size() > 2) {
-        reader.refuse("\"" + reader.argument(index) + "\" is not SID or SID:TAG");
+        reader.refuse("\"" + *argument + "\" is not SID or SID:TAG");
     }
     return choice;
 }
 
 ChosenStreams findStreams(Session& session, const StreamChoice& choice) {
-    const std::string service = "service " + std::to_string(choice.serviceId);
-    const std::optional<std::string> section = awaitPmt(session, choice.serviceId, Clock::now() + kLongestForPmt);
+    const std::optional<Triplet> presented = session.presented();
+    if (!choice.serviceId && !presented) {
+        fail(session, "no channel is presented; name a service");
+        return {};
+    }
+    const unsigned int serviceId = choice.serviceId ? *choice.serviceId : static_cast<unsigned int>(presented->sid);
+    const std::string service = "service " + std::to_string(serviceId);
+    const std::optional<std::string> section = awaitPmt(session, serviceId, Clock::now() + kLongestForPmt);
     std::string error;
     const std::optional<si::Pmt> pmt = section ? si::parsePmt(*section, error) : std::nullopt;
     if (!pmt) {

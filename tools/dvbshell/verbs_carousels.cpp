@@ -241,15 +241,21 @@ int getFile(Session& session, const CarouselRequest& request) {
     return giveFile(session, request, *found.object);
 }
 
+StreamChoice readCarouselChoice(ArgumentReader& reader, const std::optional<std::string>& argument) {
+    return readChoice(reader, argument, {0x0B, 0x0D}, "an object carousel");
+}
+
 Job prepareCarousel(ArgumentReader& reader) {
-    const CarouselRequest request = {readChoice(reader, 0, {0x0B, 0x0D}, "an object carousel"), "",
+    const CarouselRequest request = {readCarouselChoice(reader, reader.optionalArgument()), "",
                                      reader.arguments().value("out"), reader.seconds().value_or(kLongestForCarousel)};
     return [request](Session& session) { return readCarousel(session, request); };
 }
 
 Job prepareGet(ArgumentReader& reader) {
-    const CarouselRequest request = {readChoice(reader, 0, {0x0B, 0x0D}, "an object carousel"), reader.argument(1),
-                                     reader.arguments().value("out"), reader.seconds().value_or(kLongestForFile)};
+    const bool hasService = reader.hasArgument(1);
+    const CarouselRequest request = {readCarouselChoice(reader, hasService ? reader.optionalArgument() : std::nullopt),
+                                     reader.argument(hasService ? 1 : 0), reader.arguments().value("out"),
+                                     reader.seconds().value_or(kLongestForFile)};
     return [request](Session& session) { return getFile(session, request); };
 }
 
@@ -260,20 +266,21 @@ VerbGroup carouselVerbs() {
         "Object carousels",
         {
             {{"carousel",
-              {{"SID[:TAG]"}},
+              {{"[SID[:TAG]]"}},
               "show an object carousel, or write its files",
               "Prints the modules with versions and sizes as they arrive, then how long a cycle takes, and what the "
-              "directories name. Ends when everything has arrived and a block has come again, or after --seconds (20). "
+              "directories name. Without a service_id, of the presented service. Ends when everything has arrived and "
+              "a block has come again, or after --seconds (20). "
               "With --out it writes the files into a new folder; of several carousels each into one of its own, "
               "FILE-NUMBER. Names that are not safe there become others, as the output says.",
               "carousel 28107 --out files"},
              prepareCarousel},
             {{"carousel get",
-              {{"SID[:TAG]"}, {"PATH"}},
+              {{"[SID[:TAG]]"}, {"PATH"}},
               "get a file of an object carousel",
-              "Writes the file with this path to the output, or to --out, as soon as it has arrived. Ends at once if "
-              "its "
-              "directory does not name it, or after --seconds (60).",
+              "Writes the file with this path to the output, or to --out, as soon as it has arrived. One word is the "
+              "path in a carousel of the presented service. Ends at once if its directory does not name it, or after "
+              "--seconds (60).",
               "carousel get 28107 index.html"},
              prepareGet},
         },

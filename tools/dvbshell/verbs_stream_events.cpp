@@ -83,7 +83,7 @@ int followEvents(Session& session, const StreamChoice& choice, std::chrono::seco
 }
 
 Job prepareStreamEvents(ArgumentReader& reader) {
-    const StreamChoice choice = readChoice(reader, 0, {0x0B, 0x0C, 0x0D}, "stream events");
+    const StreamChoice choice = readChoice(reader, reader.optionalArgument(), {0x0B, 0x0C, 0x0D}, "stream events");
     const std::chrono::seconds longest = reader.seconds().value_or(kLongestForEvents);
     return [choice, longest](Session& session) { return followEvents(session, choice, longest); };
 }
@@ -95,10 +95,11 @@ VerbGroup streamEventVerbs() {
         "Stream events",
         {
             {{"stream-events",
-              {{"SID[:TAG]"}},
+              {{"[SID[:TAG]]"}},
               "print a service's stream events",
               "Opens filters on table_id 0x3D of the service's DSM-CC components, or of the component with the tag, "
-              "and prints each version of an event once. Ends after --seconds (10).",
+              "and prints each version of an event once. Without a service_id, of the presented service. Ends after "
+              "--seconds (10).",
               "stream-events 28107:0x20 --seconds 30"},
              prepareStreamEvents},
         },

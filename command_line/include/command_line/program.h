@@ -45,8 +45,8 @@ struct Option {
     std::string after = {};
 };
 
-/// An argument without dashes. The name "[NAME]" marks an argument that may be missing; "NAME..." and "[NAME...]" mark
-/// the last one if it takes all further words.
+/// An argument without dashes. The name "[NAME]" marks an argument that may be missing, also before one that may not;
+/// "NAME..." and "[NAME...]" mark the last one if it takes all further words.
 struct Argument {
     std::string name = {};
     Completion completion = {};

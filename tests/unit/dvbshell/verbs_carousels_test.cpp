@@ -18,6 +18,7 @@ using testing::Not;
 
 constexpr std::uint16_t kPid = 301;
 constexpr std::uint16_t kOtherPid = 302;
+constexpr unsigned int kPresentedSid = 3;  // of the recorded API
 
 std::string asText(const tsmake::Section& section) {
     return {section.begin(), section.end()};
@@ -55,6 +56,7 @@ protected:
     int run(const std::string& line) { return runIn(session, line); }
     int runIn(Session& in, const std::string& line) {
         filters.pmts[28106] = asText(tsmake::pmtSection(service));
+        filters.pmts[kPresentedSid] = filters.pmts[28106];
         int result = -1;
         EXPECT_TRUE(runLine(in, line, result));
         return result;
@@ -123,6 +125,26 @@ TEST_F(ACarouselVerb, GetsAFile) {
     EXPECT_EQ(run("carousel get 28106:32 index.html --out " + base + "/index"), kDone);
     EXPECT_EQ(fileText("index"), "<html>");
     EXPECT_EQ(output.text(), "");
+}
+
+TEST_F(ACarouselVerb, ReadsThePresentedServiceWithoutAServiceId) {
+    broadcast(first);
+    EXPECT_EQ(run("carousel"), kDone);
+    EXPECT_THAT(output.text(), HasSubstr("\n/index.html  6 bytes\n"));
+    EXPECT_EQ(run("carousel get images/logo.png --out " + base + "/logo"), kDone);
+    EXPECT_EQ(fileText("logo"), someBytes(1, 3000));
+    EXPECT_THAT(filters.calls, testing::Contains("startPMTRequest " + std::to_string(kPresentedSid)).Times(2));
+}
+
+TEST_F(ACarouselVerb, NeedsAServiceIdWhenNothingIsPresented) {
+    broadcast(first);
+    api.known = false;
+    EXPECT_EQ(run("carousel"), kFailed);
+    EXPECT_EQ(run("carousel get index.html"), kFailed);
+    EXPECT_EQ(run("stream-events"), kFailed);
+    EXPECT_EQ(run("carousel get 28106 index.html --out " + base + "/index"), kDone);
+    const std::string line = "no channel is presented; name a service\n";
+    EXPECT_EQ(output.text(), line + line + line);
 }
 
 TEST_F(ACarouselVerb, SaysWhyAFileIsNotThere) {

@@ -118,7 +118,9 @@ TEST(TheVerbs, NameAWrongArgumentAndItsRange) {
     EXPECT_EQ(errorOf("watch --table 0"), "--table is an option of sections");
     EXPECT_EQ(errorOf("pts -1"), "pts: PTS_REQUEST: \"-1\" is not a number from 0 to 4294967295");
     EXPECT_EQ(errorOf("stream-events 1:256"), "stream-events: TAG: \"256\" is not a number from 0 to 255");
-    EXPECT_EQ(errorOf("carousel get 1"), "carousel get: PATH is missing");
+    EXPECT_EQ(errorOf("carousel get"), "carousel get: PATH is missing");
+    EXPECT_EQ(errorOf("carousel get one two"), "carousel get: SID: \"one\" is not a number from 0 to 65535");
+    EXPECT_EQ(errorOf("carousel get 1 two three"), "carousel get: unexpected argument three");
     EXPECT_EQ(errorOf("carousel 1:2:3"), "carousel: \"1:2:3\" is not SID or SID:TAG");
     EXPECT_EQ(errorOf("frobnicate"), "unknown command frobnicate");
 }
