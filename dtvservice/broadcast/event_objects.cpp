@@ -1,9 +1,7 @@
-// Assembles modules and reads directories.
+// Collects modules and reads directories.
 #include "event_objects.h"
 
-#include <zlib.h>
-
-#include <algorithm>
+#include "si/carousel.h"
 
 namespace broadcast {
 
@@ -11,31 +9,16 @@ namespace {
 
 /// Limits on the memory that a broadcast can use. Real carousels stay far below them.
 constexpr std::size_t kLargestModule = std::size_t{8} * 1024 * 1024;
-constexpr std::uint32_t kMostCompressed = 100;  // times
 constexpr std::size_t kMostModules = 4096;
 constexpr std::size_t kDeepest = 16;
 constexpr std::size_t kMostHeld = std::size_t{32} * 1024 * 1024;
 
-std::vector<std::uint8_t> inflated(const std::vector<std::uint8_t>& bytes, std::uint32_t size) {
-    std::vector<std::uint8_t> result(size);
-    uLongf length = size;
-    if (uncompress(result.data(), &length, bytes.data(), static_cast<uLong>(bytes.size())) != Z_OK) {
-        return {};
-    }
-    result.resize(length);
-    return result;
-}
-
-/// Approximate size of an object in memory.
-std::size_t sizeOf(const si::CarouselObject& object) {
-    std::size_t size = sizeof object + object.key.size() + object.associationTags.size() * sizeof(std::uint16_t);
-    for (const si::CarouselObject::Entry& entry : object.entries) {
-        size += sizeof entry + entry.name.size() + entry.object.key.size();
-    }
-    for (const si::CarouselObject::EventName& event : object.events) {
-        size += sizeof event + event.name.size();
-    }
-    return size;
+/// Whether the module is read at all.
+bool fits(const si::DownloadInfo::Module& module, std::uint16_t blockSize) {
+    const std::uint32_t original = module.originalSize.value_or(0);
+    const std::size_t blocks = si::blockCount(module.size, blockSize);
+    return module.size <= kLargestModule && original <= kLargestModule &&
+           original / si::ObjectCarousel::kMostCompressed <= module.size && blockSize != 0 && blocks <= si::kMostBlocks;
 }
 
 }  // namespace
@@ -65,12 +48,11 @@ bool EventObjects::onInfo(const si::DownloadInfo& info) {
     bool changed = false;
     bool hasLost = false;
     for (const si::DownloadInfo::Module& listed : info.modules) {
-        const bool fits = listed.size <= kLargestModule && listed.originalSize.value_or(0) <= kLargestModule &&
-                          listed.originalSize.value_or(0) / kMostCompressed <= listed.size;
         const auto known = modules.find({info.downloadId, listed.id});
         const bool isSame = known != modules.end() && known->second.info.version == listed.version &&
                             known->second.info.size == listed.size && known->second.blockSize == info.blockSize;
-        if (isSame || !fits || info.blockSize == 0 || (known == modules.end() && modules.size() >= kMostModules)) {
+        const bool isOneTooMany = known == modules.end() && modules.size() >= kMostModules;
+        if (isSame || isOneTooMany || !fits(listed, info.blockSize)) {
             continue;
         }
         Module& module = modules[{info.downloadId, listed.id}];
@@ -79,6 +61,7 @@ bool EventObjects::onInfo(const si::DownloadInfo& info) {
         module = {};
         module.info = listed;
         module.blockSize = info.blockSize;
+        module.blocks = si::ModuleBlocks(listed.size, info.blockSize);
         changed = true;
     }
     if (hasLost) {
@@ -96,16 +79,15 @@ bool EventObjects::onBlock(const si::DownloadBlock& block) {
         return false;
     }
     Module& module = found->second;
-    const std::size_t begin = std::size_t{block.number} * module.blockSize;
-    if (begin >= module.info.size ||
-        block.data.size != std::min<std::size_t>(module.blockSize, module.info.size - begin) ||
-        held + block.data.size > kMostHeld) {
+    if (module.blocks.has(block.number) || !module.blocks.disagrees(block).empty()) {
         return false;
     }
-    if (module.blocks.try_emplace(block.number, block.data.data, block.data.data + block.data.size).second) {
-        held += block.data.size;
+    module.blocks.add(block);
+    hold(module);
+    if (held > kMostHeld) {
+        empty(module);
     }
-    if (module.blocks.size() * module.blockSize < module.info.size) {
+    if (!module.blocks.isComplete()) {
         return false;
     }
     finish(module);
@@ -113,42 +95,37 @@ bool EventObjects::onBlock(const si::DownloadBlock& block) {
     return true;
 }
 
+void EventObjects::hold(Module& module) {
+    held -= module.held;
+    module.held = module.blocks.cost();
+    held += module.held;
+}
+
+/// The module is read anew from its next block on.
+void EventObjects::empty(Module& module) {
+    module.blocks = si::ModuleBlocks(module.info.size, module.blockSize);
+    hold(module);
+}
+
 void EventObjects::drop(Module& module) {
-    for (const auto& entry : module.blocks) {
-        held -= entry.second.size();
-    }
+    empty(module);
     kept -= module.kept;
-    module.blocks.clear();
     module.objects.clear();
     module.kept = 0;
 }
 
 void EventObjects::finish(Module& module) {
-    std::vector<std::uint8_t> bytes;
-    for (const auto& entry : module.blocks) {
-        bytes.insert(bytes.end(), entry.second.begin(), entry.second.end());
-    }
+    std::string error;
+    const std::optional<std::vector<std::uint8_t>> bytes = si::wholeModule(module.blocks, module.info, error);
     drop(module);
-    if (module.info.originalSize) {
-        bytes = inflated(bytes, *module.info.originalSize);
-    }
-    for (si::CarouselObject& object : si::eventObjects(bytes)) {
-        keep(module, std::move(object));
+    if (bytes) {
+        si::eventObjects(*bytes, [&](si::CarouselObject object) { keep(module, std::move(object)); });
     }
     module.isComplete = true;
 }
 
-/// Drops a directory's entries for files: they are the majority and lead to no events.
 void EventObjects::keep(Module& module, si::CarouselObject object) {
-    auto& entries = object.entries;
-    entries.erase(std::remove_if(entries.begin(), entries.end(),
-                                 [](const auto& entry) {
-                                     return entry.kind != si::CarouselObject::Kind::directory &&
-                                            entry.kind != si::CarouselObject::Kind::streamEvent;
-                                 }),
-                  entries.end());
-    entries.shrink_to_fit();
-    const std::size_t size = sizeOf(object);
+    const std::size_t size = si::costOf(object);
     if (kept + size > mostKept) {
         passedOver = true;
         return;

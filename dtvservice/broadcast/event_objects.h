@@ -1,6 +1,6 @@
-// EventObjects: reads the stream event objects of a service's object carousels, which give the events their names. It
-// assembles only the modules that contain the directories and these objects, and keeps nothing else of them. A limit
-// bounds the memory.
+// EventObjects: finds the stream event objects of a service's object carousels, which give the events their names. It
+// reads only the modules that contain the directories and these objects, and keeps nothing else of them. Limits bound
+// the memory.
 // Threads: one.
 // Blocks:  never.
 // Fails:   never; objects above the limit and malformed data are ignored.
@@ -13,7 +13,7 @@
 #include <tuple>
 #include <vector>
 
-#include "si/download.h"
+#include "si/module_blocks.h"
 
 namespace broadcast {
 
@@ -53,9 +53,10 @@ private:
     struct Module {
         si::DownloadInfo::Module info;
         std::uint16_t blockSize = 0;
-        std::map<std::uint16_t, std::vector<std::uint8_t>> blocks;
+        si::ModuleBlocks blocks{0, 0};
         bool isComplete = false;
         std::map<std::string, si::CarouselObject> objects;  // by key
+        std::size_t held = 0;                               // bytes of blocks
         std::size_t kept = 0;                               // approximate bytes of objects
     };
     /// An object and the path that leads to it.
@@ -69,6 +70,8 @@ private:
 
     bool onInfo(const si::DownloadInfo& info);
     bool onBlock(const si::DownloadBlock& block);
+    void hold(Module& module);
+    void empty(Module& module);
     void drop(Module& module);
     void finish(Module& module);
     void keep(Module& module, si::CarouselObject object);

@@ -155,18 +155,6 @@ void readBody(Bytes info, Bytes body, CarouselObject& object) {
     }
 }
 
-/// The memory that an object takes, at least.
-std::size_t costOf(const CarouselObject& object) {
-    std::size_t cost = sizeof object + object.key.size() + object.contentType.size();
-    for (const CarouselObject::Entry& entry : object.entries) {
-        cost += sizeof entry + entry.name.size() + entry.object.key.size();
-    }
-    for (const CarouselObject::EventName& event : object.events) {
-        cost += sizeof event + event.name.size();
-    }
-    return cost;
-}
-
 /// `keep` takes each object that is meant, and says whether to go on.
 template <typename IsMeant, typename Keep>
 void readObjects(Bytes module, IsMeant isMeant, Keep keep) {
@@ -211,17 +199,31 @@ std::optional<std::vector<CarouselObject>> carouselObjects(Bytes module, std::si
     return cost <= mostBytes ? std::optional(std::move(objects)) : std::nullopt;
 }
 
-std::vector<CarouselObject> eventObjects(Bytes module) {
-    std::vector<CarouselObject> objects;
+void eventObjects(Bytes module, const std::function<void(CarouselObject)>& take) {
     const auto leadsToEvents = [](Kind kind) { return kind == Kind::directory || kind == Kind::streamEvent; };
-    readObjects(module, leadsToEvents, [&objects](CarouselObject object) {
-        const auto isOutside = [](const CarouselObject::Entry& entry) { return entry.object.elsewhere.has_value(); };
+    readObjects(module, leadsToEvents, [&](CarouselObject object) {
         auto& entries = object.entries;
-        entries.erase(std::remove_if(entries.begin(), entries.end(), isOutside), entries.end());
-        objects.push_back(std::move(object));
+        entries.erase(std::remove_if(entries.begin(), entries.end(),
+                                     [&](const CarouselObject::Entry& entry) {
+                                         return !leadsToEvents(entry.kind) || entry.object.elsewhere;
+                                     }),
+                      entries.end());
+        entries.shrink_to_fit();
+        take(std::move(object));
         return true;
     });
-    return objects;
+}
+
+std::size_t costOf(const CarouselObject& object) {
+    std::size_t cost = sizeof object + object.key.size() + object.contentType.size() +
+                       object.associationTags.size() * sizeof(std::uint16_t);
+    for (const CarouselObject::Entry& entry : object.entries) {
+        cost += sizeof entry + entry.name.size() + entry.object.key.size();
+    }
+    for (const CarouselObject::EventName& event : object.events) {
+        cost += sizeof event + event.name.size();
+    }
+    return cost;
 }
 
 }  // namespace si

@@ -1,9 +1,44 @@
-// Collects blocks.
-#include "module_blocks.h"
+// Collects blocks, and uncompresses modules.
+#include "si/module_blocks.h"
+
+#include <zlib.h>
 
 #include <algorithm>
 
 namespace si {
+
+namespace {
+
+/// Ends the stream, however the reading goes.
+class Inflater {
+public:
+    Inflater() { isReady = inflateInit(&stream) == Z_OK; }
+    Inflater(const Inflater&) = delete;
+    Inflater& operator=(const Inflater&) = delete;
+    ~Inflater() { inflateEnd(&stream); }
+
+    /// False if the blocks are no such stream, or give more than `whole` has room for.
+    bool read(const std::vector<Bytes>& blocks, std::vector<std::uint8_t>& whole) {
+        stream.next_out = whole.data();
+        stream.avail_out = static_cast<uInt>(whole.size());
+        int result = isReady ? Z_OK : Z_MEM_ERROR;
+        for (const Bytes& block : blocks) {
+            stream.next_in = const_cast<Bytef*>(block.data);  // zlib reads only
+            stream.avail_in = static_cast<uInt>(block.size);
+            if (result == Z_OK && block.size != 0) {
+                result = inflate(&stream, Z_NO_FLUSH);
+            }
+        }
+        whole.resize(whole.size() - stream.avail_out);
+        return result == Z_STREAM_END;
+    }
+
+private:
+    z_stream stream{};
+    bool isReady = false;
+};
+
+}  // namespace
 
 std::size_t ModuleBlocks::sizeOf(std::uint16_t number) const {
     const std::size_t begin = std::size_t{number} * blockSize;
@@ -60,6 +95,19 @@ std::vector<std::uint8_t> ModuleBlocks::take() {
         }
     }
     *this = ModuleBlocks(size, blockSize);
+    return whole;
+}
+
+std::optional<std::vector<std::uint8_t>> wholeModule(ModuleBlocks& blocks, const DownloadInfo::Module& module,
+                                                     std::string& error) {
+    if (!module.originalSize) {
+        return blocks.take();
+    }
+    std::vector<std::uint8_t> whole(*module.originalSize);
+    if (!Inflater().read(blocks.inOrder(), whole)) {
+        error = "it does not uncompress to " + std::to_string(*module.originalSize) + " bytes";
+        return std::nullopt;
+    }
     return whole;
 }
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "held_bytes.h"
-#include "module_blocks.h"
 #include "si/biop.h"
+#include "si/module_blocks.h"
 
 namespace si {
 

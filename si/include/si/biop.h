@@ -5,6 +5,7 @@
 // Fails:   never; stops at the first object that does not fit, and leaves out references that lead nowhere.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -63,7 +64,11 @@ struct CarouselObject {
 /// The objects of an uncompressed module, and the memory that they take, about; no value if that is more than
 /// `mostBytes`.
 std::optional<std::vector<CarouselObject>> carouselObjects(Bytes module, std::size_t mostBytes, std::size_t& cost);
-/// Only the directories and stream event objects, without entries that lead to another service.
-std::vector<CarouselObject> eventObjects(Bytes module);
+/// Calls `take` for each directory and stream event object of the module. Directories have only the entries that lead
+/// to more of these in the same carousel.
+void eventObjects(Bytes module, const std::function<void(CarouselObject)>& take);
+
+/// The memory that an object takes, at least.
+std::size_t costOf(const CarouselObject& object);
 
 }  // namespace si

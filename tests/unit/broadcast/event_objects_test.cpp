@@ -116,10 +116,16 @@ Bytes objectWithLongDuration() {
     return streamEventObject({4, std::string(3, '\0'), ""}, {"goal", "testevent"});
 }
 
+std::vector<si::CarouselObject> eventObjectsIn(const Bytes& module) {
+    std::vector<si::CarouselObject> objects;
+    si::eventObjects(module, [&objects](si::CarouselObject object) { objects.push_back(std::move(object)); });
+    return objects;
+}
+
 /// "name=id" of each event of the only object.
 std::vector<std::string> eventsOf(const Bytes& module) {
     std::vector<std::string> events;
-    for (const si::CarouselObject& object : si::eventObjects(module)) {
+    for (const si::CarouselObject& object : eventObjectsIn(module)) {
         for (const si::CarouselObject::EventName& event : object.events) {
             events.push_back(event.name + "=" + std::to_string(event.id));
         }
@@ -245,7 +251,7 @@ TEST(EventNames, AreNotReadFromAModuleThatGrowsTooMuch) {
 
 TEST(EventNames, MayFollowALongDuration) {
     EXPECT_THAT(eventsOf(objectWithLongDuration()), testing::ElementsAre("goal=1", "testevent=2"));
-    EXPECT_THAT(si::eventObjects(objectWithLongDuration()).at(0).associationTags, testing::ElementsAre(0x13));
+    EXPECT_THAT(eventObjectsIn(objectWithLongDuration()).at(0).associationTags, testing::ElementsAre(0x13));
 }
 
 TEST(EventNames, LeaveTheFewestBytesUnread) {
@@ -268,7 +274,7 @@ TEST(EventNames, MayPrecedePrivateData) {
 TEST(EventNames, AreNotReadFromCutObjects) {
     const Bytes object = objectWithLongDuration();
     for (std::size_t size = 0; size < object.size(); ++size) {
-        EXPECT_THAT(si::eventObjects(Bytes(object.begin(), object.begin() + static_cast<std::ptrdiff_t>(size))),
+        EXPECT_THAT(eventObjectsIn(Bytes(object.begin(), object.begin() + static_cast<std::ptrdiff_t>(size))),
                     testing::IsEmpty())
             << size;
     }

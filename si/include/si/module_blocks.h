@@ -1,10 +1,11 @@
-// ModuleBlocks: collects the blocks of one version of a module, in any order. Takes memory as blocks arrive, not by the
-// size that the list announces.
+// ModuleBlocks: collects the blocks of one version of a module, in any order, and makes the module of them. Takes
+// memory as blocks arrive, not by the size that the list announces.
 // Threads: one.
 // Blocks:  never.
-// Fails:   disagrees() says why.
+// Fails:   disagrees() and wholeModule() say why.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -49,5 +50,10 @@ private:
     std::vector<Place> places;        // likewise
     std::vector<bool> arrived;        // by number
 };
+
+/// The bytes of a complete module, uncompressed as its list says; without a value, `error` says why. The blocks are
+/// then to be emptied. Takes memory for the original size, which the caller has found small enough.
+std::optional<std::vector<std::uint8_t>> wholeModule(ModuleBlocks& blocks, const DownloadInfo::Module& module,
+                                                     std::string& error);
 
 }  // namespace si
