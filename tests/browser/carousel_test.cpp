@@ -103,6 +103,25 @@ TEST_F(ACarousel, HasAnApplicationWithItsFiles) {
     EXPECT_EQ(reported("fetched"), "one");
 }
 
+TEST_F(ACarousel, MayHaveADocumentOfHbbTvsOwnType) {
+    tsmake::Carousel typed = carousel({{0,
+                                        "",
+                                        {{"documents.xhtml", fileText(std::string(PAGES) + "/documents.xhtml")},
+                                         {"report.js", fileText(std::string(PAGES) + "/report.js")}}}});
+    typed.contentTypes = {{"documents.xhtml", "application/vnd.hbbtv.xhtml+xml; charset=utf-8"}};
+    start(broadcast({inCarousel("documents.xhtml?first")}, {typed}));
+    EXPECT_EQ(reported("loaded"), kOrigin + "/documents.xhtml?first");
+    EXPECT_EQ(reported("made"), "function DIV");
+    press("1");
+    EXPECT_EQ(reported("loaded", 2), kOrigin + "/documents.xhtml?second");
+    EXPECT_EQ(reported("length", 2), "2");
+    press("2");
+    EXPECT_EQ(reported("loaded", 3), kOrigin + "/documents.xhtml?first");
+    press("8");
+    EXPECT_EQ(reported("type"), "application/vnd.hbbtv.xhtml+xml; charset=utf-8");
+    EXPECT_EQ(reported("requested"), "1");
+}
+
 TEST_F(ACarousel, GivesNewFilesToARunningApplication) {
     startFed(broadcast(
         {inCarousel("index.html?first")},

@@ -88,8 +88,11 @@ std::string directory(const std::string& kind, const std::string& key, const std
     return object(kind, key, {}, be(bindings.size(), 2) + body);
 }
 
-std::string file(const std::string& key, const std::string& content) {
-    return object(kFile, key, be(content.size(), 8), withLength(content, 4));
+std::string file(const std::string& key, const std::string& content, const std::string& contentType) {
+    constexpr std::uint8_t kContentType = 0x72;
+    const std::string descriptor =
+        contentType.empty() ? std::string() : be(kContentType, 1) + withLength(contentType, 1);
+    return object(kFile, key, be(content.size(), 8) + descriptor, withLength(content, 4));
 }
 
 std::string eventObject(const std::string& key, const std::map<std::string, std::uint16_t>& idsByName,

@@ -41,7 +41,8 @@ struct Binding {
 
 std::string reference(const std::string& kind, const Place& place);
 std::string directory(const std::string& kind, const std::string& key, const std::vector<Binding>& bindings);
-std::string file(const std::string& key, const std::string& content);
+/// Without a type there is no descriptor of it.
+std::string file(const std::string& key, const std::string& content, const std::string& contentType);
 /// `streamTag` is the association tag of the stream with the events.
 std::string eventObject(const std::string& key, const std::map<std::string, std::uint16_t>& idsByName,
                         std::uint16_t streamTag);

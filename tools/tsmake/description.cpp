@@ -167,7 +167,7 @@ std::optional<StreamPlace> streamPlaceOf(JsonReader& in) {
         return std::nullopt;
     }
     std::string error;
-    const std::optional<StreamPlace> place = parseStreamPlace(in.text("stream"), error);
+    std::optional<StreamPlace> place = parseStreamPlace(in.text("stream"), error);
     if (!place) {
         in.fail("stream", error);
     }
@@ -371,6 +371,13 @@ Carousel readCarousel(JsonReader& in, std::size_t number, const Service& service
     readVersions(in, carousel.versions);
     in.list("eventObjects", [&](JsonReader& one) {
         carousel.eventObjects.push_back(readEventObject(one, service.streamEvents.tag.value_or(0)));
+    });
+    in.list("contentTypes", [&carousel](JsonReader& one) {
+        std::string& type = carousel.contentTypes[objectPathOf(one, "path")];
+        type = one.text("type");
+        if (type.size() > kLongestText) {
+            one.fail("type", "is longer than " + std::to_string(kLongestText) + " bytes");
+        }
     });
     return carousel;
 }

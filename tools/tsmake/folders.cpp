@@ -1,6 +1,7 @@
 // Reads folders.
 #include "folders.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -39,6 +40,22 @@ bool readFolder(const fs::path& folder, std::map<std::string, std::string>& file
     return !failure;
 }
 
+bool hasFile(const Carousel& carousel, const std::string& path) {
+    return std::any_of(carousel.versions.begin(), carousel.versions.end(),
+                       [&path](const CarouselVersion& version) { return version.files.count(path) != 0; });
+}
+
+/// A misspelt path would otherwise have no effect.
+bool areTypesOfFiles(const Carousel& carousel, std::string& error) {
+    for (const auto& [path, type] : carousel.contentTypes) {
+        if (!hasFile(carousel, path)) {
+            error = "contentTypes: carousel " + std::to_string(carousel.id) + " has no file " + path;
+            return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 bool readFolders(Multiplex& multiplex, const std::string& base, std::string& error) {
@@ -49,6 +66,9 @@ bool readFolders(Multiplex& multiplex, const std::string& base, std::string& err
                 if (!readFolder(fs::path(base) / version.folder, version.files, left, error)) {
                     return false;
                 }
+            }
+            if (!areTypesOfFiles(carousel, error)) {
+                return false;
             }
         }
     }

@@ -151,6 +151,7 @@ struct Carousel {
     std::optional<std::uint8_t> blockTag = std::nullopt;  ///< blocks have a stream of their own
     std::uint16_t blockPid = 0;
     std::vector<CarouselEvents> eventObjects = {};
+    std::map<std::string, std::string> contentTypes = {};  ///< of files, by path
 };
 
 /// Numbered sections without other content, for measurements.

@@ -40,7 +40,10 @@ public:
         modules.push_back({kDirectories, 0, {}});
         startModule();
         for (const auto& [path, content] : version.files) {
-            add(path, kFile, [&bytes = content](const std::string& key) { return file(key, bytes); });
+            const auto type = carousel.contentTypes.find(path);
+            add(path, kFile, [&, &bytes = content](const std::string& key) {
+                return file(key, bytes, type == carousel.contentTypes.end() ? std::string() : type->second);
+            });
         }
         for (const CarouselEvents& events : carousel.eventObjects) {
             add(events.path, kStreamEvent,

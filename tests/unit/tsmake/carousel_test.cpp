@@ -76,6 +76,34 @@ TEST(TheFolderOfACarousel, MustBeThere) {
     EXPECT_EQ(error, "cannot read /nowhere/none: No such file or directory");
 }
 
+TEST(TheFolderOfACarousel, HasEachFileWithAContentType) {
+    const std::filesystem::path base = OwnRunDirectory::instance().path();
+    std::filesystem::create_directories(base / "typed");
+    std::ofstream(base / "typed/a.html") << "first";
+    Multiplex multiplex = multiplexWith("typed");
+    Carousel& carousel = multiplex.services[0].carousels[0];
+    carousel.id = 7;
+    carousel.contentTypes = {{"a.html", "text/html"}};
+    std::string error;
+    EXPECT_TRUE(tsmake::readFolders(multiplex, base.string(), error)) << error;
+    carousel.contentTypes = {{"a.htm", "text/html"}};
+    EXPECT_FALSE(tsmake::readFolders(multiplex, base.string(), error));
+    EXPECT_EQ(error, "contentTypes: carousel 7 has no file a.htm");
+}
+
+TEST(ASentCarousel, NamesTheContentTypesOfFiles) {
+    Carousel carousel = carouselOf({{"a", "first"}, {"b", "second"}});
+    carousel.contentTypes = {{"b", "text/plain"}};
+    std::size_t cost = 0;
+    const std::string module = tsmake::carouselStates(carousel).at(0).modules.at(1).bytes;
+    const auto objects =
+        si::carouselObjects({reinterpret_cast<const std::uint8_t*>(module.data()), module.size()}, 10000, cost);
+    ASSERT_TRUE(objects);
+    ASSERT_EQ(objects->size(), 2U);
+    EXPECT_EQ(objects->at(0).contentType, "");
+    EXPECT_EQ(objects->at(1).contentType, "text/plain");
+}
+
 TEST(ASentCarousel, BeginsEachCycleWithItsControlMessages) {
     const Carousel carousel = carouselOf({{"a", std::string(5000, 'a')}});
     CarouselSender sender(carousel);

@@ -99,6 +99,7 @@ TEST(ADescription, MayHoldEverything) {
     EXPECT_FALSE(first.carousels[1].isCompressed);
     EXPECT_EQ(first.carousels[1].versions[1].second, 4U);
     EXPECT_EQ(first.carousels[1].eventObjects[0].path, "events/cards");
+    EXPECT_EQ(first.carousels[1].contentTypes.at("index.html"), "text/html;charset=utf-8");
     EXPECT_EQ(first.carousels[1].eventObjects[0].idsByName.at("yellow"), 9);
     EXPECT_TRUE(first.hasSchedule);
     EXPECT_EQ(first.events[0].ratings[0].country, "FRA");

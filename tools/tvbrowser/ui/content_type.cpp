@@ -10,7 +10,6 @@ namespace tvbrowser {
 
 namespace {
 
-constexpr const char* kHbbTvDocument = "application/vnd.hbbtv.xhtml+xml";
 constexpr const char* kXhtml = "application/xhtml+xml";
 
 const std::map<std::string, const char*>& knownEndings() {
@@ -48,7 +47,7 @@ const std::map<std::string, const char*>& knownEndings() {
 
 std::string withSmallLetters(const std::string& text) {
     char* const small = g_ascii_strdown(text.c_str(), static_cast<gssize>(text.size()));
-    const std::string result = small;
+    std::string result = small;
     g_free(small);
     return result;
 }
@@ -62,7 +61,7 @@ bool isHeaderValue(const std::string& text) {
 std::string guessed(const std::string& name) {
     char* const type = g_content_type_guess(name.c_str(), nullptr, 0, nullptr);
     char* const mime = g_content_type_get_mime_type(type);
-    const std::string result = mime == nullptr ? "application/octet-stream" : mime;
+    std::string result = mime == nullptr ? "application/octet-stream" : mime;
     g_free(mime);
     g_free(type);
     return result;
@@ -72,8 +71,7 @@ std::string guessed(const std::string& name) {
 
 std::string contentTypeOf(const std::string& path, const std::string& declared) {
     if (isHeaderValue(declared)) {
-        const bool isHbbTv = withSmallLetters(declared).rfind(kHbbTvDocument, 0) == 0;
-        return isHbbTv ? kXhtml + declared.substr(std::string(kHbbTvDocument).size()) : declared;
+        return declared;
     }
     const std::string name = path.substr(path.rfind('/') + 1);
     const std::size_t dot = name.rfind('.');

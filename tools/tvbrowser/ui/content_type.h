@@ -9,7 +9,7 @@
 
 namespace tvbrowser {
 
-/// `declared`: the type that the carousel gives; may be empty. HbbTV's own type of documents becomes that of XHTML.
+/// `declared`: the type that the carousel gives; may be empty.
 std::string contentTypeOf(const std::string& path, const std::string& declared);
 
 }  // namespace tvbrowser
