@@ -12,6 +12,8 @@
 #include "command_line/output.h"
 #include "command_line/standard_descriptors.h"
 #include "control.h"
+#include "engine_processes.h"
+#include "own_folder.h"
 #include "screenshot.h"
 #include "text/printable.h"
 #include "web_server.h"
@@ -92,23 +94,13 @@ gboolean onSignal(gpointer loop) {
     return G_SOURCE_CONTINUE;
 }
 
-/// A new folder that is removed at the end.
-class OwnFolder {
-public:
-    OwnFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "tvbrowser-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) {
-            throw std::runtime_error("cannot make a folder in " + std::filesystem::temp_directory_path().string());
-        }
-        path = name;
-    }
-    OwnFolder(const OwnFolder&) = delete;
-    OwnFolder& operator=(const OwnFolder&) = delete;
-    ~OwnFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path, ignored);
-    }
-    std::string path;
+/// What pages store, as long as the engine runs.
+struct PageData {
+    PageData() = default;
+    PageData(const PageData&) = delete;
+    PageData& operator=(const PageData&) = delete;
+    ~PageData() { endEngineProcesses(); }
+    const OwnFolder folder;
 };
 
 std::string newSecret() {
@@ -124,13 +116,15 @@ std::string newSecret() {
 int run(const Arguments& arguments) {
     const SetDescription set = setOf(arguments);
     const std::optional<std::uint16_t> port = portOf(arguments);
-    const OwnFolder data;
+    const PageData data;
     GMainLoop* const loop = g_main_loop_new(nullptr, FALSE);
+    g_unix_signal_add(SIGINT, onSignal, loop);
+    g_unix_signal_add(SIGTERM, onSignal, loop);
     const std::function<void()> quit = [loop] { g_main_loop_quit(loop); };
     PageSettings settings;
     settings.libraryPath = arguments.value("library").value_or(beside("lib/libbrowserdvbapi.so"));
     settings.extensionFolder = arguments.value("extension").value_or(beside("lib/tvbrowser"));
-    settings.dataFolder = data.path;
+    settings.dataFolder = data.folder.path();
     settings.userAgent = userAgent(set);
     settings.deviceSecret = newSecret();
     Television television(set, settings, say);
@@ -157,8 +151,6 @@ int run(const Arguments& arguments) {
         onLine = [&server](const std::string& line) { server->log(line); };
         say("page for people: " + server->url());
     }
-    g_unix_signal_add(SIGINT, onSignal, loop);
-    g_unix_signal_add(SIGTERM, onSignal, loop);
     say("tvbrowser: running");
     g_main_loop_run(loop);
     onLine = {};
