@@ -78,8 +78,11 @@ bool OwnFolder::make(const std::string& parent) {
         throw std::runtime_error("cannot make a folder in " + parent + ": " + std::strerror(errno));
     }
     lock = openFolder(path_);
-    const bool isTaken = lock >= 0 && flock(lock, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    if (lock >= 0 && !isTaken && isStillThere(path_)) {
+    if (lock < 0 && errno != ENOENT) {
+        throw std::runtime_error("cannot open the folder " + path_ + ": " + std::strerror(errno));
+    }
+    const bool isTaken = lock < 0 || (flock(lock, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK);
+    if (!isTaken && isStillThere(path_)) {
         return true;
     }
     close(lock);
