@@ -1,7 +1,7 @@
 // The number of this process, without a system call for each question.
 // Threads: any.
 // Blocks:  never.
-// Fails:   never; where the kernel does not clear a page for forked processes, each question is a system call.
+// Fails:   never; a process made by clone() or _Fork() itself has its parent's number.
 #pragma once
 
 #include <sys/types.h>
