@@ -158,6 +158,7 @@ void CarouselMounts::onShown(std::uint16_t pid, const std::string& name, const T
         say(Line::ordinary,
             carousel + (folder.path.empty() ? " is mounted: " : " has changed: ") + textOf(now.written));
         folder.path = now.path;
+        ++folder.versions;
     } else {
         say(Line::warning,
             carousel + (folder.path.empty() ? " is not mounted: " : " stays as it was: ") + whyNot(now.written));

@@ -10,6 +10,7 @@
 #include <functional>
 #include <list>
 #include <memory>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 
@@ -72,6 +73,9 @@ public:
     void add(Peer browser, const Target& target, Answer answer);
     void forget(Peer browser);
 
+    /// For the operator: the oldest mounts, with the requests that wait for an answer.
+    nlohmann::json describe(std::size_t most) const;
+
 private:
     using Clock = EventLoop::Clock;
 
@@ -88,6 +92,7 @@ private:
         std::string path = {};                              // empty until there is a tree
         std::weak_ptr<const si::CarouselTree> newest = {};  // that was given away to be written
         bool isBeingWritten = false;
+        std::uint64_t versions = 0;  // that have been in it
     };
 
     bool isPresented(const Target& target) const;

@@ -1,18 +1,22 @@
 // Handles the command for object carousels.
 #include "carousels_room.h"
 
+#include <nlohmann/json.hpp>
+
 #include "service_log.h"
 
 namespace dtvservice {
 
 using broadcast::Channel;
 using broadcast::Section;
+using nlohmann::json;
 
 CarouselsRoom::CarouselsRoom(Core& newCore, const std::string& folder)
     : core(newCore),
       folders(newCore.loop, folder),
       mounts(newCore.loop, folders, [this](auto line, const std::string& text) { say(line, text); }) {
     core.commands.on.cmdMountDsmcc = calls(*this, &CarouselsRoom::cmdMountDsmcc);
+    core.requests.add("status", calls(*this, &CarouselsRoom::describe));
     core.loop.post([this] { folders.removeLeftOvers(); });
 }
 
@@ -22,6 +26,11 @@ void CarouselsRoom::cmdMountDsmcc(Browser asker, unsigned int request, unsigned 
         core.browsers.tell({asker}, &Events::onDsmccMounted, request, onid, tsid, sid, componentTag,
                            static_cast<std::uint16_t>(result), path);
     });
+}
+
+json CarouselsRoom::describe(const json&) {
+    constexpr std::size_t kMost = 100;
+    return {{"mounts", mounts.describe(kMost)}};
 }
 
 void CarouselsRoom::pmtArrived(Multiplex& multiplex, std::uint16_t, const Section& section) {

@@ -24,6 +24,7 @@ public:
 private:
     void cmdMountDsmcc(Browser asker, unsigned int request, unsigned short onid, unsigned short tsid,
                        unsigned short sid, short componentTag);
+    nlohmann::json describe(const nlohmann::json& request);
     void follow(const broadcast::Channel& channel);
     void say(CarouselMounts::Line line, const std::string& text);
 

@@ -84,6 +84,16 @@ TEST_F(AMountOfABrowser, HasEveryFileAndGoesWithTheService) {
     EXPECT_TRUE(mountedThere().empty());
 }
 
+TEST_F(AMountOfABrowser, IsListedByTheStatus) {
+    const ServiceProcess process(broadcast);
+    const std::string path = mountedPath();
+    EXPECT_THAT(operate({"--json", "status"}), testing::AllOf(testing::HasSubstr(R"("component_tag":32)"),
+                                                              testing::HasSubstr("\"path\":\"" + path + "\"")));
+    const std::string text = operate({"status"});
+    EXPECT_THAT(text, testing::HasSubstr("carousels    1\n"));
+    EXPECT_THAT(text, testing::HasSubstr(", version 1 in " + path + "\n"));
+}
+
 TEST_F(AMountOfABrowser, EndsWhenAnotherServiceIsPresented) {
     const ServiceProcess process(broadcast);
     EXPECT_EQ(filesBelow(mountedPath()), files());

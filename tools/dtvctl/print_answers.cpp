@@ -52,6 +52,20 @@ std::string messageText(const json& message) {
            shown(message.at("length")) + " bytes: \"" + shown(message.at("message")) + "\"";
 }
 
+/// "browser 1, 28106:32, PID 320, version 2 in PATH"
+std::string mountText(const json& mount) {
+    std::string text = "browser " + shown(mount.at("browser")) + ", " + shown(mount.at("sid"));
+    text += mount.contains("component_tag") ? ":" + shown(mount.at("component_tag")) : "";
+    text += mount.contains("pid") ? ", PID " + shown(mount.at("pid")) : "";
+    text += mount.contains("path") ? ", version " + shown(mount.at("versions")) + " in " + shown(mount.at("path"))
+                                   : ", incomplete";
+    if (mount.contains("modules") && mount.at("modules") != mount.at("modules_arrived")) {
+        text += ", " + shown(mount.at("modules_arrived")) + " of " + shown(mount.at("modules")) + " modules of the " +
+                (mount.contains("path") ? "next one" : "first one");
+    }
+    return text;
+}
+
 }  // namespace
 
 std::string tripletText(const json& service) {
@@ -107,6 +121,10 @@ std::string statusText(const json& answer) {
     if (answer.contains("stream_readers") && answer.contains("stream_drops")) {
         text += row("stream", shown(answer.at("stream_readers")) + " readers, " + shown(answer.at("stream_drops")) +
                                   " packets dropped");
+    }
+    text += row("carousels", shown(answer.at("mounts").size()));
+    for (const json& mount : answer.at("mounts")) {
+        text += "  " + mountText(mount) + "\n";
     }
     text += row("OSD layers", listText(answer.at("osd_layers")));
     text += row("CA slots", listText(answer.at("ca_slots")));

@@ -63,10 +63,42 @@ TEST(TheStatusText, NamesWhatIsPresentedAndWhoIsConnected) {
               "browsers     1, 4\n"
               "filters      0\n"
               "queue drops  0\n"
+              "carousels    0\n"
               "OSD layers   none\n"
               "CA slots     none\n"
               "DRM waiting  0\n"
               "input 1 (udp://:5000): playing, 4.98 Mbit/s, 1 service\n");
+}
+
+TEST(TheStatusText, NamesMountedCarousels) {
+    json answer = aStatus();
+    answer["mounts"] = {
+        {{"browser", 1},
+         {"sid", 3},
+         {"component_tag", 32},
+         {"pid", 300},
+         {"path", "/run/tree"},
+         {"versions", 2},
+         {"modules", 7},
+         {"modules_arrived", 7}},
+        {{"browser", 1},
+         {"sid", 3},
+         {"component_tag", 33},
+         {"pid", 301},
+         {"path", "/run/other"},
+         {"versions", 1},
+         {"modules", 7},
+         {"modules_arrived", 4}},
+        {{"browser", 4}, {"sid", 3}, {"pid", 302}, {"versions", 0}, {"modules", 3}, {"modules_arrived", 0}},
+        {{"browser", 5}, {"sid", 3}, {"versions", 0}}};
+    EXPECT_THAT(
+        dtvctl::statusText(answer),
+        testing::HasSubstr("carousels    4\n"
+                           "  browser 1, 3:32, PID 300, version 2 in /run/tree\n"
+                           "  browser 1, 3:33, PID 301, version 1 in /run/other, 4 of 7 modules of the next one\n"
+                           "  browser 4, 3, PID 302, incomplete, 0 of 3 modules of the first one\n"
+                           "  browser 5, 3, incomplete\n"
+                           "OSD layers"));
 }
 
 TEST(TheStatisticsText, FitsAHundredColumns) {

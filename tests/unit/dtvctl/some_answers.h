@@ -7,7 +7,7 @@
 inline nlohmann::json aStatus() {
     return nlohmann::json::parse(R"({
         "ok": true, "browsers": [], "filters": 0, "queue_drops": 0, "osd_layers": [],
-        "ca_slots": [], "drm_messages": [], "drm_waiting": 0,
+        "ca_slots": [], "mounts": [], "drm_messages": [], "drm_waiting": 0,
         "inputs": [{
             "input": 1, "source": "udp://:5000", "state": "silent", "reason": "silent for 3 s", "service_count": 0,
             "bit_rate": 0, "packets": 0, "continuity_errors": 0, "transport_errors": 0, "scrambled_packets": 0,

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <thread>
 
 #include "eventually.h"
@@ -173,6 +174,37 @@ TEST_F(AMountedCarousel, FollowsNewVersions) {
     EXPECT_TRUE(runsUntil([&] { return differenceOf(filesBelow(path), files(9)).empty(); }));
     EXPECT_FALSE(std::filesystem::exists(first)) << "until the second next one";
     EXPECT_EQ(answers.size(), 1U);
+}
+
+TEST_F(AMountedCarousel, IsDescribedToTheOperator) {
+    const std::vector<CarouselState> states = statesOf({files(1), files(5)});
+    EXPECT_EQ(mounts->describe(10), nlohmann::json::array());
+    mount(2, -1);
+    EXPECT_EQ(mounts->describe(10), nlohmann::json::parse(R"([{"browser": 2, "sid": 3, "versions": 0}])"));
+    const std::string path = mountedPath(states[0]);
+    EXPECT_TRUE(isAnswered(2));
+    const std::size_t modules = states[0].modules.size();
+    const nlohmann::json chosen = {{"browser", 2}, {"sid", 3},           {"pid", kPid},
+                                   {"path", path}, {"modules", modules}, {"modules_arrived", modules},
+                                   {"versions", 1}};
+    nlohmann::json named = chosen;
+    named.update({{"browser", 1}, {"component_tag", kTag}});
+    EXPECT_EQ(mounts->describe(10), nlohmann::json::array({chosen, named}));
+    EXPECT_EQ(mounts->describe(1), nlohmann::json::array({chosen}));
+    play(states[1]);
+    EXPECT_TRUE(runsUntil([&] { return mounts->describe(1)[0]["versions"] == 2; }));
+    mounts->forget(2);
+    EXPECT_EQ(mounts->describe(10).size(), 1U);
+}
+
+TEST_F(AMountedCarousel, IsDescribedBeforeAllOfItHasCome) {
+    mount(1);
+    const CarouselState state = statesOf({files(1)})[0];
+    play(state.control);
+    const nlohmann::json described = mounts->describe(1).at(0);
+    EXPECT_EQ(described.value("modules", 0U), state.modules.size());
+    EXPECT_EQ(described.value("modules_arrived", 99U), 0U);
+    EXPECT_FALSE(described.contains("path"));
 }
 
 TEST_F(AMountedCarousel, IsNeverAMixtureOfVersions) {

@@ -185,7 +185,7 @@ TEST(TheJsonOfTheOperator, IsWhatTheSchemaSays) {
                             R"("pmt":true,"hbbtv":false,"presented":true}],"inputs":[]})"));
     EXPECT_TRUE(
         isValidJson(R"({"time":1.5,"ok":true,"presented_service":{"onid":1,"tsid":2,"sid":3,"name":"A","input":1},)"
-                    R"("browsers":[1],"ca_slots":[0],"osd_layers":[3],"filters":0,)"
+                    R"("browsers":[1],"ca_slots":[0],"osd_layers":[3],"mounts":[],"filters":0,)"
                     R"("queue_drops":0,"drm_waiting":1,"drm_messages":[{"browser":1,"ca_session":5,"ca_system_id":6,)"
                     R"("message_type":"t","message":"m","length":1}]})"));
     EXPECT_TRUE(isValidJson(R"({"time":1.5,"event":"browser_connected","browser":1})"));
