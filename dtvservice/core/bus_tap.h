@@ -15,6 +15,7 @@
 #include <string>
 #include <string_view>
 
+#include "bus/backlog.h"
 #include "bus/record.h"
 #include "locks/lock.h"
 #include "message_image.h"
@@ -23,8 +24,6 @@ namespace dtvservice {
 
 class BusTap {
 public:
-    /// The bytes that wait for a monitor at most: some seconds of a busy service.
-    static constexpr std::size_t kMostWaiting = std::size_t{4} << 20U;
     static constexpr std::size_t kMostMonitors = 8;
 
     using Browser = std::uint32_t;
@@ -65,19 +64,14 @@ private:
         std::uint32_t process = 0;
         std::string name;
     };
-    struct Waiting {
-        std::string bytes;
-        std::uint32_t lost = 0;
-    };
 
     void message(bus::Direction direction, Browser browser, std::uint32_t identifier, std::string image);
     void write(bus::Record record) EXCLUDES(mutex);
-    static void append(Waiting& to, const std::string& block);
 
     std::atomic<bool> watched{false};
     std::mutex mutex;
     std::map<Browser, Program> browsers GUARDED_BY(mutex);
-    std::map<Monitor, Waiting> monitors GUARDED_BY(mutex);
+    std::map<Monitor, bus::Backlog> monitors GUARDED_BY(mutex);
     Monitor lastMonitor GUARDED_BY(mutex) = 0;
 };
 

@@ -66,7 +66,9 @@ void offerToServices(const NamedQueue& queue) {
 }
 
 IOService::IOService(frame::AbstractMarshallingImpl& newOwner)
-    : owner(newOwner), wakeUp(aboveStandard(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {
+    : owner(newOwner),
+      busFile(isService() ? nullptr : BusFile::ofProcess()),
+      wakeUp(aboveStandard(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {
     if (isService() && !makeSockets() && sockets >= 0) {
         close(sockets);
         sockets = -1;
@@ -110,8 +112,24 @@ void IOService::releaseFormer() {
 
 int IOService::send(const frame::MsgIds& ids, const frame::MsgMeta& header, const ovxEndianTable& table,
                     const void* record) {
+    if (busFile != nullptr) {
+        return noteAndSend(ids, header, table, record);
+    }
     const CountedSend counted(*this);
     return sendTo(*current, ids, header, table, record);
+}
+
+int IOService::noteAndSend(const frame::MsgIds& ids, const frame::MsgMeta& header, const ovxEndianTable& table,
+                           const void* record) {
+    const std::vector<std::uint8_t> image = platform_common::encodeRecord(table, record);
+    busFile->message(bus::Direction::toService, header.messageId,
+                     {reinterpret_cast<const char*>(image.data()), image.size()});
+    const CountedSend counted(*this);
+    const int result = sendTo(*current, ids, header, table, record);
+    if (result < 0) {
+        busFile->refused(bus::Direction::toService, header.messageId, "not sent", result);
+    }
+    return result;
 }
 
 IOService::CountedSend::~CountedSend() {
@@ -247,6 +265,9 @@ void IOService::stop() {
         thread.detach();
     } else {
         thread.join();
+    }
+    if (busFile != nullptr) {
+        busFile->flush();
     }
 }
 

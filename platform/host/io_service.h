@@ -19,6 +19,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "bus_file.h"
 #include "connection.h"
 #include "endpoint.h"
 #include "flusher.h"
@@ -102,6 +103,8 @@ private:
     void releaseFormer() EXCLUDES(mutex);
     int sendTo(const Connections& targets, const frame::MsgIds& ids, const frame::MsgMeta& header,
                const ovxEndianTable& table, const void* record);
+    int noteAndSend(const frame::MsgIds& ids, const frame::MsgMeta& header, const ovxEndianTable& table,
+                    const void* record);
     bool letFlush(const std::shared_ptr<Connection>& connection) EXCLUDES(mutex);
     void wake();
     void drainWakeUps();
@@ -115,13 +118,14 @@ private:
     Received receive(Connection& connection, Inbox& inbox, int flags);
     void take(Connection& connection, Inbox& inbox, std::size_t length, int attached);
     void takeQueue(Connection& connection, const std::string& name, int attached);
-    static void drop(Connection& connection, const std::string& reason);
+    void drop(Connection& connection, const std::string& reason, std::uint32_t message = 0);
     Turns* turnsOfHandlers() { return isService() ? &turns : nullptr; }
 
     // A client's transport thread.
     void followService();
     void pauseBeforeRetry();
     void tryToConnect();
+    void noteAbsence(bool isAbsent);
 
     // A service's transport thread.
     void serve();
@@ -147,6 +151,7 @@ private:
     void keepPace(Connection& connection) const;
 
     frame::AbstractMarshallingImpl& owner;
+    BusFile* const busFile;                                       // of a client, if there is one
     std::unordered_map<HandlerKey, Handler, HashOfKey> handlers;  // written only before start
     ServiceEndpoint endpoint;                                     // used by start(), then only by the transport thread
     Flusher flusher;                                              // of a client
@@ -172,6 +177,7 @@ private:
     std::vector<Follower> followers;  // transport thread
     bool isAcceptPaused = false;      // transport thread
     bool failureTold = false;         // transport thread
+    bool isAbsenceNoted = false;      // in busFile; start(), then the transport thread
     std::string problem;              // of connecting or accepting, told; start(), then the transport thread
     std::atomic<bool> stopping{false};
     pid_t process = 0;   // that has started the thread

@@ -4,6 +4,7 @@
 
 #include "host_log.h"
 #include "io_service.h"
+#include "settings.h"
 
 namespace host {
 
@@ -53,7 +54,17 @@ void IOService::tryToConnect() {
         BLOG_TAGGED(blog::kFailure, "%s\n", now.c_str());
     }
     problem = now;
+    noteAbsence(connected < 0);
     adopt(connected);
+}
+
+/// Notes once that there is no service, until there is one.
+void IOService::noteAbsence(bool isAbsent) {
+    if (busFile != nullptr && isAbsent && !isAbsenceNoted) {
+        busFile->refused(bus::Direction::toService, 0,
+                         problem.empty() ? "no service is in " + settings().runDirectory : problem);
+    }
+    isAbsenceNoted = isAbsent;
 }
 
 }  // namespace host

@@ -107,6 +107,9 @@ void IOService::adopt(int connectedSocket) {
     }
     const auto connection = std::make_shared<Connection>(connectedSocket, nextPeerNumber());
     bool waits = false;
+    if (busFile != nullptr) {
+        busFile->connected();
+    }
     PeerProcesses::instance().add(connection->peer(), connectedSocket);
     {
         const locks::Lock lock(mutex);
@@ -178,6 +181,9 @@ void IOService::closeConnection(Connection& connection) {
     GivenQueues::instance().forget(connection.peer());
     // A send that still holds the connection then fails.
     shutdown(connection.socket(), SHUT_RDWR);
+    if (busFile != nullptr) {
+        busFile->disconnected();
+    }
     if (connection.dropped > 1) {
         BLOG_TAGGED(blog::kFailure, "peer %u: %llu messages were dropped in all\n", connection.peer(),
                     static_cast<unsigned long long>(connection.dropped));
@@ -231,15 +237,18 @@ void IOService::take(Connection& connection, Inbox& inbox, std::size_t length, i
         return;
     }
     const frame::MsgMeta& header = envelope.header;
+    if (busFile != nullptr) {
+        busFile->message(bus::Direction::toBrowser, header.messageId, text.substr(kEnvelopeSize));
+    }
     const auto handler = handlers.find(HandlerKey(header));
     if (handler == handlers.end()) {
-        drop(connection, "message " + std::to_string(header.messageId) + " has no handler");
+        drop(connection, "message " + std::to_string(header.messageId) + " has no handler", header.messageId);
         return;
     }
     const Handler& to = handler->second;
     if (!platform_common::decodeRecordInPlace(*to.table, to.wireSize, packet + kEnvelopeSize, length - kEnvelopeSize,
                                               inbox.record, error)) {
-        drop(connection, "message " + std::to_string(header.messageId) + ": " + error);
+        drop(connection, "message " + std::to_string(header.messageId) + ": " + error, header.messageId);
         return;
     }
     frame::TransportInfo transport;
@@ -264,7 +273,11 @@ void IOService::takeQueue(Connection& connection, const std::string& name, int a
     }
 }
 
-void IOService::drop(Connection& connection, const std::string& reason) {
+/// `message` is its identifier, as far as it is known.
+void IOService::drop(Connection& connection, const std::string& reason, std::uint32_t message) {
+    if (busFile != nullptr) {
+        busFile->refused(bus::Direction::toBrowser, message, reason);
+    }
     if (++connection.dropped == 1) {
         BLOG_TAGGED(blog::kFailure, "peer %u: %s; dropped, as further ones will be without a line\n", connection.peer(),
                     reason.c_str());

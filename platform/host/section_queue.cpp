@@ -2,6 +2,7 @@
 // connects to.
 #include <mutex>
 
+#include "bus_file.h"
 #include "host_log.h"
 #include "io_service.h"
 #include "locks/lock.h"
@@ -26,11 +27,15 @@ struct IPCMessageQueue::State {
     std::string name;
     bool creator;
     std::shared_ptr<SectionRing> ring;
+    host::BusFile* busFile;        // of the creator, which reads; may be null
     std::uint64_t unreadable = 0;  // used only by the one reader
     std::mutex writing;            // one writer at a time
 
     State(const std::string& newName, bool isCreator, std::shared_ptr<SectionRing> newRing)
-        : name(newName), creator(isCreator), ring(std::move(newRing)) {}
+        : name(newName),
+          creator(isCreator),
+          ring(std::move(newRing)),
+          busFile(isCreator ? host::BusFile::ofProcess() : nullptr) {}
 };
 
 IPCMessageQueue::IPCMessageQueue(std::unique_ptr<State> newState) : state(std::move(newState)) {}
@@ -66,6 +71,9 @@ void IPCMessageQueue::Receive(IPCMessage& message) {
         const bool isGood = message.decode(bytes, length);
         state->ring->release();
         if (isGood) {
+            if (state->busFile != nullptr) {
+                state->busFile->received(message);
+            }
             return;
         }
         // A writer can do this as often as it likes, so the lines become rarer.

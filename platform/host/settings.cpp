@@ -73,7 +73,7 @@ std::uint32_t clientRateOf(const std::string& value) {
 
 Settings readSettings() {
     return {runDirectoryOf(variable("DTV_RUN_DIR")), thresholdOf(variable("DTV_LOG_LEVEL")), variable("DTV_LOG_FILE"),
-            clientRateOf(variable("DTV_CLIENT_RATE"))};
+            variable("DTV_BUS_FILE"), clientRateOf(variable("DTV_CLIENT_RATE"))};
 }
 
 const Settings& settings() {

@@ -6,7 +6,7 @@ set -euo pipefail
 cd "$1"
 
 declare -A reason=(
-    [dtvservice/core/bus_tap.cpp]="the time of a record"
+    [bus/src/origin.cpp]="the time of a record"
     [platform/host/debug_log.cpp]="the time of a log line"
     [tools/dvbshell/events.h]="the time of an event"
     [tools/dvbshell/json_printer.cpp]="the time of an event"

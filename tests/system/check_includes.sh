@@ -20,7 +20,7 @@ declare -A may=(
     [$optional]="$contract"
     [locks]="$contract"
     [platform/common]="$contract $idiom locks"
-    [platform/host]="$contract $idiom $optional platform/common text locks"
+    [platform/host]="$contract $idiom $optional platform/common bus text locks"
     [platform/recording]="$contract $idiom platform/common locks"
     [$records]="$contract $idiom locks"
     [$fields]="browserdvbservice_messages.inc"
@@ -60,7 +60,7 @@ for folder in dtvservice/*/; do
 done
 
 # The fuzzers reach into everything that reads what others send.
-may[fuzz]="$contract $idiom platform/common platform/host $records $fields $adapter $headers $library si text"
+may[fuzz]="$contract $idiom platform/common platform/host $records $fields $adapter $headers $library bus si text"
 may[fuzz]+=" $(echo dtvservice/*) tools/dtvctl tools/dvbshell tools/tsmake"
 
 # The measurements: what a browser includes, a service stub, and what they measure alone.

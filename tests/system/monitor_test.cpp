@@ -1,6 +1,9 @@
 // What dtvmon shows of a running service and its browser.
 #include <unistd.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
 #include <nlohmann/json.hpp>
 
 #include "raw_browser.h"
@@ -113,4 +116,92 @@ TEST_F(AMonitoredBrowser, IsShownUntilTheServiceGoes) {
     process.end(SIGKILL);
     EXPECT_EQ(monitor.wait(), 3);
     EXPECT_THAT(monitor.output(), testing::HasSubstr("dtvmon: the service has gone"));
+}
+
+namespace {
+
+/// What one side has seen of the messages: all that both sides know of one.
+std::vector<json> messagesOf(const std::vector<json>& records, const std::string& side) {
+    std::vector<json> messages;
+    for (const json& record : records) {
+        if (record["side"] == side && record["record"] == "message") {
+            messages.push_back({{"operation", record["operation"]},
+                                {"direction", record["direction"]},
+                                {"process", record["process"]},
+                                {"program", record["program"]},
+                                {"values", record["values"]},
+                                {"bytes", record["bytes"]}});
+        }
+    }
+    return messages;
+}
+
+/// What dtvmon prints, as objects.
+std::vector<json> objectsOf(const std::vector<std::string>& arguments) {
+    ChildProcess reader(DTVMON, arguments, "reader");
+    EXPECT_EQ(reader.wait(), 0) << reader.output();
+    std::istringstream lines(reader.output());
+    std::vector<json> objects;
+    for (std::string line; std::getline(lines, line);) {
+        objects.push_back(json::parse(line));
+    }
+    return objects;
+}
+
+}  // namespace
+
+/// dvbshell, whose platform writes what it says and hears.
+class ABrowserWithABusFile : public testing::Test {
+protected:
+    ABrowserWithABusFile() { setenv("DTV_BUS_FILE", (folder + "/bus.pcapng").c_str(), 1); }
+    std::string fileOf(pid_t process) const { return folder + "/bus." + std::to_string(process) + ".pcapng"; }
+
+    const std::string folder = OwnRunDirectory::instance().path();
+};
+
+TEST_F(ABrowserWithABusFile, TellsOfCommandsThatNeverLeft) {
+    ChildProcess shell(DVBSHELL, {"pts", "0"}, "shell");
+    const pid_t process = shell.pid();
+    shell.wait();
+    const std::vector<json> records = objectsOf({"--json", "--read", fileOf(process)});
+    ASSERT_GE(records.size(), 3U);
+    EXPECT_EQ(records[0]["text"], "no service is in " + folder);
+    for (std::size_t index = 1; index + 1 < records.size(); index += 2) {
+        EXPECT_EQ(records[index]["record"], "message");
+        EXPECT_EQ(records[index + 1]["record"], "refused");
+        EXPECT_EQ(records[index + 1]["operation"], records[index]["operation"]);
+        EXPECT_EQ(records[index + 1]["result"], -107);
+        EXPECT_EQ(records[index + 1]["side"], "browser");
+    }
+}
+
+TEST_F(ABrowserWithABusFile, HasWhatItsServiceSees) {
+    const ServiceProcess service;
+    EXPECT_FALSE(std::filesystem::exists(fileOf(service.pid()))) << "the setting is for browsers";
+    ChildProcess monitor(DTVMON, {"--write", folder + "/service.pcapng"}, "dtvmon");
+    ASSERT_TRUE(eventually([this] { return !fileText(folder + "/service.pcapng").empty(); }));
+    ChildProcess shell(DVBSHELL, {"--seconds", "2", "tune", "1:1025:28106"}, "shell");
+    const pid_t process = shell.pid();
+    EXPECT_EQ(shell.wait(), 0) << shell.output();
+    ASSERT_TRUE(eventually([&] {
+        const std::vector<json> records = objectsOf({"--json", "--read", folder + "/service.pcapng"});
+        return !records.empty() && records.back()["record"] == "disconnected";
+    }));
+    EXPECT_EQ(monitor.end(SIGTERM), 0);
+    const std::vector<json> both =
+        objectsOf({"--json", "--bytes", "--read", folder + "/service.pcapng", "--read", fileOf(process)});
+    EXPECT_TRUE(std::is_sorted(both.begin(), both.end(),
+                               [](const json& one, const json& other) { return one["time"] < other["time"]; }));
+    const std::vector<json> seenByService = messagesOf(both, "service");
+    const std::vector<json> seenByBrowser = messagesOf(both, "browser");
+    EXPECT_GT(seenByBrowser.size(), 10U);
+    for (const char* direction : {"to_service", "to_browser"}) {
+        const auto inDirection = [direction](const std::vector<json>& all) {
+            std::vector<json> some;
+            std::copy_if(all.begin(), all.end(), std::back_inserter(some),
+                         [direction](const json& each) { return each["direction"] == direction; });
+            return some;
+        };
+        EXPECT_EQ(inDirection(seenByService), inDirection(seenByBrowser)) << "a message that was sent has come";
+    }
 }

@@ -8,17 +8,21 @@ namespace {
 using namespace command_line;
 
 std::vector<Option> options() {
-    return {{"only", "NAME",
-             "show only records of this name: an operation of the message catalogue, connected, disconnected, refused, "
-             "section_queued or section_dropped; * and ? stand for any characters; may be given again"},
-            {"not", "NAME", "leave out records of this name; may be given again"},
-            {"browser", "N", "show only this browser, by its number in the service's log; may be given again"},
-            {"bytes", "", "show the bytes of messages and sections too"},
-            {"json", "", "print a JSON object on each line"},
-            {"statistics", "", "count the records by name, and print the counts at the end"},
-            {"seconds", "N", "end after so long, 1 to 86400"},
-            {"write", "FILE", "write the records to a pcapng file in place of printing them", anyFile()},
-            {"read", "FILE", "read a file that --write has written, in place of a running service", anyFile()}};
+    return {
+        {"only", "NAME",
+         "show only records of this name: an operation of the message catalogue, connected, disconnected, refused, "
+         "section_queued or section_dropped; * and ? stand for any characters; may be given again"},
+        {"not", "NAME", "leave out records of this name; may be given again"},
+        {"browser", "N", "show only this browser, by its number in the service's log; may be given again"},
+        {"bytes", "", "show the bytes of messages and sections too"},
+        {"json", "", "print a JSON object on each line"},
+        {"statistics", "", "count the records by name, and print the counts at the end"},
+        {"seconds", "N", "end after so long, 1 to 86400"},
+        {"write", "FILE", "write the records to a pcapng file in place of printing them", anyFile()},
+        {"read", "FILE",
+         "read a file that --write or a browser with DTV_BUS_FILE has written, in place of a running service; may be "
+         "given again: the records of all files in the order of their times",
+         anyFile()}};
 }
 
 Program described() {
@@ -44,7 +48,8 @@ Program described() {
     program.examples = {{"dtvmon --not onPtsNotify", "everything but the time stamps"},
                         {"dtvmon --only '*Filter*' --only 'section_*' --browser 1", "how sections come to a browser"},
                         {"dtvmon --write bus.pcapng", "record, for later or for Wireshark"},
-                        {"dtvmon --read bus.pcapng --statistics", "what was said how often"}};
+                        {"dtvmon --read bus.pcapng --statistics", "what was said how often"},
+                        {"dtvmon --read bus.pcapng --read browser.4711.pcapng", "both sides, to see what was lost"}};
     program.seeAlso = {"dtvserviced", "dtvctl", "dvbshell"};
     return program;
 }

@@ -47,7 +47,8 @@ double epochSeconds(std::uint64_t time) {
 }
 
 std::string browserText(const bus::Record& record) {
-    return std::to_string(record.browser) + " " + (record.program.empty() ? "?" : record.program) + "[" +
+    return (record.browser == 0 ? "-" : std::to_string(record.browser)) + " " +
+           (record.program.empty() ? "?" : record.program) + "[" +
            (record.process == 0 ? "?" : std::to_string(record.process)) + "]";
 }
 
@@ -76,7 +77,8 @@ std::string valuesText(const Seen& seen) {
     if (isSection(seen.record)) {
         add("filter_session " + seen.record.text);
     } else if (seen.record.kind == Kind::lost) {
-        add(std::to_string(seen.record.count) + " records: this monitor did not read in time");
+        add(std::to_string(seen.record.count) + " records: " +
+            (seen.record.side == bus::Side::service ? "this monitor did not read in time" : "not written in time"));
     } else if (!seen.record.text.empty()) {
         add(seen.record.kind == Kind::refused ? "refused: " + seen.record.text : seen.record.text);
     }
@@ -119,7 +121,9 @@ void addOrigin(const bus::Record& record, Json& object) {
         object["count"] = record.count;
         return;
     }
-    object["browser"] = record.browser;
+    if (record.browser != 0) {
+        object["browser"] = record.browser;
+    }
     if (record.process != 0) {
         object["process"] = record.process;
     }

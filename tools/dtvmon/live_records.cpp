@@ -1,4 +1,4 @@
-// Receives and reads.
+// Receives.
 #include "live_records.h"
 
 #include <poll.h>
@@ -77,23 +77,6 @@ void followService(const std::string& socket, std::optional<std::chrono::seconds
                 throw dtvctl::NoService("the service has gone");
             }
         }
-    }
-}
-
-void readFile(const std::string& path, const Take& take) {
-    const auto closer = [](std::FILE* file) { std::fclose(file); };
-    const std::unique_ptr<std::FILE, decltype(closer)> file(std::fopen(path.c_str(), "rbe"), closer);
-    if (!file) {
-        throw std::runtime_error(path + ": " + std::strerror(errno));
-    }
-    constexpr std::size_t kPart = 65536;
-    std::array<char, kPart> bytes{};
-    errno = 0;
-    while (const std::size_t count = std::fread(bytes.data(), 1, bytes.size(), file.get())) {
-        take({bytes.data(), count});
-    }
-    if (std::ferror(file.get()) != 0) {
-        throw std::runtime_error(path + ": " + std::strerror(errno));
     }
 }
 

@@ -1,8 +1,8 @@
-// The bytes of the bus as they come, from a running service or from a file.
+// The bytes of the bus as they come from a running service.
 // Threads: one. SIGINT and SIGTERM must be blocked, and end the live bytes.
 // Blocks:  until there are bytes.
 // Fails:   throws dtvctl::NoService if there is no service or it has gone, dtvctl::Refused if it takes no more
-//          monitors, std::runtime_error for a file that cannot be read.
+//          monitors.
 #pragma once
 
 #include <chrono>
@@ -17,6 +17,5 @@ using Take = std::function<void(std::string_view bytes)>;
 
 /// Returns at a signal, at the end of the time, or when the output goes.
 void followService(const std::string& socket, std::optional<std::chrono::seconds> longest, const Take& take);
-void readFile(const std::string& path, const Take& take);
 
 }  // namespace dtvmon

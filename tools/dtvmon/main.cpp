@@ -1,4 +1,5 @@
 // dtvmon: shows what the DTV service and its browsers say to each other, live or from a file.
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 
@@ -10,6 +11,7 @@
 #include "file_writer.h"
 #include "lines.h"
 #include "live_records.h"
+#include "recorded_files.h"
 #include "selection.h"
 #include "service_client.h"
 #include "statistics.h"
@@ -56,45 +58,40 @@ std::unique_ptr<dtvmon::Sink> sinkOf(const Arguments& arguments) {
     return std::make_unique<dtvmon::Lines>(arguments.has("json"), arguments.has("bytes"));
 }
 
-/// Passes the records of a stream of bytes that are wanted to a sink.
+/// Passes the records that are wanted to a sink.
 class Passage {
 public:
-    Passage(dtvmon::Selection newSelection, dtvmon::Sink& newSink, std::string newSource)
-        : selection(std::move(newSelection)), sink(newSink), source(std::move(newSource)) {}
+    Passage(dtvmon::Selection newSelection, dtvmon::Sink& newSink)
+        : selection(std::move(newSelection)), sink(newSink) {}
 
+    void add(bus::Record record) {
+        const dtvmon::Seen seen = dtvmon::see(std::move(record));
+        if (selection.wants(seen)) {
+            sink.add(seen);
+        }
+    }
     void take(std::string_view bytes) {
         reader.add(bytes);
         bus::Record record;
         std::string problem;
         while (reader.take(record, problem)) {
-            if (!problem.empty()) {
-                tell(problem);
-                continue;
-            }
-            const dtvmon::Seen seen = dtvmon::see(std::move(record));
-            if (selection.wants(seen)) {
-                sink.add(seen);
+            if (problem.empty()) {
+                add(std::move(record));
+            } else {
+                tell("the service: " + problem);
             }
         }
         sink.pause();
     }
-    void end() {
-        sink.end();
-        if (const std::string problem = reader.problemAtEnd(); !problem.empty()) {
-            tell(problem);
-        }
+    void tell(const std::string& problem) {
+        isDamaged = true;
+        complain(problem);
     }
     bool hasProblem() const { return isDamaged; }
 
 private:
-    void tell(const std::string& problem) {
-        isDamaged = true;
-        complain(source + ": " + problem);
-    }
-
     dtvmon::Selection selection;
     dtvmon::Sink& sink;
-    std::string source;
     bus::PcapngReader reader;
     bool isDamaged = false;
 };
@@ -103,21 +100,23 @@ int run(int argc, char** argv) {
     const Arguments arguments = command_line::parseOrEnd(dtvmon::commandLine(), argc, argv);
     const dtvmon::Selection selection = selectionOf(arguments);
     const std::optional<std::chrono::seconds> longest = secondsOf(arguments);
-    const std::optional<std::string> path = arguments.value("read");
-    if (path && path == arguments.value("write")) {
+    const std::vector<std::string> paths = arguments.values("read");
+    if (const std::optional<std::string> path = arguments.value("write");
+        path && std::find(paths.begin(), paths.end(), *path) != paths.end()) {
         command_line::endWithUsageError(dtvmon::commandLine(), "--read and --write name the same file");
     }
     const std::unique_ptr<dtvmon::Sink> sink = sinkOf(arguments);
-    Passage passage(selection, *sink, path.value_or("the service"));
-    const dtvmon::Take take = [&passage](std::string_view bytes) { passage.take(bytes); };
+    Passage passage(selection, *sink);
     try {
-        if (path) {
-            dtvmon::readFile(*path, take);
-            passage.end();
+        if (paths.empty()) {
+            dtvmon::followService(control::defaultSocketPath(), longest,
+                                  [&passage](std::string_view bytes) { passage.take(bytes); });
         } else {
-            dtvmon::followService(control::defaultSocketPath(), longest, take);
-            sink->end();
+            dtvmon::readFiles(
+                paths, [&passage](const std::string& problem) { passage.tell(problem); },
+                [&passage](bus::Record record) { passage.add(std::move(record)); });
         }
+        sink->end();
     } catch (const dtvctl::NoService&) {
         sink->end();
         throw;

@@ -14,6 +14,9 @@ si::Node describe(const std::string& section) {
 }
 
 void readMessage(Seen& seen) {
+    if (seen.record.kind == bus::Kind::refused && seen.record.message == 0) {
+        return;
+    }
     const message_fields::Message* const message = message_fields::findMessage(seen.record.message);
     if (message == nullptr) {
         seen.problem = "no message has the identifier " + message_fields::hexadecimalNumber(seen.record.message, 1);

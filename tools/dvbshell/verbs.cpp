@@ -105,6 +105,7 @@ command_line::Program describeCommandLine() {
     program.environment = {
         {"DTV_RUN_DIR", "the directory of the DTV service's sockets, of the host platform"},
         {"DTV_LOG_LEVEL", "the library's log: off, failure, warning, ordinary or trace; with DTV_LOG_FILE like --log"},
+        {"DTV_BUS_FILE", "file for what the browser says to the service and hears from it, which dtvmon reads"},
         {"NO_COLOR", "no colours, if not empty"},
         {"COLUMNS", "the width of lines on a terminal"}};
     program.files = {{"~/.local/state/dvbshell/history", "the lines of the prompt; $XDG_STATE_HOME/dvbshell/history"}};

@@ -109,3 +109,26 @@ TEST_F(ALine, LeavesTheTerminalAlone) {
     record.program = "\x1B[31m";
     EXPECT_EQ(of(dtvmon::see(record)).find('\x1B'), std::string::npos);
 }
+
+TEST_F(ALine, OfABrowsersFileHasNoNumber) {
+    bus::Record record = aRecord(bus::Kind::refused, kPtsRequest);
+    record.side = bus::Side::browser;
+    record.browser = 0;
+    record.text = "not sent";
+    record.result = -107;
+    EXPECT_EQ(of(dtvmon::see(record)),
+              "00:00:00.123456 - dvbshell[4711] -> cmdSendPtsRequest  refused: not sent, result -107  "
+              "(seen by the browser)");
+    EXPECT_EQ(json(dtvmon::see(record)),
+              R"({"time":1767225600.123456,"record":"refused","side":"browser","process":4711,"program":"dvbshell",)"
+              R"("direction":"to_service","operation":"cmdSendPtsRequest","text":"not sent","result":-107})");
+    record.message = 0;
+    record.text = "no service is in /run/dtv";
+    record.result = 0;
+    EXPECT_EQ(of(dtvmon::see(record)),
+              "00:00:00.123456 - dvbshell[4711] -> refused  refused: no service is in /run/dtv  (seen by the browser)");
+    bus::Record lost = aRecord(bus::Kind::lost);
+    lost.side = bus::Side::browser;
+    lost.count = 3;
+    EXPECT_EQ(of(dtvmon::see(lost)), "00:00:00.123456 lost  3 records: not written in time  (seen by the browser)");
+}

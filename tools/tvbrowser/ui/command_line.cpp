@@ -46,7 +46,9 @@ Program described() {
     program.exitStatuses = {{"0", "ended by quit, a signal, or after the screenshot"},
                             {"1", "the library or the engine cannot be used, or there was nothing to show"},
                             {"2", "wrong command line"}};
-    program.environment = {{"DTV_RUN_DIR", "folder of the sockets; the same for service, browsers and operator"}};
+    program.environment = {
+        {"DTV_RUN_DIR", "folder of the sockets; the same for service, browsers and operator"},
+        {"DTV_BUS_FILE", "file for what the browser says to the service and hears from it, which dtvmon reads"}};
     program.seeAlso = {"dtvserviced", "dvbshell", "tsmake"};
     return program;
 }
