@@ -103,6 +103,20 @@ TEST_F(AMonitoredBrowser, IsShownWithTheSectionsThatItGetsAndThoseThatItLoses) {
     EXPECT_TRUE(shows(monitor, dropped)) << "nobody reads the queue";
 }
 
+TEST_F(AMonitoredBrowser, IsCountedEachSecond) {
+    const ServiceProcess process;
+    ASSERT_TRUE(answersWhatWasAsked());
+    ChildProcess monitor(DTVMON, {"--statistics", "--json", "--only", "cmdStartOSDDetection"}, "dtvmon");
+    ASSERT_TRUE(shows(monitor, {{"seconds", 1.0}, {"statistics", json::array()}}));
+    ASSERT_TRUE(sends(&Commands::cmdStartOSDDetection, 3U));
+    const json once = {{"name", "cmdStartOSDDetection"}, {"records", 1}, {"byte_count", 4}, {"rate", 1.0}};
+    EXPECT_TRUE(shows(monitor, {{"statistics", json::array({once})}})) << "in the second that it came in";
+    json later = once;
+    later["rate"] = 0.0;
+    EXPECT_TRUE(shows(monitor, {{"statistics", json::array({later})}})) << "and in those behind it";
+    EXPECT_EQ(monitor.end(SIGINT), 0);
+}
+
 TEST_F(AMonitoredBrowser, IsNotShownWithoutAService) {
     ChildProcess monitor(DTVMON, {}, "dtvmon");
     EXPECT_EQ(monitor.wait(), 3);

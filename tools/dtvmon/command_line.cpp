@@ -16,7 +16,7 @@ std::vector<Option> options() {
         {"browser", "N", "show only this browser, by its number in the service's log; may be given again"},
         {"bytes", "", "show the bytes of messages and sections too"},
         {"json", "", "print a JSON object on each line"},
-        {"statistics", "", "count the records by name, and print the counts at the end"},
+        {"statistics", "", "count the records by name, and print the counts each second and at the end"},
         {"seconds", "N", "end after so long, 1 to 86400"},
         {"write", "FILE", "write the records to a pcapng file in place of printing them", anyFile()},
         {"read", "FILE",

@@ -6,6 +6,7 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -45,37 +46,38 @@ private:
     int descriptor = -1;
 };
 
-/// Milliseconds for poll(); -1 without an end.
-int leftUntil(const std::optional<Clock::time_point>& end) {
-    if (!end) {
-        return -1;
-    }
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*end - Clock::now());
+/// Milliseconds for poll().
+int leftUntil(Clock::time_point end) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
     return left.count() <= 0 ? 0 : static_cast<int>(left.count());
 }
 
 }  // namespace
 
-void followService(const std::string& socket, std::optional<std::chrono::seconds> longest, const Take& take) {
+void followService(const std::string& socket, std::optional<std::chrono::seconds> longest, const Following& following) {
     const EndingSignals signals;
     dtvctl::ServiceClient client(socket);
     client.ask({{"command", "monitor"}});
     control::Connection connection = client.release();
-    const std::optional<Clock::time_point> end =
-        longest ? std::optional<Clock::time_point>(Clock::now() + *longest) : std::nullopt;
-    take(connection.takeBytes());
+    const Clock::time_point end = longest ? Clock::now() + *longest : Clock::time_point::max();
+    Clock::time_point second = Clock::now() + std::chrono::seconds(1);
+    following.take(connection.takeBytes());
     while (std::ferror(stdout) == 0) {
         std::array<pollfd, 2> waits = {pollfd{signals.fd(), POLLIN, 0}, pollfd{connection.fd(), POLLIN, 0}};
-        const int ready = poll(waits.data(), waits.size(), leftUntil(end));
-        if (ready == 0 || waits[0].revents != 0) {
+        poll(waits.data(), waits.size(), leftUntil(std::min(second, end)));
+        if (waits[0].revents != 0 || Clock::now() >= end) {
             return;
         }
         if (waits[1].revents != 0) {
             const bool goesOn = connection.fill();
-            take(connection.takeBytes());
+            following.take(connection.takeBytes());
             if (!goesOn) {
                 throw dtvctl::NoService("the service has gone");
             }
+        }
+        if (Clock::now() >= second) {
+            following.second();
+            second += std::chrono::seconds(1);
         }
     }
 }

@@ -13,9 +13,13 @@
 
 namespace dtvmon {
 
-using Take = std::function<void(std::string_view bytes)>;
+/// What is called with bytes that have come, and each second.
+struct Following {
+    std::function<void(std::string_view bytes)> take;
+    std::function<void()> second;
+};
 
 /// Returns at a signal, at the end of the time, or when the output goes.
-void followService(const std::string& socket, std::optional<std::chrono::seconds> longest, const Take& take);
+void followService(const std::string& socket, std::optional<std::chrono::seconds> longest, const Following& following);
 
 }  // namespace dtvmon

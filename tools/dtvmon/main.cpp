@@ -109,8 +109,9 @@ int run(int argc, char** argv) {
     Passage passage(selection, *sink);
     try {
         if (paths.empty()) {
-            dtvmon::followService(control::defaultSocketPath(), longest,
-                                  [&passage](std::string_view bytes) { passage.take(bytes); });
+            dtvmon::followService(
+                control::defaultSocketPath(), longest,
+                {[&passage](std::string_view bytes) { passage.take(bytes); }, [&sink] { sink->second(); }});
         } else {
             dtvmon::readFiles(
                 paths, [&passage](const std::string& problem) { passage.tell(problem); },

@@ -18,6 +18,8 @@ public:
     virtual void add(const Seen& seen) = 0;
     /// No record is there now.
     virtual void pause() {}
+    /// A second has passed in which the service was followed.
+    virtual void second() {}
     /// No record comes any more.
     virtual void end() {}
 };

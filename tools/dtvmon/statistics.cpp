@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
+#include "bus/origin.h"
+
 namespace dtvmon {
 
 using Json = nlohmann::ordered_json;
@@ -28,43 +30,59 @@ std::vector<Statistics::Row> Statistics::rows() const {
     return sorted;
 }
 
-/// Records a second. In less than a second a rate says nothing, so the second is taken.
-double Statistics::rateOf(const Count& count) const {
+/// In less than a second a rate says nothing, so the second is taken.
+double Statistics::secondsOf(Span span) const {
     constexpr double kNanosecondsOfASecond = 1e9;
-    constexpr double kTenths = 10;
-    const double seconds = std::max(1.0, static_cast<double>(last - first) / kNanosecondsOfASecond);
-    return std::round(static_cast<double>(count.records) / seconds * kTenths) / kTenths;
+    return span == Span::lastSecond ? 1.0 : std::max(1.0, static_cast<double>(last - first) / kNanosecondsOfASecond);
 }
 
-std::string Statistics::text() const {
+/// Records a second.
+double Statistics::rateOf(const Count& count, Span span) const {
+    constexpr double kTenths = 10;
+    const std::uint64_t records = count.records - (span == Span::lastSecond ? count.recordsBefore : 0);
+    return std::round(static_cast<double>(records) / secondsOf(span) * kTenths) / kTenths;
+}
+
+std::string Statistics::text(Span span) const {
     constexpr std::size_t kLongest = 160;
     std::array<char, kLongest> line{};
     std::snprintf(line.data(), line.size(), "%-40s %10s %12s %10s\n", "name", "records", "bytes", "a second");
     std::string all = line.data();
     for (const auto& [name, count] : rows()) {
         std::snprintf(line.data(), line.size(), "%-40s %10" PRIu64 " %12" PRIu64 " %10.1f\n", name.c_str(),
-                      count.records, count.bytes, rateOf(count));
+                      count.records, count.bytes, rateOf(count, span));
         all += line.data();
     }
     return all;
 }
 
-std::vector<Json> Statistics::objects() const {
-    std::vector<Json> all;
+Json Statistics::object(Span span) const {
+    constexpr double kThousandths = 1000;
+    constexpr double kNanosecondsOfASecond = 1e9;
+    Json all = {{"time", static_cast<double>(bus::timeNow()) / kNanosecondsOfASecond},
+                {"seconds", std::round(secondsOf(span) * kThousandths) / kThousandths},
+                {"statistics", Json::array()}};
     for (const auto& [name, count] : rows()) {
-        all.push_back({{"name", name}, {"records", count.records}, {"bytes", count.bytes}, {"rate", rateOf(count)}});
+        all["statistics"].push_back(
+            {{"name", name}, {"records", count.records}, {"byte_count", count.bytes}, {"rate", rateOf(count, span)}});
     }
     return all;
 }
 
+void Statistics::print(Span span) const {
+    std::printf("%s\n", asJson ? object(span).dump().c_str() : text(span).c_str());
+    std::fflush(stdout);
+}
+
+void Statistics::second() {
+    print(Span::lastSecond);
+    for (auto& named : counts) {
+        named.second.recordsBefore = named.second.records;
+    }
+}
+
 void Statistics::end() {
-    if (!asJson) {
-        std::fputs(text().c_str(), stdout);
-        return;
-    }
-    for (const Json& object : objects()) {
-        std::printf("%s\n", object.dump().c_str());
-    }
+    print(Span::all);
 }
 
 }  // namespace dtvmon

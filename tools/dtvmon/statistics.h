@@ -15,23 +15,31 @@ class Statistics : public Sink {
 public:
     explicit Statistics(bool newAsJson) : asJson(newAsJson) {}
     void add(const Seen& seen) override;
-    /// Prints the counts.
+    /// Prints the counts so far with the rates of the last second.
+    void second() override;
+    /// Prints the counts with the rates of all the time.
     void end() override;
 
+    /// What the rates are of.
+    enum class Span { lastSecond, all };
+
     /// A line for each name, the most frequent first, with a head.
-    std::string text() const;
-    /// An object for each name in the same order.
-    std::vector<nlohmann::ordered_json> objects() const;
+    std::string text(Span span) const;
+    /// The same as an object.
+    nlohmann::ordered_json object(Span span) const;
 
 private:
     struct Count {
         std::uint64_t records = 0;
         std::uint64_t bytes = 0;
+        std::uint64_t recordsBefore = 0;  // the last second
     };
     using Row = std::pair<std::string, Count>;
 
     std::vector<Row> rows() const;
-    double rateOf(const Count& count) const;
+    double secondsOf(Span span) const;
+    double rateOf(const Count& count, Span span) const;
+    void print(Span span) const;
 
     bool asJson;
     std::map<std::string, Count> counts;
