@@ -19,6 +19,7 @@
 #include "bus/pcapng.h"
 #include "descriptors.h"
 #include "log_sink.h"
+#include "own_process.h"
 #include "settings.h"
 
 namespace host {
@@ -55,8 +56,9 @@ int openedFile(const std::string& path, std::string& problem) {
 
 BusFile* openForProcess() {
     const std::string& setting = settings().busFile;
-    return setting.empty() ? nullptr
-                           : BusFile::open(BusFile::pathFor(setting, static_cast<std::uint32_t>(getpid()))).release();
+    return setting.empty()
+               ? nullptr
+               : BusFile::open(BusFile::pathFor(setting, static_cast<std::uint32_t>(ownProcess()))).release();
 }
 
 }  // namespace
@@ -91,7 +93,7 @@ std::unique_ptr<BusFile> BusFile::open(const std::string& path) {
 }
 
 BusFile::BusFile(int newDescriptor)
-    : descriptor(newDescriptor), process(static_cast<std::uint32_t>(getpid())), program(bus::programOf(process)) {}
+    : descriptor(newDescriptor), process(static_cast<std::uint32_t>(ownProcess())), program(bus::programOf(process)) {}
 
 /// The thread takes none of the process's signals. A file that reaches a limit of its size would end the process by
 /// one.
@@ -153,7 +155,7 @@ void BusFile::received(const velmora::msgqueue::IPCMessage& message) {
 
 /// A forked child has no thread that writes, and its parent's thread may have held the lock.
 void BusFile::add(bus::Record record) {
-    if (isBroken || static_cast<std::uint32_t>(getpid()) != process) {
+    if (isBroken || static_cast<std::uint32_t>(ownProcess()) != process) {
         return;
     }
     record.side = bus::Side::browser;
@@ -170,7 +172,7 @@ void BusFile::add(bus::Record record) {
 }
 
 void BusFile::flush() {
-    if (static_cast<std::uint32_t>(getpid()) == process) {
+    if (static_cast<std::uint32_t>(ownProcess()) == process) {
         locks::Lock lock(mutex);
         changed.wait_for(lock.forWaiting(), kPatience,
                          [this]() REQUIRES(mutex) { return waiting.isEmpty() && !isWriting; });
