@@ -32,7 +32,7 @@ const valijson::Schema& schema() {
 
 /// The definition for the object's kind, which explains an error better than all alternatives together.
 std::string definitionOf(const json& object) {
-    for (const char* const kind : {"event", "operation", "note"}) {
+    for (const char* const kind : {"event", "operation", "record", "note"}) {
         if (object.contains(kind)) {
             return object[kind].get<std::string>();
         }

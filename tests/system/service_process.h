@@ -30,14 +30,15 @@ inline std::string jsonLines(const std::string& output) {
     std::istringstream all(output.substr(0, output.rfind('\n') + 1));
     std::string lines;
     for (std::string line; std::getline(all, line);) {
-        const bool isError = line.rfind("dtvctl: ", 0) == 0 || line.rfind("dvbshell: ", 0) == 0;
+        const bool isError =
+            line.rfind("dtvctl: ", 0) == 0 || line.rfind("dvbshell: ", 0) == 0 || line.rfind("dtvmon: ", 0) == 0;
         lines += isError ? "" : line + "\n";
     }
     return lines;
 }
 
-/// A program whose output goes to files in the run directory. What dvbshell and dtvctl write with --json must be what
-/// the schema says.
+/// A program whose output goes to files in the run directory. What dvbshell, dtvctl and dtvmon write with --json must
+/// be what the schema says.
 class ChildProcess {
 public:
     /// `prepare` runs in the new process before the program.
@@ -45,8 +46,7 @@ public:
                  Runner runner = Runner::emulator, const std::function<void()>& prepare = {})
         : outputPath(OwnRunDirectory::instance().path() + "/" + name + ".out"),
           logPath(OwnRunDirectory::instance().path() + "/" + name + ".log"),
-          writesJson((program.find("dvbshell") != std::string::npos || program.find("dtvctl") != std::string::npos) &&
-                     std::find(arguments.begin(), arguments.end(), "--json") != arguments.end()) {
+          writesJson(isOurs(program) && std::find(arguments.begin(), arguments.end(), "--json") != arguments.end()) {
         // Remove the output of an earlier process with this name.
         unlink(outputPath.c_str());
         unlink(logPath.c_str());
@@ -89,6 +89,11 @@ public:
     }
 
 private:
+    static bool isOurs(const std::string& program) {
+        const std::string name = program.substr(program.rfind('/') + 1);
+        return name == "dvbshell" || name == "dtvctl" || name == "dtvmon";
+    }
+
     std::string outputPath;
     std::string logPath;
     bool writesJson;

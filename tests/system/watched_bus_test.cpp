@@ -1,6 +1,8 @@
 // Every message of the catalogue, seen by the program dtvmon.
 #include "watched_bus.h"
 
+#include <fstream>
+
 #include "bus/pcapng.h"
 
 TEST_F(AWatchedBus, IsShownWithTheValuesOfEveryMessage) {
@@ -109,4 +111,67 @@ TEST_F(AWatchedBus, TakesNoMoreMonitorsThanItMay) {
     ChildProcess refused(DTVMON, {}, "refused");
     EXPECT_EQ(refused.wait(), 1);
     EXPECT_EQ(refused.output(), "dtvmon: as many monitors watch as may\n");
+}
+
+namespace {
+
+/// A record with what one of its kind has.
+bus::Record recordOf(bus::Kind kind, bus::Side side, std::uint32_t message, const std::string& bytes) {
+    bus::Record record;
+    record.time = 1767225600123456789;
+    record.kind = kind;
+    record.side = side;
+    record.browser = side == bus::Side::service ? 2 : 0;
+    record.process = bytes.empty() ? 0 : 4711;
+    record.program = bytes.empty() ? "" : "dvbshell";
+    record.text = kind == bus::Kind::message ? "" : "text";
+    switch (kind) {
+        case bus::Kind::message:
+            record.message = message;
+            record.bytes = bytes;
+            break;
+        case bus::Kind::refused:
+            record.message = message;
+            record.result = message == 0 ? 0 : -107;
+            break;
+        case bus::Kind::sectionQueued:
+        case bus::Kind::sectionDropped:
+            record.bytes = bytes;
+            break;
+        case bus::Kind::lost:
+            record.text = "";
+            record.count = 3;
+            break;
+        default:
+            break;
+    }
+    return record;
+}
+
+}  // namespace
+
+TEST(TheMonitorsJson, FollowsTheSchemaForEveryKindOfRecord) {
+    const std::string path = OwnRunDirectory::instance().path() + "/kinds.pcapng";
+    std::ofstream file(path, std::ios::binary);
+    file << bus::pcapngStart();
+    const std::string section("\0\xB0\x0D\x04\x01\xC1\0\0\0\x01\xE1\0\0\0\0\0", 16);
+    constexpr std::uint32_t kPtsRequest = 0x28671249;
+    std::ptrdiff_t written = 0;
+    for (const bus::Side side : {bus::Side::service, bus::Side::browser}) {
+        for (unsigned int kind = 0; kind <= static_cast<unsigned int>(bus::kLastKind); ++kind) {
+            for (const std::uint32_t message : {0U, kPtsRequest, 77U}) {
+                for (const std::string& bytes : {std::string(), std::string("\0\0\0\x07", 4), section}) {
+                    file << bus::pcapngBlock(recordOf(static_cast<bus::Kind>(kind), side, message, bytes));
+                    ++written;
+                }
+            }
+        }
+    }
+    file.close();
+    for (const auto& [also, lines] : {std::pair("--bytes", written), std::pair("--statistics", std::ptrdiff_t{1})}) {
+        ChildProcess reader(DTVMON, {"--json", also, "--read", path}, "reader");
+        EXPECT_EQ(reader.wait(), 0) << "compares with the schema";
+        const std::string output = reader.output();
+        EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), lines);
+    }
 }

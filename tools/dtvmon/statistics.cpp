@@ -70,12 +70,13 @@ Json Statistics::object(Span span) const {
 }
 
 void Statistics::print(Span span) const {
-    std::printf("%s\n", asJson ? object(span).dump().c_str() : text(span).c_str());
+    std::fputs((asJson ? object(span).dump() + "\n" : text(span)).c_str(), stdout);
     std::fflush(stdout);
 }
 
 void Statistics::second() {
     print(Span::lastSecond);
+    std::fputs(asJson ? "" : "\n", stdout);
     for (auto& named : counts) {
         named.second.recordsBefore = named.second.records;
     }

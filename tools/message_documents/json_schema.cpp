@@ -3,6 +3,7 @@
 
 #include "documents.h"
 #include "message_fields.h"
+#include "message_layout.h"
 
 namespace message_documents {
 
@@ -128,7 +129,32 @@ void addReferenced(const Json& node, Json& values) {
     }
 }
 
-/// The values of events and results.
+/// A message as dtvmon shows it. What cannot be read of it is left out, and there is a problem.
+Json busMessageOf(const Message& message) {
+    Json values = {{"type", "object"}, {"properties", Json::object()}, {"required", Json::array()}};
+    for (const Place& place : layoutOf(message)) {
+        values["properties"][place.field->name] = reference(place.field->name);
+        values["required"].push_back(place.field->name);
+    }
+    Json all = Json::object();
+    all["properties"]["values"]["required"] = values["required"];
+    values.erase("required");
+    values["additionalProperties"] = false;
+    Json object = {{"type", "object"}, {"properties", Json::object()}};
+    for (const char* const key :
+         {"time", "side", "browser", "process", "program", "direction", "table", "problem", "bytes"}) {
+        object["properties"][key] = reference(key);
+    }
+    object["properties"]["record"] = {{"type", "string"}, {"const", "message"}};
+    object["properties"]["operation"] = {{"type", "string"}, {"const", message.name}};
+    object["properties"]["values"] = std::move(values);
+    object["required"] = {"time", "record", "side", "direction", "operation", "values"};
+    object["anyOf"] = {std::move(all), {{"required", {"problem"}}}};
+    object["additionalProperties"] = false;
+    return object;
+}
+
+/// The values of events, results and messages.
 void addValues(Json& values) {
     values["result"] = typeOf(*findField("result")->form);
     for (const Operation& operation : operations()) {
@@ -137,6 +163,21 @@ void addValues(Json& values) {
             if (!values.contains(field->name)) {
                 values[field->name] = typeOf(*field->form);
             }
+        }
+    }
+    for (const Field& field : fields()) {
+        if (!values.contains(field.name)) {
+            values[field.name] = typeOf(*field.form);
+        }
+    }
+}
+
+void addMessages(Json& schema) {
+    for (const Message& message : messages()) {
+        if (message.kind != Message::Kind::record) {
+            const std::string name = std::string("bus_") + message.name;
+            schema["definitions"][name] = busMessageOf(message);
+            schema["oneOf"].push_back({{"$ref", "#/definitions/" + name}});
         }
     }
 }
@@ -170,6 +211,7 @@ bool writeSchema(const std::string& frame, std::ostream& output, std::string& er
         addValues(values);
         addReferenced(Json::parse(frame), values);
         addOperations(schema);
+        addMessages(schema);
         output << schema.dump(1, '\t') << "\n";
     } catch (const Json::exception& failure) {
         error = failure.what();
