@@ -18,8 +18,8 @@ from dataclasses import dataclass
 import listing
 import service_memory
 
-PROGRAMS = ["measure_messages", "measure_zapping", "measure_starting", "measure_sections", "measure_parsing",
-            "measure_carousels", "measure_log_lines"]
+PROGRAMS = ["measure_messages", "measure_monitoring", "measure_zapping", "measure_starting", "measure_sections",
+            "measure_parsing", "measure_carousels", "measure_log_lines"]
 PROCESSES = {"listing": listing.measure, "the service's memory": service_memory.measure}
 
 
@@ -85,6 +85,10 @@ ROWS = [
     Row("assembly of sections, by libdvbpsi", "assembly/ours", "assembly/libdvbpsi", 1),
     *lists(),
     *zapping(),
+    Row("command and event with a monitor, one CPU, by none", "monitor/monitors:1/real_time",
+        "monitor/monitors:0/real_time", 0.91),
+    Row("the same, the median of the trips", "monitor/monitors:1/real_time", "monitor/monitors:0/real_time", 0.91,
+        "p50_us"),
     Row("carousel with compressed modules, by zlib alone", "carousel/read/compressed", "carousel/zlib/compressed", 0.8),
     Row("log line to a file, by snprintf and write", "log/wanted", "log/by_hand", 0.91),
 ]
@@ -163,6 +167,10 @@ def other_lines(figures):
     unwanted, none = (figures.get((f"log/{line}", "real_time")) for line in ("unwanted", "no_line"))
     if unwanted and none:
         yield limit_line("log line that nobody wants, beyond none", [a - b for a, b in zip(unwanted, none)], 1, "ns")
+    unwatched, none = (figures.get((f"tap/{tap}/real_time", "real_time")) for tap in ("unwatched", "none"))
+    if unwatched and none:
+        yield limit_line("message at a tap that nobody watches, beyond none", [a - b for a, b in zip(unwatched, none)],
+                         1, "ns")
     start, raw = (figures.get((f"start/{who}/iterations:5/manual_time", "real_time")) for who in ("ours", "raw"))
     if start and raw:
         yield limit_line("start: dlopen to the first command sent, beyond a raw connection",

@@ -12,8 +12,8 @@
 #include "cpus.h"
 #include "latencies.h"
 #include "measure_trips.h"
-#include "peer.h"
 #include "raw_questions.h"
+#include "reference_service.h"
 
 namespace {
 
@@ -21,24 +21,6 @@ using bench::Latencies;
 
 /// Services of tsmake's sample with all tables.
 constexpr std::array<std::uint16_t, 2> kServices = {28106, 28107};
-
-/// The sample, as a file.
-std::string broadcastPath() {
-    std::string path = bench::runDirectory() + "/sample.ts";
-    if (bench::Peer("tsmake", {path}).wait() != 0) {
-        std::exit(1);
-    }
-    return path;
-}
-
-/// The reference service, which takes commands as fast as they come.
-class Service {
-public:
-    Service() : process((setenv("DTV_CLIENT_RATE", "0", 1), "dtvserviced"), {"--input", broadcastPath()}) {}
-
-private:
-    const bench::Peer process;
-};
 
 /// Tunes to the services in turn, to the next when all has been told of the one before.
 class Zapper final : public velmora::dtv::helpers::EmptyListener {
@@ -115,7 +97,7 @@ public:
     Latencies times;
 
 private:
-    const Service service;
+    const bench::ReferenceService service;
     const std::shared_ptr<Zapper> zapper;
 };
 

@@ -64,7 +64,7 @@ may[fuzz]="$contract $idiom platform/common platform/host $records $fields $adap
 may[fuzz]+=" $(echo dtvservice/*) tools/dtvctl tools/dvbshell tools/tsmake"
 
 # The measurements: what a browser includes, a service stub, and what they measure alone.
-may[bench]="$headers $contract $idiom $records dtvservice/broadcast si tools/tsmake"
+may[bench]="$headers $contract $idiom $records bus dtvservice/broadcast dtvservice/core si tools/tsmake"
 
 headers_by_name=$(mktemp)
 trap 'rm -f "$headers_by_name"' EXIT

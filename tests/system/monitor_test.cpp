@@ -117,6 +117,23 @@ TEST_F(AMonitoredBrowser, IsCountedEachSecond) {
     EXPECT_EQ(monitor.end(SIGINT), 0);
 }
 
+TEST_F(AMonitoredBrowser, IsServedWhileAMonitorIsStopped) {
+    const ServiceProcess process;
+    ASSERT_TRUE(answersWhatWasAsked());
+    const ChildProcess monitor(DTVMON, {"--json", "--only", "lost", "--only", "connected"}, "dtvmon");
+    ASSERT_TRUE(shows(monitor, {{"record", "connected"}}));
+    ASSERT_EQ(kill(monitor.pid(), SIGSTOP), 0);
+    const std::string text(100000, 'x');
+    constexpr int kMoreThanWaits = 300;  // 30 MB
+    for (int count = 0; count < kMoreThanWaits; ++count) {
+        ASSERT_TRUE(sends(&Commands::cmdVodGetMaxdomeSecureSerialNumber, text));
+    }
+    EXPECT_TRUE(answersWhatWasAsked()) << "the service's loop goes on";
+    EXPECT_THAT(operate({"status"}), testing::HasSubstr("browser")) << "and its operator is answered";
+    ASSERT_EQ(kill(monitor.pid(), SIGCONT), 0);
+    EXPECT_TRUE(shows(monitor, {{"record", "lost"}})) << "the monitor is told";
+}
+
 TEST_F(AMonitoredBrowser, IsNotShownWithoutAService) {
     ChildProcess monitor(DTVMON, {}, "dtvmon");
     EXPECT_EQ(monitor.wait(), 3);
