@@ -3,6 +3,7 @@
 #include <type_traits>
 
 #include "app-browserdvbservice-proxy-main.h"
+#include "bus/pcapng.h"
 #include "envelope.h"
 #include "message_transfer.h"
 #include "running_service.h"
@@ -160,6 +161,35 @@ void writePackets(SeedFiles& files, const Messages& messages) {
     files.add("host_framing", all);
 }
 
+/// Recordings: a record of each message, all in one, and one of each kind.
+void writeRecordings(SeedFiles& files, const Messages& messages) {
+    const auto seedOf = [](const std::string& records) {
+        const std::string all = bus::pcapngStart() + records;
+        constexpr std::size_t kFirstPart = 100;
+        return Seed().u16(kFirstPart).raw(all);
+    };
+    std::string all;
+    for (const Sent& each : fewOf(messages)) {
+        bus::Record record;
+        record.message = each.header.messageId;
+        record.browser = 1;
+        record.program = "program";
+        record.bytes.assign(each.image.begin(), each.image.end());
+        const std::string block = bus::pcapngBlock(record);
+        files.add("bus_records", seedOf(block));
+        all += block;
+    }
+    for (unsigned int kind = 0; kind <= static_cast<unsigned int>(bus::kLastKind); ++kind) {
+        bus::Record record;
+        record.kind = static_cast<bus::Kind>(kind);
+        record.side = bus::Side::browser;
+        record.text = "text";
+        record.count = 1;
+        all += bus::pcapngBlock(record);
+    }
+    files.add("bus_records", seedOf(all));
+}
+
 /// The steps of presented_service: two browsers join, the sample plays, one of them sends all that it can.
 void writeSteps(SeedFiles& files, const Messages& messages) {
     enum Step : unsigned int { kSample, kOwnBroadcast, kCommand, kJoin, kLeave, kOperator };
@@ -180,10 +210,14 @@ void writeSteps(SeedFiles& files, const Messages& messages) {
 
 void writeMessageSeeds(SeedFiles& files) {
     const Messages fromBrowser = commands();
-    writeRecords(files, "event_decoding", events());
+    const Messages fromService = events();
+    writeRecords(files, "event_decoding", fromService);
     writeRecords(files, "command_decoding", fromBrowser);
     writePackets(files, fromBrowser);
     writeSteps(files, fromBrowser);
+    Messages both = fromBrowser;
+    both.insert(both.end(), fromService.begin(), fromService.end());
+    writeRecordings(files, both);
 }
 
 }  // namespace fuzz

@@ -61,7 +61,7 @@ done
 
 # The fuzzers reach into everything that reads what others send.
 may[fuzz]="$contract $idiom platform/common platform/host $records $fields $adapter $headers $library bus si text"
-may[fuzz]+=" $(echo dtvservice/*) tools/dtvctl tools/dvbshell tools/tsmake"
+may[fuzz]+=" $(echo dtvservice/*) tools/dtvctl tools/dtvmon tools/dvbshell tools/tsmake"
 
 # The measurements: what a browser includes, a service stub, and what they measure alone.
 may[bench]="$headers $contract $idiom $records bus dtvservice/broadcast dtvservice/core si tools/tsmake"
