@@ -137,6 +137,7 @@ Json busMessageOf(const Message& message) {
         values["required"].push_back(place.field->name);
     }
     Json all = Json::object();
+    all["properties"]["values"]["type"] = "object";
     all["properties"]["values"]["required"] = values["required"];
     values.erase("required");
     values["additionalProperties"] = false;

@@ -208,6 +208,11 @@ TEST(TheSchema, GivesAKeyOneTypeAndUnit) {
     std::map<std::string, json> types;
     forEachProperty(whole, [&](const std::string& key, json type) {
         type.erase("const");
+        type.erase("enum");
+        if (key == "values") {
+            EXPECT_EQ(type["type"], "object") << "which members it has depends on the message";
+            return;
+        }
         const json& known = types.emplace(key, type).first->second;
         EXPECT_EQ(known, type) << key;
         if (type.contains("$ref")) {
