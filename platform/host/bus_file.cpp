@@ -188,22 +188,20 @@ void BusFile::run() {
             changed.wait(lock.forWaiting(), [this]() REQUIRES(mutex) { return !waiting.isEmpty(); });
         }
         std::this_thread::sleep_for(kPace);
-        std::string bytes;
-        {
-            const locks::Lock lock(mutex);
-            bytes = waiting.take();
-            isWriting = true;
-        }
-        if (!isBroken) {
-            write(bytes);
-        }
+        write(takeWaiting());
     }
 }
 
+std::string BusFile::takeWaiting() {
+    const locks::Lock lock(mutex);
+    isWriting = true;
+    return waiting.take();
+}
+
 /// When the bytes do not fit the file, it ends behind those of before.
-void BusFile::write(std::string_view bytes) {
+void BusFile::write(const std::string& bytes) {
     std::size_t written = 0;
-    while (written < bytes.size()) {
+    while (!isBroken && written < bytes.size()) {
         const ssize_t count = ::write(descriptor, bytes.data() + written, bytes.size() - written);
         if (count >= 0) {
             written += static_cast<std::size_t>(count);
@@ -211,7 +209,6 @@ void BusFile::write(std::string_view bytes) {
             complain(std::string("nothing more is written: ") + std::strerror(errno));
             isBroken = true;
             [[maybe_unused]] const int cut = ftruncate(descriptor, static_cast<off_t>(size));
-            return;
         }
     }
     size += bytes.size();

@@ -52,7 +52,8 @@ private:
     bool startThread();
     void add(bus::Record record) EXCLUDES(mutex);
     void run() EXCLUDES(mutex);
-    void write(std::string_view bytes);
+    std::string takeWaiting() EXCLUDES(mutex);
+    void write(const std::string& bytes);
 
     const int descriptor;
     const std::uint32_t process;
