@@ -95,6 +95,12 @@ void Demux::watch(std::uint16_t pid, Watcher watcher) {
 }
 
 void Demux::feed(TsPacket packet, Clock::time_point now) {
+    if (disturbance) {
+        packet.bytes = disturbance(packet);
+        if (packet.bytes == nullptr) {
+            return;
+        }
+    }
     const std::uint16_t pid = packet.pid();
     ++packets_;
     meters[pid].count(packet, now);
@@ -113,6 +119,17 @@ void Demux::feed(TsPacket packet, Clock::time_point now) {
     entry->feeding = false;
     if (entry->ended != 0) {
         sweep(pid);
+    }
+}
+
+void Demux::inject(std::uint16_t pid, si::Bytes section) {
+    if (Pid* const entry = pids[pid % kPidCount].get()) {
+        entry->feeding = true;
+        entry->deliver(section);
+        entry->feeding = false;
+        if (entry->ended != 0) {
+            sweep(pid % kPidCount);
+        }
     }
 }
 

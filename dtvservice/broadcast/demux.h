@@ -40,7 +40,14 @@ public:
     /// Every packet of any PID goes to the tap unchanged. There is one; null removes it. Do not call this from the tap.
     void tap(Watcher newTap) { tap_ = std::move(newTap); }
 
+    /// Every packet passes this first, before it is counted: it returns the packet to use, or null to drop it. Null
+    /// removes it. Do not call this while packets are fed.
+    using Disturbance = std::function<const std::uint8_t*(TsPacket packet)>;
+    void disturb(Disturbance newDisturbance) { disturbance = std::move(newDisturbance); }
+
     void feed(TsPacket packet, Clock::time_point now = Clock::now());
+    /// A section that no packet carries goes to the PID's subscribers. Do not call this from a handler.
+    void inject(std::uint16_t pid, si::Bytes section);
     /// The next packets do not continue the previous ones, for example when a file starts again.
     void discontinuity();
     /// Packets fed, of any PID.
@@ -65,6 +72,7 @@ private:
     Clock::time_point measuredAt = Clock::now();
     std::map<std::uint16_t, Watcher> watchers;  // by PID
     Watcher tap_;
+    Disturbance disturbance;
     Subscription lastSubscription = 0;
     std::uint64_t packets_ = 0;
 };

@@ -101,9 +101,20 @@ json CaRoom::setSlot(unsigned short slot, bool inserted) {
     return {{"changed", changed}};
 }
 
+/// The session in the request, or else that of the oldest message.
+std::uint64_t CaRoom::repliedSession(const json& request) const {
+    if (request.contains("ca_session")) {
+        return getNumber<std::uint64_t>(request, "ca_session");
+    }
+    if (messages.all().empty()) {
+        throw std::invalid_argument("no message waits for an answer");
+    }
+    return messages.all().front().session;
+}
+
 /// Answers the oldest message of a session.
 json CaRoom::reply(const json& request) {
-    const auto session = getNumber<std::uint64_t>(request, "ca_session");
+    const std::uint64_t session = repliedSession(request);
     const auto code = getNumber<std::uint8_t>(request, "code");
     const std::string text = request.contains("message") ? get<std::string>(request, "message") : std::string();
     const std::optional<DrmMessage> message = messages.take(session);

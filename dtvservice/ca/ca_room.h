@@ -23,6 +23,7 @@ private:
                            const std::string& type, const std::string& message);
     nlohmann::json insert(const nlohmann::json& request);
     nlohmann::json remove(const nlohmann::json& request);
+    std::uint64_t repliedSession(const nlohmann::json& request) const;
     nlohmann::json reply(const nlohmann::json& request);
     nlohmann::json describe(const nlohmann::json& request);
     nlohmann::json setSlot(unsigned short slot, bool inserted);

@@ -36,6 +36,15 @@ public:
         events = &newEvents;
         watched.emplace(newEvents, tap);
     }
+    /// From now on all events are dropped, until the next connect().
+    void disconnect() {
+        watched.reset();
+        events = nullptr;
+    }
+    /// What sends an event, and shows it to those who watch the bus; null while nothing is connected.
+    Events* sender() { return watched && tap.isWatched() ? &*watched : events; }
+    /// From now on events go to this interface, which may pass them to sender(); null ends it.
+    void divert(Events* newDiversion) { diversion = newDiversion; }
 
     void add(Browser browser) { connected.insert(browser); }
     void remove(Browser browser) {
@@ -56,11 +65,14 @@ public:
     void tell(const Audience& to,
               int (Events::*event)(frame::MsgIds& ids, const frame::TransportInfo& transport, Values... values),
               typename Given<Values>::Type... values) {
-        Events* const sender = watched && tap.isWatched() ? &*watched : events;
+        Events* const taker = diversion != nullptr ? diversion : sender();
+        if (taker == nullptr) {
+            return;
+        }
         for (const Browser browser : to) {
             frame::MsgIds ids;
             ids.peer = browser;
-            (sender->*event)(ids, frame::TransportInfo(), values...);
+            (taker->*event)(ids, frame::TransportInfo(), values...);
         }
     }
 
@@ -70,6 +82,7 @@ private:
     BusTap& tap;
     Events* events = nullptr;
     std::optional<WatchedEvents> watched;  // sends the events while somebody watches
+    Events* diversion = nullptr;
     Audience connected;
     LineLimits lines;
 };

@@ -35,6 +35,9 @@ public:
         : tap(newTap), waiting(newLoop), connected(std::move(newConnected)), gone(std::move(newGone)) {}
 
     CommandHandlers on;
+    /// Called on the loop's thread before each command is handled; false if it must not be. Set it before the first
+    /// command. Null lets all pass.
+    std::function<bool(Browser asker, std::uint32_t identifier)> gate;
 
 #define COMMAND(identifier, operation, Message, fields)                                                 \
     int operation(frame::MsgIds& ids, const frame::TransportInfo& FIELDS_PARAMETERS(fields)) override { \
@@ -79,6 +82,9 @@ private:
         const bool isKept = waiting.add(
             asker,
             [=, &handler] {
+                if (gate && !gate(asker, identifier)) {
+                    return;
+                }
                 if (handler) {
                     handler(asker, values...);
                 } else {

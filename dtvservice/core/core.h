@@ -29,6 +29,8 @@ public:
     Multiplexes multiplexes;
     Commands commands;
     OperatorRequests requests;
+    /// Whether a section for a filter is lost on its way to the browser's queue. Null loses none.
+    std::function<bool(Browser browser, const std::string& filter)> losesSection;
 
     /// Add all rooms first, then the multiplexes. Commands and packets need at least one multiplex.
     void add(std::unique_ptr<Room> room) { rooms.push_back(std::move(room)); }

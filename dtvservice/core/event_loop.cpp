@@ -54,4 +54,11 @@ bool EventLoop::runUntil(Clock::time_point time, std::size_t mostLate) {
     return false;
 }
 
+void EventLoop::freezeUntil(Clock::time_point time) {
+    locks::Lock lock(mutex);
+    while (!stopped && Clock::now() < time) {
+        changed.wait_until(lock.forWaiting(), time);
+    }
+}
+
 }  // namespace dtvservice

@@ -1,7 +1,7 @@
 // EventLoop: runs all of the service's work on one thread. Packets are played on this thread, and other threads post
 // their work to it, so the service's state needs no lock.
 // Threads: post(), postAt() and stop() from any thread; runUntil() on the loop's thread.
-// Blocks:  runUntil() until the given time; it runs posted tasks meanwhile.
+// Blocks:  runUntil() until the given time; it runs posted tasks meanwhile. freezeUntil() likewise, and runs none.
 // Locks:   mutex guards the tasks and the stop flag; it is not held while a task runs.
 #pragma once
 
@@ -32,6 +32,8 @@ public:
     /// once the loop is stopped.
     bool runUntil(Clock::time_point time, std::size_t mostLate = std::numeric_limits<std::size_t>::max())
         EXCLUDES(mutex);
+    /// Runs nothing until the given time, or until the loop is stopped. Call this from a task.
+    void freezeUntil(Clock::time_point time) EXCLUDES(mutex);
 
 private:
     std::mutex mutex;

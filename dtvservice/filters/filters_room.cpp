@@ -17,7 +17,7 @@ constexpr short kRefused = -1;
 
 }  // namespace
 
-FiltersRoom::FiltersRoom(Core& newCore) : core(newCore), filters(newCore.tap) {
+FiltersRoom::FiltersRoom(Core& newCore) : core(newCore), filters(newCore.tap, &newCore.losesSection) {
     core.commands.on.cmdUpdateIPCChannelNames = calls(*this, &FiltersRoom::cmdUpdateIPCChannelNames);
     core.commands.on.cmdFilterOpen = calls(*this, &FiltersRoom::cmdFilterOpen);
     core.commands.on.cmdFilterClose = calls(*this, &FiltersRoom::cmdFilterClose);

@@ -172,7 +172,8 @@ void SectionFilters::sendTo(Peer peer, const std::string& session, si::Bytes sec
         return;
     }
     const BorrowedSection borrowed(session, section);
-    const bool isQueued = browser->second.queue->TrySend(borrowed.message);
+    const bool isLost = loss != nullptr && *loss && (*loss)(peer, session);
+    const bool isQueued = !isLost && browser->second.queue->TrySend(borrowed.message);
     tap.section(peer, session, {reinterpret_cast<const char*>(section.data), section.size}, isQueued);
     if (!isQueued) {
         noteDropped(peer, browser->second);

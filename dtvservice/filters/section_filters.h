@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -33,8 +34,11 @@ public:
     /// Identifies a filter or PMT request: browser and session.
     using Name = std::pair<Peer, std::string>;
 
-    /// The tap must outlive this object.
-    explicit SectionFilters(BusTap& newTap) : tap(newTap) {}
+    /// Whether a section for a filter is lost on its way to the queue.
+    using Loss = std::function<bool(Peer browser, const std::string& session)>;
+
+    /// The tap must outlive this object, and so must the loss; one that is not set loses nothing.
+    explicit SectionFilters(BusTap& newTap, const Loss* newLoss = nullptr) : tap(newTap), loss(newLoss) {}
     SectionFilters(const SectionFilters&) = delete;
     SectionFilters& operator=(const SectionFilters&) = delete;
     ~SectionFilters();
@@ -83,6 +87,7 @@ private:
     void noteDropped(Peer peer, Browser& browser);
 
     BusTap& tap;
+    const Loss* loss;
     broadcast::Demux* demux = nullptr;
     std::map<Peer, Browser> browsers;
 };

@@ -47,15 +47,19 @@ Program described() {
          "serve the presented service as a transport stream, channels and programmes by HTTP, at a numeric address, by "
          "default 127.0.0.1; port 0 is any port, which the line \"stream:\" shows"},
         {"serial-number", "TEXT", "the serial number for video on demand that browsers get; default: empty"},
+        {"scenario", "FILE",
+         "do what an operator or a fault would, as FILE says, from the first presented service on; see dtvctl run",
+         anyFile()},
         {"list", "FILE",
          "print one line per service, separated by tabs: onid:tsid:sid, pmt or nopmt, hbbtv or no-hbbtv, name; onid is "
          "65535 if the file does not give it",
          anyFile()},
     };
-    program.exitStatuses = {
-        {"0", "stopped, or all files are played, or the list is printed"},
-        {"1", "no input can be opened, the file has no service, or another service runs in the run directory"},
-        {"2", "wrong command line"}};
+    program.exitStatuses = {{"0", "stopped, or all files are played, or the list is printed"},
+                            {"1",
+                             "no input can be opened, the file has no service, the scenario is wrong, or another "
+                             "service runs in the run directory"},
+                            {"2", "wrong command line"}};
     program.environment = {
         {"DTV_RUN_DIR",
          "folder of the sockets, an absolute path; the same for service, browsers and operator; default: "

@@ -65,6 +65,12 @@ frame::AbstractApplication** createServiceStub() {
     return members;
 }
 
+/// Scenarios stop the service for its browsers, and start it again.
+dtvservice::Transport ownTransport() {
+    return {[] { frame::Process::getInstance().stopAppMembers(); },
+            [] { return frame::Process::getInstance().startAppMembersSync(createServiceStub) >= 0; }};
+}
+
 /// SIGINT and SIGTERM stop the loop. All threads block them, and a thread of their own waits for them. SIGUSR1 ends
 /// this thread.
 class SignalWaiter {
@@ -186,7 +192,9 @@ int serve(const Options& options) {
     if (options.application) {
         core.application.emplace(*options.application);
     }
-    dtvservice::addRooms(core, options.settings);
+    dtvservice::Settings settings = options.settings;
+    settings.transport = ownTransport();
+    dtvservice::addRooms(core, settings);
     dtvservice::StreamRoom* const stream = addStreamRoom(options, core);
     std::vector<dtvservice::Playback> playbacks;
     std::vector<std::pair<dtvservice::InputName, dtvservice::Multiplex*>> live;

@@ -1,6 +1,9 @@
 // Reads the options.
 #include "options.h"
 
+#include <cstdio>
+#include <cstdlib>
+
 #include "application_option.h"
 #include "bit_rate.h"
 #include "command_line.h"
@@ -8,6 +11,8 @@
 #include "control_socket.h"
 #include "dvb_source.h"
 #include "http_server.h"
+#include "scenario_file.h"
+#include "text/printable.h"
 
 namespace dtvservice {
 
@@ -56,6 +61,21 @@ HttpAddress httpAddressOrEnd(const std::string& text) {
     return *address;
 }
 
+/// A wrong file is no wrong command line.
+Scenario scenarioOrEnd(const std::string& path) {
+    std::string text;
+    std::string error;
+    std::optional<Scenario> scenario;
+    if (control::readScenarioFile(path, text, error)) {
+        scenario = parseScenario(text, error);
+    }
+    if (!scenario) {
+        std::fprintf(stderr, "dtvserviced: %s: %s\n", text::printable(path).c_str(), text::printable(error).c_str());
+        std::exit(1);
+    }
+    return *scenario;
+}
+
 }  // namespace
 
 Options parseOptions(int argc, char** argv) {
@@ -77,6 +97,9 @@ Options parseOptions(int argc, char** argv) {
     if (const std::optional<std::string> http = arguments.value("http")) {
         options.http = httpAddressOrEnd(*http);
         options.settings.collecting = Collecting::fromTheStart;
+    }
+    if (const std::optional<std::string> scenario = arguments.value("scenario")) {
+        options.settings.scenario = scenarioOrEnd(*scenario);
     }
     if (options.inputs.empty() == options.list.empty()) {
         endWithUsage("one of --input and --list is needed");

@@ -10,6 +10,7 @@
 #include "osd_room.h"
 #include "presentation_room.h"
 #include "programmes_room.h"
+#include "scenarios_room.h"
 #include "stream_events_room.h"
 #include "time_room.h"
 
@@ -29,6 +30,7 @@ void addRooms(Core& core, const Settings& settings) {
     core.add(std::make_unique<OsdRoom>(core));
     core.add(std::make_unique<CaRoom>(core));
     core.add(std::make_unique<DeviceRoom>(core, settings.serialNumber));
+    core.add(std::make_unique<ScenariosRoom>(core, settings.transport, settings.scenario));
 }
 
 }  // namespace dtvservice

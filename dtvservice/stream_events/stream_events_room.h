@@ -24,11 +24,13 @@ private:
     void cmdRemoveStreamEventListener(Browser asker, unsigned int request, unsigned short onid, unsigned short tsid,
                                       unsigned short sid, short componentTag, const std::string& objectPath,
                                       const std::string& eventName);
+    nlohmann::json signal(const nlohmann::json& request);
     void follow(const broadcast::Channel& channel);
     void tellSignalled(Browser browser, const StreamEventListeners::Target& target, const si::StreamEvent& event);
 
     Core& core;
     StreamEventListeners listeners;
+    std::uint8_t signalled = 0;  // events of the operator's, modulo the versions of a section
 };
 
 }  // namespace dtvservice

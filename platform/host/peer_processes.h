@@ -22,10 +22,17 @@ public:
     void forget(std::uint32_t peer);
     /// 0 for an unknown one.
     std::uint32_t find(std::uint32_t peer);
+    /// Ends the connection of the peer. False for an unknown one.
+    bool cutOff(std::uint32_t peer);
 
 private:
+    struct Peer {
+        std::uint32_t process = 0;
+        int socket = -1;  // open until the peer is forgotten
+    };
+
     std::mutex mutex;
-    std::map<std::uint32_t, std::uint32_t> byPeer GUARDED_BY(mutex);
+    std::map<std::uint32_t, Peer> byPeer GUARDED_BY(mutex);
 };
 
 }  // namespace host

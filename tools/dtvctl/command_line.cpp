@@ -53,7 +53,25 @@ std::vector<VerbGroup> verbs() {
            "the reply.",
            "dtvctl ca reply 1 0 \"<answer/>\""},
           {"engine", {{"ENGINE_STATUS"}}, "tells browsers the HbbTV engine's status", "", "dtvctl engine 1"},
-          {"stop-terminals", {}, "tells browsers that all terminals have stopped", "", "dtvctl stop-terminals"}}}};
+          {"stop-terminals", {}, "tells browsers that all terminals have stopped", "", "dtvctl stop-terminals"},
+          {"stream-event",
+           {{"EVENT_ID"}, {"[DATA]"}},
+           "signals a stream event as if the broadcast had it",
+           "Listeners and section filters get it from the presented service's first stream of stream events. DATA is "
+           "its "
+           "private data.",
+           "dtvctl stream-event 7 1:0"},
+          {"run",
+           {{"FILE", anyFile()}},
+           "does what an operator or a fault would, as the scenario in FILE says",
+           "Prints each step when it has been carried out, until the scenario has ended. Ctrl-C ends it. The exit code "
+           "is 1 if a step failed.",
+           "dtvctl run scenario.json"},
+          {"stop-scenario",
+           {},
+           "ends the scenario that runs, and undoes its faults and those that one has left",
+           "",
+           "dtvctl stop-scenario"}}}};
 }
 
 Program described() {
@@ -66,13 +84,15 @@ Program described() {
     program.verbs = verbs();
     program.options = {
         {"json", "",
-         "print the answer, or the refusal, as a JSON object on one line; watch: an object for each change"},
+         "print the answer, or the refusal, as a JSON object on one line; watch, run: an object for each change or "
+         "step"},
         {"xmltv", "", "print the programmes as an XMLTV document", {}, {"epg"}},
         {"seconds", "N", "let the service read the schedule for so long, 0 to 600; default: 10", {}, {"epg"}}};
-    program.exitStatuses = {{"0", "the service has done it"},
-                            {"1", "the service refused, or the output cannot be written; the error says why"},
-                            {"2", "wrong command line"},
-                            {"3", "there is no service, it has gone, or it does not answer"}};
+    program.exitStatuses = {
+        {"0", "the service has done it"},
+        {"1", "the service refused, a step of a scenario failed, or the output cannot be written; the error says why"},
+        {"2", "wrong command line"},
+        {"3", "there is no service, it has gone, or it does not answer"}};
     program.environment = {{"DTV_RUN_DIR", "folder of the sockets; the same for service, browsers and operator"}};
     program.seeAlso = {"dtvserviced", "dvbshell"};
     return program;

@@ -13,6 +13,7 @@
 #include "command_line/standard_descriptors.h"
 #include "epg.h"
 #include "print_answers.h"
+#include "run_scenario.h"
 #include "safe_json.h"
 #include "service_client.h"
 #include "si/triplet.h"
@@ -74,6 +75,14 @@ json caReplyRequest(const Words& operands) {
     return request;
 }
 
+json streamEventRequest(const Words& operands) {
+    json request = {{"command", "stream-event"}, {"event_id", number("EVENT_ID", operands[0])}};
+    if (operands.size() == 2) {
+        request["data"] = operands[1];
+    }
+    return request;
+}
+
 /// The request of a command: its name, unless it is one of these.
 json requestOf(const command_line::Verb& verb, const Words& operands) {
     static const std::map<std::string, std::function<json(const Words&)>> kRequests = {
@@ -88,6 +97,11 @@ json requestOf(const command_line::Verb& verb, const Words& operands) {
              return json{{"command", "ca-remove"}, {"slot", number("SLOT", words[0])}};
          }},
         {"ca reply", caReplyRequest},
+        {"stop-scenario",
+         [](const Words&) {
+             return json{{"command", "scenario-stop"}};
+         }},
+        {"stream-event", streamEventRequest},
         {"engine", [](const Words& words) {
              return json{{"command", "engine"}, {"engine_status", number("ENGINE_STATUS", words[0])}};
          }}};
@@ -142,12 +156,29 @@ void runEpg(dtvctl::ServiceClient& client, const command_line::Arguments& argume
     }
 }
 
+/// Runs the scenario in a file; the exit code.
+int runFile(const std::string& path, bool asJson) {
+    const std::string text = dtvctl::scenarioText(path);
+    dtvctl::ServiceClient client(control::defaultSocketPath(), dtvctl::kPatienceForScenarios);
+    try {
+        return dtvctl::runScenario(client, path, text, asJson) ? 0 : 1;
+    } catch (const dtvctl::Refused& error) {
+        if (asJson) {
+            dtvctl::printJson({{"ok", false}, {"error", error.what()}});
+        }
+        throw;
+    }
+}
+
 int run(int argc, char** argv) {
     const command_line::Arguments arguments = command_line::parseOrEnd(dtvctl::commandLine(), argc, argv);
     if (arguments.verb == nullptr) {
         endWithUsage("a command is needed");
     }
     const bool asJson = arguments.has("json");
+    if (arguments.verb->name == "run") {
+        return runFile(arguments.operands[0], asJson);
+    }
     // A wrong argument is told also when no service runs.
     const json request = requestOf(*arguments.verb, arguments.operands);
     const Guide guide = guideOf(arguments);

@@ -132,6 +132,9 @@ std::string statusText(const json& answer) {
     for (const json& message : answer.at("drm_messages")) {
         text += "  " + messageText(message) + "\n";
     }
+    if (answer.contains("scenario")) {
+        text += row("scenario", shown(answer["scenario"]));
+    }
     for (const json& input : answer.at("inputs")) {
         text += inputText(input) + "\n";
     }

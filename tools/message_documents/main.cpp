@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "documents.h"
+#include "scenario_keys.h"
 
 namespace {
 
@@ -35,12 +36,16 @@ int main(int argc, char** argv) {
         message_documents::writeMarkdown(std::cout);
         return std::cout.flush() ? 0 : 1;
     }
+    if (argc == 2 && std::strcmp(argv[1], "scenarios") == 0) {
+        std::cout << dtvservice::scenarioSchema();
+        return std::cout.flush() ? 0 : 1;
+    }
     if (argc == 3 && std::strcmp(argv[1], "schema") == 0) {
         return writeWith(argv[2], message_documents::writeSchema);
     }
     if (argc == 3 && std::strcmp(argv[1], "dissector") == 0) {
         return writeWith(argv[2], writeDissector);
     }
-    std::cerr << "usage: message_documents messages | schema FRAME | dissector FRAME\n";
+    std::cerr << "usage: message_documents messages | scenarios | schema FRAME | dissector FRAME\n";
     return kUsageError;
 }

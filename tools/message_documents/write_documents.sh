@@ -6,4 +6,5 @@ here=$(dirname "${BASH_SOURCE[0]}")
 folder=$1
 shift
 "$@" messages >"$folder/messages.md"
+"$@" scenarios >"$folder/scenario.schema.json"
 "$@" schema "$here/schema_frame.json" >"$folder/json.schema.json"
