@@ -24,7 +24,7 @@ public:
         std::mt19937 random;
     };
 
-    void add(Fault fault) { faults.push_back(std::move(fault)); }
+    void add(const Fault& fault) { faults.push_back(fault); }
     void remove(std::uint64_t id) {
         faults.remove_if([id](const Fault& fault) { return fault.id == id; });
     }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <set>
 
 #include "nearest_names.h"
@@ -83,7 +84,9 @@ std::vector<std::string> namesFor(Key::Kind kind) {
         }
         return names;
     }
-    for (const CatalogueName& name : kind == Key::Kind::command ? commandNames() : eventNames()) {
+    const std::vector<CatalogueName>& catalogue = kind == Key::Kind::command ? commandNames() : eventNames();
+    names.reserve(catalogue.size());
+    for (const CatalogueName& name : catalogue) {
         names.emplace_back(name.name);
     }
     return names;
@@ -263,34 +266,43 @@ void readSteps(const json& object, Scenario& scenario, Errors& errors) {
     }
 }
 
-/// Notices keys that an object has twice: a parser would keep one of them only.
-class TwiceFinder {
+/// Notices what a parser passes over: keys that an object has twice, of which it keeps one. What nests deeper than any
+/// scenario is left out, because whatever copies a value goes down all of its levels.
+class Watcher {
 public:
     bool operator()(int depth, json::parse_event_t event, json& parsed) {
-        const auto level = static_cast<std::size_t>(std::max(depth, 0));
+        constexpr int kDeepest = 8;
+        isTooDeep = isTooDeep || depth > kDeepest;
+        if (isTooDeep) {
+            return false;
+        }
+        const auto level = static_cast<std::size_t>(depth);
         if (event == json::parse_event_t::object_start) {
-            seen.resize(std::max(seen.size(), level + 2));
             seen[level + 1].clear();
-        } else if (event == json::parse_event_t::key && level < seen.size() &&
-                   !seen[level].insert(parsed.get<std::string>()).second) {
+        } else if (event == json::parse_event_t::key && !seen[level].insert(parsed.get<std::string>()).second) {
             twice = twice.empty() ? parsed.get<std::string>() : twice;
         }
         return true;
     }
+    bool isTooDeep = false;
     std::string twice;
 
 private:
-    std::vector<std::set<std::string>> seen;  // the keys so far, by depth
+    std::map<std::size_t, std::set<std::string>> seen;  // the keys so far, by depth
 };
 
 /// Nothing, with the line and column, if the text is no JSON.
 std::optional<json> parsed(const std::string& text, Errors& errors) {
     try {
-        TwiceFinder finder;
+        Watcher watcher;
         json value = json::parse(
-            text, [&finder](int depth, json::parse_event_t event, json& part) { return finder(depth, event, part); });
-        if (!finder.twice.empty()) {
-            errors.add("", "an object has the key " + shown(finder.twice) + " twice");
+            text, [&watcher](int depth, json::parse_event_t event, json& part) { return watcher(depth, event, part); });
+        if (watcher.isTooDeep) {
+            errors.add("", "it is nested deeper than any scenario");
+            return std::nullopt;
+        }
+        if (!watcher.twice.empty()) {
+            errors.add("", "an object has the key " + shown(watcher.twice) + " twice");
         }
         return value;
     } catch (const json::exception& failure) {

@@ -26,9 +26,9 @@ PacketFaults::Fault lossOf(double percent, unsigned int seed = 1) {
     return {1, PacketFaults::Kind::withheld, std::nullopt, percent, std::mt19937(seed)};
 }
 /// Which of a thousand packets arrive.
-std::vector<bool> arriving(PacketFaults::Fault fault) {
+std::vector<bool> arriving(const PacketFaults::Fault& fault) {
     PacketFaults faults;
-    faults.add(std::move(fault));
+    faults.add(fault);
     std::vector<bool> arrived;
     for (int count = 0; count < 1000; ++count) {
         arrived.push_back(passed(faults, packetOf(17)) != nullptr);

@@ -157,5 +157,5 @@ TEST(AScenario, IsBounded) {
     EXPECT_EQ(errorOf(std::string(262145, ' ')), "it has more than 262144 bytes");
     EXPECT_THAT(errorOf(std::string(200000, '[')), HasSubstr("line 1, column"));
     EXPECT_EQ(errorOfStep(R"({"at":0,"tune":)" + std::string(50000, '[') + std::string(50000, ']') + "}"),
-              "steps[0].tune: a list is not an object");
+              "it is nested deeper than any scenario");
 }
