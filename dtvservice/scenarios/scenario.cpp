@@ -131,6 +131,7 @@ std::string wrongValue(const Key& key, const json& value) {
 
 std::vector<std::string> namesOf(const std::vector<Key>& keys) {
     std::vector<std::string> names;
+    names.reserve(keys.size());
     for (const Key& key : keys) {
         names.emplace_back(key.name);
     }
