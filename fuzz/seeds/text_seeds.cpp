@@ -44,6 +44,17 @@ void writeDescriptions(SeedFiles& files, const std::string& everything) {
     }
 }
 
+void writeScenarios(SeedFiles& files) {
+    for (
+        const std::string scenario :
+        {R"({"steps":[{"at":1,"tune":{"onid":1,"tsid":1025,"sid":28107}},{"at":2,"signal-lost":{"seconds":1}}]})",
+         R"({"name":"n","seconds":9,"repeat":3,"stay":true,"steps":[{"upon":"cmdTuneToService","every":true,"undo":{}}]})",
+         R"({"steps":[{"upon":"cmdTuneToService","nth":2,"browser":1,"after":0.5,"answer-late":{"by":1,"times":2}}]})",
+         R"({"steps":[{"at":70000,"ca-reply":{"code":256}},{"upon":"cmdTune","packets-lost":{"percent":-1}}]})"}) {
+        files.add("scenarios", Seed().raw(scenario));
+    }
+}
+
 void writeChannels(SeedFiles& files) {
     for (const std::string info : {"1:1025:28106", "", "::", "1:2", "-1:2:3", "1:2:x", "1:2:3:4"}) {
         files.add("channel_info_text", Seed().raw(info));
@@ -70,6 +81,7 @@ void writeTextSeeds(SeedFiles& files, const std::string& everything) {
     writeOperator(files);
     writeDescriptions(files, everything);
     writeChannels(files);
+    writeScenarios(files);
     writeQueues(files);
 }
 
