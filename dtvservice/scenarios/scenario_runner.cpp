@@ -129,7 +129,11 @@ void ScenarioRunner::endRound() {
         startRound();
         return;
     }
-    if (!scenario_.stay) {
+    if (scenario_.stay) {
+        for (const FaultId id : std::set<FaultId>(lasting)) {
+            actions.undo(id);
+        }
+    } else {
         actions.undoAll();
     }
     end();

@@ -169,9 +169,10 @@ std::string ServiceFaults::stopService(const Asked& asked) {
     if (!transport.stop) {
         return "this service has no transport to stop";
     }
-    if (stops.empty()) {
+    if (!isStopped) {
         core.browsers.disconnect();
         transport.stop();
+        isStopped = true;
     }
     stops.insert(asked.id);
     return "";
@@ -179,7 +180,11 @@ std::string ServiceFaults::stopService(const Asked& asked) {
 
 /// Tries again every second: the reason may pass.
 void ServiceFaults::startTransport() {
-    if (stops.empty() && !transport.start()) {
+    if (!isStopped || !stops.empty()) {
+        return;
+    }
+    isStopped = !transport.start();
+    if (isStopped) {
         core.loop.postAt(EventLoop::Clock::now() + std::chrono::seconds(1), [this] { startTransport(); });
     }
 }

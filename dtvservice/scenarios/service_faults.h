@@ -68,6 +68,7 @@ private:
     std::map<FaultId, std::set<Multiplex*>> signals;  // lost
     std::map<FaultId, std::string> lasting;           // faults by name
     std::set<FaultId> stops;                          // of the transport
+    bool isStopped = false;                           // the transport
 };
 
 }  // namespace dtvservice

@@ -173,6 +173,13 @@ TEST_F(ARunningScenario, LeavesFaultsBehindWhereItSaysSo) {
     EXPECT_EQ(ends, 1);
 }
 
+TEST_F(ARunningScenario, LeavesNoFaultBehindThatHasAnEnd) {
+    starts(
+        R"({"stay":true,"seconds":2,"steps":[{"at":0,"signal-lost":{}},{"at":1,"pid-withheld":{"pid":0,"seconds":9}}]})");
+    pass(2);
+    EXPECT_THAT(actions.take(), ElementsAre("signal-lost by 0", "pid-withheld by 0", "undo pid-withheld"));
+}
+
 TEST_F(ARunningScenario, UndoesFaultsBetweenItsRounds) {
     starts(R"({"repeat":3,"stay":true,"seconds":2,"steps":[{"at":1,"signal-lost":{}}]})");
     pass(3.5);
