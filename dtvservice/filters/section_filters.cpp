@@ -5,28 +5,6 @@
 
 namespace dtvservice {
 
-using velmora::msgqueue::IPCMessageQueue;
-using velmora::msgqueue::SectionDataIPCMessage;
-
-namespace {
-
-/// A message that borrows the section's bytes. The message would free them, so the destructor resets the pointer first.
-class BorrowedSection {
-public:
-    BorrowedSection(const std::string& session, si::Bytes section) {
-        message.sessionName = session;
-        message.dataLength = static_cast<std::uint32_t>(section.size);
-        message.data = const_cast<std::uint8_t*>(section.data);
-    }
-    BorrowedSection(const BorrowedSection&) = delete;
-    BorrowedSection& operator=(const BorrowedSection&) = delete;
-    ~BorrowedSection() { message.data = nullptr; }
-
-    SectionDataIPCMessage message;
-};
-
-}  // namespace
-
 bool passesFilter(si::Bytes section, const std::vector<std::uint8_t>& match, const std::vector<std::uint8_t>& mask) {
     constexpr std::size_t kLengthBytes = 2;
     for (std::size_t index = 0; index < match.size(); ++index) {
@@ -61,17 +39,7 @@ std::vector<SectionFilters::Name> SectionFilters::follow(broadcast::Demux& newDe
 }
 
 bool SectionFilters::setQueue(Peer peer, const std::string& name) {
-    Browser& browser = browsers[peer];
-    browser.closedItsQueue = name.empty();
-    browser.queue.reset(name.empty() ? nullptr : IPCMessageQueue::open(peer, name));
-    return name.empty() || browser.queue != nullptr;
-}
-
-bool SectionFilters::hasQueue(Peer peer, Browser& browser) {
-    if (browser.queue == nullptr && !browser.closedItsQueue) {
-        browser.queue.reset(IPCMessageQueue::open(peer, std::string()));
-    }
-    return browser.queue != nullptr;
+    return browsers[peer].queue.open(peer, name);
 }
 
 /// The conditions that filters and PMT requests have in common.
@@ -81,7 +49,7 @@ bool SectionFilters::mayOpen(Peer peer, Browser& browser, const std::string& ses
                 std::to_string(kLongestSession);
     } else if (browser.filters.size() >= kMostFilters && browser.filters.count(session) == 0) {
         error = "the browser has " + std::to_string(kMostFilters) + " filters and PMT requests, the most possible";
-    } else if (!hasQueue(peer, browser)) {
+    } else if (!browser.queue.isOpen(peer)) {
         error = "the browser has no section queue";
     } else {
         return true;
@@ -168,13 +136,13 @@ void SectionFilters::pmtChanged(unsigned int serviceId, si::Bytes section) {
 
 void SectionFilters::sendTo(Peer peer, const std::string& session, si::Bytes section) {
     const auto browser = browsers.find(peer);
-    if (browser == browsers.end() || browser->second.queue == nullptr) {
+    if (browser == browsers.end() || !browser->second.queue) {
         return;
     }
-    const BorrowedSection borrowed(session, section);
+    const std::string_view bytes(reinterpret_cast<const char*>(section.data), section.size);
     const bool isLost = loss != nullptr && *loss && (*loss)(peer, session);
-    const bool isQueued = !isLost && browser->second.queue->TrySend(borrowed.message);
-    tap.section(peer, session, {reinterpret_cast<const char*>(section.data), section.size}, isQueued);
+    const bool isQueued = !isLost && browser->second.queue.trySend(session, bytes);
+    tap.section(peer, session, bytes, isQueued);
     if (!isQueued) {
         noteDropped(peer, browser->second);
     }

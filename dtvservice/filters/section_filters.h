@@ -7,14 +7,13 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "bus_tap.h"
 #include "demux.h"
 #include "repeated_messages.h"
-#include "velmora/msgqueue/ipc_message_queue.h"
+#include "section_queue.h"
 
 namespace dtvservice {
 
@@ -46,9 +45,7 @@ public:
     /// Changes to another demultiplexer, which must outlive the filters. Closes all filters and PMT requests of the old
     /// one and returns them.
     std::vector<Name> follow(broadcast::Demux& newDemux);
-    /// Opens the browser's queue; false if the browser has none of this name. An empty name closes the queue. A browser
-    /// tells the name only once, to the service that ran then. A service that was started later takes the queue that
-    /// the platform knows.
+    /// Opens the browser's queue; false if the browser has none of this name. An empty name closes the queue.
     bool setQueue(Peer browser, const std::string& name);
     /// False with the reason, for example for an invalid PID or a session that is already open.
     bool open(Peer browser, const std::string& session, unsigned int pid, const std::vector<std::uint8_t>& match,
@@ -75,14 +72,12 @@ private:
         unsigned int serviceId = 0;                       // of a PMT request
     };
     struct Browser {
-        std::unique_ptr<velmora::msgqueue::IPCMessageQueue> queue;
-        bool closedItsQueue = false;
+        SectionQueue queue;
         std::map<std::string, Filter> filters;
         std::uint64_t dropped = 0;
         RepeatedMessages messages;
     };
 
-    static bool hasQueue(Peer peer, Browser& browser);
     static bool mayOpen(Peer peer, Browser& browser, const std::string& session, std::string& error);
     void noteDropped(Peer peer, Browser& browser);
 

@@ -20,11 +20,26 @@ std::vector<Row> inputs() {
     };
 }
 
+std::vector<Option> replayOptions() {
+    return {
+        {"replay", "FILE",
+         "play a recording of \"dtvmon --write\" in place of inputs: each browser that connects gets the events and "
+         "sections of the next recorded browser, at the recorded pace; its commands move the recording on",
+         anyFile()},
+        {"replay-browser", "N", "give every browser what the recorded browser of this number got"},
+        {"replay-fast", "", "replay without the recorded pauses"},
+        {"replay-wait", "SECONDS",
+         "how late a command of the recording may come until the replay goes on without it; default: 5, or 1 with "
+         "--replay-fast"},
+    };
+}
+
 Program described() {
     Program program;
     program.name = "dtvserviced";
     program.summary = "reference DTV service: play transport streams and answer browsers";
     program.usage = {{"--input INPUT... [OPTION]...", "play and answer browsers"},
+                     {"--replay FILE [OPTION]...", "play a recording of the bus"},
                      {"--list FILE", "print the services of FILE and end"}};
     program.description =
         "Plays transport streams from files and live inputs. Browsers connect to it as to a television's DVB "
@@ -55,10 +70,13 @@ Program described() {
          "65535 if the file does not give it",
          anyFile()},
     };
+    for (Option& option : replayOptions()) {
+        program.options.push_back(std::move(option));
+    }
     program.exitStatuses = {{"0", "stopped, or all files are played, or the list is printed"},
                             {"1",
-                             "no input can be opened, the file has no service, the scenario is wrong, or another "
-                             "service runs in the run directory"},
+                             "no input can be opened, the file has no service or no recording, the scenario is wrong, "
+                             "or another service runs in the run directory"},
                             {"2", "wrong command line"}};
     program.environment = {
         {"DTV_RUN_DIR",
@@ -75,8 +93,9 @@ Program described() {
          "receive a cable channel"},
         {"dtvserviced --input one.ts --application http://localhost:8000/index.html",
          "start an application of your own on every service"},
+        {"dtvserviced --replay bus.pcapng", "debug at a desk what dtvmon --write has recorded at a set"},
         {"dtvserviced --list one.ts", "see what a file contains"}};
-    program.seeAlso = {"dtvctl", "dvbshell", "tsmake"};
+    program.seeAlso = {"dtvctl", "dtvmon", "dvbshell", "tsmake"};
     return program;
 }
 

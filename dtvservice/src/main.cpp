@@ -1,5 +1,4 @@
 // dtvserviced: the reference DTV service. Plays transport streams from files and live inputs, and answers browsers.
-#include <signal.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -7,16 +6,16 @@
 #include <list>
 #include <new>
 #include <string_view>
-#include <thread>
 
 #include "command_line/output.h"
 #include "command_line/standard_descriptors.h"
-#include "frame/process.h"
 #include "http_server.h"
 #include "input_watch.h"
 #include "live_input.h"
 #include "operator_server.h"
 #include "options.h"
+#include "replaying.h"
+#include "running.h"
 #include "scan.h"
 #include "stream_room.h"
 #include "text/printable.h"
@@ -52,52 +51,11 @@ int list(const std::string& path) {
     return 0;
 }
 
-dtvservice::Core* theCore = nullptr;
-
-/// Called by the process model to make the process's members. There is one: the stub, which passes commands to the
-/// core.
-frame::AbstractApplication** createServiceStub() {
-    auto** const members =
-        static_cast<frame::AbstractApplication**>(std::calloc(2, sizeof(frame::AbstractApplication*)));
-    auto* const stub = new lo::browserdvbservice::ServiceStub(theCore->commands);
-    theCore->browsers.connect(*stub);
-    members[0] = stub;
-    return members;
-}
-
 /// Scenarios stop the service for its browsers, and start it again.
-dtvservice::Transport ownTransport() {
-    return {[] { frame::Process::getInstance().stopAppMembers(); },
-            [] { return frame::Process::getInstance().startAppMembersSync(createServiceStub) >= 0; }};
+dtvservice::Transport ownTransport(dtvservice::Core& core) {
+    return {&dtvservice::stopTakingBrowsers,
+            [&core] { return dtvservice::takeBrowsers(core.commands, core.browsers); }};
 }
-
-/// SIGINT and SIGTERM stop the loop. All threads block them, and a thread of their own waits for them. SIGUSR1 ends
-/// this thread.
-class SignalWaiter {
-public:
-    explicit SignalWaiter(dtvservice::EventLoop& loop) {
-        sigemptyset(&signals);
-        for (const int signal : {SIGINT, SIGTERM, SIGUSR1}) {
-            sigaddset(&signals, signal);
-        }
-        pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-        thread = std::thread([this, &loop] {
-            int signal = 0;
-            sigwait(&signals, &signal);
-            loop.stop();
-        });
-    }
-    SignalWaiter(const SignalWaiter&) = delete;
-    SignalWaiter& operator=(const SignalWaiter&) = delete;
-    ~SignalWaiter() {
-        pthread_kill(thread.native_handle(), SIGUSR1);
-        thread.join();
-    }
-
-private:
-    sigset_t signals{};
-    std::thread thread;
-};
 
 /// An input that is a file, opened; null for a live input or for a file that cannot be opened, with the reason.
 struct OpenedFile {
@@ -130,21 +88,13 @@ std::vector<OpenedFile> openFiles(const std::vector<dtvservice::InputName>& inpu
 
 using command_line::say;
 
-/// How to reach this service. Programs of the same user find it without a setting unless it has one itself.
-void sayHowToConnect() {
-    const std::string folder = control::runDirectory();
-    say("run directory: " + folder);
-    const bool isSet = std::getenv("DTV_RUN_DIR") != nullptr;
-    say("connect with: " + (isSet ? "DTV_RUN_DIR=" + folder + " " : std::string()) + "dvbshell watch");
-}
-
 void sayInputs(const std::vector<dtvservice::InputName>& inputs) {
     std::string line = "ready: playing";
     for (std::size_t index = 0; index < inputs.size(); ++index) {
         say("input " + std::to_string(index + 1) + ": " + inputs[index].text);
         line += " " + inputs[index].text;
     }
-    sayHowToConnect();
+    dtvservice::sayHowToConnect();
     say(line);
 }
 
@@ -187,13 +137,13 @@ dtvservice::StreamRoom* addStreamRoom(const Options& options, dtvservice::Core& 
 int serve(const Options& options) {
     std::vector<OpenedFile> files = openFiles(options.inputs);
     dtvservice::EventLoop loop;
-    const SignalWaiter signals(loop);
+    const dtvservice::SignalWaiter signals(loop);
     dtvservice::Core core(loop);
     if (options.application) {
         core.application.emplace(*options.application);
     }
     dtvservice::Settings settings = options.settings;
-    settings.transport = ownTransport();
+    settings.transport = ownTransport(core);
     dtvservice::addRooms(core, settings);
     dtvservice::StreamRoom* const stream = addStreamRoom(options, core);
     std::vector<dtvservice::Playback> playbacks;
@@ -212,11 +162,7 @@ int serve(const Options& options) {
             live.emplace_back(input, &multiplex);
         }
     }
-    theCore = &core;
-    frame::Process process = frame::Process::getInstance();
-    const int started = process.startAppMembersSync(createServiceStub);
-    if (started < 0) {
-        std::fprintf(stderr, "dtvserviced: cannot take browsers (%d); the log says why\n", started);
+    if (!dtvservice::takeBrowsers(core.commands, core.browsers)) {
         return 1;
     }
     const Ask ask = [&core](const std::string& request) { return core.requests.begin(request); };
@@ -233,7 +179,7 @@ int serve(const Options& options) {
     dtvservice::InputWatch watch(loop, core.multiplexes, say);
     watch.start();
     dtvservice::play(playbacks, loop, live.empty() ? dtvservice::Others::none : dtvservice::Others::live);
-    process.stopAppMembers();
+    dtvservice::stopTakingBrowsers();
     return 0;
 }
 
@@ -256,7 +202,9 @@ int main(int argc, char** argv) {
     command_line::checkOutputAtExit("dtvserviced");
     const Options options = dtvservice::parseOptions(argc, argv);
     try {
-        return options.list.empty() ? serve(options) : list(options.list);
+        return !options.replay.file.empty() ? dtvservice::replay(options.replay)
+               : options.list.empty()       ? serve(options)
+                                            : list(options.list);
     } catch (const std::system_error& error) {
         std::fprintf(stderr, "dtvserviced: the system gives no thread: %s\n", error.what());
         return 1;

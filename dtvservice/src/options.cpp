@@ -76,6 +76,41 @@ Scenario scenarioOrEnd(const std::string& path) {
     return *scenario;
 }
 
+/// What says how inputs are played, and what they are.
+constexpr const char* kOfInputs[] = {"input", "list",        "scenario", "bitrate",
+                                     "once",  "application", "http",     "serial-number"};
+
+ReplayOptions replayOptionsOrEnd(const command_line::Arguments& arguments) {
+    ReplayOptions options;
+    options.file = arguments.value("replay").value_or("");
+    if (arguments.has("replay") && options.file.empty()) {
+        endWithUsage("--replay: the file has no name");
+    }
+    for (const char* const option : kOfInputs) {
+        if (arguments.has("replay") && arguments.has(option)) {
+            endWithUsage("--replay and --" + std::string(option) + " exclude each other");
+        }
+    }
+    for (const char* const option : {"replay-browser", "replay-fast", "replay-wait"}) {
+        if (!arguments.has("replay") && arguments.has(option)) {
+            endWithUsage("--" + std::string(option) + " needs --replay");
+        }
+    }
+    if (const std::optional<std::string> browser = arguments.value("replay-browser")) {
+        constexpr std::uint64_t kMost = 0xFFFFFFFF;
+        options.browser = static_cast<std::uint32_t>(
+            command_line::numberOrEnd(commandLine(), "--replay-browser", *browser, 0, kMost));
+    }
+    options.pace.isFast = arguments.has("replay-fast");
+    options.pace.wait = options.pace.isFast ? Pace::kFastWait : Pace::kWait;
+    if (const std::optional<std::string> wait = arguments.value("replay-wait")) {
+        constexpr std::uint64_t kDay = 86400;
+        options.pace.wait =
+            std::chrono::seconds(command_line::numberOrEnd(commandLine(), "--replay-wait", *wait, 0, kDay));
+    }
+    return options;
+}
+
 }  // namespace
 
 Options parseOptions(int argc, char** argv) {
@@ -98,11 +133,12 @@ Options parseOptions(int argc, char** argv) {
         options.http = httpAddressOrEnd(*http);
         options.settings.collecting = Collecting::fromTheStart;
     }
+    options.replay = replayOptionsOrEnd(arguments);
     if (const std::optional<std::string> scenario = arguments.value("scenario")) {
         options.settings.scenario = scenarioOrEnd(*scenario);
     }
-    if (options.inputs.empty() == options.list.empty()) {
-        endWithUsage("one of --input and --list is needed");
+    if (options.replay.file.empty() && options.inputs.empty() == options.list.empty()) {
+        endWithUsage("one of --input, --list and --replay is needed");
     }
     return options;
 }

@@ -4,10 +4,12 @@
 // Fails:   a wrong option ends the process with the usage error.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "cursor.h"
 #include "http_address.h"
 #include "input_name.h"
 #include "player.h"
@@ -16,6 +18,12 @@
 
 namespace dtvservice {
 
+struct ReplayOptions {
+    std::string file;  ///< empty for none
+    Pace pace;
+    std::optional<std::uint32_t> browser;
+};
+
 struct Options {
     std::vector<InputName> inputs;
     std::string list;
@@ -23,6 +31,7 @@ struct Options {
     Playing playing;
     std::optional<si::Ait::Application> application;
     std::optional<HttpAddress> http;
+    ReplayOptions replay;
 };
 
 Options parseOptions(int argc, char** argv);

@@ -37,6 +37,7 @@ declare -A may=(
     [dtvservice/inputs]="$contract $idiom dtvservice/broadcast dtvservice/core"
     [dtvservice/http]="$contract $idiom $records $fields si dtvservice/broadcast dtvservice/core locks"
     [dtvservice/scenarios]="$contract $idiom $optional $records $fields si dtvservice/broadcast dtvservice/control dtvservice/core"
+    [dtvservice/replay]="$contract $idiom $records $fields bus dtvservice/core"
     [dtvservice/programmes]="$contract $idiom $records $fields si text dtvservice/broadcast dtvservice/core"
     [examples]="$headers"
     [tools/message_documents]="$fields dtvservice/scenarios"

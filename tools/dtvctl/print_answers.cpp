@@ -113,7 +113,25 @@ std::string channelsText(const json& answer) {
     return text;
 }
 
+namespace {
+
+std::string replayText(const json& replay) {
+    std::string text = row("replay of", text::printable(replay.at("file").get<std::string>()));
+    for (const json& browser : replay.at("replayed_browsers")) {
+        text += "  browser " + shown(browser.at("browser")) + ": " + shown(browser.at("replayed_records")) + " of " +
+                shown(browser.at("records")) + " records of recorded browser " + shown(browser.at("recorded_browser")) +
+                "\n";
+    }
+    return text;
+}
+
+}  // namespace
+
 std::string statusText(const json& answer) {
+    if (answer.contains("replay")) {
+        return replayText(answer.at("replay")) + row("browsers", listText(answer.at("browsers"))) +
+               row("queue drops", shown(answer.at("queue_drops")));
+    }
     std::string text = row("presented", presentedText(answer));
     text += row("browsers", listText(answer.at("browsers")));
     text += row("filters", shown(answer.at("filters")));

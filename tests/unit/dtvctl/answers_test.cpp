@@ -51,6 +51,18 @@ TEST(TheChannelsText, NamesTheInputOrSaysThatThereIsNone) {
               "  1:1025:40             no input  nopmt  no-hbbtv  Elsewhere\n");
 }
 
+TEST(TheStatusText, SaysWhereAReplayIs) {
+    json answer = aStatus();
+    answer["browsers"] = {4};
+    const json browser = {{"browser", 4}, {"recorded_browser", 7}, {"replayed_records", 12}, {"records", 60}};
+    answer["replay"] = {{"file", "bus.pcapng"}, {"fast", false}, {"replayed_browsers", {browser}}};
+    EXPECT_EQ(dtvctl::statusText(answer),
+              "replay of    bus.pcapng\n"
+              "  browser 4: 12 of 60 records of recorded browser 7\n"
+              "browsers     4\n"
+              "queue drops  0\n");
+}
+
 TEST(TheStatusText, NamesWhatIsPresentedAndWhoIsConnected) {
     json answer = aStatus();
     answer["presented_service"] = aService();

@@ -1,0 +1,167 @@
+// Walks.
+#include "cursor.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace dtvservice {
+
+namespace {
+
+constexpr std::array<std::string_view, 3> kWaitedFor = {"cmdFilterOpen", "cmdFilterClose", "cmdSetAudioSource"};
+
+/// A pause of a recording that is longer is this long.
+constexpr std::chrono::hours kLongestPause{24};
+constexpr std::chrono::milliseconds kPauseOfAFullQueue{2};
+// A browser that gets a whole recording at once would be cut off as one that does not read.
+constexpr std::size_t kMostAtOnce = std::size_t{64} << 10U;
+constexpr std::size_t kBytesOfAStep = 64;
+constexpr std::chrono::milliseconds kBreak{5};
+
+std::size_t sizeOf(const Step& step) {
+    std::size_t size = kBytesOfAStep + step.bytes.size();
+    for (const message_fields::FieldValue& value : step.values) {
+        const auto* const text = std::get_if<std::string>(&value.value);
+        size += text == nullptr ? 0 : text->size();
+    }
+    return size;
+}
+
+}  // namespace
+
+bool isWaitedFor(const message_fields::Message& command) {
+    return std::find(kWaitedFor.begin(), kWaitedFor.end(), command.name) != kWaitedFor.end();
+}
+
+Cursor::Cursor(const RecordedBrowser& newBrowser, Pace newPace, Stage& newStage, Time now)
+    : browser(newBrowser), pace(newPace), stage(newStage), reached(now) {
+    for (std::size_t index = 0; index < all(); ++index) {
+        if (browser.steps[index].kind == Step::Kind::command) {
+            free.insert(free.end(), index);
+        }
+    }
+}
+
+/// The next command is the most likely one; then a browser that is slow is more likely than one that is far ahead.
+Cursor::Found Cursor::take(const message_fields::Message& command, const Values& values) {
+    const auto fits = [&](std::size_t index) {
+        const Step& step = browser.steps[index];
+        return step.message == &command && made.fit(command, step.values, values);
+    };
+    const auto next = free.lower_bound(position);
+    auto found = next;
+    if (next == free.end() || !fits(*next)) {
+        found = std::find_if(free.begin(), next, fits);
+        found = found != next ? found : std::find_if(next, free.end(), fits);
+    }
+    if (found == free.end()) {
+        return Found::none;
+    }
+    const std::size_t index = *found;
+    const Found result = found == next ? Found::next : index < position ? Found::late : Found::early;
+    made.bind(browser.steps[index].values, values);
+    free.erase(found);
+    awaited += index >= position && isWaitedFor(command) ? 1 : 0;
+    return result;
+}
+
+std::optional<Cursor::Time> Cursor::run(Time now) {
+    while (!isAtEnd()) {
+        const Step& step = current();
+        if (const std::optional<Time> later = runStep(step, now)) {
+            return later;
+        }
+        sinceBreak += sizeOf(step);
+        if (sinceBreak > kMostAtOnce) {
+            sinceBreak = 0;
+            return now + kBreak;
+        }
+    }
+    return std::nullopt;
+}
+
+/// A clock that was set back makes no pause.
+Cursor::Time Cursor::dueOf(const Step& step) const {
+    if (hurries() || position == 0) {
+        return reached;
+    }
+    const std::uint64_t before = browser.steps[position - 1].time;
+    const std::uint64_t most = std::chrono::nanoseconds(kLongestPause).count();
+    const std::uint64_t distance = step.time > before ? std::min(step.time - before, most) : 0;
+    return reached + std::chrono::nanoseconds(distance);
+}
+
+/// When to go on with the step; nothing if it is done.
+std::optional<Cursor::Time> Cursor::runStep(const Step& step, Time now) {
+    if (step.kind == Step::Kind::command) {
+        return runCommand(step, now);
+    }
+    const Time due = dueOf(step);
+    if (now < due) {
+        return due;
+    }
+    switch (step.kind) {
+        case Step::Kind::event:
+            sendEvent(step);
+            break;
+        case Step::Kind::section:
+            if (const std::optional<Time> later = runSection(step, now)) {
+                return later;
+            }
+            break;
+        case Step::Kind::end:
+            stage.left();
+            break;
+        default:
+            stage.seen(step, made.liveFilter(step.text));
+    }
+    pass(hurries() ? now : due);
+    return std::nullopt;
+}
+
+std::optional<Cursor::Time> Cursor::runCommand(const Step& step, Time now) {
+    if (free.count(position) == 0) {
+        awaited -= isWaitedFor(*step.message) ? 1 : 0;
+        pass(now);
+        return std::nullopt;
+    }
+    const std::chrono::milliseconds wait =
+        awaited != 0 ? std::min<std::chrono::milliseconds>(pace.wait, Pace::kFastWait) : pace.wait;
+    const Time end = dueOf(step) + wait;
+    if (now < end) {
+        return end;
+    }
+    stage.missed(step);
+    pass(now);
+    return std::nullopt;
+}
+
+std::optional<Cursor::Time> Cursor::runSection(const Step& step, Time now) {
+    const std::string filter = made.liveFilter(step.text);
+    if (!stage.section(filter, step.bytes)) {
+        fullSince = fullSince.value_or(now);
+        if (now < *fullSince + pace.wait) {
+            return now + kPauseOfAFullQueue;
+        }
+        stage.sectionLost(filter, step.bytes);
+    }
+    fullSince.reset();
+    return std::nullopt;
+}
+
+void Cursor::sendEvent(const Step& step) {
+    std::vector<message_fields::Value> values;
+    values.reserve(step.values.size());
+    for (const message_fields::FieldValue& value : step.values) {
+        values.push_back(made.liveOf(value));
+    }
+    stage.event(*step.message, values);
+}
+
+void Cursor::pass(Time at) {
+    reached = at;
+    ++position;
+}
+
+}  // namespace dtvservice

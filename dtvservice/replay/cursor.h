@@ -1,0 +1,102 @@
+// Cursor: walks through the steps of a recorded browser while a live one sends its commands, and says what the live one
+// is told, and when. It keeps no time of its own: run() says when it wants to be run again.
+// Threads: one at a time.
+// Blocks:  never.
+// Fails:   never; what differs from the recording is told to the stage.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "made_values.h"
+#include "recording.h"
+
+namespace dtvservice {
+
+struct Pace {
+    /// How long a recorded command may be late until the cursor goes on without it.
+    static constexpr std::chrono::seconds kWait{5};
+    static constexpr std::chrono::seconds kFastWait{1};
+
+    bool isFast = false;  ///< without the recorded pauses
+    std::chrono::milliseconds wait = kWait;
+};
+
+/// Where the cursor's steps happen. A call must not use the cursor.
+class Stage {
+public:
+    Stage() = default;
+    Stage(const Stage&) = delete;
+    Stage& operator=(const Stage&) = delete;
+    virtual ~Stage() = default;
+
+    virtual void event(const message_fields::Message& message, const std::vector<message_fields::Value>& values) = 0;
+    /// False if there is no room for it now.
+    virtual bool section(const std::string& filter, const std::string& bytes) = 0;
+    /// There was no room for as long as the cursor waits.
+    virtual void sectionLost(const std::string& filter, const std::string& bytes) = 0;
+    /// A step that only those who watch see: what was refused, dropped or not sent.
+    virtual void seen(const Step& step, const std::string& filter) = 0;
+    /// The cursor goes on without this command.
+    virtual void missed(const Step& command) = 0;
+    /// The recorded browser disconnects here.
+    virtual void left() = 0;
+};
+
+class Cursor {
+public:
+    using Time = std::chrono::steady_clock::time_point;
+    using Values = MadeValues::Values;
+
+    /// Browser and stage must outlive the cursor.
+    Cursor(const RecordedBrowser& newBrowser, Pace newPace, Stage& newStage, Time now);
+
+    /// What a live command is in the recording.
+    enum class Found {
+        next,   ///< the next command of the recording
+        early,  ///< a later one; it is kept until the cursor reaches it
+        late,   ///< one that the cursor has gone on without: nothing answers it any more
+        none,
+    };
+    Found take(const message_fields::Message& command, const Values& values);
+
+    /// Does all that is due. Run it again at the returned time, and after each command; nothing if only a command or
+    /// nothing at all can follow.
+    std::optional<Time> run(Time now);
+
+    /// Steps that are done, of all().
+    std::size_t done() const { return position; }
+    std::size_t all() const { return browser.steps.size(); }
+    bool isAtEnd() const { return position == all(); }
+    /// The step that the cursor waits for; not at the end.
+    const Step& current() const { return browser.steps[position]; }
+
+private:
+    Time dueOf(const Step& step) const;
+    std::optional<Time> runStep(const Step& step, Time now);
+    std::optional<Time> runCommand(const Step& step, Time now);
+    std::optional<Time> runSection(const Step& step, Time now);
+    void sendEvent(const Step& step);
+    void pass(Time at);
+    bool hurries() const { return pace.isFast || awaited != 0; }
+
+    const RecordedBrowser& browser;
+    Pace pace;
+    Stage& stage;
+    MadeValues made;
+    std::size_t position = 0;
+    Time reached;                   // when the step before was done
+    std::set<std::size_t> free;     // commands that no live command has stood for
+    std::size_t awaited = 0;        // commands ahead that their browser's thread waits for
+    std::size_t sinceBreak = 0;     // bytes
+    std::optional<Time> fullSince;  // the section's queue
+};
+
+/// Whether the browser's thread sleeps until this command is answered.
+bool isWaitedFor(const message_fields::Message& command);
+
+}  // namespace dtvservice

@@ -1,0 +1,206 @@
+// Gives each browser a recorded one, and passes its commands on.
+#include "replay_service.h"
+
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "browser_stage.h"
+#include "message_layout.h"
+#include "message_transfer.h"
+#include "service_log.h"
+
+namespace dtvservice {
+
+using nlohmann::json;
+namespace messages = lo::browserdvbservice::messages;
+
+namespace {
+
+constexpr short kDone = 0;
+
+}  // namespace
+
+/// A live browser on its way through a recorded one.
+class ReplayService::Player {
+public:
+    Player(ReplayService& service, Browser browser, const RecordedBrowser& newRecorded)
+        : recorded(newRecorded),
+          stage(service.browsers, service.tap, browser),
+          cursor(newRecorded, service.choice.pace, stage, EventLoop::Clock::now()) {}
+
+    const RecordedBrowser& recorded;
+    BrowserStage stage;
+    Cursor cursor;
+    std::optional<EventLoop::Clock::time_point> wakeUp;  // when a task runs it
+    bool hasToldEnd = false;
+};
+
+ReplayService::ReplayService(EventLoop& newLoop, std::string newName, Recording newRecording, const Choice& newChoice)
+    : commands(
+          newLoop, tap, [this](Browser browser) { connected(browser); }, [this](Browser browser) { gone(browser); }),
+      loop(newLoop),
+      name(std::move(newName)),
+      recording(std::move(newRecording)),
+      choice(newChoice) {
+    for (const RecordedBrowser& browser : recording.browsers) {
+        if (!choice.browser || browser.number == *choice.browser) {
+            chosen.push_back(&browser);
+        }
+    }
+    requests.add("status", [this](const json&) { return describe(); });
+    handleCommands();
+}
+
+ReplayService::~ReplayService() = default;
+
+void ReplayService::handleCommands() {
+#define COMMAND(identifier, operation, Message, fields) \
+    commands.on.operation = [this](Browser asker, const auto&... values) { came<messages::Message>(asker, values...); };
+#include "browserdvbservice_messages.inc"
+    commands.on.cmdUpdateIPCChannelNames = [this](Browser asker, const std::string& queue, const auto&... others) {
+        openQueue(asker, queue);
+        came<messages::CmdUpdateIPCChannelNames>(asker, queue, others...);
+    };
+    answerWhatIsWaitedFor();
+}
+
+/// A browser's thread sleeps until these commands are answered. What the recording does not answer is answered as by a
+/// service that has nothing: filters open and close, and no section comes.
+void ReplayService::answerWhatIsWaitedFor() {
+    commands.on.cmdFilterOpen = [this](Browser asker, const std::string& session, unsigned int pid,
+                                       const lo::browserdvbservice::OpenFilterMatchMask_t& matchMask) {
+        if (!came<messages::CmdFilterOpen>(asker, session, pid, matchMask)) {
+            browsers.tell({asker}, &Events::onBrowserOpenFilterConf, pid, session, kDone);
+            browsers.tell({asker}, &Events::onFilterOpened, session, session);
+        }
+    };
+    commands.on.cmdFilterClose = [this](Browser asker, const std::string& session) {
+        if (!came<messages::CmdFilterClose>(asker, session)) {
+            browsers.tell({asker}, &Events::onBrowserOCloseFilterConf, session, kDone);
+            browsers.tell({asker}, &Events::onFilterClosed, session);
+        }
+    };
+    commands.on.cmdSetAudioSource = [this](Browser asker, unsigned int session, const std::string& source) {
+        if (!came<messages::CmdSetAudioSource>(asker, session, source)) {
+            browsers.tell({asker}, &Events::onSetAudioSourceFinished, session, kDone);
+        }
+    };
+}
+
+void ReplayService::connected(Browser browser) {
+    browsers.add(browser);
+    if (begun != 0 && begun % chosen.size() == 0) {
+        BLOG_TAGGED(blog::kUnsupported, "every recorded browser was replayed; the first one begins again\n");
+    }
+    const RecordedBrowser& recorded = *chosen[begun++ % chosen.size()];
+    BLOG_TAGGED(blog::kOrdinary, "browser %u gets what browser %u of the recording got, %zu records\n", browser,
+                recorded.number, recorded.steps.size());
+    players[browser] = std::make_unique<Player>(*this, browser, recorded);
+    run(browser);
+}
+
+void ReplayService::gone(Browser browser) {
+    players.erase(browser);
+    browsers.remove(browser);
+}
+
+void ReplayService::openQueue(Browser browser, const std::string& queue) {
+    const auto player = players.find(browser);
+    if (player != players.end() && !player->second->stage.queue.open(browser, queue) && browsers.mayTell(browser)) {
+        BLOG_TAGGED(blog::kFailure, "browser %u: there is no queue %s\n", browser, shownName(queue).c_str());
+    }
+}
+
+bool ReplayService::came(Browser asker, std::uint32_t identifier, const std::string& image) {
+    const auto player = players.find(asker);
+    const message_fields::Message* const command = message_fields::findMessage(identifier);
+    Cursor::Values values;
+    std::string error;
+    if (player == players.end() || command == nullptr || !message_fields::readImage(*command, image, values, error)) {
+        return false;
+    }
+    const Cursor::Found found = player->second->cursor.take(*command, values);
+    tell(asker, *player->second, *command, found);
+    run(asker);
+    return found == Cursor::Found::next || found == Cursor::Found::early;
+}
+
+void ReplayService::tell(Browser asker, const Player& player, const message_fields::Message& command,
+                         Cursor::Found found) {
+    if (found == Cursor::Found::next || !browsers.mayTell(asker)) {
+        return;
+    }
+    const Cursor& cursor = player.cursor;
+    const std::string place =
+        cursor.isAtEnd() ? "at the end of the recording" : "at record " + std::to_string(cursor.current().record);
+    if (found == Cursor::Found::early) {
+        BLOG_TAGGED(blog::kOrdinary, "browser %u sends %s early, %s: it is kept for its place\n", asker, command.name,
+                    place.c_str());
+    } else if (found == Cursor::Found::late) {
+        BLOG_TAGGED(blog::kUnsupported, "browser %u sends %s late, %s: the replay has gone on without it\n", asker,
+                    command.name, place.c_str());
+    } else {
+        BLOG_TAGGED(blog::kUnsupported, "browser %u sends %s, which the recording does not have, %s\n", asker,
+                    command.name, place.c_str());
+    }
+}
+
+/// At any time there is a task for the next time at which something is due, and none for a later one is kept.
+void ReplayService::run(Browser browser) {
+    const auto found = players.find(browser);
+    if (found == players.end()) {
+        return;
+    }
+    Player& player = *found->second;
+    const std::optional<EventLoop::Clock::time_point> next = player.cursor.run(EventLoop::Clock::now());
+    if (player.cursor.isAtEnd() && !player.hasToldEnd) {
+        player.hasToldEnd = true;
+        BLOG_TAGGED(blog::kUnsupported, "browser %u: the recording is at its end\n", browser);
+    }
+    if (next && (!player.wakeUp || *next < *player.wakeUp)) {
+        player.wakeUp = next;
+        loop.postAt(*next, [this, browser, time = *next] { wake(browser, time); });
+    }
+}
+
+void ReplayService::wake(Browser browser, EventLoop::Clock::time_point time) {
+    const auto found = players.find(browser);
+    if (found != players.end() && found->second->wakeUp == time) {
+        found->second->wakeUp.reset();
+        run(browser);
+    }
+}
+
+OperatorRequests::Answer ReplayService::answer(const std::string& request) const {
+    const json read = json::parse(request, nullptr, false);
+    const auto command = read.is_object() ? read.find("command") : read.end();
+    if (command != read.end() && command->is_string() && *command != "status") {
+        const json refusal = {{"ok", false}, {"error", "a replay takes no " + command->get<std::string>()}};
+        return [line = refusal.dump(-1, ' ', false, json::error_handler_t::replace)] { return line; };
+    }
+    return requests.begin(request);
+}
+
+/// What a service without a broadcast has, and where the replay is.
+json ReplayService::describe() const {
+    json replayed = json::array();
+    std::uint64_t drops = 0;
+    for (const auto& [browser, player] : players) {
+        drops += player->stage.drops;
+        replayed.push_back({{"browser", browser},
+                            {"recorded_browser", player->recorded.number},
+                            {"replayed_records", player->cursor.done()},
+                            {"records", player->cursor.all()}});
+    }
+    return {{"browsers", browsers.all()},
+            {"filters", 0},
+            {"queue_drops", drops},
+            {"osd_layers", json::array()},
+            {"ca_slots", json::array()},
+            {"drm_waiting", 0},
+            {"drm_messages", json::array()},
+            {"inputs", json::array()},
+            {"replay", {{"file", name}, {"fast", choice.pace.isFast}, {"replayed_browsers", replayed}}}};
+}
+
+}  // namespace dtvservice
