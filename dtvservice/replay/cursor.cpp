@@ -9,6 +9,8 @@ namespace dtvservice {
 
 namespace {
 
+/// A browser sends it once, before its first filter, to the service that runs then.
+constexpr std::string_view kOnceInAProcess = "cmdUpdateIPCChannelNames";
 constexpr std::array<std::string_view, 3> kWaitedFor = {"cmdFilterOpen", "cmdFilterClose", "cmdSetAudioSource"};
 
 /// A pause of a recording that is longer is this long.
@@ -123,6 +125,10 @@ std::optional<Cursor::Time> Cursor::runStep(const Step& step, Time now) {
 std::optional<Cursor::Time> Cursor::runCommand(const Step& step, Time now) {
     if (free.count(position) == 0) {
         awaited -= isWaitedFor(*step.message) ? 1 : 0;
+        pass(now);
+        return std::nullopt;
+    }
+    if (awaited != 0 && step.message->name == kOnceInAProcess) {
         pass(now);
         return std::nullopt;
     }

@@ -223,6 +223,14 @@ TEST_F(ACursor, HurriesToACommandThatItsBrowserWaitsFor) {
     EXPECT_EQ(again, 6010ms) << "then it keeps the pace again";
 }
 
+TEST_F(ACursor, DoesNotWaitForNamesOfQueuesThatTheBrowserHasToldAnotherService) {
+    walks({message<messages::CmdUpdateIPCChannelNames>(0, std::string("q"), std::string(), std::string()),
+           message<messages::CmdFilterOpen>(0, std::string("one"), 0U, matching(0)), status(0, 1)});
+    EXPECT_THAT(at(0ms), IsEmpty());
+    EXPECT_EQ(comes<messages::CmdFilterOpen>(std::string("x"), 0U, matching(0)), Cursor::Found::early);
+    EXPECT_THAT(at(1ms), ElementsAre("onOSDStateChanged 0 1"));
+}
+
 TEST_F(ACursor, WaitsForRoomInTheQueueAndNotForEver) {
     walks({section(0, "one", "a"), section(0, "one", "b")});
     stage.hasRoom = false;
