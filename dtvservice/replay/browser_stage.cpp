@@ -32,17 +32,17 @@ void BrowserStage::sectionLost(const std::string& filter, const std::string& byt
     }
 }
 
-void BrowserStage::seen(const Step& step, const std::string& filter) {
-    if (step.kind == Step::Kind::droppedSection) {
+void BrowserStage::seen(const RecordedStep& step, const std::string& filter) {
+    if (step.kind == RecordedStep::Kind::droppedSection) {
         tap.section(browser, filter, step.bytes, false);
         return;
     }
-    const bool isEvent = step.kind == Step::Kind::unsentEvent;
+    const bool isEvent = step.kind == RecordedStep::Kind::unsentEvent;
     tap.refused(isEvent ? bus::Direction::toBrowser : bus::Direction::toService, browser, step.message->identifier,
                 step.text, step.result);
 }
 
-void BrowserStage::missed(const Step& command) {
+void BrowserStage::missed(const RecordedStep& command) {
     if (browsers.mayTell(browser)) {
         BLOG_TAGGED(blog::kUnsupported, "browser %u has not sent %s: the replay goes on without it at record %zu\n",
                     browser, command.message->name, command.record);

@@ -22,8 +22,8 @@ public:
     void event(const message_fields::Message& message, const std::vector<message_fields::Value>& values) override;
     bool section(const std::string& filter, const std::string& bytes) override;
     void sectionLost(const std::string& filter, const std::string& bytes) override;
-    void seen(const Step& step, const std::string& filter) override;
-    void missed(const Step& command) override;
+    void seen(const RecordedStep& step, const std::string& filter) override;
+    void missed(const RecordedStep& command) override;
     void left() override;
 
     SectionQueue queue;

@@ -21,7 +21,7 @@ constexpr std::size_t kMostAtOnce = std::size_t{64} << 10U;
 constexpr std::size_t kBytesOfAStep = 64;
 constexpr std::chrono::milliseconds kBreak{5};
 
-std::size_t sizeOf(const Step& step) {
+std::size_t sizeOf(const RecordedStep& step) {
     std::size_t size = kBytesOfAStep + step.bytes.size();
     for (const message_fields::FieldValue& value : step.values) {
         const auto* const text = std::get_if<std::string>(&value.value);
@@ -39,7 +39,7 @@ bool isWaitedFor(const message_fields::Message& command) {
 Cursor::Cursor(const RecordedBrowser& newBrowser, Pace newPace, Stage& newStage, Time now)
     : browser(newBrowser), pace(newPace), stage(newStage), reached(now) {
     for (std::size_t index = 0; index < all(); ++index) {
-        if (browser.steps[index].kind == Step::Kind::command) {
+        if (browser.steps[index].kind == RecordedStep::Kind::command) {
             free.insert(free.end(), index);
         }
     }
@@ -48,7 +48,7 @@ Cursor::Cursor(const RecordedBrowser& newBrowser, Pace newPace, Stage& newStage,
 /// The next command is the most likely one; then a browser that is slow is more likely than one that is far ahead.
 Cursor::Found Cursor::take(const message_fields::Message& command, const Values& values) {
     const auto fits = [&](std::size_t index) {
-        const Step& step = browser.steps[index];
+        const RecordedStep& step = browser.steps[index];
         return step.message == &command && made.fit(command, step.values, values);
     };
     const auto next = free.lower_bound(position);
@@ -70,7 +70,7 @@ Cursor::Found Cursor::take(const message_fields::Message& command, const Values&
 
 std::optional<Cursor::Time> Cursor::run(Time now) {
     while (!isAtEnd()) {
-        const Step& step = current();
+        const RecordedStep& step = current();
         if (const std::optional<Time> later = runStep(step, now)) {
             return later;
         }
@@ -84,7 +84,7 @@ std::optional<Cursor::Time> Cursor::run(Time now) {
 }
 
 /// A clock that was set back makes no pause.
-Cursor::Time Cursor::dueOf(const Step& step) const {
+Cursor::Time Cursor::dueOf(const RecordedStep& step) const {
     if (hurries() || position == 0) {
         return reached;
     }
@@ -95,8 +95,8 @@ Cursor::Time Cursor::dueOf(const Step& step) const {
 }
 
 /// When to go on with the step; nothing if it is done.
-std::optional<Cursor::Time> Cursor::runStep(const Step& step, Time now) {
-    if (step.kind == Step::Kind::command) {
+std::optional<Cursor::Time> Cursor::runStep(const RecordedStep& step, Time now) {
+    if (step.kind == RecordedStep::Kind::command) {
         return runCommand(step, now);
     }
     const Time due = dueOf(step);
@@ -104,15 +104,15 @@ std::optional<Cursor::Time> Cursor::runStep(const Step& step, Time now) {
         return due;
     }
     switch (step.kind) {
-        case Step::Kind::event:
+        case RecordedStep::Kind::event:
             sendEvent(step);
             break;
-        case Step::Kind::section:
+        case RecordedStep::Kind::section:
             if (const std::optional<Time> later = runSection(step, now)) {
                 return later;
             }
             break;
-        case Step::Kind::end:
+        case RecordedStep::Kind::end:
             stage.left();
             break;
         default:
@@ -122,7 +122,7 @@ std::optional<Cursor::Time> Cursor::runStep(const Step& step, Time now) {
     return std::nullopt;
 }
 
-std::optional<Cursor::Time> Cursor::runCommand(const Step& step, Time now) {
+std::optional<Cursor::Time> Cursor::runCommand(const RecordedStep& step, Time now) {
     if (free.count(position) == 0) {
         awaited -= isWaitedFor(*step.message) ? 1 : 0;
         pass(now);
@@ -143,7 +143,7 @@ std::optional<Cursor::Time> Cursor::runCommand(const Step& step, Time now) {
     return std::nullopt;
 }
 
-std::optional<Cursor::Time> Cursor::runSection(const Step& step, Time now) {
+std::optional<Cursor::Time> Cursor::runSection(const RecordedStep& step, Time now) {
     const std::string filter = made.liveFilter(step.text);
     if (!stage.section(filter, step.bytes)) {
         fullSince = fullSince.value_or(now);
@@ -156,7 +156,7 @@ std::optional<Cursor::Time> Cursor::runSection(const Step& step, Time now) {
     return std::nullopt;
 }
 
-void Cursor::sendEvent(const Step& step) {
+void Cursor::sendEvent(const RecordedStep& step) {
     std::vector<message_fields::Value> values;
     values.reserve(step.values.size());
     for (const message_fields::FieldValue& value : step.values) {

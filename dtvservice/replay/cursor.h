@@ -40,9 +40,9 @@ public:
     /// There was no room for as long as the cursor waits.
     virtual void sectionLost(const std::string& filter, const std::string& bytes) = 0;
     /// A step that only those who watch see: what was refused, dropped or not sent.
-    virtual void seen(const Step& step, const std::string& filter) = 0;
+    virtual void seen(const RecordedStep& step, const std::string& filter) = 0;
     /// The cursor goes on without this command.
-    virtual void missed(const Step& command) = 0;
+    virtual void missed(const RecordedStep& command) = 0;
     /// The recorded browser disconnects here.
     virtual void left() = 0;
 };
@@ -73,14 +73,14 @@ public:
     std::size_t all() const { return browser.steps.size(); }
     bool isAtEnd() const { return position == all(); }
     /// The step that the cursor waits for; not at the end.
-    const Step& current() const { return browser.steps[position]; }
+    const RecordedStep& current() const { return browser.steps[position]; }
 
 private:
-    Time dueOf(const Step& step) const;
-    std::optional<Time> runStep(const Step& step, Time now);
-    std::optional<Time> runCommand(const Step& step, Time now);
-    std::optional<Time> runSection(const Step& step, Time now);
-    void sendEvent(const Step& step);
+    Time dueOf(const RecordedStep& step) const;
+    std::optional<Time> runStep(const RecordedStep& step, Time now);
+    std::optional<Time> runCommand(const RecordedStep& step, Time now);
+    std::optional<Time> runSection(const RecordedStep& step, Time now);
+    void sendEvent(const RecordedStep& step);
     void pass(Time at);
     bool hurries() const { return pace.isFast || awaited != 0; }
 

@@ -73,8 +73,8 @@ private:
         return browser;
     }
 
-    Step stepOf(bus::Record&& record, Step::Kind kind) const {
-        Step step;
+    RecordedStep stepOf(bus::Record&& record, RecordedStep::Kind kind) const {
+        RecordedStep step;
         step.kind = kind;
         step.time = record.time;
         step.record = records;
@@ -94,7 +94,7 @@ private:
                 break;
             case bus::Kind::disconnected: {
                 RecordedBrowser& browser = browserOf(record);
-                browser.steps.push_back(stepOf(std::move(record), Step::Kind::end));
+                browser.steps.push_back(stepOf(std::move(record), RecordedStep::Kind::end));
                 break;
             }
             case bus::Kind::sectionQueued:
@@ -118,7 +118,7 @@ private:
             target.droppedSections += isQueued ? 0 : 1;
             RecordedBrowser& browser = browserOf(record);
             browser.steps.push_back(
-                stepOf(std::move(record), isQueued ? Step::Kind::section : Step::Kind::droppedSection));
+                stepOf(std::move(record), isQueued ? RecordedStep::Kind::section : RecordedStep::Kind::droppedSection));
         }
     }
 
@@ -144,7 +144,8 @@ private:
             return;
         }
         RecordedBrowser& browser = browserOf(record);
-        browser.steps.push_back(stepOf(std::move(record), isCommand ? Step::Kind::command : Step::Kind::event));
+        browser.steps.push_back(
+            stepOf(std::move(record), isCommand ? RecordedStep::Kind::command : RecordedStep::Kind::event));
         browser.steps.back().bytes.clear();
         browser.steps.back().message = message;
         browser.steps.back().values = std::move(values);
@@ -154,15 +155,16 @@ private:
     void keepRefusal(bus::Record&& record, const message_fields::Message& message, bool isCommand) {
         RecordedBrowser& browser = browserOf(record);
         if (isCommand) {
-            browser.steps.push_back(stepOf(std::move(record), Step::Kind::refusedCommand));
+            browser.steps.push_back(stepOf(std::move(record), RecordedStep::Kind::refusedCommand));
             browser.steps.back().message = &message;
             return;
         }
-        const auto unsent = std::find_if(browser.steps.rbegin(), browser.steps.rend(), [&message](const Step& step) {
-            return step.kind == Step::Kind::event && step.message == &message;
-        });
+        const auto unsent =
+            std::find_if(browser.steps.rbegin(), browser.steps.rend(), [&message](const RecordedStep& step) {
+                return step.kind == RecordedStep::Kind::event && step.message == &message;
+            });
         if (unsent != browser.steps.rend()) {
-            unsent->kind = Step::Kind::unsentEvent;
+            unsent->kind = RecordedStep::Kind::unsentEvent;
             unsent->text = record.text;
             unsent->result = record.result;
             ++target.unsentEvents;

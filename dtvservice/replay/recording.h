@@ -16,7 +16,7 @@
 
 namespace dtvservice {
 
-struct Step {
+struct RecordedStep {
     enum class Kind {
         command,
         event,
@@ -42,7 +42,7 @@ struct RecordedBrowser {
     std::uint32_t number = 0;  ///< as dtvmon shows it
     std::string program;
     bool beganBefore = false;  ///< the recording began later than the connection
-    std::vector<Step> steps;
+    std::vector<RecordedStep> steps;
 };
 
 struct Recording {

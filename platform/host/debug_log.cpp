@@ -1,6 +1,5 @@
 // The host's debug library: writes each line with one system call, and works until the very end of the process.
 #include <pthread.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <charconv>

@@ -13,7 +13,7 @@ using namespace recorded;
 using namespace std::chrono_literals;
 using dtvservice::Cursor;
 using dtvservice::Pace;
-using dtvservice::Step;
+using dtvservice::RecordedStep;
 using message_fields::Value;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -39,8 +39,12 @@ public:
     void sectionLost(const std::string& filter, const std::string& bytes) override {
         noted.push_back("lost " + filter + " " + bytes);
     }
-    void seen(const Step& step, const std::string& filter) override { noted.push_back("seen " + filter + step.text); }
-    void missed(const Step& command) override { noted.push_back(std::string("missed ") + command.message->name); }
+    void seen(const RecordedStep& step, const std::string& filter) override {
+        noted.push_back("seen " + filter + step.text);
+    }
+    void missed(const RecordedStep& command) override {
+        noted.push_back(std::string("missed ") + command.message->name);
+    }
     void left() override { noted.emplace_back("left"); }
 
     std::vector<std::string> taken() { return std::exchange(noted, {}); }

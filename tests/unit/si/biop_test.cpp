@@ -100,7 +100,12 @@ TEST(AnEntry, MayLeadToAnotherService) {
     EXPECT_EQ(location->transportStreamId, 1);
     EXPECT_EQ(location->originalNetworkId, 2);
     EXPECT_EQ(location->serviceId, 3);
-    si::eventObjects(directory, [](const CarouselObject& object) { EXPECT_THAT(object.entries, testing::IsEmpty()); });
+    int given = 0;
+    si::eventObjects(directory, [&given](const CarouselObject& object) {
+        ++given;
+        EXPECT_THAT(object.entries, testing::IsEmpty());
+    });
+    EXPECT_EQ(given, 1);
 }
 
 TEST(AnEntry, WithoutADeliveryStillHasItsPlace) {
