@@ -7,6 +7,7 @@
 #include <deque>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 
 #include "dvb_section_interface.h"
@@ -53,6 +54,14 @@ public:
     std::size_t openCount() {
         const locks::Lock lock(mutex);
         return open.size();
+    }
+    std::set<std::string> openSessions() {
+        const locks::Lock lock(mutex);
+        std::set<std::string> sessions;
+        for (const auto& [session, filter] : open) {
+            sessions.insert(session);
+        }
+        return sessions;
     }
     /// To every filter of the PID and table, as the delivery thread does.
     void deliver(unsigned int pid, const std::vector<std::uint8_t>& section) {

@@ -1,4 +1,6 @@
 // A DTV service that ends and starts again, so fast that no look for it fails.
+#include <algorithm>
+
 #include "broadcast.h"
 #include "fake_filters.h"
 #include "made_tables.h"
@@ -66,6 +68,10 @@ protected:
         ASSERT_TRUE(eventually([this] { return filters.openCount() == kTables; }));
         news();
     }
+    bool hasNoneOf(const std::set<std::string>& sessions) {
+        const std::set<std::string> now = filters.openSessions();
+        return std::none_of(now.begin(), now.end(), [&](const std::string& each) { return sessions.count(each) != 0; });
+    }
     std::vector<std::string> news() {
         api.calls.clear();
         return std::exchange(events, {});
@@ -89,12 +95,13 @@ protected:
 
 TEST_F(ARestartedService, IsNoticedByAFirstPmtThatNothingExplains) {
     startAndLearn();
-    const unsigned int starts = filters.starts;
+    const std::set<std::string> before = filters.openSessions();
     sendPmt(kFirst);
     EXPECT_THAT(api.calls, ElementsAre("notifyMwhbStart()"));
     EXPECT_THAT(news(), ElementsAre(R"(service{"connected":false})", R"(service{"connected":true})"));
     EXPECT_TRUE(room->isConnected());
-    EXPECT_TRUE(eventually([&] { return filters.starts == starts + kTables; }));
+    EXPECT_TRUE(eventually([&] { return filters.openCount() == kTables && hasNoneOf(before); }))
+        << "each filter is opened anew";
     sendPmt(kFirst);
     EXPECT_THAT(news(), IsEmpty());
     sendPmt(kFirst);
