@@ -5,6 +5,7 @@ build_packages=(
     cmake            # configures
     ninja-build      # builds
     g++              # compiles
+    mold             # links
     libboost-dev     # shared pointers, locks, text conversion, interprocess queue (headers only)
     uuid-dev         # session names
     libbitstream-dev # fields of PSI and SI tables
