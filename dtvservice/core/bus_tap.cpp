@@ -67,6 +67,12 @@ void BusTap::disconnected(Browser browser) {
     browsers.erase(browser);
 }
 
+std::string BusTap::programOf(Browser browser) {
+    const locks::Lock lock(mutex);
+    const auto found = browsers.find(browser);
+    return found == browsers.end() ? std::string() : found->second.name;
+}
+
 void BusTap::message(bus::Direction direction, Browser browser, std::uint32_t identifier, std::string image) {
     bus::Record record;
     record.direction = direction;

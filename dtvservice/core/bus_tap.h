@@ -40,6 +40,8 @@ public:
     // Browsers that come and go are kept without a monitor too.
     void connected(Browser browser) EXCLUDES(mutex);
     void disconnected(Browser browser) EXCLUDES(mutex);
+    /// The name of a connected browser's program; empty if it is not known.
+    std::string programOf(Browser browser) EXCLUDES(mutex);
 
     template <typename... Values>
     void command(Browser from, std::uint32_t identifier, const Values&... values) {

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <map>
 #include <memory>
+#include <new>
 
 #include "bus/pcapng.h"
 #include "message_layout.h"
@@ -21,6 +22,7 @@ namespace {
 constexpr std::size_t kLongestSection = 4096;
 constexpr std::size_t kLongestFilterName = 255;
 constexpr std::size_t kMostProblems = 20;
+constexpr std::size_t kFarthestRefusal = 100;  // steps behind its event
 
 /// Collects the steps of all browsers while the file is read.
 class Reader {
@@ -151,7 +153,7 @@ private:
         browser.steps.back().values = std::move(values);
     }
 
-    /// An event is recorded before it leaves, so one that did not leave stands before its refusal.
+    /// An event is recorded before it leaves, so one that did not leave stands shortly before its refusal.
     void keepRefusal(bus::Record&& record, const message_fields::Message& message, bool isCommand) {
         RecordedBrowser& browser = browserOf(record);
         if (isCommand) {
@@ -159,11 +161,12 @@ private:
             browser.steps.back().message = &message;
             return;
         }
-        const auto unsent =
-            std::find_if(browser.steps.rbegin(), browser.steps.rend(), [&message](const RecordedStep& step) {
-                return step.kind == RecordedStep::Kind::event && step.message == &message;
-            });
-        if (unsent != browser.steps.rend()) {
+        const auto first = browser.steps.rbegin();
+        const auto end = first + static_cast<std::ptrdiff_t>(std::min(browser.steps.size(), kFarthestRefusal));
+        const auto unsent = std::find_if(first, end, [&message](const RecordedStep& step) {
+            return step.kind == RecordedStep::Kind::event && step.message == &message;
+        });
+        if (unsent != end) {
             unsent->kind = RecordedStep::Kind::unsentEvent;
             unsent->text = record.text;
             unsent->result = record.result;
@@ -177,6 +180,34 @@ private:
     std::map<std::pair<bus::Side, std::uint32_t>, std::size_t> current;  // index of a browser that is connected
 };
 
+/// What a file that is there is not to be read for.
+std::string whyNotRead(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) {
+        return "";  // opening it tells why
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return path + " is not a regular file";
+    }
+    const auto size = static_cast<std::uint64_t>(status.st_size);
+    return size <= kLongestRecording
+               ? ""
+               : path + " has " + std::to_string(size) + " bytes, more than " + std::to_string(kLongestRecording) +
+                     "; write what is needed of it to another file: dtvmon --read FILE --browser N --write OTHER";
+}
+
+Recording readAll(std::FILE& file) {
+    constexpr std::size_t kPart = 65536;
+    std::array<char, kPart> bytes{};
+    Recording recording;
+    Reader reader(recording);
+    while (const std::size_t count = std::fread(bytes.data(), 1, bytes.size(), &file)) {
+        reader.add({bytes.data(), count});
+    }
+    reader.end();
+    return recording;
+}
+
 }  // namespace
 
 Recording readRecordedBytes(std::string_view bytes) {
@@ -188,9 +219,8 @@ Recording readRecordedBytes(std::string_view bytes) {
 }
 
 std::optional<Recording> readRecording(const std::string& path, std::string& error) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        error = path + " is not a regular file";
+    error = whyNotRead(path);
+    if (!error.empty()) {
         return std::nullopt;
     }
     const auto closer = [](std::FILE* file) { std::fclose(file); };
@@ -199,24 +229,21 @@ std::optional<Recording> readRecording(const std::string& path, std::string& err
         error = "cannot open " + path + ": " + std::strerror(errno);
         return std::nullopt;
     }
-    constexpr std::size_t kPart = 65536;
-    std::array<char, kPart> bytes{};
-    Recording recording;
-    Reader reader(recording);
-    while (const std::size_t count = std::fread(bytes.data(), 1, bytes.size(), file.get())) {
-        reader.add({bytes.data(), count});
-    }
-    if (std::ferror(file.get()) != 0) {
-        error = "cannot read " + path + ": " + std::strerror(errno);
-        return std::nullopt;
-    }
-    reader.end();
-    if (recording.browsers.empty()) {
+    try {
+        Recording recording = readAll(*file);
+        if (std::ferror(file.get()) != 0) {
+            error = "cannot read " + path + ": " + std::strerror(errno);
+            return std::nullopt;
+        }
+        if (!recording.browsers.empty()) {
+            return recording;
+        }
         error =
             path + ": " + (recording.problems.empty() ? "no browser is in the recording" : recording.problems.front());
-        return std::nullopt;
+    } catch (const std::bad_alloc&) {
+        error = path + ": there is not enough memory for the recording";
     }
-    return recording;
+    return std::nullopt;
 }
 
 }  // namespace dtvservice

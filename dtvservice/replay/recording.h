@@ -54,6 +54,9 @@ struct Recording {
     std::size_t droppedSections = 0;
 };
 
+/// Bytes of a file. In memory a recording takes several times as much.
+constexpr std::uint64_t kLongestRecording = std::uint64_t{256} << 20U;
+
 /// Nothing, with the reason, if nothing of the file can be played.
 std::optional<Recording> readRecording(const std::string& path, std::string& error);
 

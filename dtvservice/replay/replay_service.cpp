@@ -1,6 +1,8 @@
 // Gives each browser a recorded one, and passes its commands on.
 #include "replay_service.h"
 
+#include <algorithm>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -89,14 +91,27 @@ void ReplayService::answerWhatIsWaitedFor() {
 
 void ReplayService::connected(Browser browser) {
     browsers.add(browser);
-    if (begun != 0 && begun % chosen.size() == 0) {
-        BLOG_TAGGED(blog::kUnsupported, "every recorded browser was replayed; the first one begins again\n");
-    }
-    const RecordedBrowser& recorded = *chosen[begun++ % chosen.size()];
+    const RecordedBrowser& recorded = nextFor(tap.programOf(browser));
     BLOG_TAGGED(blog::kOrdinary, "browser %u gets what browser %u of the recording got, %zu records\n", browser,
                 recorded.number, recorded.steps.size());
     players[browser] = std::make_unique<Player>(*this, browser, recorded);
     run(browser);
+}
+
+/// A browser of several processes gets for each what that one got. A program that was not recorded gets what the others
+/// got.
+const RecordedBrowser& ReplayService::nextFor(const std::string& program) {
+    std::vector<const RecordedBrowser*> fitting;
+    std::copy_if(chosen.begin(), chosen.end(), std::back_inserter(fitting),
+                 [&](const RecordedBrowser* recorded) { return recorded->program == program; });
+    const bool isRecorded = !program.empty() && !fitting.empty();
+    std::size_t& count = begun[isRecorded ? program : std::string()];
+    const std::vector<const RecordedBrowser*>& next = isRecorded ? fitting : chosen;
+    if (count != 0 && count % next.size() == 0) {
+        BLOG_TAGGED(blog::kUnsupported, "every recorded %s was replayed; the first one begins again\n",
+                    isRecorded ? shownName(program).c_str() : "browser");
+    }
+    return *next[count++ % next.size()];
 }
 
 void ReplayService::gone(Browser browser) {

@@ -1,5 +1,5 @@
-// ReplayService: a DTV service that has no broadcast but a recording. Each browser that connects gets the next recorded
-// browser's events and sections; what it sends moves the recording on.
+// ReplayService: a DTV service that has no broadcast but a recording. Each browser that connects gets the events and
+// sections of the next recorded browser of its program; what it sends moves the recording on.
 // Threads: the loop's; answer() too; commands arrive on the transport's.
 // Blocks:  never.
 // Fails:   never; what differs from the recording is in the log.
@@ -45,6 +45,7 @@ private:
     void answerWhatIsWaitedFor();
     void connected(Browser browser);
     void gone(Browser browser);
+    const RecordedBrowser& nextFor(const std::string& program);
     void openQueue(Browser browser, const std::string& name);
     /// Whether the recording answers the command.
     template <typename Command, typename... Values>
@@ -62,7 +63,7 @@ private:
     Recording recording;
     Choice choice;
     std::vector<const RecordedBrowser*> chosen;
-    std::size_t begun = 0;  // recorded browsers, again and again
+    std::map<std::string, std::size_t> begun;  // recorded browsers of a program, again and again
     OperatorRequests requests;
     std::map<Browser, std::unique_ptr<Player>> players;
 };

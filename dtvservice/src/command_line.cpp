@@ -24,7 +24,8 @@ std::vector<Option> replayOptions() {
     return {
         {"replay", "FILE",
          "play a recording of \"dtvmon --write\" in place of inputs: each browser that connects gets the events and "
-         "sections of the next recorded browser, at the recorded pace; its commands move the recording on",
+         "sections of the next recorded browser of its program, at the recorded pace; its commands move the recording "
+         "on",
          anyFile()},
         {"replay-browser", "N", "give every browser what the recorded browser of this number got"},
         {"replay-fast", "", "replay without the recorded pauses"},

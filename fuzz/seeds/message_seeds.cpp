@@ -161,22 +161,29 @@ void writePackets(SeedFiles& files, const Messages& messages) {
     files.add("host_framing", all);
 }
 
+/// A recording, for the fuzzer that reads it in two parts and for the one that replays it.
+void addRecording(SeedFiles& files, const std::string& records) {
+    const std::string all = bus::pcapngStart() + records;
+    constexpr std::size_t kFirstPart = 100;
+    files.add("bus_records", Seed().u16(kFirstPart).raw(all));
+    files.add("replays", Seed().raw(all));
+}
+
 /// Recordings: a record of each message, all in one, and one of each kind.
 void writeRecordings(SeedFiles& files, const Messages& messages) {
-    const auto seedOf = [](const std::string& records) {
-        const std::string all = bus::pcapngStart() + records;
-        constexpr std::size_t kFirstPart = 100;
-        return Seed().u16(kFirstPart).raw(all);
-    };
+    constexpr std::uint64_t kMillisecond = 1000000;
+    std::uint64_t count = 0;
     std::string all;
     for (const Sent& each : fewOf(messages)) {
         bus::Record record;
+        record.direction = static_cast<bus::Direction>(each.header.direction);
         record.message = each.header.messageId;
+        record.time = (++count) * kMillisecond;
         record.browser = 1;
         record.program = "program";
         record.bytes.assign(each.image.begin(), each.image.end());
         const std::string block = bus::pcapngBlock(record);
-        files.add("bus_records", seedOf(block));
+        addRecording(files, block);
         all += block;
     }
     for (unsigned int kind = 0; kind <= static_cast<unsigned int>(bus::kLastKind); ++kind) {
@@ -187,7 +194,7 @@ void writeRecordings(SeedFiles& files, const Messages& messages) {
         record.count = 1;
         all += bus::pcapngBlock(record);
     }
-    files.add("bus_records", seedOf(all));
+    addRecording(files, all);
 }
 
 /// The steps of presented_service: two browsers join, the sample plays, one of them sends all that it can.

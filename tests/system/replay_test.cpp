@@ -2,6 +2,7 @@
 #include <regex>
 
 #include "browser_fixture.h"
+#include "recorded_bus.h"
 #include "section_filters.h"
 
 namespace {
@@ -11,13 +12,6 @@ using testing::HasSubstr;
 
 constexpr std::size_t kSections = 3;
 const std::string kFile = kRunDirectory + "/bus.pcapng";
-
-/// What dtvmon shows of the recording.
-std::string readBack() {
-    ChildProcess reader(DTVMON, {"--read", kFile}, "reader");
-    reader.wait();
-    return reader.output();
-}
 
 /// Keeps the first sections. Never deleted, because a section may still arrive.
 class FirstSections final : public velmora::dtv::SectionFilterClient {
@@ -53,11 +47,10 @@ protected:
     Heard recorded() {
         const ServiceProcess service;
         EXPECT_TRUE(eventually([this] { return api->startOSDDetection(1) == 0; }));
-        ChildProcess writer(DTVMON, {"--write", kFile}, "writer");
-        EXPECT_TRUE(eventually([] { return readBack().find("connected") != std::string::npos; }));
+        RecordedBus bus(kFile);
         Heard heard = session("recorded-filter", 0);
-        EXPECT_TRUE(eventually([] { return readBack().find("onOSDStateChanged  layer 78") != std::string::npos; }));
-        EXPECT_EQ(writer.end(SIGINT), 0);
+        EXPECT_TRUE(bus.comesToHave("onOSDStateChanged  layer 78"));
+        bus.end();
         return heard;
     }
     Heard replayed(const std::vector<std::string>& options = {}) {
@@ -131,25 +124,26 @@ std::size_t timesIn(const std::string& text, const std::string& words) {
     return times;
 }
 
-/// Records these calls of dvbshell one after the other on the sample broadcast, and returns what each showed. Shells
-/// that were recorded before them only find out that the recording has begun.
+/// Waits until all browsers that the recording has, a shell more than these sessions, have disconnected.
+void waitForTheEnd(const RecordedBus& bus, std::size_t sessions) {
+    EXPECT_TRUE(eventually([&] {
+        const std::string text = bus.text();
+        return timesIn(text, "] connected") > sessions &&
+               timesIn(text, "] connected") == timesIn(text, "] disconnected");
+    })) << bus.text();
+}
+
+/// Records these calls of dvbshell one after the other on the sample broadcast, and returns what each showed.
 std::vector<std::string> recordedShells(const std::vector<std::vector<std::string>>& sessions) {
     const ServiceProcess service;
-    ChildProcess writer(DTVMON, {"--write", kFile}, "writer");
-    EXPECT_TRUE(eventually([] {
-        const bool knowsItsChannel = outputOf({"info", "--seconds", "0"}).find("28106") != std::string::npos;
-        return knowsItsChannel && readBack().find("] connected") != std::string::npos;
-    }));
+    EXPECT_TRUE(eventually([] { return outputOf({"info", "--seconds", "0"}).find("28106") != std::string::npos; }));
+    RecordedBus bus(kFile);
     std::vector<std::string> shown;
     for (const std::vector<std::string>& session : sessions) {
         shown.push_back(outputOf(session));
     }
-    EXPECT_TRUE(eventually([&] {
-        const std::string text = readBack();
-        return timesIn(text, "] connected") > sessions.size() &&
-               timesIn(text, "] connected") == timesIn(text, "] disconnected");
-    }));
-    writer.end(SIGINT);
+    waitForTheEnd(bus, sessions.size());
+    bus.end();
     return shown;
 }
 
@@ -193,7 +187,7 @@ TEST(AReplayedRecording, IsShownAgainByTheShell) {
         const ServiceProcess service({"--replay", kFile, "--replay-fast", "--replay-browser", browser});
         EXPECT_EQ(outputOf(sessions[index]), shown[index]);
         EXPECT_EQ(outputOf(sessions[index]), shown[index]) << "it begins again";
-        EXPECT_THAT(service.log(), HasSubstr("every recorded browser was replayed; the first one begins again"));
+        EXPECT_THAT(service.log(), HasSubstr("every recorded dvbshell was replayed; the first one begins again"));
     }
 }
 

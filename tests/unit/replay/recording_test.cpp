@@ -3,12 +3,16 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <fstream>
 
+#include "in_a_child.h"
 #include "recorded.h"
 #include "run_directory.h"
+#include "sanitizers.h"
 
 using namespace recorded;
 using dtvservice::readRecording;
@@ -126,6 +130,32 @@ TEST(ARecording, IsRefusedWhereThereIsNothingToPlay) {
     EXPECT_THAT(errorOf(writtenTo("text", "hello hello hello hello")), HasSubstr("text: at byte 0: no pcapng file"));
     mkfifo((folder + "/fifo").c_str(), 0600);
     EXPECT_EQ(errorOf(folder + "/fifo"), folder + "/fifo is not a regular file") << "and is not waited for";
+}
+
+TEST(ARecording, IsRefusedAboveItsLimit) {
+    const std::string path = writtenTo("long", fileOf({anEvent()}));
+    ASSERT_EQ(truncate(path.c_str(), off_t{1} << 30), 0);
+    EXPECT_EQ(errorOf(path),
+              path +
+                  " has 1073741824 bytes, more than 268435456; write what is needed of it to another file: dtvmon "
+                  "--read FILE --browser N --write OTHER");
+}
+
+TEST(ARecording, IsRefusedWhereTheMemoryIsTooSmallForIt) {
+    if (kIsSanitized || !std::vector<std::string> EMULATOR.empty()) {
+        GTEST_SKIP() << "sanitizers and emulators need address space of their own";
+    }
+    const std::string path = writtenTo("large", fileOf(std::vector<bus::Record>(100000, anEvent())));
+    EXPECT_EQ(inAChild([&path] {
+                  std::ifstream pages("/proc/self/statm");
+                  rlim_t used = 0;
+                  pages >> used;
+                  constexpr rlim_t kLittle = 4000000;
+                  const rlimit little{used * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + kLittle, RLIM_INFINITY};
+                  setrlimit(RLIMIT_AS, &little);
+                  return errorOf(path) == path + ": there is not enough memory for the recording" ? 0 : 1;
+              }),
+              0);
 }
 
 TEST(ARecording, OfAnotherLinkTypeIsRefused) {

@@ -1,0 +1,35 @@
+// RecordedBus: dtvmon, which writes what the running service and its browsers say to each other to a file.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "service_process.h"
+
+class RecordedBus {
+public:
+    /// Begins when this returns: by then the recording has a shell that has come for that alone.
+    explicit RecordedBus(const std::string& newFile) : file(newFile), writer(DTVMON, {"--write", newFile}, "writer") {
+        EXPECT_TRUE(eventually([this] {
+            ChildProcess shell(DVBSHELL, {"--library", LIBRARY_FILE, "--seconds", "0", "info"}, "first-shell");
+            const bool isConnected = shell.wait() == 0;
+            return isConnected && text().find("] connected") != std::string::npos;
+        }));
+    }
+
+    /// What is in the file so far, as lines or, with --json, as objects.
+    std::string text(std::vector<std::string> options = {}) const {
+        options.insert(options.end(), {"--read", file});
+        ChildProcess reader(DTVMON, options, "reader");
+        reader.wait();
+        return reader.output();
+    }
+    bool comesToHave(const std::string& words) const {
+        return eventually([&] { return text().find(words) != std::string::npos; });
+    }
+    void end() { EXPECT_EQ(writer.end(SIGINT), 0); }
+
+private:
+    const std::string file;
+    ChildProcess writer;
+};
