@@ -4,13 +4,12 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
 namespace dtvservice {
 
 namespace {
 
-/// A browser sends it once, before its first filter, to the service that runs then.
-constexpr std::string_view kOnceInAProcess = "cmdUpdateIPCChannelNames";
 constexpr std::array<std::string_view, 3> kWaitedFor = {"cmdFilterOpen", "cmdFilterClose", "cmdSetAudioSource"};
 
 /// A pause of a recording that is longer is this long.
@@ -20,6 +19,7 @@ constexpr std::chrono::milliseconds kPauseOfAFullQueue{2};
 constexpr std::size_t kMostAtOnce = std::size_t{64} << 10U;
 constexpr std::size_t kBytesOfAStep = 64;
 constexpr std::chrono::milliseconds kBreak{5};
+constexpr Cursor::Time kWhenACommandComes = Cursor::Time::max();
 
 std::size_t sizeOf(const RecordedStep& step) {
     std::size_t size = kBytesOfAStep + step.bytes.size();
@@ -36,10 +36,10 @@ bool isWaitedFor(const message_fields::Message& command) {
     return std::find(kWaitedFor.begin(), kWaitedFor.end(), command.name) != kWaitedFor.end();
 }
 
-Cursor::Cursor(const RecordedBrowser& newBrowser, Pace newPace, Stage& newStage, Time now)
-    : browser(newBrowser), pace(newPace), stage(newStage), reached(now) {
+Cursor::Cursor(Lane newLane, Pace newPace, MadeValues& newMade, Stage& newStage, Time now)
+    : lane(std::move(newLane)), pace(newPace), made(newMade), stage(newStage), reached(now) {
     for (std::size_t index = 0; index < all(); ++index) {
-        if (browser.steps[index].kind == RecordedStep::Kind::command) {
+        if (lane.steps[index]->kind == RecordedStep::Kind::command) {
             free.insert(free.end(), index);
         }
     }
@@ -48,7 +48,7 @@ Cursor::Cursor(const RecordedBrowser& newBrowser, Pace newPace, Stage& newStage,
 /// The next command is the most likely one; then a browser that is slow is more likely than one that is far ahead.
 Cursor::Found Cursor::take(const message_fields::Message& command, const Values& values) {
     const auto fits = [&](std::size_t index) {
-        const RecordedStep& step = browser.steps[index];
+        const RecordedStep& step = *lane.steps[index];
         return step.message == &command && made.fit(command, step.values, values);
     };
     const auto next = free.lower_bound(position);
@@ -62,17 +62,17 @@ Cursor::Found Cursor::take(const message_fields::Message& command, const Values&
     }
     const std::size_t index = *found;
     const Found result = found == next ? Found::next : index < position ? Found::late : Found::early;
-    made.bind(browser.steps[index].values, values);
+    made.bind(lane.steps[index]->values, values);
     free.erase(found);
     awaited += index >= position && isWaitedFor(command) ? 1 : 0;
     return result;
 }
 
-std::optional<Cursor::Time> Cursor::run(Time now) {
+std::optional<Cursor::Time> Cursor::run(Time now, std::size_t barrier) {
     while (!isAtEnd()) {
         const RecordedStep& step = current();
-        if (const std::optional<Time> later = runStep(step, now)) {
-            return later;
+        if (const std::optional<Time> later = runStep(step, now, barrier)) {
+            return later == kWhenACommandComes ? std::nullopt : later;
         }
         sinceBreak += sizeOf(step);
         if (sinceBreak > kMostAtOnce) {
@@ -83,21 +83,34 @@ std::optional<Cursor::Time> Cursor::run(Time now) {
     return std::nullopt;
 }
 
+std::size_t Cursor::awaitedRecord() const {
+    const auto next = free.lower_bound(position);
+    return next == free.end() ? kNoRecord : lane.steps[*next]->record;
+}
+
+/// What a filter gets after a command of the rest may be due to it. Answers to the filter's own commands are not.
+bool Cursor::isBehind(const RecordedStep& step, std::size_t barrier) const {
+    return lane.isOfAFilter && awaited == 0 && step.record > barrier && step.kind == RecordedStep::Kind::section;
+}
+
 /// A clock that was set back makes no pause.
 Cursor::Time Cursor::dueOf(const RecordedStep& step) const {
     if (hurries() || position == 0) {
         return reached;
     }
-    const std::uint64_t before = browser.steps[position - 1].time;
+    const std::uint64_t before = lane.steps[position - 1]->time;
     const std::uint64_t most = std::chrono::nanoseconds(kLongestPause).count();
     const std::uint64_t distance = step.time > before ? std::min(step.time - before, most) : 0;
     return reached + std::chrono::nanoseconds(distance);
 }
 
 /// When to go on with the step; nothing if it is done.
-std::optional<Cursor::Time> Cursor::runStep(const RecordedStep& step, Time now) {
+std::optional<Cursor::Time> Cursor::runStep(const RecordedStep& step, Time now, std::size_t barrier) {
     if (step.kind == RecordedStep::Kind::command) {
         return runCommand(step, now);
+    }
+    if (isBehind(step, barrier)) {
+        return kWhenACommandComes;
     }
     const Time due = dueOf(step);
     if (now < due) {
@@ -128,9 +141,8 @@ std::optional<Cursor::Time> Cursor::runCommand(const RecordedStep& step, Time no
         pass(now);
         return std::nullopt;
     }
-    if (awaited != 0 && step.message->name == kOnceInAProcess) {
-        pass(now);
-        return std::nullopt;
+    if (lane.isOfAFilter) {
+        return kWhenACommandComes;
     }
     const std::chrono::milliseconds wait =
         awaited != 0 ? std::min<std::chrono::milliseconds>(pace.wait, Pace::kFastWait) : pace.wait;

@@ -1,5 +1,5 @@
-// Cursor: walks through the steps of a recorded browser while a live one sends its commands, and says what the live one
-// is told, and when. It keeps no time of its own: run() says when it wants to be run again.
+// Cursor: walks through a lane of a recorded browser while a live one sends its commands, and says what the live one is
+// told, and when. It keeps no time of its own: run() says when it wants to be run again.
 // Threads: one at a time.
 // Blocks:  never.
 // Fails:   never; what differs from the recording is told to the stage.
@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "lanes.h"
 #include "made_values.h"
 #include "recording.h"
 
@@ -52,8 +53,10 @@ public:
     using Time = std::chrono::steady_clock::time_point;
     using Values = MadeValues::Values;
 
-    /// Browser and stage must outlive the cursor.
-    Cursor(const RecordedBrowser& newBrowser, Pace newPace, Stage& newStage, Time now);
+    static constexpr std::size_t kNoRecord = ~std::size_t{0};
+
+    /// The lane's browser, the values, which all lanes of a browser share, and the stage must outlive the cursor.
+    Cursor(Lane newLane, Pace newPace, MadeValues& newMade, Stage& newStage, Time now);
 
     /// What a live command is in the recording.
     enum class Found {
@@ -65,29 +68,34 @@ public:
     Found take(const message_fields::Message& command, const Values& values);
 
     /// Does all that is due. Run it again at the returned time, and after each command; nothing if only a command or
-    /// nothing at all can follow.
-    std::optional<Time> run(Time now);
+    /// nothing at all can follow. A filter's sections from `barrier` on, a record, stay: a command before them has not
+    /// come.
+    std::optional<Time> run(Time now, std::size_t barrier = kNoRecord);
+    /// The record of the next command that has not come.
+    std::size_t awaitedRecord() const;
 
     /// Steps that are done, of all().
     std::size_t done() const { return position; }
-    std::size_t all() const { return browser.steps.size(); }
+    std::size_t all() const { return lane.steps.size(); }
     bool isAtEnd() const { return position == all(); }
     /// The step that the cursor waits for; not at the end.
-    const RecordedStep& current() const { return browser.steps[position]; }
+    const RecordedStep& current() const { return *lane.steps[position]; }
 
 private:
     Time dueOf(const RecordedStep& step) const;
-    std::optional<Time> runStep(const RecordedStep& step, Time now);
+    std::optional<Time> runStep(const RecordedStep& step, Time now, std::size_t barrier);
     std::optional<Time> runCommand(const RecordedStep& step, Time now);
     std::optional<Time> runSection(const RecordedStep& step, Time now);
     void sendEvent(const RecordedStep& step);
     void pass(Time at);
     bool hurries() const { return pace.isFast || awaited != 0; }
 
-    const RecordedBrowser& browser;
-    Pace pace;
+    bool isBehind(const RecordedStep& step, std::size_t barrier) const;
+
+    const Lane lane;
+    const Pace pace;
+    MadeValues& made;
     Stage& stage;
-    MadeValues made;
     std::size_t position = 0;
     Time reached;                   // when the step before was done
     std::set<std::size_t> free;     // commands that no live command has stood for

@@ -2,8 +2,10 @@
 #include "replay_service.h"
 
 #include <algorithm>
+#include <deque>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <numeric>
 #include <utility>
 
 #include "browser_stage.h"
@@ -26,15 +28,51 @@ constexpr short kDone = 0;
 class ReplayService::Player {
 public:
     Player(ReplayService& service, Browser browser, const RecordedBrowser& newRecorded)
-        : recorded(newRecorded),
-          stage(service.browsers, service.tap, browser),
-          cursor(newRecorded, service.choice.pace, stage, EventLoop::Clock::now()) {}
+        : recorded(newRecorded), stage(service.browsers, service.tap, browser) {
+        for (Lane& lane : lanesOf(recorded)) {
+            cursors.emplace_back(std::move(lane), service.choice.pace, made, stage, EventLoop::Clock::now());
+        }
+    }
+    Player(const Player&) = delete;
+    Player& operator=(const Player&) = delete;
+
+    /// Of what is no filter's.
+    const Cursor& main() const { return cursors.front(); }
+    Cursor::Found take(const message_fields::Message& command, const Cursor::Values& values) {
+        for (Cursor& cursor : cursors) {
+            if (const Cursor::Found found = cursor.take(command, values); found != Cursor::Found::none) {
+                return found;
+            }
+        }
+        return Cursor::Found::none;
+    }
+    std::optional<Cursor::Time> run(Cursor::Time now) {
+        std::optional<Cursor::Time> next;
+        std::size_t barrier = Cursor::kNoRecord;
+        for (Cursor& cursor : cursors) {
+            const std::optional<Cursor::Time> again = cursor.run(now, barrier);
+            next = again && next ? std::min(*again, *next) : again ? again : next;
+            barrier = main().awaitedRecord();
+        }
+        return next;
+    }
+    std::size_t done() const {
+        return std::accumulate(cursors.begin(), cursors.end(), std::size_t{0},
+                               [](std::size_t sum, const Cursor& cursor) { return sum + cursor.done(); });
+    }
+    std::size_t all() const {
+        return std::accumulate(cursors.begin(), cursors.end(), std::size_t{0},
+                               [](std::size_t sum, const Cursor& cursor) { return sum + cursor.all(); });
+    }
 
     const RecordedBrowser& recorded;
     BrowserStage stage;
-    Cursor cursor;
     std::optional<EventLoop::Clock::time_point> wakeUp;  // when a task runs it
     bool hasToldEnd = false;
+
+private:
+    MadeValues made;
+    std::deque<Cursor> cursors;  // the first is main()
 };
 
 ReplayService::ReplayService(EventLoop& newLoop, std::string newName, Recording newRecording, const Choice& newChoice)
@@ -59,9 +97,8 @@ void ReplayService::handleCommands() {
 #define COMMAND(identifier, operation, Message, fields) \
     commands.on.operation = [this](Browser asker, const auto&... values) { came<messages::Message>(asker, values...); };
 #include "browserdvbservice_messages.inc"
-    commands.on.cmdUpdateIPCChannelNames = [this](Browser asker, const std::string& queue, const auto&... others) {
+    commands.on.cmdUpdateIPCChannelNames = [this](Browser asker, const std::string& queue, const auto&...) {
         openQueue(asker, queue);
-        came<messages::CmdUpdateIPCChannelNames>(asker, queue, others...);
     };
     answerWhatIsWaitedFor();
 }
@@ -134,7 +171,10 @@ bool ReplayService::came(Browser asker, std::uint32_t identifier, const std::str
     if (player == players.end() || command == nullptr || !message_fields::readImage(*command, image, values, error)) {
         return false;
     }
-    const Cursor::Found found = player->second->cursor.take(*command, values);
+    if (isUnanswered(*command)) {
+        return false;
+    }
+    const Cursor::Found found = player->second->take(*command, values);
     tell(asker, *player->second, *command, found);
     run(asker);
     return found == Cursor::Found::next || found == Cursor::Found::early;
@@ -145,7 +185,7 @@ void ReplayService::tell(Browser asker, const Player& player, const message_fiel
     if (found == Cursor::Found::next || !browsers.mayTell(asker)) {
         return;
     }
-    const Cursor& cursor = player.cursor;
+    const Cursor& cursor = player.main();
     const std::string place =
         cursor.isAtEnd() ? "at the end of the recording" : "at record " + std::to_string(cursor.current().record);
     if (found == Cursor::Found::early) {
@@ -167,8 +207,8 @@ void ReplayService::run(Browser browser) {
         return;
     }
     Player& player = *found->second;
-    const std::optional<EventLoop::Clock::time_point> next = player.cursor.run(EventLoop::Clock::now());
-    if (player.cursor.isAtEnd() && !player.hasToldEnd) {
+    const std::optional<EventLoop::Clock::time_point> next = player.run(EventLoop::Clock::now());
+    if (player.main().isAtEnd() && !player.hasToldEnd) {
         player.hasToldEnd = true;
         BLOG_TAGGED(blog::kUnsupported, "browser %u: the recording is at its end\n", browser);
     }
@@ -204,8 +244,8 @@ json ReplayService::describe() const {
         drops += player->stage.drops;
         replayed.push_back({{"browser", browser},
                             {"recorded_browser", player->recorded.number},
-                            {"replayed_records", player->cursor.done()},
-                            {"records", player->cursor.all()}});
+                            {"replayed_records", player->done()},
+                            {"records", player->all()}});
     }
     return {{"browsers", browsers.all()},
             {"filters", 0},

@@ -12,7 +12,7 @@ using namespace dtvservice;
 /// Checks what a browser and those who watch it would be told. Some sections find no room.
 class CheckedStage : public Stage {
 public:
-    explicit CheckedStage(const RecordedBrowser& newBrowser) : browser(newBrowser) {}
+    explicit CheckedStage(const Lane& newLane) : lane(newLane) {}
 
     void event(const message_fields::Message& message, const std::vector<message_fields::Value>& values) override {
         fuzz::expect(values.size() == message_fields::layoutOf(message).size(), "an event without all of its values");
@@ -38,38 +38,37 @@ public:
     /// All but the commands, each once.
     void expectAllDone() const {
         std::size_t commands = 0;
-        for (const RecordedStep& step : browser.steps) {
-            commands += step.kind == RecordedStep::Kind::command ? 1 : 0;
+        for (const RecordedStep* const step : lane.steps) {
+            commands += step->kind == RecordedStep::Kind::command ? 1 : 0;
         }
-        fuzz::expect(done + commands == browser.steps.size(), "a step that is not done, or done twice");
+        fuzz::expect(done + commands == lane.steps.size(), "a step that is not done, or done twice");
     }
 
 private:
-    const RecordedBrowser& browser;
+    const Lane& lane;
     std::size_t done = 0;
 };
 
-/// The live browser sends every second command at its place, some too early, and never the rest.
-void walk(const RecordedBrowser& browser, bool isFast) {
-    CheckedStage stage(browser);
+/// The live browser sends every second command at its place, some too early, and never the rest; but all of a filter,
+/// whose lane waits for them.
+void walk(const Lane& lane, MadeValues& made, bool isFast) {
+    CheckedStage stage(lane);
     Cursor::Time now{};
     constexpr std::chrono::milliseconds kWait{10};
-    Cursor cursor(browser, {isFast, kWait}, stage, now);
+    Cursor cursor(lane, {isFast, kWait}, made, stage, now);
     std::size_t sent = 0;
-    while (const std::optional<Cursor::Time> next = cursor.run(now)) {
-        fuzz::expect(*next > now, "it wants to be run again at once");
-        const std::size_t before = cursor.done();
-        const RecordedStep& step = cursor.current();
+    for (std::optional<Cursor::Time> next = cursor.run(now); !cursor.isAtEnd(); next = cursor.run(now)) {
+        fuzz::expect(next ? *next > now : lane.isOfAFilter, "it wants to be run again at once, or never");
         constexpr std::size_t kAhead = 3;
-        const std::size_t ahead = before + ++sent % kAhead;
-        if (ahead < browser.steps.size() && browser.steps[ahead].kind == RecordedStep::Kind::command) {
-            cursor.take(*browser.steps[ahead].message, browser.steps[ahead].values);
+        const std::size_t ahead = cursor.done() + ++sent % kAhead;
+        if (ahead < lane.steps.size() && lane.steps[ahead]->kind == RecordedStep::Kind::command) {
+            cursor.take(*lane.steps[ahead]->message, lane.steps[ahead]->values);
         }
-        if (step.kind != RecordedStep::Kind::command || sent % 2 == 0) {
+        const bool isCommand = cursor.current().kind == RecordedStep::Kind::command;
+        if (next && (!isCommand || sent % 2 == 0)) {
             now = *next;
         }
     }
-    fuzz::expect(cursor.isAtEnd(), "it stops before the end of the recording");
     stage.expectAllDone();
 }
 
@@ -82,8 +81,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             fuzz::expectPrintable(text::printable(problem), "a problem");
         }
         for (const RecordedBrowser& browser : recording.browsers) {
-            walk(browser, true);
-            walk(browser, false);
+            for (const bool isFast : {true, false}) {
+                MadeValues made;
+                for (const Lane& lane : lanesOf(browser)) {
+                    walk(lane, made, isFast);
+                }
+            }
         }
     });
 }

@@ -61,11 +61,14 @@ protected:
         recording = recordingOf(records);
         ASSERT_THAT(recording.problems, IsEmpty());
         ASSERT_FALSE(recording.browsers.empty());
-        cursor.emplace(recording.browsers.front(), pace, stage, start);
+        for (const RecordedStep& step : recording.browsers.front().steps) {
+            lane.steps.push_back(&step);
+        }
+        cursor.emplace(lane, pace, made, stage, start);
     }
     /// What it does at this time, and when it wants to be run again.
-    std::vector<std::string> at(std::chrono::milliseconds time) {
-        const std::optional<Cursor::Time> next = cursor->run(start + time);
+    std::vector<std::string> at(std::chrono::milliseconds time, std::size_t barrier = Cursor::kNoRecord) {
+        const std::optional<Cursor::Time> next = cursor->run(start + time, barrier);
         again =
             next ? std::optional(std::chrono::duration_cast<std::chrono::milliseconds>(*next - start)) : std::nullopt;
         return stage.taken();
@@ -91,6 +94,8 @@ protected:
     const Cursor::Time start = Cursor::Time() + 1000s;
     NotedStage stage;
     dtvservice::Recording recording;
+    dtvservice::Lane lane;
+    dtvservice::MadeValues made;
     std::optional<Cursor> cursor;
     std::optional<std::chrono::milliseconds> again;
 };
@@ -215,24 +220,48 @@ TEST_F(ACursor, NumbersAnAudioSourceAsTheLiveBrowserDoes) {
 
 TEST_F(ACursor, HurriesToACommandThatItsBrowserWaitsFor) {
     walks({status(0, 1), status(60000, 2), message<messages::CmdStartOSDDetection>(61000, 3U),
-           message<messages::CmdFilterOpen>(90000, std::string("one"), 0U, matching(0)),
-           message<messages::OnFilterOpened>(90001, std::string("one"), std::string("one")), status(95000, 4)});
+           message<messages::CmdSetAudioSource>(90000, 1U, std::string("broadcast")),
+           message<messages::OnSetAudioSourceFinished>(90001, 1U, 0), status(95000, 4)});
     at(0ms);
     EXPECT_EQ(again, 60000ms);
-    EXPECT_EQ(comes<messages::CmdFilterOpen>(std::string("x"), 0U, matching(0)), Cursor::Found::early);
+    EXPECT_EQ(comes<messages::CmdSetAudioSource>(7U, std::string("broadcast")), Cursor::Found::early);
     EXPECT_THAT(at(10ms), ElementsAre("onOSDStateChanged 0 2"));
     EXPECT_EQ(again, 1010ms) << "it waits for a command before it, but not long";
     EXPECT_THAT(at(1010ms), ElementsAre("missed cmdStartOSDDetection"));
-    EXPECT_THAT(at(1011ms), ElementsAre("onFilterOpened x x"));
+    EXPECT_THAT(at(1011ms), ElementsAre("onSetAudioSourceFinished 7 0"));
     EXPECT_EQ(again, 6010ms) << "then it keeps the pace again";
 }
 
-TEST_F(ACursor, DoesNotWaitForNamesOfQueuesThatTheBrowserHasToldAnotherService) {
-    walks({message<messages::CmdUpdateIPCChannelNames>(0, std::string("q"), std::string(), std::string()),
-           message<messages::CmdFilterOpen>(0, std::string("one"), 0U, matching(0)), status(0, 1)});
-    EXPECT_THAT(at(0ms), IsEmpty());
-    EXPECT_EQ(comes<messages::CmdFilterOpen>(std::string("x"), 0U, matching(0)), Cursor::Found::early);
-    EXPECT_THAT(at(1ms), ElementsAre("onOSDStateChanged 0 1"));
+TEST_F(ACursor, OfAFilterWaitsForItsCommandsHoweverLong) {
+    lane.isOfAFilter = true;
+    walks({message<messages::CmdFilterOpen>(0, std::string("one"), 0U, matching(0)), section(300, "one", "a"),
+           message<messages::CmdFilterClose>(400, std::string("one"))});
+    EXPECT_THAT(at(3600s), IsEmpty());
+    EXPECT_EQ(again, std::nullopt);
+    EXPECT_EQ(comes<messages::CmdFilterOpen>(std::string("x"), 0U, matching(0)), Cursor::Found::next);
+    EXPECT_THAT(at(3600s), IsEmpty());
+    EXPECT_EQ(again, 3600300ms) << "the recorded distance begins with the command";
+    EXPECT_THAT(at(3600300ms), ElementsAre("section x a"));
+    EXPECT_THAT(at(7200s), IsEmpty());
+    EXPECT_FALSE(cursor->isAtEnd());
+}
+
+TEST_F(ACursor, OfAFilterKeepsSectionsThatFollowACommandOfTheRest) {
+    lane.isOfAFilter = true;
+    walks({message<messages::CmdFilterOpen>(0, std::string("one"), 0U, matching(0)), section(0, "one", "a"),
+           message<messages::CmdStartOSDDetection>(0, 3U), section(0, "one", "b"),
+           message<messages::CmdFilterClose>(0, std::string("one"))});
+    lane.steps.erase(lane.steps.begin() + 2);
+    cursor.emplace(lane, Pace{}, made, stage, start);
+    constexpr std::size_t kOther = 3;
+    comes<messages::CmdFilterOpen>(std::string("x"), 0U, matching(0));
+    EXPECT_THAT(at(0ms, kOther), ElementsAre("section x a"));
+    EXPECT_EQ(again, std::nullopt);
+    EXPECT_THAT(at(0ms), ElementsAre("section x b")) << "the other command has come";
+    cursor.emplace(lane, Pace{}, made, stage, start);
+    comes<messages::CmdFilterOpen>(std::string("x"), 0U, matching(0));
+    comes<messages::CmdFilterClose>(std::string("x"));
+    EXPECT_THAT(at(0ms, kOther), ElementsAre("section x a", "section x b")) << "its browser waits for the end";
 }
 
 TEST_F(ACursor, WaitsForRoomInTheQueueAndNotForEver) {
