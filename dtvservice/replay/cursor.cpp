@@ -88,20 +88,22 @@ std::size_t Cursor::awaitedRecord() const {
     return next == free.end() ? kNoRecord : lane.steps[*next]->record;
 }
 
-/// What a filter gets after a command of the rest may be due to it. Answers to the filter's own commands are not.
+/// What a browser gets after a command may be due to it, but not the answers to a filter's own commands.
 bool Cursor::isBehind(const RecordedStep& step, std::size_t barrier) const {
-    return lane.isOfAFilter && awaited == 0 && step.record > barrier && step.kind == RecordedStep::Kind::section;
+    return awaited == 0 && step.record > barrier && (!lane.isOfAFilter || step.kind == RecordedStep::Kind::section);
 }
 
 /// A clock that was set back makes no pause.
 Cursor::Time Cursor::dueOf(const RecordedStep& step) const {
-    if (hurries() || position == 0) {
+    if (hurries() || position == 0 || step.record < origin.record) {
         return reached;
     }
-    const std::uint64_t before = lane.steps[position - 1]->time;
+    const RecordedStep& before = *lane.steps[position - 1];
+    const bool isFirstBehind = before.record < origin.record;
+    const std::uint64_t start = isFirstBehind ? origin.recorded : before.time;
     const std::uint64_t most = std::chrono::nanoseconds(kLongestPause).count();
-    const std::uint64_t distance = step.time > before ? std::min(step.time - before, most) : 0;
-    return reached + std::chrono::nanoseconds(distance);
+    const std::uint64_t distance = step.time > start ? std::min(step.time - start, most) : 0;
+    return (isFirstBehind ? origin.live : reached) + std::chrono::nanoseconds(distance);
 }
 
 /// When to go on with the step; nothing if it is done.
@@ -178,6 +180,7 @@ void Cursor::sendEvent(const RecordedStep& step) {
 }
 
 void Cursor::pass(Time at) {
+    last = current().kind == RecordedStep::Kind::command ? &current() : last;
     reached = at;
     ++position;
 }

@@ -68,11 +68,15 @@ public:
     Found take(const message_fields::Message& command, const Values& values);
 
     /// Does all that is due. Run it again at the returned time, and after each command; nothing if only a command or
-    /// nothing at all can follow. A filter's sections from `barrier` on, a record, stay: a command before them has not
-    /// come.
+    /// nothing at all can follow. What was recorded after `barrier`, a command that has not come, stays; of a filter
+    /// only sections.
     std::optional<Time> run(Time now, std::size_t barrier = kNoRecord);
+    /// A command of another lane was passed: what was recorded before it is due, and the rest follows it.
+    void follow(const RecordedStep& command, Time now) { origin = {command.record, command.time, now}; }
     /// The record of the next command that has not come.
     std::size_t awaitedRecord() const;
+    /// The last command that was passed; null before the first.
+    const RecordedStep* lastCommand() const { return last; }
 
     /// Steps that are done, of all().
     std::size_t done() const { return position; }
@@ -90,12 +94,20 @@ private:
     void pass(Time at);
     bool hurries() const { return pace.isFast || awaited != 0; }
 
+    struct Origin {
+        std::size_t record = 0;
+        std::uint64_t recorded = 0;
+        Time live;
+    };
+
     bool isBehind(const RecordedStep& step, std::size_t barrier) const;
 
     const Lane lane;
     const Pace pace;
     MadeValues& made;
     Stage& stage;
+    Origin origin;
+    const RecordedStep* last = nullptr;
     std::size_t position = 0;
     Time reached;                   // when the step before was done
     std::set<std::size_t> free;     // commands that no live command has stood for

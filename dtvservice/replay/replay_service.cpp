@@ -27,8 +27,8 @@ constexpr short kDone = 0;
 /// A live browser on its way through a recorded one.
 class ReplayService::Player {
 public:
-    Player(ReplayService& service, Browser browser, const RecordedBrowser& newRecorded)
-        : recorded(newRecorded), stage(service.browsers, service.tap, browser) {
+    Player(ReplayService& service, Browser browser, const RecordedBrowser& newRecorded, std::size_t newRound)
+        : recorded(newRecorded), round(newRound), stage(service.browsers, service.tap, browser) {
         for (Lane& lane : lanesOf(recorded)) {
             cursors.emplace_back(std::move(lane), service.choice.pace, made, stage, EventLoop::Clock::now());
         }
@@ -46,16 +46,22 @@ public:
         }
         return Cursor::Found::none;
     }
-    std::optional<Cursor::Time> run(Cursor::Time now) {
+    std::optional<Cursor::Time> run(Cursor::Time now, std::size_t barrier) {
         std::optional<Cursor::Time> next;
-        std::size_t barrier = Cursor::kNoRecord;
         for (Cursor& cursor : cursors) {
             const std::optional<Cursor::Time> again = cursor.run(now, barrier);
             next = again && next ? std::min(*again, *next) : again ? again : next;
-            barrier = main().awaitedRecord();
+            barrier = std::min(barrier, main().awaitedRecord());
         }
         return next;
     }
+    /// Whether both were recorded at the same time, and are replayed together.
+    bool isBeside(const Player& other) const {
+        return &recorded != &other.recorded && round == other.round && !recorded.steps.empty() &&
+               !other.recorded.steps.empty() && recorded.steps.front().record < other.recorded.steps.back().record &&
+               other.recorded.steps.front().record < recorded.steps.back().record;
+    }
+    void follow(const RecordedStep& command, Cursor::Time now) { cursors.front().follow(command, now); }
     std::size_t done() const {
         return std::accumulate(cursors.begin(), cursors.end(), std::size_t{0},
                                [](std::size_t sum, const Cursor& cursor) { return sum + cursor.done(); });
@@ -66,7 +72,11 @@ public:
     }
 
     const RecordedBrowser& recorded;
+    const std::size_t round;  // how often its program's were replayed before
     BrowserStage stage;
+    // What the others know.
+    std::size_t awaited = Cursor::kNoRecord;
+    const RecordedStep* last = nullptr;
     std::optional<EventLoop::Clock::time_point> wakeUp;  // when a task runs it
     bool hasToldEnd = false;
 
@@ -128,32 +138,37 @@ void ReplayService::answerWhatIsWaitedFor() {
 
 void ReplayService::connected(Browser browser) {
     browsers.add(browser);
-    const RecordedBrowser& recorded = nextFor(tap.programOf(browser));
+    const auto player = players.insert_or_assign(browser, newPlayer(browser)).first;
+    const RecordedBrowser& recorded = player->second->recorded;
     BLOG_TAGGED(blog::kOrdinary, "browser %u gets what browser %u of the recording got, %zu records\n", browser,
                 recorded.number, recorded.steps.size());
-    players[browser] = std::make_unique<Player>(*this, browser, recorded);
     run(browser);
 }
 
 /// A browser of several processes gets for each what that one got. A program that was not recorded gets what the others
 /// got.
-const RecordedBrowser& ReplayService::nextFor(const std::string& program) {
+std::unique_ptr<ReplayService::Player> ReplayService::newPlayer(Browser browser) {
+    const std::string program = tap.programOf(browser);
     std::vector<const RecordedBrowser*> fitting;
     std::copy_if(chosen.begin(), chosen.end(), std::back_inserter(fitting),
                  [&](const RecordedBrowser* recorded) { return recorded->program == program; });
     const bool isRecorded = !program.empty() && !fitting.empty();
-    std::size_t& count = begun[isRecorded ? program : std::string()];
     const std::vector<const RecordedBrowser*>& next = isRecorded ? fitting : chosen;
+    const std::size_t count = begun[isRecorded ? program : std::string()]++;
     if (count != 0 && count % next.size() == 0) {
         BLOG_TAGGED(blog::kUnsupported, "every recorded %s was replayed; the first one begins again\n",
                     isRecorded ? shownName(program).c_str() : "browser");
     }
-    return *next[count++ % next.size()];
+    return std::make_unique<Player>(*this, browser, *next[count % next.size()], count / next.size());
 }
 
 void ReplayService::gone(Browser browser) {
     players.erase(browser);
     browsers.remove(browser);
+    // Nothing waits for its commands any more.
+    for (const auto& other : players) {
+        runAt(other.first, EventLoop::Clock::now());
+    }
 }
 
 void ReplayService::openQueue(Browser browser, const std::string& queue) {
@@ -200,21 +215,57 @@ void ReplayService::tell(Browser asker, const Player& player, const message_fiel
     }
 }
 
-/// At any time there is a task for the next time at which something is due, and none for a later one is kept.
 void ReplayService::run(Browser browser) {
     const auto found = players.find(browser);
     if (found == players.end()) {
         return;
     }
     Player& player = *found->second;
-    const std::optional<EventLoop::Clock::time_point> next = player.run(EventLoop::Clock::now());
+    const EventLoop::Clock::time_point now = EventLoop::Clock::now();
+    const std::optional<EventLoop::Clock::time_point> next = player.run(now, barrierFor(player));
     if (player.main().isAtEnd() && !player.hasToldEnd) {
         player.hasToldEnd = true;
         BLOG_TAGGED(blog::kUnsupported, "browser %u: the recording is at its end\n", browser);
     }
-    if (next && (!player.wakeUp || *next < *player.wakeUp)) {
-        player.wakeUp = next;
-        loop.postAt(*next, [this, browser, time = *next] { wake(browser, time); });
+    if (next) {
+        runAt(browser, *next);
+    }
+    if (player.awaited != player.main().awaitedRecord() || player.last != player.main().lastCommand()) {
+        moveOthers(player, now);
+        player.awaited = player.main().awaitedRecord();
+        player.last = player.main().lastCommand();
+    }
+}
+
+/// The first record that another process has not sent yet.
+std::size_t ReplayService::barrierFor(const Player& player) const {
+    std::size_t barrier = Cursor::kNoRecord;
+    for (const auto& other : players) {
+        if (player.isBeside(*other.second)) {
+            barrier = std::min(barrier, other.second->main().awaitedRecord());
+        }
+    }
+    return barrier;
+}
+
+/// What one process of a browser has sent moves the others on.
+void ReplayService::moveOthers(const Player& player, EventLoop::Clock::time_point now) {
+    for (const auto& [other, each] : players) {
+        if (player.isBeside(*each)) {
+            if (player.last != player.main().lastCommand()) {
+                each->follow(*player.main().lastCommand(), now);
+            }
+            runAt(other, now);
+        }
+    }
+}
+
+/// At any time there is a task for the next time at which something is due, and none for a later one is kept.
+void ReplayService::runAt(Browser browser, EventLoop::Clock::time_point time) {
+    Player& player = *players.at(browser);
+    if (!player.wakeUp || time < *player.wakeUp) {
+        player.wakeUp = time;
+        loop.postAt(time, [this, browser, time] { wake(browser, time); });
     }
 }
 

@@ -45,7 +45,7 @@ private:
     void answerWhatIsWaitedFor();
     void connected(Browser browser);
     void gone(Browser browser);
-    const RecordedBrowser& nextFor(const std::string& program);
+    std::unique_ptr<Player> newPlayer(Browser browser);
     void openQueue(Browser browser, const std::string& name);
     /// Whether the recording answers the command.
     template <typename Command, typename... Values>
@@ -55,6 +55,9 @@ private:
     bool came(Browser asker, std::uint32_t identifier, const std::string& image);
     void tell(Browser asker, const Player& player, const message_fields::Message& command, Cursor::Found found);
     void run(Browser browser);
+    std::size_t barrierFor(const Player& player) const;
+    void moveOthers(const Player& player, EventLoop::Clock::time_point now);
+    void runAt(Browser browser, EventLoop::Clock::time_point time);
     void wake(Browser browser, EventLoop::Clock::time_point time);
     nlohmann::json describe() const;
 

@@ -27,6 +27,21 @@ public:
     bool comesToHave(const std::string& words) const {
         return eventually([&] { return text().find(words) != std::string::npos; });
     }
+    /// Waits until all browsers have disconnected, as many and the shell at least.
+    bool hasSeenAllGo(std::size_t least) const {
+        return eventually([&] {
+            const std::string all = text();
+            const std::size_t came = timesIn(all, "] connected");
+            return came > least && came == timesIn(all, "] disconnected");
+        });
+    }
+    static std::size_t timesIn(const std::string& text, const std::string& words) {
+        std::size_t times = 0;
+        for (std::size_t at = text.find(words); at != std::string::npos; at = text.find(words, at + words.size())) {
+            ++times;
+        }
+        return times;
+    }
     void end() { EXPECT_EQ(writer.end(SIGINT), 0); }
 
 private:

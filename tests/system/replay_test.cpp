@@ -116,23 +116,6 @@ std::string outputOf(std::vector<std::string> arguments) {
     return withoutTimes(shell.output());
 }
 
-std::size_t timesIn(const std::string& text, const std::string& words) {
-    std::size_t times = 0;
-    for (std::size_t at = text.find(words); at != std::string::npos; at = text.find(words, at + words.size())) {
-        ++times;
-    }
-    return times;
-}
-
-/// Waits until all browsers that the recording has, a shell more than these sessions, have disconnected.
-void waitForTheEnd(const RecordedBus& bus, std::size_t sessions) {
-    EXPECT_TRUE(eventually([&] {
-        const std::string text = bus.text();
-        return timesIn(text, "] connected") > sessions &&
-               timesIn(text, "] connected") == timesIn(text, "] disconnected");
-    })) << bus.text();
-}
-
 /// Records these calls of dvbshell one after the other on the sample broadcast, and returns what each showed.
 std::vector<std::string> recordedShells(const std::vector<std::vector<std::string>>& sessions) {
     const ServiceProcess service;
@@ -142,7 +125,7 @@ std::vector<std::string> recordedShells(const std::vector<std::vector<std::strin
     for (const std::vector<std::string>& session : sessions) {
         shown.push_back(outputOf(session));
     }
-    waitForTheEnd(bus, sessions.size());
+    EXPECT_TRUE(bus.hasSeenAllGo(sessions.size())) << bus.text();
     bus.end();
     return shown;
 }

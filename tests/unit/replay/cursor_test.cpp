@@ -264,6 +264,34 @@ TEST_F(ACursor, OfAFilterKeepsSectionsThatFollowACommandOfTheRest) {
     EXPECT_THAT(at(0ms, kOther), ElementsAre("section x a", "section x b")) << "its browser waits for the end";
 }
 
+TEST_F(ACursor, KeepsPaceWithTheCommandsOfAnotherLane) {
+    // The other lane's command was recorded behind the third, at 8900 ms.
+    walks({status(0, 1), status(8000, 2), status(8800, 3), status(9000, 4), status(9500, 5)});
+    lane.steps.clear();
+    for (dtvservice::RecordedStep& step : recording.browsers.front().steps) {
+        step.record += step.record > 3 ? 1 : 0;
+        lane.steps.push_back(&step);
+    }
+    cursor.emplace(lane, Pace{}, made, stage, start);
+    dtvservice::RecordedStep command;
+    command.record = 4;
+    command.time = 8900 * kMillisecond;
+    EXPECT_THAT(at(0ms, command.record), ElementsAre("onOSDStateChanged 0 1"));
+    cursor->follow(command, start + 100ms);
+    EXPECT_THAT(at(100ms), ElementsAre("onOSDStateChanged 0 2", "onOSDStateChanged 0 3")) << "they were before it";
+    EXPECT_EQ(again, 200ms) << "100 ms behind it";
+    EXPECT_THAT(at(200ms), ElementsAre("onOSDStateChanged 0 4"));
+    EXPECT_EQ(again, 700ms);
+}
+
+TEST_F(ACursor, KeepsWhatFollowsACommandOfAnotherLaneThatHasNotCome) {
+    walks({status(0, 1), status(10, 2), status(20, 3)});
+    constexpr std::size_t kSecond = 2;
+    EXPECT_THAT(at(60000ms, kSecond), ElementsAre("onOSDStateChanged 0 1", "onOSDStateChanged 0 2"));
+    EXPECT_EQ(again, std::nullopt);
+    EXPECT_THAT(at(60001ms), ElementsAre("onOSDStateChanged 0 3"));
+}
+
 TEST_F(ACursor, WaitsForRoomInTheQueueAndNotForEver) {
     walks({section(0, "one", "a"), section(0, "one", "b")});
     stage.hasRoom = false;

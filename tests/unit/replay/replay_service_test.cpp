@@ -75,6 +75,30 @@ TEST_F(AReplay, GivesEachBrowserTheNextRecordedOneAndThenBeginsAgain) {
     EXPECT_THAT(logged::messages(), Contains("every recorded browser was replayed; the first one begins again\n"));
 }
 
+TEST_F(AReplay, KeepsWhatAnotherProcessOfTheBrowserGotBehindACommand) {
+    bus::Record tune = message<messages::CmdStartOSDDetection>(0, 3U);
+    tune.browser = 3;
+    replays({event(3, 30), event(8, 80), tune, event(8, 81), event(3, 31)});
+    connects(1);
+    connects(2);
+    EXPECT_THAT(client.texts(), ElementsAre("onHbbtvEngineStatusChanged(30)", "onHbbtvEngineStatusChanged(80)"));
+    frame::MsgIds ids = from(1);
+    service->commands.cmdStartOSDDetection(ids, {}, 3);
+    run();
+    EXPECT_THAT(client.texts(), testing::SizeIs(4));
+    EXPECT_THAT(client.texts(), Contains("onHbbtvEngineStatusChanged(81)"));
+}
+
+TEST_F(AReplay, DoesNotWaitForAProcessThatHasGone) {
+    bus::Record tune = message<messages::CmdStartOSDDetection>(0, 3U);
+    tune.browser = 3;
+    replays({event(3, 30), event(8, 80), tune, event(8, 81), event(3, 31)});
+    connects(1);
+    connects(2);
+    leaves(1);
+    EXPECT_THAT(client.texts(), Contains("onHbbtvEngineStatusChanged(81)"));
+}
+
 TEST_F(AReplay, GivesEveryBrowserTheChosenOne) {
     replays({event(3, 30), event(8, 80)}, 8);
     connects(1);
