@@ -60,8 +60,6 @@ TEST_F(ADisturbedSet, SendsALateAnswerBehindOthersWithItsValues) {
     runs(R"({"steps":[{"at":0,"answer-late":{"event":"onEitDataChange","by":0.05,"times":2,"browser":1}}]})");
     sends(1, &Commands::cmdSendPMTCache);
     sends(2, &Commands::cmdSendPMTCache);
-    const Texts early = heard.take(1);
-    EXPECT_THAT(early, Not(hears("onEitDataChange")));
     Texts expected;
     for (const std::string& text : heard.take(2)) {
         if (text.rfind("onEitDataChange", 0) == 0) {
@@ -70,7 +68,10 @@ TEST_F(ADisturbedSet, SendsALateAnswerBehindOthersWithItsValues) {
     }
     ASSERT_EQ(expected.size(), 2U);
     loop.runUntil(dtvservice::EventLoop::Clock::now() + std::chrono::milliseconds(60));
-    EXPECT_EQ(heard.take(1), expected) << "in their order";
+    const Texts texts = heard.take(1);
+    ASSERT_GT(texts.size(), 2U);
+    EXPECT_THAT(Texts(texts.begin(), texts.end() - 2), Not(hears("onEitDataChange")));
+    EXPECT_EQ(Texts(texts.end() - 2, texts.end()), expected) << "in their order";
 }
 
 TEST_F(ADisturbedSet, ForgetsALateAnswerToABrowserThatHasGone) {
