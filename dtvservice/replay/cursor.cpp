@@ -88,9 +88,9 @@ std::size_t Cursor::awaitedRecord() const {
     return next == free.end() ? kNoRecord : lane.steps[*next]->record;
 }
 
-/// What a browser gets after a command may be due to it, but not the answers to a filter's own commands.
+/// What a browser gets after a command may be due to it. What a filter gets is due to the broadcast's time.
 bool Cursor::isBehind(const RecordedStep& step, std::size_t barrier) const {
-    return awaited == 0 && step.record > barrier && (!lane.isOfAFilter || step.kind == RecordedStep::Kind::section);
+    return !lane.isOfAFilter && awaited == 0 && step.record > barrier;
 }
 
 /// A clock that was set back makes no pause.

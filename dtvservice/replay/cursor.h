@@ -68,8 +68,8 @@ public:
     Found take(const message_fields::Message& command, const Values& values);
 
     /// Does all that is due. Run it again at the returned time, and after each command; nothing if only a command or
-    /// nothing at all can follow. What was recorded after `barrier`, a command that has not come, stays; of a filter
-    /// only sections.
+    /// nothing at all can follow. What was recorded after `barrier`, a command that has not come, stays, but not what a
+    /// filter gets.
     std::optional<Time> run(Time now, std::size_t barrier = kNoRecord);
     /// A command of another lane was passed: what was recorded before it is due, and the rest follows it.
     void follow(const RecordedStep& command, Time now) { origin = {command.record, command.time, now}; }

@@ -51,7 +51,6 @@ public:
         for (Cursor& cursor : cursors) {
             const std::optional<Cursor::Time> again = cursor.run(now, barrier);
             next = again && next ? std::min(*again, *next) : again ? again : next;
-            barrier = std::min(barrier, main().awaitedRecord());
         }
         return next;
     }

@@ -1,4 +1,4 @@
-// RecordedBus: dtvmon, which writes what the running service and its browsers say to each other to a file.
+// What the running service and its browsers say to each other, written to a file by dtvmon.
 #pragma once
 
 #include <string>
@@ -6,10 +6,22 @@
 
 #include "service_process.h"
 
+struct RecordedFile {
+    const std::string path;
+
+    /// What is in it so far, as lines or, with --json, as objects.
+    std::string text(std::vector<std::string> options = {}) const {
+        options.insert(options.end(), {"--read", path});
+        ChildProcess reader(DTVMON, options, "reader");
+        reader.wait();
+        return reader.output();
+    }
+};
+
 class RecordedBus {
 public:
     /// Begins when this returns: by then the recording has a shell that has come for that alone.
-    explicit RecordedBus(const std::string& newFile) : file(newFile), writer(DTVMON, {"--write", newFile}, "writer") {
+    explicit RecordedBus(const std::string& newFile) : file{newFile}, writer(DTVMON, {"--write", newFile}, "writer") {
         EXPECT_TRUE(eventually([this] {
             ChildProcess shell(DVBSHELL, {"--library", LIBRARY_FILE, "--seconds", "0", "info"}, "first-shell");
             const bool isConnected = shell.wait() == 0;
@@ -17,13 +29,7 @@ public:
         }));
     }
 
-    /// What is in the file so far, as lines or, with --json, as objects.
-    std::string text(std::vector<std::string> options = {}) const {
-        options.insert(options.end(), {"--read", file});
-        ChildProcess reader(DTVMON, options, "reader");
-        reader.wait();
-        return reader.output();
-    }
+    std::string text() const { return file.text(); }
     bool comesToHave(const std::string& words) const {
         return eventually([&] { return text().find(words) != std::string::npos; });
     }
@@ -45,6 +51,6 @@ public:
     void end() { EXPECT_EQ(writer.end(SIGINT), 0); }
 
 private:
-    const std::string file;
+    const RecordedFile file;
     ChildProcess writer;
 };

@@ -1,4 +1,5 @@
 // Sessions of real browsers, recorded and replayed: the browser hears the same.
+#include <nlohmann/json.hpp>
 #include <regex>
 
 #include "browser_fixture.h"
@@ -130,6 +131,23 @@ std::vector<std::string> recordedShells(const std::vector<std::vector<std::strin
     return shown;
 }
 
+/// What a recording has of a browser in one direction, "->" or "<-": operations, values and their bytes.
+std::vector<std::string> recordsOf(const RecordedFile& file, const std::string& browser, const std::string& direction) {
+    std::vector<std::string> records;
+    bool isWanted = false;
+    std::istringstream lines(file.text({"--bytes", "--browser", browser}));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.rfind("    ", 0) == 0 && isWanted) {
+            records.back() += line;
+        } else if (line.rfind("    ", 0) != 0) {
+            const std::string record = line.substr(line.find("] ") + 2);
+            isWanted = record.rfind(direction, 0) == 0;
+            records.insert(records.end(), isWanted ? 1 : 0, record);
+        }
+    }
+    return records;
+}
+
 /// The numbers of the browsers in the recording, as the service says them.
 std::vector<std::string> recordedBrowsers() {
     const ServiceProcess service({"--replay", kFile});
@@ -171,6 +189,34 @@ TEST(AReplayedRecording, IsShownAgainByTheShell) {
         EXPECT_EQ(outputOf(sessions[index]), shown[index]);
         EXPECT_EQ(outputOf(sessions[index]), shown[index]) << "it begins again";
         EXPECT_THAT(service.log(), HasSubstr("every recorded dvbshell was replayed; the first one begins again"));
+    }
+}
+
+TEST(AReplayedRecording, LooksToAMonitorAsItWasRecorded) {
+    recordedShells({{"--seconds", "2", "tune", "1:1025:28107"}});
+    const std::string recorded = recordedBrowsers().back();
+    const ServiceProcess service({"--replay", kFile, "--replay-browser", recorded});
+    const RecordedFile file{kRunDirectory + "/again.pcapng"};
+    RecordedBus again(file.path);
+    ChildProcess shell(DVBSHELL, {"--library", LIBRARY_FILE, "--seconds", "2", "tune", "1:1025:28107"}, "shell");
+    nlohmann::json replay;
+    ASSERT_TRUE(eventually([&replay] {
+        ChildProcess status(DTVCTL, {"--json", "status"}, "status");
+        EXPECT_EQ(status.wait(), 0);
+        replay = nlohmann::json::parse(status.output())["replay"];
+        return !replay["replayed_browsers"].empty() && replay["replayed_browsers"].back()["replayed_records"] > 0;
+    }));
+    EXPECT_EQ(replay["file"], kFile);
+    const nlohmann::json place = replay["replayed_browsers"].back();
+    EXPECT_EQ(std::to_string(place["recorded_browser"].get<int>()), recorded);
+    shell.wait();
+    EXPECT_TRUE(again.hasSeenAllGo(1)) << again.text();
+    again.end();
+    const std::string live = std::to_string(place["browser"].get<int>());
+    for (const char* const direction : {"->", "<-"}) {
+        const std::vector<std::string> expected = recordsOf({kFile}, recorded, direction);
+        EXPECT_THAT(expected, testing::Not(testing::IsEmpty()));
+        EXPECT_THAT(recordsOf(file, live, direction), ElementsAreArray(expected));
     }
 }
 

@@ -246,24 +246,6 @@ TEST_F(ACursor, OfAFilterWaitsForItsCommandsHoweverLong) {
     EXPECT_FALSE(cursor->isAtEnd());
 }
 
-TEST_F(ACursor, OfAFilterKeepsSectionsThatFollowACommandOfTheRest) {
-    lane.isOfAFilter = true;
-    walks({message<messages::CmdFilterOpen>(0, std::string("one"), 0U, matching(0)), section(0, "one", "a"),
-           message<messages::CmdStartOSDDetection>(0, 3U), section(0, "one", "b"),
-           message<messages::CmdFilterClose>(0, std::string("one"))});
-    lane.steps.erase(lane.steps.begin() + 2);
-    cursor.emplace(lane, Pace{}, made, stage, start);
-    constexpr std::size_t kOther = 3;
-    comes<messages::CmdFilterOpen>(std::string("x"), 0U, matching(0));
-    EXPECT_THAT(at(0ms, kOther), ElementsAre("section x a"));
-    EXPECT_EQ(again, std::nullopt);
-    EXPECT_THAT(at(0ms), ElementsAre("section x b")) << "the other command has come";
-    cursor.emplace(lane, Pace{}, made, stage, start);
-    comes<messages::CmdFilterOpen>(std::string("x"), 0U, matching(0));
-    comes<messages::CmdFilterClose>(std::string("x"));
-    EXPECT_THAT(at(0ms, kOther), ElementsAre("section x a", "section x b")) << "its browser waits for the end";
-}
-
 TEST_F(ACursor, KeepsPaceWithTheCommandsOfAnotherLane) {
     // The other lane's command was recorded behind the third, at 8900 ms.
     walks({status(0, 1), status(8000, 2), status(8800, 3), status(9000, 4), status(9500, 5)});
