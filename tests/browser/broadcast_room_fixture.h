@@ -68,6 +68,9 @@ public:
         return std::any_of(events.begin(), events.end(),
                            [&](const RoomEvent& event) { return event.name == name && event.value == value; });
     }
+    std::ptrdiff_t count(const std::string& name) const {
+        return std::count_if(events.begin(), events.end(), [&](const RoomEvent& event) { return event.name == name; });
+    }
     bool hears(const std::string& name, const json& value = nullptr) {
         return becomes([&] { return has(name, value); });
     }

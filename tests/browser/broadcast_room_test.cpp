@@ -1,5 +1,6 @@
 // Channels, tuning, components and programmes of the browser's room for the broadcast.
 #include "broadcast_room_fixture.h"
+#include "running_scenario.h"
 
 namespace {
 
@@ -81,6 +82,27 @@ TEST_F(TheBroadcastRoom, TunesAndKeepsWhatItHasWhenATuneFails) {
     EXPECT_EQ(room.call("tune", unknown), true);
     EXPECT_TRUE(room.hears("channelChanged", {{"started", false}, {"channel", tripletOf(28107)}}));
     EXPECT_EQ(room.call("presented"), tripletOf(28107));
+}
+
+TEST_F(TheBroadcastRoom, IsTunedByAPmtThatComesBeforeTheAnswer) {
+    const ServiceProcess service;
+    ASSERT_EQ(room.channelNames(4).size(), 4U);
+    RunningScenario late(service, "late",
+                         RunningScenario::file("late", R"({"name":"late","steps":[{"upon":"cmdTuneToService",
+                             "answer-late":{"event":"onServiceChanged","by":0,"times":1}}]})"));
+    const auto before = room.count("channelChanged");
+    json second = tripletOf(28107);
+    second["idType"] = 12;
+    room.call("tune", second);
+    const json changed = {{"started", true}, {"channel", tripletOf(28107)}};
+    EXPECT_TRUE(room.hears("channelChanged", changed));
+    late.ends();
+    room.call("requestPts", nullptr);
+    EXPECT_TRUE(room.becomes([&] { return room.count("pts") == 1; })) << "the answer has come before it";
+    EXPECT_EQ(room.count("channelChanged"), before + 1);
+    EXPECT_FALSE(room.has("service", {{"connected", false}}));
+    EXPECT_FALSE(componentsOf(room, 0).empty());
+    EXPECT_EQ(room.call("applications")["known"], true);
 }
 
 TEST_F(TheBroadcastRoom, TunesByADeliverySystemDescriptor) {

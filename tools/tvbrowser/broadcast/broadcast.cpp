@@ -59,13 +59,15 @@ struct Broadcast::Calls {
         const int idType = intOf(arguments, "idType");
         const si::Triplet to = arguments.triplet();
         const int flags = flagsOf(arguments);
-        return inside.tune([&] { inside.api.tuneToService(idType, to.onid, to.tsid, to.sid, flags); });
+        return inside.tune([to](const si::Triplet& service) { return service == to; },
+                           [&] { inside.api.tuneToService(idType, to.onid, to.tsid, to.sid, flags); });
     }
     static json tuneByDescriptor(Inside& inside, const Arguments& arguments) {
         const std::string descriptor = descriptorOf(arguments);
         const std::uint16_t sid = arguments.word("sid");
         const int flags = flagsOf(arguments);
-        return inside.tune([&] { inside.api.tuneToService(descriptor, sid, flags); });
+        return inside.tune([sid](const si::Triplet& service) { return service.sid == sid; },
+                           [&] { inside.api.tuneToService(descriptor, sid, flags); });
     }
     static json selectComponent(Inside& inside, const Arguments& arguments) {
         const int type = typeOf(arguments);

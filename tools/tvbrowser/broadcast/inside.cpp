@@ -100,8 +100,9 @@ void Broadcast::Inside::onConnected() {
 
 void Broadcast::Inside::onGone() {
     expectedPmts = kOfNewcomer;
+    tunedByPmt.reset();
     filters.onGone();
-    if (isTuning) {
+    if (isTarget) {
         failTune();
     }
 }
@@ -140,7 +141,10 @@ void Broadcast::Inside::present(const si::Triplet& triplet) {
 
 void Broadcast::Inside::onChannel(bool started, const si::Triplet& triplet) {
     const bool isKnown = triplet.tsid != kUnknown && triplet.sid != kUnknown;
-    isTuning = false;
+    isTarget = nullptr;
+    if (started && std::exchange(tunedByPmt, std::nullopt) == triplet) {
+        return;  // all that comes behind an answer has come
+    }
     if (started && isKnown) {
         expectedPmts = std::max(expectedPmts, kOfTune);
         present(triplet);
@@ -153,13 +157,17 @@ void Broadcast::Inside::onChannel(bool started, const si::Triplet& triplet) {
 }
 
 void Broadcast::Inside::failTune() {
-    isTuning = false;
+    isTarget = nullptr;
     sink("channelChanged", {{"started", false}, {"channel", presented ? tripletValue(*presented) : json()}});
 }
 
-/// A first PMT that nothing explains is that of a DTV service that was started between two looks.
-void Broadcast::Inside::countFirstPmt() {
-    if (expectedPmts == 0 && isConnected) {
+/// A first PMT that nothing explains is that of a tune whose answer comes later, or of a DTV service that was started
+/// between two looks.
+void Broadcast::Inside::countFirstPmt(const si::Triplet& triplet) {
+    if (expectedPmts == 0 && isTarget && isTarget(triplet)) {
+        isTarget = nullptr;
+        tunedByPmt = triplet;
+    } else if (expectedPmts == 0 && isConnected) {
         onLook(false);
         onLook(true);
     }
@@ -169,7 +177,7 @@ void Broadcast::Inside::countFirstPmt() {
 /// The service that is presented when the browser starts is named by its PMT.
 void Broadcast::Inside::onPmt(const si::Triplet& triplet, bool isFirst, const std::string& section) {
     if (isFirst) {
-        countFirstPmt();
+        countFirstPmt(triplet);
     }
     if (!presented || !(*presented == triplet)) {
         present(triplet);

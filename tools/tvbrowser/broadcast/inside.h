@@ -29,10 +29,12 @@ public:
     std::optional<si::Triplet> presented;
     bool isConnected = false;
 
+    using IsTarget = std::function<bool(const si::Triplet& service)>;
     /// The outcome is an event, also when no DTV service is there.
     template <typename Tune>
-    bool tune(Tune command) {
-        isTuning = true;
+    bool tune(IsTarget newIsTarget, Tune command) {
+        isTarget = std::move(newIsTarget);
+        tunedByPmt.reset();
         if (isConnected) {
             command();
         } else {
@@ -55,7 +57,7 @@ private:
     void onLook(bool isThere);
     void onConnected();
     void onGone();
-    void countFirstPmt();
+    void countFirstPmt(const si::Triplet& triplet);
     void learnChannel();
     void present(const si::Triplet& triplet);
     void failTune();
@@ -87,8 +89,9 @@ private:
     static constexpr unsigned int kOfTune = 1;
 
     std::string lastPmt;
-    std::optional<si::Triplet> lastLook;  // of the presented service, while no event names it
-    bool isTuning = false;
+    std::optional<si::Triplet> lastLook;      // of the presented service, while no event names it
+    IsTarget isTarget;                        // of the tune that is not answered yet; else null
+    std::optional<si::Triplet> tunedByPmt;    // whose PMT came before the answer to the tune
     unsigned int expectedPmts = kOfNewcomer;  // first PMTs that are explained and still to come
     bool tellsChannels = false;               // a task is on its way
     const std::shared_ptr<velmora::dtv::DVBServiceListener> listener;
