@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "dtv_optional/peer_process.h"
+#include "service_log.h"
 
 namespace dtvservice {
 
@@ -184,6 +185,11 @@ void ServiceFaults::startTransport() {
         return;
     }
     isStopped = !transport.start();
+    if (isStopped != std::exchange(hasFailed, isStopped)) {
+        BLOG_TAGGED(
+            isStopped ? blog::kFailure : blog::kOrdinary, "%s\n",
+            isStopped ? "browsers cannot connect again yet; trying every second" : "browsers can connect again");
+    }
     if (isStopped) {
         core.loop.postAt(EventLoop::Clock::now() + std::chrono::seconds(1), [this] { startTransport(); });
     }

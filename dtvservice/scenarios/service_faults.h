@@ -69,6 +69,7 @@ private:
     std::map<FaultId, std::string> lasting;           // faults by name
     std::set<FaultId> stops;                          // of the transport
     bool isStopped = false;                           // the transport
+    bool hasFailed = false;                           // to start again
 };
 
 }  // namespace dtvservice

@@ -54,7 +54,7 @@ int list(const std::string& path) {
 /// Scenarios stop the service for its browsers, and start it again.
 dtvservice::Transport ownTransport(dtvservice::Core& core) {
     return {&dtvservice::stopTakingBrowsers,
-            [&core] { return dtvservice::takeBrowsers(core.commands, core.browsers); }};
+            [&core] { return dtvservice::startTakingBrowsers(core.commands, core.browsers) >= 0; }};
 }
 
 /// An input that is a file, opened; null for a live input or for a file that cannot be opened, with the reason.

@@ -45,10 +45,14 @@ SignalWaiter::~SignalWaiter() {
     thread.join();
 }
 
-bool takeBrowsers(Commands& commands, Browsers& browsers) {
+int startTakingBrowsers(Commands& commands, Browsers& browsers) {
     theCommands = &commands;
     theBrowsers = &browsers;
-    const int started = frame::Process::getInstance().startAppMembersSync(createServiceStub);
+    return frame::Process::getInstance().startAppMembersSync(createServiceStub);
+}
+
+bool takeBrowsers(Commands& commands, Browsers& browsers) {
+    const int started = startTakingBrowsers(commands, browsers);
     if (started < 0) {
         std::fprintf(stderr, "dtvserviced: cannot take browsers (%d); the log says why\n", started);
     }

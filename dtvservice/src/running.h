@@ -28,7 +28,9 @@ private:
     std::thread thread;
 };
 
-/// From now on browsers can connect, until stopTakingBrowsers(). False, with a line, if they cannot.
+/// From now on browsers can connect, until stopTakingBrowsers(). Negative if they cannot; the log says why.
+int startTakingBrowsers(Commands& commands, Browsers& browsers);
+/// The same at the start of a service: false, with a line for the user, if they cannot.
 bool takeBrowsers(Commands& commands, Browsers& browsers);
 void stopTakingBrowsers();
 

@@ -1,4 +1,5 @@
 // What scenarios do to a running set: events, commands and packets on their way.
+#include "eventually.h"
 #include "running_set.h"
 #include "scenarios_room.h"
 
@@ -176,6 +177,23 @@ TEST_F(ADisturbedSet, CannotStopAServiceOrCutABrowserOffWhereThePlatformCannot) 
     runs(R"({"steps":[{"at":0,"service-stopped":{"seconds":1}},{"at":0,"browser-disconnected":{}}]})");
     EXPECT_THAT(progress(), HasSubstr("this service has no transport to stop"));
     EXPECT_THAT(progress(), HasSubstr("this platform cannot end a connection"));
+}
+
+TEST_F(ADisturbedSet, TellsOnceThatBrowsersCannotConnectAgainAndTriesOn) {
+    constexpr int kTries = 3;
+    int tries = 0;
+    dtvservice::ServiceFaults faults(core, {[] {}, [&tries] { return ++tries == kTries; }}, [](dtvservice::FaultId) {});
+    std::string error;
+    const auto scenario = dtvservice::parseScenario(R"({"steps":[{"at":0,"service-stopped":{"seconds":1}}]})", error);
+    ASSERT_TRUE(scenario) << error;
+    EXPECT_EQ(faults.begin(scenario->steps[0], 0, 1), "");
+    faults.undo(1);
+    EXPECT_TRUE(eventually([&] {
+        settle();
+        return tries == kTries;
+    }));
+    EXPECT_THAT(logged::messages(), Contains("browsers cannot connect again yet; trying every second\n").Times(1));
+    EXPECT_THAT(logged::messages(), Contains("browsers can connect again\n").Times(1));
 }
 
 TEST_F(ADisturbedSet, DoesNothingWhileItIsFrozen) {
