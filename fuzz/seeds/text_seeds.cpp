@@ -18,6 +18,9 @@ constexpr const char* kRequests[] = {
     R"({"command":"engine","engine_status":1})",
     R"({"command":"stop-terminals"})",
     R"({"command":"status"})",
+    R"({"command":"scenario","text":"{\"seconds\":0,\"steps\":[{\"at\":0,\"packets-lost\":{\"percent\":9}}]}"})",
+    R"({"command":"scenario-progress","from":0})",
+    R"({"command":"scenario-stop"})",
 };
 
 void writeOperator(SeedFiles& files) {
