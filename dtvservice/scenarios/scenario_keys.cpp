@@ -172,7 +172,8 @@ const std::vector<Key>& scenarioKeys() {
         {"seconds", Kind::number, false, 0, kDay,
          "when the scenario, or a round, ends; without it, when all steps are done and all faults with an end are "
          "over"},
-        {"repeat", Kind::whole, false, 1, kMostRounds, "how many rounds; default 1"},
+        {"repeat", Kind::whole, false, 1, kMostRounds,
+         "how many rounds, which begin a tenth of a second apart at least; default 1"},
         {"stay", Kind::flag, false, 0, 0, "whether faults without an end stay when the scenario has ended"},
     };
     return kKeys;

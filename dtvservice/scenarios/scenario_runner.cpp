@@ -8,6 +8,9 @@ namespace dtvservice {
 
 namespace {
 
+/// Rounds without a length would leave no time for anything else.
+constexpr std::chrono::milliseconds kShortestRound{100};
+
 ScenarioRunner::Clock::duration of(Step::Duration duration) {
     return std::chrono::duration_cast<ScenarioRunner::Clock::duration>(duration);
 }
@@ -43,14 +46,14 @@ void ScenarioRunner::startRound() {
     ++round;
     lasting.clear();
     progress.assign(scenario_.steps.size(), {});
-    const Clock::time_point now = time.now();
+    roundBegin = round == 1 ? begin : std::max(time.now(), roundBegin + kShortestRound);
     for (std::size_t index = 0; index < scenario_.steps.size(); ++index) {
         if (scenario_.steps[index].upon == 0) {
-            postAt(now + of(scenario_.steps[index].at), [this, index] { run(index, 0); });
+            postAt(roundBegin + of(scenario_.steps[index].at), [this, index] { run(index, 0); });
         }
     }
     if (scenario_.length) {
-        postAt(now + of(*scenario_.length), [this] { endRound(); });
+        postAt(roundBegin + of(*scenario_.length), [this] { endRound(); });
     }
 }
 

@@ -92,6 +92,7 @@ private:
     std::uint64_t generation = 0;  // of rounds; tasks of earlier ones do nothing
     std::uint64_t round = 0;
     Clock::time_point begin;
+    Clock::time_point roundBegin;
     std::vector<Progress> progress;  // of each step, in this round
     std::set<FaultId> lasting;       // those with an end
     FaultId lastFault = 0;

@@ -53,8 +53,11 @@ std::string errorsOf(valijson::ValidationResults& results) {
     return text;
 }
 
-/// Adds the types of the object's keys; returns a key that had another type before.
-std::string otherType(const json& value, std::map<std::string, std::string>& types) {
+using Types = std::map<std::string, std::string>;
+
+/// Adds the types of the object's keys; returns a key that had another type before. A section has the standards' keys,
+/// which are apart from the others.
+std::string otherType(const json& value, Types& types, Types& ofSections) {
     std::string found;
     for (const auto& item : value.items()) {
         const json& member = item.value();
@@ -64,7 +67,8 @@ std::string otherType(const json& value, std::map<std::string, std::string>& typ
             found = known == type ? found : item.key() + " is a " + type + " and a " + known;
         }
         if (member.is_structured()) {
-            const std::string below = otherType(member, types);
+            const bool isSection = value.is_object() && item.key() == "table";
+            const std::string below = otherType(member, isSection ? ofSections : types, ofSections);
             found = below.empty() ? found : below;
         }
     }
@@ -72,7 +76,8 @@ std::string otherType(const json& value, std::map<std::string, std::string>& typ
 }
 
 testing::AssertionResult isValidLine(const std::string& line) {
-    static std::map<std::string, std::string> types;
+    static Types types;
+    static Types ofSections;
     const json object = json::parse(line, nullptr, false);
     if (!object.is_object()) {
         return testing::AssertionFailure() << "no JSON object: " << line;
@@ -82,7 +87,7 @@ testing::AssertionResult isValidLine(const std::string& line) {
     if (!validator.validate(schema(), Adapter(object), &results)) {
         return testing::AssertionFailure() << definitionOf(object) << errorsOf(results) << "\nin " << line;
     }
-    const std::string differing = otherType(object, types);
+    const std::string differing = otherType(object, types, ofSections);
     if (!differing.empty()) {
         return testing::AssertionFailure() << differing << ": " << line;
     }

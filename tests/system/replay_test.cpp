@@ -221,8 +221,10 @@ TEST(AReplayedRecording, LooksToAMonitorAsItWasRecorded) {
 }
 
 TEST(AReplayedRecording, IsRefusedBesideInputs) {
-    for (const std::vector<std::string>& options :
-         {std::vector<std::string>{"--input", SAMPLE_FILE}, {"--list", SAMPLE_FILE}, {"--once"}, {"--http", "0"}}) {
+    for (const std::vector<std::string>& options : {std::vector<std::string>{"--input", SAMPLE_FILE},
+                                                    {"--list", SAMPLE_FILE},
+                                                    {"--once"},
+                                                    {"--bitrate", "1000000"}}) {
         std::vector<std::string> arguments = {"--replay", kFile};
         arguments.insert(arguments.end(), options.begin(), options.end());
         ChildProcess service(DTVSERVICED, arguments, "refused");

@@ -203,6 +203,16 @@ TEST(AValidation, TellsWhatIsWrong) {
     EXPECT_TRUE(isValidJson(R"({"time":1.5,"event":"onCaDrmDisonnected","slot":1,"result":0})"));
 }
 
+TEST(AValidation, KeepsTheKeysOfSectionsApart) {
+    const std::string section = R"({"time":1,"event":"onSectionData","pid":17,"section":"00",)"
+                                R"("table":{"name":"n","table_id":1,"component_type":1,"bytes":"00"}})";
+    const std::string event =
+        R"({"time":1,"event":"onSelectedComponentChanged","component_index":0,"component_type":"video","pid":257,)"
+        R"("onid":1,"tsid":2,"sid":3})";
+    EXPECT_TRUE(isValidJson(section));
+    EXPECT_TRUE(isValidJson(event));
+}
+
 TEST(TheSchema, GivesAKeyOneTypeAndUnit) {
     const json whole = schema();
     std::map<std::string, json> types;

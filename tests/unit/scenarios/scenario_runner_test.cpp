@@ -190,6 +190,18 @@ TEST_F(ARunningScenario, UndoesFaultsBetweenItsRounds) {
     EXPECT_THAT(times, ElementsAre(1, 3, 5));
 }
 
+TEST_F(ARunningScenario, BeginsItsRoundsATenthOfASecondApartAtLeast) {
+    for (const char* const length : {"", R"("seconds":0,)"}) {
+        starts(std::string("{") + length + R"("repeat":1000,"steps":[{"at":0,"stop-terminals":{}}]})");
+        EXPECT_EQ(actions.take().size(), 2U) << "the step, and the end of the round";
+        pass(0.09);
+        EXPECT_THAT(actions.take(), IsEmpty());
+        pass(0.02);
+        EXPECT_EQ(actions.take().size(), 2U);
+        runner.stop();
+    }
+}
+
 TEST_F(ARunningScenario, GoesOnWhenAStepFails) {
     actions.problem = "no";
     starts(R"({"steps":[{"at":0,"signal-lost":{"seconds":5}},{"at":1,"stop-terminals":{}}]})");
