@@ -2,13 +2,10 @@
 #include "replay_service.h"
 
 #include <algorithm>
-#include <deque>
 #include <iterator>
 #include <nlohmann/json.hpp>
-#include <numeric>
 #include <utility>
 
-#include "browser_stage.h"
 #include "message_layout.h"
 #include "message_transfer.h"
 #include "service_log.h"
@@ -23,66 +20,6 @@ namespace {
 constexpr short kDone = 0;
 
 }  // namespace
-
-/// A live browser on its way through a recorded one.
-class ReplayService::Player {
-public:
-    Player(ReplayService& service, Browser browser, const RecordedBrowser& newRecorded, std::size_t newRound)
-        : recorded(newRecorded), round(newRound), stage(service.browsers, service.tap, browser) {
-        for (Lane& lane : lanesOf(recorded)) {
-            cursors.emplace_back(std::move(lane), service.choice.pace, made, stage, EventLoop::Clock::now());
-        }
-    }
-    Player(const Player&) = delete;
-    Player& operator=(const Player&) = delete;
-
-    /// Of what is no filter's.
-    const Cursor& main() const { return cursors.front(); }
-    Cursor::Found take(const message_fields::Message& command, const Cursor::Values& values) {
-        for (Cursor& cursor : cursors) {
-            if (const Cursor::Found found = cursor.take(command, values); found != Cursor::Found::none) {
-                return found;
-            }
-        }
-        return Cursor::Found::none;
-    }
-    std::optional<Cursor::Time> run(Cursor::Time now, std::size_t barrier) {
-        std::optional<Cursor::Time> next;
-        for (Cursor& cursor : cursors) {
-            const std::optional<Cursor::Time> again = cursor.run(now, barrier);
-            next = again && next ? std::min(*again, *next) : again ? again : next;
-        }
-        return next;
-    }
-    /// Whether both were recorded at the same time, and are replayed together.
-    bool isBeside(const Player& other) const {
-        return &recorded != &other.recorded && round == other.round && !recorded.steps.empty() &&
-               !other.recorded.steps.empty() && recorded.steps.front().record < other.recorded.steps.back().record &&
-               other.recorded.steps.front().record < recorded.steps.back().record;
-    }
-    void follow(const RecordedStep& command, Cursor::Time now) { cursors.front().follow(command, now); }
-    std::size_t done() const {
-        return std::accumulate(cursors.begin(), cursors.end(), std::size_t{0},
-                               [](std::size_t sum, const Cursor& cursor) { return sum + cursor.done(); });
-    }
-    std::size_t all() const {
-        return std::accumulate(cursors.begin(), cursors.end(), std::size_t{0},
-                               [](std::size_t sum, const Cursor& cursor) { return sum + cursor.all(); });
-    }
-
-    const RecordedBrowser& recorded;
-    const std::size_t round;  // how often its program's were replayed before
-    BrowserStage stage;
-    // What the others know.
-    std::size_t awaited = Cursor::kNoRecord;
-    const RecordedStep* last = nullptr;
-    std::optional<EventLoop::Clock::time_point> wakeUp;  // when a task runs it
-    bool hasToldEnd = false;
-
-private:
-    MadeValues made;
-    std::deque<Cursor> cursors;  // the first is main()
-};
 
 ReplayService::ReplayService(EventLoop& newLoop, std::string newName, Recording newRecording, const Choice& newChoice)
     : commands(
@@ -99,8 +36,6 @@ ReplayService::ReplayService(EventLoop& newLoop, std::string newName, Recording 
     requests.add("status", [this](const json&) { return describe(); });
     handleCommands();
 }
-
-ReplayService::~ReplayService() = default;
 
 void ReplayService::handleCommands() {
 #define COMMAND(identifier, operation, Message, fields) \
@@ -137,7 +72,7 @@ void ReplayService::answerWhatIsWaitedFor() {
 
 void ReplayService::connected(Browser browser) {
     browsers.add(browser);
-    const auto player = players.insert_or_assign(browser, newPlayer(browser)).first;
+    const auto player = players.insert_or_assign(browser, newReplayed(browser)).first;
     const RecordedBrowser& recorded = player->second->recorded;
     BLOG_TAGGED(blog::kOrdinary, "browser %u gets what browser %u of the recording got, %zu records\n", browser,
                 recorded.number, recorded.steps.size());
@@ -146,7 +81,7 @@ void ReplayService::connected(Browser browser) {
 
 /// A browser of several processes gets for each what that one got. A program that was not recorded gets what the others
 /// got.
-std::unique_ptr<ReplayService::Player> ReplayService::newPlayer(Browser browser) {
+std::unique_ptr<ReplayedBrowser> ReplayService::newReplayed(Browser browser) {
     const std::string program = tap.programOf(browser);
     std::vector<const RecordedBrowser*> fitting;
     std::copy_if(chosen.begin(), chosen.end(), std::back_inserter(fitting),
@@ -158,7 +93,8 @@ std::unique_ptr<ReplayService::Player> ReplayService::newPlayer(Browser browser)
         BLOG_TAGGED(blog::kUnsupported, "every recorded %s was replayed; the first one begins again\n",
                     isRecorded ? shownName(program).c_str() : "browser");
     }
-    return std::make_unique<Player>(*this, browser, *next[count % next.size()], count / next.size());
+    return std::make_unique<ReplayedBrowser>(*next[count % next.size()], count / next.size(), choice.pace, browsers,
+                                             tap, browser);
 }
 
 void ReplayService::gone(Browser browser) {
@@ -194,7 +130,7 @@ bool ReplayService::came(Browser asker, std::uint32_t identifier, const std::str
     return found == Cursor::Found::next || found == Cursor::Found::early;
 }
 
-void ReplayService::tell(Browser asker, const Player& player, const message_fields::Message& command,
+void ReplayService::tell(Browser asker, const ReplayedBrowser& player, const message_fields::Message& command,
                          Cursor::Found found) {
     if (found == Cursor::Found::next || !browsers.mayTell(asker)) {
         return;
@@ -219,7 +155,7 @@ void ReplayService::run(Browser browser) {
     if (found == players.end()) {
         return;
     }
-    Player& player = *found->second;
+    ReplayedBrowser& player = *found->second;
     const EventLoop::Clock::time_point now = EventLoop::Clock::now();
     const std::optional<EventLoop::Clock::time_point> next = player.run(now, barrierFor(player));
     if (player.main().isAtEnd() && !player.hasToldEnd) {
@@ -237,7 +173,7 @@ void ReplayService::run(Browser browser) {
 }
 
 /// The first record that another process has not sent yet.
-std::size_t ReplayService::barrierFor(const Player& player) const {
+std::size_t ReplayService::barrierFor(const ReplayedBrowser& player) const {
     std::size_t barrier = Cursor::kNoRecord;
     for (const auto& other : players) {
         if (player.isBeside(*other.second)) {
@@ -248,7 +184,7 @@ std::size_t ReplayService::barrierFor(const Player& player) const {
 }
 
 /// What one process of a browser has sent moves the others on.
-void ReplayService::moveOthers(const Player& player, EventLoop::Clock::time_point now) {
+void ReplayService::moveOthers(const ReplayedBrowser& player, EventLoop::Clock::time_point now) {
     for (const auto& [other, each] : players) {
         if (player.isBeside(*each)) {
             if (player.last != player.main().lastCommand()) {
@@ -261,7 +197,7 @@ void ReplayService::moveOthers(const Player& player, EventLoop::Clock::time_poin
 
 /// At any time there is a task for the next time at which something is due, and none for a later one is kept.
 void ReplayService::runAt(Browser browser, EventLoop::Clock::time_point time) {
-    Player& player = *players.at(browser);
+    ReplayedBrowser& player = *players.at(browser);
     if (!player.wakeUp || time < *player.wakeUp) {
         player.wakeUp = time;
         loop.postAt(time, [this, browser, time] { wake(browser, time); });

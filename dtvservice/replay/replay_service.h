@@ -13,8 +13,8 @@
 #include <string>
 
 #include "commands.h"
-#include "cursor.h"
 #include "operator_requests.h"
+#include "replayed_browser.h"
 
 namespace dtvservice {
 
@@ -29,7 +29,6 @@ public:
     ReplayService(EventLoop& newLoop, std::string newName, Recording newRecording, const Choice& newChoice);
     ReplayService(const ReplayService&) = delete;
     ReplayService& operator=(const ReplayService&) = delete;
-    ~ReplayService();
 
     BusTap tap;
     Browsers browsers{tap};
@@ -39,13 +38,11 @@ public:
     OperatorRequests::Answer answer(const std::string& request) const;
 
 private:
-    class Player;
-
     void handleCommands();
     void answerWhatIsWaitedFor();
     void connected(Browser browser);
     void gone(Browser browser);
-    std::unique_ptr<Player> newPlayer(Browser browser);
+    std::unique_ptr<ReplayedBrowser> newReplayed(Browser browser);
     void openQueue(Browser browser, const std::string& name);
     /// Whether the recording answers the command.
     template <typename Command, typename... Values>
@@ -53,10 +50,11 @@ private:
         return came(asker, Command::header().messageId, MessageImage::of(values...));
     }
     bool came(Browser asker, std::uint32_t identifier, const std::string& image);
-    void tell(Browser asker, const Player& player, const message_fields::Message& command, Cursor::Found found);
+    void tell(Browser asker, const ReplayedBrowser& player, const message_fields::Message& command,
+              Cursor::Found found);
     void run(Browser browser);
-    std::size_t barrierFor(const Player& player) const;
-    void moveOthers(const Player& player, EventLoop::Clock::time_point now);
+    std::size_t barrierFor(const ReplayedBrowser& player) const;
+    void moveOthers(const ReplayedBrowser& player, EventLoop::Clock::time_point now);
     void runAt(Browser browser, EventLoop::Clock::time_point time);
     void wake(Browser browser, EventLoop::Clock::time_point time);
     nlohmann::json describe() const;
@@ -68,7 +66,7 @@ private:
     std::vector<const RecordedBrowser*> chosen;
     std::map<std::string, std::size_t> begun;  // recorded browsers of a program, again and again
     OperatorRequests requests;
-    std::map<Browser, std::unique_ptr<Player>> players;
+    std::map<Browser, std::unique_ptr<ReplayedBrowser>> players;
 };
 
 }  // namespace dtvservice
