@@ -12,6 +12,18 @@ include(GoogleTest)
 # is optimised.
 set(DTV_TEST_OPTIONS -O0)
 
+# Test programs are linked with mold where it is installed, in a third of the processor time. What ships is not: with mold a
+# call into another library takes an instruction or two more.
+include(CheckLinkerFlag)
+set(DTV_TEST_LINKER)
+if(NOT CMAKE_CROSSCOMPILING)
+  check_linker_flag(CXX -fuse-ld=mold DTV_HAS_MOLD)
+  if(DTV_HAS_MOLD)
+    # It tidies up before it says that it has ended, so the processor time of a build is all of it.
+    set(DTV_TEST_LINKER -fuse-ld=mold -Wl,--no-fork)
+  endif()
+endif()
+
 # One precompiled header serves all test programs. The compiler accepts it only with identical options, so the library
 # that owns it uses the options of a program (-fPIE).
 add_library(dtv_test_headers OBJECT ${PROJECT_SOURCE_DIR}/tests/support/test_headers.cpp)
@@ -54,6 +66,7 @@ function(dtv_add_test name)
   add_executable(${name} ${TEST_SOURCES})
   target_link_libraries(${name} PRIVATE dtv_warnings GTest::gmock GTest::gtest_main ${TEST_LIBRARIES})
   target_compile_options(${name} PRIVATE ${DTV_TEST_OPTIONS})
+  target_link_options(${name} PRIVATE ${DTV_TEST_LINKER})
   target_precompile_headers(${name} REUSE_FROM dtv_test_headers)
   if(NOT TEST_TIMEOUT)
     set(TEST_TIMEOUT 300)

@@ -5,7 +5,6 @@ build_packages=(
     cmake            # configures
     ninja-build      # builds
     g++              # compiles
-    mold             # links
     libboost-dev     # shared pointers, locks, text conversion, interprocess queue (headers only)
     uuid-dev         # session names
     libbitstream-dev # fields of PSI and SI tables
@@ -22,6 +21,7 @@ pack_packages=(
 test_packages=(
     libgtest-dev # test framework
     libgmock-dev # matchers
+    mold         # links the test programs
     groff-base   # checks of the manual pages
     tshark       # reads recordings of the bus with the generated dissector
     tstools      # independent analysis of the generated broadcast
