@@ -137,10 +137,10 @@ TEST(TheTransport, LetsClientsWaitWhileItHasNoDescriptors) {
     for (int count = 0; count < 40; ++count) {
         clients.push_back(std::make_unique<RawClient>("scarce"));
     }
-    ASSERT_TRUE(eventually([] { return timesLogged("clients must wait: Too many open files") == 1; }));
+    ASSERT_TRUE(eventually([] { return timesLogged("clients must wait: Too many open files") >= 1; })) << logText();
     const long waits = waitsOf(child);
     EXPECT_TRUE(eventually([&] { return waitsOf(child) >= waits + 3; })) << "a thread that spins never waits";
-    EXPECT_EQ(timesLogged("clients must wait"), 1U);
+    EXPECT_LE(timesLogged("clients must wait"), 3U) << "again only for what two earlier clients have given back";
     ASSERT_EQ(prlimit(child, RLIMIT_NOFILE, &before, nullptr), 0);
     for (const std::unique_ptr<RawClient>& client : clients) {
         client->send({1});
