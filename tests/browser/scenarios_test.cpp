@@ -15,6 +15,7 @@ std::string changedTo(const std::string& channel) {
     return "ChannelChangeSucceeded ccid:1.1025." + channel;
 }
 
+const std::vector<std::string> kGoneAndBack = {"PlayStateChange 1 100", kPresenting};
 /// A tune to the second service.
 const std::vector<std::string> kSecond = {kConnecting, changedTo("28107"), kPresenting};
 
@@ -134,10 +135,11 @@ TEST_P(AnApplicationInAnExample, IsToldWhatHappensAndGoesOn) {
     }
     EXPECT_EQ(events(GetParam().events.size()), GetParam().events);
     scenario.ends();
+    const std::size_t connections = GetParam().events == kGoneAndBack ? 2 : 1;
+    EXPECT_TRUE(eventually([&] { return browser->count("service: connected") == connections; }))
+        << "the remote control tunes by a connection of its own";
     goesOn();
 }
-
-const std::vector<std::string> kGoneAndBack = {"PlayStateChange 1 100", kPresenting};
 
 INSTANTIATE_TEST_SUITE_P(Of, AnApplicationInAnExample,
                          testing::Values(Story{"tune", false, kSecond}, Story{"signal-lost", false, kSecond},
