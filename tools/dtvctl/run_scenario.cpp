@@ -1,12 +1,11 @@
 // Asks for the progress of a scenario ten times a second.
 #include "run_scenario.h"
 
-#include <signal.h>
-
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
-#include <ctime>
 
+#include "ending_signals.h"
 #include "safe_json.h"
 #include "scenario_file.h"
 #include "text/printable.h"
@@ -17,26 +16,7 @@ using nlohmann::json;
 
 namespace {
 
-/// SIGINT and SIGTERM, which wait until they are asked for.
-class EndingSignals {
-public:
-    EndingSignals() {
-        sigemptyset(&signals);
-        sigaddset(&signals, SIGINT);
-        sigaddset(&signals, SIGTERM);
-        sigprocmask(SIG_BLOCK, &signals, nullptr);
-    }
-    /// Whether one comes within a tenth of a second.
-    bool come() const {
-        constexpr std::int32_t kTenth = 100000000;
-        std::timespec longest{};
-        longest.tv_nsec = kTenth;
-        return sigtimedwait(&signals, nullptr, &longest) > 0;
-    }
-
-private:
-    sigset_t signals{};
-};
+constexpr std::chrono::milliseconds kPace{100};
 
 /// Shows what has happened since the last time.
 class Progress {
@@ -111,7 +91,7 @@ bool runScenario(ServiceClient& client, const std::string& path, const std::stri
     Progress progress(client, started.at("scenario_number").get<std::uint64_t>(), asJson);
     bool wasEnded = false;
     while (progress.show()) {
-        if (!wasEnded && (signals.come() || std::ferror(stdout) != 0)) {
+        if (!wasEnded && (signals.comeWithin(kPace) || std::ferror(stdout) != 0)) {
             client.ask({{"command", "scenario-stop"}});
             wasEnded = true;
         }

@@ -2,18 +2,12 @@
 #include "live_records.h"
 
 #include <poll.h>
-#include <signal.h>
-#include <sys/signalfd.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <memory>
-#include <stdexcept>
 
+#include "ending_signals.h"
 #include "service_client.h"
 
 namespace dtvmon {
@@ -21,30 +15,6 @@ namespace dtvmon {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-/// Becomes readable at SIGINT or SIGTERM.
-class EndingSignals {
-public:
-    EndingSignals() {
-        sigset_t signals{};
-        sigemptyset(&signals);
-        sigaddset(&signals, SIGINT);
-        sigaddset(&signals, SIGTERM);
-        sigprocmask(SIG_BLOCK, &signals, nullptr);
-        descriptor = signalfd(-1, &signals, SFD_CLOEXEC);
-        if (descriptor < 0) {
-            throw std::runtime_error(std::string("no descriptor for signals: ") + std::strerror(errno));
-        }
-    }
-    EndingSignals(const EndingSignals&) = delete;
-    EndingSignals& operator=(const EndingSignals&) = delete;
-    ~EndingSignals() { close(descriptor); }
-
-    int fd() const { return descriptor; }
-
-private:
-    int descriptor = -1;
-};
 
 /// Milliseconds for poll().
 int leftUntil(Clock::time_point end) {
@@ -55,7 +25,7 @@ int leftUntil(Clock::time_point end) {
 }  // namespace
 
 void followService(const std::string& socket, std::optional<std::chrono::seconds> longest, const Following& following) {
-    const EndingSignals signals;
+    const dtvctl::EndingSignals signals;
     dtvctl::ServiceClient client(socket);
     client.ask({{"command", "monitor"}});
     control::Connection connection = client.release();
