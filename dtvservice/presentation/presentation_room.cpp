@@ -5,6 +5,7 @@
 
 #include "channel_list.h"
 #include "request_values.h"
+#include "sent_together.h"
 
 namespace dtvservice {
 
@@ -102,12 +103,14 @@ void PresentationRoom::cmdDtvInfoRequest(Browser asker) {
 /// Sends all that a tune sends, because unchanged tables are not sent again later.
 void PresentationRoom::browserConnected(Browser browser) {
     if (core.presented() != nullptr) {
+        const SentTogether together;
         tellServiceInfo(browser);
         core.tellPresented({browser});
     }
 }
 
 void PresentationRoom::present(Multiplex& multiplex, const Channel& channel) {
+    const SentTogether together;
     toldTriplet = channel.triplet();
     core.present(multiplex, channel);
     if (core.mayTell(multiplex)) {

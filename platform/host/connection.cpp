@@ -55,6 +55,11 @@ std::size_t longestPacketOf(int descriptor) {
                    : Connection::kLargestPacket;
 }
 
+/// The result of two sends, one after the other: an error, else whether something is queued.
+int ofBoth(int first, int second) {
+    return std::min(first, second) < 0 ? std::min(first, second) : std::max(first, second);
+}
+
 bool noRoom(int error) {
     return error == EAGAIN || error == EWOULDBLOCK || error == ENOBUFS;
 }
@@ -65,7 +70,8 @@ Connection::Connection(int connectedSocket, std::uint32_t peerNumber)
     : pace(settings().clientRate),
       descriptor(connectedSocket),
       peerNumber_(peerNumber),
-      longestPacket(longestPacketOf(connectedSocket)) {}
+      longestPacket(longestPacketOf(connectedSocket)),
+      held(longestPacket) {}
 
 Connection::~Connection() {
     close(descriptor);
@@ -73,6 +79,38 @@ Connection::~Connection() {
 
 int Connection::send(const std::uint8_t* packet, std::size_t length, const std::shared_ptr<SectionRing>& ring) {
     const locks::Lock lock(mutex);
+    const int before = sendHeldNow();
+    return ofBoth(before, sendNow(packet, length, ring));
+}
+
+int Connection::hold(const std::uint8_t* message, std::size_t length) {
+    const locks::Lock lock(mutex);
+    if (isCutOff) {
+        return -ENOTCONN;
+    }
+    if (held.add(message, length)) {
+        return 0;
+    }
+    const int before = sendHeldNow();
+    return before < 0 || held.add(message, length) ? before : ofBoth(before, sendNow(message, length, nullptr));
+}
+
+int Connection::sendHeld() {
+    const locks::Lock lock(mutex);
+    return sendHeldNow();
+}
+
+int Connection::sendHeldNow() {
+    if (held.empty()) {
+        return 0;
+    }
+    const SeveralMessages::Packet packet = held.packet();
+    const int result = sendNow(packet.bytes, packet.length, nullptr);
+    held.clear();
+    return result;
+}
+
+int Connection::sendNow(const std::uint8_t* packet, std::size_t length, const std::shared_ptr<SectionRing>& ring) {
     if (isCutOff) {
         return -ENOTCONN;
     }

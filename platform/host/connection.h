@@ -1,6 +1,6 @@
 // Connection: one socket to one peer process. Packets leave in the order of their sends. A packet that the socket does
 // not accept at once waits in a bounded queue, which another thread flushes when there is room.
-// Threads: send(), cutOff(), waiting() and flush() from any; the rest as it is said there.
+// Threads: send(), hold(), sendHeld(), cutOff(), waiting() and flush() from any; the rest as it is said there.
 // Blocks:  never.
 // Locks:   mutex guards the outgoing queue and the order on the socket.
 // Fails:   with negative error numbers.
@@ -18,6 +18,7 @@
 #include "locks/lock.h"
 #include "reading_pace.h"
 #include "section_ring.h"
+#include "several_messages.h"
 
 namespace host {
 
@@ -41,6 +42,11 @@ public:
     /// Sends a packet with one system call, or queues it. A ring's descriptor is attached to the packet.
     /// 0 when sent; 1 when queued: somebody must then watch for room and flush; negative when neither.
     int send(const std::uint8_t* packet, std::size_t length, const std::shared_ptr<SectionRing>& ring = nullptr);
+    /// Keeps the message for a packet of several, which leaves when it is full, by sendHeld(), or before the next send.
+    /// Only services do so. 0 when kept; 1 when an older packet was queued by that; negative when not kept.
+    int hold(const std::uint8_t* message, std::size_t length);
+    /// Sends what is held. As send().
+    int sendHeld();
     /// Ends the connection: its receive ends, and sends fail.
     void cutOff();
     /// Whether packets are queued.
@@ -63,10 +69,15 @@ private:
         std::shared_ptr<SectionRing> ring;  // may be null
     };
 
+    int sendNow(const std::uint8_t* packet, std::size_t length, const std::shared_ptr<SectionRing>& ring)
+        REQUIRES(mutex);
+    int sendHeldNow() REQUIRES(mutex);
+
     const int descriptor;
     const std::uint32_t peerNumber_;
     const std::size_t longestPacket;
     std::mutex mutex;
+    SeveralMessages held GUARDED_BY(mutex);
     std::deque<Packet> outgoing GUARDED_BY(mutex);
     std::size_t waitingBytes GUARDED_BY(mutex) = 0;
     bool isCutOff GUARDED_BY(mutex) = false;

@@ -6,6 +6,8 @@
 //    |        | word   | face id| id     |    |        | action | length |
 //    +--------+--------+--------+--------+----+--------+--------+--------+-- - -
 //
+// A packet that begins with "DTVM" has several messages (several_messages.h).
+//
 // A packet that begins with "DTVQ" has no envelope. A client gives a section queue to the service with it: the queue's
 // name stands behind the mark, and the descriptor of its memory is attached. A packet of "DTVA" comes before it,
 // because a service looks for a descriptor only when one is announced: to look makes each receive slower.

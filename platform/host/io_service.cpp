@@ -14,6 +14,7 @@
 
 #include "descriptors.h"
 #include "envelope.h"
+#include "held_messages.h"
 #include "host_log.h"
 #include "platform_common/io_backend.h"
 #include "platform_common/record_image.h"
@@ -161,10 +162,7 @@ int IOService::sendTo(const Connections& targets, const frame::MsgIds& ids, cons
         if (ids.peer != frame::kAnyId && ids.peer != target->peer()) {
             continue;
         }
-        int sent = target->send(packet, length);
-        if (sent > 0) {
-            sent = letFlush(target) ? 0 : -ENOTCONN;
-        }
+        const int sent = sendOn(target, packet, length);
         // A send to all browsers succeeds even when one of them disconnects meanwhile.
         const bool toOne = !isService() || ids.peer != frame::kAnyId;
         if (toOne || sent == -EMSGSIZE) {
@@ -172,6 +170,21 @@ int IOService::sendTo(const Connections& targets, const frame::MsgIds& ids, cons
         }
     }
     return result;
+}
+
+int IOService::sendOn(const std::shared_ptr<Connection>& target, const std::uint8_t* packet, std::size_t length) {
+    const bool isHeld = isService() && HeldMessages::instance().isMine();
+    if (isHeld) {
+        HeldMessages::instance().add(shared_from_this(), target);
+    }
+    const int sent = isHeld ? target->hold(packet, length) : target->send(packet, length);
+    return sent <= 0 ? sent : letFlush(target) ? 0 : -ENOTCONN;
+}
+
+void IOService::sendHeld(const std::shared_ptr<Connection>& connection) {
+    if (connection->sendHeld() > 0) {
+        letFlush(connection);
+    }
 }
 
 /// Packets wait until the connection's socket has room. False if nobody can send them then: the connection is cut off.

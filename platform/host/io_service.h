@@ -48,6 +48,8 @@ public:
     bool ready() const { return wakeUp >= 0 && (!isService() || sockets >= 0); }
     int start();
     void stop();
+    /// A service: sends what the connection holds.
+    void sendHeld(const std::shared_ptr<Connection>& connection);
     /// A client: gives the queue to the services that it is connected to.
     void offer(const NamedQueue& queue) EXCLUDES(mutex);
 
@@ -103,6 +105,7 @@ private:
     void releaseFormer() EXCLUDES(mutex);
     int sendTo(const Connections& targets, const frame::MsgIds& ids, const frame::MsgMeta& header,
                const ovxEndianTable& table, const void* record);
+    int sendOn(const std::shared_ptr<Connection>& target, const std::uint8_t* packet, std::size_t length);
     int noteAndSend(const frame::MsgIds& ids, const frame::MsgMeta& header, const ovxEndianTable& table,
                     const void* record);
     bool letFlush(const std::shared_ptr<Connection>& connection) EXCLUDES(mutex);
@@ -117,6 +120,8 @@ private:
     static bool give(Connection& connection, const std::vector<NamedQueue>& queues);
     Received receive(Connection& connection, Inbox& inbox, int flags);
     void take(Connection& connection, Inbox& inbox, std::size_t length, int attached);
+    void takeSeveral(Connection& connection, Inbox& inbox, std::size_t length);
+    void takeMessage(Connection& connection, Inbox& inbox, std::uint8_t* packet, std::size_t length);
     void takeQueue(Connection& connection, const std::string& name, int attached);
     void drop(Connection& connection, const std::string& reason, std::uint32_t message = 0);
     Turns* turnsOfHandlers() { return isService() ? &turns : nullptr; }

@@ -16,6 +16,7 @@
 #include "io_service.h"
 #include "peer_processes.h"
 #include "plain_calls.h"
+#include "several_messages.h"
 
 namespace host {
 
@@ -230,6 +231,29 @@ void IOService::take(Connection& connection, Inbox& inbox, std::size_t length, i
         takeQueue(connection, std::string(text.substr(kQueueMark.size())), attached);
         return;
     }
+    if (!isService() && text.substr(0, kSeveralMark.size()) == kSeveralMark) {
+        takeSeveral(connection, inbox, length);
+        return;
+    }
+    takeMessage(connection, inbox, packet, length);
+}
+
+/// A service takes none: it counts the packets of a client that sends too much, and not their messages.
+void IOService::takeSeveral(Connection& connection, Inbox& inbox, std::size_t length) {
+    ReceivedMessages messages(inbox.packet.get() + kSeveralMark.size(), length - kSeveralMark.size());
+    ReceivedMessages::Message message{};
+    std::string error;
+    while (!stopping && messages.next(message, error)) {
+        takeMessage(connection, inbox, message.bytes, message.length);
+    }
+    if (!error.empty()) {
+        drop(connection, error);
+    }
+}
+
+/// Handles a message, behind which there is room for a byte.
+void IOService::takeMessage(Connection& connection, Inbox& inbox, std::uint8_t* packet, std::size_t length) {
+    const std::string_view text(reinterpret_cast<const char*>(packet), length);
     Envelope envelope;
     std::string error;
     if (!unpackEnvelope(packet, length, envelope, error)) {

@@ -1,5 +1,5 @@
-// Which system calls a question and its answer take, in the browser and in the service together. Both run under
-// ptrace(); the difference between many and twice as many questions leaves out start and end, and other browsers.
+// Which system calls a question and its answer take, and a tune, in the browser and in the service together. Both run
+// under ptrace(); the difference between many and twice as many leaves out start and end, and other browsers.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/ptrace.h>
@@ -8,17 +8,21 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <thread>
 
 #include "idle_browser.h"
 #include "questions.h"
 #include "quiet_run_directory.h"
+#include "reference_service.h"
+#include "zapper.h"
 
 namespace {
 
-constexpr std::int64_t kQuestions = 500;
+constexpr std::int64_t kTrips = 500;
 /// Between an answer and the next question, so that each message comes alone: after its receiver waits again.
 constexpr std::chrono::milliseconds kPause{2};
 
@@ -64,15 +68,27 @@ void ask(std::int64_t count, std::int64_t otherBrowsers) {
     }
 }
 
-/// Nothing if this process may not trace.
-std::optional<Counts> countsOfAsking(std::int64_t questions, std::int64_t otherBrowsers) {
+void zap(std::int64_t count) {
+    const bench::ReferenceService service;
+    const auto zapper = std::make_shared<bench::Zapper>();
+    bench::dvbApi().addListener(zapper);
+    bench::waitForService();
+    zapper->zap(2);  // ends when the tables of both services are known
+    for (; count > 0; --count) {
+        zapper->zap(1);
+        std::this_thread::sleep_for(kPause);
+    }
+}
+
+/// Of a process that does this; nothing if this process may not trace.
+std::optional<Counts> countsOf(const std::function<void()>& action) {
     const pid_t child = fork();
     if (child == 0) {
         if (ptrace(PTRACE_TRACEME, 0, 0, 0) != 0) {
             _exit(1);
         }
         raise(SIGSTOP);
-        ask(questions, otherBrowsers);
+        action();
         _exit(0);
     }
     int status = 0;
@@ -80,27 +96,47 @@ std::optional<Counts> countsOfAsking(std::int64_t questions, std::int64_t otherB
     return WIFSTOPPED(status) ? std::optional(countsOf(child)) : std::nullopt;
 }
 
+/// Of kTrips actions more; nothing if this process may not trace.
+std::optional<Counts> countsOfTrips(const std::function<void(std::int64_t count)>& trips) {
+    const std::optional<Counts> some = countsOf([&trips] { trips(kTrips); });
+    std::optional<Counts> more = some ? countsOf([&trips] { trips(2 * kTrips); }) : std::nullopt;
+    if (more) {
+        for (const auto& [call, count] : *some) {
+            (*more)[call] -= count;
+        }
+    }
+    return more;
+}
+
+/// One packet each way, and no other call for messages.
+void expectOnePacketEachWay(Counts counts) {
+    // What the start takes once more or less.
+    constexpr double kFew = static_cast<double>(kTrips) / 10;
+    EXPECT_NEAR(static_cast<double>(counts[SYS_sendto]), 2.0 * kTrips, kFew);
+    EXPECT_NEAR(static_cast<double>(counts[SYS_recvfrom]), 2.0 * kTrips, kFew);
+    for (const int call : {SYS_epoll_pwait, SYS_read, SYS_poll, SYS_ppoll, SYS_recvmsg, SYS_sendmsg}) {
+        EXPECT_LT(static_cast<double>(counts[static_cast<std::uint64_t>(call)]), kFew) << "call " << call;
+    }
+}
+
 }  // namespace
 
 class AQuestionAndItsAnswer : public testing::TestWithParam<std::int64_t> {};
 
 TEST_P(AQuestionAndItsAnswer, TakeASendAndAReceiveEachAndNoOtherWaitWhateverTheNumberOfBrowsers) {
-    const std::optional<Counts> some = countsOfAsking(kQuestions, GetParam());
-    if (!some) {
+    const std::optional<Counts> counts = countsOfTrips([](std::int64_t count) { ask(count, GetParam()); });
+    if (!counts) {
         GTEST_SKIP() << "this process may not trace others";
     }
-    Counts more = *countsOfAsking(2 * kQuestions, GetParam());
-    for (const auto& [call, count] : *some) {
-        more[call] -= count;
-    }
-    // What the start takes once more or less.
-    constexpr double kTrips = kQuestions;
-    constexpr double kFew = kTrips / 10;
-    EXPECT_NEAR(static_cast<double>(more[SYS_sendto]), 2 * kTrips, kFew);
-    EXPECT_NEAR(static_cast<double>(more[SYS_recvfrom]), 2 * kTrips, kFew);
-    for (const int call : {SYS_epoll_pwait, SYS_read, SYS_poll, SYS_ppoll, SYS_recvmsg, SYS_sendmsg}) {
-        EXPECT_LT(static_cast<double>(more[static_cast<std::uint64_t>(call)]), kFew) << "call " << call;
-    }
+    expectOnePacketEachWay(*counts);
 }
 
 INSTANTIATE_TEST_SUITE_P(OtherBrowsers, AQuestionAndItsAnswer, testing::Values(0, 16));
+
+TEST(ATune, IsOnePacketAndAllThatIsToldOfItsServiceAnother) {
+    const std::optional<Counts> counts = countsOfTrips(zap);
+    if (!counts) {
+        GTEST_SKIP() << "this process may not trace others";
+    }
+    expectOnePacketEachWay(*counts);
+}

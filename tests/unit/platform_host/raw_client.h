@@ -8,6 +8,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -51,6 +52,10 @@ public:
         }
         EXPECT_EQ(sendmsg(descriptor, &message, MSG_NOSIGNAL), static_cast<ssize_t>(packet.size()));
     }
+    /// The next packet.
+    std::string received() const { return receivedWith(0); }
+    /// The next packet if it is there; else nothing.
+    std::string receivedNow() const { return receivedWith(MSG_DONTWAIT); }
     /// Bytes that the service has not received yet.
     int unread() const {
         int bytes = -1;
@@ -60,6 +65,12 @@ public:
     bool good = false;
 
 private:
+    std::string receivedWith(int flags) const {
+        std::string packet(std::size_t{1} << 16U, '\0');
+        const ssize_t length = recv(descriptor, packet.data(), packet.size(), flags);
+        return packet.substr(0, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+    }
+
     int descriptor;
 };
 
