@@ -26,6 +26,7 @@ SiDatabase::Service::Service(SiDatabase& database, const Channel& channel)
                   database.addApplication(*this, parsed, section, update);
                   return;
               }
+              pmtFields = parsed;
               ait.follow(parsed);
               database.listener.onPmt(database, id, copyOf(section), update == Update::changed);
           }) {}
@@ -54,6 +55,11 @@ Section SiDatabase::pmt(std::uint16_t serviceId) const {
         return {};
     }
     return added == nullptr ? service->pmt.section() : service->toldPmt;
+}
+
+const si::Pmt* SiDatabase::pmtFields(std::uint16_t serviceId) const {
+    const Service* const service = serviceOf(serviceId);
+    return service == nullptr || !service->pmtFields ? nullptr : &*service->pmtFields;
 }
 
 std::vector<Section> SiDatabase::eit(std::uint16_t serviceId) const {
@@ -144,6 +150,8 @@ void SiDatabase::addApplication(Service& service, const si::Pmt& pmt, si::Bytes 
     const std::optional<Section> changed = added->signalledIn(pmt);
     const bool isFirst = service.toldPmt.empty();
     service.toldPmt = changed ? *changed : copyOf(section);
+    std::string error;
+    service.pmtFields = si::parsePmt(service.toldPmt, error);
     if (!changed) {
         listener.onPmtWithoutRoom(*this, pmt.serviceId);
     }

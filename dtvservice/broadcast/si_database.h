@@ -63,6 +63,8 @@ public:
     }
     /// The latest section, with the added application; empty if none has arrived.
     Section pmt(std::uint16_t serviceId) const;
+    /// Its fields; null if none has arrived.
+    const si::Pmt* pmtFields(std::uint16_t serviceId) const;
     /// The sections that have arrived: present, then following.
     std::vector<Section> eit(std::uint16_t serviceId) const;
     /// The sections that have arrived, in the order of PID and section_number; or that of the added application.
@@ -83,6 +85,7 @@ private:
         AitTable ait;
         EitTable eit;
         PmtTable pmt;
+        std::optional<si::Pmt> pmtFields;
         Section toldPmt;         // with the added application
         bool toldAdded = false;  // the added application's AIT has been told
     };

@@ -45,8 +45,7 @@ void CarouselsRoom::pmtChanged(const Channel& channel, const Section&, bool) {
 }
 
 void CarouselsRoom::follow(const Channel& channel) {
-    std::string error;
-    if (const std::optional<si::Pmt> pmt = si::parsePmt(core.received().si.pmt(channel.serviceId), error)) {
+    if (const si::Pmt* const pmt = core.received().si.pmtFields(channel.serviceId)) {
         mounts.follow(core.received().demux, channel, *pmt,
                       [&si = core.received().si](std::uint16_t serviceId) { return si.pmt(serviceId); });
     } else {

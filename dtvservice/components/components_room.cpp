@@ -82,9 +82,8 @@ void ComponentsRoom::cmdUnselectComponent(Browser asker, ComponentType wanted) {
 /// Nothing until a valid PMT has arrived.
 std::optional<std::vector<si::Component>> ComponentsRoom::listOf(const Channel& channel) const {
     const broadcast::SiDatabase& si = core.received().si;
-    std::string error;
-    const std::optional<si::Pmt> pmt = si::parsePmt(si.pmt(channel.serviceId), error);
-    if (!pmt) {
+    const si::Pmt* const pmt = si.pmtFields(channel.serviceId);
+    if (pmt == nullptr) {
         return std::nullopt;
     }
     return si::components(*pmt, presentEvent(si.eit(channel.serviceId)));

@@ -78,10 +78,8 @@ json StreamEventsRoom::signal(const json& request) {
         throw std::invalid_argument("data has more than " + std::to_string(kMostData) + " bytes");
     }
     const Channel* const channel = core.presented();
-    std::string error;
-    const std::optional<si::Pmt> pmt =
-        channel == nullptr ? std::nullopt : si::parsePmt(core.received().si.pmt(channel->serviceId), error);
-    if (!pmt) {
+    const si::Pmt* const pmt = channel == nullptr ? nullptr : core.received().si.pmtFields(channel->serviceId);
+    if (pmt == nullptr) {
         throw std::invalid_argument("no service is presented whose PMT is known");
     }
     const std::uint16_t pid = eventPidOf(*pmt, request);
@@ -101,8 +99,7 @@ void StreamEventsRoom::pmtChanged(const Channel& channel, const Section&, bool) 
 
 /// The listeners rest while the PMT of a newly presented service has not arrived.
 void StreamEventsRoom::follow(const Channel& channel) {
-    std::string error;
-    if (const std::optional<si::Pmt> pmt = si::parsePmt(core.received().si.pmt(channel.serviceId), error)) {
+    if (const si::Pmt* const pmt = core.received().si.pmtFields(channel.serviceId)) {
         listeners.follow(core.received().demux, channel, *pmt);
     } else {
         listeners.rest();

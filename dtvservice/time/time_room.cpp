@@ -62,8 +62,7 @@ void TimeRoom::pmtChanged(const Channel& channel, const Section&, bool) {
 }
 
 void TimeRoom::follow(const Channel& channel) {
-    std::string error;
-    if (const std::optional<si::Pmt> pmt = si::parsePmt(core.received().si.pmt(channel.serviceId), error)) {
+    if (const si::Pmt* const pmt = core.received().si.pmtFields(channel.serviceId)) {
         timelines.follow(core.received().demux, si::components(*pmt, {}), pmt->pcrPid);
     }
 }

@@ -31,6 +31,10 @@ std::uint32_t get(const std::uint8_t* at) {
 
 }  // namespace
 
+bool beginsEnvelope(const std::uint8_t* packet, std::size_t length) {
+    return length >= sizeof kMagic && get(packet) == kMagic;
+}
+
 void packEnvelope(const Envelope& envelope, std::uint8_t* bytes) {
     std::memset(bytes, 0, kEnvelopeSize);
     put(bytes, kMagic);

@@ -36,6 +36,9 @@ struct Envelope {
     std::uint32_t imageLength = 0;
 };
 
+/// Whether the packet begins with the envelope's mark.
+bool beginsEnvelope(const std::uint8_t* packet, std::size_t length);
+
 /// Writes kEnvelopeSize bytes.
 void packEnvelope(const Envelope& envelope, std::uint8_t* bytes);
 

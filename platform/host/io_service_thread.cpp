@@ -221,6 +221,10 @@ void IOService::take(Connection& connection, Inbox& inbox, std::size_t length, i
         return;
     }
     std::uint8_t* const packet = inbox.packet.get();
+    if (beginsEnvelope(packet, length)) {
+        takeMessage(connection, inbox, packet, length);
+        return;
+    }
     const std::string_view text(reinterpret_cast<const char*>(packet), length);
     if (text == kQueueAnnounced) {
         ++connection.queuesAnnounced;

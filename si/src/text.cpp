@@ -100,9 +100,18 @@ std::string toUtf8In(const char* encoding, Bytes text) {
     return withoutControls(convert(encoding, withoutMarks(text)));
 }
 
+/// Letters, digits and the like are the same bytes in the default table and in UTF-8. Most texts have nothing else, and
+/// to begin a conversion takes longer than all the rest.
+bool isAscii(Bytes text) {
+    return std::all_of(text.data, text.data + text.size, [](std::uint8_t byte) { return byte >= 0x20 && byte < 0x7F; });
+}
+
 }  // namespace
 
 std::string toUtf8(Bytes text) {
+    if (isAscii(text)) {
+        return std::string(reinterpret_cast<const char*>(text.data), text.size);
+    }
     const std::uint8_t* first = text.data;
     std::size_t length = text.size;
     const bool sixteenBit = length != 0 && (first[0] == 0x11 || first[0] == 0x14);

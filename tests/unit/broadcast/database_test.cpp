@@ -152,6 +152,34 @@ TEST_F(ADatabase, KeepsTheSectionsAsTheyWereBroadcast) {
     EXPECT_TRUE(database.pmt(1).empty());
 }
 
+TEST_F(ADatabase, HasTheFieldsOfTheLatestPmt) {
+    const tsmake::Service& service = sample.services[0];
+    send(0, tsmake::patSection(sample));
+    EXPECT_EQ(database.pmtFields(28106), nullptr);
+    EXPECT_EQ(database.pmtFields(1), nullptr);
+    const auto sendPmt = [&](const std::vector<std::uint16_t>& aitPids, unsigned int version) {
+        send(service.pmtPid, versioned(pmtWithAits(28106, aitPids), version));
+        return database.pmtFields(28106);
+    };
+    const si::Pmt* const first = sendPmt({0x200}, 1);
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(first->streams.size(), 1U);
+    const si::Pmt* const second = sendPmt({0x200, 0x201}, 2);
+    ASSERT_NE(second, nullptr);
+    ASSERT_EQ(second->streams.size(), 2U);
+    EXPECT_EQ(second->streams[1].pid, 0x201);
+}
+
+TEST_F(ADatabase, HasTheFieldsOfAPmtWithTheAddedApplication) {
+    const broadcast::AddedApplication added{si::Ait::Application()};
+    broadcast::SiDatabase other{demux, listener, &added};
+    send(0, tsmake::patSection(sample));
+    send(sample.services[0].pmtPid, pmtWithAits(28106, {}));
+    ASSERT_NE(other.pmtFields(28106), nullptr);
+    EXPECT_EQ(other.pmtFields(28106)->streams.size(), 1U);
+    EXPECT_TRUE(database.pmtFields(28106)->streams.empty());
+}
+
 TEST_F(ADatabase, TellsOfEverySectionOnce) {
     play(sample, 3);
     for (const char* const told : {"pmt 28106", "ait 28106", "ait 28107", "pmt 28120"}) {

@@ -302,6 +302,11 @@ TEST(AnAit, GivesItsApplicationsWithTheirUrls) {
 TEST(AText, IsReadInItsAnnouncedCharacterTable) {
     EXPECT_EQ(utf8(""), "");
     EXPECT_EQ(utf8("plain"), "plain");
+    for (char byte = ' '; byte < '\x7F'; ++byte) {
+        EXPECT_EQ(utf8({byte}), std::string(1, byte)) << "alone";
+        EXPECT_EQ(utf8({byte, '\xA3'}), std::string(1, byte) + "£") << "in a text that is converted";
+    }
+    EXPECT_EQ(utf8("\x7F"), "");
     EXPECT_EQ(utf8("\xC8"
                    "u"),
               "ü");
