@@ -79,6 +79,9 @@ Connection::~Connection() {
 
 int Connection::send(const std::uint8_t* packet, std::size_t length, const std::shared_ptr<SectionRing>& ring) {
     const locks::Lock lock(mutex);
+    if (held.empty()) {
+        return sendNow(packet, length, ring);
+    }
     const int before = sendHeldNow();
     return ofBoth(before, sendNow(packet, length, ring));
 }
@@ -97,13 +100,10 @@ int Connection::hold(const std::uint8_t* message, std::size_t length) {
 
 int Connection::sendHeld() {
     const locks::Lock lock(mutex);
-    return sendHeldNow();
+    return held.empty() ? 0 : sendHeldNow();
 }
 
 int Connection::sendHeldNow() {
-    if (held.empty()) {
-        return 0;
-    }
     const SeveralMessages::Packet packet = held.packet();
     const int result = sendNow(packet.bytes, packet.length, nullptr);
     held.clear();

@@ -119,7 +119,7 @@ private:
     void closeConnection(Connection& connection) EXCLUDES(mutex);
     static bool give(Connection& connection, const std::vector<NamedQueue>& queues);
     Received receive(Connection& connection, Inbox& inbox, int flags);
-    void take(Connection& connection, Inbox& inbox, std::size_t length, int attached);
+    void takeOther(Connection& connection, Inbox& inbox, std::size_t length, int attached);
     void takeSeveral(Connection& connection, Inbox& inbox, std::size_t length);
     void takeMessage(Connection& connection, Inbox& inbox, std::uint8_t* packet, std::size_t length);
     void takeQueue(Connection& connection, const std::string& name, int attached);

@@ -210,22 +210,22 @@ IOService::Received IOService::receive(Connection& connection, Inbox& inbox, int
     if (packet.length == 0 || stopping) {
         return Received::end;
     }
-    take(connection, inbox, static_cast<std::size_t>(packet.length), packet.attached());
+    const auto length = static_cast<std::size_t>(packet.length);
+    if (length <= Connection::kLargestPacket && beginsEnvelope(inbox.packet.get(), length)) {
+        takeMessage(connection, inbox, inbox.packet.get(), length);
+    } else {
+        takeOther(connection, inbox, length, packet.attached());
+    }
     return Received::packet;
 }
 
-/// Handles the packet in the inbox.
-void IOService::take(Connection& connection, Inbox& inbox, std::size_t length, int attached) {
+/// Handles the packet in the inbox, which is not that of a message alone.
+void IOService::takeOther(Connection& connection, Inbox& inbox, std::size_t length, int attached) {
     if (length > Connection::kLargestPacket) {
         drop(connection, "packet is longer than " + std::to_string(Connection::kLargestPacket) + " bytes");
         return;
     }
-    std::uint8_t* const packet = inbox.packet.get();
-    if (beginsEnvelope(packet, length)) {
-        takeMessage(connection, inbox, packet, length);
-        return;
-    }
-    const std::string_view text(reinterpret_cast<const char*>(packet), length);
+    const std::string_view text(reinterpret_cast<const char*>(inbox.packet.get()), length);
     if (text == kQueueAnnounced) {
         ++connection.queuesAnnounced;
         return;
@@ -239,7 +239,7 @@ void IOService::take(Connection& connection, Inbox& inbox, std::size_t length, i
         takeSeveral(connection, inbox, length);
         return;
     }
-    takeMessage(connection, inbox, packet, length);
+    takeMessage(connection, inbox, inbox.packet.get(), length);
 }
 
 /// A service takes none: it counts the packets of a client that sends too much, and not their messages.
