@@ -2,12 +2,14 @@
 """Counts the instructions of this project's programs, one by one: they depend neither on the machine's load nor on an
 emulator.
 
-instructions.py BUILD...   builds with the target `counted`, one for each processor; the first one is of this machine
+instructions.py [--only TITLES] BUILD...   builds with the target `counted`, one for each processor, of which the first is
+                                           this machine's; TITLES is a regular expression for the things to count
 
 Valgrind counts those of this machine, the emulator's trace those of 32-bit ARM; neither counts the kernel's. A figure is
 the difference between many and few of a thing, by their number, so it has neither start nor end.
 """
 import os
+import re
 import shutil
 import signal
 import subprocess
@@ -21,7 +23,9 @@ ARM = 40
 
 @dataclass
 class Row:
-    """A thing that is done `few` times and `many` times. `service` is what the browser talks to, if it needs one."""
+    """A thing that is done `few` times and `many` times. `service` is what the browser talks to, if it needs one. Its
+    standard input is a broadcast of two seconds, behind which it does nothing but what the browser wants.
+    """
 
     title: str
     program: str
@@ -41,7 +45,7 @@ def rows():
         yield Row(f"command and event, {what}", "counted_browser", ("questions",), 100, 600, answering(size))
     yield Row("the same with 100 listeners, no text", "counted_browser", ("questions",), 100, 600, answering(0), ("100",))
     yield Row("command one way", "counted_browser", ("commands",), 100, 600, answering(0))
-    yield Row("tune to channel, PMT, EIT and AIT", "counted_browser", ("tunes",), 20, 120, ("dtvserviced", "--input"))
+    yield Row("tune to channel, PMT, EIT and AIT", "counted_browser", ("tunes",), 20, 120, ("dtvserviced", "--input", "-"))
     for size in (1024, 4096):
         for filters in (1, 100, 1000):
             yield Row(f"section of {size} B, {filters} filters", "counted_browser", ("sections",), 100, 2100, answering(size),
@@ -57,7 +61,8 @@ def rows():
 class Counted:
     """A running program whose instructions are counted."""
 
-    def __init__(self, build, program, arguments, environment):
+    def __init__(self, build, program, arguments, environment, broadcast):
+        self.broadcast = broadcast
         command = [os.path.join(build, "bin", program), *arguments]
         with open(command[0], "rb") as file:
             file.seek(ELF_MACHINE_AT)
@@ -65,8 +70,9 @@ class Counted:
         (self.start_emulated if self.is_arm else self.start_native)(build, command, environment)
 
     def start_native(self, _, command, environment):
-        self.process = subprocess.Popen(["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", *command],
-                                        env=environment, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+        self.process = subprocess.Popen(
+            ["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", *command],
+            env=environment, stdin=self.broadcast, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
 
     def start_emulated(self, build, command, environment):
         """The emulator's trace has a line for each instruction."""
@@ -78,7 +84,7 @@ class Counted:
             ["qemu-arm", "-L", "/usr/arm-linux-gnueabihf",
              "-E", "LD_LIBRARY_PATH=" + ":".join([*libraries, "/usr/arm-linux-gnueabihf/lib"]),
              "-singlestep", "-d", "exec,nochain", "-D", f"/dev/fd/{out}", *command],
-            env=environment, pass_fds=[out], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            env=environment, pass_fds=[out], stdin=self.broadcast, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(trace)
         os.close(out)
 
@@ -99,15 +105,15 @@ class Counted:
 
 def counts(build, row, number, sample):
     """The instructions of the program and of its service, if it has one."""
-    with tempfile.TemporaryDirectory(prefix="dtv-bench-") as folder:
+    with tempfile.TemporaryDirectory(prefix="dtv-bench-") as folder, open(sample, "rb") as broadcast:
         environment = {**os.environ, "DTV_RUN_DIR": folder, "DTV_LOG_FILE": os.path.join(folder, "log")}
         if row.service:
             environment["DTV_LOG_LEVEL"] = "off"
         service = None
         if row.service:
             name, *arguments = row.service
-            service = Counted(build, name, [*arguments, sample] if name == "dtvserviced" else arguments, environment)
-        program = Counted(build, row.program, [*row.arguments, str(number), *row.more], environment)
+            service = Counted(build, name, arguments, environment, broadcast)
+        program = Counted(build, row.program, [*row.arguments, str(number), *row.more], environment, subprocess.DEVNULL)
         result = [program.instructions()]
         if service:
             service.end()
@@ -120,14 +126,14 @@ def difference(build, row, sample):
     return [round((more - less) / (row.many - row.few)) for less, more in zip(few, many)]
 
 
-def main(builds):
+def main(builds, wanted):
     titles = ["this machine" if build == builds[0] else os.path.basename(build) for build in builds]
     print("| what |" + "".join(f" {title}: browser | service |" for title in titles))
     print("|---|" + "---|---|" * len(builds))
     with tempfile.TemporaryDirectory(prefix="dtv-bench-") as folder:
         sample = os.path.join(folder, "sample.ts")
-        subprocess.run([os.path.join(builds[0], "bin", "tsmake"), sample], check=True)
-        for row in rows():
+        subprocess.run([os.path.join(builds[0], "bin", "tsmake"), sample, "--seconds", "2"], check=True)
+        for row in (row for row in rows() if wanted.search(row.title)):
             cells = []
             for build in builds:
                 figures = difference(build, row, sample)
@@ -138,4 +144,6 @@ def main(builds):
 if __name__ == "__main__":
     if not shutil.which("valgrind"):
         raise SystemExit("bench: valgrind is missing")
-    main([os.path.abspath(build) for build in sys.argv[1:]])
+    words = sys.argv[1:]
+    only = words[1] if words[:1] == ["--only"] else ""
+    main([os.path.abspath(build) for build in words[2 if only else 0:]], re.compile(only))

@@ -95,6 +95,7 @@ TEXT
     bench) cat <<TEXT
 usage: ./run bench [FILTER]
        ./run bench --developers
+       ./run bench --instructions
 Builds the measurements into build/bench and runs them: messages beside a raw socket, Asio and sd-bus, a tune, sections
 beside a raw message queue, their assembly beside libbitstream and libdvbpsi, the reading of a broadcast beside cat and
 libavformat, log lines beside snprintf and write, the start, and what grows with browsers, listeners and services. It
@@ -104,6 +105,8 @@ takes eight minutes. The machine must have two CPUs, and nothing else to do; doc
            assembly, log, listing, memory
   --developers   instead: the processor time from a touched source to its tests having run, and from a touched message
                  catalogue to a finished build, in build/host; takes ten minutes
+  --instructions   instead: how many instructions browser and service take for a message, a section and the like, on this
+                   machine and on 32-bit ARM; takes ten minutes, and the machine may be busy
 TEXT
         ;;
     package) cat <<TEXT

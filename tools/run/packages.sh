@@ -62,6 +62,7 @@ bench_packages=(
     libavformat-dev  # measured beside the reading of broadcasts
     pkgconf          # finds them
     python3          # the table
+    valgrind         # counts instructions
 )
 clang_packages=(clang "${bench_packages[@]}") # this preset builds the measurements too
 coverage_packages=(
