@@ -45,7 +45,7 @@ def rows():
         yield Row(f"command and event, {what}", "counted_browser", ("questions",), 100, 600, answering(size))
     yield Row("the same with 100 listeners, no text", "counted_browser", ("questions",), 100, 600, answering(0), ("100",))
     yield Row("command one way", "counted_browser", ("commands",), 100, 600, answering(0))
-    yield Row("tune to channel, PMT, EIT and AIT", "counted_browser", ("tunes",), 20, 120, ("dtvserviced", "--input", "-"))
+    yield Row("tune to channel, PMT, EIT and AIT", "counted_browser", ("tunes",), 150, 450, ("dtvserviced", "--input", "-"))
     for size in (1024, 4096):
         for filters in (1, 100, 1000):
             yield Row(f"section of {size} B, {filters} filters", "counted_browser", ("sections",), 100, 2100, answering(size),

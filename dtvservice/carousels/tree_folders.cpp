@@ -78,10 +78,7 @@ void TreeFolders::remove(const std::string& name) {
 bool TreeFolders::isWorking() {
     if (!thread.joinable()) {
         try {
-            thread = std::thread([this] {
-                while (tasks.runUntil(EventLoop::Clock::now() + std::chrono::hours(1))) {
-                }
-            });
+            thread = std::thread([this] { tasks.run(); });
         } catch (const std::system_error&) {
             return false;
         }

@@ -29,6 +29,12 @@ void EventLoop::stop() {
     changed.notify_all();
 }
 
+void EventLoop::run() {
+    constexpr std::chrono::hours kLongTime{1};
+    while (runUntil(Clock::now() + kLongTime)) {
+    }
+}
+
 bool EventLoop::runUntil(Clock::time_point time, std::size_t mostLate) {
     locks::Lock lock(mutex);
     std::size_t late = 0;

@@ -142,10 +142,10 @@ void play(std::vector<Playback>& playbacks, EventLoop& loop, Others others) {
             }
         }
         if (next == nullptr) {
-            if (others == Others::none || !loop.runUntil(EventLoop::Clock::now() + std::chrono::hours(1))) {
-                return;
+            if (others != Others::none) {
+                loop.run();
             }
-            continue;
+            return;
         }
         if (!loop.runUntil(dueAt, kMostBeforePacket)) {
             return;

@@ -74,9 +74,7 @@ int serve(Recording recording, const ReplayOptions& options) {
     }
     sayHowToConnect();
     say("ready: replaying " + options.file);
-    constexpr std::chrono::hours kLongTime{1};
-    while (loop.runUntil(EventLoop::Clock::now() + kLongTime)) {
-    }
+    loop.run();
     stopTakingBrowsers();
     return 0;
 }

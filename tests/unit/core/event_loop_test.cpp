@@ -49,6 +49,13 @@ TEST_F(AnEventLoop, RunsNothingOnceItIsStopped) {
     EXPECT_EQ(done, 0U);
 }
 
+TEST_F(AnEventLoop, RunsUntilItIsStopped) {
+    runAgainUntil(1000);
+    loop.postAt(past + std::chrono::milliseconds(1), [this] { loop.stop(); });
+    loop.run();
+    EXPECT_EQ(done, 1000U);
+}
+
 TEST_F(AnEventLoop, RunsADelayedTaskAtItsTime) {
     loop.postAt(past, [this] { done += 1; });
     loop.postAt(past + std::chrono::hours(1), [this] { done += 100; });
