@@ -57,7 +57,11 @@ bool SectionDataIPCMessage::decode(const std::uint8_t* bytes, std::size_t length
     if (sectionLength != length - kLengths - nameLength || sectionLength > kBufferSize) {
         return false;
     }
-    sessionName.assign(reinterpret_cast<const char*>(bytes + sizeof nameLength), nameLength);
+    // Names are mostly of one length, for which the text keeps its place.
+    if (sessionName.size() != nameLength) {
+        sessionName.resize(nameLength);
+    }
+    std::memcpy(sessionName.data(), bytes + sizeof nameLength, nameLength);
     dataLength = sectionLength;
     std::memcpy(data, bytes + kLengths + nameLength, sectionLength);
     return true;

@@ -12,7 +12,6 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <new>
@@ -21,23 +20,12 @@
 
 namespace host {
 
-/// Begins the memory. The same bytes in processes of both widths. Writer and reader each have a cache line.
-struct SectionRing::Header {
-    std::uint64_t mark;
-    std::uint32_t slotSize;
-    std::uint32_t slots;
-    alignas(64) std::atomic<std::uint32_t> written;  // by the writer
-    alignas(64) std::atomic<std::uint32_t> read;     // by the reader
-    alignas(64) std::atomic<std::uint32_t> asleep;   // 1 while the reader waits; its futex
-};
-
 namespace {
 
 using Word = std::atomic<std::uint32_t>;
 static_assert(Word::is_always_lock_free && sizeof(Word) == sizeof(std::uint32_t));
 
 constexpr std::uint64_t kMark = 0x44545652494E4731;  // "DTVRING1"
-constexpr std::size_t kHeaderSize = 256;
 constexpr std::size_t kCacheLine = 64;
 constexpr int kSeals = F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL;
 
@@ -46,7 +34,7 @@ std::size_t strideOf(std::size_t slotSize) {
 }
 
 std::size_t sizeOf(std::size_t slotSize, std::size_t slots) {
-    return kHeaderSize + strideOf(slotSize) * slots;
+    return SectionRing::kHeaderSize + strideOf(slotSize) * slots;
 }
 
 std::string because(const char* what) {
@@ -165,6 +153,7 @@ SectionRing::SectionRing(void* newMapping, std::size_t newMappedSize, int newMem
       header(*static_cast<Header*>(newMapping)),
       slotSize(*const_cast<volatile std::uint32_t*>(&header.slotSize)),
       slots(*const_cast<volatile std::uint32_t*>(&header.slots)),
+      stride(strideOf(slotSize)),
       place(header.written) {}
 
 SectionRing::~SectionRing() {
@@ -174,41 +163,13 @@ SectionRing::~SectionRing() {
     }
 }
 
-std::uint8_t* SectionRing::slotAt(std::uint32_t index) const {
-    return static_cast<std::uint8_t*>(mapping) + kHeaderSize + strideOf(slotSize) * (index & (slots - 1));
-}
-
-std::uint8_t* SectionRing::nextSlot() {
-    const std::uint32_t unread = place - header.read.load(std::memory_order_acquire);
-    if (unread >= slots) {
-        // Full, or one of the counts was overwritten: each side then puts its own right.
-        header.written.store(place, std::memory_order_release);
-        return nullptr;
-    }
-    return slotAt(place) + sizeof(std::uint32_t);
-}
-
-void SectionRing::publish(std::size_t length) {
-    const auto stored = static_cast<std::uint32_t>(length);
-    std::memcpy(slotAt(place), &stored, sizeof stored);
-    ++place;
-    // In one order with the reader's announcement that it sleeps: one of the two sees the other.
-    header.written.store(place, std::memory_order_seq_cst);
-    if (header.asleep.load(std::memory_order_seq_cst) != 0 && header.asleep.exchange(0) != 0) {
+void SectionRing::wakeReader() {
+    if (header.asleep.exchange(0) != 0) {
         wake(header.asleep);
     }
 }
 
-/// Whether a message waits. A count that no writer can reach means none.
-bool SectionRing::hasMessage() const {
-    const std::uint32_t waiting = header.written.load(std::memory_order_seq_cst) - place;
-    return waiting != 0 && waiting <= slots;
-}
-
 void SectionRing::waitForMessage() {
-    if (hasMessage()) {
-        return;
-    }
     // Lets a writer on the same processor go on first: it then fills the ring without waking anybody.
     sched_yield();
     while (!hasMessage()) {
@@ -219,22 +180,6 @@ void SectionRing::waitForMessage() {
         }
         header.asleep.store(0, std::memory_order_relaxed);
     }
-}
-
-const std::uint8_t* SectionRing::next(std::size_t& length) {
-    waitForMessage();
-    const std::uint8_t* const slot = slotAt(place);
-    std::uint32_t stored = 0;
-    std::memcpy(&stored, slot, sizeof stored);
-    // Keeps the compiler from reading the length again after the check: the writer may change it.
-    asm volatile("" : "+r"(stored));
-    length = stored > slotSize ? 0 : stored;
-    return slot + sizeof stored;
-}
-
-void SectionRing::release() {
-    ++place;
-    header.read.store(place, std::memory_order_release);
 }
 
 }  // namespace host

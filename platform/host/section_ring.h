@@ -7,8 +7,10 @@
 // Fails:   create() and open() with the reason.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 
@@ -18,6 +20,7 @@ class SectionRing {
 public:
     static constexpr std::size_t kLargestMessage = 1U << 14U;
     static constexpr std::size_t kMostMessages = 1U << 10U;
+    static constexpr std::size_t kHeaderSize = 256;  // of the memory, before its messages
 
     /// Makes the memory, all of it at once, so that a machine without memory is noticed here and not at the first
     /// write. The number of messages is rounded up to a power of two. Null with the reason.
@@ -45,12 +48,21 @@ public:
     void release();
 
 private:
-    struct Header;
+    /// Begins the memory. The same bytes in processes of both widths. Writer and reader each have a cache line.
+    struct Header {
+        std::uint64_t mark;
+        std::uint32_t slotSize;
+        std::uint32_t slots;
+        alignas(64) std::atomic<std::uint32_t> written;  // by the writer
+        alignas(64) std::atomic<std::uint32_t> read;     // by the reader
+        alignas(64) std::atomic<std::uint32_t> asleep;   // 1 while the reader waits; its futex
+    };
 
     SectionRing(void* newMapping, std::size_t newMappedSize, int newMemory);
     std::uint8_t* slotAt(std::uint32_t index) const;
     bool hasMessage() const;
     void waitForMessage();
+    void wakeReader();
 
     void* const mapping;
     const std::size_t mappedSize;
@@ -58,7 +70,59 @@ private:
     Header& header;
     const std::uint32_t slotSize;
     const std::uint32_t slots;
-    std::uint32_t place;  // the reader's or the writer's own: messages read or written, modulo 2^32
+    const std::size_t stride;  // from one slot to the next
+    std::uint32_t place;       // the reader's or the writer's own: messages read or written, modulo 2^32
 };
+
+// The steps of a message without a wait, here so that the queue has them without calls.
+
+inline std::uint8_t* SectionRing::slotAt(std::uint32_t index) const {
+    return static_cast<std::uint8_t*>(mapping) + kHeaderSize + stride * (index & (slots - 1));
+}
+
+inline std::uint8_t* SectionRing::nextSlot() {
+    const std::uint32_t unread = place - header.read.load(std::memory_order_acquire);
+    if (unread >= slots) {
+        // Full, or one of the counts was overwritten: each side then puts its own right.
+        header.written.store(place, std::memory_order_release);
+        return nullptr;
+    }
+    return slotAt(place) + sizeof(std::uint32_t);
+}
+
+inline void SectionRing::publish(std::size_t length) {
+    const auto stored = static_cast<std::uint32_t>(length);
+    std::memcpy(slotAt(place), &stored, sizeof stored);
+    ++place;
+    // In one order with the reader's announcement that it sleeps: one of the two sees the other.
+    header.written.store(place, std::memory_order_seq_cst);
+    if (header.asleep.load(std::memory_order_seq_cst) != 0) {
+        wakeReader();
+    }
+}
+
+/// Whether a message waits. A count that no writer can reach means none.
+inline bool SectionRing::hasMessage() const {
+    const std::uint32_t waiting = header.written.load(std::memory_order_seq_cst) - place;
+    return waiting != 0 && waiting <= slots;
+}
+
+inline const std::uint8_t* SectionRing::next(std::size_t& length) {
+    if (!hasMessage()) {
+        waitForMessage();
+    }
+    const std::uint8_t* const slot = slotAt(place);
+    std::uint32_t stored = 0;
+    std::memcpy(&stored, slot, sizeof stored);
+    // Keeps the compiler from reading the length again after the check: the writer may change it.
+    asm volatile("" : "+r"(stored));
+    length = stored > slotSize ? 0 : stored;
+    return slot + sizeof stored;
+}
+
+inline void SectionRing::release() {
+    ++place;
+    header.read.store(place, std::memory_order_release);
+}
 
 }  // namespace host

@@ -19,7 +19,8 @@ class NewestStays {
 public:
     /// May be null.
     static Occupancy::Stay** ofThisThread() {
-        void* const known = key().made ? pthread_getspecific(key().number) : nullptr;
+        const Key& own = key();
+        void* const known = own.made ? pthread_getspecific(own.number) : nullptr;
         return known != nullptr ? static_cast<Occupancy::Stay**>(known) : make();
     }
 
@@ -64,34 +65,12 @@ Occupancy::Stay::~Stay() {
     if (newest != nullptr) {
         *newest = outer;
     }
-    if (entered) {
-        occupancy.leave(role);
-    }
+    leave();
 }
 
-/// A thread that is inside already prevents the destruction, so it may always enter again.
-bool Occupancy::admits(As role, std::uint64_t seen) const {
-    const std::uint64_t refusing = role == As::worker ? kGone | kClosing : kGone;
-    return (seen & refusing) == 0 || isInside();
-}
-
-bool Occupancy::enter(As role) {
-    const std::uint64_t one = role == As::worker ? kWorker : kCaller;
-    std::uint64_t seen = counts.load();
-    do {
-        if (!admits(role, seen)) {
-            return false;
-        }
-    } while (!counts.compare_exchange_weak(seen, seen + one));
-    return true;
-}
-
-void Occupancy::leave(As role) {
-    const std::uint64_t before = counts.fetch_sub(role == As::worker ? kWorker : kCaller);
-    if ((before & kClosing) != 0) {
-        { const locks::Lock lock(mutex); }
-        left.notify_all();
-    }
+void Occupancy::wakeCloser() {
+    { const locks::Lock lock(mutex); }
+    left.notify_all();
 }
 
 bool Occupancy::isInside() const {

@@ -31,13 +31,27 @@ public:
         ~Stay();
         explicit operator bool() const { return entered; }
 
+        /// For a thread that comes again and again, which takes less than a new object each time. Between leave() and
+        /// enterAgain() it is not inside.
+        void leave() {
+            if (entered) {
+                entered = false;
+                occupancy.leave(role);
+            }
+        }
+        /// Call after leave(). Returns whether the thread was admitted.
+        bool enterAgain() {
+            entered = occupancy.enter(role);
+            return entered;
+        }
+
     private:
         friend class Occupancy;
         Stay(Occupancy& newOccupancy, As newRole, bool isReserved);
 
         Occupancy& occupancy;
         const As role;
-        const bool entered;
+        bool entered;
         Stay** const newest;  // this thread's, or null
         Stay* const outer;    // this thread's previous stay, in any object
     };
@@ -69,9 +83,27 @@ private:
     static constexpr std::uint64_t kWorkers = kClosing - kWorker;
     static constexpr std::uint64_t kEverybody = kClosing - kCaller;
 
-    bool admits(As role, std::uint64_t seen) const;
-    bool enter(As role);
-    void leave(As role);
+    static constexpr std::uint64_t one(As role) { return role == As::worker ? kWorker : kCaller; }
+    /// A thread that is inside already prevents the destruction, so it may always enter again.
+    bool admits(As role, std::uint64_t seen) const {
+        const std::uint64_t refusing = role == As::worker ? kGone | kClosing : kGone;
+        return (seen & refusing) == 0 || isInside();
+    }
+    bool enter(As role) {
+        std::uint64_t seen = counts.load();
+        do {
+            if (!admits(role, seen)) {
+                return false;
+            }
+        } while (!counts.compare_exchange_weak(seen, seen + one(role)));
+        return true;
+    }
+    void leave(As role) {
+        if ((counts.fetch_sub(one(role)) & kClosing) != 0) {
+            wakeCloser();
+        }
+    }
+    void wakeCloser();
     bool isInside() const;
     std::uint64_t ownWorkers() const;
 

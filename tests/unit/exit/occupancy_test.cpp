@@ -119,6 +119,43 @@ TEST(AnOccupancy, IsNotEnteredByAStayThatWasRefused) {
     EXPECT_TRUE(occupancy.close(kLong)) << "there is no worker to wait for";
 }
 
+TEST(AnOccupancy, DoesNotCountAStayBetweenLeavingAndEnteringAgain) {
+    Occupancy occupancy;
+    Stay worker(occupancy, As::worker);
+    worker.leave();
+    EXPECT_FALSE(worker);
+    worker.leave();
+    EXPECT_TRUE(worker.enterAgain());
+    EXPECT_TRUE(worker);
+    EXPECT_FALSE(occupancy.close(kLong)) << "it is inside, and is not waited for";
+    EXPECT_TRUE(Stay(occupancy, As::worker)) << "this thread is inside";
+    worker.leave();
+    EXPECT_FALSE(Stay(occupancy, As::worker)) << "this thread is no longer inside";
+    EXPECT_FALSE(worker.enterAgain());
+    EXPECT_FALSE(worker);
+    EXPECT_TRUE(occupancy.close(kAtOnce)) << "nobody was counted twice";
+}
+
+TEST(AnOccupancy, WaitsForAWorkerThatEnteredAgain) {
+    Occupancy occupancy;
+    std::promise<void> inside;
+    std::promise<void> mayLeave;
+    std::thread thread([&] {
+        Stay worker(occupancy, As::worker);
+        worker.leave();
+        EXPECT_TRUE(worker.enterAgain());
+        inside.set_value();
+        mayLeave.get_future().wait();
+        worker.leave();
+    });
+    inside.get_future().wait();
+    EXPECT_FALSE(occupancy.close(kAtOnce));
+    std::future<bool> closed = std::async(std::launch::async, [&] { return occupancy.close(kLong); });
+    mayLeave.set_value();
+    EXPECT_TRUE(closed.get());
+    thread.join();
+}
+
 TEST(AnOccupancy, IsNotClosedByItsOwnCaller) {
     Occupancy occupancy;
     {

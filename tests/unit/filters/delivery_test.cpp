@@ -116,6 +116,24 @@ TEST_F(ADelivery, DropsSectionsOfUnregisteredClients) {
     EXPECT_TRUE(client.sections().empty());
 }
 
+TEST_F(ADelivery, LooksForTheClientOfAFilterThatIsSavedAgain) {
+    ASSERT_TRUE(service->createIPCChannelForSectionData());
+    const auto filter = FilterParameter::create(&client, "a", 1, nullptr, nullptr, 0);
+    service->saveFilter(filter);
+    ASSERT_TRUE(recording::writeSection(queue(), "a", {1}));
+    ASSERT_TRUE(recording::waitForLog("Invalid Message for Client: " + pointerText(&client) + "\n"));
+    service->registerClient(&client);
+    ASSERT_TRUE(recording::writeSection(queue(), "a", {2}));
+    ASSERT_TRUE(delivered(1));
+    service->removeFilter(filter);
+    ASSERT_TRUE(service->unRegisterClient(&client));
+    service->saveFilter(filter);
+    recording::reset();
+    ASSERT_TRUE(recording::writeSection(queue(), "a", {3}));
+    EXPECT_TRUE(recording::waitForLog("Invalid Message for Client: " + pointerText(&client) + "\n"));
+    EXPECT_EQ(client.sections().size(), 1U);
+}
+
 TEST_F(ADelivery, LetsAClientCloseItsFilterFromInside) {
     openFilter("a");
     std::atomic<int> result{-5};

@@ -30,6 +30,7 @@ TEST_F(ARegistry, TakesItsLockForEveryOperation) {
     auto made = record("a", client);
     EXPECT_TRUE(waitsForLock(lock(), [&] { service->saveFilter(made); }));
     EXPECT_TRUE(waitsForLock(lock(), [&] { service->findFilterParameterBySessionName("a"); }));
+    EXPECT_TRUE(waitsForLock(lock(), [&] { BrowserDVBServiceTestAccess::deliver(*service, {}); }));
     EXPECT_TRUE(waitsForLock(lock(), [&] { service->removeFilter(made); }));
     EXPECT_TRUE(waitsForLock(lock(), [&] { service->registerClient(&client); }));
     EXPECT_TRUE(waitsForLock(lock(), [&] { service->isRegistered(&client); }));

@@ -218,6 +218,13 @@ private:
     static void deliverSections(BrowserDVBService* service, Occupancy& occupancy, msgqueue::IPCMessageQueue& queue,
                                 msgqueue::SectionDataIPCMessage& message);
     void deliverSection(const msgqueue::SectionDataIPCMessage& message);
+    /// Whom a section is for: null, or a filter and whether its client is registered.
+    struct Receiver {
+        const FilterParameter* filter = nullptr;
+        bool hasClient = false;
+    };
+    /// For the delivery thread only: the filter then exists until the next call, whether it is removed or not.
+    Receiver findReceiver(const std::string& sessionName) EXCLUDES(registryLock);
 
     std::vector<dtv::SectionFilterClient*> clients GUARDED_BY(registryLock);
     FilterTable filters GUARDED_BY(registryLock);

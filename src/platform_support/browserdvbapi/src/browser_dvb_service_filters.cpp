@@ -29,12 +29,26 @@ void BrowserDVBService::removeFilter(boost::shared_ptr<FilterParameter> filter) 
         BLOG_TAGGED(blog::kFailure, "Unable to remove filter: pam: %p client:%p, pid: %d \n",
                     static_cast<void*>(filter.get()), static_cast<void*>(filter->client()),
                     static_cast<int>(filter->pid()));
+    } else if (filter) {
+        filter->isOfRegisteredClient = false;
     }
 }
 
 boost::shared_ptr<FilterParameter> BrowserDVBService::findFilterParameterBySessionName(const std::string& wanted) {
     const locks::Lock lock(registryLock);
     return filters.find(wanted);
+}
+
+BrowserDVBService::Receiver BrowserDVBService::findReceiver(const std::string& wanted) {
+    const locks::Lock lock(registryLock);
+    FilterParameter* const filter = filters.lend(wanted);
+    if (filter == nullptr) {
+        return {};
+    }
+    if (!filter->isOfRegisteredClient) {
+        filter->isOfRegisteredClient = filter->client() != nullptr && registered.count(filter->client()) != 0;
+    }
+    return {filter, filter->isOfRegisteredClient};
 }
 
 bool BrowserDVBService::registerClient(dtv::SectionFilterClient* client) {

@@ -125,11 +125,9 @@ void* BrowserDVBService::thread_proc_section_data(void* arg) {
 /// created. The loop also ends when the object is gone; a stay protects every access to the object.
 void BrowserDVBService::deliverSections(BrowserDVBService* service, Occupancy& occupancy, IPCMessageQueue& queue,
                                         SectionDataIPCMessage& message) {
-    const auto isRunning = [&] {
-        const Occupancy::Stay stay(occupancy, Occupancy::As::worker);
-        return stay && service->keepRunning();
-    };
-    for (bool goesOn = isRunning(); goesOn;) {
+    Occupancy::Stay stay(occupancy, Occupancy::As::worker);
+    while (stay && service->keepRunning()) {
+        stay.leave();
         try {
             queue.Receive(message);
         } catch (const boost::interprocess::interprocess_exception& error) {
@@ -138,11 +136,9 @@ void BrowserDVBService::deliverSections(BrowserDVBService* service, Occupancy& o
             usleep(kPauseAfterReceiveError);
             return;
         }
-        const Occupancy::Stay stay(occupancy, Occupancy::As::worker);
-        if (stay) {
+        if (stay.enterAgain()) {
             service->deliverSection(message);
         }
-        goesOn = stay && service->keepRunning();
     }
     orphanedQueue.store(&queue, std::memory_order_relaxed);
 }
@@ -156,17 +152,17 @@ void BrowserDVBService::deliverSection(const SectionDataIPCMessage& message) {
                        static_cast<unsigned int>(SectionDataIPCMessage::kBufferSize), message.sessionName.c_str());
         return;
     }
-    const boost::shared_ptr<FilterParameter> filter = findFilterParameterBySessionName(message.sessionName);
-    if (!filter) {
+    const Receiver receiver = findReceiver(message.sessionName);
+    if (receiver.filter == nullptr) {
         return;
     }
-    dtv::SectionFilterClient* const client = filter->client();
-    if (client == nullptr || !isRegistered(client)) {
+    dtv::SectionFilterClient* const client = receiver.filter->client();
+    if (!receiver.hasClient) {
         BLOG_TAGGED_AS(blog::kFailure, "thread_proc_section_data", "Invalid Message for Client: %p\n",
                        static_cast<void*>(client));
         return;
     }
-    client->onSectionData(filter->name(), filter->pid(), message.data, message.dataLength);
+    client->onSectionData(receiver.filter->name(), receiver.filter->pid(), message.data, message.dataLength);
 }
 
 int BrowserDVBService::onFilterSectionDataArrived(frame::MsgIds&, const frame::TransportInfo&,

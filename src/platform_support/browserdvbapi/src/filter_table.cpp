@@ -10,19 +10,26 @@ namespace velmora::dvbservice {
 
 std::size_t FilterTable::HashOfName::operator()(const std::string& name) const {
     constexpr std::uint64_t kOddFactor = 0x9E3779B97F4A7C15;
+    constexpr unsigned int kHalf = 32;
+    constexpr std::size_t kWord = sizeof(std::uint64_t);
+    const char* const from = name.data();
     std::uint64_t hash = name.size();
-    const auto add = [&hash](const char* from, std::size_t length) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, from, length);
-        hash = (hash ^ word) * kOddFactor;
-        hash ^= hash >> 32U;
-    };
-    std::size_t at = 0;
-    for (; at + sizeof(std::uint64_t) <= name.size(); at += sizeof(std::uint64_t)) {
-        add(name.data() + at, sizeof(std::uint64_t));
+    std::uint64_t word = 0;
+    const auto add = [&] { hash = ((hash << kHalf | hash >> kHalf) ^ word) * kOddFactor; };
+    if (name.size() < kWord) {
+        std::memcpy(&word, from, name.size());
+        add();
+        return static_cast<std::size_t>(hash ^ hash >> kHalf);
     }
-    add(name.data() + at, name.size() - at);
-    return static_cast<std::size_t>(hash);
+    const std::size_t last = name.size() - kWord;
+    for (std::size_t at = 0; at < last; at += kWord) {
+        std::memcpy(&word, from + at, kWord);
+        add();
+    }
+    // The last eight, of which some come a second time: that takes less than a shorter step.
+    std::memcpy(&word, from + last, kWord);
+    add();
+    return static_cast<std::size_t>(hash ^ hash >> kHalf);
 }
 
 void FilterTable::add(Record record) {
@@ -52,18 +59,42 @@ bool FilterTable::remove(const Record& record) {
     } else {
         --emptyRecords;
     }
+    if (record && record.get() == lent) {
+        removedWhileLent = record;
+        lent = nullptr;
+    }
     records.erase(found);
     return true;
 }
 
-FilterTable::Record FilterTable::find(const std::string& sessionName) const {
+const FilterTable::Record* FilterTable::firstOfAll(const std::string& sessionName) const {
+    const auto found = std::find_if(records.begin(), records.end(),
+                                    [&sessionName](const Record& record) { return record->name() == sessionName; });
+    return found == records.end() ? nullptr : &*found;
+}
+
+const FilterTable::Record* FilterTable::first(const std::string& sessionName) const {
     if (emptyRecords != 0) {
-        const auto found = std::find_if(records.begin(), records.end(),
-                                        [&sessionName](const Record& record) { return record->name() == sessionName; });
-        return found == records.end() ? Record() : *found;
+        return firstOfAll(sessionName);
     }
     const auto named = byName.find(sessionName);
-    return named == byName.end() ? Record() : named->second.front();
+    return named == byName.end() ? nullptr : &named->second.front();
+}
+
+FilterTable::Record FilterTable::find(const std::string& sessionName) const {
+    const Record* const found = first(sessionName);
+    return found == nullptr ? Record() : *found;
+}
+
+FilterParameter* FilterTable::lend(const std::string& sessionName) {
+    if (removedWhileLent) {
+        removedWhileLent.reset();
+    }
+    if (lent == nullptr || lent->name() != sessionName) {
+        const Record* const found = first(sessionName);
+        lent = found == nullptr ? nullptr : found->get();
+    }
+    return lent;
 }
 
 bool FilterTable::hasRecordOf(const dtv::SectionFilterClient* client) const {
