@@ -19,7 +19,7 @@ std::size_t FilterTable::HashOfName::operator()(const std::string& name) const {
     if (name.size() < kWord) {
         std::memcpy(&word, from, name.size());
         add();
-        return static_cast<std::size_t>(hash ^ hash >> kHalf);
+        return static_cast<std::size_t>(hash >> kHalf);
     }
     const std::size_t last = name.size() - kWord;
     for (std::size_t at = 0; at < last; at += kWord) {
@@ -29,7 +29,7 @@ std::size_t FilterTable::HashOfName::operator()(const std::string& name) const {
     // The last eight, of which some come a second time: that takes less than a shorter step.
     std::memcpy(&word, from + last, kWord);
     add();
-    return static_cast<std::size_t>(hash ^ hash >> kHalf);
+    return static_cast<std::size_t>(hash >> kHalf);
 }
 
 void FilterTable::add(Record record) {
