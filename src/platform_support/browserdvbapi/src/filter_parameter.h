@@ -40,8 +40,8 @@ public:
     /// The session name, without a copy.
     const std::string& name() const { return sessionName_; }
 
-    /// Of the service object, under its lock. A client stays registered while a filter of it is in the table, so it is
-    /// looked up once for each filter, and not for each section.
+    /// For the service object, under its registryLock. A client stays registered while a filter of it is in the table,
+    /// so it is looked up once for each filter, and not for each section.
     bool isOfRegisteredClient = false;
 
 private:

@@ -24,8 +24,8 @@ public:
     bool remove(const Record& record);
     /// The first saved record with that name, or an empty pointer.
     Record find(const std::string& sessionName) const;
-    /// As find(), without a copy, which costs two atomic steps. The record exists until the next call of lend(), even
-    /// if it is removed meanwhile. Null if there is none.
+    /// As find(), without the two atomic steps of a copy. The record exists until the next call of lend(), even if it
+    /// is removed meanwhile. Null if there is none.
     FilterParameter* lend(const std::string& sessionName);
     bool hasRecordOf(const dtv::SectionFilterClient* client) const;
     const std::vector<Record>& all() const { return records; }
