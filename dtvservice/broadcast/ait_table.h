@@ -23,7 +23,7 @@ public:
     };
 
     /// The demultiplexer must outlive this.
-    AitTable(Demux& newDemux, Listener newListener) : demux(newDemux), listener(std::move(newListener)) {}
+    AitTable(SectionDemux& newDemux, Listener newListener) : demux(newDemux), listener(std::move(newListener)) {}
     AitTable(const AitTable&) = delete;
     AitTable& operator=(const AitTable&) = delete;
 
@@ -39,7 +39,7 @@ private:
     void subscribe();
     void onSection(std::uint16_t pid, si::Bytes section);
 
-    Demux& demux;
+    SectionDemux& demux;
     Listener listener;
     std::vector<std::uint16_t> pids;
     std::vector<SectionSubscription> subscriptions;

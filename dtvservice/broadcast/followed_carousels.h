@@ -23,7 +23,7 @@ public:
     using PmtOf = std::function<std::vector<std::uint8_t>(std::uint16_t serviceId)>;
 
     /// The demultiplexer must outlive this.
-    FollowedCarousels(Demux& newDemux, PmtOf newPmtOf, Listener newListener,
+    FollowedCarousels(SectionDemux& newDemux, PmtOf newPmtOf, Listener newListener,
                       std::size_t mostBytes = si::ObjectCarousel::kMostBytes)
         : demux(newDemux), pmtOf(std::move(newPmtOf)), listener(std::move(newListener)), reader(mostBytes) {}
 
@@ -39,7 +39,7 @@ private:
     void follow();
     void tell(const News& news) const;
 
-    Demux& demux;
+    SectionDemux& demux;
     const PmtOf pmtOf;
     const Listener listener;
     si::ServiceCarousels reader;

@@ -51,7 +51,6 @@ public:
         measuredPackets = counts_.packets;
     }
     const PidCounts& counts() const { return counts_; }
-    PidCounts& counts() { return counts_; }
 
 private:
     using Packet = std::array<std::uint8_t, kPacketSize>;

@@ -31,6 +31,17 @@ struct SectionCounts {
     std::uint64_t unusable = 0;  ///< transport errors and scrambled packets
     std::uint64_t cut = 0;
     std::uint64_t crcErrors = 0;
+
+    SectionCounts& operator+=(const SectionCounts& other) {
+        packets += other.packets;
+        sections += other.sections;
+        continuityErrors += other.continuityErrors;
+        duplicates += other.duplicates;
+        unusable += other.unusable;
+        cut += other.cut;
+        crcErrors += other.crcErrors;
+        return *this;
+    }
 };
 
 class SectionAssembler {

@@ -1,16 +1,16 @@
 // Subscriptions by PID.
-#include "demux.h"
+#include "section_demux.h"
 
 #include <algorithm>
 
 namespace broadcast {
 
-struct Demux::Subscriber {
+struct SectionDemux::Subscriber {
     Subscription subscription;
     std::shared_ptr<Handler> handler;  // null after unsubscribe()
 };
 
-struct Demux::Pid {
+struct SectionDemux::Pid {
     Pid() : assembler([this](si::Bytes section) { deliver(section); }) {}
 
     void end(Subscription subscription) {
@@ -50,21 +50,10 @@ struct Demux::Pid {
     bool feeding = false;
 };
 
-namespace {
+SectionDemux::SectionDemux() = default;
+SectionDemux::~SectionDemux() = default;
 
-/// Adds what an assembler has counted.
-void add(const SectionCounts& counted, PidCounts& counts) {
-    counts.sections += counted.sections;
-    counts.cutSections += counted.cut;
-    counts.crcErrors += counted.crcErrors;
-}
-
-}  // namespace
-
-Demux::Demux() = default;
-Demux::~Demux() = default;
-
-Demux::Subscription Demux::subscribe(std::uint16_t pid, Handler handler) {
+SectionDemux::Subscription SectionDemux::subscribe(std::uint16_t pid, Handler handler) {
     std::unique_ptr<Pid>& entry = pids[pid % kPidCount];
     if (!entry) {
         entry = std::make_unique<Pid>();
@@ -75,7 +64,7 @@ Demux::Subscription Demux::subscribe(std::uint16_t pid, Handler handler) {
     return subscription;
 }
 
-void Demux::unsubscribe(Subscription subscription) {
+void SectionDemux::unsubscribe(Subscription subscription) {
     const auto pid = static_cast<std::uint16_t>(subscription % kPidCount);
     if (!pids[pid]) {
         return;
@@ -86,43 +75,16 @@ void Demux::unsubscribe(Subscription subscription) {
     }
 }
 
-void Demux::watch(std::uint16_t pid, Watcher watcher) {
-    if (watcher) {
-        watchers[pid] = std::move(watcher);
-    } else {
-        watchers.erase(pid);
+void SectionDemux::assemble(Pid& entry, TsPacket packet) {
+    entry.feeding = true;
+    entry.assembler.feed(packet);
+    entry.feeding = false;
+    if (entry.ended != 0) {
+        sweep(packet.pid());
     }
 }
 
-void Demux::feed(TsPacket packet, Clock::time_point now) {
-    if (disturbance) {
-        packet.bytes = disturbance(packet);
-        if (packet.bytes == nullptr) {
-            return;
-        }
-    }
-    const std::uint16_t pid = packet.pid();
-    ++packets_;
-    meters[pid].count(packet, now);
-    if (tap_) {
-        tap_(packet);
-    }
-    if (!watchers.empty()) {
-        show(packet, pid);
-    }
-    Pid* const entry = pids[pid].get();
-    if (entry == nullptr) {
-        return;
-    }
-    entry->feeding = true;
-    entry->assembler.feed(packet);
-    entry->feeding = false;
-    if (entry->ended != 0) {
-        sweep(pid);
-    }
-}
-
-void Demux::inject(std::uint16_t pid, si::Bytes section) {
+void SectionDemux::inject(std::uint16_t pid, si::Bytes section) {
     if (Pid* const entry = pids[pid % kPidCount].get()) {
         entry->feeding = true;
         entry->deliver(section);
@@ -133,69 +95,31 @@ void Demux::inject(std::uint16_t pid, si::Bytes section) {
     }
 }
 
-void Demux::show(TsPacket packet, std::uint16_t pid) {
-    const auto watcher = watchers.find(pid);
-    if (watcher != watchers.end()) {
-        watcher->second(packet);
-    }
-}
-
 /// Removes the PID's assembler after its last subscription.
-void Demux::sweep(std::uint16_t pid) {
+void SectionDemux::sweep(std::uint16_t pid) {
     if (pids[pid]->isUnused()) {
-        add(pids[pid]->assembler.counts(), meters[pid].counts());
+        former[pid] = countsOf(pid);
         pids[pid].reset();
     } else {
         pids[pid]->sweep();
     }
 }
 
-void Demux::discontinuity() {
+void SectionDemux::discontinuity() {
     for (const std::unique_ptr<Pid>& pid : pids) {
         if (pid) {
             pid->assembler.discontinuity();
         }
     }
-    for (PidMeter& meter : meters) {
-        meter.discontinuity();
-    }
 }
 
-PidCounts Demux::countsOf(std::uint16_t pid) const {
-    PidCounts counts = meters[pid].counts();
+SectionCounts SectionDemux::countsOf(std::uint16_t pid) const {
+    const auto before = former.find(pid);
+    SectionCounts counts = before == former.end() ? SectionCounts() : before->second;
     if (pids[pid]) {
-        add(pids[pid]->assembler.counts(), counts);
+        counts += pids[pid]->assembler.counts();
     }
     return counts;
-}
-
-PidCounts Demux::total() const {
-    PidCounts sum;
-    for (std::uint16_t pid = 0; pid < kPidCount; ++pid) {
-        if (meters[pid].counts().packets != 0) {
-            const PidCounts counts = countsOf(pid);
-            sum.packets += counts.packets;
-            sum.continuityErrors += counts.continuityErrors;
-            sum.transportErrors += counts.transportErrors;
-            sum.scrambled += counts.scrambled;
-            sum.sections += counts.sections;
-            sum.cutSections += counts.cutSections;
-            sum.crcErrors += counts.crcErrors;
-            sum.bitRate += counts.bitRate;
-            sum.lastPacket = std::max(sum.lastPacket, counts.lastPacket);
-        }
-    }
-    return sum;
-}
-
-void Demux::measureRates(Clock::time_point now) {
-    if (now <= measuredAt) {
-        return;
-    }
-    for (PidMeter& meter : meters) {
-        meter.measure(now - measuredAt);
-    }
-    measuredAt = now;
 }
 
 }  // namespace broadcast

@@ -6,14 +6,14 @@
 
 #include <utility>
 
-#include "demux.h"
+#include "section_demux.h"
 
 namespace broadcast {
 
 class SectionSubscription {
 public:
     /// The demultiplexer must outlive this.
-    SectionSubscription(Demux& newDemux, std::uint16_t pid, Demux::Handler handler)
+    SectionSubscription(SectionDemux& newDemux, std::uint16_t pid, SectionDemux::Handler handler)
         : demux(&newDemux), subscription(newDemux.subscribe(pid, std::move(handler))) {}
     SectionSubscription(SectionSubscription&& other) noexcept
         : demux(std::exchange(other.demux, nullptr)), subscription(other.subscription) {}
@@ -27,8 +27,8 @@ public:
     }
 
 private:
-    Demux* demux;
-    Demux::Subscription subscription;
+    SectionDemux* demux;
+    SectionDemux::Subscription subscription;
 };
 
 }  // namespace broadcast

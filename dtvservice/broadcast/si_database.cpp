@@ -31,7 +31,7 @@ SiDatabase::Service::Service(SiDatabase& database, const Channel& channel)
               database.listener.onPmt(database, id, copyOf(section), update == Update::changed);
           }) {}
 
-SiDatabase::SiDatabase(Demux& newDemux, SiListener& newListener, const AddedApplication* newAdded)
+SiDatabase::SiDatabase(SectionDemux& newDemux, SiListener& newListener, const AddedApplication* newAdded)
     : demux(newDemux), listener(newListener), added(newAdded) {
     subscriptions.emplace_back(demux, PatTable::kPid, [this](si::Bytes section) { onPatSection(section); });
     subscriptions.emplace_back(demux, NetworkTable::kPid, [this](si::Bytes section) { onNitSection(section); });

@@ -42,7 +42,7 @@ public:
 class SiDatabase {
 public:
     /// All must outlive the database. Null adds no application.
-    SiDatabase(Demux& newDemux, SiListener& newListener, const AddedApplication* newAdded = nullptr);
+    SiDatabase(SectionDemux& newDemux, SiListener& newListener, const AddedApplication* newAdded = nullptr);
     SiDatabase(const SiDatabase&) = delete;
     SiDatabase& operator=(const SiDatabase&) = delete;
 
@@ -102,7 +102,7 @@ private:
     bool isListed(std::uint16_t serviceId, std::uint16_t pmtPid) const;
     void nameChannels();
 
-    Demux& demux;
+    SectionDemux& demux;
     SiListener& listener;
     const AddedApplication* added;
     PatTable pat;

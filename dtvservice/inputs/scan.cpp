@@ -18,9 +18,7 @@ Scan::Scan(PacketFile& file, std::uint64_t lookAhead) {
     }
 }
 
-/// All packets come at the same time: nothing here depends on it, and the clock would take longer than the packet.
 void Scan::read(PacketFile& file, std::uint64_t most) {
-    const auto now = broadcast::Clock::now();
     file.rewind();
     demux.discontinuity();
     for (std::uint64_t count = 0; count < most; ++count) {
@@ -28,7 +26,8 @@ void Scan::read(PacketFile& file, std::uint64_t most) {
         if (packet == nullptr) {
             return;
         }
-        demux.feed(broadcast::TsPacket{packet}, now);
+        ++packets_;
+        demux.feed(broadcast::TsPacket{packet});
     }
 }
 

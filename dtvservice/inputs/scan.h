@@ -18,7 +18,7 @@ public:
 
     const broadcast::SiDatabase& tables() const { return database; }
     /// Packets that have been read, each as often as it was read.
-    std::uint64_t packets() const { return demux.packets(); }
+    std::uint64_t packets() const { return packets_; }
 
 private:
     void onChannelList(const broadcast::SiDatabase&) override { ++lists; }
@@ -30,7 +30,8 @@ private:
     std::uint64_t announcements() const { return lists + demux.subscriptions(); }
 
     std::uint64_t lists = 0;
-    broadcast::Demux demux;
+    std::uint64_t packets_ = 0;
+    broadcast::SectionDemux demux;
     broadcast::SiDatabase database{demux, *this};
 };
 

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "demux.h"
 #include "packets.h"
 #include "scheduler.h"
 #include "tables.h"

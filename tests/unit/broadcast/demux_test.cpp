@@ -128,39 +128,3 @@ TEST_F(ADemux, KeepsTheErrorsOfSectionsThatNobodyReadsAnyMore) {
     expectCounts(demux.countsOf(100));
     expectCounts(demux.total());
 }
-
-TEST_F(ADemux, EndsAsManySubscriptionsAsThereAre) {
-    // With time that grows with the square of their number, this would not end.
-    constexpr std::size_t kMany = 400000;
-    std::size_t sections = 0;
-    std::vector<broadcast::Demux::Subscription> subscriptions;
-    for (std::size_t number = 0; number < kMany; ++number) {
-        subscriptions.push_back(demux.subscribe(100, [&sections](si::Bytes) { ++sections; }));
-    }
-    const broadcast::Demux::Subscription last = subscriptions.back();
-    subscriptions.pop_back();
-    for (const broadcast::Demux::Subscription subscription : subscriptions) {
-        demux.unsubscribe(subscription);
-    }
-    for (const Packet& packet : maker.packets({sectionOf(60)})) {
-        feed(packet);
-    }
-    EXPECT_EQ(sections, 1U);
-    demux.unsubscribe(last);
-    EXPECT_EQ(demux.countsOf(100).sections, 1U);
-}
-
-TEST_F(ADemux, EndsASubscriptionTwiceWithoutHarm) {
-    std::size_t sections = 0;
-    const auto kept = demux.subscribe(100, [&sections](si::Bytes) { ++sections; });
-    const auto ended = demux.subscribe(100, [&sections](si::Bytes) { ++sections; });
-    const auto other = demux.subscribe(100, [&sections](si::Bytes) { ++sections; });
-    demux.unsubscribe(ended);
-    demux.unsubscribe(ended);
-    for (const Packet& packet : maker.packets({sectionOf(60)})) {
-        feed(packet);
-    }
-    EXPECT_EQ(sections, 2U);
-    demux.unsubscribe(kept);
-    demux.unsubscribe(other);
-}
