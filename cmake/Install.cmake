@@ -36,7 +36,8 @@ install(TARGETS dtvplatform LIBRARY DESTINATION lib)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/include/ ${PROJECT_SOURCE_DIR}/platform/idiom/
   DESTINATION include/dtvplatform)
 set(programs dtvserviced dvbshell dtvctl dtvmon tsmake)
-set_target_properties(${programs} PROPERTIES INSTALL_RPATH "$ORIGIN/../lib")
+# Built with it, because CMake adds the current folder to the one that it replaces when it installs.
+set_target_properties(${programs} PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "$ORIGIN/../lib")
 install(TARGETS ${programs} RUNTIME DESTINATION bin)
 get_property(pages GLOBAL PROPERTY DTV_MANUAL_PAGES)
 get_property(completions GLOBAL PROPERTY DTV_COMPLETIONS)
