@@ -8,6 +8,7 @@
 #include "message_transfer.h"
 #include "running_service.h"
 #include "seeds.h"
+#include "several_messages.h"
 
 namespace fuzz {
 
@@ -144,6 +145,15 @@ void writeRecords(SeedFiles& files, const char* fuzzer, const Messages& messages
     files.add(fuzzer, all);
 }
 
+Seed packetOf(const Sent& message) {
+    Seed packet;
+    std::array<std::uint8_t, host::kEnvelopeSize> envelope{};
+    host::packEnvelope({message.header, 0, static_cast<std::uint32_t>(message.image.size())}, envelope.data());
+    packet.raw(envelope);
+    packet.raw(message.image);
+    return packet;
+}
+
 void writePackets(SeedFiles& files, const Messages& messages) {
     constexpr unsigned int kWithRing = 1;
     Seed all;
@@ -151,14 +161,24 @@ void writePackets(SeedFiles& files, const Messages& messages) {
     all.u8(kWithRing).chunk(std::string(host::kQueueMark) + "queue");
     files.add("host_framing", all);
     for (const Sent& each : fewOf(messages)) {
-        Seed packet;
-        std::array<std::uint8_t, host::kEnvelopeSize> envelope{};
-        host::packEnvelope({each.header, 0, static_cast<std::uint32_t>(each.image.size())}, envelope.data());
-        packet.raw(envelope);
-        packet.raw(each.image);
-        all.u8(0).chunk(packet.bytes);
+        all.u8(0).chunk(packetOf(each).bytes);
     }
     files.add("host_framing", all);
+}
+
+/// Packets of several messages, behind the mark.
+void writePacketsOfSeveral(SeedFiles& files, const Messages& messages) {
+    host::SeveralMessages several(host::SeveralMessages::kMostBytes);
+    for (const Sent& each : fewOf(messages)) {
+        const std::string packet = packetOf(each).bytes;
+        if (several.add(reinterpret_cast<const std::uint8_t*>(packet.data()), packet.size())) {
+            continue;
+        }
+        const host::SeveralMessages::Packet full = several.packet();
+        const std::string_view bytes(reinterpret_cast<const char*>(full.bytes), full.length);
+        files.add("several_messages", Seed().raw(bytes.substr(host::kSeveralMark.size())));
+        several.clear();
+    }
 }
 
 /// A recording, for the fuzzer that reads it in two parts and for the one that replays it.
@@ -221,6 +241,7 @@ void writeMessageSeeds(SeedFiles& files) {
     writeRecords(files, "event_decoding", fromService);
     writeRecords(files, "command_decoding", fromBrowser);
     writePackets(files, fromBrowser);
+    writePacketsOfSeveral(files, fromService);
     writeSteps(files, fromBrowser);
     Messages both = fromBrowser;
     both.insert(both.end(), fromService.begin(), fromService.end());
