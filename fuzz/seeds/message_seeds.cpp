@@ -166,18 +166,17 @@ void writePackets(SeedFiles& files, const Messages& messages) {
     files.add("host_framing", all);
 }
 
-/// Packets of several messages, behind the mark.
+/// A packet of as many messages as it takes, behind the mark, and one of the first three.
 void writePacketsOfSeveral(SeedFiles& files, const Messages& messages) {
-    host::SeveralMessages several(host::SeveralMessages::kMostBytes);
-    for (const Sent& each : fewOf(messages)) {
-        const std::string packet = packetOf(each).bytes;
-        if (several.add(reinterpret_cast<const std::uint8_t*>(packet.data()), packet.size())) {
-            continue;
+    for (const std::size_t most : {std::size_t{3}, messages.size()}) {
+        host::SeveralMessages several(host::SeveralMessages::kMostBytes);
+        for (std::size_t index = 0; index < most; ++index) {
+            const std::string packet = packetOf(messages[index]).bytes;
+            several.add(reinterpret_cast<const std::uint8_t*>(packet.data()), packet.size());
         }
-        const host::SeveralMessages::Packet full = several.packet();
-        const std::string_view bytes(reinterpret_cast<const char*>(full.bytes), full.length);
+        const host::SeveralMessages::Packet packet = several.packet();
+        const std::string_view bytes(reinterpret_cast<const char*>(packet.bytes), packet.length);
         files.add("several_messages", Seed().raw(bytes.substr(host::kSeveralMark.size())));
-        several.clear();
     }
 }
 
@@ -241,7 +240,7 @@ void writeMessageSeeds(SeedFiles& files) {
     writeRecords(files, "event_decoding", fromService);
     writeRecords(files, "command_decoding", fromBrowser);
     writePackets(files, fromBrowser);
-    writePacketsOfSeveral(files, fromService);
+    writePacketsOfSeveral(files, fewOf(fromService));
     writeSteps(files, fromBrowser);
     Messages both = fromBrowser;
     both.insert(both.end(), fromService.begin(), fromService.end());
