@@ -158,11 +158,15 @@ int IOService::sendTo(const Connections& targets, const frame::MsgIds& ids, cons
     }
     packEnvelope({header, ids.transaction, static_cast<std::uint32_t>(imageSize)}, packet);
     int result = ids.peer == frame::kAnyId ? 0 : -ENOTCONN;
+    const bool isHeld = isService() && HeldMessages::instance().isMine();
     for (const std::shared_ptr<Connection>& target : targets) {
         if (ids.peer != frame::kAnyId && ids.peer != target->peer()) {
             continue;
         }
-        const int sent = sendOn(target, packet, length);
+        int sent = isHeld ? hold(target, packet, length) : target->send(packet, length);
+        if (sent > 0) {
+            sent = letFlush(target) ? 0 : -ENOTCONN;
+        }
         // A send to all browsers succeeds even when one of them disconnects meanwhile.
         const bool toOne = !isService() || ids.peer != frame::kAnyId;
         if (toOne || sent == -EMSGSIZE) {
@@ -172,13 +176,9 @@ int IOService::sendTo(const Connections& targets, const frame::MsgIds& ids, cons
     return result;
 }
 
-int IOService::sendOn(const std::shared_ptr<Connection>& target, const std::uint8_t* packet, std::size_t length) {
-    const bool isHeld = isService() && HeldMessages::instance().isMine();
-    if (isHeld) {
-        HeldMessages::instance().add(shared_from_this(), target);
-    }
-    const int sent = isHeld ? target->hold(packet, length) : target->send(packet, length);
-    return sent <= 0 ? sent : letFlush(target) ? 0 : -ENOTCONN;
+int IOService::hold(const std::shared_ptr<Connection>& target, const std::uint8_t* packet, std::size_t length) {
+    HeldMessages::instance().add(shared_from_this(), target);
+    return target->hold(packet, length);
 }
 
 void IOService::sendHeld(const std::shared_ptr<Connection>& connection) {

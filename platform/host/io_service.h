@@ -105,7 +105,7 @@ private:
     void releaseFormer() EXCLUDES(mutex);
     int sendTo(const Connections& targets, const frame::MsgIds& ids, const frame::MsgMeta& header,
                const ovxEndianTable& table, const void* record);
-    int sendOn(const std::shared_ptr<Connection>& target, const std::uint8_t* packet, std::size_t length);
+    int hold(const std::shared_ptr<Connection>& target, const std::uint8_t* packet, std::size_t length);
     int noteAndSend(const frame::MsgIds& ids, const frame::MsgMeta& header, const ovxEndianTable& table,
                     const void* record);
     bool letFlush(const std::shared_ptr<Connection>& connection) EXCLUDES(mutex);
