@@ -218,10 +218,10 @@ private:
     static void deliverSections(BrowserDVBService* service, Occupancy& occupancy, msgqueue::IPCMessageQueue& queue,
                                 msgqueue::SectionDataIPCMessage& message);
     void deliverSection(const msgqueue::SectionDataIPCMessage& message);
-    /// Whom a section is for: null, or a filter and whether its client is registered.
+    /// Whom a section is for. Each may be null, the client if it is not registered.
     struct Receiver {
         const FilterParameter* filter = nullptr;
-        bool hasClient = false;
+        dtv::SectionFilterClient* client = nullptr;
     };
     /// For the delivery thread only: the filter then exists until the next call, whether it is removed or not.
     Receiver findReceiver(const std::string& sessionName) EXCLUDES(registryLock);

@@ -29,8 +29,6 @@ void BrowserDVBService::removeFilter(boost::shared_ptr<FilterParameter> filter) 
         BLOG_TAGGED(blog::kFailure, "Unable to remove filter: pam: %p client:%p, pid: %d \n",
                     static_cast<void*>(filter.get()), static_cast<void*>(filter->client()),
                     static_cast<int>(filter->pid()));
-    } else if (filter) {
-        filter->isOfRegisteredClient = false;
     }
 }
 
@@ -41,14 +39,15 @@ boost::shared_ptr<FilterParameter> BrowserDVBService::findFilterParameterBySessi
 
 BrowserDVBService::Receiver BrowserDVBService::findReceiver(const std::string& wanted) {
     const locks::Lock lock(registryLock);
-    FilterParameter* const filter = filters.lend(wanted);
-    if (filter == nullptr) {
+    FilterTable::Entry* const entry = filters.lend(wanted);
+    if (entry == nullptr) {
         return {};
     }
-    if (!filter->isOfRegisteredClient) {
-        filter->isOfRegisteredClient = filter->client() != nullptr && registered.count(filter->client()) != 0;
+    const FilterParameter& filter = *entry->record;
+    if (entry->registeredClient == nullptr && registered.count(filter.client()) != 0) {
+        entry->registeredClient = filter.client();
     }
-    return {filter, filter->isOfRegisteredClient};
+    return {&filter, entry->registeredClient};
 }
 
 bool BrowserDVBService::registerClient(dtv::SectionFilterClient* client) {

@@ -156,13 +156,12 @@ void BrowserDVBService::deliverSection(const SectionDataIPCMessage& message) {
     if (receiver.filter == nullptr) {
         return;
     }
-    dtv::SectionFilterClient* const client = receiver.filter->client();
-    if (!receiver.hasClient) {
+    if (receiver.client == nullptr) {
         BLOG_TAGGED_AS(blog::kFailure, "thread_proc_section_data", "Invalid Message for Client: %p\n",
-                       static_cast<void*>(client));
+                       static_cast<void*>(receiver.filter->client()));
         return;
     }
-    client->onSectionData(receiver.filter->name(), receiver.filter->pid(), message.data, message.dataLength);
+    receiver.client->onSectionData(receiver.filter->name(), receiver.filter->pid(), message.data, message.dataLength);
 }
 
 int BrowserDVBService::onFilterSectionDataArrived(frame::MsgIds&, const frame::TransportInfo&,

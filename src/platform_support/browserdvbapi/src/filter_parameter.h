@@ -40,10 +40,6 @@ public:
     /// The session name, without a copy.
     const std::string& name() const { return sessionName_; }
 
-    /// For the service object, under its registryLock. A client stays registered while a filter of it is in the table,
-    /// so it is looked up once for each filter, and not for each section.
-    bool isOfRegisteredClient = false;
-
 private:
     friend struct FilterParameterTestAccess;
 

@@ -8,7 +8,10 @@
 
 namespace velmora::dvbservice {
 
-std::size_t FilterTable::HashOfName::operator()(const std::string& name) const {
+namespace {
+
+/// Eight characters a step: a section is looked up by a name of 45 characters.
+std::uint64_t hashOf(const std::string& name) {
     constexpr std::uint64_t kOddFactor = 0x9E3779B97F4A7C15;
     constexpr unsigned int kHalf = 32;
     constexpr std::size_t kWord = sizeof(std::uint64_t);
@@ -19,7 +22,7 @@ std::size_t FilterTable::HashOfName::operator()(const std::string& name) const {
     if (name.size() < kWord) {
         std::memcpy(&word, from, name.size());
         add();
-        return static_cast<std::size_t>(hash >> kHalf);
+        return hash >> kHalf;
     }
     const std::size_t last = name.size() - kWord;
     for (std::size_t at = 0; at < last; at += kWord) {
@@ -29,15 +32,17 @@ std::size_t FilterTable::HashOfName::operator()(const std::string& name) const {
     // The last eight, of which some come a second time: that takes less than a shorter step.
     std::memcpy(&word, from + last, kWord);
     add();
-    return static_cast<std::size_t>(hash >> kHalf);
+    return hash >> kHalf;
 }
+
+}  // namespace
 
 void FilterTable::add(Record record) {
     if (isIn(record)) {
         return;
     }
     if (record) {
-        byName[record->name()].push_back(record);
+        index[hashOf(record->name())].push_back({record->name(), record});
     } else {
         ++emptyRecords;
     }
@@ -50,11 +55,12 @@ bool FilterTable::remove(const Record& record) {
         return false;
     }
     if (record) {
-        const auto named = byName.find(record->name());
-        std::vector<Record>& same = named->second;
-        same.erase(std::find(same.begin(), same.end(), record));
-        if (same.empty()) {
-            byName.erase(named);
+        const auto hashed = index.find(hashOf(record->name()));
+        auto& entries = hashed->second;
+        entries.erase(std::find_if(entries.begin(), entries.end(),
+                                   [&record](const Entry& entry) { return entry.record == record; }));
+        if (entries.empty()) {
+            index.erase(hashed);
         }
     } else {
         --emptyRecords;
@@ -67,34 +73,37 @@ bool FilterTable::remove(const Record& record) {
     return true;
 }
 
-const FilterTable::Record* FilterTable::firstOfAll(const std::string& sessionName) const {
-    const auto found = std::find_if(records.begin(), records.end(),
-                                    [&sessionName](const Record& record) { return record->name() == sessionName; });
-    return found == records.end() ? nullptr : &*found;
+void FilterTable::walkPastEmptyRecords(const std::string& sessionName) const {
+    [[maybe_unused]] const auto found = std::find_if(
+        records.begin(), records.end(), [&](const Record& record) { return record->name() == sessionName; });
 }
 
-const FilterTable::Record* FilterTable::first(const std::string& sessionName) const {
+const FilterTable::Entry* FilterTable::first(const std::string& sessionName) const {
     if (emptyRecords != 0) {
-        return firstOfAll(sessionName);
+        walkPastEmptyRecords(sessionName);
     }
-    const auto named = byName.find(sessionName);
-    return named == byName.end() ? nullptr : &named->second.front();
+    const auto hashed = index.find(hashOf(sessionName));
+    if (hashed == index.end()) {
+        return nullptr;
+    }
+    const auto& entries = hashed->second;
+    const auto named = std::find_if(entries.begin(), entries.end(),
+                                    [&](const Entry& entry) { return entry.name == sessionName; });
+    return named == entries.end() ? nullptr : &*named;
 }
 
 FilterTable::Record FilterTable::find(const std::string& sessionName) const {
-    const Record* const found = first(sessionName);
-    return found == nullptr ? Record() : *found;
+    const Entry* const found = first(sessionName);
+    return found == nullptr ? Record() : found->record;
 }
 
-FilterParameter* FilterTable::lend(const std::string& sessionName) {
+FilterTable::Entry* FilterTable::lend(const std::string& sessionName) {
     if (removedWhileLent) {
         removedWhileLent.reset();
     }
-    if (lent == nullptr || lent->name() != sessionName) {
-        const Record* const found = first(sessionName);
-        lent = found == nullptr ? nullptr : found->get();
-    }
-    return lent;
+    auto* const found = const_cast<Entry*>(first(sessionName));
+    lent = found == nullptr ? nullptr : found->record.get();
+    return found;
 }
 
 bool FilterTable::hasRecordOf(const dtv::SectionFilterClient* client) const {
@@ -106,9 +115,9 @@ bool FilterTable::isIn(const Record& record) const {
     if (!record) {
         return emptyRecords != 0;
     }
-    const auto named = byName.find(record->name());
-    return named != byName.end() &&
-           std::find(named->second.begin(), named->second.end(), record) != named->second.end();
+    const auto hashed = index.find(hashOf(record->name()));
+    return hashed != index.end() && std::any_of(hashed->second.begin(), hashed->second.end(),
+                                                [&record](const Entry& entry) { return entry.record == record; });
 }
 
 }  // namespace velmora::dvbservice

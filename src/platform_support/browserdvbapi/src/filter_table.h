@@ -5,8 +5,11 @@
 // Fails:   only for lack of memory.
 #pragma once
 
+#include <boost/container/small_vector.hpp>
 #include <boost/shared_ptr.hpp>
+#include <cstdint>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -18,37 +21,44 @@ class FilterTable {
 public:
     using Record = boost::shared_ptr<FilterParameter>;
 
+    /// A record's place in the index.
+    struct Entry {
+        std::string_view name;  ///< the record's
+        Record record;
+        /// The record's client, once it is known to be registered; for who looks up sections. A client stays registered
+        /// while a record of it is in the table.
+        dtv::SectionFilterClient* registeredClient = nullptr;
+    };
+
     /// Appends the record unless it is in the table.
     void add(Record record);
     /// False if the record is not in the table.
     bool remove(const Record& record);
     /// The first saved record with that name, or an empty pointer.
     Record find(const std::string& sessionName) const;
-    /// As find(), without the two atomic steps of a copy. The record exists until the next call of lend(), even if it
-    /// is removed meanwhile. Null if there is none.
-    FilterParameter* lend(const std::string& sessionName);
+    /// As find(), without the two atomic steps of a copy: the entry stays until the table changes, and its record
+    /// exists until the next call of lend(), even if it is removed meanwhile. Null if there is none.
+    Entry* lend(const std::string& sessionName);
     bool hasRecordOf(const dtv::SectionFilterClient* client) const;
     const std::vector<Record>& all() const { return records; }
 
 private:
-    /// Eight characters a step: a section is looked up by a name of 45 characters.
-    struct HashOfName {
-        std::size_t operator()(const std::string& name) const;
+    struct Same {
+        std::size_t operator()(std::uint64_t hash) const { return static_cast<std::size_t>(hash); }
     };
 
     bool isIn(const Record& record) const;
-    const Record* first(const std::string& sessionName) const;
-    const Record* firstOfAll(const std::string& sessionName) const;
+    void walkPastEmptyRecords(const std::string& sessionName) const;
+    const Entry* first(const std::string& sessionName) const;
 
     std::vector<Record> records;
-    // Those of a name in the order of their saving.
-    std::unordered_map<std::string, std::vector<Record>, HashOfName> byName;
+    // By a name's hash, in the order of their saving. A look for one of a thousand takes as long as it reads memory
+    // that is not at hand, so an entry holds what a section needs beside the name and the record.
+    std::unordered_map<std::uint64_t, boost::container::small_vector<Entry, 1>, Same> index;
     // An empty record is a programming error, which ends the process when a search meets it. While there is one, each
     // search is a walk.
     std::size_t emptyRecords = 0;
-    // Sections of a filter mostly come in a row, so the next look is often for the same. A record that is lent and in
-    // the table stays the first of its name, because others are appended.
-    FilterParameter* lent = nullptr;
+    const FilterParameter* lent = nullptr;
     Record removedWhileLent;
 };
 
