@@ -87,8 +87,8 @@ const FilterTable::Entry* FilterTable::first(const std::string& sessionName) con
         return nullptr;
     }
     const auto& entries = hashed->second;
-    const auto named = std::find_if(entries.begin(), entries.end(),
-                                    [&](const Entry& entry) { return entry.name == sessionName; });
+    const auto named =
+        std::find_if(entries.begin(), entries.end(), [&](const Entry& entry) { return entry.name == sessionName; });
     return named == entries.end() ? nullptr : &*named;
 }
 
