@@ -56,10 +56,10 @@ bool FilterTable::remove(const Record& record) {
     }
     if (record) {
         const auto hashed = index.find(hashOf(record->name()));
-        auto& entries = hashed->second;
-        entries.erase(std::find_if(entries.begin(), entries.end(),
-                                   [&record](const Entry& entry) { return entry.record == record; }));
-        if (entries.empty()) {
+        auto& same = hashed->second;
+        same.erase(
+            std::find_if(same.begin(), same.end(), [&record](const Entry& entry) { return entry.record == record; }));
+        if (same.empty()) {
             index.erase(hashed);
         }
     } else {
@@ -86,10 +86,10 @@ const FilterTable::Entry* FilterTable::first(const std::string& sessionName) con
     if (hashed == index.end()) {
         return nullptr;
     }
-    const auto& entries = hashed->second;
+    const auto& same = hashed->second;
     const auto named =
-        std::find_if(entries.begin(), entries.end(), [&](const Entry& entry) { return entry.name == sessionName; });
-    return named == entries.end() ? nullptr : &*named;
+        std::find_if(same.begin(), same.end(), [&](const Entry& entry) { return entry.name == sessionName; });
+    return named == same.end() ? nullptr : &*named;
 }
 
 FilterTable::Record FilterTable::find(const std::string& sessionName) const {
