@@ -7,6 +7,7 @@
 #include <boost/interprocess/ipc/message_queue.hpp>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -67,11 +68,8 @@ void throughRawQueue(std::int64_t count, std::size_t bytes) {
     }
 }
 
-}  // namespace
-
-int main(int arguments, char** argument) {
-    const std::string what = arguments > 2 ? argument[1] : "";
-    const std::int64_t count = arguments > 2 ? std::atoll(argument[2]) : 0;
+/// Whether there is such work.
+bool work(const std::string& what, std::int64_t count, std::size_t bytes) {
     if (what == "unwanted_lines") {
         writeUnwantedLines(count);
     } else if (what == "lines") {
@@ -80,11 +78,25 @@ int main(int arguments, char** argument) {
         writeLinesByHand(count);
     } else if (what == "assembly") {
         assemble(count);
-    } else if (what == "raw_queue" && arguments > 3) {
-        throughRawQueue(count, std::strtoul(argument[3], nullptr, 10));
+    } else if (what == "raw_queue") {
+        throughRawQueue(count, bytes);
     } else {
-        std::fprintf(stderr, "bench: counted_work counts no \"%s\"\n", what.c_str());
-        return 1;
+        return false;
     }
-    return 0;
+    return true;
+}
+
+}  // namespace
+
+int main(int arguments, char** argument) {
+    try {
+        if (arguments > 2 &&
+            work(argument[1], std::atoll(argument[2]), arguments > 3 ? std::strtoul(argument[3], nullptr, 10) : 0)) {
+            return 0;
+        }
+        std::fprintf(stderr, "bench: counted_work knows no such work\n");
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "bench: counted_work: %s\n", error.what());
+    }
+    return 1;
 }
