@@ -2,20 +2,17 @@
 """Counts the instructions of this project's programs, one by one: they depend neither on the machine's load nor on an
 emulator.
 
-instructions.py [--only TITLES] BUILD...   builds with the target `counted`, one for each processor, of which the first is
-                                           this machine's; TITLES is a regular expression for the things to count
-
 Valgrind counts those of this machine, the emulator's trace those of 32-bit ARM; neither counts the kernel's. A figure is
 the difference between many and few of a thing, by their number, so it has neither start nor end.
 """
+import argparse
 import os
 import re
 import shutil
 import signal
 import subprocess
-import sys
 import tempfile
-from dataclasses import dataclass, field
+from dataclasses import dataclass
 
 ELF_MACHINE_AT = 18
 ARM = 40
@@ -33,7 +30,7 @@ class Row:
     few: int
     many: int
     service: tuple = ()
-    more: tuple = field(default=())  # arguments behind the count
+    more: tuple = ()  # arguments behind the count
 
 
 def answering(size):
@@ -107,10 +104,9 @@ def counts(build, row, number, sample):
     """The instructions of the program and of its service, if it has one."""
     with tempfile.TemporaryDirectory(prefix="dtv-bench-") as folder, open(sample, "rb") as broadcast:
         environment = {**os.environ, "DTV_RUN_DIR": folder, "DTV_LOG_FILE": os.path.join(folder, "log")}
-        if row.service:
-            environment["DTV_LOG_LEVEL"] = "off"
         service = None
         if row.service:
+            environment["DTV_LOG_LEVEL"] = "off"
             name, *arguments = row.service
             service = Counted(build, name, arguments, environment, broadcast)
         program = Counted(build, row.program, [*row.arguments, str(number), *row.more], environment, subprocess.DEVNULL)
@@ -142,8 +138,12 @@ def main(builds, wanted):
 
 
 if __name__ == "__main__":
+    arguments = argparse.ArgumentParser(description="Counts instructions; ./run bench --instructions builds what it needs.")
+    arguments.add_argument("--only", metavar="TITLES", type=re.compile, default="",
+                           help="a regular expression for the things to count")
+    arguments.add_argument("builds", metavar="BUILD", type=os.path.abspath, nargs="+",
+                           help="a build with the target `counted` for each processor, first of all this machine's")
+    given = arguments.parse_args()
     if not shutil.which("valgrind"):
         raise SystemExit("bench: valgrind is missing")
-    words = sys.argv[1:]
-    only = words[1] if words[:1] == ["--only"] else ""
-    main([os.path.abspath(build) for build in words[2 if only else 0:]], re.compile(only))
+    main(given.builds, given.only)

@@ -33,9 +33,9 @@ json CarouselsRoom::describe(const json&) {
     return {{"mounts", mounts.describe(kMost)}};
 }
 
-void CarouselsRoom::pmtArrived(Multiplex& multiplex, std::uint16_t, const Section& section) {
-    std::string error;
-    if (const std::optional<si::Pmt> pmt = si::parsePmt(section, error); pmt && &multiplex == &core.received()) {
+void CarouselsRoom::pmtArrived(Multiplex& multiplex, std::uint16_t serviceId, const Section&) {
+    const si::Pmt* const pmt = multiplex.si.pmtFields(serviceId);
+    if (pmt != nullptr && &multiplex == &core.received()) {
         mounts.setOtherPmt(*pmt);
     }
 }

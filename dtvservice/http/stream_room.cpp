@@ -48,17 +48,21 @@ void StreamRoom::serviceGone() {
     stream.clear();
 }
 
-void StreamRoom::pmtChanged(const Channel&, const Section& section, bool) {
-    std::string error;
-    if (const std::optional<si::Pmt> pmt = si::parsePmt(section, error)) {
-        stream.setStreams(*pmt);
-    }
+void StreamRoom::pmtChanged(const Channel& channel, const Section&, bool) {
+    setStreams(channel);
 }
 
 void StreamRoom::follow(const Channel& channel) {
     pmtPid = channel.pmtPid;
     stream.present(channel);
-    pmtChanged(channel, core.received().si.pmt(channel.serviceId), false);
+    setStreams(channel);
+}
+
+/// Nothing until a PMT has arrived.
+void StreamRoom::setStreams(const Channel& channel) {
+    if (const si::Pmt* const pmt = core.received().si.pmtFields(channel.serviceId)) {
+        stream.setStreams(*pmt);
+    }
 }
 
 /// Without readers, packets are not looked at.

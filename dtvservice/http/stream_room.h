@@ -34,6 +34,7 @@ private:
     };
 
     void follow(const broadcast::Channel& channel);
+    void setStreams(const broadcast::Channel& channel);
     void listen();
     void rest();
     void deliver(const std::uint8_t* packet, bool isPat);

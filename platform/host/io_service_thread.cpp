@@ -219,7 +219,7 @@ IOService::Received IOService::receive(Connection& connection, Inbox& inbox, int
     return Received::packet;
 }
 
-/// Handles the packet in the inbox, which is not that of a message alone.
+/// Handles a packet that does not begin as a message. One that is nothing at all is dropped as an unreadable message.
 void IOService::takeOther(Connection& connection, Inbox& inbox, std::size_t length, int attached) {
     if (length > Connection::kLargestPacket) {
         drop(connection, "packet is longer than " + std::to_string(Connection::kLargestPacket) + " bytes");

@@ -25,7 +25,7 @@ public:
     struct Entry {
         std::string_view name;  ///< the record's
         Record record;
-        /// The record's client, once it is known to be registered; for who looks up sections. A client stays registered
+        /// The record's client, once the user of the table has found it registered. A client stays registered
         /// while a record of it is in the table.
         dtv::SectionFilterClient* registeredClient = nullptr;
     };
@@ -52,8 +52,8 @@ private:
     const Entry* first(const std::string& sessionName) const;
 
     std::vector<Record> records;
-    // By a name's hash, in the order of their saving. A look for one of a thousand takes as long as it reads memory
-    // that is not at hand, so an entry holds what a section needs beside the name and the record.
+    // By a name's hash, in the order of their saving. With a thousand filters, most of a look-up's time goes into
+    // reading memory outside the nearest cache, so an entry repeats what a section needs of its record.
     std::unordered_map<std::uint64_t, boost::container::small_vector<Entry, 1>, Same> index;
     // An empty record is a programming error, which ends the process when a search meets it. While there is one, each
     // search is a walk.
