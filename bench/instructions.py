@@ -137,9 +137,16 @@ def main(builds, wanted):
             print("| " + " | ".join([row.title, *cells]) + " |", flush=True)
 
 
+def pattern(text):
+    try:
+        return re.compile(text)
+    except re.error as error:
+        raise argparse.ArgumentTypeError(f"{text} is no regular expression: {error}") from error
+
+
 if __name__ == "__main__":
     arguments = argparse.ArgumentParser(description="Counts instructions; ./run bench --instructions builds what it needs.")
-    arguments.add_argument("--only", metavar="TITLES", type=re.compile, default="",
+    arguments.add_argument("--only", metavar="TITLES", type=pattern, default="",
                            help="a regular expression for the things to count")
     arguments.add_argument("builds", metavar="BUILD", type=os.path.abspath, nargs="+",
                            help="a build with the target `counted` for each processor, first of all this machine's")
