@@ -163,7 +163,7 @@ TEST_F(AServiceThatHolds, SendsManyAndLongMessagesInOrder) {
     constexpr std::uint32_t kCount = 300;
     ASSERT_TRUE(held.begin());
     for (std::uint32_t number = 0; number < kCount; ++number) {
-        const std::size_t length = number % 50 == 7 ? 2 * SeveralMessages::kMostBytes : 10 * number;
+        const std::size_t length = number % 50 == 7 ? 2 * SeveralMessages::kMostBytes : std::size_t{10} * number;
         EXPECT_EQ(service.send(number, std::string(length, 'x')), 0);
     }
     held.end();
